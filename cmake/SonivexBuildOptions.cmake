@@ -1,0 +1,41 @@
+# What every target of ours is compiled with. Targets ask for it by linking `sonivex_build_options` privately,
+# so that nothing leaks into a program that uses the libraries.
+add_library(sonivex_build_options INTERFACE)
+target_compile_features(sonivex_build_options INTERFACE cxx_std_20 c_std_11)
+
+target_compile_options(
+    sonivex_build_options
+    INTERFACE
+        # The same bits from every compiler: a multiply and an add are never fused.
+        -ffp-contract=off
+        # Unique symbols pin a shared library in memory for ever; the plug-in must be unloadable.
+        $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
+        -Wall
+        -Wextra
+        -Wpedantic
+        -Wconversion
+        -Wshadow
+        -Wformat=2
+        $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+        $<$<BOOL:${SONIVEX_DEVELOPER}>:-Werror>)
+
+if(SONIVEX_SANITIZE)
+    target_compile_options(sonivex_build_options INTERFACE -fsanitize=${SONIVEX_SANITIZE} -fno-sanitize-recover=all
+                                                           -fno-omit-frame-pointer)
+    target_link_options(sonivex_build_options INTERFACE -fsanitize=${SONIVEX_SANITIZE})
+endif()
+
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_EXTENSIONS OFF)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+# Built things lie together, as they do when installed: the command line finds the plug-in in ../lib.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")

@@ -1,0 +1,20 @@
+# Libraries from outside, as imported targets; their headers are SYSTEM, so their warnings are not ours.
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+
+pkg_check_modules(LIBAVUTIL REQUIRED IMPORTED_TARGET libavutil>=57.28)
+pkg_check_modules(LIBAVFILTER REQUIRED IMPORTED_TARGET libavfilter>=8.44)
+pkg_check_modules(LIBAVFORMAT REQUIRED IMPORTED_TARGET libavformat>=59.27)
+pkg_check_modules(LIBAVCODEC REQUIRED IMPORTED_TARGET libavcodec>=59.37)
+pkg_check_modules(LIBSWRESAMPLE REQUIRED IMPORTED_TARGET libswresample>=4.7)
+pkg_check_modules(LIBEBUR128 REQUIRED IMPORTED_TARGET libebur128)
+
+find_package(Boost 1.74 REQUIRED)
+find_package(nlohmann_json 3.11 REQUIRED)
+find_package(CLI11 2.1 REQUIRED)
+
+if(SONIVEX_DEVELOPER)
+    find_package(GTest REQUIRED)
+    find_package(rapidcheck QUIET)
+    find_package(benchmark REQUIRED)
+endif()

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "vorlin/frame.h"
+
+struct AVFrame;
+
+namespace Vorlin {
+
+/** A frame whose samples are an AVFrame, which it owns. */
+class VORLIN_API AVQFFrame : public IQFFrame {
+  public:
+    /** Take over `frame` (may be null: a frame without samples) and describe it. */
+    explicit AVQFFrame(AVFrame* frame);
+    ~AVQFFrame() override;
+
+    /** The AVFrame, still owned by this object; null for a frame without samples. */
+    operator AVFrame*() const { return mFrame; }  // NOLINT(google-explicit-constructor): the player's habit
+
+    /** Describe an AVFrame: what `getInfo` of an AVQFFrame around it starts with. */
+    static audioInfo describe(const AVFrame* frame);
+
+  private:
+    AVFrame* mFrame;
+};
+
+}  // namespace Vorlin

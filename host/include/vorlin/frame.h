@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+
+#include "vorlin/api.h"
+
+namespace Vorlin {
+
+/** A frame as the player passes it about: a description and, in a derived class, the samples. */
+class VORLIN_API IQFFrame {
+  public:
+    /** What the frame holds. A "frame" of audio below is one instant of all channels. */
+    struct audioInfo {
+        int format = -1;              ///< AVSampleFormat; -1 = unknown
+        int channels = 0;             ///< samples per frame
+        int sample_rate = 0;          ///< Hz
+        int nb_samples = 0;           ///< frames
+        uint64_t channel_layout = 0;  ///< native channel mask; 0 = unspecified or custom order
+    };
+
+    IQFFrame() = default;
+    IQFFrame(const IQFFrame&) = delete;
+    IQFFrame& operator=(const IQFFrame&) = delete;
+    virtual ~IQFFrame();
+
+    /** The description, to read and to change. Whoever changes the samples keeps it true. */
+    virtual audioInfo& getInfo() { return mInfo; }
+
+  protected:
+    explicit IQFFrame(const audioInfo& info) : mInfo(info) {}
+
+  private:
+    audioInfo mInfo;
+};
+
+}  // namespace Vorlin

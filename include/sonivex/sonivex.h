@@ -1,0 +1,8 @@
+/* The public C interface of Sonivex: the effects, and the bridge by which they log. */
+#ifndef SONIVEX_SONIVEX_H
+#define SONIVEX_SONIVEX_H
+
+#include "sonivex/log_bridge.h"
+#include "sonivex/normalizer.h"
+
+#endif /* SONIVEX_SONIVEX_H */
