@@ -19,6 +19,9 @@ target_compile_options(
         $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
         $<$<BOOL:${SONIVEX_DEVELOPER}>:-Werror>)
 
+# libavutil's headers are C and ask for the macros that C++ long had behind this.
+target_compile_definitions(sonivex_build_options INTERFACE __STDC_CONSTANT_MACROS)
+
 if(SONIVEX_SANITIZE)
     target_compile_options(sonivex_build_options INTERFACE -fsanitize=${SONIVEX_SANITIZE} -fno-sanitize-recover=all
                                                            -fno-omit-frame-pointer)

@@ -1,0 +1,98 @@
+#include "SonivexFilter.h"
+
+#include <algorithm>
+
+#include "vorlin/av_compat.h"
+#include "vorlin/log.h"
+
+namespace Vorlin {
+
+namespace {
+
+// The prototype enters the registry when the library is loaded, and leaves it when it is unloaded.
+sonivexFilter se(0);
+std::string kInitialStr;
+
+constexpr std::size_t kMaxWaitingForWorker = 1;  // frames that may wait before another one is accepted
+constexpr std::size_t kMaxWaitingForPull = 2;
+
+}  // namespace
+
+sonivexFilter::sonivexFilter(int) : mIsPrototype(true) {
+    filterPrototype::addPrototype(this);
+}
+
+sonivexFilter::sonivexFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active)
+    : IAudioFilter(src, dst, active) {
+    avfilter_register_all();
+}
+
+sonivexFilter::~sonivexFilter() {
+    if (mIsPrototype) return;
+    if (mThread) mThread->stop();
+    mThread.reset();
+    releaseHandles();
+    freeOutputGraph();
+    sonivexFilter::flush();
+}
+
+bool sonivexFilter::init(uint64_t) {
+    __log_print(LOG_INFO, kFilterName, "sonivex init");
+    if (mActive && !mThread) {
+        mThread = std::make_unique<qfThread>([this] { return FilterLoop(); }, kFilterName);
+        mThread->start();
+    }
+    return true;
+}
+
+int sonivexFilter::push(std::unique_ptr<IQFFrame>& frame, uint64_t) {
+    int result = kTryAgain;
+    if (mInQueue.sizeForProducer() <= kMaxWaitingForWorker &&
+        mOutQueue.sizeForConsumer() <= kMaxWaitingForPull && mInQueue.push(frame.get())) {
+        (void)frame.release();  // the queue owns it now
+        result = 0;
+    }
+    if (!mActive) FilterLoop();
+    return result;
+}
+
+int sonivexFilter::pull(std::unique_ptr<IQFFrame>& frame, uint64_t) {
+    IQFFrame* oldest = nullptr;
+    if (!mOutQueue.pop(oldest)) return kTryAgain;
+    frame.reset(oldest);
+    return 0;
+}
+
+void sonivexFilter::flush() {
+    if (mThread) mThread->pause();
+    for (SpscQueue<IQFFrame*>* queue : {&mInQueue, &mOutQueue}) {
+        IQFFrame* frame = nullptr;
+        while (queue->pop(frame)) delete frame;
+    }
+    freeInputGraph();
+    releaseHandles();
+    freeOutputGraph();
+    mSrcFormat = -1;
+    mOutChannels = -1;
+    if (mThread) mThread->start();
+    mCostSum = 0;
+    mCostWindow.clear();
+}
+
+std::string sonivexFilter::getName() {
+    return kFilterName;
+}
+
+bool sonivexFilter::is_supported(const std::string& name, int, int, int) {
+    return std::find(mSupportedNames.begin(), mSupportedNames.end(), name) != mSupportedNames.end();
+}
+
+IAudioFilter* sonivexFilter::clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) {
+    return new sonivexFilter(src, dst, active);
+}
+
+void sonivexFilter::setCurrentTarget(const std::string& target) {
+    mCurrentTarget = target;
+}
+
+}  // namespace Vorlin

@@ -1,0 +1,60 @@
+#include "frame_checks.h"
+
+extern "C" {
+#include <libavutil/frame.h>
+#include <libavutil/samplefmt.h>
+}
+
+#include <bit>
+#include <cstdint>
+
+namespace Vorlin {
+
+namespace {
+
+// Bytes from `data` to the end of the buffer that it points into; 0 when it points elsewhere.
+std::size_t bytesBehind(const AVBufferRef* buffer, const uint8_t* data) {
+    if (buffer == nullptr || data < buffer->data || data > buffer->data + buffer->size) return 0;
+    return static_cast<std::size_t>(buffer->data + buffer->size - data);
+}
+
+bool planeHolds(const AVFrame* frame, int plane, std::size_t bytes) {
+    const uint8_t* data = frame->extended_data[plane];
+    if (data == nullptr) return false;
+    // A frame without buffers keeps its samples elsewhere; its line size is all that is known of their
+    // extent.
+    if (frame->buf[0] == nullptr)
+        return frame->linesize[0] > 0 && static_cast<std::size_t>(frame->linesize[0]) >= bytes;
+    const AVBufferRef* buffer = av_frame_get_plane_buffer(const_cast<AVFrame*>(frame), plane);
+    return bytesBehind(buffer, data) >= bytes;
+}
+
+}  // namespace
+
+bool frameMatchesDescription(const IQFFrame::audioInfo& info, const AVFrame* frame) {
+    const auto format = static_cast<AVSampleFormat>(info.format);
+    const int sampleBytes = av_get_bytes_per_sample(format);
+    if (sampleBytes <= 0 || frame->format != info.format) return false;
+    if (info.channels <= 0 || frame->ch_layout.nb_channels != info.channels) return false;
+    if (info.channel_layout != 0 && std::popcount(info.channel_layout) != info.channels) return false;
+    if (info.sample_rate <= 0 || frame->sample_rate != info.sample_rate) return false;
+    if (frame->nb_samples <= 0 || frame->extended_data == nullptr) return false;
+
+    const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
+    const int planes = isPlanar ? info.channels : 1;
+    const int samplesPerFrame = isPlanar ? 1 : info.channels;
+    const std::size_t planeBytes = static_cast<std::size_t>(frame->nb_samples) *
+                                   static_cast<std::size_t>(samplesPerFrame) *
+                                   static_cast<std::size_t>(sampleBytes);
+    for (int plane = 0; plane < planes; ++plane) {
+        if (!planeHolds(frame, plane, planeBytes)) return false;
+    }
+    return true;
+}
+
+bool canWriteFirstPlane(const AVFrame* frame, std::size_t bytes) {
+    return frame->buf[0] != nullptr && av_buffer_is_writable(frame->buf[0]) != 0 &&
+           bytesBehind(frame->buf[0], frame->extended_data[0]) >= bytes;
+}
+
+}  // namespace Vorlin

@@ -1,0 +1,29 @@
+#include "frame_properties.h"
+
+extern "C" {
+#include <libavutil/dict.h>
+#include <libavutil/error.h>
+#include <libavutil/frame.h>
+}
+
+namespace Vorlin {
+
+FrameProperties::~FrameProperties() {
+    av_frame_free(&mSaved);
+}
+
+int FrameProperties::save(const AVFrame* frame) {
+    av_frame_free(&mSaved);
+    mSaved = av_frame_alloc();
+    if (mSaved == nullptr) return AVERROR(ENOMEM);
+    return av_frame_copy_props(mSaved, frame);
+}
+
+int FrameProperties::restore(AVFrame* frame) const {
+    // Copying adds to what is there, so what the graph left goes first.
+    while (frame->nb_side_data > 0) av_frame_remove_side_data(frame, frame->side_data[0]->type);
+    av_dict_free(&frame->metadata);
+    return av_frame_copy_props(frame, mSaved);
+}
+
+}  // namespace Vorlin

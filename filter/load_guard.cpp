@@ -1,0 +1,83 @@
+// Keeps the filter from slowing playback down. Two guards, both on the player's thread:
+//   frame rate       fps * speed >= 62 is over the limit; each crossing is reported once
+//   processing time  the mean of the last 10 squared excesses over 3/4 of a video frame's time must stay
+//                    below (1/8 of that time) squared
+// The filter only reports and, for the second, sets itself invalid; the player decides how long it stays so.
+
+#include <cmath>
+#include <limits>
+
+#include "SonivexFilter.h"
+#include "vorlin/log.h"
+
+namespace Vorlin {
+
+namespace {
+
+constexpr int64_t kOverLimit_fps = 62;  // video frames per second at the current speed
+constexpr int64_t kMillisecondsPerSecond = 1000;
+constexpr std::size_t kIgnoredSamples = 3;  // after a reset: start-up is slow and no sign of overload
+constexpr std::size_t kWindowSamples = 10;
+
+uint64_t squareSaturating(uint64_t value) {
+    const double square = std::pow(static_cast<double>(value), 2.0);
+    constexpr double kTwoTo64 = 18446744073709551616.0;
+    return square >= kTwoTo64 ? std::numeric_limits<uint64_t>::max() : static_cast<uint64_t>(square);
+}
+
+}  // namespace
+
+void sonivexFilter::setInvalid(bool invalid) {
+    if (mInvalid.load() == invalid) return;
+    __log_print(LOG_INFO, kFilterName, "filter set invalid %d\n", invalid);
+    mInvalid.exchange(invalid);
+}
+
+bool sonivexFilter::isOverFps() {
+    const int64_t rate_fps = int64_t{mSpeed} * mFps;
+    const bool isOver = rate_fps >= kOverLimit_fps;
+    if (!mInvalid.load() && mEventCallback) {
+        if (!mOverFps && isOver) {
+            notify(FILTER_INVALID_OVER_FPS);
+        } else if (mOverFps && !isOver) {
+            notify(FILTER_VALID_RECOVERY);
+        }
+    }
+    return isOver;
+}
+
+void sonivexFilter::checkTimeConsume(uint64_t elapsed) {
+    const int64_t rate_fps = int64_t{mSpeed} * mFps;
+    if (rate_fps <= 0) return;
+    const auto budget_ms = static_cast<uint64_t>(kMillisecondsPerSecond / rate_fps);
+    if (mInvalid.load()) return;
+
+    const uint64_t threshold_ms = budget_ms * 3 / 4;
+    const uint64_t cost = elapsed <= threshold_ms ? 0 : squareSaturating(elapsed - threshold_ms);
+    if (mCostWindow.size() < kIgnoredSamples) {
+        mCostWindow.push_back(0);
+    } else {
+        if (mCostWindow.size() >= kWindowSamples) {
+            mCostSum -= mCostWindow.front();
+            mCostWindow.pop_front();
+        }
+        mCostWindow.push_back(cost);
+        mCostSum += cost;
+    }
+
+    const uint64_t mean = mCostSum / mCostWindow.size();
+    const double limit = std::pow(static_cast<double>(budget_ms / 8), 2.0);
+    if (static_cast<double>(mean) > limit) {
+        setInvalid(true);
+        notify(FILTER_INVALID_PERFORMANCE);
+        mCostSum = 0;
+        mCostWindow.clear();
+    }
+}
+
+void sonivexFilter::notify(const char* event) {
+    const EventCallback callback = mEventCallback;  // it may install another one while it runs
+    callback(0, getName() + ":" + event);
+}
+
+}  // namespace Vorlin

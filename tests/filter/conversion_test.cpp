@@ -1,0 +1,232 @@
+// Any sample format goes in and the same comes back out, and only the samples change.
+#include <gtest/gtest.h>
+
+#include <climits>
+
+extern "C" {
+#include <libavutil/dict.h>
+#include <libavutil/mem.h>
+}
+
+#include "filter_under_test.h"
+#include "support/direct_normalizer.h"
+#include "vorlin/av_compat.h"
+
+namespace test {
+namespace {
+
+using Vorlin::IQFFrame;
+
+class EveryFormat : public ::testing::TestWithParam<AVSampleFormat> {};
+
+INSTANTIATE_TEST_SUITE_P(Conversion, EveryFormat, ::testing::ValuesIn(allSampleFormats()),
+                         [](const auto& info) { return av_get_sample_fmt_name(info.param); });
+
+// What is left of a 16-bit sample in a format.
+std::vector<int16_t> asHeldBy(AVSampleFormat format, std::vector<int16_t> samples) {
+    if (av_get_packed_sample_fmt(format) == AV_SAMPLE_FMT_U8) {
+        for (int16_t& sample : samples) sample = static_cast<int16_t>((sample >> 8) * 256);
+    }
+    return samples;
+}
+
+TEST_P(EveryFormat, ComesBackInItsOwnFormatWithTheEffectsSamples) {
+    const AVSampleFormat format = GetParam();
+    for (const Mode mode : {Mode::Inactive, Mode::Active}) {
+        for (const int channels : {1, 2, 6, 8}) {
+            SCOPED_TRACE("channels " + std::to_string(channels));
+            FilterUnderTest filter(mode);
+            filter.startNormalizer();
+            DirectNormalizer engine(channels);
+            for (int call = 0; call < 3; ++call) {
+                auto frame = makeFrame({.format = format, .channels = channels},
+                                       noise(static_cast<uint32_t>(call), 4000));
+                const AVFrame* identity = *frame;
+                const auto expected = asHeldBy(format, engine.process(samplesOf(identity)));
+                const auto out = filter.pass(std::move(frame));
+                ASSERT_NE(out, nullptr);
+                const AVFrame* result = avFrameOf(out);
+                EXPECT_EQ(result, identity) << "the same AVFrame carries the result";
+                EXPECT_EQ(result->format, format);
+                EXPECT_EQ(result->nb_samples, 1024);
+                EXPECT_EQ(result->sample_rate, 48000);
+                EXPECT_EQ(result->ch_layout.nb_channels, channels);
+                EXPECT_EQ(samplesOf(result), expected);
+                EXPECT_EQ(out->getInfo().format, format);
+                EXPECT_EQ(out->getInfo().channels, channels);
+                EXPECT_EQ(out->getInfo().nb_samples, 1024);
+                EXPECT_EQ(out->getInfo().channel_layout, Vorlin::av::defaultLayoutMask(channels));
+            }
+        }
+    }
+}
+
+TEST_P(EveryFormat, KeepsTimestampsSideDataAndMetadata) {
+    const AVSampleFormat format = GetParam();
+    for (const int64_t pts :
+         {int64_t{0}, int64_t{-17}, int64_t{123456789012345}, INT64_MAX, AV_NOPTS_VALUE}) {
+        FilterUnderTest filter;
+        filter.startNormalizer();
+        auto frame = makeFrame({.format = format}, noise(1));
+        AVFrame* av = *frame;
+        av->pts = pts;
+        av->pkt_dts = 4242;
+        av->best_effort_timestamp = 4343;
+        av->time_base = AVRational{1, 90000};
+        Vorlin::av::setFrameDuration(av, 1920);
+        av_dict_set(&av->metadata, "title", "an announcement", 0);
+        AVFrameSideData* sideData = av_frame_new_side_data(av, AV_FRAME_DATA_REPLAYGAIN, 3);
+        ASSERT_NE(sideData, nullptr);
+        std::copy_n("abc", 3, sideData->data);
+
+        const auto out = filter.pass(std::move(frame));
+        ASSERT_NE(out, nullptr);
+        const AVFrame* result = avFrameOf(out);
+        EXPECT_EQ(result->pts, pts);
+        EXPECT_EQ(result->pkt_dts, 4242);
+        EXPECT_EQ(result->best_effort_timestamp, 4343);
+        EXPECT_EQ(result->time_base.den, 90000);
+        EXPECT_EQ(Vorlin::av::frameDuration(result), 1920);
+        ASSERT_EQ(av_dict_count(result->metadata), 1);
+        EXPECT_STREQ(av_dict_get(result->metadata, "title", nullptr, 0)->value, "an announcement");
+        ASSERT_EQ(result->nb_side_data, 1);
+        EXPECT_EQ(result->side_data[0]->type, AV_FRAME_DATA_REPLAYGAIN);
+        EXPECT_EQ(std::string(reinterpret_cast<const char*>(result->side_data[0]->data),
+                              result->side_data[0]->size),
+                  "abc");
+    }
+}
+
+TEST_P(EveryFormat, LeavesABufferThatTheDecoderStillHoldsAsItWas) {
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    auto frame = makeFrame({.format = GetParam()}, noise(2, 3000));
+    AVFrame* decodersOwn = av_frame_clone(*frame);
+    const auto before = samplesOf(decodersOwn);
+    const auto out = filter.pass(std::move(frame));
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(samplesOf(decodersOwn), before);
+    EXPECT_NE(samplesOf(avFrameOf(out)), before);
+    av_frame_free(&decodersOwn);
+}
+
+TEST(Conversion, AFrameOfChangingLengthKeepsItsOwnLength) {
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    DirectNormalizer engine(2);
+    for (const int frames : {1024, 1, 7, 512, 4096, 513}) {
+        auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLTP, .frames = frames}, noise(9, 2000));
+        const auto expected = engine.process(samplesOf(*frame));
+        const auto out = filter.pass(std::move(frame));
+        ASSERT_NE(out, nullptr);
+        EXPECT_EQ(avFrameOf(out)->nb_samples, frames);
+        EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
+    }
+}
+
+TEST(Conversion, SixteenBitMaterialNeedsNoOutputGraph) {
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+    EXPECT_NE(filter.field(Peer::filterGraph), nullptr);
+    EXPECT_EQ(filter.field(Peer::outFilterGraph), nullptr);
+}
+
+TEST(Conversion, AFirstFrameInSixteenBitKeepsTheOutputThereUntilTheNextFlush) {
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    filter->setInvalid(true);
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);  // bypassed, but seen
+    filter->setInvalid(false);
+    const FrameSpec floats{.format = AV_SAMPLE_FMT_FLTP};
+    auto out = filter.pass(makeFrame(floats, noise(1, 3000)));
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(avFrameOf(out)->format, AV_SAMPLE_FMT_S16);
+    EXPECT_EQ(out->getInfo().format, AV_SAMPLE_FMT_S16);
+    EXPECT_EQ(filter.field(Peer::outFilterGraph), nullptr);
+    filter->flush();
+    out = filter.pass(makeFrame(floats, noise(1, 3000)));
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(avFrameOf(out)->format, AV_SAMPLE_FMT_FLTP);
+}
+
+TEST(Conversion, OneOutputGraphServesTheWholeStream) {
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    LogCapture log;
+    for (int i = 0; i < 5; ++i)
+        ASSERT_NE(filter.pass(makeFrame({.format = AV_SAMPLE_FMT_DBLP}, noise(1))), nullptr);
+    EXPECT_EQ(
+        log.count("32 sonivex: output filter graph initialized. S16 -> dblp, channels=2, sample_rate=48000"),
+        1);
+    EXPECT_EQ(filter.field(Peer::outChannels), 2);
+    EXPECT_EQ(filter.field(Peer::outSampleRate), 48000);
+}
+
+TEST(Conversion, AFormatThatNoOutputGraphCanMakeFallsBackToSixteenBit) {
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    auto strange = makeFrame({}, noise(1));
+    strange->getInfo().format = 99;
+    strange->getInfo().channels = 3;  // passed on, but its format is remembered
+    ASSERT_NE(filter.pass(std::move(strange)), nullptr);
+    EXPECT_EQ(filter.field(Peer::srcFormat), 99);
+    auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLT}, noise(1, 3000));
+    const auto expected = DirectNormalizer(2).process(samplesOf(*frame));
+    const auto out = filter.pass(std::move(frame));
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(avFrameOf(out)->format, AV_SAMPLE_FMT_S16);
+    EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
+}
+
+// libavutil refuses allocations beyond a limit that a program sets, for all of the program.
+class AllocationLimit {
+  public:
+    explicit AllocationLimit(std::size_t bytes) { av_max_alloc(bytes); }
+    AllocationLimit(const AllocationLimit&) = delete;
+    AllocationLimit& operator=(const AllocationLimit&) = delete;
+    ~AllocationLimit() { av_max_alloc(INT_MAX); }
+};
+
+TEST(Conversion, AFailedOutputConversionDeliversSixteenBitAndTheNextFrameRecovers) {
+    constexpr int kFrames = 8192;
+    LogCapture log;
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    DirectNormalizer engine(2);
+    const FrameSpec doubles{.format = AV_SAMPLE_FMT_DBL, .frames = kFrames};
+    for (const bool isShortOfMemory : {true, false, true, false}) {
+        auto frame = makeFrame(doubles, noise(4, 3000));
+        static_cast<AVFrame*>(*frame)->pts = 777;
+        const auto expected = engine.process(samplesOf(*frame));
+        std::unique_ptr<IQFFrame> out;
+        {
+            // Room for the 16-bit block, none for the doubles; an old graph would have its buffers already.
+            if (isShortOfMemory) filter.field(Peer::outSampleRate) = -1;
+            const AllocationLimit limit(isShortOfMemory ? kFrames * 2 * 4 : INT_MAX);
+            out = filter.pass(std::move(frame));
+        }
+        ASSERT_NE(out, nullptr) << "no frame is lost to the conversion";
+        EXPECT_EQ(avFrameOf(out)->format, isShortOfMemory ? AV_SAMPLE_FMT_S16 : AV_SAMPLE_FMT_DBL);
+        EXPECT_EQ(out->getInfo().format, avFrameOf(out)->format);
+        EXPECT_EQ(avFrameOf(out)->pts, 777);
+        EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
+    }
+    EXPECT_EQ(log.count("24 sonivex: output format conversion failed (ret=-12), fallback to S16"), 2);
+}
+
+TEST(Conversion, WithoutMemoryForAnythingTheFrameIsLostAndTheFilterGoesOn) {
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLT}, noise(4));
+    std::unique_ptr<IQFFrame> out;
+    {
+        const AllocationLimit limit(64);
+        out = filter.pass(std::move(frame));
+    }
+    EXPECT_EQ(out, nullptr);
+    EXPECT_NE(filter.pass(makeFrame({.format = AV_SAMPLE_FMT_FLT}, noise(4))), nullptr);
+}
+
+}  // namespace
+}  // namespace test

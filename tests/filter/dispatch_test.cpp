@@ -1,0 +1,86 @@
+// When handles are made, with what, and what a failing engine costs.
+#include <gtest/gtest.h>
+
+#include "engine_faults.h"
+#include "filter_under_test.h"
+
+namespace test {
+namespace {
+
+class Dispatch : public ::testing::Test {
+  protected:
+    Dispatch() {
+        resetEngineFaults();
+        filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
+        filter.setInvalid(false);
+    }
+    int passThroughLoop(const FrameSpec& spec) {
+        std::unique_ptr<Vorlin::IQFFrame> frame = makeFrame(spec, noise(1));
+        EXPECT_EQ(filter.push(frame, 0), 0);
+        return (filter.*Peer::filterLoop)();
+    }
+    bool hasOutput() {
+        std::unique_ptr<Vorlin::IQFFrame> out;
+        return filter.pull(out, 0) == 0;
+    }
+
+    Vorlin::sonivexFilter filter{{}, {}, true};  // not initialised: the test is the worker
+    LogCapture log;
+};
+
+TEST_F(Dispatch, MakesOneHandleForTheStreamAndReleasesItOnFlush) {
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(passThroughLoop({.channels = 6, .rate_hz = 44100}), 0);
+        EXPECT_TRUE(hasOutput());
+    }
+    EXPECT_EQ(engineFaults().creates, 1);
+    EXPECT_EQ(engineFaults().channelsOfCalls, std::vector<int>(4, 6));
+    EXPECT_EQ(log.count("48 sonivex creating normalizer handler. channels=6, sampleRate=44100"), 1);
+    filter.flush();
+    EXPECT_EQ(passThroughLoop({}), 0);
+    EXPECT_EQ(engineFaults().creates, 2);
+}
+
+TEST_F(Dispatch, AFailedCreationDropsExactlyTheFrameThatTried) {
+    engineFaults().createsToFail = 2;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        EXPECT_EQ(passThroughLoop({}), -1);
+        EXPECT_FALSE(hasOutput());
+    }
+    EXPECT_EQ(passThroughLoop({}), 0);
+    EXPECT_TRUE(hasOutput());
+    EXPECT_EQ(engineFaults().creates, 3);
+    EXPECT_EQ(log.count("24 sonivex createNormalizer failed!"), 2);
+}
+
+TEST_F(Dispatch, AFailedCallDropsTheFrameAndKeepsTheHandle) {
+    EXPECT_EQ(passThroughLoop({}), 0);
+    EXPECT_TRUE(hasOutput());
+    engineFaults().processResult = -5;
+    EXPECT_EQ(passThroughLoop({}), -1);
+    EXPECT_FALSE(hasOutput());
+    engineFaults().processResult = 0;
+    EXPECT_EQ(passThroughLoop({}), 0);
+    EXPECT_TRUE(hasOutput());
+    EXPECT_EQ(engineFaults().creates, 1);
+    EXPECT_EQ(log.count("16 sonivex ProcessNormalizer failed! ret=-5"), 1);
+}
+
+TEST_F(Dispatch, SwitchingTheEffectOffKeepsItsHandleUntilFlush) {
+    EXPECT_EQ(passThroughLoop({}), 0);
+    EXPECT_TRUE(hasOutput());
+    const void* handle = filter.*Peer::normalizerHandle;
+    filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": false})", "");
+    EXPECT_EQ(passThroughLoop({}), 0);
+    EXPECT_TRUE(hasOutput());
+    EXPECT_EQ(filter.*Peer::normalizerHandle, handle);
+    filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
+    EXPECT_EQ(passThroughLoop({}), 0);
+    EXPECT_TRUE(hasOutput());
+    EXPECT_EQ(engineFaults().creates, 1);
+    filter.flush();
+    EXPECT_EQ(filter.*Peer::normalizerHandle, nullptr);
+}
+
+}  // namespace
+}  // namespace test

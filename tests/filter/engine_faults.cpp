@@ -1,0 +1,37 @@
+#include "engine_faults.h"
+
+namespace test {
+
+EngineFaults& engineFaults() {
+    static EngineFaults faults;
+    return faults;
+}
+
+void resetEngineFaults() {
+    engineFaults() = {};
+}
+
+}  // namespace test
+
+extern "C" {
+
+void* __real_aem_CreateNormalizer(int channels, int sampleRate);
+int __real_aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels);
+
+void* __wrap_aem_CreateNormalizer(int channels, int sampleRate) {
+    test::EngineFaults& faults = test::engineFaults();
+    ++faults.creates;
+    if (faults.createsToFail > 0) {
+        --faults.createsToFail;
+        return nullptr;
+    }
+    return __real_aem_CreateNormalizer(channels, sampleRate);
+}
+
+int __wrap_aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels) {
+    test::EngineFaults& faults = test::engineFaults();
+    faults.channelsOfCalls.push_back(channels);
+    if (faults.processResult < 0) return faults.processResult;
+    return __real_aem_ProcessNormalizer(handle, in, out, frames, channels);
+}
+}

@@ -1,0 +1,148 @@
+// Where each loudspeaker's signal comes out, for every layout of 6 and 8 channels.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+extern "C" {
+#include <libavutil/channel_layout.h>
+}
+
+#include "filter_under_test.h"
+#include "vorlin/av_compat.h"
+
+namespace test {
+namespace {
+
+using Vorlin::IQFFrame;
+
+std::string describe(const AVChannelLayout& layout) {
+    char text[128];
+    av_channel_layout_describe(&layout, text, sizeof(text));
+    return text;
+}
+
+std::vector<std::string> nativeLayouts(int channels) {
+    std::vector<std::string> names;
+    void* position = nullptr;
+    while (const AVChannelLayout* layout = av_channel_layout_standard(&position)) {
+        if (layout->nb_channels == channels) names.push_back(describe(*layout));
+    }
+    return names;
+}
+
+// One loudspeaker playing noise, the others silent.
+std::unique_ptr<Vorlin::AVQFFrame> solo(const FrameSpec& spec, int speaker) {
+    return makeFrame(spec, [speaker, random = noise(6, 2000)](int frame, int channel) {
+        return channel == speaker ? random(frame, channel) : int16_t{0};
+    });
+}
+
+std::vector<double> energyPerChannel(const AVFrame* frame) {
+    const auto channels = static_cast<std::size_t>(frame->ch_layout.nb_channels);
+    std::vector<double> energy(channels, 0.0);
+    const auto samples = samplesOf(frame);
+    for (std::size_t i = 0; i < samples.size(); ++i) energy[i % channels] += std::pow(samples[i], 2.0);
+    return energy;
+}
+
+// The channels that sound when only `speaker` plays.
+std::vector<int> soundingChannels(const FrameSpec& spec, int speaker) {
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    const auto out = filter.pass(solo(spec, speaker));
+    std::vector<int> sounding;
+    if (!out) {
+        ADD_FAILURE() << spec.layout << ": frame lost";
+        return sounding;
+    }
+    EXPECT_EQ(out->getInfo().channel_layout, Vorlin::av::defaultLayoutMask(spec.channels));
+    EXPECT_EQ(Vorlin::av::layoutMask(avFrameOf(out)->ch_layout),
+              Vorlin::av::defaultLayoutMask(spec.channels));
+    const auto energy = energyPerChannel(avFrameOf(out));
+    for (std::size_t c = 0; c < energy.size(); ++c) {
+        if (energy[c] > 0) sounding.push_back(static_cast<int>(c));
+    }
+    return sounding;
+}
+
+TEST(Layouts, TheDefaultLayoutsKeepEveryLoudspeakerInItsPlace) {
+    for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
+        for (const int channels : {1, 2, 6, 8}) {
+            for (int speaker = 0; speaker < channels; ++speaker) {
+                EXPECT_EQ(soundingChannels({.format = format, .channels = channels}, speaker),
+                          std::vector{speaker})
+                    << channels << " channels";
+            }
+        }
+    }
+}
+
+TEST(Layouts, SideLoudspeakersOfFivePointOneComeOutOfTheBackPair) {
+    const FrameSpec side{.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .layout = "5.1(side)"};
+    for (int speaker = 0; speaker < 6; ++speaker) {
+        EXPECT_EQ(soundingChannels(side, speaker), std::vector{speaker});
+    }
+}
+
+TEST(Layouts, EveryNativeLayoutOfSixAndEightChannelsIsHeard) {
+    for (const int channels : {6, 8}) {
+        const auto names = nativeLayouts(channels);
+        EXPECT_GE(names.size(), 3u);
+        for (const std::string& name : names) {
+            for (int speaker = 0; speaker < channels; ++speaker) {
+                const FrameSpec spec{.format = AV_SAMPLE_FMT_FLTP, .channels = channels, .layout = name};
+                EXPECT_FALSE(soundingChannels(spec, speaker).empty()) << name << ", loudspeaker " << speaker;
+            }
+        }
+    }
+}
+
+void reorder(const std::unique_ptr<Vorlin::AVQFFrame>& frame, AVChannelOrder order) {
+    AVFrame* av = *frame;
+    AVChannelLayout layout{};
+    layout.order = order;
+    layout.nb_channels = av->ch_layout.nb_channels;
+    if (order == AV_CHANNEL_ORDER_CUSTOM) {
+        layout.u.map = static_cast<AVChannelCustom*>(
+            av_calloc(static_cast<std::size_t>(layout.nb_channels), sizeof(AVChannelCustom)));
+        for (int c = 0; c < layout.nb_channels; ++c) {
+            layout.u.map[c].id = static_cast<AVChannel>(AV_CHAN_TOP_CENTER + c);
+        }
+    }
+    ASSERT_EQ(Vorlin::av::setFrameLayout(av, layout), 0);
+    av_channel_layout_uninit(&layout);
+    frame->getInfo() = Vorlin::AVQFFrame::describe(av);
+    EXPECT_EQ(frame->getInfo().channel_layout, 0u);
+}
+
+TEST(Layouts, CustomAndUnspecifiedOrdersAreTakenByPosition) {
+    for (const AVChannelOrder order : {AV_CHANNEL_ORDER_UNSPEC, AV_CHANNEL_ORDER_CUSTOM}) {
+        for (const int channels : {1, 2, 6, 8}) {
+            for (int speaker = 0; speaker < channels; ++speaker) {
+                SCOPED_TRACE("order " + std::to_string(order) + ", channels " + std::to_string(channels));
+                FilterUnderTest filter;
+                filter.startNormalizer();
+                auto frame = solo({.format = AV_SAMPLE_FMT_FLTP, .channels = channels}, speaker);
+                reorder(frame, order);
+                const auto out = filter.pass(std::move(frame));
+                ASSERT_NE(out, nullptr);
+                const auto energy = energyPerChannel(avFrameOf(out));
+                for (int c = 0; c < channels; ++c) {
+                    EXPECT_EQ(energy[static_cast<std::size_t>(c)] > 0, c == speaker) << c;
+                }
+            }
+        }
+    }
+}
+
+TEST(Layouts, ABypassedFrameKeepsItsCustomOrder) {
+    FilterUnderTest filter;
+    auto frame = solo({.channels = 2}, 0);
+    reorder(frame, AV_CHANNEL_ORDER_CUSTOM);
+    const auto out = filter.pass(std::move(frame));
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(avFrameOf(out)->ch_layout.order, AV_CHANNEL_ORDER_CUSTOM);
+}
+
+}  // namespace
+}  // namespace test

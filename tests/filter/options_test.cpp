@@ -1,0 +1,210 @@
+// setOption: what each key and member does, and what it leaves alone.
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <stdexcept>
+
+#include "filter_under_test.h"
+
+namespace test {
+namespace {
+
+using Vorlin::filterPrototype;
+
+TEST(FilterOptions, UnknownKeysAreAcceptedAndIgnored) {
+    FilterUnderTest filter;
+    EXPECT_TRUE(filter->setOption("volume", "not json", "x"));
+    EXPECT_TRUE(filter->setOption("", "", ""));
+    EXPECT_TRUE(filter->setOption(std::string(filterPrototype::FILTER_OPTION) + "s", "not json", ""));
+}
+
+TEST(FilterOptions, TextThatIsNotJsonIsRefusedAndChangesNothing) {
+    LogCapture log;
+    FilterUnderTest filter;
+    filter.options(R"({"enable_normalizer": true, "surround_mode": 2})");
+    for (const char* text : {"", "surround", "{", R"({"enable_surround": true)",
+                             R"({"surround_mode": 1e999})", "{\"enable_surround\": true, \"x\": \"\xff\"}"}) {
+        EXPECT_FALSE(filter->setOption(filterPrototype::FILTER_OPTION, text, "")) << text;
+    }
+    EXPECT_EQ(log.count("24 options not json item"), 6);
+    EXPECT_TRUE(filter.field(Peer::enableNormalizer));
+    EXPECT_FALSE(filter.field(Peer::enableSurround));
+    EXPECT_EQ(filter.field(Peer::surroundMode), 2);
+}
+
+TEST(FilterOptions, JsonThatIsNoObjectIsAcceptedAndChangesNothing) {
+    FilterUnderTest filter;
+    filter.options(R"({"enable_normalizer": true})");
+    for (const char* text :
+         {"1", "null", "true", "\"enable_surround\"", "[]", R"([{"enable_surround": true}])", "{}"}) {
+        filter.options(text);
+        EXPECT_TRUE(filter.field(Peer::enableNormalizer)) << text;
+        EXPECT_FALSE(filter.field(Peer::enableSurround)) << text;
+    }
+}
+
+TEST(FilterOptions, SurroundTypesAreKnownByExactName) {
+    LogCapture log;
+    FilterUnderTest filter;
+    filter.options(R"({"surround_effect_type": "MegaBass"})");
+    EXPECT_EQ(filter.field(Peer::surroundType), 13);
+    for (const char* name : {"megabass", "MegaBass ", "", "13"}) {
+        filter.options(std::string(R"({"surround_effect_type": ")") + name + "\"}");
+        EXPECT_EQ(filter.field(Peer::surroundType), 13) << name;
+    }
+    filter.options(R"({"surround_effect_type": 1})");
+    EXPECT_EQ(filter.field(Peer::surroundType), 13) << "a number is no name";
+    filter.options(R"({"surround_effect_type": "3DSurround"})");
+    EXPECT_EQ(filter.field(Peer::surroundType), 1);
+    EXPECT_EQ(log.count("48 sonivex set surround_effect_type: MegaBass -> 13"), 1);
+    EXPECT_EQ(log.count("48 sonivex set surround_effect_type: 3DSurround -> 1"), 1);
+    EXPECT_EQ(
+        log.count("24 sonivex unknown surround_effect_type: megabass (supported: 3DSurround, MegaBass)"), 1);
+}
+
+TEST(FilterOptions, SurroundModesBeyondOneToThreeAreIgnoredWithoutALog) {
+    LogCapture log;
+    FilterUnderTest filter;
+    filter.options(R"({"surround_mode": 3})");
+    EXPECT_EQ(filter.field(Peer::surroundMode), 3);
+    const auto before = log.lines().size();
+    for (const char* text :
+         {R"({"surround_mode": 4})", R"({"surround_mode": 0})", R"({"surround_mode": -1})"}) {
+        filter.options(text);
+        EXPECT_EQ(filter.field(Peer::surroundMode), 3) << text;
+    }
+    EXPECT_EQ(log.lines().size(), before);
+}
+
+TEST(FilterOptions, AMemberOfTheWrongTypeCountsAsItsDefault) {
+    FilterUnderTest filter;
+    filter.options(R"({"surround_mode": 3, "surround_limiter": 0, "dialoguenhance_voice": 3,
+                       "enable_normalizer": true, "enable_dump": true})");
+    filter.options(R"({"surround_mode": "3", "surround_limiter": [0], "dialoguenhance_voice": "5",
+                       "enable_normalizer": 1, "enable_dump": "yes"})");
+    EXPECT_EQ(filter.field(Peer::surroundMode), 1);
+    EXPECT_EQ(filter.field(Peer::surroundLimiter), 1);
+    EXPECT_EQ(filter.field(Peer::voice), 1.0);
+    EXPECT_FALSE(filter.field(Peer::enableNormalizer));
+    EXPECT_FALSE(filter.field(Peer::enableDump));
+}
+
+TEST(FilterOptions, TheLimiterSwitchTakesAnyInt) {
+    FilterUnderTest filter;
+    filter.options(R"({"surround_limiter": -7})");
+    EXPECT_EQ(filter.field(Peer::surroundLimiter), -7);
+    filter.options(R"({"surround_limiter": 99999999999})");
+    EXPECT_EQ(filter.field(Peer::surroundLimiter), 1) << "beyond an int: the default";
+}
+
+TEST(FilterOptions, VoiceIsNeverBelowOne) {
+    LogCapture log;
+    FilterUnderTest filter;
+    filter.options(R"({"dialoguenhance_voice": 2.5})");
+    EXPECT_EQ(filter.field(Peer::voice), 2.5);
+    filter.options(R"({"dialoguenhance_voice": 0.5})");
+    EXPECT_EQ(filter.field(Peer::voice), 1.0);
+    EXPECT_EQ(log.count("48 sonivex set dialoguenhance_voice: 1.000000"), 1);
+    filter.options(R"({"dialoguenhance_voice": -1e300})");
+    EXPECT_EQ(filter.field(Peer::voice), 1.0);
+}
+
+TEST(FilterOptions, SwitchingOneEffectOnSwitchesTheOthersOff) {
+    LogCapture log;
+    FilterUnderTest filter;
+    const auto state = [&filter] {
+        return std::vector<bool>{filter.field(Peer::enableSurround), filter.field(Peer::enableDialogue),
+                                 filter.field(Peer::enableNormalizer)};
+    };
+    using State = std::vector<bool>;
+    filter.options(R"({"enable_surround": true})");
+    EXPECT_EQ(state(), (State{true, false, false}));
+    filter.options(R"({"enable_dialoguenhance": true})");
+    EXPECT_EQ(state(), (State{false, true, false}));
+    filter.options(R"({"enable_normalizer": true})");
+    EXPECT_EQ(state(), (State{false, false, true}));
+    filter.options(R"({"enable_surround": false, "enable_dialoguenhance": false})");
+    EXPECT_EQ(state(), (State{false, false, true}));
+    filter.options(R"({"enable_normalizer": false})");
+    EXPECT_EQ(state(), (State{false, false, false}));
+    for (const char* name : {"surround", "dialoguenhance", "normalizer"}) {
+        EXPECT_EQ(log.count(std::string("48 sonivex set enable_") + name + ": true, disabled others"), 1);
+        EXPECT_EQ(log.count(std::string("48 sonivex set enable_") + name + ": false"), 1);
+    }
+}
+
+TEST(FilterOptions, OfSeveralEffectsTheLastOfTheFixedOrderWins) {
+    FilterUnderTest filter;
+    filter.options(R"({"enable_normalizer": true, "enable_surround": true})");
+    EXPECT_TRUE(filter.field(Peer::enableNormalizer));
+    EXPECT_FALSE(filter.field(Peer::enableSurround));
+    filter.options(R"({"enable_dialoguenhance": true, "enable_surround": true})");
+    EXPECT_TRUE(filter.field(Peer::enableDialogue));
+    EXPECT_FALSE(filter.field(Peer::enableSurround));
+    EXPECT_FALSE(filter.field(Peer::enableNormalizer));
+}
+
+TEST(FilterOptions, DumpSwitchIsStored) {
+    LogCapture log;
+    FilterUnderTest filter;
+    filter.options(R"({"enable_dump": true})");
+    EXPECT_TRUE(filter.field(Peer::enableDump));
+    filter.options(R"({"enable_dump": false})");
+    EXPECT_FALSE(filter.field(Peer::enableDump));
+    EXPECT_EQ(log.count("48 sonivex set enable_dump: 1"), 1);
+    EXPECT_EQ(log.count("48 sonivex set enable_dump: 0"), 1);
+}
+
+TEST(FilterOptions, FrameRateAndSpeedAreTruncatedTowardZero) {
+    LogCapture log;
+    FilterUnderTest filter;
+    const auto fps = [&filter](const char* text) {
+        EXPECT_TRUE(filter->setOption(filterPrototype::VIDEO_FPS_OPTION, text, ""));
+        return filter.field(Peer::fps);
+    };
+    const auto speed = [&filter](const char* text) {
+        EXPECT_TRUE(filter->setOption(filterPrototype::PLAYER_SPEED_OPTION, text, ""));
+        return filter.field(Peer::speed);
+    };
+    EXPECT_EQ(fps("29.97"), 29);
+    EXPECT_EQ(fps("-29.97"), -29);
+    EXPECT_EQ(fps(" 25 fps"), 25) << "a number in front is a number";
+    EXPECT_EQ(speed("1.5"), 1);
+    EXPECT_EQ(speed("0.75"), 0);
+    EXPECT_EQ(speed("1.99999999"), 2) << "speeds are floats";
+    EXPECT_EQ(log.count("48 sonivex set option fps : 29, isOverFps : 0"), 1);
+    EXPECT_EQ(log.count("48 sonivex set option speed : 0, isOverFps : 0"), 1);
+}
+
+TEST(FilterOptions, NumbersBeyondAnIntSaturateAndNotANumberIsZero) {
+    constexpr int kMax = std::numeric_limits<int>::max();
+    constexpr int kMin = std::numeric_limits<int>::min();
+    FilterUnderTest filter;
+    const struct {
+        const char* text;
+        int value;
+    } cases[] = {{"1e10", kMax}, {"-1e10", kMin}, {"inf", kMax}, {"-inf", kMin},
+                 {"nan", 0},     {"1e999", kMax}, {"1e-999", 0}};
+    for (const auto& example : cases) {
+        filter->setOption(filterPrototype::VIDEO_FPS_OPTION, example.text, "");
+        EXPECT_EQ(filter.field(Peer::fps), example.value) << example.text;
+        filter->setOption(filterPrototype::PLAYER_SPEED_OPTION, example.text, "");
+        EXPECT_EQ(filter.field(Peer::speed), example.value) << example.text;
+        filter->checkTimeConsume(1000);
+    }
+}
+
+TEST(FilterOptions, AMalformedNumberRaisesTheParseException) {
+    FilterUnderTest filter;
+    for (const char* text : {"", "fast", "-", "{}"}) {
+        EXPECT_THROW(filter->setOption(filterPrototype::VIDEO_FPS_OPTION, text, ""), std::invalid_argument)
+            << text;
+        EXPECT_THROW(filter->setOption(filterPrototype::PLAYER_SPEED_OPTION, text, ""), std::invalid_argument)
+            << text;
+    }
+    EXPECT_EQ(filter.field(Peer::fps), 0);
+    EXPECT_EQ(filter.field(Peer::speed), 1);
+}
+
+}  // namespace
+}  // namespace test

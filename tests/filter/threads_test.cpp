@@ -1,0 +1,129 @@
+// Two threads and no more, and nothing but the queues between them.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <set>
+#include <thread>
+
+#include "filter_under_test.h"
+
+namespace test {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Vorlin::IQFFrame;
+
+std::multiset<std::string> threadNames() {
+    std::multiset<std::string> names;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream file(task.path() / "comm");
+        std::string name;
+        std::getline(file, name);
+        names.insert(name);
+    }
+    return names;
+}
+
+TEST(FilterThreads, AnActiveFilterAddsOneThreadOfItsNameHoweverMuchItConverts) {
+    const auto before = threadNames();
+    FilterUnderTest filter(Mode::Active);
+    filter.startNormalizer();
+    for (const AVSampleFormat format : {AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S64}) {
+        for (int i = 0; i < 4; ++i) {
+            const auto out = filter.pass(makeFrame({.format = format, .channels = 8}, noise(1)));
+            ASSERT_NE(out, nullptr);
+        }
+        EXPECT_NE(filter.field(Peer::filterGraph), nullptr)
+            << "both graphs are alive while the threads are counted";
+        EXPECT_NE(filter.field(Peer::outFilterGraph), nullptr);
+        auto expected = before;
+        expected.insert("SonivexFilter");
+        EXPECT_EQ(threadNames(), expected);
+        filter->flush();
+    }
+}
+
+TEST(FilterThreads, AnInactiveFilterAddsNone) {
+    const auto before = threadNames();
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    ASSERT_NE(filter.pass(makeFrame({.format = AV_SAMPLE_FMT_FLTP, .channels = 8}, noise(1))), nullptr);
+    EXPECT_EQ(threadNames(), before);
+}
+
+// Seconds of random use: long where the thread sanitizer watches, short elsewhere.
+std::chrono::seconds soakTime() {
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+    return std::chrono::seconds(32);
+#endif
+#endif
+    return std::chrono::seconds(3);
+}
+
+TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
+    const uint32_t seed = std::random_device{}();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const auto chance = [&random](unsigned oneIn) { return random() % oneIn == 0; };
+    const char* const options[] = {
+        R"({"enable_normalizer": true})",
+        R"({"enable_surround": true})",
+        R"({"enable_dialoguenhance": true})",
+        R"({"enable_normalizer": false})",
+        R"({"surround_mode": 2})",
+        R"({"dialoguenhance_voice": 3.5})",
+        R"({"surround_effect_type": "MegaBass", "surround_limiter": 0})",
+        R"({"enable_dump": false})",
+    };
+    const auto formats = allSampleFormats();
+    const int channelCounts[] = {1, 2, 3, 6, 8};
+    const int rates_hz[] = {16000, 44100, 48000, 96000};
+
+    FilterUnderTest filter(Mode::Active);
+    filter.startNormalizer();
+    filter->setDCA([&filter](int, const std::string&) { filter->setInvalid(true); });
+    FrameSpec spec{.format = AV_SAMPLE_FMT_FLTP, .frames = 256};
+    uint64_t pushed = 0;
+    uint64_t pulled = 0;
+    uint64_t flushes = 0;
+    const auto end = Clock::now() + soakTime();
+    while (Clock::now() < end) {
+        std::unique_ptr<IQFFrame> frame = makeFrame(spec, noise(random()));
+        pushed += filter->push(frame, 0) == 0 ? 1u : 0u;
+        std::unique_ptr<IQFFrame> out;
+        while (filter->pull(out, 0) == 0) {
+            ++pulled;
+            if (out) (void)out->getInfo().channels;
+        }
+        if (chance(5)) filter.options(options[random() % std::size(options)]);
+        if (chance(4)) filter.options(R"({"enable_normalizer": true})");
+        if (chance(50)) filter->setInvalid(chance(2));
+        if (chance(20)) filter->setInvalid(false);
+        if (chance(30))
+            filter->setOption(Vorlin::filterPrototype::VIDEO_FPS_OPTION, chance(2) ? "25" : "120", "");
+        if (chance(30)) filter->checkTimeConsume(random() % 60);
+        if (chance(100)) {  // a seek
+            filter->flush();
+            ++flushes;
+        }
+        if (chance(150)) {  // another stream, with the flush that belongs to it or without
+            spec = {.format = formats[random() % formats.size()],
+                    .channels = channelCounts[random() % std::size(channelCounts)],
+                    .rate_hz = rates_hz[random() % std::size(rates_hz)],
+                    .frames = static_cast<int>(1 + random() % 2000)};
+            if (chance(2)) filter->flush();
+        }
+        if (chance(3)) std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
+    }
+    EXPECT_GT(pushed, 50u);
+    EXPECT_GT(pulled, 20u);
+    EXPECT_LE(pulled, pushed);
+    EXPECT_GT(flushes, 0u);
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,269 @@
+// Which frames the filter touches, which it passes on, and what becomes of frames on a flush.
+#include <gtest/gtest.h>
+
+#include "filter_under_test.h"
+#include "support/direct_normalizer.h"
+
+namespace test {
+namespace {
+
+using Vorlin::AVQFFrame;
+using Vorlin::IQFFrame;
+
+// What must be the same for a frame that was passed on.
+struct Fingerprint {
+    explicit Fingerprint(const std::unique_ptr<IQFFrame>& frame) {
+        const AVFrame* avFrame = avFrameOf(frame);
+        identity = frame.get();
+        av = avFrame;
+        data = avFrame->extended_data[0];
+        format = avFrame->format;
+        samples = samplesOf(avFrame);
+        const IQFFrame::audioInfo& info = frame->getInfo();
+        description = {info.format, info.channels, info.sample_rate, info.nb_samples,
+                       static_cast<int64_t>(info.channel_layout)};
+    }
+    bool operator==(const Fingerprint&) const = default;
+
+    const IQFFrame* identity;
+    const AVFrame* av;
+    const uint8_t* data;
+    int format;
+    std::vector<int16_t> samples;
+    std::vector<int64_t> description;
+};
+
+void expectPassedOn(FilterUnderTest& filter, std::unique_ptr<IQFFrame> frame, const std::string& what) {
+    SCOPED_TRACE(what);
+    const Fingerprint before(frame);
+    const auto out = filter.pass(std::move(frame));
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(Fingerprint(out), before);
+}
+
+// Loud at the start of the stream, the normalizer changes every block.
+std::unique_ptr<IQFFrame> quietNoise(const FrameSpec& spec) {
+    return makeFrame(spec, noise(3, 1000));
+}
+
+TEST(WorkerLoop, PassesFramesOnWhileNoEffectIsEnabled) {
+    for (const Mode mode : {Mode::Inactive, Mode::Active}) {
+        FilterUnderTest filter(mode);
+        filter->setInvalid(false);
+        expectPassedOn(filter, quietNoise({}), "no effect");
+    }
+}
+
+TEST(WorkerLoop, PassesFramesOnWhileInvalid) {
+    for (const Mode mode : {Mode::Inactive, Mode::Active}) {
+        FilterUnderTest filter(mode);
+        filter.options(R"({"enable_normalizer": true})");
+        expectPassedOn(filter, quietNoise({}), "as created");
+        filter->setInvalid(false);
+        filter->setInvalid(true);
+        expectPassedOn(filter, quietNoise({}), "set invalid again");
+    }
+}
+
+TEST(WorkerLoop, PassesUnsupportedChannelCountsOnSilently) {
+    for (const Mode mode : {Mode::Inactive, Mode::Active}) {
+        FilterUnderTest filter(mode);
+        filter.startNormalizer();
+        LogCapture log;
+        const std::pair<int, const char*> layouts[] = {
+            {3, ""}, {4, ""}, {5, ""}, {7, ""}, {9, "FL+FR+FC+LFE+BL+BR+FLC+FRC+BC"}};
+        for (const auto& [channels, layout] : layouts) {
+            expectPassedOn(filter,
+                           quietNoise({.format = AV_SAMPLE_FMT_FLTP, .channels = channels, .layout = layout}),
+                           std::to_string(channels) + " channels");
+        }
+        EXPECT_TRUE(log.lines().empty());
+    }
+}
+
+TEST(WorkerLoop, PassesUnsupportedRatesOn) {
+    for (const int rate_hz : {8000, 22050, 32000, 96000, 192000}) {
+        FilterUnderTest filter;
+        filter.startNormalizer();
+        expectPassedOn(filter, quietNoise({.rate_hz = rate_hz}), std::to_string(rate_hz));
+    }
+}
+
+TEST(WorkerLoop, NormalizesEverySupportedRateAndChannelCount) {
+    for (const int rate_hz : {16000, 44100, 48000}) {
+        for (const int channels : {1, 2, 6, 8}) {
+            SCOPED_TRACE(std::to_string(rate_hz) + " Hz, channels " + std::to_string(channels));
+            FilterUnderTest filter;
+            filter.startNormalizer();
+            DirectNormalizer engine(channels);
+            for (int call = 0; call < 3; ++call) {
+                auto frame = quietNoise({.channels = channels, .rate_hz = rate_hz});
+                const auto expected = engine.process(samplesOf(avFrameOf(frame)));
+                const auto out = filter.pass(std::move(frame));
+                ASSERT_NE(out, nullptr);
+                EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
+            }
+        }
+    }
+}
+
+TEST(WorkerLoop, PassesMonoOnWhenDialogueIsEnabled) {
+    FilterUnderTest filter;
+    filter.options(R"({"enable_dialoguenhance": true})");
+    filter->setInvalid(false);
+    expectPassedOn(filter, quietNoise({.channels = 1}), "mono");
+}
+
+TEST(WorkerLoop, AnEffectThatIsNotInTheLibraryCountsAsSwitchedOff) {
+    for (const char* effect : {"enable_surround", "enable_dialoguenhance"}) {
+        FilterUnderTest filter;
+        filter.options(std::string("{\"") + effect + "\": true}");
+        filter->setInvalid(false);
+        expectPassedOn(filter, quietNoise({}), effect);
+        EXPECT_EQ(filter.field(Peer::filterGraph), nullptr) << "passed on before conversion";
+    }
+}
+
+TEST(WorkerLoop, OneCallWorksThroughWhatIsQueuedAndStopsAtAFrameItPassesOn) {
+    // Not initialised: the test is the worker.
+    Vorlin::sonivexFilter filter({}, {}, true);
+    filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
+    filter.setInvalid(false);
+    const auto queueTwo = [&filter](int channels) {
+        for (int i = 0; i < 2; ++i) {
+            std::unique_ptr<IQFFrame> frame = quietNoise({.channels = channels});
+            EXPECT_EQ(filter.push(frame, 0), 0);
+        }
+    };
+    queueTwo(2);
+    EXPECT_EQ((filter.*Peer::filterLoop)(), 0);
+    EXPECT_EQ((filter.*Peer::outQueue).sizeForConsumer(), 2u);
+    filter.flush();
+    queueTwo(3);
+    EXPECT_EQ((filter.*Peer::filterLoop)(), 0);
+    EXPECT_EQ((filter.*Peer::outQueue).sizeForConsumer(), 1u);
+}
+
+TEST(WorkerLoop, ANullFrameIsLoggedAndPassedOn) {
+    LogCapture log;
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    std::unique_ptr<IQFFrame> frame;
+    EXPECT_EQ(filter->push(frame, 0), 0);
+    auto out = quietNoise({});
+    EXPECT_EQ(filter->pull(out, 0), 0);
+    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(log.count("16 mAbuffer_ctx is nullptr or avframe is nullptr"), 1);
+}
+
+TEST(WorkerLoop, AFrameWithoutAnAvFrameIsLoggedAndPassedOn) {
+    struct OtherFrame : IQFFrame {};
+    for (const bool isOtherClass : {false, true}) {
+        LogCapture log;
+        FilterUnderTest filter;
+        filter.startNormalizer();
+        std::unique_ptr<IQFFrame> frame;
+        if (isOtherClass) {
+            frame = std::make_unique<OtherFrame>();
+        } else {
+            frame = std::make_unique<AVQFFrame>(nullptr);
+        }
+        frame->getInfo() = {AV_SAMPLE_FMT_S16, 2, 48000, 100, 0};
+        const auto* identity = frame.get();
+        const auto out = filter.pass(std::move(frame));
+        EXPECT_EQ(out.get(), identity);
+        EXPECT_EQ(log.count("16 mAbuffer_ctx is nullptr or avframe is nullptr"), 1);
+    }
+}
+
+// --- flush and destruction
+// ------------------------------------------------------------------------------------
+
+struct CountedFrame : IQFFrame {
+    explicit CountedFrame(int& alive) : mAlive(alive) { ++mAlive; }
+    ~CountedFrame() override { --mAlive; }
+    int& mAlive;
+};
+
+TEST(Flush, DestroysEveryFrameInBothQueues) {
+    for (const Mode mode : {Mode::Inactive, Mode::Active}) {
+        int alive = 0;
+        FilterUnderTest filter(mode);
+        std::vector<std::unique_ptr<IQFFrame>> out;
+        for (int i = 0; i < 4; ++i) {
+            std::unique_ptr<IQFFrame> frame = std::make_unique<CountedFrame>(alive);
+            filter->push(frame, 0);
+        }
+        EXPECT_GT(alive, 0);
+        filter->flush();
+        EXPECT_EQ(alive, 0);
+        std::unique_ptr<IQFFrame> none;
+        EXPECT_EQ(filter->pull(none, 0), -35);
+    }
+}
+
+TEST(Flush, LetsAnActiveFilterGoOn) {
+    FilterUnderTest filter(Mode::Active);
+    for (int i = 0; i < 5; ++i) {
+        filter->flush();
+        expectPassedOn(filter, quietNoise({}), "after a flush");
+    }
+}
+
+TEST(Flush, ForgetsHandlesGraphsAndFormat) {
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    ASSERT_NE(filter.pass(quietNoise({.format = AV_SAMPLE_FMT_FLTP})), nullptr);
+    EXPECT_NE(filter.field(Peer::normalizerHandle), nullptr);
+    EXPECT_NE(filter.field(Peer::filterGraph), nullptr);
+    EXPECT_NE(filter.field(Peer::outFilterGraph), nullptr);
+    EXPECT_EQ(filter.field(Peer::srcFormat), AV_SAMPLE_FMT_FLTP);
+    EXPECT_EQ(filter.field(Peer::outChannels), 2);
+    filter->flush();
+    EXPECT_EQ(filter.field(Peer::normalizerHandle), nullptr);
+    EXPECT_EQ(filter.field(Peer::filterGraph), nullptr);
+    EXPECT_EQ(filter.field(Peer::outFilterGraph), nullptr);
+    EXPECT_EQ(filter.field(Peer::srcFormat), -1);
+    EXPECT_EQ(filter.field(Peer::outChannels), -1);
+}
+
+TEST(Flush, OfAFilterWithoutHandlesLogsNothing) {
+    LogCapture log;
+    ::testing::internal::CaptureStdout();
+    {
+        FilterUnderTest filter;
+        filter->flush();
+    }
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "") << "releasing null would be reported";
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"32 sonivex init"});
+}
+
+TEST(Flush, StartsTheEffectAnew) {
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    const auto loud = [] { return makeFrame({}, noise(5, 32767)); };
+    const auto fresh =
+        DirectNormalizer(2).process(samplesOf(avFrameOf(std::unique_ptr<IQFFrame>(quietNoise({})))));
+    ASSERT_NE(filter.pass(loud()), nullptr);
+    EXPECT_NE(samplesOf(avFrameOf(filter.pass(quietNoise({})))), fresh) << "the gain has stepped down";
+    filter->flush();
+    EXPECT_EQ(samplesOf(avFrameOf(filter.pass(quietNoise({})))), fresh);
+}
+
+TEST(Destruction, DestroysWhatIsQueued) {
+    for (const bool active : {false, true}) {
+        int alive = 0;
+        {
+            Vorlin::sonivexFilter filter({}, {}, active);
+            filter.init(0);
+            for (int i = 0; i < 5; ++i) {
+                std::unique_ptr<IQFFrame> frame = std::make_unique<CountedFrame>(alive);
+                filter.push(frame, 0);
+            }
+        }
+        EXPECT_EQ(alive, 0);
+    }
+}
+
+}  // namespace
+}  // namespace test

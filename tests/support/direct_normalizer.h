@@ -1,0 +1,34 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "sonivex/normalizer.h"
+
+namespace test {
+
+/** The normalizer called by hand: what the filter should make of 16-bit blocks. */
+class DirectNormalizer {
+  public:
+    explicit DirectNormalizer(int channels, int rate_hz = 48000)
+        : mChannels(channels), mHandle(aem_CreateNormalizer(channels, rate_hz)) {}
+    DirectNormalizer(const DirectNormalizer&) = delete;
+    DirectNormalizer& operator=(const DirectNormalizer&) = delete;
+    ~DirectNormalizer() { aem_ReleaseNormalizer(mHandle); }
+
+    std::vector<int16_t> process(const std::vector<int16_t>& in) {
+        std::vector<int16_t> out(in.size());
+        const int frames = static_cast<int>(in.size()) / mChannels;
+        EXPECT_EQ(aem_ProcessNormalizer(mHandle, in.data(), out.data(), frames, mChannels),
+                  frames * mChannels);
+        return out;
+    }
+
+  private:
+    int mChannels;
+    void* mHandle;
+};
+
+}  // namespace test
