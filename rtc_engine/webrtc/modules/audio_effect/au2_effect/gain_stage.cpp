@@ -1,0 +1,37 @@
+#include "gain_stage.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "float_rules.h"
+#include "pcm.h"
+
+namespace {
+
+constexpr float kInt16ToUnity = 0x1p-15F;
+constexpr float kSmallestStepDb = 3.0F;
+
+/* The logarithm in double and rounded to float at once: C libraries differ in a double's last bit, and no
+ * peak of 16 bits has its level so near the middle between two floats that this could show. */
+float levelOfPeakDb(int peak) {
+    const float amplitude = static_cast<float>(peak) * kInt16ToUnity;
+    return static_cast<float>(20.0 * std::log10(static_cast<double>(amplitude)));
+}
+
+}  // namespace
+
+float ddagcproc_dB(MixerState* mixer, const std::int16_t* input, int sample_count, std::int16_t* output,
+                   float start_gain_db) {
+    const float level_db = levelOfPeakDb(sonivex::largestMagnitude(input, sample_count));
+
+    if (mixer->gainInitialised == 0) {
+        mixer->gainInitialised = 1;
+        mixer->gainDb = start_gain_db;
+    }
+
+    const float over_db = level_db + mixer->gainDb;
+    if (over_db > 0.0F) mixer->gainDb = std::max(0.0F, mixer->gainDb - std::max(kSmallestStepDb, over_db));
+
+    mixproc(mixer, &input, &mixer->gainDb, 1, 1, sample_count, output);
+    return mixer->gainDb;
+}

@@ -1,0 +1,23 @@
+/* Gain in decibels that only ever steps down, followed by the mixer and its limiter.
+ *
+ *   level_db = 20 log10(peak of the block / 32768)              silence: minus infinity
+ *   gain_db  = start gain before the first block
+ *   over     = level_db + gain_db; if over > 0: gain_db = max(0, gain_db - max(3, over))
+ *   output   = mixer(block, gain_db)
+ *
+ * The gain is the mixer's gainDb: it lives as long as the mixer and never rises. */
+#pragma once
+
+#include <cstdint>
+
+#include "mixer.h"
+
+/** Run one block.
+ *  @param mixer         set up by mixinit; gainDb and the limiters carry over from block to block.
+ *  @param input         [sample_count] interleaved; its peak is taken over all channels.
+ *  @param sample_count  below 1: counts as silence, nothing is written.
+ *  @param output        [sample_count]; keeps what it held if the mixer has no memory. Must not overlap input.
+ *  @param start_gain_db the gain before the first block; not used after that.
+ *  @return the gain in dB after this block, 0..start_gain_db. */
+float ddagcproc_dB(MixerState* mixer, const std::int16_t* input, int sample_count, std::int16_t* output,
+                   float start_gain_db);

@@ -1,0 +1,99 @@
+#include "mixer.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <new>
+
+#include "channel_split_merge.h"
+#include "float_rules.h"
+#include "pcm.h"
+
+const char VerString[] = "88";
+
+namespace {
+
+using FloatBlock = std::unique_ptr<float[]>;
+
+constexpr int kNoMemoryForSum = -1;
+constexpr int kNoMemoryForChannels = -2;
+
+/* 10^(gain / 20), the quotient in float and the power in double. */
+float factorOfGain(float gain_db) {
+    return static_cast<float>(std::pow(10.0, static_cast<double>(gain_db / 20.0F)));
+}
+
+void addScaled(const std::int16_t* input, float factor, int count, float* sum) {
+    for (int i = 0; i < count; ++i) sum[i] += static_cast<float>(input[i]) * factor;
+}
+
+void addInputs(const std::int16_t* const* inputs, const float* gains, bool gains_are_in_db, int input_count,
+               int sample_count, float* sum) {
+    for (int k = 0; k < input_count; ++k) {
+        float factor = 1.0F;
+        if (gains != nullptr) factor = gains_are_in_db ? factorOfGain(gains[k]) : gains[k];
+        addScaled(inputs[k], factor, sample_count, sum);
+    }
+}
+
+}  // namespace
+
+int mixcreat(MixerState** mixer) {
+    std::printf("mix Version: %s.\n", VerString);
+    *mixer = new (std::nothrow) MixerState{};
+    return *mixer == nullptr ? -1 : 0;
+}
+
+void mixinit(MixerState* mixer, int channel_count, int per_sample_detect, float level) {
+    if (channel_count < 1 || channel_count > kMaxMixerChannels) {
+        *mixer = MixerState{};
+        return;
+    }
+    mixer->channelCount = channel_count;
+    for (PeakLimiterState& limiter : mixer->limiters) {
+        limiter_reset(&limiter);
+        limiter.threshold = static_cast<float>(static_cast<double>(level) * sonivex::kCeilingInt16Units);
+        limiter.perSampleDetect = per_sample_detect;
+    }
+    mixer->gainDb = 0.0F;
+    mixer->gainInitialised = 0;
+}
+
+int mixproc(MixerState* mixer, const std::int16_t* const* inputs, const float* gains, int gains_in_db,
+            int input_count, int sample_count, std::int16_t* output) {
+    if (mixer->channelCount < 1) return kNoMemoryForChannels;
+    if (sample_count < 1) return 0;
+
+    const int channels = mixer->channelCount;
+    const int frames = sample_count / channels;
+
+    const FloatBlock sum(new (std::nothrow) float[static_cast<std::size_t>(sample_count)]());
+    if (sum == nullptr) return kNoMemoryForSum;
+
+    std::array<FloatBlock, kMaxMixerChannels> owned_buffers;
+    std::array<float*, kMaxMixerChannels> buffers{};
+    for (std::size_t c = 0; c < static_cast<std::size_t>(channels); ++c) {
+        owned_buffers[c].reset(new (std::nothrow) float[static_cast<std::size_t>(frames)]);
+        if (owned_buffers[c] == nullptr) return kNoMemoryForChannels;
+        buffers[c] = owned_buffers[c].get();
+    }
+
+    addInputs(inputs, gains, gains_in_db != 0, input_count, sample_count, sum.get());
+
+    ChannelSplit_f(sum.get(), sample_count, buffers.data(), channels);
+    bool has_engaged = false;
+    for (std::size_t c = 0; c < static_cast<std::size_t>(channels); ++c) {
+        if (limiter_proc(&mixer->limiters[c], buffers[c], frames, buffers[c]) != 0) has_engaged = true;
+    }
+    ChannelMerge_f(sum.get(), frames, buffers.data(), channels);
+
+    sonivex::floatToInt16(sum.get(), sample_count, output);
+    return has_engaged ? 1 : 0;
+}
+
+int mixfree(MixerState* mixer) {
+    if (mixer == nullptr) return -1;
+    delete mixer;
+    return 0;
+}

@@ -1,0 +1,123 @@
+#include "sonivex/normalizer.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <new>
+
+#include "au2_limiter.h"
+#include "effect_log.h"
+#include "gain_stage.h"
+#include "mixer.h"
+#include "pcm.h"
+#include "sample_ring.h"
+
+namespace {
+
+constexpr int kBlockFrames = 512;
+constexpr int kMaxBlockSamples = 10240;
+constexpr int kMaxChannels = kMaxBlockSamples / kBlockFrames;
+constexpr float kStartGainDb = 20.0F;
+
+/* Part of the log lines, see effect_log.h. */
+constexpr const char* kLogSource = "normalizer";
+constexpr int kLogLineProcess = 188;
+constexpr int kLogLineRelease = 239;
+constexpr const char* kLogNullHandle = "[audio]::kv normalizer handle is NULL.\n";
+
+/* The whole state of one normalizer; all zero is an empty one. */
+struct NormalizerHandle {
+    std::int32_t channels;
+    std::int32_t sampleRate;
+    MixerState* mixer;
+    Au2LimiterState* limiter;
+    float blockIn[kMaxBlockSamples];
+    float blockOut[kMaxBlockSamples];
+    sonivex::SampleRing inRing;
+    sonivex::SampleRing outRing;
+};
+
+void freeHandle(NormalizerHandle* handle) {
+    if (handle->mixer != nullptr) {
+        mixfree(handle->mixer);
+        handle->mixer = nullptr;
+    }
+    if (handle->limiter != nullptr) au2_limiter_free(handle->limiter);
+    delete handle;
+}
+
+void* reportFailedCreation() {
+    std::puts("[audio]::kv normalizer handle is created failed.");
+    return nullptr;
+}
+
+/* One block from the input ring through gain stage and output limiter into the output ring. */
+void processBlock(NormalizerHandle& handle, int block_samples) {
+    std::int16_t block[kMaxBlockSamples];
+    std::int16_t gained[kMaxBlockSamples];
+    sonivex::readSamples(handle.inRing, block, block_samples);
+
+    /* A mixer without memory writes nothing: the block is silent then. */
+    std::fill_n(gained, block_samples, std::int16_t{0});
+    ddagcproc_dB(handle.mixer, block, block_samples, gained, kStartGainDb);
+
+    sonivex::int16ToFloat(gained, block_samples, handle.blockIn);
+    au2_limiter_proc(handle.limiter, handle.blockIn, block_samples, handle.blockOut);
+    sonivex::floatToInt16(handle.blockOut, block_samples, block);
+    sonivex::writeSamples(handle.outRing, block, block_samples);
+}
+
+}  // namespace
+
+void* aem_CreateNormalizer(int channels, int sampleRate) {
+    auto* handle = new (std::nothrow) NormalizerHandle{};
+    if (handle == nullptr) return reportFailedCreation();
+    handle->channels = channels;
+    handle->sampleRate = sampleRate;
+
+    mixcreat(&handle->mixer);
+    au2_limiter_create(&handle->limiter);
+    if (handle->mixer == nullptr || handle->limiter == nullptr) {
+        freeHandle(handle);
+        return reportFailedCreation();
+    }
+
+    mixinit(handle->mixer, 1, 0, 1.0F);
+    au2_limiter_reset(handle->limiter);
+    return handle;
+}
+
+int aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels) {
+    if (handle == nullptr) {
+        sonivex::logEffectMessage(kLogSource, kLogLineProcess, kLogNullHandle);
+        return -1;
+    }
+    if (in == nullptr || out == nullptr) return -1;
+
+    const std::int64_t product = std::int64_t{frames} * std::int64_t{channels};
+    if (product > std::numeric_limits<int>::max() || product < std::numeric_limits<int>::min()) return -1;
+    const int samples = static_cast<int>(product);
+    if (channels < 1 || channels > kMaxChannels || samples < 1) return samples;
+
+    auto& normalizer = *static_cast<NormalizerHandle*>(handle);
+    sonivex::writeSamples(normalizer.inRing, in, samples);
+
+    const int block_samples = channels * kBlockFrames;
+    while (sonivex::fillLevel(normalizer.inRing) >= block_samples) processBlock(normalizer, block_samples);
+
+    if (sonivex::fillLevel(normalizer.outRing) >= samples) {
+        sonivex::readSamples(normalizer.outRing, out, samples);
+    } else {
+        std::fill_n(out, samples, short{0});
+    }
+    return samples;
+}
+
+void aem_ReleaseNormalizer(void* handle) {
+    if (handle == nullptr) {
+        sonivex::logEffectMessage(kLogSource, kLogLineRelease, kLogNullHandle);
+        return;
+    }
+    freeHandle(static_cast<NormalizerHandle*>(handle));
+}

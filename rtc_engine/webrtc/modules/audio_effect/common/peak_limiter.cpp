@@ -1,0 +1,102 @@
+#include "peak_limiter.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "float_rules.h"
+#include "pcm.h"
+#include "sliding_maximum.h"
+
+namespace sonivex {
+namespace {
+
+constexpr std::int32_t kWindowDepth = 6;
+constexpr std::int32_t kWindowSamples = 1 << kWindowDepth;
+static_assert(kWindowSamples <= kLimiterDelayEntries && 2 * kWindowSamples <= kLimiterTreeEntries);
+
+/* The factors' exact values are part of the sound: 0.8999, 0.0999, 0.9999 and 0.0001 rounded to float. */
+constexpr float kSmoothingKeep = std::bit_cast<float>(std::uint32_t{0x3F665FD9});
+constexpr float kSmoothingStep = std::bit_cast<float>(std::uint32_t{0x3DCC985F});
+constexpr float kReleaseKeep = std::bit_cast<float>(std::uint32_t{0x3F7FF972});
+constexpr float kReleaseStep = std::bit_cast<float>(std::uint32_t{0x38D1B717});
+
+}  // namespace
+
+void resetPeakLimiter(const PeakLimiterFields& fields) {
+    fields.idle_gain = 1.0F;
+    fields.gain = 1.0F;
+    fields.smoothed_gain = 1.0F;
+    std::fill_n(fields.delay, kWindowSamples, 0.0F);
+    std::fill_n(fields.maximum_tree, 2 * kWindowSamples, 0.0F);
+    fields.write_index = 0;
+    fields.is_limiting = 0;
+    fields.tree_depth = kWindowDepth;
+    fields.tree_leaves = kWindowSamples;
+    fields.index_mask = kWindowSamples - 1;
+}
+
+bool limitPeaks(const PeakLimiterFields& fields, const float* in, int count, float* out) {
+    if (count < 1) return false;
+
+    /* Before the first write: out may be in. */
+    const float block_peak = largestMagnitude(in, count);
+
+    const float threshold = fields.threshold;
+    const float idle_gain = fields.idle_gain;
+    const std::int32_t tree_depth = fields.tree_depth;
+    const std::int32_t tree_leaves = fields.tree_leaves;
+    const std::int32_t index_mask = fields.index_mask;
+    const bool detects_per_sample = fields.detects_per_sample != 0;
+    float* const tree = fields.maximum_tree;
+    float* const delay = fields.delay;
+
+    /* Held in locals, since the compiler cannot know that `out` does not point into the record. */
+    float gain = fields.gain;
+    float smoothed_gain = fields.smoothed_gain;
+    std::int32_t write_index = fields.write_index;
+    bool is_limiting = fields.is_limiting != 0;
+    bool has_exceeded = false;
+
+    for (int i = 0; i < count; ++i) {
+        const float sample = in[i];
+        const float level = detects_per_sample ? std::fabs(sample) : block_peak;
+        if (level > threshold) {
+            if (!is_limiting) std::fill_n(tree, kLimiterTreeEntries, 0.0F);
+            is_limiting = true;
+            has_exceeded = true;
+        }
+
+        float target = idle_gain;
+        if (is_limiting) {
+            const float peak = insertIntoMaximumTree(tree, write_index, level, tree_depth, tree_leaves);
+            if (threshold >= peak) {
+                is_limiting = false;
+            } else {
+                target = threshold / peak;
+            }
+        }
+
+        delay[write_index] = sample;
+        const std::int32_t next_index = (write_index + 1) & index_mask;
+        const float delayed = detects_per_sample ? delay[next_index] : sample;
+
+        smoothed_gain = smoothed_gain * kSmoothingKeep + target * kSmoothingStep;
+        gain = std::min(smoothed_gain, gain * kReleaseKeep + kReleaseStep);
+
+        float limited = gain * delayed;
+        if (std::fabs(limited) > threshold) {
+            gain = threshold / std::fabs(delayed);
+            limited = gain * delayed;
+        }
+        out[i] = limited;
+        write_index = next_index;
+    }
+
+    fields.gain = gain;
+    fields.smoothed_gain = smoothed_gain;
+    fields.write_index = write_index;
+    fields.is_limiting = is_limiting ? 1 : 0;
+    return has_exceeded;
+}
+
+}  // namespace sonivex

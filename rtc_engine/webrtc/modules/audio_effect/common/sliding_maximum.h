@@ -1,0 +1,32 @@
+/* Maximum of the last `leaves` values, kept in a tournament tree.
+ *
+ *   levels, leaves first:  leaves, leaves/2, .., 2 nodes; level d (depth at the leaves .. 1) starts at
+ *                          entry 2 * leaves - (2 << d)
+ *   insert at leaf k:      on every level: node k = value; value = max(value, sibling of k); k = k / 2
+ *
+ * Every node holds the maximum of what is below it, so one path of `depth` steps per value is enough. The caller
+ * moves k round the leaves; a tree of zeros stands for no values (they are magnitudes). */
+#pragma once
+
+#include <cstdint>
+
+namespace sonivex {
+
+/** Put `value` at `leaf`, over the oldest one.
+ *  @param tree  2 * leaves entries.
+ *  @param depth leaves is 1 << depth.
+ *  @return the maximum of all leaves. */
+inline float insertIntoMaximumTree(float* tree, std::int32_t leaf, float value, std::int32_t depth,
+                                   std::int32_t leaves) {
+    std::int32_t node = leaf;
+    for (std::int32_t level = depth; level >= 1; --level) {
+        float* const nodes = tree + (2 * leaves - (2 << level));
+        nodes[node] = value;
+        const float sibling = nodes[node ^ 1];
+        value = value > sibling ? value : sibling;
+        node >>= 1;
+    }
+    return value;
+}
+
+}  // namespace sonivex
