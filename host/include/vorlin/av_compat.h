@@ -28,8 +28,12 @@ namespace Vorlin::av {
 #define VORLIN_AV_DURATION pkt_duration
 #endif
 
-inline int64_t frameDuration(const AVFrame* frame) { return frame->VORLIN_AV_DURATION; }
-inline void setFrameDuration(AVFrame* frame, int64_t duration) { frame->VORLIN_AV_DURATION = duration; }
+inline int64_t frameDuration(const AVFrame* frame) {
+    return frame->VORLIN_AV_DURATION;
+}
+inline void setFrameDuration(AVFrame* frame, int64_t duration) {
+    frame->VORLIN_AV_DURATION = duration;
+}
 #undef VORLIN_AV_DURATION
 
 /** The mask of a native layout; 0 for any other order. */

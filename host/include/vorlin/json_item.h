@@ -7,7 +7,10 @@
 
 namespace Vorlin {
 
-/** One JSON value, read member by member. No function throws for what the text holds. */
+/** One JSON value, read member by member. No function throws for what the text holds.
+ *
+ *  Of members with the same name the last one counts. A number beyond a double makes the whole text invalid.
+ */
 class VORLIN_API VorlinJSONItem {
   public:
     explicit VorlinJSONItem(const std::string& text);
@@ -19,8 +22,8 @@ class VORLIN_API VorlinJSONItem {
     bool isValid() const;
     bool hasItem(const std::string& name) const;
 
-    // The value of a member; `fallback` when there is no such member, its type is another one, or its value does
-    // not fit the result.
+    // The value of a member; `fallback` when there is no such member, its type is another one, or its value
+    // does not fit the result.
     std::string getString(const std::string& name, const std::string& fallback = {}) const;
     /** A number without a fraction that fits an int; 2.0 is such a number, 2.5 is not. */
     int getInt(const std::string& name, int fallback = 0) const;

@@ -7,7 +7,8 @@
 
 namespace Vorlin {
 
-/** A filter library, loaded while this object lives. Hold it longer than any clone of the library's filters. */
+/** A filter library, loaded while this object lives. Hold it longer than any clone of the library's filters.
+ */
 class VORLIN_API Plugin {
   public:
     /** Load `path` as dlopen understands it: a name without a slash is searched for on the system's path.

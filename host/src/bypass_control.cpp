@@ -1,0 +1,84 @@
+#include "bypass_control.h"
+
+#include <array>
+#include <charconv>
+#include <exception>
+
+#include "vorlin/filter_prototype.h"
+#include "vorlin/log.h"
+
+namespace Vorlin {
+
+namespace {
+
+constexpr char LOG_TAG[] = "Player";
+
+// Not std::to_string: its decimal point depends on the locale, and it writes six places whatever the number.
+std::string numberText(double value) {
+    constexpr size_t LONGEST_DOUBLE_BYTES = 32;
+    std::array<char, LONGEST_DOUBLE_BYTES> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+    return {text.data(), end};
+}
+
+}  // namespace
+
+BypassControl::BypassControl(IAudioFilter& filter) : mFilter(filter), mEventPrefix(filter.getName() + ":") {
+    filter.setDCA([this](int, const std::string& event) { obey(event); });
+}
+
+void BypassControl::apply() {
+    mFilter.setInvalid(isBypassed());
+}
+
+void BypassControl::setListener(bool bypass) {
+    if (bypass) {
+        mListener = true;
+        apply();
+    } else {
+        endReason(mListener);
+    }
+}
+
+void BypassControl::retryAfterOverload() {
+    endReason(mOverload);
+}
+
+void BypassControl::endReason(bool& reason) {
+    if (!reason) return;
+    reason = false;
+    // Still set invalid, so it only answers. What it found meanwhile it could not announce.
+    mOverFps = mFilter.isOverFps();
+    apply();
+}
+
+bool BypassControl::reportRate(const std::string& key, double value) {
+    // Recovery is announced by a valid filter only.
+    if (mOverFps && !mListener && !mOverload) mFilter.setInvalid(false);
+    bool isUnderstood = true;
+    try {
+        mFilter.setOption(key, numberText(value), {});
+    } catch (const std::exception& refusal) {
+        __log_print(LOG_WARNING, LOG_TAG, "%s refused %s = %g: %s", mEventPrefix.c_str(), key.c_str(), value,
+                    refusal.what());
+        isUnderstood = false;
+    }
+    apply();
+    return isUnderstood;
+}
+
+void BypassControl::obey(const std::string& event) {
+    if (event == mEventPrefix + filterPrototype::FILTER_INVALID_OVER_FPS) {
+        mOverFps = true;
+    } else if (event == mEventPrefix + filterPrototype::FILTER_VALID_RECOVERY) {
+        mOverFps = false;
+    } else if (event == mEventPrefix + filterPrototype::FILTER_INVALID_PERFORMANCE) {
+        mOverload = true;
+    } else {
+        __log_print(LOG_DEBUG, LOG_TAG, "unknown event %s", event.c_str());
+        return;
+    }
+    apply();
+}
+
+}  // namespace Vorlin

@@ -1,0 +1,45 @@
+#include "fence_frame.h"
+
+#include <new>
+
+#include "vorlin/av_compat.h"
+
+extern "C" {
+#include <libavutil/samplefmt.h>
+}
+
+namespace Vorlin {
+
+namespace {
+
+constexpr int FENCE_CHANNELS = 3;
+constexpr int FENCE_FRAMES = 1;
+constexpr int ANY_RATE_HZ = 48000;
+
+struct FreeFrame {
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+};
+
+bool isSampleFormat(int format) {
+    return format >= 0 && format < AV_SAMPLE_FMT_NB;
+}
+
+}  // namespace
+
+std::unique_ptr<FenceFrame> FenceFrame::make(const audioInfo& stream, uint64_t number) {
+    std::unique_ptr<AVFrame, FreeFrame> frame(av_frame_alloc());
+    if (!frame) return nullptr;
+    frame->format = isSampleFormat(stream.format) ? stream.format : AV_SAMPLE_FMT_S16;
+    frame->sample_rate = stream.sample_rate > 0 ? stream.sample_rate : ANY_RATE_HZ;
+    frame->nb_samples = FENCE_FRAMES;
+    if (av::setFrameDefaultLayout(frame.get(), FENCE_CHANNELS) < 0) return nullptr;
+    if (av_frame_get_buffer(frame.get(), 0) < 0) return nullptr;
+    const auto format = static_cast<AVSampleFormat>(frame->format);
+    av_samples_set_silence(frame->extended_data, 0, FENCE_FRAMES, FENCE_CHANNELS, format);
+
+    std::unique_ptr<FenceFrame> fence(new (std::nothrow) FenceFrame(frame.get(), number));
+    if (fence) (void)frame.release();  // the fence's own now
+    return fence;
+}
+
+}  // namespace Vorlin

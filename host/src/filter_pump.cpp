@@ -1,0 +1,119 @@
+#include "filter_pump.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "fence_frame.h"
+
+extern "C" {
+#include <libavutil/error.h>
+}
+
+namespace Vorlin {
+
+namespace {
+
+using std::chrono::nanoseconds;
+using std::chrono::steady_clock;
+
+constexpr int TRY_AGAIN = -35;  // the filters' own number, not this system's EAGAIN
+constexpr int64_t POLL_MS = 1;
+
+// Measures how long nothing has moved.
+class StallWatch {
+  public:
+    explicit StallWatch(std::chrono::milliseconds limit) : mLimit(limit) {}
+
+    void restart() { mSince = steady_clock::now(); }
+    bool isOver() const { return steady_clock::now() - mSince >= mLimit; }
+
+  private:
+    std::chrono::milliseconds mLimit;
+    steady_clock::time_point mSince = steady_clock::now();
+};
+
+}  // namespace
+
+FilterPump::FilterPump(IAudioFilter& filter, bool active, const BypassControl& bypass,
+                       WorkingTime& workingTime, std::chrono::milliseconds stallLimit, Player::Output output)
+    : mFilter(filter),
+      mActive(active),
+      mBypass(bypass),
+      mWorkingTime(workingTime),
+      mStallLimit(stallLimit),
+      mOutput(std::move(output)) {}
+
+int FilterPump::push(std::unique_ptr<IQFFrame>& frame) {
+    StallWatch stall(mStallLimit);
+    for (;;) {
+        const Attempt attempt = tryPush(frame);
+        if (attempt.result != TRY_AGAIN) return attempt.result;
+        if (attempt.hasMovedAFrame) {
+            stall.restart();
+        } else if (stall.isOver()) {
+            return AVERROR(ETIMEDOUT);
+        } else {
+            qf_msleep(POLL_MS);
+        }
+    }
+}
+
+int FilterPump::passFence(const IQFFrame::audioInfo& stream) {
+    const uint64_t number = ++mNewestFence;
+    std::unique_ptr<IQFFrame> fence = FenceFrame::make(stream, number);
+    if (!fence) return AVERROR(ENOMEM);
+    if (const int result = push(fence); result < 0) return result;
+
+    StallWatch stall(mStallLimit);
+    std::unique_ptr<IQFFrame> nudge;
+    while (mNewestFenceOut < number) {
+        if (mActive ? pullReady({}) : runOnce(nudge, stream)) {
+            stall.restart();
+        } else if (stall.isOver()) {
+            return AVERROR(ETIMEDOUT);
+        } else {
+            qf_msleep(POLL_MS);
+        }
+    }
+    return 0;
+}
+
+// An inactive filter works inside `push` only, and ends that work early when it gives a frame up: the fence
+// may still be waiting inside. Only another push runs it again, taken or not, so one more fence is offered.
+// It has the same number: when it comes out, the first one has.
+bool FilterPump::runOnce(std::unique_ptr<IQFFrame>& nudge, const IQFFrame::audioInfo& stream) {
+    if (!nudge) nudge = FenceFrame::make(stream, mNewestFence);
+    return nudge && tryPush(nudge).hasMovedAFrame;
+}
+
+FilterPump::Attempt FilterPump::tryPush(std::unique_ptr<IQFFrame>& frame) {
+    constexpr uint64_t DO_NOT_WAIT_MS = 0;
+    mWasBypassed = mBypass.isBypassed();
+    const auto begin = steady_clock::now();
+    const int result = mFilter.push(frame, DO_NOT_WAIT_MS);
+    const nanoseconds pushCall = steady_clock::now() - begin;
+    return {result, pullReady(pushCall)};
+}
+
+// @return whether anything came out, a fence included.
+bool FilterPump::pullReady(nanoseconds pushCall) {
+    constexpr uint64_t DO_NOT_WAIT_MS = 0;
+    uint64_t frames = 0;
+    uint64_t fences = 0;
+    std::unique_ptr<IQFFrame> frame;
+    while (mFilter.pull(frame, DO_NOT_WAIT_MS) == 0) {
+        if (const auto* fence = dynamic_cast<const FenceFrame*>(frame.get())) {
+            mNewestFenceOut = std::max(mNewestFenceOut, fence->number());
+            frame.reset();
+            ++fences;
+        } else {
+            ++frames;
+            ++mHandedOver;
+            mOutput(std::move(frame));
+        }
+    }
+    mWorkingTime.framesCameOut(frames, pushCall);
+    return frames + fences > 0;
+}
+
+}  // namespace Vorlin

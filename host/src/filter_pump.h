@@ -1,0 +1,55 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+
+#include "bypass_control.h"
+#include "vorlin/filter.h"
+#include "vorlin/player.h"
+#include "working_time.h"
+
+namespace Vorlin {
+
+/** Moves frames through a filter: answers "try again" by pulling, hands over what is ready, waits for fences.
+ */
+class FilterPump {
+  public:
+    FilterPump(IAudioFilter& filter, bool active, const BypassControl& bypass, WorkingTime& workingTime,
+               std::chrono::milliseconds stallLimit, Player::Output output);
+
+    /** Push until the filter takes the frame. @return 0, AVERROR(ETIMEDOUT), or the filter's own error. */
+    int push(std::unique_ptr<IQFFrame>& frame);
+
+    /** Push a fence like `stream` and wait until it comes out. @return as `push`, or AVERROR(ENOMEM). */
+    int passFence(const IQFFrame::audioInfo& stream);
+
+    /** Frames handed to the output so far; fences are never among them. */
+    uint64_t handedOver() const { return mHandedOver; }
+
+    /** Whether the filter was bypassed when it took, or refused, the last frame. */
+    bool wasBypassed() const { return mWasBypassed; }
+
+  private:
+    struct Attempt {
+        int result;
+        bool hasMovedAFrame;
+    };
+
+    Attempt tryPush(std::unique_ptr<IQFFrame>& frame);
+    bool pullReady(std::chrono::nanoseconds pushCall);
+    bool runOnce(std::unique_ptr<IQFFrame>& nudge, const IQFFrame::audioInfo& stream);
+
+    IAudioFilter& mFilter;
+    const bool mActive;
+    const BypassControl& mBypass;
+    WorkingTime& mWorkingTime;
+    const std::chrono::milliseconds mStallLimit;
+    const Player::Output mOutput;
+    uint64_t mHandedOver = 0;
+    bool mWasBypassed = false;
+    uint64_t mNewestFence = 0;     // number of the last fence pushed
+    uint64_t mNewestFenceOut = 0;  // number of the last fence that came out
+};
+
+}  // namespace Vorlin

@@ -1,0 +1,7 @@
+#include "vorlin/frame.h"
+
+namespace Vorlin {
+
+IQFFrame::~IQFFrame() = default;
+
+}  // namespace Vorlin

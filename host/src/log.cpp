@@ -1,0 +1,88 @@
+#include "vorlin/log.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+namespace Vorlin {
+
+namespace {
+
+std::atomic<int> threshold{LOG_QUIET};
+
+struct SinkSlot {
+    std::mutex mutex;
+    std::shared_ptr<const LogSink> sink;  // null: standard error
+};
+
+// Never destroyed: a worker may log until the very end of the program.
+SinkSlot& sinkSlot() {
+    static SinkSlot& instance = *new SinkSlot;
+    return instance;
+}
+
+void writeToStandardError(const std::string& tag, const std::string& message) {
+    // One call, so that the lines of two threads do not mix.
+    const std::string line = tag + ": " + message + "\n";
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+// The sink runs outside the mutex, so that it may log or replace itself.
+void deliver(int level, const std::string& tag, const std::string& message) {
+    std::shared_ptr<const LogSink> sink;
+    {
+        SinkSlot& slot = sinkSlot();
+        const std::lock_guard lock(slot.mutex);
+        sink = slot.sink;
+    }
+    if (sink) {
+        (*sink)(level, tag, message);
+    } else {
+        writeToStandardError(tag, message);
+    }
+}
+
+std::string formatMessage(const char* format, va_list arguments) {
+    va_list measured;
+    va_copy(measured, arguments);
+    const int length = std::vsnprintf(nullptr, 0, format, measured);
+    va_end(measured);
+    if (length < 0) return format;  // arguments that cannot be written: the bare format says most
+
+    std::string message(static_cast<size_t>(length), '\0');
+    std::vsnprintf(message.data(), message.size() + 1, format, arguments);
+    if (message.ends_with('\n')) message.pop_back();
+    return message;
+}
+
+}  // namespace
+
+void setLogLevel(int level) {
+    threshold.store(level, std::memory_order_relaxed);
+}
+
+void setLogSink(LogSink sink) {
+    auto replacement = sink ? std::make_shared<const LogSink>(std::move(sink)) : nullptr;
+    SinkSlot& slot = sinkSlot();
+    {
+        const std::lock_guard lock(slot.mutex);
+        slot.sink.swap(replacement);
+    }
+    // The former sink dies here, outside the mutex: its destructor may log.
+}
+
+}  // namespace Vorlin
+
+void __log_print(int level, const char* tag, const char* format, ...) {
+    if (level > Vorlin::threshold.load(std::memory_order_relaxed) || format == nullptr) return;
+    va_list arguments;
+    va_start(arguments, format);
+    try {
+        Vorlin::deliver(level, tag != nullptr ? tag : "", Vorlin::formatMessage(format, arguments));
+    } catch (...) {  // NOLINT(bugprone-empty-catch): a message lost is better than a player lost
+    }
+    va_end(arguments);
+}

@@ -1,0 +1,132 @@
+#include "vorlin/player.h"
+
+#include <optional>
+#include <utility>
+
+#include "bypass_control.h"
+#include "filter_pump.h"
+#include "vorlin/filter_prototype.h"
+#include "vorlin/thread.h"
+#include "working_time.h"
+
+extern "C" {
+#include <libavutil/error.h>
+}
+
+namespace Vorlin {
+
+namespace {
+
+bool isSameStream(const IQFFrame::audioInfo& a, const IQFFrame::audioInfo& b) {
+    return a.format == b.format && a.channels == b.channels && a.sample_rate == b.sample_rate &&
+           a.channel_layout == b.channel_layout;
+}
+
+class FilterPlayer final : public Player {
+  public:
+    FilterPlayer(std::shared_ptr<Plugin> plugin, std::unique_ptr<IAudioFilter> filter,
+                 std::unique_ptr<BypassControl> bypass, std::shared_ptr<const qfThreadClock> worker,
+                 const PlayerConfig& config, Output output)
+        : mPlugin(std::move(plugin)),
+          mBypass(std::move(bypass)),
+          mFilter(std::move(filter)),
+          mWorkingTime(*mFilter, *mBypass, config.active, std::move(worker)),
+          mPump(*mFilter, config.active, *mBypass, mWorkingTime, config.stallLimit, std::move(output)) {}
+
+    bool setOptions(const std::string& json) override {
+        return mFilter->setOption(filterPrototype::FILTER_OPTION, json, {});
+    }
+
+    void setVideoFps(double fps) override {
+        if (mBypass->reportRate(filterPrototype::VIDEO_FPS_OPTION, fps)) mWorkingTime.setVideoFps(fps);
+    }
+
+    void setSpeed(double speed) override {
+        if (mBypass->reportRate(filterPrototype::PLAYER_SPEED_OPTION, speed)) mWorkingTime.setSpeed(speed);
+    }
+
+    void setBypass(bool bypass) override { mBypass->setListener(bypass); }
+    void retryAfterOverload() override { mBypass->retryAfterOverload(); }
+    bool isBypassed() const override { return mBypass->isBypassed(); }
+
+    int push(std::unique_ptr<IQFFrame> frame) override {
+        if (!frame) return AVERROR(EINVAL);
+        const IQFFrame::audioInfo stream = frame->getInfo();
+        if (mStream && !isSameStream(*mStream, stream)) {
+            if (const int result = drain(); result < 0) return result;
+            flush();
+        }
+        if (underWay() == 0) mWorkingTime.forget();
+
+        const int result = mPump.push(frame);
+        if (result == 0) {
+            mStream = stream;
+            ++mCounts.pushed;
+            if (mPump.wasBypassed()) ++mCounts.bypassed;
+        }
+        mCounts.pulled = mPump.handedOver();
+        return result;
+    }
+
+    int drain() override {
+        if (!mStream) return 0;
+        const int result = mPump.passFence(*mStream);
+        mCounts.pulled = mPump.handedOver();
+        if (result == 0) mCounts.dropped = mCounts.pushed - mCounts.pulled - mCounts.discarded;
+        return result;
+    }
+
+    void seek() override { flush(); }
+
+    const PlayerCounts& counts() const override { return mCounts; }
+    IAudioFilter& filter() override { return *mFilter; }
+
+  private:
+    // Frames that the filter gave up since the last drain are among them: nothing tells them apart.
+    uint64_t underWay() const {
+        return mCounts.pushed - mCounts.pulled - mCounts.dropped - mCounts.discarded;
+    }
+
+    void flush() {
+        mFilter->flush();
+        mCounts.discarded += underWay();
+        ++mCounts.flushes;
+        mStream.reset();
+    }
+
+    // In this order: the filter's code lies in the plug-in, and it may send events until it is gone.
+    const std::shared_ptr<Plugin> mPlugin;
+    const std::unique_ptr<BypassControl> mBypass;
+    const std::unique_ptr<IAudioFilter> mFilter;
+    WorkingTime mWorkingTime;
+    FilterPump mPump;
+    std::optional<IQFFrame::audioInfo> mStream;  // of the frames pushed since the last flush; none: no frame
+    PlayerCounts mCounts;
+};
+
+}  // namespace
+
+Player::~Player() = default;
+
+std::unique_ptr<Player> Player::create(std::shared_ptr<Plugin> plugin, const PlayerConfig& config,
+                                       Output output) {
+    auto filter =
+        filterPrototype::createFilter(config.filterName, config.source, config.source, config.active);
+    if (!filter) return nullptr;
+    auto bypass = std::make_unique<BypassControl>(*filter);
+
+    const auto clockBefore = qfThread::clockOfNewest();
+    constexpr uint64_t NO_FLAGS = 0;
+    if (!filter->init(NO_FLAGS)) {
+        filter.reset();  // before `bypass`, which its callback refers to
+        return nullptr;
+    }
+    auto worker = qfThread::clockOfNewest();
+    if (worker == clockBefore) worker = nullptr;
+
+    bypass->apply();
+    return std::make_unique<FilterPlayer>(std::move(plugin), std::move(filter), std::move(bypass),
+                                          std::move(worker), config, std::move(output));
+}
+
+}  // namespace Vorlin

@@ -1,0 +1,153 @@
+#include "vorlin/thread.h"
+
+#include <pthread.h>
+#include <time.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace Vorlin {
+
+namespace {
+
+using std::chrono::nanoseconds;
+
+nanoseconds readClock(clockid_t clock) {
+    timespec time{};
+    if (clock_gettime(clock, &time) != 0) return {};
+    return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
+}
+
+// The sum over all operating-system threads that one qfThread had, one after the other.
+class WorkerClock final : public qfThreadClock {
+  public:
+    nanoseconds cpuTime() const override {
+        const std::lock_guard lock(mMutex);
+        return mIsRunning ? mEnded + readClock(mClock) : mEnded;
+    }
+
+    /** The calling thread is the worker from now on. */
+    void attach() {
+        const std::lock_guard lock(mMutex);
+        mIsRunning = pthread_getcpuclockid(pthread_self(), &mClock) == 0;
+    }
+
+    /** The calling thread ends: its clock must not be read any more, a later thread may get the same id. */
+    void detach() {
+        const std::lock_guard lock(mMutex);
+        if (mIsRunning) mEnded += readClock(mClock);
+        mIsRunning = false;
+    }
+
+  private:
+    mutable std::mutex mMutex;
+    clockid_t mClock = 0;
+    bool mIsRunning = false;
+    nanoseconds mEnded{};
+};
+
+thread_local std::shared_ptr<const qfThreadClock> newestClock;
+
+void nameThisThread(const std::string& name) {
+    constexpr size_t LONGEST_NAME_BYTES = 15;
+    pthread_setname_np(pthread_self(), name.substr(0, LONGEST_NAME_BYTES).c_str());
+}
+
+}  // namespace
+
+qfThreadClock::~qfThreadClock() = default;
+
+// Shared with the worker, so that a body may destroy its own qfThread.
+struct qfThread::State {
+    enum class Request { Pause, Run, Stop };
+
+    State(std::function<int()> threadBody, std::string threadName)
+        : body(std::move(threadBody)), name(std::move(threadName)) {}
+
+    const std::function<int()> body;
+    const std::string name;
+    const std::shared_ptr<WorkerClock> clock = std::make_shared<WorkerClock>();
+
+    std::mutex mutex;  // guards what follows
+    std::condition_variable changed;
+    Request request = Request::Pause;
+    bool bodyRuns = false;
+    std::thread thread;
+
+    bool isCalledByWorker() const { return thread.get_id() == std::this_thread::get_id(); }
+
+    void run() {
+        nameThisThread(name);
+        clock->attach();
+        std::unique_lock lock(mutex);
+        for (;;) {
+            changed.wait(lock, [this] { return request != Request::Pause; });
+            if (request == Request::Stop) break;
+            bodyRuns = true;
+            lock.unlock();
+            body();
+            lock.lock();
+            bodyRuns = false;
+            if (request != Request::Run) changed.notify_all();
+        }
+        lock.unlock();
+        clock->detach();
+    }
+};
+
+qfThread::qfThread(std::function<int()> body, const std::string& name)
+    : mState(std::make_shared<State>(std::move(body), name)) {
+    newestClock = mState->clock;
+}
+
+qfThread::~qfThread() {
+    stop();
+    if (mState->thread.joinable()) mState->thread.detach();  // destroyed by its own body
+}
+
+void qfThread::start() {
+    std::unique_lock lock(mState->mutex);
+    if (mState->request == State::Request::Stop && mState->thread.joinable()) {  // stopped by its own body
+        lock.unlock();
+        mState->thread.join();
+        lock.lock();
+    }
+    if (!mState->thread.joinable()) {
+        mState->thread = std::thread([state = mState] { state->run(); });  // waits for the mutex held here
+    }
+    mState->request = State::Request::Run;
+    mState->changed.notify_all();
+}
+
+void qfThread::pause() {
+    std::unique_lock lock(mState->mutex);
+    if (mState->request == State::Request::Run) mState->request = State::Request::Pause;
+    if (mState->isCalledByWorker()) return;
+    mState->changed.wait(lock, [this] { return !mState->bodyRuns; });
+}
+
+void qfThread::stop() {
+    {
+        const std::lock_guard lock(mState->mutex);
+        mState->request = State::Request::Stop;
+        mState->changed.notify_all();
+        if (mState->isCalledByWorker()) return;
+    }
+    if (mState->thread.joinable()) mState->thread.join();
+}
+
+std::shared_ptr<const qfThreadClock> qfThread::clock() const {
+    return mState->clock;
+}
+
+std::shared_ptr<const qfThreadClock> qfThread::clockOfNewest() {
+    return newestClock;
+}
+
+}  // namespace Vorlin
+
+void qf_msleep(int64_t milliseconds) {
+    if (milliseconds > 0) std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}

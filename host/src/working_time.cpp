@@ -1,0 +1,53 @@
+#include "working_time.h"
+
+#include <cmath>
+#include <utility>
+
+namespace Vorlin {
+
+using std::chrono::milliseconds;
+using std::chrono::nanoseconds;
+
+WorkingTime::WorkingTime(IAudioFilter& filter, const BypassControl& bypass, bool active,
+                         std::shared_ptr<const qfThreadClock> worker)
+    : mFilter(filter), mBypass(bypass), mActive(active), mWorker(std::move(worker)) {}
+
+void WorkingTime::forget() {
+    growthOfWorker();
+}
+
+nanoseconds WorkingTime::growthOfWorker() {
+    if (!mWorker) return {};
+    const nanoseconds now = mWorker->cpuTime();
+    return now - std::exchange(mWorkerSeen, now);
+}
+
+bool WorkingTime::isWatching() const {
+    // Filters count whole frames per second and whole speeds, and must not be asked while their product is 0:
+    // the time allowed for a frame is its reciprocal.
+    return !mBypass.isBypassed() && std::trunc(mFps) * std::trunc(mSpeed) > 0.0;
+}
+
+void WorkingTime::framesCameOut(uint64_t frames, nanoseconds pushCall) {
+    if (!mActive) {
+        tell(frames, pushCall);
+    } else if (mWorker && frames > 0) {
+        mUntold += growthOfWorker();
+        if (isWatching()) {
+            tell(frames, mUntold);
+        } else {
+            mUntold = {};
+        }
+    }
+}
+
+// Takes what was told from `work`; the rest is less than a millisecond for each frame.
+void WorkingTime::tell(uint64_t frames, nanoseconds& work) {
+    for (uint64_t left = frames; left > 0 && isWatching(); --left) {
+        const auto share = std::chrono::duration_cast<milliseconds>(work / static_cast<int64_t>(left));
+        work -= share;
+        mFilter.checkTimeConsume(static_cast<uint64_t>(share.count()));
+    }
+}
+
+}  // namespace Vorlin
