@@ -1,0 +1,22 @@
+# What `cmake --install` lays down, and how other projects find it: find_package(Sonivex), pkg-config sonivex.
+include(CMakePackageConfigHelpers)
+
+install(
+    TARGETS SonivexFilter vorlin sonivex_headers sonivex
+    EXPORT SonivexTargets
+    RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/sonivex" "${PROJECT_SOURCE_DIR}/host/include/vorlin"
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/README.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/Sonivex")
+install(EXPORT SonivexTargets NAMESPACE Sonivex:: DESTINATION "${package_dir}")
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/SonivexConfig.cmake.in"
+                              "${PROJECT_BINARY_DIR}/SonivexConfig.cmake" INSTALL_DESTINATION "${package_dir}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/SonivexConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/SonivexConfig.cmake" "${PROJECT_BINARY_DIR}/SonivexConfigVersion.cmake"
+        DESTINATION "${package_dir}")
+
+configure_file("${PROJECT_SOURCE_DIR}/cmake/sonivex.pc.in" "${PROJECT_BINARY_DIR}/sonivex.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/sonivex.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

@@ -20,7 +20,7 @@ using Vorlin::IQFFrame;
 class EveryFormat : public ::testing::TestWithParam<AVSampleFormat> {};
 
 INSTANTIATE_TEST_SUITE_P(Conversion, EveryFormat, ::testing::ValuesIn(allSampleFormats()),
-                         [](const auto& info) { return av_get_sample_fmt_name(info.param); });
+                         [](const auto& parameter) { return av_get_sample_fmt_name(parameter.param); });
 
 // What is left of a 16-bit sample in a format.
 std::vector<int16_t> asHeldBy(AVSampleFormat format, std::vector<int16_t> samples) {
@@ -189,7 +189,7 @@ class AllocationLimit {
 };
 
 TEST(Conversion, AFailedOutputConversionDeliversSixteenBitAndTheNextFrameRecovers) {
-    constexpr int kFrames = 8192;
+    constexpr int kFrames = 65536;  // so that a block is larger than anything that making a graph takes
     LogCapture log;
     FilterUnderTest filter;
     filter.startNormalizer();

@@ -92,7 +92,7 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
     uint64_t flushes = 0;
     const auto end = Clock::now() + soakTime();
     while (Clock::now() < end) {
-        std::unique_ptr<IQFFrame> frame = makeFrame(spec, noise(random()));
+        std::unique_ptr<IQFFrame> frame = makeFrame(spec, noise(static_cast<uint32_t>(random())));
         pushed += filter->push(frame, 0) == 0 ? 1u : 0u;
         std::unique_ptr<IQFFrame> out;
         while (filter->pull(out, 0) == 0) {

@@ -15,7 +15,7 @@ namespace Vorlin {
 struct PlayerConfig {
     std::string filterName = "sonivex";  ///< name that a registered prototype must support
     bool active = true;          ///< true: the filter works on a thread of its own; false: inside `push`
-    IQFFrame::audioInfo source;  ///< what the stream holds, as far as it is known
+    IQFFrame::audioInfo source{};  ///< what the stream holds, as far as it is known
     std::chrono::milliseconds stallLimit{10'000};  ///< a filter that moves no frame for so long has failed
 };
 
