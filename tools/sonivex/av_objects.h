@@ -1,0 +1,71 @@
+#pragma once
+
+// Owners for the objects of the FFmpeg libraries, and their errors as text.
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/audio_fifo.h>
+#include <libavutil/dict.h>
+#include <libavutil/error.h>
+#include <libavutil/frame.h>
+#include <libswresample/swresample.h>
+}
+
+#include <memory>
+#include <new>
+#include <string>
+
+namespace sonivex_tool {
+
+struct AvDeleter {
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+    void operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
+    void operator()(SwrContext* resampler) const { swr_free(&resampler); }
+    void operator()(AVAudioFifo* fifo) const { av_audio_fifo_free(fifo); }
+};
+
+using FramePtr = std::unique_ptr<AVFrame, AvDeleter>;
+using PacketPtr = std::unique_ptr<AVPacket, AvDeleter>;
+using CodecContextPtr = std::unique_ptr<AVCodecContext, AvDeleter>;
+using ResamplerPtr = std::unique_ptr<SwrContext, AvDeleter>;
+using AudioFifoPtr = std::unique_ptr<AVAudioFifo, AvDeleter>;
+
+/** Hand `object` on, or throw std::bad_alloc when there is none. */
+template <typename Object>
+Object* allocated(Object* object) {
+    if (object == nullptr) throw std::bad_alloc();
+    return object;
+}
+
+inline std::string errorText(int averror) {
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(averror, text, sizeof text);
+    return text;
+}
+
+/** A dictionary that frees itself. */
+class Dictionary {
+  public:
+    Dictionary() = default;
+    Dictionary(const Dictionary& other) { av_dict_copy(&mEntries, other.mEntries, 0); }
+    Dictionary& operator=(const Dictionary&) = delete;
+    ~Dictionary() { av_dict_free(&mEntries); }
+
+    void set(const std::string& key, const std::string& value, int flags = 0) {
+        av_dict_set(&mEntries, key.c_str(), value.c_str(), flags);
+    }
+    /** The value of `key`, or null. */
+    const char* get(const std::string& key) const {
+        const AVDictionaryEntry* entry = av_dict_get(mEntries, key.c_str(), nullptr, 0);
+        return entry != nullptr ? entry->value : nullptr;
+    }
+    const AVDictionary* entries() const { return mEntries; }
+    AVDictionary** address() { return &mEntries; }
+
+  private:
+    AVDictionary* mEntries = nullptr;
+};
+
+}  // namespace sonivex_tool

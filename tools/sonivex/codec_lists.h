@@ -1,0 +1,15 @@
+#pragma once
+
+#include <vector>
+
+#include "av_objects.h"
+
+namespace sonivex_tool {
+
+// What an encoder says it can take. An empty list says nothing: anything may do.
+
+std::vector<AVSampleFormat> sampleFormats(const AVCodec& codec);
+std::vector<int> sampleRatesHz(const AVCodec& codec);
+std::vector<AVChannelLayout> channelLayouts(const AVCodec& codec);
+
+}  // namespace sonivex_tool

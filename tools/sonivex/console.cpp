@@ -1,0 +1,91 @@
+#include "console.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+
+namespace sonivex_tool {
+namespace {
+
+constexpr std::chrono::milliseconds kBarPeriod{100};
+constexpr std::chrono::seconds kLinePeriod{5};
+constexpr int kWidestBar = 40;
+constexpr int kTextBesideBar = 36;
+
+int terminalColumns() {
+    winsize size{};
+    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+    return 80;
+}
+
+std::string rounded(double number) { return std::to_string(std::llround(number)); }
+
+std::string speedText(double seconds, std::chrono::steady_clock::duration since) {
+    const double elapsed = std::chrono::duration<double>(since).count();
+    return elapsed > 0.0 ? rounded(seconds / elapsed) + " x real time" : std::string();
+}
+
+}  // namespace
+
+std::string clockTime(double seconds) {
+    const auto whole = static_cast<long long>(std::floor(std::max(seconds, 0.0)));
+    std::array<char, 64> text{};
+    if (whole >= 3600) {
+        (void)std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
+    } else {
+        (void)std::snprintf(text.data(), text.size(), "%lld:%02lld", whole / 60, whole % 60);
+    }
+    return text.data();
+}
+
+void printError(const std::string& line) { (void)std::fprintf(stderr, "sonivex: %s\n", line.c_str()); }
+
+Console::Console(bool quiet)
+    : mQuiet(quiet), mIsTerminal(isatty(STDERR_FILENO) != 0), mLastShown(Clock::now()) {}
+
+void Console::note(const std::string& line) {
+    if (mQuiet) return;
+    clearBar();
+    printError(line);
+}
+
+void Console::progress(double seconds, std::optional<double> total) {
+    if (mQuiet) return;
+    const auto now = Clock::now();
+    const auto period = mIsTerminal ? Clock::duration(kBarPeriod) : Clock::duration(kLinePeriod);
+    if (now - mLastShown < period) return;
+    mLastShown = now;
+    if (mIsTerminal) {
+        drawBar(seconds, total);
+        return;
+    }
+    const std::string of = total ? " of " + clockTime(*total) : std::string();
+    printError(clockTime(seconds) + of + ", " + speedText(seconds, now - mStarted));
+}
+
+void Console::drawBar(double seconds, std::optional<double> total) {
+    const std::string speed = speedText(seconds, Clock::now() - mStarted);
+    std::string line = clockTime(seconds);
+    if (total && *total > 0.0) {
+        const double done = std::clamp(seconds / *total, 0.0, 1.0);
+        const int width = std::clamp(terminalColumns() - kTextBesideBar, 0, kWidestBar);
+        const auto filled = static_cast<size_t>(done * width);
+        line = "[" + std::string(filled, '=') + std::string(static_cast<size_t>(width) - filled, ' ') + "] " +
+               rounded(std::floor(100.0 * done)) + " %  " + line + "/" + clockTime(*total);
+    }
+    (void)std::fprintf(stderr, "\r%s  %s\033[K", line.c_str(), speed.c_str());
+    (void)std::fflush(stderr);
+    mBarIsShown = true;
+}
+
+void Console::clearBar() {
+    if (!mBarIsShown) return;
+    (void)std::fputs("\r\033[K", stderr);
+    mBarIsShown = false;
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sonivex_tool {
+
+/** What the program must know of an effect from outside: how to ask for it and what it takes. */
+struct Effect {
+    std::string name;               ///< as on the command line
+    std::string title;              ///< for messages
+    std::string enableOption;       ///< member of the filter's option object that switches it on
+    std::string exportedFunction;   ///< a plug-in that has the effect exports this
+    std::vector<int> channels;      ///< channel counts that it processes; others pass through untouched
+    std::vector<int> ratesHz;       ///< likewise sample rates
+    int blockFrames;                ///< it works in blocks of so many frames
+    std::optional<int> outputChannels;  ///< what comes out, when that is not what went in
+};
+
+/** Every effect that the filter may have, the default one first. */
+const std::vector<Effect>& allEffects();
+
+/** The effect of that name, or null. */
+const Effect* findEffect(const std::string& name);
+
+/** Empty when `effect` processes such audio; else why it would pass it on untouched. */
+std::string whyUnsupported(const Effect& effect, int channels, int rateHz);
+
+/** The filter's options as the user set them; what was not set stays as the filter has it. */
+struct FilterOptions {
+    std::optional<std::string> surroundType;  ///< "3DSurround" or "MegaBass"
+    std::optional<int> surroundMode;          ///< 1..3
+    bool noLimiter = false;                   ///< surround: clip instead of limiting
+    std::optional<double> voice;              ///< dialogue: voice level, 1.0 and up
+};
+
+/** The filter's option object, as JSON. */
+std::string optionsJson(const Effect& effect, const FilterOptions& options);
+
+}  // namespace sonivex_tool

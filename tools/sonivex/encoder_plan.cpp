@@ -1,0 +1,146 @@
+#include "encoder_plan.h"
+
+#include <libavutil/samplefmt.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+
+#include "codec_lists.h"
+#include "failure.h"
+
+namespace sonivex_tool {
+namespace {
+
+// Plenty for speech and music, and within what every common lossy encoder takes for its channels.
+constexpr int64_t kBitsPerSecondPerChannel = 96'000;
+// Encoders made for lower rates stop at lower bit rates.
+constexpr int kFullBandwidthHz = 32'000;
+
+bool isFloat(AVSampleFormat packed) { return packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL; }
+
+/** Bits of a sample that a format keeps exactly. */
+int precisionBits(AVSampleFormat packed) {
+    if (packed == AV_SAMPLE_FMT_FLT) return 24;
+    if (packed == AV_SAMPLE_FMT_DBL) return 53;
+    return 8 * av_get_bytes_per_sample(packed);
+}
+
+/** Smaller is better: first nothing lost, then nothing wasted, then the same kind, then the same planes. */
+int distance(AVSampleFormat wanted, AVSampleFormat choice) {
+    const AVSampleFormat from = av_get_packed_sample_fmt(wanted);
+    const AVSampleFormat to = av_get_packed_sample_fmt(choice);
+    const int gained = precisionBits(to) - precisionBits(from);
+    const bool clips = isFloat(from) && !isFloat(to);
+    const int lossCost = gained < 0 ? 10'000 - 100 * gained : 0;
+    const int wasteCost = gained > 0 ? 10 * gained : 0;
+    const int kindCost = (clips ? 4 : 0) + (isFloat(from) != isFloat(to) ? 2 : 0);
+    return lossCost + wasteCost + kindCost + (wanted == choice ? 0 : 1);
+}
+
+AVCodecID pcmCodec(AVSampleFormat format, int bitsPerSample) {
+    switch (av_get_packed_sample_fmt(format)) {
+        case AV_SAMPLE_FMT_U8:
+            return AV_CODEC_ID_PCM_U8;
+        case AV_SAMPLE_FMT_S32:
+            return bitsPerSample > 0 && bitsPerSample <= 24 ? AV_CODEC_ID_PCM_S24LE : AV_CODEC_ID_PCM_S32LE;
+        case AV_SAMPLE_FMT_S64:
+            return AV_CODEC_ID_PCM_S64LE;
+        case AV_SAMPLE_FMT_FLT:
+            return AV_CODEC_ID_PCM_F32LE;
+        case AV_SAMPLE_FMT_DBL:
+            return AV_CODEC_ID_PCM_F64LE;
+        default:
+            return AV_CODEC_ID_PCM_S16LE;
+    }
+}
+
+bool holdsAnyPcm(const AVOutputFormat& muxer) {
+    const std::string name = muxer.name;
+    return name == "wav" || name == "w64";
+}
+
+const AVOutputFormat* chooseMuxer(const std::string& path) {
+    const std::string extension = std::filesystem::path(path).extension().string();
+    const AVOutputFormat* muxer = extension.empty() ? av_guess_format("wav", nullptr, nullptr)
+                                                    : av_guess_format(nullptr, path.c_str(), nullptr);
+    if (muxer == nullptr) {
+        throw Failure(ExitCode::OutputFormat, path + ": no file format is known by the name " + extension);
+    }
+    if ((muxer->flags & (AVFMT_NOFILE | AVFMT_NEEDNUMBER)) != 0 || muxer->audio_codec == AV_CODEC_ID_NONE) {
+        throw Failure(ExitCode::OutputFormat, path + ": " + extension + " is no format for one file of audio");
+    }
+    return muxer;
+}
+
+AVChannelLayout chooseLayout(const std::string& path, const AVCodec& codec, const AVChannelLayout& wanted) {
+    const auto choices = channelLayouts(codec);
+    if (choices.empty()) return wanted;
+    const AVChannelLayout* sameCount = nullptr;
+    for (const AVChannelLayout& choice : choices) {
+        if (av_channel_layout_compare(&choice, &wanted) == 0) return wanted;
+        if (choice.nb_channels == wanted.nb_channels && sameCount == nullptr) sameCount = &choice;
+    }
+    if (sameCount == nullptr) {
+        throw Failure(ExitCode::OutputFormat,
+                      path + ": " + avcodec_get_name(codec.id) + " cannot hold " +
+                          std::to_string(wanted.nb_channels) + " channels (" + layoutName(wanted) + ")");
+    }
+    return *sameCount;
+}
+
+int64_t lossyBitRate(const AVCodec& codec, const AudioSpec& spec) {
+    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec.id);
+    const bool isLossless = descriptor == nullptr || (descriptor->props & AV_CODEC_PROP_LOSSLESS) != 0;
+    if (isLossless) return 0;
+    const int64_t full = kBitsPerSecondPerChannel * spec.channels();
+    return spec.rateHz < kFullBandwidthHz ? full / 2 : full;
+}
+
+}  // namespace
+
+AVSampleFormat nearestSampleFormat(AVSampleFormat wanted, const std::vector<AVSampleFormat>& choices) {
+    AVSampleFormat best = wanted;
+    int bestDistance = std::numeric_limits<int>::max();
+    for (const AVSampleFormat choice : choices) {
+        const int d = distance(wanted, choice);
+        if (d < bestDistance) {
+            bestDistance = d;
+            best = choice;
+        }
+    }
+    return best;
+}
+
+int nearestRateHz(int wanted, const std::vector<int>& choices) {
+    if (choices.empty()) return wanted;
+    int best = 0;
+    for (const int choice : choices) {
+        if (choice >= wanted && (best < wanted || choice < best)) best = choice;
+        if (choice < wanted && best < wanted) best = std::max(best, choice);
+    }
+    return best;
+}
+
+EncoderPlan planEncoder(const std::string& path, const AudioSpec& audio, int bitsPerSample) {
+    EncoderPlan plan;
+    plan.muxer = chooseMuxer(path);
+    const AVCodecID id = holdsAnyPcm(*plan.muxer) ? pcmCodec(audio.format, bitsPerSample)
+                                                  : plan.muxer->audio_codec;
+    plan.codec = avcodec_find_encoder(id);
+    if (plan.codec == nullptr) {
+        throw Failure(ExitCode::OutputFormat, path + ": there is no encoder for " + avcodec_get_name(id));
+    }
+    plan.spec.format = nearestSampleFormat(audio.format, sampleFormats(*plan.codec));
+    plan.spec.rateHz = nearestRateHz(audio.rateHz, sampleRatesHz(*plan.codec));
+    plan.spec.layout = chooseLayout(path, *plan.codec, audio.layout);
+    if (plan.spec.rateHz != audio.rateHz) {
+        plan.notes.push_back(std::string(avcodec_get_name(id)) + " has no " + std::to_string(audio.rateHz) +
+                             " Hz; written at " + std::to_string(plan.spec.rateHz) + " Hz");
+    }
+    if (av_get_packed_sample_fmt(plan.spec.format) == AV_SAMPLE_FMT_S32) plan.bitsPerSample = bitsPerSample;
+    plan.bitRate = lossyBitRate(*plan.codec, plan.spec);
+    return plan;
+}
+
+}  // namespace sonivex_tool

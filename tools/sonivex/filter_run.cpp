@@ -1,0 +1,71 @@
+#include "filter_run.h"
+
+#include "failure.h"
+#include "latency.h"
+#include "vorlin/av_frame.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr char kFilterName[] = "sonivex";
+
+}  // namespace
+
+FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
+                     const AudioSpec& spec, Timeline::Output output)
+    : mDelayFrames(constantDelayFrames(settings.effect->blockFrames, settings.callFrames).value()),
+      mTimeline(0, std::move(output)) {
+    Vorlin::PlayerConfig config;
+    config.filterName = kFilterName;
+    config.active = settings.threaded;
+    config.source.format = spec.format;
+    config.source.channels = spec.channels();
+    config.source.sample_rate = spec.rateHz;
+    config.source.channel_layout = spec.layout.order == AV_CHANNEL_ORDER_NATIVE ? spec.layout.u.mask : 0;
+    mPlayer = Vorlin::Player::create(plugin, config,
+                                     [this](std::unique_ptr<Vorlin::IQFFrame> frame) { receive(std::move(frame)); });
+    if (mPlayer == nullptr) {
+        throw Failure(ExitCode::PluginNotFound,
+                      std::string("the plug-in holds no working filter of the name ") + kFilterName);
+    }
+    if (!mPlayer->setOptions(optionsJson(*settings.effect, settings.options))) {
+        throw Failure(ExitCode::FilterFailed, "the filter does not understand its options");
+    }
+    if (settings.playbackSpeed) mPlayer->setSpeed(*settings.playbackSpeed);
+    if (settings.videoFps) mPlayer->setVideoFps(*settings.videoFps);
+    // A filter that passes everything on is never late.
+    if (mPlayer->isBypassed()) mDelayFrames = 0;
+    mTimeline.setDelay(settings.keepDelay ? 0 : mDelayFrames);
+}
+
+void FilterRun::receive(std::unique_ptr<Vorlin::IQFFrame> frame) {
+    if (mOutputError != nullptr) return;
+    try {
+        const auto* audio = dynamic_cast<Vorlin::AVQFFrame*>(frame.get());
+        const AVFrame* samples = audio != nullptr ? static_cast<AVFrame*>(*audio) : nullptr;
+        if (samples == nullptr) return;
+        mTimeline.accept(FramePtr(allocated(av_frame_clone(samples))));
+    } catch (...) {
+        mOutputError = std::current_exception();
+    }
+}
+
+void FilterRun::check(int result) {
+    if (mOutputError != nullptr) std::rethrow_exception(mOutputError);
+    if (result == AVERROR(ETIMEDOUT)) throw Failure(ExitCode::FilterFailed, "the filter has stopped answering");
+    if (result < 0) throw Failure(ExitCode::FilterFailed, "the filter fails: " + errorText(result));
+}
+
+void FilterRun::push(FramePtr frame) {
+    frame->pts = mPushedFrames;
+    mPushedFrames += frame->nb_samples;
+    check(mPlayer->push(std::make_unique<Vorlin::AVQFFrame>(frame.release())));
+}
+
+void FilterRun::finish() {
+    check(mPlayer->drain());
+    if (counts().pulled == 0) throw Failure(ExitCode::FilterFailed, "the filter gave up every frame");
+    mTimeline.finish();
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+
+#include "render.h"
+#include "timeline.h"
+#include "vorlin/player.h"
+
+namespace sonivex_tool {
+
+/** One file's way through the filter: frames of one length go in, and what comes out stands in line with them. */
+class FilterRun {
+  public:
+    /** @param output receives what comes out, aligned with what went in.
+     *  @throw Failure (PluginNotFound, FilterFailed), here and below; and whatever `output` throws */
+    FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin, const AudioSpec& spec,
+              Timeline::Output output);
+
+    /** How late the filter's output is, in frames. */
+    int64_t delayFrames() const { return mDelayFrames; }
+    /** Whether the filter passes everything on untouched, at the frame rate and speed that it was told. */
+    bool isBypassed() const { return mPlayer->isBypassed(); }
+
+    /** Hand in the next frame; all have one length. */
+    void push(FramePtr frame);
+
+    /** The audio ends after `frames` frames: what comes out is cut there. Called before the frames of silence that
+     *  drive the rest out. */
+    void setEnd(int64_t frames) { mTimeline.setEnd(frames); }
+
+    /** Wait for everything pushed to come out. */
+    void finish();
+
+    const Vorlin::PlayerCounts& counts() const { return mPlayer->counts(); }
+
+  private:
+    void receive(std::unique_ptr<Vorlin::IQFFrame> frame);
+    void check(int result);
+
+    int64_t mDelayFrames;
+    Timeline mTimeline;
+    int64_t mPushedFrames = 0;
+    std::exception_ptr mOutputError;  ///< kept until the player's call has returned
+    std::unique_ptr<Vorlin::Player> mPlayer;
+};
+
+}  // namespace sonivex_tool

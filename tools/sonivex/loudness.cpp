@@ -1,0 +1,80 @@
+#include "loudness.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace sonivex_tool {
+namespace {
+
+AudioSpec doubleSpec(AudioSpec spec) {
+    spec.format = AV_SAMPLE_FMT_DBL;
+    return spec;
+}
+
+/** Where a loudspeaker stands, as ITU-R BS.1770 weighs it. */
+int ituPosition(AVChannel channel, int channels) {
+    switch (channel) {
+        case AV_CHAN_FRONT_LEFT:
+            return EBUR128_LEFT;
+        case AV_CHAN_FRONT_RIGHT:
+            return EBUR128_RIGHT;
+        case AV_CHAN_FRONT_CENTER:
+            return EBUR128_CENTER;
+        case AV_CHAN_LOW_FREQUENCY:
+        case AV_CHAN_LOW_FREQUENCY_2:
+            return EBUR128_UNUSED;
+        case AV_CHAN_SIDE_LEFT:
+            return channels > 6 ? EBUR128_Mp090 : EBUR128_LEFT_SURROUND;
+        case AV_CHAN_SIDE_RIGHT:
+            return channels > 6 ? EBUR128_Mm090 : EBUR128_RIGHT_SURROUND;
+        case AV_CHAN_BACK_LEFT:
+            return channels > 6 ? EBUR128_Mp135 : EBUR128_LEFT_SURROUND;
+        case AV_CHAN_BACK_RIGHT:
+            return channels > 6 ? EBUR128_Mm135 : EBUR128_RIGHT_SURROUND;
+        default:
+            return EBUR128_Mp180;  // a position of plain weight
+    }
+}
+
+}  // namespace
+
+void LoudnessMeter::Closer::operator()(ebur128_state* state) const { ebur128_destroy(&state); }
+
+LoudnessMeter::LoudnessMeter(const AudioSpec& spec) : mToDouble(doubleSpec(spec)) {
+    const int channels = spec.channels();
+    mState.reset(allocated(ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(spec.rateHz),
+                                        EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK)));
+    for (int c = 0; c < channels; ++c) {
+        const AVChannel channel = av_channel_layout_channel_from_index(&spec.layout, static_cast<unsigned>(c));
+        ebur128_set_channel(mState.get(), static_cast<unsigned>(c), ituPosition(channel, channels));
+    }
+}
+
+LoudnessMeter::~LoudnessMeter() = default;
+
+void LoudnessMeter::add(const AVFrame& frame) {
+    const FramePtr samples = mToDouble.convert(FramePtr(allocated(av_frame_clone(&frame))));
+    if (samples == nullptr) return;
+    const auto* data = reinterpret_cast<const double*>(samples->extended_data[0]);
+    if (ebur128_add_frames_double(mState.get(), data, static_cast<size_t>(samples->nb_samples)) ==
+        EBUR128_ERROR_NOMEM) {
+        throw std::bad_alloc();
+    }
+}
+
+Loudness LoudnessMeter::result() const {
+    Loudness loudness;
+    double lufs = 0.0;
+    if (ebur128_loudness_global(mState.get(), &lufs) == EBUR128_SUCCESS && std::isfinite(lufs)) {
+        loudness.integratedLufs = lufs;
+    }
+    double peak = 0.0;
+    for (unsigned c = 0; c < mState->channels; ++c) {
+        double ofChannel = 0.0;
+        if (ebur128_sample_peak(mState.get(), c, &ofChannel) == EBUR128_SUCCESS) peak = std::max(peak, ofChannel);
+    }
+    if (peak > 0.0 && std::isfinite(peak)) loudness.samplePeakDbfs = 20.0 * std::log10(peak);
+    return loudness;
+}
+
+}  // namespace sonivex_tool

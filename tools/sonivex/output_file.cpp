@@ -1,0 +1,175 @@
+#include "output_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <random>
+
+#include "failure.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr int kBufferBytes = 1 << 16;
+constexpr int kMaxLinks = 40;  // as the kernel follows
+constexpr int kMaxNameAttempts = 100;
+constexpr mode_t kNewFileMode = 0666;  // less the umask
+
+/** Where writing to `path` would really write, also through links to nothing yet. */
+std::filesystem::path followLinks(std::filesystem::path path) {
+    for (int i = 0; i < kMaxLinks; ++i) {
+        std::error_code error;
+        const auto target = std::filesystem::read_symlink(path, error);
+        if (error) break;
+        path = target.is_absolute() ? target : path.parent_path() / target;
+    }
+    return path;
+}
+
+std::optional<struct stat> statOf(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+    return status;
+}
+
+std::string randomSuffix() {
+    constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+    std::random_device random;
+    std::string suffix;
+    for (int i = 0; i < 8; ++i) suffix += kLetters[random() % (sizeof kLetters - 1)];
+    return suffix;
+}
+
+Failure alreadyThere(const std::string& name) {
+    return {ExitCode::OutputExists, name + ": exists already (--force replaces it)"};
+}
+
+}  // namespace
+
+void OutputFile::check(const std::string& path, bool replace) {
+    const auto status = statOf(path);
+    if (!status) return;
+    if (S_ISDIR(status->st_mode)) throw Failure(ExitCode::OutputExists, path + ": is a folder");
+    if (!S_ISREG(status->st_mode)) throw Failure(ExitCode::OutputExists, path + ": is not a regular file");
+    if (!replace) throw alreadyThere(path);
+}
+
+OutputFile::OutputFile(const std::string& path, bool replace)
+    : mName(path), mDestination(followLinks(path).string()), mReplace(replace) {
+    check(path, replace);
+    createTemporary();
+    auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
+    const auto write = [](void* self, auto* data, int bytes) {
+        return static_cast<OutputFile*>(self)->writeAll(data, static_cast<size_t>(bytes));
+    };
+    const auto seekTo = [](void* self, int64_t offset, int whence) {
+        return static_cast<OutputFile*>(self)->seek(offset, whence);
+    };
+    if (buffer != nullptr) mIo = avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, write, seekTo);
+    if (mIo == nullptr) {
+        av_free(buffer);
+        close();
+        throw std::bad_alloc();
+    }
+}
+
+OutputFile::~OutputFile() { close(); }
+
+void OutputFile::createTemporary() {
+    const std::filesystem::path destination(mDestination);
+    for (int i = 0; i < kMaxNameAttempts; ++i) {
+        const auto candidate = destination.parent_path() / (".sonivex-" + randomSuffix() + ".part");
+        mDescriptor = ::open(candidate.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
+        if (mDescriptor >= 0) {
+            mTemporary = candidate.string();
+            break;
+        }
+        if (errno != EEXIST) fail(errno);
+    }
+    if (mDescriptor < 0) fail(EEXIST);
+    // A file that is replaced keeps who may read it; where that cannot be, the umask's choice stands.
+    if (const auto old = statOf(mDestination)) (void)!::fchmod(mDescriptor, old->st_mode & 07777U);
+}
+
+int OutputFile::writeAll(const uint8_t* data, size_t bytes) {
+    size_t written = 0;
+    while (written < bytes) {
+        const ssize_t count = ::write(mDescriptor, data + written, bytes - written);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) {
+            if (mErrorNumber == 0) mErrorNumber = errno;
+            return AVERROR(errno);
+        }
+        written += static_cast<size_t>(count);
+    }
+    return static_cast<int>(bytes);
+}
+
+int64_t OutputFile::seek(int64_t offset, int whence) {
+    if (whence == AVSEEK_SIZE) {
+        struct stat status {};
+        return ::fstat(mDescriptor, &status) == 0 ? status.st_size : AVERROR(errno);
+    }
+    const off_t position = ::lseek(mDescriptor, offset, whence & ~AVSEEK_FORCE);
+    return position >= 0 ? position : AVERROR(errno);
+}
+
+void OutputFile::throwIfFailed() const {
+    if (mErrorNumber != 0) fail(mErrorNumber);
+}
+
+void OutputFile::fail(int errorNumber) const {
+    const bool isFull = errorNumber == ENOSPC || errorNumber == EDQUOT || errorNumber == EFBIG;
+    throw Failure(isFull ? ExitCode::NoSpace : ExitCode::OutputNotWritable,
+                  mName + ": cannot be written: " + std::strerror(errorNumber));
+}
+
+void OutputFile::commit() {
+    avio_flush(mIo);
+    throwIfFailed();
+    const int descriptor = mDescriptor;
+    mDescriptor = -1;
+    // Network file systems report a full disk only here.
+    if (::close(descriptor) != 0 && errno != EINTR) fail(errno);
+    giveName();
+    mTemporary.clear();
+}
+
+void OutputFile::giveName() {
+    const char* from = mTemporary.c_str();
+    const char* to = mDestination.c_str();
+    if (mReplace) {
+        if (::rename(from, to) != 0) fail(errno);
+        return;
+    }
+    if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return;
+    if (errno == EEXIST) throw alreadyThere(mName);
+    if (errno != EINVAL && errno != ENOSYS) fail(errno);
+    // Not every file system can rename without replacing. A second name is as good, where there are such.
+    if (::link(from, to) == 0) {
+        ::unlink(from);
+        return;
+    }
+    if (errno == EEXIST) throw alreadyThere(mName);
+    check(mName, mReplace);
+    if (::rename(from, to) != 0) fail(errno);
+}
+
+void OutputFile::close() {
+    if (mIo != nullptr) {
+        av_freep(&mIo->buffer);
+        avio_context_free(&mIo);
+    }
+    if (mDescriptor >= 0) ::close(mDescriptor);
+    mDescriptor = -1;
+    if (!mTemporary.empty()) ::unlink(mTemporary.c_str());
+    mTemporary.clear();
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,50 @@
+#include "plugin_search.h"
+
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+#include "failure.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr char kPluginFile[] = "libSonivexFilter.so";
+
+std::vector<std::filesystem::path> placesBesideProgram() {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) return {};
+    const std::filesystem::path folder = program.parent_path();
+    return {folder / kPluginFile, folder.parent_path() / "lib" / kPluginFile};
+}
+
+/** The loader searches the system for a name without a slash; a user who names a file means that file. */
+std::string asPath(const std::string& path) {
+    std::error_code error;
+    if (path.find('/') == std::string::npos && std::filesystem::exists(path, error)) return "./" + path;
+    return path;
+}
+
+}  // namespace
+
+std::shared_ptr<Vorlin::Plugin> loadPlugin(const std::string& path) {
+    std::string chosen = kPluginFile;
+    if (!path.empty()) {
+        chosen = asPath(path);
+    } else {
+        std::error_code error;
+        for (const auto& place : placesBesideProgram()) {
+            if (std::filesystem::exists(place, error)) {
+                chosen = place.string();
+                break;
+            }
+        }
+    }
+    std::string why;
+    auto plugin = Vorlin::Plugin::load(chosen, why);
+    if (plugin == nullptr) throw Failure(ExitCode::PluginNotFound, "the plug-in cannot be loaded: " + why);
+    return plugin;
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "console.h"
+#include "effect.h"
+#include "render_report.h"
+#include "vorlin/plugin.h"
+
+namespace sonivex_tool {
+
+/** Frames per call that `render` uses unless told otherwise: every effect has a constant delay with it, and the
+ *  normalizer and dialogue enhancement none beyond their own. */
+constexpr int kDefaultCallFrames = 1024;
+/** Eight channels of two such calls and a block still fit an effect's ring of 81919 samples. */
+constexpr int kLongestCallFrames = 4096;
+
+struct RenderSettings {
+    std::string input;
+    std::string output;
+    const Effect* effect = nullptr;
+    FilterOptions options;
+    std::optional<double> videoFps;
+    std::optional<double> playbackSpeed;
+    int streamNumber = 0;
+    int callFrames = kDefaultCallFrames;
+    bool keepDelay = false;
+    bool threaded = false;
+    bool replaceOutput = false;
+};
+
+/** Render a file through the filter of `plugin` into another.
+ *  @throw Failure, std::bad_alloc; nothing is left behind then. */
+RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin, Console& console);
+
+}  // namespace sonivex_tool

@@ -1,0 +1,144 @@
+#include "render_command.h"
+
+#include <cmath>
+#include <string>
+
+#include "failure.h"
+#include "interrupt.h"
+#include "plugin_search.h"
+#include "render.h"
+#include "result_stream.h"
+#include "vorlin/log.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr char kFooter[] =
+    "OUT's extension chooses its format; without one it is WAV, with samples like IN's own. Sample rate, length and\n"
+    "tags are kept, and OUT is aligned with IN to the sample. OUT appears only when it is whole.\n"
+    "\n"
+    "Exit codes:\n"
+    "  0  done                              7  OUT cannot be written\n"
+    "  1  internal error                    8  no space left for OUT\n"
+    "  2  wrong usage                       9  no format or encoder for OUT\n"
+    "  3  IN cannot be opened              10  plug-in not found\n"
+    "  4  IN has no such audio             11  the plug-in lacks the effect\n"
+    "  5  the effect does not take IN's    12  the filter failed\n"
+    "     channels or sample rate         130  interrupted (Ctrl-C)\n"
+    "  6  OUT exists                      143  terminated\n";
+
+struct Choices {
+    RenderSettings settings;
+    std::string effect = allEffects().front().name;
+    std::string plugin;
+    bool quiet = false;
+    bool json = false;
+    bool verbose = false;
+};
+
+/** Rejects what is no number, not finite, or below `lowest`. */
+CLI::Validator finiteFrom(double lowest) {
+    const std::string range = "must be a finite number of at least " + CLI::detail::to_string(lowest);
+    return CLI::Validator(
+        [lowest, range](const std::string& text) {
+            double number = 0.0;
+            const bool isGood = CLI::detail::lexical_cast(text, number) && std::isfinite(number) && number >= lowest;
+            return isGood ? std::string() : range;
+        },
+        "", "finite");
+}
+
+std::vector<std::string> effectNames() {
+    std::vector<std::string> names;
+    for (const Effect& effect : allEffects()) names.push_back(effect.name);
+    return names;
+}
+
+void addOptions(CLI::App& command, Choices& choices) {
+    RenderSettings& settings = choices.settings;
+    command.add_option("IN", settings.input, "The file to read; any format that libavformat knows")->required();
+    command.add_option("OUT", settings.output, "The file to write")->required();
+
+    const std::string effects = "Effect";
+    command.add_option("--effect", choices.effect, "What to do with the sound")
+        ->check(CLI::IsMember(effectNames()))
+        ->capture_default_str()
+        ->group(effects);
+    command.add_option("--voice", settings.options.voice, "dialogue: level of the voice, 1 and up")
+        ->check(finiteFrom(1.0))
+        ->group(effects);
+    command.add_option("--type", settings.options.surroundType, "surround: flavour")
+        ->check(CLI::IsMember({"3DSurround", "MegaBass"}))
+        ->group(effects);
+    command.add_option("--mode", settings.options.surroundMode, "surround: mode of MegaBass")
+        ->check(CLI::Range(1, 3))
+        ->group(effects);
+    command.add_flag("--no-limiter", settings.options.noLimiter, "surround: clip instead of limiting")
+        ->group(effects);
+    command.add_option("--fps", settings.videoFps, "Frame rate of the video beside the sound: the filter stands "
+                                                   "aside when it is too high, or the work too slow for it")
+        ->check(finiteFrom(0.0))
+        ->group(effects);
+    command.add_option("--speed", settings.playbackSpeed, "Playback speed to tell the filter, 1 = normal")
+        ->check(finiteFrom(0.0))
+        ->group(effects);
+
+    const std::string way = "Input and filter";
+    command.add_option("--stream", settings.streamNumber, "Which of IN's audio streams, from 0")
+        ->check(CLI::Range(0, 9999))
+        ->capture_default_str()
+        ->group(way);
+    command.add_option("--plugin", choices.plugin, "The filter's library; else libSonivexFilter.so beside this "
+                                                   "program, in ../lib from it, or on the system's library path")
+        ->group(way);
+    command.add_option("--frame-size", settings.callFrames, "Samples per channel in each call of the filter")
+        ->check(CLI::Range(1, kLongestCallFrames))
+        ->capture_default_str()
+        ->group(way);
+    command.add_flag("--raw-latency", settings.keepDelay, "Keep the filter's start-up delay; OUT is longer by it")
+        ->group(way);
+    command.add_flag("--threaded", settings.threaded, "Let the filter work on its own thread, as in a player: "
+                                                      "slower, the same result")
+        ->group(way);
+
+    const std::string output = "Output and messages";
+    command.add_flag("--force,-f", settings.replaceOutput, "Replace OUT if it exists")->group(output);
+    command.add_flag("--json", choices.json, "Print the summary as one JSON object")->group(output);
+    command.add_flag("--quiet,-q", choices.quiet, "Say nothing but errors (--json still prints)")->group(output);
+    command.add_flag("--verbose,-v", choices.verbose, "Show the logs of the filter and of the FFmpeg libraries")
+        ->excludes("--quiet")
+        ->group(output);
+}
+
+void run(Choices& choices) {
+    choices.settings.effect = findEffect(choices.effect);
+    installSignalHandlers();
+    av_log_set_level(choices.verbose ? AV_LOG_WARNING : AV_LOG_QUIET);
+    if (choices.verbose) Vorlin::setLogLevel(Vorlin::LOG_DEBUG);
+    ResultStream result(choices.quiet ? ResultStream::Prints::Nowhere : ResultStream::Prints::ToStandardError);
+    Console console(choices.quiet);
+    try {
+        const auto plugin = loadPlugin(choices.plugin);
+        const RenderReport report = render(choices.settings, plugin, console);
+        if (choices.json) {
+            result.write(asJson(report));
+        } else if (!choices.quiet) {
+            result.write(asText(report));
+        }
+    } catch (...) {
+        console.clearBar();
+        throw;
+    }
+}
+
+}  // namespace
+
+std::function<void()> addRenderCommand(CLI::App& program) {
+    auto choices = std::make_shared<Choices>();
+    CLI::App* command = program.add_subcommand("render", "Run a file's audio through the filter into another file");
+    command->footer(kFooter);
+    addOptions(*command, *choices);
+    return [choices] { run(*choices); };
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,117 @@
+#include "render_report.h"
+
+#include <libavutil/samplefmt.h>
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+namespace sonivex_tool {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kLabelWidth = 13;
+
+std::string line(const std::string& label, const std::string& text) {
+    return label + std::string(kLabelWidth - label.size(), ' ') + text + "\n";
+}
+
+std::string fixed(double number, int decimals) {
+    std::array<char, 64> text{};
+    (void)std::snprintf(text.data(), text.size(), "%.*f", decimals, number);
+    return text.data();
+}
+
+std::string sampleFormatName(AVSampleFormat format) {
+    const char* name = av_get_sample_fmt_name(format);
+    return name != nullptr ? name : "unknown";
+}
+
+std::string fileText(const FileReport& file) {
+    return file.path + " (" + file.codec + ", " + std::to_string(file.spec.rateHz) + " Hz, " +
+           layoutName(file.spec.layout) + ")";
+}
+
+std::string changeText(const std::optional<double>& before, const std::optional<double>& after,
+                       const std::string& unit, const std::string& missing) {
+    const auto text = [&](const std::optional<double>& value) {
+        return value ? fixed(*value, 1) + " " + unit : missing;
+    };
+    std::string change = text(before) + " -> " + text(after);
+    if (before && after) {
+        const double difference = *after - *before;
+        change += std::string("  (") + (difference < 0.0 ? "" : "+") + fixed(difference, 1) + " dB)";
+    }
+    return change;
+}
+
+Json orNull(const std::optional<double>& value) { return value ? Json(*value) : Json(nullptr); }
+
+Json fileJson(const FileReport& file) {
+    return {
+        {"path", file.path},
+        {"format", file.format},
+        {"codec", file.codec},
+        {"sample_format", sampleFormatName(file.spec.format)},
+        {"sample_rate_hz", file.spec.rateHz},
+        {"channels", file.spec.channels()},
+        {"channel_layout", layoutName(file.spec.layout)},
+        {"frames", file.frames},
+        {"integrated_lufs", orNull(file.loudness.integratedLufs)},
+        {"sample_peak_dbfs", orNull(file.loudness.samplePeakDbfs)},
+    };
+}
+
+}  // namespace
+
+double RenderReport::lengthSeconds() const {
+    return static_cast<double>(output.frames) / static_cast<double>(output.spec.rateHz);
+}
+
+double RenderReport::timesRealTime() const { return elapsedSeconds > 0.0 ? lengthSeconds() / elapsedSeconds : 0.0; }
+
+std::string asText(const RenderReport& report) {
+    std::string text;
+    text += line("Input", fileText(report.input));
+    text += line("Output", fileText(report.output));
+    text += line("Effect", report.effect);
+    text += line("Length", fixed(report.lengthSeconds(), 3) + " s, rendered " + fixed(report.timesRealTime(), 0) +
+                               " times faster than real time");
+    text += line("Loudness", changeText(report.input.loudness.integratedLufs, report.output.loudness.integratedLufs,
+                                        "LUFS", "none to measure"));
+    text += line("Sample peak", changeText(report.input.loudness.samplePeakDbfs,
+                                           report.output.loudness.samplePeakDbfs, "dBFS", "silence"));
+    if (report.delayFrames > 0) {
+        text += line("Delay", std::to_string(report.delayFrames) + " frames, " +
+                                  (report.delayIsRemoved ? "removed" : "kept"));
+    }
+    text += line("Frames", std::to_string(report.pushed) + " through the filter, " + std::to_string(report.dropped) +
+                               " dropped, " + std::to_string(report.bypassed) + " bypassed");
+    if (report.decodeErrors > 0) text += line("Decoding", std::to_string(report.decodeErrors) + " errors");
+    return text;
+}
+
+std::string asJson(const RenderReport& report) {
+    const Json object = {
+        {"input", fileJson(report.input)},
+        {"output", fileJson(report.output)},
+        {"effect", report.effect},
+        {"length_seconds", report.lengthSeconds()},
+        {"elapsed_seconds", report.elapsedSeconds},
+        {"times_real_time", report.timesRealTime()},
+        {"delay_frames", report.delayFrames},
+        {"delay_removed", report.delayIsRemoved},
+        {"decode_errors", report.decodeErrors},
+        {"frames_pushed", report.pushed},
+        {"frames_dropped", report.dropped},
+        {"frames_bypassed", report.bypassed},
+        {"notes", report.notes},
+    };
+    // A file name is any bytes; JSON is UTF-8.
+    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace sonivex_tool

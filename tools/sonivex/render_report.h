@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "audio_spec.h"
+#include "loudness.h"
+
+namespace sonivex_tool {
+
+/** One side of a render. */
+struct FileReport {
+    std::string path;
+    std::string format;  ///< libavformat's name
+    std::string codec;   ///< libavcodec's name
+    AudioSpec spec;
+    int64_t frames = 0;  ///< samples per channel, as decoded or as handed to the encoder
+    Loudness loudness;
+};
+
+/** What a render did. */
+struct RenderReport {
+    FileReport input;
+    FileReport output;
+    std::string effect;
+    double elapsedSeconds = 0.0;
+    int64_t delayFrames = 0;  ///< of the filter, in frames of the input's rate
+    bool delayIsRemoved = true;
+    uint64_t decodeErrors = 0;
+    uint64_t pushed = 0;    ///< frames (blocks of samples) given to the filter
+    uint64_t dropped = 0;   ///< of these, given up by it and replaced by silence
+    uint64_t bypassed = 0;  ///< of these, passed through untouched
+    std::vector<std::string> notes;
+
+    double lengthSeconds() const;
+    /** Seconds of audio for each second of work. */
+    double timesRealTime() const;
+};
+
+/** For people: several lines, with the last newline. */
+std::string asText(const RenderReport& report);
+
+/** For programs: one JSON object on one line, with the newline. */
+std::string asJson(const RenderReport& report);
+
+}  // namespace sonivex_tool
