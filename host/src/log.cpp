@@ -45,7 +45,7 @@ void deliver(int level, const std::string& tag, const std::string& message) {
     }
 }
 
-std::string formatMessage(const char* format, va_list arguments) {
+__attribute__((format(printf, 1, 0))) std::string formatMessage(const char* format, va_list arguments) {
     va_list measured;
     va_copy(measured, arguments);
     const int length = std::vsnprintf(nullptr, 0, format, measured);

@@ -1,0 +1,163 @@
+// Why and when a Player sets its filter invalid, and how it comes back.
+#include <cmath>
+#include <limits>
+
+#include "player_fixture.h"
+
+namespace Vorlin::test {
+namespace {
+
+class PlayerBypass : public PlayerFixture {
+  protected:
+    // What the player says and what it told the filter must agree.
+    void expectBypassed(const Player& player, bool expected) const {
+        EXPECT_EQ(player.isBypassed(), expected);
+        EXPECT_EQ(script->isInvalid, expected);
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Filter, PlayerBypass, testing::Bool(), activity);
+
+TEST_P(PlayerBypass, PassesFramesThroughUntouchedWhileTheListenerWantsIt) {
+    const auto player = makePlayer();
+    pushFrames(*player, 3);
+    EXPECT_EQ(player->drain(), 0);
+    player->setBypass(true);
+    expectBypassed(*player, true);
+    pushFrames(*player, 4);
+    EXPECT_EQ(player->drain(), 0);
+    player->setBypass(false);
+    expectBypassed(*player, false);
+    pushFrames(*player, 5);
+    EXPECT_EQ(player->drain(), 0);
+    EXPECT_EQ(script->processed, 8);
+    EXPECT_EQ(player->counts().bypassed, 4u);
+    EXPECT_EQ(numbersOut, firstNumbers(12));
+}
+
+TEST_P(PlayerBypass, MakesANewFilterValid) {
+    const auto player = makePlayer();
+    expectBypassed(*player, false);
+}
+
+TEST_P(PlayerBypass, FollowsTheFrameRateBothWays) {
+    const auto player = makePlayer();
+    player->setVideoFps(61);
+    expectBypassed(*player, false);
+    player->setVideoFps(62);
+    expectBypassed(*player, true);
+    player->setVideoFps(120);
+    expectBypassed(*player, true);
+    player->setVideoFps(30);
+    expectBypassed(*player, false);
+    player->setSpeed(2.0);
+    expectBypassed(*player, false);
+    player->setVideoFps(31);
+    expectBypassed(*player, true);
+    player->setSpeed(1.0);
+    expectBypassed(*player, false);
+    player->setVideoFps(62.5);
+    expectBypassed(*player, true);
+}
+
+TEST_P(PlayerBypass, RemembersARateThatRoseWhileTheListenerBypassed) {
+    const auto player = makePlayer();
+    player->setBypass(true);
+    player->setVideoFps(120);
+    player->setBypass(false);
+    expectBypassed(*player, true);
+    player->setVideoFps(30);
+    expectBypassed(*player, false);
+}
+
+TEST_P(PlayerBypass, RemembersARateThatFellWhileTheListenerBypassed) {
+    const auto player = makePlayer();
+    player->setVideoFps(120);
+    player->setBypass(true);
+    player->setVideoFps(30);
+    expectBypassed(*player, true);
+    player->setBypass(false);
+    expectBypassed(*player, false);
+    player->setVideoFps(120);
+    expectBypassed(*player, true);
+}
+
+TEST_P(PlayerBypass, KeepsTheListenersWishWhileTheRateRecovers) {
+    const auto player = makePlayer();
+    player->setVideoFps(120);
+    player->setBypass(true);
+    player->setVideoFps(120);
+    player->setBypass(false);
+    expectBypassed(*player, true);
+}
+
+TEST_P(PlayerBypass, EndsNothingThatNeverBegan) {
+    const auto player = makePlayer();
+    player->setVideoFps(120);
+    player->setBypass(false);
+    player->retryAfterOverload();
+    expectBypassed(*player, true);
+}
+
+TEST_P(PlayerBypass, StaysAwayAfterAnOverloadUntilToldToTryAgain) {
+    script->overloadFromMs = 0;
+    const auto player = makePlayer();
+    player->setVideoFps(25);
+    pushFrames(*player, 1);
+    EXPECT_EQ(player->drain(), 0);
+    expectBypassed(*player, true);
+    EXPECT_EQ(script->samplesMs.size(), 1u);
+
+    player->setVideoFps(24);
+    expectBypassed(*player, true);
+    player->seek();
+    pushFrames(*player, 3);
+    EXPECT_EQ(player->drain(), 0);
+    EXPECT_EQ(script->samplesMs.size(), 1u) << "a bypassed filter was fed";
+    EXPECT_EQ(player->counts().bypassed, 3u);
+
+    script->overloadFromMs = std::numeric_limits<uint64_t>::max();
+    player->retryAfterOverload();
+    expectBypassed(*player, false);
+    pushFrames(*player, 2);
+    EXPECT_EQ(player->drain(), 0);
+    EXPECT_EQ(script->processed, 3);
+    EXPECT_EQ(player->counts().bypassed, 3u);
+}
+
+TEST_P(PlayerBypass, RemembersARateThatRoseDuringAnOverload) {
+    script->overloadFromMs = 0;
+    const auto player = makePlayer();
+    player->setVideoFps(25);
+    pushFrames(*player, 1);
+    EXPECT_EQ(player->drain(), 0);
+    player->setVideoFps(120);
+    player->setBypass(true);
+    player->retryAfterOverload();
+    expectBypassed(*player, true);
+    player->setBypass(false);
+    expectBypassed(*player, true);
+    player->setVideoFps(25);
+    expectBypassed(*player, false);
+}
+
+TEST_P(PlayerBypass, SurvivesRatesThatNoFilterUnderstands) {
+    const auto player = makePlayer();
+    player->setVideoFps(120);
+    player->setSpeed(1e300);  // out of a float's range: the filter refuses the text
+    expectBypassed(*player, true);
+    player->setVideoFps(1e-320);
+    expectBypassed(*player, true);
+    player->setSpeed(1.0);
+    player->setVideoFps(30);
+    expectBypassed(*player, false);
+}
+
+TEST_P(PlayerBypass, WritesNumbersSoThatEveryLocaleReadsThemAlike) {
+    const auto player = makePlayer();
+    player->setVideoFps(29.97);
+    player->setSpeed(0.5);
+    EXPECT_THAT(script->options, testing::ElementsAre("video_fps=29.97", "player_speed=0.5"));
+}
+
+}  // namespace
+}  // namespace Vorlin::test

@@ -1,0 +1,34 @@
+#include "player_fixture.h"
+
+#include <numeric>
+
+namespace Vorlin::test {
+
+std::unique_ptr<Player> PlayerFixture::makePlayer(bool active, std::chrono::milliseconds stallLimit) {
+    PlayerConfig config;
+    config.filterName = "fake";
+    config.active = active;
+    config.source = STEREO_48K;
+    config.stallLimit = stallLimit;
+    return Player::create(nullptr, config, [this](std::unique_ptr<IQFFrame> frame) {
+        const auto* numbered = dynamic_cast<const NumberedFrame*>(frame.get());
+        ASSERT_NE(numbered, nullptr) << "a frame came out that the test never pushed";
+        numbersOut.push_back(numbered->number);
+    });
+}
+
+int PlayerFixture::pushFrame(Player& player, const IQFFrame::audioInfo& info) {
+    return player.push(std::make_unique<NumberedFrame>(mNextNumber++, info));
+}
+
+void PlayerFixture::pushFrames(Player& player, int count, const IQFFrame::audioInfo& info) {
+    for (int i = 0; i < count; ++i) ASSERT_EQ(pushFrame(player, info), 0);
+}
+
+std::vector<int> firstNumbers(int count) {
+    std::vector<int> numbers(static_cast<size_t>(count));
+    std::iota(numbers.begin(), numbers.end(), 0);
+    return numbers;
+}
+
+}  // namespace Vorlin::test

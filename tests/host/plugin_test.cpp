@@ -1,0 +1,133 @@
+#include "vorlin/plugin.h"
+
+#include <dlfcn.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "vorlin/av_frame.h"
+#include "vorlin/filter_prototype.h"
+#include "vorlin/player.h"
+
+namespace Vorlin {
+namespace {
+
+std::shared_ptr<Plugin> loadOrFail(const char* path) {
+    std::string error;
+    auto plugin = Plugin::load(path, error);
+    EXPECT_TRUE(plugin) << error;
+    return plugin;
+}
+
+bool isInMemory(const char* path) {
+    void* handle = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
+    if (handle != nullptr) dlclose(handle);
+    return handle != nullptr;
+}
+
+std::string nameOfNewest(const std::string& supportedName) {
+    const auto filter = filterPrototype::createFilter(supportedName, {}, {}, false);
+    return filter ? filter->getName() : "none";
+}
+
+TEST(Plugin, RegistersItsFilterWhileItIsLoaded) {
+    EXPECT_FALSE(filterPrototype::isRegistered("echo_a"));
+    auto plugin = loadOrFail(ECHO_PLUGIN_A);
+    EXPECT_TRUE(filterPrototype::isRegistered("echo_a"));
+    plugin.reset();
+    EXPECT_FALSE(filterPrototype::isRegistered("echo_a"));
+}
+
+TEST(Plugin, IsReallyUnloadedWhenItsLastHolderGoes) {
+    auto plugin = loadOrFail(ECHO_PLUGIN_A);
+    auto second = loadOrFail(ECHO_PLUGIN_A);
+    auto clone = filterPrototype::createFilter("echo_a", {}, {}, false);
+    ASSERT_TRUE(clone);
+    clone.reset();
+    plugin.reset();
+    EXPECT_TRUE(isInMemory(ECHO_PLUGIN_A));
+    second.reset();
+    EXPECT_FALSE(isInMemory(ECHO_PLUGIN_A));
+    EXPECT_EQ(nameOfNewest("echo_a"), "none");
+}
+
+TEST(Plugin, CanBeLoadedAgainAfterItWasUnloaded) {
+    for (int round = 0; round < 3; ++round) {
+        auto plugin = loadOrFail(ECHO_PLUGIN_A);
+        EXPECT_EQ(nameOfNewest("echo_a"), "echo_a");
+        plugin.reset();
+        ASSERT_FALSE(isInMemory(ECHO_PLUGIN_A));
+    }
+}
+
+TEST(Plugin, TheNewestOfTwoWithTheSameNameAnswers) {
+    auto a = loadOrFail(ECHO_PLUGIN_A);
+    auto b = loadOrFail(ECHO_PLUGIN_B);
+    EXPECT_EQ(nameOfNewest("echo"), "echo_b");
+    EXPECT_EQ(nameOfNewest("echo_a"), "echo_a");
+    b.reset();
+    EXPECT_EQ(nameOfNewest("echo"), "echo_a");
+    b = loadOrFail(ECHO_PLUGIN_B);
+    a.reset();
+    a = loadOrFail(ECHO_PLUGIN_A);
+    EXPECT_EQ(nameOfNewest("echo"), "echo_a");
+}
+
+TEST(Plugin, ItsClonesAreKnownByTypeAcrossTheLibraryBorder) {
+    auto plugin = loadOrFail(ECHO_PLUGIN_A);
+    auto clone = filterPrototype::createFilter("echo_a", {}, {}, false);
+    ASSERT_TRUE(clone);
+    EXPECT_NE(dynamic_cast<filterPrototype*>(clone.get()), nullptr);
+    clone.reset();
+}
+
+TEST(Plugin, StaysLoadedAsLongAsAPlayerHoldsItsFilter) {
+    PlayerConfig config;
+    config.filterName = "echo_a";
+    config.active = false;
+    int framesOut = 0;
+    auto player =
+        Player::create(loadOrFail(ECHO_PLUGIN_A), config, [&](std::unique_ptr<IQFFrame>) { ++framesOut; });
+    ASSERT_TRUE(player);
+    EXPECT_TRUE(isInMemory(ECHO_PLUGIN_A));
+    EXPECT_EQ(player->push(std::make_unique<AVQFFrame>(nullptr)), 0);
+    EXPECT_EQ(framesOut, 1);
+    player.reset();
+    EXPECT_FALSE(isInMemory(ECHO_PLUGIN_A));
+}
+
+TEST(Plugin, CanBeUnloadedWhileAnotherThreadLooksForFilters) {
+    auto stays = loadOrFail(ECHO_PLUGIN_B);
+    std::atomic<bool> isDone{false};
+    std::thread seeker([&] {
+        while (!isDone) EXPECT_NE(nameOfNewest("echo_b"), "none");
+    });
+    for (int round = 0; round < 50; ++round) loadOrFail(ECHO_PLUGIN_A);
+    isDone = true;
+    seeker.join();
+    EXPECT_FALSE(isInMemory(ECHO_PLUGIN_A));
+}
+
+TEST(Plugin, TellsWhatItExports) {
+    const auto plugin = loadOrFail(ECHO_PLUGIN_A);
+    EXPECT_TRUE(plugin->exports("echo_plugin_name"));
+    EXPECT_FALSE(plugin->exports("echo_plugin_nothing"));
+}
+
+TEST(Plugin, AnswersAFailedLoadWithOneClearLine) {
+    using std::string_literals::operator""s;
+    for (const std::string& path : {"/nowhere/libmissing.so"s, ""s, "/dev/null"s, "lib\0.so"s}) {
+        std::string error;
+        EXPECT_EQ(Plugin::load(path, error), nullptr);
+        EXPECT_FALSE(error.empty()) << path;
+        EXPECT_THAT(error, testing::Not(testing::HasSubstr("\n")));
+    }
+    std::string error;
+    Plugin::load("/nowhere/libmissing.so", error);
+    EXPECT_THAT(error, testing::HasSubstr("/nowhere/libmissing.so"));
+}
+
+}  // namespace
+}  // namespace Vorlin

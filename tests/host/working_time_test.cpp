@@ -1,0 +1,120 @@
+// What a Player tells its filter's load guard.
+#include <time.h>
+
+#include <numeric>
+
+#include "player_fixture.h"
+
+namespace Vorlin::test {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::nanoseconds;
+
+nanoseconds cpuTimeOfThisThread() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
+}
+
+void burn(nanoseconds cpuTime) {
+    const auto end = cpuTimeOfThisThread() + cpuTime;
+    while (cpuTimeOfThisThread() < end) {
+    }
+}
+
+class PlayerWorkingTime : public PlayerFixture {
+  protected:
+    uint64_t toldMs() const {
+        return std::accumulate(script->samplesMs.begin(), script->samplesMs.end(), uint64_t{0});
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Filter, PlayerWorkingTime, testing::Bool(), activity);
+
+TEST_P(PlayerWorkingTime, IsToldOnceForEveryFrameThatComesOut) {
+    script->keeps = [](const NumberedFrame& frame) { return frame.number % 4 != 0; };
+    const auto player = makePlayer();
+    player->setVideoFps(25);
+    pushFrames(*player, 40);
+    EXPECT_EQ(player->drain(), 0);
+    EXPECT_EQ(script->samplesMs.size(), 30u);
+}
+
+TEST_P(PlayerWorkingTime, IsNotToldWhileNoBudgetIsKnown) {
+    const auto player = makePlayer();
+    pushFrames(*player, 3);  // no frame rate yet
+    EXPECT_EQ(player->drain(), 0);
+    player->setVideoFps(25);
+    player->setSpeed(0.75);  // counts as 0
+    pushFrames(*player, 3);
+    EXPECT_EQ(player->drain(), 0);
+    EXPECT_TRUE(script->samplesMs.empty());
+    player->setSpeed(1.5);
+    pushFrames(*player, 3);
+    EXPECT_EQ(player->drain(), 0);
+    EXPECT_EQ(script->samplesMs.size(), 3u);
+}
+
+TEST_P(PlayerWorkingTime, IsNotToldWhileTheFilterIsBypassed) {
+    const auto player = makePlayer();
+    player->setVideoFps(25);
+    player->setBypass(true);
+    pushFrames(*player, 5);
+    EXPECT_EQ(player->drain(), 0);
+    EXPECT_TRUE(script->samplesMs.empty());
+}
+
+TEST_F(PlayerWorkingTime, OfAnInactiveFilterIsThePushThatWorked) {
+    script->work = [] { qf_msleep(12); };
+    const auto player = makePlayer(false);
+    player->setVideoFps(25);
+    pushFrames(*player, 3);
+    ASSERT_EQ(script->samplesMs.size(), 3u);
+    for (const uint64_t sample : script->samplesMs) EXPECT_GE(sample, 12u);
+}
+
+TEST_F(PlayerWorkingTime, OfAnActiveFilterIsProcessorTimeDownToFractionsOfAMillisecond) {
+    constexpr int FRAMES = 20;
+    constexpr nanoseconds WORK = std::chrono::microseconds(3400);
+    script->work = [=] { burn(WORK); };
+    const auto player = makePlayer(true);
+    player->setVideoFps(25);
+    pushFrames(*player, FRAMES);
+    EXPECT_EQ(player->drain(), 0);
+    const nanoseconds used = script->workerClock->cpuTime();
+    ASSERT_EQ(script->samplesMs.size(), static_cast<size_t>(FRAMES));
+    EXPECT_GE(milliseconds(toldMs()), FRAMES * WORK - milliseconds(1)) << "remainders were lost";
+    EXPECT_LE(milliseconds(toldMs()), used) << "more was told than was used";
+}
+
+TEST_F(PlayerWorkingTime, OfAnActiveFilterLeavesItsSleepsOut) {
+    script->work = [] { qf_msleep(30); };
+    const auto player = makePlayer(true);
+    player->setVideoFps(25);
+    pushFrames(*player, 5);
+    EXPECT_EQ(player->drain(), 0);
+    ASSERT_EQ(script->samplesMs.size(), 5u);
+    EXPECT_LT(toldMs(), 5u * 30u / 2u);
+}
+
+TEST_F(PlayerWorkingTime, OfAnActiveFilterLeavesOutWhatWasUsedWhileNoFrameWasUnderWay) {
+    const auto player = makePlayer(true);
+    player->setVideoFps(25);
+    player->setBypass(true);
+    pushFrames(*player, 1);
+    EXPECT_EQ(player->drain(), 0);
+    script->keeps = [](const NumberedFrame& frame) {
+        if (frame.number == 1) burn(milliseconds(40));
+        return frame.number != 1;
+    };
+    player->setBypass(false);
+    pushFrames(*player, 1);  // burns and is given up
+    EXPECT_EQ(player->drain(), 0);
+    pushFrames(*player, 1);
+    EXPECT_EQ(player->drain(), 0);
+    ASSERT_EQ(script->samplesMs.size(), 1u);
+    EXPECT_LT(script->samplesMs[0], 20u);
+}
+
+}  // namespace
+}  // namespace Vorlin::test
