@@ -77,11 +77,11 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
             PassedOn,   ///< into the output queue as it is; the loop ends
             Processed,  ///< into the output queue; the loop takes the next frame
             GivenUp,    ///< destroyed; the loop ends with `result`
-        } way;
-        int result = 0;
+        } way = GivenUp;
+        int result = kFrameLost;
     };
-    static Outcome passedOn() { return {Outcome::PassedOn}; }
-    static Outcome processed() { return {Outcome::Processed}; }
+    static Outcome passedOn() { return {Outcome::PassedOn, 0}; }
+    static Outcome processed() { return {Outcome::Processed, 0}; }
     static Outcome givenUp(int result) { return {Outcome::GivenUp, result}; }
 
     // worker_loop.cpp

@@ -32,9 +32,10 @@ bool planeHolds(const AVFrame* frame, int plane, std::size_t bytes) {
 }  // namespace
 
 bool frameMatchesDescription(const IQFFrame::audioInfo& info, const AVFrame* frame) {
+    if (info.format < 0 || info.format >= AV_SAMPLE_FMT_NB) return false;
     const auto format = static_cast<AVSampleFormat>(info.format);
     const int sampleBytes = av_get_bytes_per_sample(format);
-    if (sampleBytes <= 0 || frame->format != info.format) return false;
+    if (frame->format != info.format) return false;
     if (info.channels <= 0 || frame->ch_layout.nb_channels != info.channels) return false;
     if (info.channel_layout != 0 && std::popcount(info.channel_layout) != info.channels) return false;
     if (info.sample_rate <= 0 || frame->sample_rate != info.sample_rate) return false;

@@ -66,7 +66,8 @@ void sonivexFilter::checkTimeConsume(uint64_t elapsed) {
     }
 
     const uint64_t mean = mCostSum / mCostWindow.size();
-    const double limit = std::pow(static_cast<double>(budget_ms / 8), 2.0);
+    const uint64_t tolerated_ms = budget_ms / 8;
+    const double limit = std::pow(static_cast<double>(tolerated_ms), 2.0);
     if (static_cast<double>(mean) > limit) {
         setInvalid(true);
         notify(FILTER_INVALID_PERFORMANCE);

@@ -55,7 +55,7 @@ int sonivexFilter::FilterLoop() {
         }
         std::unique_ptr<IQFFrame> frame(taken);
 
-        Outcome outcome = givenUp(kFrameLost);
+        Outcome outcome;
         try {
             outcome = handleFrame(frame.get());
         } catch (const std::exception& error) {
@@ -65,9 +65,15 @@ int sonivexFilter::FilterLoop() {
 
         // The only three ways out for a frame that was taken.
         switch (outcome.way) {
-            case Outcome::PassedOn: handOut(std::move(frame)); return 0;
-            case Outcome::Processed: handOut(std::move(frame)); break;
-            case Outcome::GivenUp: frame.reset(); return outcome.result;
+            case Outcome::PassedOn:
+                handOut(std::move(frame));
+                return 0;
+            case Outcome::Processed:
+                handOut(std::move(frame));
+                break;
+            case Outcome::GivenUp:
+                frame.reset();
+                return outcome.result;
         }
     }
 }

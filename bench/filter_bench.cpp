@@ -1,0 +1,63 @@
+// The whole filter per frame of 1024: queues, conversion to 16-bit, normalizer, conversion back. An inactive
+// filter, so that the work is done in `push`. "bypassed" is the cost of the queues alone.
+#include <benchmark/benchmark.h>
+
+#include "SonivexFilter.h"
+#include "support/audio_frames.h"
+
+namespace {
+
+constexpr int kFrames = 1024;
+constexpr int kRate_hz = 48000;
+constexpr int kVariety = 16;  // blocks of different noise
+
+void filterFrame(benchmark::State& state, AVSampleFormat format, int channels, bool isBypassed) {
+    Vorlin::sonivexFilter filter({}, {}, false);
+    filter.init(0);
+    filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
+    filter.setInvalid(isBypassed);
+
+    std::vector<std::unique_ptr<Vorlin::AVQFFrame>> material;
+    for (uint32_t seed = 0; seed < kVariety; ++seed) {
+        const test::FrameSpec spec{
+            .format = format, .channels = channels, .rate_hz = kRate_hz, .frames = kFrames};
+        material.push_back(test::makeFrame(spec, test::noise(seed, 3000)));
+    }
+    std::size_t next = 0;
+    for (auto _ : state) {
+        // A reference to the same samples, as a decoder hands out what it may still need itself.
+        std::unique_ptr<Vorlin::IQFFrame> frame =
+            std::make_unique<Vorlin::AVQFFrame>(av_frame_clone(*material[next++ % material.size()]));
+        filter.push(frame, 0);
+        std::unique_ptr<Vorlin::IQFFrame> out;
+        if (filter.pull(out, 0) != 0) state.SkipWithError("no frame came out");
+        benchmark::DoNotOptimize(out);
+    }
+    const double audio_s = static_cast<double>(state.iterations()) * kFrames / kRate_hz;
+    state.counters["x_real_time"] = benchmark::Counter(audio_s, benchmark::Counter::kIsRate);
+    state.counters["ms_per_s_of_audio"] =
+        benchmark::Counter(audio_s * 1e-3, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void registerAll() {
+    for (const bool isBypassed : {false, true}) {
+        for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
+            for (const int channels : {1, 2, 6, 8}) {
+                const std::string name = std::string("filter/") + (isBypassed ? "bypassed/" : "normalizer/") +
+                                         av_get_sample_fmt_name(format) + "/" + std::to_string(channels);
+                benchmark::RegisterBenchmark(name.c_str(), filterFrame, format, channels, isBypassed);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    registerAll();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
