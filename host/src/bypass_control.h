@@ -12,7 +12,7 @@ namespace Vorlin {
  *    overload   it took too long, and nobody asked to try again
  *
  *  The last two are the filter's own findings, which it announces by events, but only while it is valid. What
- * it found while it was invalid is asked when it may become valid again. */
+ *  it found while it was invalid is asked when it may become valid again. */
 class BypassControl {
   public:
     /** Installs the event callback. `filter` outlives this object, or is never called again after it. */

@@ -7,8 +7,8 @@
 namespace Vorlin {
 
 /** A tiny frame of silence with 3 channels, which every filter passes on, in order: when it comes out, every
- * frame pushed before it has come out or been given up. It is known again by its class, never by its address,
- * which another frame may get after it. */
+ *  frame pushed before it has come out or been given up. It is known again by its class, never by its
+ *  address, which another frame may get after it. */
 class FenceFrame final : public AVQFFrame {
   public:
     /** A fence of the stream's sample format and rate, as far as they are valid.

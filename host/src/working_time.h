@@ -13,13 +13,13 @@ namespace Vorlin {
 /** Tells a filter's load guard how long the filter worked on each frame.
  *
  *  The time between push and pull would not do: it holds the worker's sleeps. For a filter with a worker it
- * is the growth of the worker's processor time, for one without it is the duration of the `push` that did the
- * work. Frames that came out together share the time. Nothing is told while the filter is bypassed, nor
- * before a frame rate is known, since the time allowed for a frame follows from it. */
+ *  is the growth of the worker's processor time, for one without it is the duration of the `push` that did
+ *  the work. Frames that came out together share the time. Nothing is told while the filter is bypassed, nor
+ *  before a frame rate is known, since the time allowed for a frame follows from it. */
 class WorkingTime {
   public:
     /** @param worker the clock of the filter's worker; null for a filter that has none. Without a clock an
-     * active filter is told nothing. */
+     *  active filter is told nothing. */
     WorkingTime(IAudioFilter& filter, const BypassControl& bypass, bool active,
                 std::shared_ptr<const qfThreadClock> worker);
 

@@ -47,7 +47,7 @@ struct Script {
 };
 
 /** A filter with the queues, the loop and the load guard's events of a real one, whose processing is a
- * script. */
+ *  script. */
 class FakeFilter final : public IAudioFilter, public filterPrototype {
   public:
     static constexpr char NAME[] = "FakeFilter";

@@ -10,7 +10,7 @@
 namespace Vorlin {
 
 /** What every filter of the player offers, in the order of its virtual table. All calls come from one thread,
- * the player's. */
+ *  the player's. */
 class VORLIN_API IFilter {
   public:
     IFilter() = default;
@@ -23,10 +23,10 @@ class VORLIN_API IFilter {
     /** Make the filter ready; an active filter starts its worker here. @return success. */
     virtual bool init(uint64_t flags) = 0;
     /** Hand a frame in. @return 0 with the frame taken, or -35 with the frame left to the caller: pull, then
-     * try again. `timeOut` is in milliseconds; a filter may ignore it. */
+     *  try again. `timeOut` is in milliseconds; a filter may ignore it. */
     virtual int push(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) = 0;
     /** Take the oldest finished frame. @return 0 with `frame` replaced, or -35 with it untouched: none is
-     * ready. */
+     *  ready. */
     virtual int pull(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) = 0;
     /** Forget every frame and all history, as after a seek. */
     virtual void flush() = 0;
@@ -41,7 +41,7 @@ class VORLIN_API IAudioFilter : public IFilter {
     /** A prototype: inactive, nothing known of the stream. */
     IAudioFilter() = default;
     /** @param src, dst what comes in and what is wanted out. @param active whether `init` starts a worker
-     * thread; an inactive filter works inside `push`. */
+     *  thread; an inactive filter works inside `push`. */
     IAudioFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active);
     ~IAudioFilter() override;
 
@@ -52,10 +52,10 @@ class VORLIN_API IAudioFilter : public IFilter {
     /** True: every frame passes through untouched until false. */
     virtual void setInvalid(bool invalid) = 0;
     /** False unless a filter says otherwise: a filter may keep its flag to itself, so a player keeps its own
-     * record of what it set. */
+     *  record of what it set. */
     virtual bool isInvalid();
     /** Install the callback for events "<filter name>:<event>". It runs on the player's thread, inside
-     * `setOption` or `checkTimeConsume`, and must not call `setOption` of the same filter. */
+     *  `setOption` or `checkTimeConsume`, and must not call `setOption` of the same filter. */
     virtual void setDCA(const EventCallback& callback);
     /** Tell the filter what is being played. */
     virtual void setCurrentTarget(const std::string& target) = 0;

@@ -11,11 +11,11 @@ namespace Vorlin {
 /** The registry of filters, and the base by which a filter enters it.
  *
  *  A filter library holds one static object derived from IAudioFilter and filterPrototype, whose constructor
- * calls `addPrototype(this)`. The registry is made at its first use, whichever library is loaded first; a
- * prototype leaves it when it is destroyed, so an unloaded library leaves nothing behind. The registry does
- * not keep a library loaded: whoever holds a clone holds its library (see Plugin). Any thread may call the
- * static functions. Where other threads create filters meanwhile, libraries are loaded and unloaded through
- * Plugin. */
+ *  calls `addPrototype(this)`. The registry is made at its first use, whichever library is loaded first; a
+ *  prototype leaves it when it is destroyed, so an unloaded library leaves nothing behind. The registry does
+ *  not keep a library loaded: whoever holds a clone holds its library (see Plugin). Any thread may call the
+ *  static functions. Where other threads create filters meanwhile, libraries are loaded and unloaded through
+ *  Plugin. */
 class VORLIN_API filterPrototype {
   public:
     // Keys of IFilter::setOption.
@@ -34,7 +34,7 @@ class VORLIN_API filterPrototype {
     virtual ~filterPrototype();
 
     /** Enter a prototype, which must also be an IAudioFilter, and stays owned by the caller. The second time
-     * it is ignored. */
+     *  it is ignored. */
     static void addPrototype(filterPrototype* prototype);
 
     /** Clone the newest prototype that supports `name`. @return null when there is none. */

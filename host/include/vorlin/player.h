@@ -14,7 +14,7 @@ namespace Vorlin {
 
 struct PlayerConfig {
     std::string filterName = "sonivex";  ///< name that a registered prototype must support
-    bool active = true;          ///< true: the filter works on a thread of its own; false: inside `push`
+    bool active = true;            ///< true: the filter works on a thread of its own; false: inside `push`
     IQFFrame::audioInfo source{};  ///< what the stream holds, as far as it is known
     std::chrono::milliseconds stallLimit{10'000};  ///< a filter that moves no frame for so long has failed
 };
@@ -32,8 +32,8 @@ struct PlayerCounts {
 /** Drives one filter as a media player does: the half of a player that stands around a filter.
  *
  *  Answers "try again" by pulling, feeds the load guard the time that the filter worked, obeys its events,
- * flushes on a seek and on a change of rate, layout or sample format (after letting the old frames out), and
- * drains. Every function is called from one thread, on which `output` and the filter's events run too. */
+ *  flushes on a seek and on a change of rate, layout or sample format (after letting the old frames out), and
+ *  drains. Every function is called from one thread, on which `output` and the filter's events run too. */
 class VORLIN_API Player {
   public:
     /** Receives every frame that comes out, in order. Must not call the player that calls it. */
@@ -41,7 +41,7 @@ class VORLIN_API Player {
 
     /** Clone the filter that answers to `config.filterName`, initialise it and set it valid.
      *  @param plugin the library that the filter comes from, held as long as the clone; null when it is
-     * linked in.
+     *  linked in.
      *  @return null when no registered filter answers to the name or it fails to initialise. */
     static std::unique_ptr<Player> create(std::shared_ptr<Plugin> plugin, const PlayerConfig& config,
                                           Output output);
@@ -51,7 +51,7 @@ class VORLIN_API Player {
     /** Set the filter's options, a JSON object. @return false when the filter did not understand the text. */
     virtual bool setOptions(const std::string& json) = 0;
     /** Report the video's frame rate and the playback speed (1.0 = normal). A filter that was bypassed for
-     * too high a rate is made valid to hear it, and stays valid only if it announces its recovery. */
+     *  too high a rate is made valid to hear it, and stays valid only if it announces its recovery. */
     virtual void setVideoFps(double fps) = 0;
     virtual void setSpeed(double speed) = 0;
 
@@ -64,7 +64,7 @@ class VORLIN_API Player {
 
     /** Hand in the next frame of the stream; frames that are ready go to the output meanwhile.
      *  @return 0, AVERROR(ETIMEDOUT) when the filter moved nothing within the stall limit, AVERROR(EINVAL)
-     * for a null frame, or the filter's own error; `frame` is lost then. */
+     *  for a null frame, or the filter's own error; `frame` is lost then. */
     virtual int push(std::unique_ptr<IQFFrame> frame) = 0;
     /** Wait until every frame pushed so far has come out or been given up. @return as `push`, or
      *  AVERROR(ENOMEM). */

@@ -31,19 +31,19 @@ class VORLIN_API qfThread {
     ~qfThread();  ///< as `stop`
 
     /** Run, or go on after a pause. Throws std::system_error when the system gives no thread; try again
-     * later. */
+     *  later. */
     void start();
     /** Returns only when the body is not running; it does not run again before `start`. Asked by the body
-     * itself, it takes effect when the body returns. */
+     *  itself, it takes effect when the body returns. */
     void pause();
     /** End the thread and wait for it; `start` begins a new one. Asked by the body itself, it takes effect
-     * when the body returns and does not wait. */
+     *  when the body returns and does not wait. */
     void stop();
 
     std::shared_ptr<const qfThreadClock> clock() const;
 
     /** The clock of the qfThread that the calling thread made last, or null. A player brackets a filter's
-     * `init` with it to learn which worker the filter made. */
+     *  `init` with it to learn which worker the filter made. */
     static std::shared_ptr<const qfThreadClock> clockOfNewest();
 
   private:
