@@ -63,8 +63,9 @@ void Console::progress(double seconds, std::optional<double> total) {
         drawBar(seconds, total);
         return;
     }
-    const std::string of = total ? " of " + clockTime(*total) : std::string();
-    printError(clockTime(seconds) + of + ", " + speedText(seconds, now - mStarted));
+    std::string line = clockTime(seconds);
+    if (total) line.append(" of ").append(clockTime(*total));
+    printError(line + ", " + speedText(seconds, now - mStarted));
 }
 
 void Console::drawBar(double seconds, std::optional<double> total) {
@@ -74,8 +75,10 @@ void Console::drawBar(double seconds, std::optional<double> total) {
         const double done = std::clamp(seconds / *total, 0.0, 1.0);
         const int width = std::clamp(terminalColumns() - kTextBesideBar, 0, kWidestBar);
         const auto filled = static_cast<size_t>(done * width);
-        line = "[" + std::string(filled, '=') + std::string(static_cast<size_t>(width) - filled, ' ') + "] " +
-               rounded(std::floor(100.0 * done)) + " %  " + line + "/" + clockTime(*total);
+        std::string bar(static_cast<size_t>(width), ' ');
+        bar.replace(0, filled, filled, '=');
+        line = "[" + bar + "] " + rounded(std::floor(100.0 * done)) + " %  " + line;
+        line.append("/").append(clockTime(*total));
     }
     (void)std::fprintf(stderr, "\r%s  %s\033[K", line.c_str(), speed.c_str());
     (void)std::fflush(stderr);

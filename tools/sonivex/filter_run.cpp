@@ -2,15 +2,10 @@
 
 #include "failure.h"
 #include "latency.h"
+#include "plugin_search.h"
 #include "vorlin/av_frame.h"
 
 namespace sonivex_tool {
-namespace {
-
-constexpr char kFilterName[] = "sonivex";
-
-}  // namespace
-
 FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                      const AudioSpec& spec, Timeline::Output output)
     : mDelayFrames(constantDelayFrames(settings.effect->blockFrames, settings.callFrames).value()),
@@ -25,8 +20,7 @@ FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorli
     mPlayer = Vorlin::Player::create(plugin, config,
                                      [this](std::unique_ptr<Vorlin::IQFFrame> frame) { receive(std::move(frame)); });
     if (mPlayer == nullptr) {
-        throw Failure(ExitCode::PluginNotFound,
-                      std::string("the plug-in holds no working filter of the name ") + kFilterName);
+        throw Failure(ExitCode::FilterFailed, "the filter cannot be made ready");
     }
     if (!mPlayer->setOptions(optionsJson(*settings.effect, settings.options))) {
         throw Failure(ExitCode::FilterFailed, "the filter does not understand its options");

@@ -14,7 +14,7 @@ namespace sonivex_tool {
 class FilterRun {
   public:
     /** @param output receives what comes out, aligned with what went in.
-     *  @throw Failure (PluginNotFound, FilterFailed), here and below; and whatever `output` throws */
+     *  @throw Failure (FilterFailed), here and below; and whatever `output` throws */
     FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin, const AudioSpec& spec,
               Timeline::Output output);
 

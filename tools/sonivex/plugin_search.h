@@ -7,6 +7,9 @@
 
 namespace sonivex_tool {
 
+/** The name that the filter answers to in the player's registry. */
+constexpr char kFilterName[] = "sonivex";
+
 /** Load the filter's library.
  *  @param path what the user asked for; empty: beside this program, in ../lib from there, then wherever the system's
  *  loader looks.

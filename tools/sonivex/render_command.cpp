@@ -56,48 +56,57 @@ std::vector<std::string> effectNames() {
 
 void addOptions(CLI::App& command, Choices& choices) {
     RenderSettings& settings = choices.settings;
-    command.add_option("IN", settings.input, "The file to read; any format that libavformat knows")->required();
-    command.add_option("OUT", settings.output, "The file to write")->required();
+    command.add_option("IN", settings.input, "The file to read; any format that libavformat knows")
+        ->option_text(" ")
+        ->required();
+    command.add_option("OUT", settings.output, "The file to write")->option_text(" ")->required();
 
     const std::string effects = "Effect";
-    command.add_option("--effect", choices.effect, "What to do with the sound")
+    command.add_option("--effect", choices.effect, "normalizer (default), surround or dialogue")
+        ->option_text("NAME")
         ->check(CLI::IsMember(effectNames()))
-        ->capture_default_str()
         ->group(effects);
     command.add_option("--voice", settings.options.voice, "dialogue: level of the voice, 1 and up")
+        ->option_text("NUMBER")
         ->check(finiteFrom(1.0))
         ->group(effects);
-    command.add_option("--type", settings.options.surroundType, "surround: flavour")
+    command.add_option("--type", settings.options.surroundType, "surround: 3DSurround or MegaBass")
+        ->option_text("NAME")
         ->check(CLI::IsMember({"3DSurround", "MegaBass"}))
         ->group(effects);
-    command.add_option("--mode", settings.options.surroundMode, "surround: mode of MegaBass")
+    command.add_option("--mode", settings.options.surroundMode, "surround: mode of MegaBass, 1 to 3")
+        ->option_text("NUMBER")
         ->check(CLI::Range(1, 3))
         ->group(effects);
     command.add_flag("--no-limiter", settings.options.noLimiter, "surround: clip instead of limiting")
         ->group(effects);
-    command.add_option("--fps", settings.videoFps, "Frame rate of the video beside the sound: the filter stands "
+    command.add_option("--fps", settings.videoFps, "Frame rate of the video beside the sound: the filter stands\n"
                                                    "aside when it is too high, or the work too slow for it")
+        ->option_text("NUMBER")
         ->check(finiteFrom(0.0))
         ->group(effects);
     command.add_option("--speed", settings.playbackSpeed, "Playback speed to tell the filter, 1 = normal")
+        ->option_text("NUMBER")
         ->check(finiteFrom(0.0))
         ->group(effects);
 
     const std::string way = "Input and filter";
-    command.add_option("--stream", settings.streamNumber, "Which of IN's audio streams, from 0")
+    command.add_option("--stream", settings.streamNumber, "Which of IN's audio streams; the first is 0 (default)")
+        ->option_text("N")
         ->check(CLI::Range(0, 9999))
-        ->capture_default_str()
         ->group(way);
-    command.add_option("--plugin", choices.plugin, "The filter's library; else libSonivexFilter.so beside this "
-                                                   "program, in ../lib from it, or on the system's library path")
+    command.add_option("--plugin", choices.plugin, "The filter's library; else libSonivexFilter.so beside this\n"
+                                                   "program, in ../lib from it, or on the library path")
+        ->option_text("FILE")
         ->group(way);
-    command.add_option("--frame-size", settings.callFrames, "Samples per channel in each call of the filter")
+    command.add_option("--frame-size", settings.callFrames, "Samples per channel in each call of the filter, 1 to 4096\n"
+                                                               "(default 1024)")
+        ->option_text("N")
         ->check(CLI::Range(1, kLongestCallFrames))
-        ->capture_default_str()
         ->group(way);
     command.add_flag("--raw-latency", settings.keepDelay, "Keep the filter's start-up delay; OUT is longer by it")
         ->group(way);
-    command.add_flag("--threaded", settings.threaded, "Let the filter work on its own thread, as in a player: "
+    command.add_flag("--threaded", settings.threaded, "Let the filter work on its own thread, as in a player:\n"
                                                       "slower, the same result")
         ->group(way);
 
@@ -106,7 +115,6 @@ void addOptions(CLI::App& command, Choices& choices) {
     command.add_flag("--json", choices.json, "Print the summary as one JSON object")->group(output);
     command.add_flag("--quiet,-q", choices.quiet, "Say nothing but errors (--json still prints)")->group(output);
     command.add_flag("--verbose,-v", choices.verbose, "Show the logs of the filter and of the FFmpeg libraries")
-        ->excludes("--quiet")
         ->group(output);
 }
 

@@ -28,7 +28,7 @@ class Timeline {
     /** Take the next frame out of the filter, with its pts. */
     void accept(FramePtr frame);
 
-    /** Nothing more comes: fill up to the end. */
+    /** Nothing more comes: fill up to the end, if it is known. */
     void finish();
 
     /** Frames that left. */
@@ -37,11 +37,13 @@ class Timeline {
     int64_t filledFrames() const { return mFilledFrames; }
 
   private:
+    static constexpr int64_t kOpenEnd = std::numeric_limits<int64_t>::max();
+
     void fillUntil(int64_t start);
 
     int64_t mDelayFrames;
     Output mOutput;
-    int64_t mEnd = std::numeric_limits<int64_t>::max();
+    int64_t mEnd = kOpenEnd;
     int64_t mPosition = 0;
     int64_t mFilledFrames = 0;
     AudioSpec mSpec;  ///< of the last frame
