@@ -58,7 +58,8 @@ Pcm bursts(std::uint64_t seed, int samples) {
     while (pcm.size() < static_cast<std::size_t>(samples)) {
         const int length = random.between(1, 3000);
         constexpr int kLevels[] = {0, 30, 900, 4000, 12000, 32767};
-        const Pcm stretch = noise(random.bits(), length, kLevels[random.between(0, 5)]);
+        const int level = kLevels[random.between(0, 5)];
+        const Pcm stretch = noise(random.bits(), length, level);
         pcm.insert(pcm.end(), stretch.begin(), stretch.end());
     }
     pcm.resize(static_cast<std::size_t>(samples));

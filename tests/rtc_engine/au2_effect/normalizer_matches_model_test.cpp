@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <tuple>
 
@@ -44,6 +46,8 @@ struct CallSizes {
     const char* name;
     int frames;  // the same in every call; 0: random, -1: beyond the rings
 };
+
+void PrintTo(const CallSizes& sizes, std::ostream* stream) { *stream << sizes.name << " frames"; }
 
 std::function<int()> callsOf(const CallSizes& sizes, int channels, Random& random) {
     if (sizes.frames > 0) return [sizes] { return sizes.frames; };
