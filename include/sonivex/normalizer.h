@@ -15,7 +15,7 @@
  *  @param channels   channel count of the stream; stored only, aem_ProcessNormalizer is told its own.
  *  @param sampleRate in Hz; stored only, nothing in the effect depends on it.
  *  @return a handle that the caller releases with aem_ReleaseNormalizer, or null when memory runs out.
- *  Prints the mixer's version line to standard output. Allocates about 410 KiB; not real-time safe. */
+ *  Prints the mixer's version line to standard output. Allocates about 430 KiB; not real-time safe. */
 SONIVEX_API void* aem_CreateNormalizer(int channels, int sampleRate);
 
 /** Normalize one call's worth of PCM.
@@ -30,9 +30,11 @@ SONIVEX_API void* aem_CreateNormalizer(int channels, int sampleRate);
  *  Latency: input is processed in blocks of 512 frames, and a call is served only when the whole of it can be;
  *  until then it gets silence. Calls of a multiple of 512 frames have no delay; calls of a divisor of 512 have
  *  512 - frames. With any other size a call within the stream may find too little queued and be silent as well.
- *  A call may bring at most 81919 samples beyond what waits for a whole block; the rest is dropped, newest first.
+ *  At most 81919 samples wait on either side. What a call brings beyond that is dropped, sample by sample, so that a
+ *  frame can be split; a call of more samples than that is never served.
  *
- *  Real time: no lock and no system call; the mixer's working blocks are allocated and freed once per block. */
+ *  Real time: no lock and no system call but for memory: the mixer's working blocks are allocated and freed once per
+ *  block of 512 frames. A block for which there is none is silent. Needs about 41 KiB of stack. */
 SONIVEX_API int aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels);
 
 /** Free a normalizer. A null handle is logged and otherwise harmless. */
