@@ -141,6 +141,36 @@ TEST(Au2Limiter, ExactlyTheCeilingDoesNotEngage) {
     EXPECT_EQ(limiter->limiting, 1);
 }
 
+TEST(Au2Limiter, ReleasesWhenTheWindowHoldsExactlyTheCeiling) {
+    const auto limiter = makeLimiter();
+    limit(*limiter, {40000.0F}, 1);
+    limit(*limiter, std::vector<float>(63, kCeiling), 0);
+    EXPECT_EQ(limiter->limiting, 1);
+    limit(*limiter, {kCeiling}, 0);
+    EXPECT_EQ(limiter->limiting, 0);
+}
+
+TEST(Au2Limiter, TheFactorsOfSmoothingAndReleaseAreExact) {
+    const auto limiter = makeLimiter();
+    // One idle sample from chosen gains: each result is one factor alone.
+    const auto gains_after_a_sample = [&](float smoothed, float gain, float idle) {
+        au2_limiter_reset(limiter.get());
+        limiter->smoothedTarget = smoothed;
+        limiter->gain = gain;
+        limiter->idleGain = idle;
+        limit(*limiter, {0.0F}, 0);
+    };
+    gains_after_a_sample(1.0F, 1.0F, 0.0F);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(limiter->smoothedTarget), 0x3F665FD9U);
+    gains_after_a_sample(0.0F, 1.0F, 1.0F);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(limiter->smoothedTarget), 0x3DCC985FU);
+    gains_after_a_sample(1.0F, 0.0F, 1.0F);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(limiter->gain), 0x38D1B717U);
+    // So large that the step vanishes beside it.
+    gains_after_a_sample(0x1p40F, 0x1p30F, 0.0F);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(limiter->gain * 0x1p-30F), 0x3F7FF972U);
+}
+
 TEST(Au2Limiter, NotANumberDoesNotDisturbTheSamplesAfterIt) {
     const auto limiter = makeLimiter();
     const auto undisturbed = makeLimiter();
