@@ -47,7 +47,9 @@ struct CallSizes {
     int frames;  // the same in every call; 0: random, -1: beyond the rings
 };
 
-void PrintTo(const CallSizes& sizes, std::ostream* stream) { *stream << sizes.name << " frames"; }
+void PrintTo(const CallSizes& sizes, std::ostream* stream) {
+    *stream << sizes.name << " frames";
+}
 
 std::function<int()> callsOf(const CallSizes& sizes, int channels, Random& random) {
     if (sizes.frames > 0) return [sizes] { return sizes.frames; };

@@ -72,6 +72,19 @@ TEST(SampleRing, TheIndexAfterTheLastIsZero) {
     EXPECT_EQ(ring->readIndex, 1);
 }
 
+TEST(SampleRing, ABlockThatEndsAtTheLastSlotLeavesTheIndexThere) {
+    const auto ring = emptyRing();
+    const test::Pcm pcm(81919, 5);
+    sonivex::writeSamples(*ring, pcm.data(), 81919);
+    EXPECT_EQ(ring->writeIndex, 81919);
+    readAll(*ring, 81919);
+    EXPECT_EQ(ring->readIndex, 81919);
+    sonivex::writeSamples(*ring, pcm.data(), 1);
+    EXPECT_EQ(ring->writeIndex, 0);
+    readAll(*ring, 1);
+    EXPECT_EQ(ring->readIndex, 0);
+}
+
 /* Sample by sample, as the rules have it. */
 bool writeOne(SampleRing& ring, std::int16_t sample) {
     const std::int32_t next = (ring.writeIndex + 1) % 81920;
