@@ -30,7 +30,8 @@ std::string contentsOf(int file) {
     std::array<char, 4096> piece{};
     lseek(file, 0, SEEK_SET);
     ssize_t count = 0;
-    while ((count = read(file, piece.data(), piece.size())) > 0) contents.append(piece.data(), static_cast<size_t>(count));
+    while ((count = read(file, piece.data(), piece.size())) > 0)
+        contents.append(piece.data(), static_cast<size_t>(count));
     return contents;
 }
 
@@ -81,7 +82,9 @@ bool Process::reap(bool block) {
     return mHasEnded;
 }
 
-bool Process::isRunning() { return !reap(false); }
+bool Process::isRunning() {
+    return !reap(false);
+}
 
 void Process::send(int signal) const {
     if (!mHasEnded) kill(mPid, signal);

@@ -22,7 +22,8 @@ TemporaryFolder::~TemporaryFolder() {
 
 std::vector<std::string> TemporaryFolder::names() const {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(mPath)) names.push_back(entry.path().filename());
+    for (const auto& entry : std::filesystem::directory_iterator(mPath))
+        names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;
 }

@@ -38,11 +38,12 @@ TEST(EncoderPlan, NearestRateIsTheNextOneUp) {
 
 TEST(EncoderPlan, WavHoldsSamplesLikeTheInputs) {
     const std::vector<std::pair<AVSampleFormat, AVCodecID>> pairs = {
-        {AV_SAMPLE_FMT_U8, AV_CODEC_ID_PCM_U8},    {AV_SAMPLE_FMT_U8P, AV_CODEC_ID_PCM_U8},
+        {AV_SAMPLE_FMT_U8, AV_CODEC_ID_PCM_U8},     {AV_SAMPLE_FMT_U8P, AV_CODEC_ID_PCM_U8},
         {AV_SAMPLE_FMT_S16, AV_CODEC_ID_PCM_S16LE}, {AV_SAMPLE_FMT_S16P, AV_CODEC_ID_PCM_S16LE},
         {AV_SAMPLE_FMT_S32, AV_CODEC_ID_PCM_S32LE}, {AV_SAMPLE_FMT_FLTP, AV_CODEC_ID_PCM_F32LE},
         {AV_SAMPLE_FMT_DBL, AV_CODEC_ID_PCM_F64LE}, {AV_SAMPLE_FMT_S64P, AV_CODEC_ID_PCM_S64LE}};
-    for (const auto& [format, codec] : pairs) EXPECT_EQ(planEncoder("a.wav", specWith(format), 0).codec->id, codec);
+    for (const auto& [format, codec] : pairs)
+        EXPECT_EQ(planEncoder("a.wav", specWith(format), 0).codec->id, codec);
     EXPECT_EQ(planEncoder("a.wav", specWith(AV_SAMPLE_FMT_S32), 24).codec->id, AV_CODEC_ID_PCM_S24LE);
 }
 

@@ -40,7 +40,9 @@ class File {
     AVFormatContext* mContext = nullptr;
 };
 
-void copy(File& from, File& to) { copyMetadata(from.context(), from.stream(), to.context(), to.stream()); }
+void copy(File& from, File& to) {
+    copyMetadata(from.context(), from.stream(), to.context(), to.stream());
+}
 
 TEST(Metadata, KeepsTheTagsOfTheFileAndOfTheStream) {
     File from("matroska");
@@ -54,8 +56,9 @@ TEST(Metadata, KeepsTheTagsOfTheFileAndOfTheStream) {
 }
 
 TEST(Metadata, LeavesOutWhatDescribesTheOldFile) {
-    const auto keys = {"ENCODER",  "major_brand", "handler_name",          "DURATION-eng", "_STATISTICS_TAGS",
-                       "iTunSMPB", "BPS",         "REPLAYGAIN_TRACK_GAIN", "R128_TRACK_GAIN"};
+    const auto keys = {"ENCODER",      "major_brand",           "handler_name",
+                       "DURATION-eng", "_STATISTICS_TAGS",      "iTunSMPB",
+                       "BPS",          "REPLAYGAIN_TRACK_GAIN", "R128_TRACK_GAIN"};
     File from("matroska");
     File to("matroska");
     for (const char* key : keys) {

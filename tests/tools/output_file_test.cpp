@@ -20,7 +20,8 @@ using testing::IsEmpty;
 class OutputFileTest : public testing::Test {
   protected:
     static void put(OutputFile& file, const std::string& text) {
-        avio_write(file.io(), reinterpret_cast<const unsigned char*>(text.data()), static_cast<int>(text.size()));
+        avio_write(file.io(), reinterpret_cast<const unsigned char*>(text.data()),
+                   static_cast<int>(text.size()));
     }
 
     template <typename Action>

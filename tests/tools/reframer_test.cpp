@@ -38,7 +38,8 @@ TEST(Reframer, SilenceIsTheMiddleOfTheScaleInEveryFormat) {
     AudioSpec spec;
     spec.rateHz = 48000;
     spec.layout = defaultLayout(2);
-    for (const AVSampleFormat format : {AV_SAMPLE_FMT_U8, AV_SAMPLE_FMT_U8P, AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
+    for (const AVSampleFormat format :
+         {AV_SAMPLE_FMT_U8, AV_SAMPLE_FMT_U8P, AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
         spec.format = format;
         Reframer reframer(spec);
         reframer.appendSilence(10);

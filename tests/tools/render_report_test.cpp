@@ -57,7 +57,7 @@ TEST(RenderReport, SilenceHasNoFigures) {
 TEST(RenderReport, JsonStaysValidForAFileNameThatIsNoUtf8) {
     RenderReport report = example();
     report.input.path = "caf\xe9.wav";
-    EXPECT_NO_THROW(nlohmann::json::parse(asJson(report)));
+    EXPECT_TRUE(nlohmann::json::accept(asJson(report)));
 }
 
 }  // namespace

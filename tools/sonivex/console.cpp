@@ -22,7 +22,9 @@ int terminalColumns() {
     return 80;
 }
 
-std::string rounded(double number) { return std::to_string(std::llround(number)); }
+std::string rounded(double number) {
+    return std::to_string(std::llround(number));
+}
 
 std::string speedText(double seconds, std::chrono::steady_clock::duration since) {
     const double elapsed = std::chrono::duration<double>(since).count();
@@ -35,14 +37,17 @@ std::string clockTime(double seconds) {
     const auto whole = static_cast<long long>(std::floor(std::max(seconds, 0.0)));
     std::array<char, 64> text{};
     if (whole >= 3600) {
-        (void)std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
+        (void)std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60,
+                            whole % 60);
     } else {
         (void)std::snprintf(text.data(), text.size(), "%lld:%02lld", whole / 60, whole % 60);
     }
     return text.data();
 }
 
-void printError(const std::string& line) { (void)std::fprintf(stderr, "sonivex: %s\n", line.c_str()); }
+void printError(const std::string& line) {
+    (void)std::fprintf(stderr, "sonivex: %s\n", line.c_str());
+}
 
 Console::Console(bool quiet)
     : mQuiet(quiet), mIsTerminal(isatty(STDERR_FILENO) != 0), mLastShown(Clock::now()) {}

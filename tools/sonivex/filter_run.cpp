@@ -17,8 +17,8 @@ FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorli
     config.source.channels = spec.channels();
     config.source.sample_rate = spec.rateHz;
     config.source.channel_layout = spec.layout.order == AV_CHANNEL_ORDER_NATIVE ? spec.layout.u.mask : 0;
-    mPlayer = Vorlin::Player::create(plugin, config,
-                                     [this](std::unique_ptr<Vorlin::IQFFrame> frame) { receive(std::move(frame)); });
+    mPlayer = Vorlin::Player::create(
+        plugin, config, [this](std::unique_ptr<Vorlin::IQFFrame> frame) { receive(std::move(frame)); });
     if (mPlayer == nullptr) {
         throw Failure(ExitCode::FilterFailed, "the filter cannot be made ready");
     }
@@ -46,7 +46,8 @@ void FilterRun::receive(std::unique_ptr<Vorlin::IQFFrame> frame) {
 
 void FilterRun::check(int result) {
     if (mOutputError != nullptr) std::rethrow_exception(mOutputError);
-    if (result == AVERROR(ETIMEDOUT)) throw Failure(ExitCode::FilterFailed, "the filter has stopped answering");
+    if (result == AVERROR(ETIMEDOUT))
+        throw Failure(ExitCode::FilterFailed, "the filter has stopped answering");
     if (result < 0) throw Failure(ExitCode::FilterFailed, "the filter fails: " + errorText(result));
 }
 

@@ -24,12 +24,15 @@ void installSignalHandlers() {
     for (const int signal : {SIGXFSZ, SIGPIPE}) sigaction(signal, &ignore, nullptr);
 }
 
-int pendingSignal() { return gPendingSignal; }
+int pendingSignal() {
+    return gPendingSignal;
+}
 
 void throwIfInterrupted() {
     const int signal = pendingSignal();
     if (signal == 0) return;
-    throw Failure(signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated, "interrupted, nothing is kept");
+    throw Failure(signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated,
+                  "interrupted, nothing is kept");
 }
 
 }  // namespace sonivex_tool

@@ -11,8 +11,8 @@ namespace sonivex_tool {
 constexpr char kFilterName[] = "sonivex";
 
 /** Load the filter's library.
- *  @param path what the user asked for; empty: beside this program, in ../lib from there, then wherever the system's
- *  loader looks.
+ *  @param path what the user asked for; empty: beside this program, in ../lib from there, then wherever the
+ * system's loader looks.
  *  @throw Failure (PluginNotFound) */
 std::shared_ptr<Vorlin::Plugin> loadPlugin(const std::string& path);
 

@@ -14,7 +14,8 @@ namespace sonivex_tool {
 namespace {
 
 constexpr char kFooter[] =
-    "OUT's extension chooses its format; without one it is WAV, with samples like IN's own. Sample rate, length and\n"
+    "OUT's extension chooses its format; without one it is WAV, with samples like IN's own. Sample rate, "
+    "length and\n"
     "tags are kept, and OUT is aligned with IN to the sample. OUT appears only when it is whole.\n"
     "\n"
     "Exit codes:\n"
@@ -42,7 +43,8 @@ CLI::Validator finiteFrom(double lowest) {
     return CLI::Validator(
         [lowest, range](const std::string& text) {
             double number = 0.0;
-            const bool isGood = CLI::detail::lexical_cast(text, number) && std::isfinite(number) && number >= lowest;
+            const bool isGood =
+                CLI::detail::lexical_cast(text, number) && std::isfinite(number) && number >= lowest;
             return isGood ? std::string() : range;
         },
         "", "finite");
@@ -80,8 +82,10 @@ void addOptions(CLI::App& command, Choices& choices) {
         ->group(effects);
     command.add_flag("--no-limiter", settings.options.noLimiter, "surround: clip instead of limiting")
         ->group(effects);
-    command.add_option("--fps", settings.videoFps, "Frame rate of the video beside the sound: the filter stands\n"
-                                                   "aside when it is too high, or the work too slow for it")
+    command
+        .add_option("--fps", settings.videoFps,
+                    "Frame rate of the video beside the sound: the filter stands\n"
+                    "aside when it is too high, or the work too slow for it")
         ->option_text("NUMBER")
         ->check(finiteFrom(0.0))
         ->group(effects);
@@ -91,30 +95,42 @@ void addOptions(CLI::App& command, Choices& choices) {
         ->group(effects);
 
     const std::string way = "Input and filter";
-    command.add_option("--stream", settings.streamNumber, "Which of IN's audio streams; the first is 0 (default)")
+    command
+        .add_option("--stream", settings.streamNumber,
+                    "Which of IN's audio streams; the first is 0 (default)")
         ->option_text("N")
         ->check(CLI::Range(0, 9999))
         ->group(way);
-    command.add_option("--plugin", choices.plugin, "The filter's library; else libSonivexFilter.so beside this\n"
-                                                   "program, in ../lib from it, or on the library path")
+    command
+        .add_option("--plugin", choices.plugin,
+                    "The filter's library; else libSonivexFilter.so beside this\n"
+                    "program, in ../lib from it, or on the library path")
         ->option_text("FILE")
         ->group(way);
-    command.add_option("--frame-size", settings.callFrames, "Samples per channel in each call of the filter, 1 to 4096\n"
-                                                               "(default 1024)")
+    command
+        .add_option("--frame-size", settings.callFrames,
+                    "Samples per channel in each call of the filter, 1 to 4096\n"
+                    "(default 1024)")
         ->option_text("N")
         ->check(CLI::Range(1, kLongestCallFrames))
         ->group(way);
-    command.add_flag("--raw-latency", settings.keepDelay, "Keep the filter's start-up delay; OUT is longer by it")
+    command
+        .add_flag("--raw-latency", settings.keepDelay,
+                  "Keep the filter's start-up delay; OUT is longer by it")
         ->group(way);
-    command.add_flag("--threaded", settings.threaded, "Let the filter work on its own thread, as in a player:\n"
-                                                      "slower, the same result")
+    command
+        .add_flag("--threaded", settings.threaded,
+                  "Let the filter work on its own thread, as in a player:\n"
+                  "slower, the same result")
         ->group(way);
 
     const std::string output = "Output and messages";
     command.add_flag("--force,-f", settings.replaceOutput, "Replace OUT if it exists")->group(output);
     command.add_flag("--json", choices.json, "Print the summary as one JSON object")->group(output);
-    command.add_flag("--quiet,-q", choices.quiet, "Say nothing but errors (--json still prints)")->group(output);
-    command.add_flag("--verbose,-v", choices.verbose, "Show the logs of the filter and of the FFmpeg libraries")
+    command.add_flag("--quiet,-q", choices.quiet, "Say nothing but errors (--json still prints)")
+        ->group(output);
+    command
+        .add_flag("--verbose,-v", choices.verbose, "Show the logs of the filter and of the FFmpeg libraries")
         ->group(output);
 }
 
@@ -123,7 +139,8 @@ void run(Choices& choices) {
     installSignalHandlers();
     av_log_set_level(choices.verbose ? AV_LOG_WARNING : AV_LOG_QUIET);
     if (choices.verbose) Vorlin::setLogLevel(Vorlin::LOG_DEBUG);
-    ResultStream result(choices.quiet ? ResultStream::Prints::Nowhere : ResultStream::Prints::ToStandardError);
+    ResultStream result(choices.quiet ? ResultStream::Prints::Nowhere
+                                      : ResultStream::Prints::ToStandardError);
     Console console(choices.quiet);
     try {
         const auto plugin = loadPlugin(choices.plugin);
@@ -143,7 +160,8 @@ void run(Choices& choices) {
 
 std::function<void()> addRenderCommand(CLI::App& program) {
     auto choices = std::make_shared<Choices>();
-    CLI::App* command = program.add_subcommand("render", "Run a file's audio through the filter into another file");
+    CLI::App* command =
+        program.add_subcommand("render", "Run a file's audio through the filter into another file");
     command->footer(kFooter);
     addOptions(*command, *choices);
     return [choices] { run(*choices); };
