@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kMeasuredPoints = 4096;
 constexpr double kSmoothing_octaves = 1.0 / 12.0;  // to either side
-constexpr double kNeighbourhood_deg = 15.0;
+constexpr double kNeighbourhood_deg = 15.001;  // grids have steps of 5 degrees: 15 is within, rounded or not
 constexpr double kLowest_db = -30.0;
 constexpr double kHighest_db = 15.0;
 constexpr double kHeldFrom_hz = 15000.0;

@@ -16,8 +16,9 @@ std::vector<double> smoothOverOctaves(const std::vector<double>& power, double h
     std::vector<double> smoothed(power.size());
     for (std::size_t k = 0; k < power.size(); ++k) {
         const auto centre = static_cast<double>(k);
-        const auto first = static_cast<std::size_t>(-std::floor(-centre / ratio));
-        const auto end = std::min(static_cast<std::size_t>(std::floor(centre * ratio)) + 1, power.size());
+        const auto first = static_cast<std::size_t>(std::floor(centre / ratio + 0.5));
+        const auto end =
+            std::min(static_cast<std::size_t>(std::floor(centre * ratio + 0.5)) + 1, power.size());
         smoothed[k] = (sums[end] - sums[first]) / static_cast<double>(end - first);
     }
     return smoothed;

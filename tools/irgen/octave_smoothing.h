@@ -5,7 +5,8 @@
 
 namespace sonivex_irgen {
 
-/** Each bin becomes the mean of the bins whose frequency is within +-halfWidth_octaves of its own.
+/** Each bin becomes the mean of the bins from halfWidth_octaves below to halfWidth_octaves above it,
+ *  both rounded to a bin.
  *  @param power values at the bins 0, 1, 2, ... of a transform */
 std::vector<double> smoothOverOctaves(const std::vector<double>& power, double halfWidth_octaves);
 

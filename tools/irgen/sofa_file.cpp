@@ -2,6 +2,7 @@
 
 #include <mysofa.h>
 
+#include <cmath>
 #include <cstring>
 #include <memory>
 
@@ -69,11 +70,18 @@ unsigned leftReceiver(const MYSOFA_HRTF& hrtf) {
     throw UnusableHead("the receivers are not on two sides of the head");
 }
 
+/** libmysofa computes positions in single precision with the C library's sines, which differ in the last bit
+ * between libraries. This rounds the difference away: to 0.0006 degrees. */
+double snap(double coordinate) {
+    return std::floor(coordinate * 1e5 + 0.5) / 1e5;
+}
+
 Vector3 unitVector(const float* position) {
     const Vector3 point{position[0], position[1], position[2]};
     const double distance = length(point);
     if (!(distance > 0.0)) throw UnusableHead("a source lies in the middle of the head");
-    return (1.0 / distance) * point;
+    const Vector3 snapped{snap(point.x / distance), snap(point.y / distance), snap(point.z / distance)};
+    return (1.0 / length(snapped)) * snapped;
 }
 
 void checkShape(const MYSOFA_HRTF& hrtf) {
