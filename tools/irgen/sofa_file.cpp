@@ -111,6 +111,25 @@ double delayOf(const MYSOFA_HRTF& hrtf, std::size_t direction, std::size_t recei
 
 }  // namespace
 
+HeadMeasurements measurementsIn(const MYSOFA_HRTF& hrtf) {
+    checkShape(hrtf);
+    HeadMeasurements head;
+    head.rate_hz = hrtf.DataSamplingRate.values[0];
+    head.directions.resize(hrtf.M);
+    const unsigned left = leftReceiver(hrtf);
+    for (std::size_t m = 0; m < head.directions.size(); ++m) {
+        HeadMeasurement& measured = head.directions[m];
+        measured.direction = unitVector(hrtf.SourcePosition.values + m * kCoordinates);
+        for (std::size_t ear = 0; ear < kEars; ++ear) {
+            const std::size_t receiver = ear == 0 ? left : 1 - left;
+            const float* samples = hrtf.DataIR.values + (m * kEars + receiver) * hrtf.N;
+            measured.ears[ear].assign(samples, samples + hrtf.N);
+            measured.delays_samples[ear] = delayOf(hrtf, m, receiver);
+        }
+    }
+    return head;
+}
+
 HeadMeasurements readSofaFile(const std::string& path) {
     int error = 0;
     const Hrtf hrtf(mysofa_load(path.c_str(), &error));
@@ -119,22 +138,7 @@ HeadMeasurements readSofaFile(const std::string& path) {
         throw UnusableHead("not a file of free-field head responses: " + describe(rejected));
     }
     mysofa_tocartesian(hrtf.get());
-    checkShape(*hrtf);
-
-    HeadMeasurements head;
-    head.rate_hz = hrtf->DataSamplingRate.values[0];
-    head.directions.resize(hrtf->M);
-    const unsigned left = leftReceiver(*hrtf);
-    for (std::size_t m = 0; m < head.directions.size(); ++m) {
-        HeadMeasurement& measured = head.directions[m];
-        measured.direction = unitVector(hrtf->SourcePosition.values + m * kCoordinates);
-        for (std::size_t ear = 0; ear < kEars; ++ear) {
-            const std::size_t receiver = ear == 0 ? left : 1 - left;
-            const float* samples = hrtf->DataIR.values + (m * kEars + receiver) * hrtf->N;
-            measured.ears[ear].assign(samples, samples + hrtf->N);
-            measured.delays_samples[ear] = delayOf(*hrtf, m, receiver);
-        }
-    }
+    HeadMeasurements head = measurementsIn(*hrtf);
     checkHeadMeasurements(head);
     return head;
 }

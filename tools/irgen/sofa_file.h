@@ -5,7 +5,14 @@
 
 #include "head_measurements.h"
 
+struct MYSOFA_HRTF;
+
 namespace sonivex_irgen {
+
+/** The measurements in a record of libmysofa whose positions are Cartesian, not yet checked themselves.
+ *  Throws UnusableHead if there are not two receivers on two sides, or an array does not fit its dimensions.
+ */
+HeadMeasurements measurementsIn(const MYSOFA_HRTF& hrtf);
 
 /** Read and check a file of free-field head responses.
  *  Throws UnusableHead with the reason, without the file's name. */

@@ -119,6 +119,14 @@ double frontLoudness_db(const LoudspeakerSet& set, const SetResponses& made, dou
     return pinkLoudness_db(programmePower(front, set.frontProgramme)) + 2.0 * powerToDb(scale / set.divisor);
 }
 
+Table makeTable(const std::string& name, const std::vector<double>& response, double scale) {
+    try {
+        return {name, quantise(response, scale)};
+    } catch (const UnmetTableFact& reason) {
+        throw UnmetTableFact(name + ": " + reason.what());
+    }
+}
+
 TableSet makeLoudspeakerTables(const HeadModel& head, const LoudspeakerSet& set) {
     SetResponses made;
     for (const LoudspeakerGroup& group : set.groups) addGroup(head, set, group, made);
@@ -134,8 +142,8 @@ TableSet makeLoudspeakerTables(const HeadModel& head, const LoudspeakerSet& set)
         const double scale =
             made.isLowFrequency[source] ? kLowFrequencyMagnitude / largestMagnitude({ears}) : tables.scale;
         for (std::size_t ear = 0; ear < kEars; ++ear) {
-            tables.tables.push_back(
-                {set.sourceNames[source] + (ear == 0 ? "L48" : "R48"), quantise(ears[ear], scale)});
+            const std::string name = set.sourceNames[source] + (ear == 0 ? "L48" : "R48");
+            tables.tables.push_back(makeTable(name, ears[ear], scale));
         }
     }
     tables.peak = peakOf(tables.tables);
@@ -147,7 +155,7 @@ TableSet makeAudioTable() {
     const std::vector<double> response = audioStageResponse();
     const double scale = kAudioLargestMagnitude / peakMagnitude(response);
     TableSet set{.name = "Audio",
-                 .tables = {{"dolby441", quantise(response, scale)}},
+                 .tables = {makeTable("dolby441", response, scale)},
                  .scale = scale,
                  .peak = 0.0,
                  .loudnessChange_db = 0.0,
