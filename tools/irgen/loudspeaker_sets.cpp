@@ -17,9 +17,9 @@ constexpr double kBack_deg = 140.0;
 
 /** Direct to reverberant energy in dB. */
 struct Ratios {
-    double front_db;
-    double centre_db;
-    double surround_db;
+    double front_db = 0.0;
+    double centre_db = 0.0;
+    double surround_db = 0.0;
 };
 
 constexpr Ratios kListeningRatios{8.0, 9.0, 6.0};
@@ -32,12 +32,12 @@ constexpr std::uint64_t kLowFrequencySeed = 90;  // above the set's own
 
 /** How the three strengths of the effect differ. */
 struct Mode {
-    std::uint64_t number;
+    std::uint64_t number = 0;
     Room room;
     Ratios ratios;
-    double air_db;
-    double bassShelf_db;
-    double largestMagnitude;  // falls with the bass lift: all modes are equally loud
+    double air_db = 0.0;
+    double bassShelf_db = 0.0;
+    double largestMagnitude = 0.0;  // falls with the bass lift: all modes are equally loud
 };
 
 constexpr std::array<Mode, 3> kModes{{
@@ -49,7 +49,8 @@ constexpr std::array<Mode, 3> kModes{{
 std::vector<std::string> numberedSources(const std::string& layout, int count, const std::string& kind) {
     std::vector<std::string> names;
     for (int source = 1; source <= count; ++source) {
-        names.push_back(layout + "_" + std::to_string(source) + "_h_" + kind);
+        std::string& name = names.emplace_back(layout);
+        name.append("_").append(std::to_string(source)).append("_h_").append(kind);
     }
     return names;
 }

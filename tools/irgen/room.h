@@ -6,13 +6,13 @@
 namespace sonivex_irgen {
 
 struct Room {
-    Vector3 size_m;              ///< front to back, side to side, height
-    Vector3 listener_m;          ///< from the back, the right wall and the floor
-    double distance_m;           ///< listener to loudspeaker
-    double absorptionLow;        ///< part of the energy that a wall takes at 125 Hz and below
-    double absorptionHigh;       ///< the same at 8 kHz and above
-    double reverberationTime_s;  ///< at 1 kHz
-    double earlyEnd_s;           ///< reflections are single ones up to here
+    Vector3 size_m;                    ///< front to back, side to side, height
+    Vector3 listener_m;                ///< from the back, the right wall and the floor
+    double distance_m = 0.0;           ///< listener to loudspeaker
+    double absorptionLow = 0.0;        ///< part of the energy that a wall takes at 125 Hz and below
+    double absorptionHigh = 0.0;       ///< the same at 8 kHz and above
+    double reverberationTime_s = 0.0;  ///< at 1 kHz
+    double earlyEnd_s = 0.0;           ///< reflections are single ones up to here
 
     double volume_m3() const { return size_m.x * size_m.y * size_m.z; }
 };
