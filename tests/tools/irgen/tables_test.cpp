@@ -9,21 +9,9 @@
 #include "directional_transfer.h"
 #include "interaural_delay.h"
 #include "loudspeaker_sets.h"
-#include "made_tables.h"
 #include "sha256.h"
 #include "synthetic_head.h"
 #include "table_writer.h"
-
-namespace irgen_test {
-
-const std::vector<sonivex_irgen::TableSet>& madeTables() {
-    using namespace sonivex_irgen;
-    static const std::vector<TableSet> sets =
-        makeTableSets(HeadModel(directionalTransfers(*packagedHead()), fitHeadRadius_m(*packagedHead())));
-    return sets;
-}
-
-}  // namespace irgen_test
 
 namespace {
 
@@ -38,9 +26,10 @@ TEST(Tables, AreByteForByteWhatIsCommitted) {
     SONIVEX_NEED_PACKAGED_HEAD();
     const std::string committed = fileBytes(SONIVEX_COMMITTED_TABLES);
     ASSERT_FALSE(committed.empty());
-    const TableOrigin origin{sha256(fileBytes(SONIVEX_DEFAULT_SOFA)),
-                             fitHeadRadius_m(*irgen_test::packagedHead())};
-    std::istringstream made(tableSource(irgen_test::madeTables(), origin));
+    const HeadMeasurements& measurements = *irgen_test::packagedHead();
+    const TableOrigin origin{sha256(fileBytes(SONIVEX_DEFAULT_SOFA)), fitHeadRadius_m(measurements)};
+    const HeadModel head(directionalTransfers(measurements), origin.headRadius_m);
+    std::istringstream made(tableSource(makeTableSets(head), origin));
     std::istringstream expected(committed);
     std::string madeLine;
     std::string expectedLine;
