@@ -9,6 +9,9 @@ pkg_check_modules(LIBAVCODEC REQUIRED IMPORTED_TARGET libavcodec>=59.37)
 pkg_check_modules(LIBSWRESAMPLE REQUIRED IMPORTED_TARGET libswresample>=4.7)
 pkg_check_modules(LIBEBUR128 REQUIRED IMPORTED_TARGET libebur128)
 
+# Only for the generator of the impulse responses, whose output is committed.
+pkg_check_modules(LIBMYSOFA QUIET IMPORTED_TARGET libmysofa)
+
 find_package(Boost 1.74 REQUIRED)
 find_package(nlohmann_json 3.11 REQUIRED)
 find_package(CLI11 2.1 REQUIRED)

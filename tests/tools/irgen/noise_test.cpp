@@ -1,0 +1,42 @@
+#include "noise.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+using namespace sonivex_irgen;
+
+TEST(Noise, StartsAsTheGeneratorsAuthorsSay) {
+    SplitMix64 bits(203);
+    EXPECT_EQ(bits.next(), 0xb5145f14d921c666U);
+    EXPECT_EQ(bits.next(), 0x939ef00c969490cdU);
+
+    // The first output of seed 1234567 is in many test suites of SplitMix64.
+    EXPECT_EQ(SplitMix64(1234567).next(), 6457827717110365317U);
+}
+
+TEST(Noise, FirstGaussianValuesAreKnown) {
+    const std::vector<double> values = gaussianNoise(203, 4);
+    const double expected[] = {1.6780, -0.6675, -0.8211, -1.7411};
+    for (int n = 0; n < 4; ++n) EXPECT_NEAR(values[static_cast<std::size_t>(n)], expected[n], 0.00005) << n;
+}
+
+TEST(Noise, HasMeanZeroVarianceOneAndTheTailsOfAGaussian) {
+    constexpr int count = 200000;
+    double sum = 0.0;
+    double square = 0.0;
+    int beyondTwo = 0;
+    for (const double value : gaussianNoise(7, count)) {
+        sum += value;
+        square += value * value;
+        if (std::abs(value) > 2.0) ++beyondTwo;
+    }
+    // Five standard errors; a sum of eight uniforms has 4.42 % beyond two deviations, a Gaussian 4.55 %.
+    EXPECT_NEAR(sum / count, 0.0, 5.0 / std::sqrt(count));
+    EXPECT_NEAR(square / count, 1.0, 5.0 * std::sqrt(2.0 / count));
+    EXPECT_NEAR(beyondTwo / double{count}, 0.0455, 0.004);
+}
+
+}  // namespace

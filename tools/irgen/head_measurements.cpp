@@ -1,0 +1,92 @@
+#include "head_measurements.h"
+
+#include <bit>
+#include <cstdint>
+#include <sstream>
+
+#include "loudspeaker_sets.h"
+
+namespace sonivex_irgen {
+namespace {
+
+constexpr std::size_t kMinimumDirections = 64;
+constexpr std::size_t kMinimumLength_samples = 64;
+constexpr std::size_t kMaximumLength_samples = 4096;  // longer is a room's response, not a head's
+constexpr double kMinimumRate_hz = 32000.0;
+constexpr double kMaximumRate_hz = 192000.0;
+constexpr double kWidestGap_deg = 15.0;
+
+template <typename... Parts>
+[[noreturn]] void fail(const Parts&... parts) {
+    std::ostringstream text;
+    (text << ... << parts);
+    throw UnusableHead(text.str());
+}
+
+bool isFinite(double value) {
+    constexpr std::uint64_t exponentMask = 0x7FF0000000000000U;
+    return (std::bit_cast<std::uint64_t>(value) & exponentMask) != exponentMask;
+}
+
+double energy(const std::vector<double>& response) {
+    double sum = 0.0;
+    for (const double sample : response) sum += sample * sample;
+    return sum;
+}
+
+void checkResponses(const HeadMeasurement& measured, std::size_t number) {
+    if (!isFinite(measured.direction.x) || !isFinite(measured.direction.y) ||
+        !isFinite(measured.direction.z)) {
+        fail("direction ", number, " is not finite");
+    }
+    for (std::size_t ear = 0; ear < kEars; ++ear) {
+        if (!isFinite(measured.delays_samples[ear])) fail("a delay of direction ", number, " is not finite");
+        for (const double sample : measured.ears[ear]) {
+            if (!isFinite(sample))
+                fail("a response to direction ", number, " holds a value that is not finite");
+        }
+        if (energy(measured.ears[ear]) == 0.0) fail("a response to direction ", number, " is all zero");
+    }
+}
+
+const HeadMeasurement& nearest(const HeadMeasurements& head, const Vector3& wanted) {
+    const HeadMeasurement* best = head.directions.data();
+    for (const HeadMeasurement& measured : head.directions) {
+        if (dot(measured.direction, wanted) > dot(best->direction, wanted)) best = &measured;
+    }
+    return *best;
+}
+
+}  // namespace
+
+void checkHeadMeasurements(const HeadMeasurements& head) {
+    if (head.directions.size() < kMinimumDirections) {
+        fail("only ", head.directions.size(), " directions, ", kMinimumDirections, " are needed");
+    }
+    if (!(head.rate_hz >= kMinimumRate_hz && head.rate_hz <= kMaximumRate_hz)) {
+        fail("sampling rate ", head.rate_hz, " Hz is outside 32000 to 192000");
+    }
+    const std::size_t length_samples = head.directions.front().ears[0].size();
+    if (length_samples < kMinimumLength_samples || length_samples > kMaximumLength_samples) {
+        fail("responses of ", length_samples, " samples; a head's have ", kMinimumLength_samples, " to ",
+             kMaximumLength_samples);
+    }
+    for (std::size_t number = 0; number < head.directions.size(); ++number) {
+        for (const std::vector<double>& response : head.directions[number].ears) {
+            if (response.size() != length_samples) fail("responses of unequal length");
+        }
+        checkResponses(head.directions[number], number);
+    }
+    const double smallestCosine = exactCos(kWidestGap_deg * kPi / 180.0);
+    for (const double azimuth_deg : loudspeakerAzimuths_deg()) {
+        const Vector3 wanted = horizontalDirection(azimuth_deg);
+        if (dot(nearest(head, wanted).direction, wanted) < smallestCosine) {
+            fail("no direction within ", kWidestGap_deg, " degrees of azimuth ", azimuth_deg,
+                 ", elevation 0");
+        }
+    }
+    const HeadMeasurement& fromTheLeft = nearest(head, horizontalDirection(90.0));
+    if (energy(fromTheLeft.ears[0]) <= energy(fromTheLeft.ears[1])) fail("left and right are swapped");
+}
+
+}  // namespace sonivex_irgen

@@ -1,0 +1,75 @@
+#include "head_model.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "interaural_delay.h"
+#include "minimum_phase.h"
+
+namespace sonivex_irgen {
+namespace {
+
+constexpr std::size_t kNearest = 4;
+constexpr double kHalfDegree_rad = 0.0087266;  // keeps the weight of a measured direction itself finite
+constexpr std::size_t kEarResponse_samples = 512;
+
+}  // namespace
+
+HeadModel::HeadModel(std::vector<DirectionalTransfer> transfers, double radius_m)
+    : mTransfers(std::move(transfers)), mRadius_m(radius_m) {}
+
+EarSpectra HeadModel::transfer_db(const Vector3& direction) const {
+    // Pairs of chord and index: equal chords are taken in the file's order.
+    std::vector<std::pair<double, std::size_t>> nearest;
+    nearest.reserve(mTransfers.size());
+    for (std::size_t m = 0; m < mTransfers.size(); ++m) {
+        nearest.emplace_back(length(mTransfers[m].direction - direction), m);
+    }
+    const std::size_t count = std::min(kNearest, nearest.size());
+    std::partial_sort(nearest.begin(), nearest.begin() + static_cast<std::ptrdiff_t>(count), nearest.end());
+
+    EarSpectra mean_db;
+    for (std::vector<double>& spectrum : mean_db) spectrum.assign(kHeadBins, 0.0);
+    double total = 0.0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto [chord, index] = nearest[i];
+        const double weight = 1.0 / ((chord + kHalfDegree_rad) * (chord + kHalfDegree_rad));
+        for (std::size_t ear = 0; ear < kEars; ++ear) {
+            const std::vector<double>& measured_db = mTransfers[index].transfer_db[ear];
+            for (std::size_t k = 0; k < kHeadBins; ++k) mean_db[ear][k] += weight * measured_db[k];
+        }
+        total += weight;
+    }
+    for (std::vector<double>& spectrum : mean_db) {
+        for (double& level_db : spectrum) level_db /= total;
+    }
+    return mean_db;
+}
+
+std::array<std::int64_t, kEars> HeadModel::arrivals(const Vector3& direction, double centre_samples) const {
+    const double rightLater_s = woodworthDelay_s(mRadius_m, direction);
+    const bool isFromTheLeft = rightLater_s >= 0.0;
+    const double later_s = isFromTheLeft ? rightLater_s : -rightLater_s;
+    const auto later = static_cast<std::int64_t>(std::floor(later_s * kRate_hz + 0.5));
+    const auto centre = static_cast<std::int64_t>(std::floor(centre_samples + 0.5));
+    const std::int64_t near = centre - later / 2;
+    const std::int64_t far = near + later;
+    if (isFromTheLeft) return {near, far};
+    return {far, near};
+}
+
+std::vector<double> earResponse(const std::vector<double>& transfer_db) {
+    return minimumPhaseResponse(transfer_db, kEarResponse_samples);
+}
+
+void addResponse(const std::vector<double>& response, double gain, std::int64_t start,
+                 std::vector<double>& signal) {
+    const auto length = static_cast<std::int64_t>(signal.size());
+    for (std::size_t n = 0; n < response.size(); ++n) {
+        const std::int64_t place = start + static_cast<std::int64_t>(n);
+        if (place >= 0 && place < length) signal[static_cast<std::size_t>(place)] += gain * response[n];
+    }
+}
+
+}  // namespace sonivex_irgen

@@ -1,0 +1,160 @@
+#include "loudspeaker_sets.h"
+
+#include <array>
+#include <initializer_list>
+
+namespace sonivex_irgen {
+namespace {
+
+using Kind = LoudspeakerGroup::Kind;
+
+/* Azimuths of ITU-R BS.775. */
+constexpr double kFront_deg = 30.0;
+constexpr double kCentre_deg = 0.0;
+constexpr double kSurround_deg = 110.0;
+constexpr double kSide_deg = 90.0;
+constexpr double kBack_deg = 140.0;
+
+/** Direct to reverberant energy in dB. */
+struct Ratios {
+    double front_db = 0.0;
+    double centre_db = 0.0;
+    double surround_db = 0.0;
+};
+
+constexpr Ratios kListeningRatios{8.0, 9.0, 6.0};
+constexpr double kLowFrequencyRatio_db = 20.0;
+
+constexpr std::uint64_t kCingoSeed = 101;
+constexpr std::uint64_t kBingo51Seed = 1000;
+constexpr std::uint64_t kBingo71Seed = 2000;
+constexpr std::uint64_t kLowFrequencySeed = 90;  // above the set's own
+
+/** How the three strengths of the effect differ. */
+struct Mode {
+    std::uint64_t number = 0;
+    Room room;
+    Ratios ratios;
+    double air_db = 0.0;
+    double bassShelf_db = 0.0;
+    double largestMagnitude = 0.0;  // falls with the bass lift: all modes are equally loud
+};
+
+constexpr std::array<Mode, 3> kModes{{
+    {1, kSmallRoom, {11.0, 14.0, 9.0}, 1.0, 0.0, 16805.0},
+    {2, kMiddleRoom, {8.5, 14.0, 6.5}, 1.75, 2.0, 14977.0},
+    {3, kLargeRoom, {6.5, 14.0, 4.5}, 2.5, 4.0, 13349.0},
+}};
+
+std::vector<std::string> numberedSources(const std::string& layout, int count, const std::string& kind) {
+    std::vector<std::string> names;
+    for (int source = 1; source <= count; ++source) {
+        std::string& name = names.emplace_back(layout);
+        name.append("_").append(std::to_string(source)).append("_h_").append(kind);
+    }
+    return names;
+}
+
+/** Front pair, centre, low frequency and the surround pairs. The seeds count the groups without the low
+ * frequency. */
+std::vector<LoudspeakerGroup> surroundGroups(std::uint64_t seed, const Ratios& ratios, bool hasLowFrequency,
+                                             std::initializer_list<double> surroundPairs_deg) {
+    std::vector<LoudspeakerGroup> groups{{Kind::kFrontPair, kFront_deg, seed, ratios.front_db},
+                                         {Kind::kCentre, kCentre_deg, seed + 10, ratios.centre_db}};
+    if (hasLowFrequency) {
+        groups.push_back({Kind::kLowFrequency, kCentre_deg, seed + kLowFrequencySeed, kLowFrequencyRatio_db});
+    }
+    std::uint64_t pairSeed = seed + 20;
+    for (const double azimuth_deg : surroundPairs_deg) {
+        groups.push_back({Kind::kSurroundPair, azimuth_deg, pairSeed, ratios.surround_db});
+        pairSeed += 10;
+    }
+    return groups;
+}
+
+LoudspeakerSet cingoSet() {
+    return {.name = "cingo",
+            .sourceNames = {"cingoL", "cingoR"},
+            .samples = 13000,
+            .room = kListeningRoom,
+            .groups = {{Kind::kFrontPair, kFront_deg, kCingoSeed, kListeningRatios.front_db}},
+            .frontProgramme = Programme::kMusicPair,
+            .isCentreEqualInBothEars = false,
+            .air_db = 1.5,
+            .bassShelf_db = 0.0,
+            .highPass_hz = 12.0,
+            .fadedPart = 0.25,
+            .largestMagnitude = 9597.0,
+            .divisor = 10000.0};
+}
+
+LoudspeakerSet bingoSet(const std::string& layout, int sources, std::size_t samples,
+                        const std::vector<LoudspeakerGroup>& groups) {
+    return {.name = "Bingo " + layout,
+            .sourceNames = numberedSources(layout, sources, "c"),
+            .samples = samples,
+            .room = kListeningRoom,
+            .groups = groups,
+            .frontProgramme = Programme::kMusicPair,
+            .isCentreEqualInBothEars = false,
+            .air_db = 1.5,
+            .bassShelf_db = 0.0,
+            .highPass_hz = 12.0,
+            .fadedPart = 0.3,
+            .largestMagnitude = std::nullopt,
+            .divisor = 20000.0};
+}
+
+LoudspeakerSet modeSet(const Mode& mode, const std::string& layout,
+                       const std::vector<LoudspeakerGroup>& groups) {
+    int sources = 0;
+    for (const LoudspeakerGroup& group : groups) sources += group.isPair() ? 2 : 1;
+    const std::string kind = "mode" + std::to_string(mode.number);
+    return {.name = layout + " " + kind,
+            .sourceNames = numberedSources(layout, sources, kind),
+            .samples = 7000,
+            .room = mode.room,
+            .groups = groups,
+            .frontProgramme = groups.size() == 1 ? Programme::kOwnChannel : Programme::kMusicPair,
+            .isCentreEqualInBothEars = true,
+            .air_db = mode.air_db,
+            .bassShelf_db = mode.bassShelf_db,
+            .highPass_hz = 15.0,
+            .fadedPart = 0.3,
+            .largestMagnitude = mode.largestMagnitude,
+            .divisor = 20000.0};
+}
+
+}  // namespace
+
+std::vector<LoudspeakerSet> loudspeakerSets() {
+    std::vector<LoudspeakerSet> sets;
+    sets.push_back(cingoSet());
+    sets.push_back(
+        bingoSet("5_1", 6, 8544, surroundGroups(kBingo51Seed, kListeningRatios, true, {kSurround_deg})));
+    // The back pair comes before the side pair, as in an eight-channel stream.
+    sets.push_back(bingoSet("7_1", 8, 8640,
+                            surroundGroups(kBingo71Seed, kListeningRatios, true, {kBack_deg, kSide_deg})));
+    for (const Mode& mode : kModes) {
+        const std::uint64_t seed = 100 * mode.number;
+        sets.push_back(
+            modeSet(mode, "2", {{Kind::kFrontPair, kFront_deg, 3000 + seed, mode.ratios.front_db}}));
+    }
+    for (const Mode& mode : kModes) {
+        const std::uint64_t seed = 4000 + 100 * mode.number;
+        sets.push_back(modeSet(mode, "5_1", surroundGroups(seed, mode.ratios, false, {kSurround_deg})));
+    }
+    for (const Mode& mode : kModes) {
+        const std::uint64_t seed = 5000 + 100 * mode.number;
+        sets.push_back(
+            modeSet(mode, "7_1", surroundGroups(seed, mode.ratios, false, {kBack_deg, kSide_deg})));
+    }
+    return sets;
+}
+
+std::vector<double> loudspeakerAzimuths_deg() {
+    return {kCentre_deg,   kFront_deg,     -kFront_deg, kSide_deg, -kSide_deg,
+            kSurround_deg, -kSurround_deg, kBack_deg,   -kBack_deg};
+}
+
+}  // namespace sonivex_irgen

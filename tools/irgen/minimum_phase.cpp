@@ -1,0 +1,35 @@
+#include "minimum_phase.h"
+
+#include "exact_math.h"
+#include "fft.h"
+
+namespace sonivex_irgen {
+
+std::vector<double> minimumPhaseResponse(const std::vector<double>& magnitudeDb, std::size_t taps) {
+    const double nepersPerDb = exactLog(10.0) / 20.0;
+    const std::size_t half = magnitudeDb.size() - 1;
+    std::vector<Complex> bins(half + 1);
+    for (std::size_t k = 0; k <= half; ++k) bins[k].re = magnitudeDb[k] * nepersPerDb;
+
+    // Fold the anticausal half of the cepstrum onto the causal one: the phase that goes with the magnitude
+    // appears.
+    std::vector<double> cepstrum = realSignal(bins);
+    for (std::size_t n = 1; n < half; ++n) cepstrum[n] *= 2.0;
+    for (std::size_t n = half + 1; n < 2 * half; ++n) cepstrum[n] = 0.0;
+
+    bins = realSpectrum(cepstrum, 2 * half);
+    for (Complex& bin : bins) {
+        const double magnitude = exactExp(bin.re);
+        bin = {magnitude * exactCos(bin.im), magnitude * exactSin(bin.im)};
+    }
+    std::vector<double> response = realSignal(bins);
+    response.resize(taps);
+    const std::size_t fadeStart = taps - taps / 2;
+    for (std::size_t n = fadeStart; n < taps; ++n) {
+        response[n] *=
+            halfCosineFade(static_cast<double>(n - fadeStart) / static_cast<double>(taps - fadeStart));
+    }
+    return response;
+}
+
+}  // namespace sonivex_irgen

@@ -1,0 +1,15 @@
+/* The impulse response with a given magnitude and the least delay: folded real cepstrum (Oppenheim &
+ * Schafer). */
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace sonivex_irgen {
+
+/** @param magnitudeDb levels at the bins 0 to size/2 of a power-of-two transform of `size` points
+ *  @param taps        samples to keep, at most size; the second half of them fades out along half a cosine
+ *  @return `taps` samples, the first at time 0 */
+std::vector<double> minimumPhaseResponse(const std::vector<double>& magnitudeDb, std::size_t taps);
+
+}  // namespace sonivex_irgen

@@ -1,0 +1,34 @@
+/* Gaussian noise that is the same on every machine: SplitMix64 (Steele, Lea & Flood 2014), eight 16-bit
+ * fields of two successive outputs added up. Use: GaussianNoise noise(seed); then next() for every sample. */
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace sonivex_irgen {
+
+/** The generator of Steele, Lea & Flood; any seed is good. */
+class SplitMix64 {
+  public:
+    explicit SplitMix64(std::uint64_t seed) : mState(seed) {}
+    std::uint64_t next();
+
+  private:
+    std::uint64_t mState;
+};
+
+/** Values of mean 0 and variance 1, within +-4.9. */
+class GaussianNoise {
+  public:
+    explicit GaussianNoise(std::uint64_t seed) : mBits(seed) {}
+    double next();
+
+  private:
+    SplitMix64 mBits;
+};
+
+/** The first `count` values of a seed. */
+std::vector<double> gaussianNoise(std::uint64_t seed, std::size_t count);
+
+}  // namespace sonivex_irgen

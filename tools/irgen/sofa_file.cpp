@@ -1,0 +1,146 @@
+#include "sofa_file.h"
+
+#include <mysofa.h>
+
+#include <cmath>
+#include <cstring>
+#include <memory>
+
+namespace sonivex_irgen {
+namespace {
+
+struct FreeHrtf {
+    void operator()(MYSOFA_HRTF* hrtf) const { mysofa_free(hrtf); }
+};
+using Hrtf = std::unique_ptr<MYSOFA_HRTF, FreeHrtf>;
+
+constexpr unsigned kCoordinates = 3;
+
+/** The library's own codes start at 10000; smaller positive ones are the system's. */
+std::string describe(int error) {
+    switch (error) {
+        case MYSOFA_INTERNAL_ERROR:
+            return "internal error of libmysofa";
+        case MYSOFA_INVALID_FORMAT:
+            return "invalid format";
+        case MYSOFA_UNSUPPORTED_FORMAT:
+            return "unsupported format";
+        case MYSOFA_NO_MEMORY:
+            return "out of memory";
+        case MYSOFA_READ_ERROR:
+            return "read error";
+        case MYSOFA_INVALID_ATTRIBUTES:
+            return "invalid attributes";
+        case MYSOFA_INVALID_DIMENSIONS:
+            return "invalid dimensions";
+        case MYSOFA_INVALID_DIMENSION_LIST:
+            return "invalid list of dimensions";
+        case MYSOFA_INVALID_COORDINATE_TYPE:
+            return "invalid type of coordinates";
+        case MYSOFA_ONLY_EMITTER_WITH_ECI_SUPPORTED:
+            return "unsupported emitter positions";
+        case MYSOFA_ONLY_DELAYS_WITH_IR_OR_MR_SUPPORTED:
+            return "unsupported dimensions of Data.Delay";
+        case MYSOFA_ONLY_THE_SAME_SAMPLING_RATE_SUPPORTED:
+            return "more than one sampling rate";
+        case MYSOFA_RECEIVERS_WITH_RCI_SUPPORTED:
+        case MYSOFA_RECEIVERS_WITH_CARTESIAN_SUPPORTED:
+            return "unsupported receiver positions";
+        case MYSOFA_INVALID_RECEIVER_POSITIONS:
+            return "invalid receiver positions";
+        case MYSOFA_ONLY_SOURCES_WITH_MC_SUPPORTED:
+            return "unsupported source positions";
+        default:
+            break;
+    }
+    if (error > 0 && error < MYSOFA_INVALID_FORMAT) return std::strerror(error);
+    return "error " + std::to_string(error);
+}
+
+/** Which receiver is the left ear: the one on the +y side. */
+unsigned leftReceiver(const MYSOFA_HRTF& hrtf) {
+    const MYSOFA_ARRAY& positions = hrtf.ReceiverPosition;
+    if (positions.values == nullptr || positions.elements < kEars * kCoordinates) {
+        throw UnusableHead("the receivers' positions are missing");
+    }
+    const float y0 = positions.values[1];
+    const float y1 = positions.values[kCoordinates + 1];
+    if (y0 > y1) return 0;
+    if (y1 > y0) return 1;
+    throw UnusableHead("the receivers are not on two sides of the head");
+}
+
+/** libmysofa computes positions in single precision with the C library's sines, which differ in the last bit
+ * between libraries. This rounds the difference away: to 0.0006 degrees. */
+double snap(double coordinate) {
+    return std::floor(coordinate * 1e5 + 0.5) / 1e5;
+}
+
+Vector3 unitVector(const float* position) {
+    const Vector3 point{position[0], position[1], position[2]};
+    const double distance = length(point);
+    if (!(distance > 0.0)) throw UnusableHead("a source lies in the middle of the head");
+    const Vector3 snapped{snap(point.x / distance), snap(point.y / distance), snap(point.z / distance)};
+    return (1.0 / length(snapped)) * snapped;
+}
+
+void checkShape(const MYSOFA_HRTF& hrtf) {
+    if (hrtf.R != kEars) throw UnusableHead(std::to_string(hrtf.R) + " receivers, a head has 2");
+    const std::size_t responses = std::size_t{hrtf.M} * hrtf.R;
+    if (hrtf.DataIR.values == nullptr || hrtf.DataIR.elements != responses * hrtf.N) {
+        throw UnusableHead("Data.IR does not fit its dimensions");
+    }
+    if (hrtf.SourcePosition.values == nullptr ||
+        hrtf.SourcePosition.elements != std::size_t{hrtf.M} * kCoordinates) {
+        throw UnusableHead("SourcePosition does not fit its dimensions");
+    }
+    if (hrtf.DataSamplingRate.values == nullptr || hrtf.DataSamplingRate.elements < 1) {
+        throw UnusableHead("the sampling rate is missing");
+    }
+    const std::size_t delays = hrtf.DataDelay.elements;
+    if (delays != 0 && (hrtf.DataDelay.values == nullptr || (delays != hrtf.R && delays != responses))) {
+        throw UnusableHead("Data.Delay does not fit its dimensions");
+    }
+}
+
+double delayOf(const MYSOFA_HRTF& hrtf, std::size_t direction, std::size_t receiver) {
+    if (hrtf.DataDelay.elements == 0) return 0.0;
+    const bool isShared = hrtf.DataDelay.elements == hrtf.R;
+    return hrtf.DataDelay.values[(isShared ? 0 : direction * hrtf.R) + receiver];
+}
+
+}  // namespace
+
+HeadMeasurements measurementsIn(const MYSOFA_HRTF& hrtf) {
+    checkShape(hrtf);
+    HeadMeasurements head;
+    head.rate_hz = hrtf.DataSamplingRate.values[0];
+    head.directions.resize(hrtf.M);
+    const unsigned left = leftReceiver(hrtf);
+    for (std::size_t m = 0; m < head.directions.size(); ++m) {
+        HeadMeasurement& measured = head.directions[m];
+        measured.direction = unitVector(hrtf.SourcePosition.values + m * kCoordinates);
+        for (std::size_t ear = 0; ear < kEars; ++ear) {
+            const std::size_t receiver = ear == 0 ? left : 1 - left;
+            const float* samples = hrtf.DataIR.values + (m * kEars + receiver) * hrtf.N;
+            measured.ears[ear].assign(samples, samples + hrtf.N);
+            measured.delays_samples[ear] = delayOf(hrtf, m, receiver);
+        }
+    }
+    return head;
+}
+
+HeadMeasurements readSofaFile(const std::string& path) {
+    int error = 0;
+    const Hrtf hrtf(mysofa_load(path.c_str(), &error));
+    if (!hrtf) throw UnusableHead("cannot be opened or is not SOFA: " + describe(error));
+    if (const int rejected = mysofa_check(hrtf.get()); rejected != MYSOFA_OK) {
+        throw UnusableHead("not a file of free-field head responses: " + describe(rejected));
+    }
+    mysofa_tocartesian(hrtf.get());
+    HeadMeasurements head = measurementsIn(*hrtf);
+    checkHeadMeasurements(head);
+    return head;
+}
+
+}  // namespace sonivex_irgen

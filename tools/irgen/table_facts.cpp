@@ -1,0 +1,107 @@
+#include "table_facts.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace sonivex_irgen {
+namespace {
+
+/** Sides of the sources: l, r, c in the centre, e in the centre with equal ears, b the low-frequency channel.
+ */
+struct ExpectedSet {
+    std::string_view firstTable;
+    std::string_view lastTable;
+    std::size_t samples;
+    std::string_view sides;
+    int largestMagnitude;
+};
+
+constexpr std::array<ExpectedSet, 13> kExpected{{
+    {"cingoLL48", "cingoRR48", 13000, "lr", 9597},
+    {"5_1_1_h_cL48", "5_1_6_h_cR48", 8544, "lrcblr", 32392},
+    {"7_1_1_h_cL48", "7_1_8_h_cR48", 8640, "lrcblrlr", 32392},
+    {"dolby441", "dolby441", 6000, "", 26905},
+    {"2_1_h_mode1L48", "2_2_h_mode1R48", 7000, "lr", 16805},
+    {"2_1_h_mode2L48", "2_2_h_mode2R48", 7000, "lr", 14977},
+    {"2_1_h_mode3L48", "2_2_h_mode3R48", 7000, "lr", 13349},
+    {"5_1_1_h_mode1L48", "5_1_5_h_mode1R48", 7000, "lrelr", 16805},
+    {"5_1_1_h_mode2L48", "5_1_5_h_mode2R48", 7000, "lrelr", 14977},
+    {"5_1_1_h_mode3L48", "5_1_5_h_mode3R48", 7000, "lrelr", 13349},
+    {"7_1_1_h_mode1L48", "7_1_7_h_mode1R48", 7000, "lrelrlr", 16805},
+    {"7_1_1_h_mode2L48", "7_1_7_h_mode2R48", 7000, "lrelrlr", 14977},
+    {"7_1_1_h_mode3L48", "7_1_7_h_mode3R48", 7000, "lrelrlr", 13349},
+}};
+
+constexpr double kCentreSpread = 1.3;  // of the two peaks
+
+void require(bool isMet, const Table& table, const std::string& reason) {
+    if (!isMet) throw UnmetTableFact(table.name + ": " + reason);
+}
+
+int peakOf(const Table& table) {
+    int peak = 0;
+    for (const std::int16_t sample : table.samples) peak = std::max(peak, std::abs(int{sample}));
+    return peak;
+}
+
+void checkSide(char side, const Table& left, const Table& right) {
+    const double leftPeak = peakOf(left);
+    const double rightPeak = peakOf(right);
+    const bool isCentral = leftPeak < kCentreSpread * rightPeak && rightPeak < kCentreSpread * leftPeak;
+    if (side == 'l') require(!isCentral && leftPeak > rightPeak, left, "the source is not on the left");
+    if (side == 'r') require(!isCentral && rightPeak > leftPeak, left, "the source is not on the right");
+    if (side == 'c' || side == 'e' || side == 'b')
+        require(isCentral, left, "the source is not in the centre");
+    if (side == 'e') require(left.samples == right.samples, left, "the ears differ");
+}
+
+void checkSet(const TableSet& set, const ExpectedSet& expected) {
+    const std::size_t count = expected.sides.empty() ? 1 : 2 * expected.sides.size();
+    if (set.tables.size() != count) throw UnmetTableFact(set.name + ": wrong number of tables");
+    require(set.tables.front().name == expected.firstTable, set.tables.front(), "wrong name");
+    require(set.tables.back().name == expected.lastTable, set.tables.back(), "wrong name");
+
+    const Table* loudest = set.tables.data();
+    for (const Table& table : set.tables) {
+        require(table.samples.size() == expected.samples, table, "wrong length");
+        if (peakOf(table) > peakOf(*loudest)) loudest = &table;
+    }
+    require(peakOf(*loudest) == expected.largestMagnitude, *loudest,
+            "the set's peak is " + std::to_string(peakOf(*loudest)) + " instead of " +
+                std::to_string(expected.largestMagnitude));
+    for (std::size_t source = 0; source < expected.sides.size(); ++source) {
+        const Table& left = set.tables[2 * source];
+        checkSide(expected.sides[source], left, set.tables[2 * source + 1]);
+        if (expected.sides[source] == 'b') {
+            require(peakOf(left) == expected.largestMagnitude, left,
+                    "the low-frequency source is not the loudest");
+        }
+    }
+}
+
+bool isCentreOfMode(const Table& table) {
+    return table.name.find("_3_h_mode") != std::string::npos;
+}
+
+}  // namespace
+
+void checkTableFacts(const std::vector<TableSet>& sets) {
+    if (sets.size() != kExpected.size()) throw UnmetTableFact("wrong number of sets");
+    std::vector<const Table*> all;
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+        checkSet(sets[i], kExpected[i]);
+        for (const Table& table : sets[i].tables) all.push_back(&table);
+    }
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        for (std::size_t j = i + 1; j < all.size(); ++j) {
+            // The two ears of a centre are neighbours in the list.
+            if (j == i + 1 && isCentreOfMode(*all[i]) && isCentreOfMode(*all[j])) continue;
+            require(all[i]->samples != all[j]->samples, *all[i], "the same as " + all[j]->name);
+        }
+    }
+}
+
+}  // namespace sonivex_irgen

@@ -1,0 +1,185 @@
+#include "tables.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "audio_stage.h"
+#include "equaliser.h"
+#include "finish.h"
+#include "loudness.h"
+#include "loudspeaker_sets.h"
+#include "source_components.h"
+
+namespace sonivex_irgen {
+namespace {
+
+constexpr double kLowFrequencyMagnitude = 32392.0;
+constexpr double kFrontSmoothing_octaves = 1.0 / 3.0;
+constexpr int kFrontRounds = 3;
+
+/* Rear and side cues lie in the fine structure of the spectrum and must survive. */
+constexpr double kSurroundSmoothing_octaves = 0.5;
+constexpr int kSurroundRounds = 1;
+constexpr double kSurroundStrength = 0.7;
+
+EqualiserPlan equaliserPlan(const LoudspeakerSet& set, const LoudspeakerGroup& group) {
+    EqualiserPlan plan{.programme = Programme::kOneChannel,
+                       .air_db = set.air_db,
+                       .smoothing_octaves = kFrontSmoothing_octaves,
+                       .rounds = kFrontRounds,
+                       .strength = 1.0,
+                       .directToReverberant_db = group.directToReverberant_db};
+    if (group.kind == LoudspeakerGroup::Kind::kFrontPair) plan.programme = set.frontProgramme;
+    if (group.kind == LoudspeakerGroup::Kind::kSurroundPair) {
+        plan.smoothing_octaves = kSurroundSmoothing_octaves;
+        plan.rounds = kSurroundRounds;
+        plan.strength = kSurroundStrength;
+    }
+    return plan;
+}
+
+void scaleSources(std::vector<EarSignals>& sources, double factor) {
+    for (EarSignals& ears : sources) {
+        for (std::vector<double>& ear : ears) {
+            for (double& sample : ear) sample *= factor;
+        }
+    }
+}
+
+double largestMagnitude(const std::vector<EarSignals>& sources) {
+    double largest = 0.0;
+    for (const EarSignals& ears : sources) {
+        for (const std::vector<double>& ear : ears) largest = std::max(largest, peakMagnitude(ear));
+    }
+    return largest;
+}
+
+std::vector<SourceComponents> groupComponents(const HeadModel& head, const LoudspeakerSet& set,
+                                              const LoudspeakerGroup& group) {
+    const SourceRecipe first{group.azimuth_deg, group.seed, set.samples};
+    std::vector<SourceComponents> components{loudspeakerComponents(head, set.room, first)};
+    if (group.isPair()) {
+        components.push_back(
+            loudspeakerComponents(head, set.room, {-group.azimuth_deg, group.seed + 1, set.samples}));
+    } else if (set.isCentreEqualInBothEars) {
+        copyLeftToRight(components.front());
+    }
+    return components;
+}
+
+/** A set while it is made: responses instead of integers. */
+struct SetResponses {
+    std::vector<EarSignals> sources;
+    std::vector<bool> isLowFrequency;
+    double largestGain_db = 0.0;
+};
+
+void addGroup(const HeadModel& head, const LoudspeakerSet& set, const LoudspeakerGroup& group,
+              SetResponses& made) {
+    EqualisedGroup result{};
+    const bool isLowFrequency = group.kind == LoudspeakerGroup::Kind::kLowFrequency;
+    if (isLowFrequency) {
+        const SourceComponents components =
+            lowFrequencyComponents(head, set.room, {group.azimuth_deg, group.seed, set.samples});
+        result.sources = {mixComponents(components, group.directToReverberant_db)};
+    } else {
+        const EqualiserPlan plan = equaliserPlan(set, group);
+        result = equaliseGroup(groupComponents(head, set, group), plan);
+        scaleSources(result.sources,
+                     dbToAmplitude(-pinkLoudness_db(programmePower(result.sources, plan.programme))));
+    }
+    made.largestGain_db = std::max(made.largestGain_db, result.largestGain_db);
+    for (EarSignals& ears : result.sources) {
+        for (std::vector<double>& ear : ears) {
+            finishResponse({set.bassShelf_db, set.highPass_hz, set.fadedPart, kRate_hz}, ear);
+        }
+        made.sources.push_back(std::move(ears));
+        made.isLowFrequency.push_back(isLowFrequency);
+    }
+}
+
+/** The integer of a gain of 1: so that the set's peak is met, or that the level is that of a dry channel. */
+double setScale(const LoudspeakerSet& set, const SetResponses& made) {
+    if (!set.largestMagnitude) return set.divisor;
+    return *set.largestMagnitude / largestMagnitude(made.sources);
+}
+
+double peakOf(const std::vector<Table>& tables) {
+    int peak = 0;
+    for (const Table& table : tables) {
+        for (const std::int16_t sample : table.samples) peak = std::max(peak, std::abs(int{sample}));
+    }
+    return peak;
+}
+
+/** What the front pair does to the loudness of its programme. */
+double frontLoudness_db(const LoudspeakerSet& set, const SetResponses& made, double scale) {
+    const std::vector<EarSignals> front(made.sources.begin(), made.sources.begin() + 2);
+    return pinkLoudness_db(programmePower(front, set.frontProgramme)) + 2.0 * powerToDb(scale / set.divisor);
+}
+
+Table makeTable(const std::string& name, const std::vector<double>& response, double scale) {
+    try {
+        return {name, quantise(response, scale)};
+    } catch (const UnmetTableFact& reason) {
+        throw UnmetTableFact(name + ": " + reason.what());
+    }
+}
+
+TableSet makeLoudspeakerTables(const HeadModel& head, const LoudspeakerSet& set) {
+    SetResponses made;
+    for (const LoudspeakerGroup& group : set.groups) addGroup(head, set, group, made);
+
+    TableSet tables{.name = set.name,
+                    .tables = {},
+                    .scale = setScale(set, made),
+                    .peak = 0.0,
+                    .loudnessChange_db = 0.0,
+                    .largestGain_db = made.largestGain_db};
+    for (std::size_t source = 0; source < made.sources.size(); ++source) {
+        const EarSignals& ears = made.sources[source];
+        const double scale =
+            made.isLowFrequency[source] ? kLowFrequencyMagnitude / largestMagnitude({ears}) : tables.scale;
+        for (std::size_t ear = 0; ear < kEars; ++ear) {
+            const std::string name = set.sourceNames[source] + (ear == 0 ? "L48" : "R48");
+            tables.tables.push_back(makeTable(name, ears[ear], scale));
+        }
+    }
+    tables.peak = peakOf(tables.tables);
+    tables.loudnessChange_db = frontLoudness_db(set, made, tables.scale);
+    return tables;
+}
+
+TableSet makeAudioTable() {
+    const std::vector<double> response = audioStageResponse();
+    const double scale = kAudioLargestMagnitude / peakMagnitude(response);
+    TableSet set{.name = "Audio",
+                 .tables = {makeTable("dolby441", response, scale)},
+                 .scale = scale,
+                 .peak = 0.0,
+                 .loudnessChange_db = 0.0,
+                 .largestGain_db = 0.0};
+    set.peak = peakOf(set.tables);
+    // Filter and programme run at 48 kHz here; the table's own rate moves the result by a few hundredths of a
+    // dB.
+    set.loudnessChange_db =
+        pinkLoudness_db(
+            programmePower({{response, std::vector<double>(response.size(), 0.0)}}, Programme::kOneChannel)) +
+        2.0 * powerToDb(scale / kAudioDivisor);
+    return set;
+}
+
+}  // namespace
+
+std::vector<TableSet> makeTableSets(const HeadModel& head) {
+    constexpr std::size_t audioPlace = 3;  // behind cingo and the two Bingo sets
+    std::vector<TableSet> sets;
+    for (const LoudspeakerSet& set : loudspeakerSets()) {
+        if (sets.size() == audioPlace) sets.push_back(makeAudioTable());
+        sets.push_back(makeLoudspeakerTables(head, set));
+    }
+    return sets;
+}
+
+}  // namespace sonivex_irgen
