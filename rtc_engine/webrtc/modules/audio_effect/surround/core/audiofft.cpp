@@ -30,6 +30,11 @@ void makeHalfCosines(double* table, int count) {
     for (int j = 0; j < count; ++j) table[j] = 0.5 * roots.at(j).cosine;
 }
 
+/* What the passes of radix 4 have left over. */
+void finishTransform(int n, int done, double* a) {
+    if (done < n) radix2LastPass(a, n / 2);
+}
+
 }  // namespace
 
 void OouraFFT::init(std::size_t length) {
@@ -109,25 +114,23 @@ void OouraFFT::bitrv2(int n, int* ip, double* a) {
 }
 
 void OouraFFT::cftfsub(int n, double* a, double* w) {
-    if (n >= 8) cft1st(n, a, w);
-    int l = 8;
-    for (; 4 * l <= n; l *= 4) cftmdl(n, l, a, w);
-    const bool is_half_left = n >= 8 ? l < n : n == 4;
-    if (is_half_left) radix2LastPass(a, n / 2);
+    int l = 2;
+    for (; 4 * l <= n; l *= 4) l == 2 ? cft1st(n, a, w) : cftmdl(n, l, a, w);
+    finishTransform(n, l, a);
 }
 
 void OouraFFT::cftbsub(int n, double* a, double* w) {
-    conjugatePoints(a, n / 2);
-    cftfsub(n, a, w);
-    conjugatePoints(a, n / 2);
+    int l = 2;
+    for (; 4 * l <= n; l *= 4) radix4Pass(a, n / 2, l / 2, w, Turn::kBackward);
+    finishTransform(n, l, a);
 }
 
 void OouraFFT::cft1st(int n, double* a, double* w) {
-    radix4Pass(a, n / 2, 1, w);
+    radix4Pass(a, n / 2, 1, w, Turn::kForward);
 }
 
 void OouraFFT::cftmdl(int n, int l, double* a, double* w) {
-    radix4Pass(a, n / 2, l / 2, w);
+    radix4Pass(a, n / 2, l / 2, w, Turn::kForward);
 }
 
 }  // namespace details

@@ -1,7 +1,6 @@
 #include "fft_passes.h"
 
 #include <bit>
-#include <utility>
 
 #include "float_rules.h"
 
@@ -14,6 +13,14 @@ struct Complex {
     double re;
     double im;
 };
+
+Complex operator+(Complex a, Complex b) {
+    return {a.re + b.re, a.im + b.im};
+}
+
+Complex operator-(Complex a, Complex b) {
+    return {a.re - b.re, a.im - b.im};
+}
 
 Complex operator*(Complex a, Complex b) {
     return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
@@ -36,44 +43,78 @@ Complex squaredRootOfBlock(const double* roots, unsigned k) {
     return (k & 1U) == 0 ? root : Complex{-root.im, root.re};
 }
 
-/* The butterflies of block 0, where t is 1. The four legs do not overlap. */
-void plainButterflies(double* __restrict leg0, double* __restrict leg1, double* __restrict leg2,
-                      double* __restrict leg3, int doubles) {
+/* The product with i, or with -i on the way back. */
+template <Turn turn>
+Complex quarterTurned(Complex a) {
+    return turn == Turn::kForward ? Complex{-a.im, a.re} : Complex{a.im, -a.re};
+}
+
+template <Turn turn>
+Complex inDirection(Complex root) {
+    return turn == Turn::kForward ? root : Complex{root.re, -root.im};
+}
+
+Complex at(const double* leg, int i) {
+    return {leg[i], leg[i + 1]};
+}
+
+void put(double* leg, int i, Complex value) {
+    leg[i] = value.re;
+    leg[i + 1] = value.im;
+}
+
+/* The four legs of a block, `doubles` long each, one behind the other. */
+struct Legs {
+    double* __restrict v0;
+    double* __restrict v1;
+    double* __restrict v2;
+    double* __restrict v3;
+    int doubles;
+};
+
+template <Turn turn>
+void plainButterflies(const Legs& legs) {
+    const auto [v0, v1, v2, v3, doubles] = legs;
     for (int i = 0; i < doubles; i += 2) {
-        const Complex sum01 = {leg0[i] + leg1[i], leg0[i + 1] + leg1[i + 1]};
-        const Complex difference01 = {leg0[i] - leg1[i], leg0[i + 1] - leg1[i + 1]};
-        const Complex sum23 = {leg2[i] + leg3[i], leg2[i + 1] + leg3[i + 1]};
-        const Complex difference23 = {leg2[i] - leg3[i], leg2[i + 1] - leg3[i + 1]};
-        leg0[i] = sum01.re + sum23.re;
-        leg0[i + 1] = sum01.im + sum23.im;
-        leg1[i] = difference01.re - difference23.im;
-        leg1[i + 1] = difference01.im + difference23.re;
-        leg2[i] = sum01.re - sum23.re;
-        leg2[i + 1] = sum01.im - sum23.im;
-        leg3[i] = difference01.re + difference23.im;
-        leg3[i + 1] = difference01.im - difference23.re;
+        const Complex sum01 = at(v0, i) + at(v1, i);
+        const Complex difference01 = at(v0, i) - at(v1, i);
+        const Complex sum23 = at(v2, i) + at(v3, i);
+        const Complex turned23 = quarterTurned<turn>(at(v2, i) - at(v3, i));
+        put(v0, i, sum01 + sum23);
+        put(v1, i, difference01 + turned23);
+        put(v2, i, sum01 - sum23);
+        put(v3, i, difference01 - turned23);
     }
 }
 
-/* The butterflies of another block: the same, then t, t squared and t cubed. */
-inline void turnedButterflies(double* __restrict leg0, double* __restrict leg1, double* __restrict leg2,
-                              double* __restrict leg3, int doubles, Complex t1, Complex t2, Complex t3) {
+template <Turn turn>
+void turnedButterflies(const Legs& legs, Complex t1, Complex t2) {
+    const auto [v0, v1, v2, v3, doubles] = legs;
+    const Complex t3 = t1 * t2;
     for (int i = 0; i < doubles; i += 2) {
-        const Complex sum01 = {leg0[i] + leg1[i], leg0[i + 1] + leg1[i + 1]};
-        const Complex difference01 = {leg0[i] - leg1[i], leg0[i + 1] - leg1[i + 1]};
-        const Complex sum23 = {leg2[i] + leg3[i], leg2[i + 1] + leg3[i + 1]};
-        const Complex difference23 = {leg2[i] - leg3[i], leg2[i + 1] - leg3[i + 1]};
-        leg0[i] = sum01.re + sum23.re;
-        leg0[i + 1] = sum01.im + sum23.im;
-        const Complex x1 = t1 * Complex{difference01.re - difference23.im, difference01.im + difference23.re};
-        leg1[i] = x1.re;
-        leg1[i + 1] = x1.im;
-        const Complex x2 = t2 * Complex{sum01.re - sum23.re, sum01.im - sum23.im};
-        leg2[i] = x2.re;
-        leg2[i + 1] = x2.im;
-        const Complex x3 = t3 * Complex{difference01.re + difference23.im, difference01.im - difference23.re};
-        leg3[i] = x3.re;
-        leg3[i + 1] = x3.im;
+        const Complex sum01 = at(v0, i) + at(v1, i);
+        const Complex difference01 = at(v0, i) - at(v1, i);
+        const Complex sum23 = at(v2, i) + at(v3, i);
+        const Complex turned23 = quarterTurned<turn>(at(v2, i) - at(v3, i));
+        put(v0, i, sum01 + sum23);
+        put(v1, i, t1 * (difference01 + turned23));
+        put(v2, i, t2 * (sum01 - sum23));
+        put(v3, i, t3 * (difference01 - turned23));
+    }
+}
+
+Legs legsFrom(double* first, int doubles) {
+    return {first, first + doubles, first + 2 * doubles, first + 3 * doubles, doubles};
+}
+
+template <Turn turn>
+void radix4(double* points, int blocks, int leg, const double* roots) {
+    plainButterflies<turn>(legsFrom(points, leg));
+    for (int block = 1; block < blocks; ++block) {
+        const auto k = static_cast<unsigned>(block);
+        turnedButterflies<turn>(legsFrom(points + 4 * leg * block, leg),
+                                inDirection<turn>(rootOfBlock(roots, k)),
+                                inDirection<turn>(squaredRootOfBlock(roots, k)));
     }
 }
 
@@ -96,23 +137,20 @@ void reversePointOrder(double* points, int count, int* offsets) {
             for (int right = 0; right < left; ++right) {
                 double* const one = points + 2 * (left * stride + middle * width + offsets[right]);
                 double* const other = points + 2 * (right * stride + middle * width + offsets[left]);
-                std::swap(one[0], other[0]);
-                std::swap(one[1], other[1]);
+                const Complex kept = at(one, 0);
+                put(one, 0, at(other, 0));
+                put(other, 0, kept);
             }
         }
     }
 }
 
-void radix4Pass(double* points, int count, int distance, const double* roots) {
-    const int leg = 2 * distance;
+void radix4Pass(double* points, int count, int distance, const double* roots, Turn turn) {
     const int blocks = count / (4 * distance);
-    plainButterflies(points, points + leg, points + 2 * leg, points + 3 * leg, leg);
-    for (int block = 1; block < blocks; ++block) {
-        const auto k = static_cast<unsigned>(block);
-        const Complex t1 = rootOfBlock(roots, k);
-        const Complex t2 = squaredRootOfBlock(roots, k);
-        double* const first = points + 4 * leg * block;
-        turnedButterflies(first, first + leg, first + 2 * leg, first + 3 * leg, leg, t1, t2, t1 * t2);
+    if (turn == Turn::kForward) {
+        radix4<Turn::kForward>(points, blocks, 2 * distance, roots);
+    } else {
+        radix4<Turn::kBackward>(points, blocks, 2 * distance, roots);
     }
 }
 
@@ -123,10 +161,6 @@ void radix2LastPass(double* points, int count) {
         second[i] = points[i] - second[i];
         points[i] = sum;
     }
-}
-
-void conjugatePoints(double* points, int count) {
-    for (int i = 1; i < 2 * count; i += 2) points[i] = -points[i];
 }
 
 void spectrumOfPairsToReal(double* spectrum, int n, const double* half_cosines) {

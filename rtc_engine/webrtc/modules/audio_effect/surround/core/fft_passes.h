@@ -29,18 +29,18 @@ namespace audiofft::details {
  *  @param offsets work area of sqrt(count) ints, overwritten. */
 void reversePointOrder(double* points, int count, int* offsets);
 
+/** The sign of i in the formulas above. */
+enum class Turn { kForward, kBackward };
+
 /** One pass of radix 4 over blocks of 4 * distance points.
  *  @param points   [count] complex numbers; count is a power of two and a multiple of 4 * distance.
  *  @param distance points between the legs of a butterfly.
- *  @param roots    e^(i pi/4 * r(j)) as (cos, sin) for j = 0 .. count / (8 * distance) - 1; not read when the
- *                  pass has no more than two blocks. */
-void radix4Pass(double* points, int count, int distance, const double* roots);
+ *  @param roots    e^(i pi/4 * r(j)) as (cos, sin) for j = 0 .. count / (8 * distance) - 1, whatever the
+ *                  direction; not read when the pass has no more than two blocks. */
+void radix4Pass(double* points, int count, int distance, const double* roots, Turn turn);
 
 /** The last pass when count is not a power of four: sums and differences of the two halves. */
 void radix2LastPass(double* points, int count);
-
-/** z to its conjugate. */
-void conjugatePoints(double* points, int count);
 
 /* A real signal x of n samples is transformed as the n/2 complex numbers x[2j] + i x[2j+1], with spectrum Z.
  * Its own spectrum X[k] = sum x[j] e^(+2 pi i jk / n), for k and m = n/2 - k together:
