@@ -29,7 +29,7 @@ Complex operator*(Complex a, Complex b) {
 /* t(k). The table reaches to an eighth of a turn: even k find their angle there, odd k beyond it at
  * 1/8 + a/8 turns, as the mirror image of 1/8 - a/8. In bit-reversed order a and 1 - a lie opposite each
  * other between two powers of two. */
-Complex rootOfBlock(const double* roots, unsigned k) {
+inline Complex rootOfBlock(const double* roots, unsigned k) {
     unsigned j = k >> 1;
     if ((k & 1U) == 0) return {roots[2 * j], roots[2 * j + 1]};
     if (j == 0) return {kSquareRootOfHalf, kSquareRootOfHalf};
@@ -38,7 +38,7 @@ Complex rootOfBlock(const double* roots, unsigned k) {
 }
 
 /* t(k) squared, without another rounding: the angle of k / 2, and for odd k a quarter turn more. */
-Complex squaredRootOfBlock(const double* roots, unsigned k) {
+inline Complex squaredRootOfBlock(const double* roots, unsigned k) {
     const Complex root = rootOfBlock(roots, k >> 1);
     return (k & 1U) == 0 ? root : Complex{-root.im, root.re};
 }
