@@ -4,5 +4,6 @@
 
 #include "sonivex/log_bridge.h"
 #include "sonivex/normalizer.h"
+#include "sonivex/surround.h"
 
 #endif /* SONIVEX_SONIVEX_H */

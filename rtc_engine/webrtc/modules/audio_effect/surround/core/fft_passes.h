@@ -1,0 +1,60 @@
+/* The arithmetic of the real Fourier transform, in place on doubles: no state, no memory of its own.
+ *
+ *   Z[k] = sum z[j] e^(+2 pi i jk / N),  N points, a power of two, complex numbers as (re, im) pairs
+ *
+ * Evaluating a polynomial at all N-th roots of unity means taking remainders: a polynomial modulo z^4M - t^4
+ * has four remainders modulo z^M - t, z^M + t, z^M - it, z^M + it. A tree of such steps, from z^N - 1 down,
+ * ends with the values in bit-reversed order, and the t of a step is the same for a whole block. The
+ * transform is symmetric, so the tree also works backwards: points in bit-reversed order first, then the
+ * steps with M = 1, 4, 16, .. and the transposed butterfly, and the values come out in natural order:
+ *
+ *   reversePointOrder; radix4Pass with distances 1, 4, .., N/4 (N a power of four)
+ *                      radix4Pass with distances 1, 4, .., N/8, then radix2LastPass (twice a power of four)
+ *
+ *   block k of a pass, from its four quarters v0..v3:       t = t(k) = e^(i pi/2 * r(k)),
+ *     x0 =    v0 + v1 +  (v2 + v3)                          r(k) = k's binary digits mirrored at the point,
+ *     x1 = t  (v0 - v1 + i(v2 - v3))                               0 <= r < 1
+ *     x2 = t2 (v0 + v1 -  (v2 + v3))
+ *     x3 = t3 (v0 - v1 - i(v2 - v3))
+ *
+ * The scalar loops here define the bits: every complex product is re = a.re*b.re - a.im*b.im,
+ * im = a.re*b.im + a.im*b.re, and nothing is fused. A vector variant does the same per element. */
+#pragma once
+
+namespace audiofft::details {
+
+/** Put point k at the place of its index with the binary digits in reverse.
+ *  @param points  [count] complex numbers.
+ *  @param count   a power of two.
+ *  @param offsets work area of sqrt(count) ints, overwritten. */
+void reversePointOrder(double* points, int count, int* offsets);
+
+/** The sign of i in the formulas above. */
+enum class Turn { kForward, kBackward };
+
+/** One pass of radix 4 over blocks of 4 * distance points.
+ *  @param points   [count] complex numbers; count is a power of two and a multiple of 4 * distance.
+ *  @param distance points between the legs of a butterfly.
+ *  @param roots    e^(i pi/4 * r(j)) as (cos, sin) for j = 0 .. count / (8 * distance) - 1, whatever the
+ *                  direction; not read when the pass has no more than two blocks. */
+void radix4Pass(double* points, int count, int distance, const double* roots, Turn turn);
+
+/** The last pass when count is not a power of four: sums and differences of the two halves. */
+void radix2LastPass(double* points, int count);
+
+/* A real signal x of n samples is transformed as the n/2 complex numbers x[2j] + i x[2j+1], with spectrum Z.
+ * Its own spectrum X[k] = sum x[j] e^(+2 pi i jk / n), for k and m = n/2 - k together:
+ *
+ *   y = (1/2 - sin/2 + i cos/2) (Z[k] - conj Z[m]),  angle 2 pi k / n
+ *   X[k] = Z[k] - y,  X[m] = Z[m] + conj y
+ *
+ * X[0] and X[n/2], both real, share the first pair. The way back is the same with -i.
+ *   half_cosines  cos(j * 2 pi / n) / 2 for j = 0 .. n/4 - 1; they hold the sines too, from the other end. */
+
+/** Z to X, in place on n doubles, n >= 4. */
+void spectrumOfPairsToReal(double* spectrum, int n, const double* half_cosines);
+
+/** X to Z: undoes spectrumOfPairsToReal. */
+void spectrumOfRealToPairs(double* spectrum, int n, const double* half_cosines);
+
+}  // namespace audiofft::details

@@ -1,0 +1,76 @@
+/* Convolution of a stream with a fixed response, by uniform partitions of both in the frequency domain.
+ *
+ *   L          partition length, P partitions of the response, transforms of 2L
+ *   H[i]       spectrum of samples iL .. iL+L-1 of the response, zeros behind
+ *   X[b]       spectrum of input block b, zeros behind; the block being filled is transformed as far as it is
+ *   y          = inverse of sum over i of H[i] X[b-i];  its second half is added to the next block's first
+ *
+ * Every output sample depends on the input up to the same instant: no delay, for any call length. The sum
+ * over the older blocks, i >= 1, is made once per block and kept.
+ * Source: overlap-add with a frequency-domain delay line, Gardner, JAES 43 (1995); Wefers (2015).
+ *
+ * Use: FFTConvolver c; c.init(256, ir, 8640); c.process(in, out, n) for every call.
+ * Threads: an object is used by one thread at a time. */
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "audiofft.h"
+#include "buffer.h"
+
+namespace fftconvolver {
+
+class FFTConvolver {
+  public:
+    FFTConvolver() = default;
+    FFTConvolver(const FFTConvolver&) = delete;
+    FFTConvolver& operator=(const FFTConvolver&) = delete;
+    virtual ~FFTConvolver() = default;
+
+    /** Load a response; what was loaded is dropped first.
+     *  @param new_block_size samples of a partition, rounded up to a power of two.
+     *  @param ir             [irLen], copied; taps below 1e-6 at its end are left out. If nothing is left,
+     * the output is silence.
+     *  @return false, and the output is silence, for a block size of 0.
+     *  Throws std::bad_alloc, and the output is silence, when memory runs out. */
+    bool init(std::size_t new_block_size, const float* ir, std::size_t irLen);
+
+    /** @param in, out [len]; `out` is overwritten and may be `in`.
+     *  Real-time safe. Silence without a response. */
+    void process(const float* in, float* out, std::size_t len);
+
+    /** Drop the response and release the memory. */
+    void reset();
+
+    /** Samples of a partition; 0 without a response. */
+    std::size_t partitionLength() const { return blockSize; }
+    /** Partitions of the response; 0 without one. */
+    std::size_t partitionCount() const { return segmentCount; }
+
+  private:
+    using Spectra = std::vector<std::unique_ptr<SplitComplex>>;
+
+    void transformResponse(const float* ir, std::size_t irLen, std::size_t partitions);
+    void transformInput();
+    void accumulateOlderBlocks();
+    void finishBlock();
+
+    std::size_t blockSize = 0;
+    std::size_t segmentSize = 0;
+    std::size_t segmentCount = 0;
+    std::size_t complexSize = 0;
+    Spectra inputSegments;    // ring of the input blocks' spectra
+    Spectra irSegments;       // the response's partitions
+    Buffer<float> fftBuffer;  // 2L samples on the way into or out of a transform
+    audiofft::AudioFFT fft;
+    SplitComplex accumulated;  // contribution of the older blocks
+    SplitComplex convolved;    // the same and that of the newest
+    Buffer<float> overlap;     // second half of the last finished block's inverse transform
+    std::size_t current = 0;   // place of the newest block in the ring; the older ones follow
+    Buffer<float> inputBuffer;
+    std::size_t inputFill = 0;
+};
+
+}  // namespace fftconvolver
