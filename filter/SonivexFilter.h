@@ -84,6 +84,14 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     static Outcome processed() { return {Outcome::Processed, 0}; }
     static Outcome givenUp(int result) { return {Outcome::GivenUp, result}; }
 
+    /** One frame's audio as the effects take it: [frames][channels] interleaved signed 16-bit. */
+    struct InputBlock {
+        const short* samples;
+        int channels;
+        int sampleRate;  ///< Hz
+        int frames;
+    };
+
     // worker_loop.cpp
     int FilterLoop();
     void handOut(std::unique_ptr<IQFFrame> frame);
@@ -92,7 +100,8 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
 
     // effect_dispatch.cpp
     Outcome dispatch(Effect effect, IQFFrame::audioInfo& info, AVFrame* frame);
-    std::unique_ptr<short[]> normalize(const short* in, int channels, int sampleRate, int frames);
+    std::unique_ptr<short[]> renderSurround(const InputBlock& in, int outChannels);
+    std::unique_ptr<short[]> normalize(const InputBlock& in);
     void releaseHandles();
 
     // options.cpp

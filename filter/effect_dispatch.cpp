@@ -5,46 +5,100 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
+#include <cstdint>
+
 #include "SonivexFilter.h"
 #include "sonivex/normalizer.h"
+#include "sonivex/surround.h"
 #include "vorlin/log.h"
 
 namespace Vorlin {
 
+namespace {
+
+std::unique_ptr<short[]> makeBlock(int channels, int frames) {
+    return std::unique_ptr<short[]>(
+        new short[static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames)]());
+}
+
+// Channels that surround of a type puts out.
+int surroundOutputChannels(int type) {
+    if (type == 6) return 6;
+    if (type == 7) return 8;
+    return 2;
+}
+
+}  // namespace
+
 sonivexFilter::Outcome sonivexFilter::dispatch(Effect effect, IQFFrame::audioInfo& info, AVFrame* frame) {
-    const auto* in = reinterpret_cast<const short*>(frame->extended_data[0]);
-    const int frames = frame->nb_samples;
-    const int outChannels = info.channels;
+    const InputBlock in{reinterpret_cast<const short*>(frame->extended_data[0]), info.channels,
+                        info.sample_rate, frame->nb_samples};
+    int outChannels = info.channels;
     std::unique_ptr<short[]> block;
     switch (effect) {
+        case Effect::Surround:
+            outChannels = surroundOutputChannels(mSurroundType);
+            block = renderSurround(in, outChannels);
+            break;
         case Effect::Normalizer:
-            block = normalize(in, info.channels, info.sample_rate, frames);
+            block = normalize(in);
             break;
         case Effect::Dialogue:
-        case Effect::Surround:
         case Effect::None:
             return processed();
     }
     if (!block) return givenUp(kFrameLost);
-    if (putBack(info, frame, block.get(), outChannels, frames) < 0) return givenUp(kFrameLost);
+    if (putBack(info, frame, block.get(), outChannels, in.frames) < 0) return givenUp(kFrameLost);
     return processed();
 }
 
+// @return the rendered block, [frames][outChannels]; null when the frame is lost.
+std::unique_ptr<short[]> sonivexFilter::renderSurround(const InputBlock& in, int outChannels) {
+    if (mSurroundHandle == nullptr) {
+        const int type = mSurroundType;
+        const int mode = mSurroundMode;
+        const int limiter = mSurroundLimiter;
+        __log_print(
+            LOG_DEBUG, kFilterName,
+            "sonivex creating surround handler. channels=%d, sampleRate=%d, type=%d, mode=%d, limiter=%d",
+            in.channels, in.sampleRate, type, mode, limiter);
+        mSurroundHandle = aem_CreateSurround(in.channels, in.sampleRate, type, mode, limiter);
+        if (mSurroundHandle == nullptr) {
+            __log_print(LOG_WARNING, kFilterName, "sonivex createSurround failed!");
+            return nullptr;
+        }
+    }
+    // A handle for one channel reads two samples a frame all the same: left and right are equal then.
+    std::unique_ptr<short[]> widened;
+    if (in.channels == 1) {
+        widened = makeBlock(2, in.frames);
+        for (int i = 0; i < in.frames; ++i) widened[2 * i] = widened[2 * i + 1] = in.samples[i];
+    }
+    auto out = makeBlock(outChannels, in.frames);
+    const short* samples = widened ? widened.get() : in.samples;
+    const int result =
+        aem_ProcessSurround(mSurroundHandle, samples, out.get(), in.frames);
+    if (result < 0) {
+        __log_print(LOG_ERROR, kFilterName, "sonivex ProcessSurround failed! ret=%d", result);
+        return nullptr;
+    }
+    return out;
+}
+
 // @return the processed block, [frames][channels]; null when the frame is lost.
-std::unique_ptr<short[]> sonivexFilter::normalize(const short* in, int channels, int sampleRate, int frames) {
+std::unique_ptr<short[]> sonivexFilter::normalize(const InputBlock& in) {
     if (mNormalizerHandle == nullptr) {
         __log_print(LOG_DEBUG, kFilterName, "sonivex creating normalizer handler. channels=%d, sampleRate=%d",
-                    channels, sampleRate);
-        mNormalizerHandle = aem_CreateNormalizer(channels, sampleRate);
+                    in.channels, in.sampleRate);
+        mNormalizerHandle = aem_CreateNormalizer(in.channels, in.sampleRate);
         if (mNormalizerHandle == nullptr) {
             __log_print(LOG_WARNING, kFilterName, "sonivex createNormalizer failed!");
             return nullptr;
         }
     }
-    std::unique_ptr<short[]> out(
-        new short[static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames)]);
-    const int result =
-        aem_ProcessNormalizer(mNormalizerHandle, in, out.get(), frames, static_cast<int8_t>(channels));
+    auto out = makeBlock(in.channels, in.frames);
+    const int result = aem_ProcessNormalizer(mNormalizerHandle, in.samples, out.get(), in.frames,
+                                             static_cast<int8_t>(in.channels));
     if (result < 0) {
         __log_print(LOG_ERROR, kFilterName, "sonivex ProcessNormalizer failed! ret=%d", result);
         return nullptr;
@@ -53,6 +107,8 @@ std::unique_ptr<short[]> sonivexFilter::normalize(const short* in, int channels,
 }
 
 void sonivexFilter::releaseHandles() {
+    if (mSurroundHandle != nullptr) aem_ReleaseSurround(mSurroundHandle);
+    mSurroundHandle = nullptr;
     if (mNormalizerHandle != nullptr) aem_ReleaseNormalizer(mNormalizerHandle);
     mNormalizerHandle = nullptr;
 }

@@ -41,7 +41,7 @@ bool isSupportedStream(Effect effect, int channels, int sampleRate_hz) {
 
 // An effect that is not in this library counts as switched off.
 constexpr bool isBuiltIn(Effect effect) {
-    return effect == Effect::Normalizer;
+    return effect == Effect::Surround || effect == Effect::Normalizer;
 }
 
 }  // namespace

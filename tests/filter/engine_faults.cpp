@@ -34,4 +34,22 @@ int __wrap_aem_ProcessNormalizer(void* handle, const short* in, short* out, int 
     if (faults.processResult < 0) return faults.processResult;
     return __real_aem_ProcessNormalizer(handle, in, out, frames, channels);
 }
+
+void* __real_aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter);
+int __real_aem_ProcessSurround(void* handle, const short* in, short* out, int frames);
+
+void* __wrap_aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter) {
+    test::EngineFaults& faults = test::engineFaults();
+    ++faults.surroundCreates;
+    if (faults.surroundCreatesToFail > 0) {
+        --faults.surroundCreatesToFail;
+        return nullptr;
+    }
+    return __real_aem_CreateSurround(channels, sampleRate, type, mode, limiter);
+}
+
+int __wrap_aem_ProcessSurround(void* handle, const short* in, short* out, int frames) {
+    const int result = test::engineFaults().surroundResult;
+    return result < 0 ? result : __real_aem_ProcessSurround(handle, in, out, frames);
+}
 }

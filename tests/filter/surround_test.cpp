@@ -1,0 +1,172 @@
+// Surround through the filter: layouts, the player's format, and which options hold when.
+#include <gtest/gtest.h>
+
+#include "engine_faults.h"
+#include "filter_under_test.h"
+#include "sonivex/surround.h"
+#include "vorlin/av_compat.h"
+
+namespace test {
+namespace {
+
+using Vorlin::IQFFrame;
+
+constexpr int kFrames = 960;  // four of the effect's blocks: no delay
+
+/** The effect called by hand. */
+class DirectSurround {
+  public:
+    DirectSurround(int channels, int type, int mode, int limiter)
+        : mHandle(aem_CreateSurround(channels, 48000, type, mode, limiter)) {}
+    DirectSurround(const DirectSurround&) = delete;
+    DirectSurround& operator=(const DirectSurround&) = delete;
+    ~DirectSurround() { aem_ReleaseSurround(mHandle); }
+
+    std::vector<int16_t> process(const std::vector<int16_t>& in) {
+        std::vector<int16_t> out(2 * kFrames);
+        EXPECT_EQ(aem_ProcessSurround(mHandle, in.data(), out.data(), kFrames), 2 * kFrames);
+        return out;
+    }
+
+  private:
+    void* mHandle;
+};
+
+std::vector<int16_t> widened(const std::vector<int16_t>& mono) {
+    std::vector<int16_t> stereo;
+    for (const int16_t sample : mono) stereo.insert(stereo.end(), 2, sample);
+    return stereo;
+}
+
+FrameSpec specOf(int channels, AVSampleFormat format) {
+    return {.format = format, .channels = channels, .frames = kFrames};
+}
+
+void startSurround(FilterUnderTest& filter, const std::string& more = "") {
+    filter.options(R"({"enable_surround": true)" + more + "}");
+    filter->setInvalid(false);
+}
+
+TEST(FilterSurround, EveryLayoutAndTypeComesOutAsStereoInThePlayersFormat) {
+    const struct {
+        const char* options;
+        int type, mode, limiter;
+    } settings[] = {
+        {R"(, "surround_effect_type": "3DSurround")", 1, 1, 1},
+        {R"(, "surround_effect_type": "MegaBass", "surround_mode": 2, "surround_limiter": 0)", 13, 2, 0},
+        {R"(, "surround_effect_type": "MegaBass", "surround_mode": 3)", 13, 3, 1},
+    };
+    for (const auto& setting : settings) {
+        for (const int channels : {1, 2, 6, 8}) {
+            for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S32}) {
+                SCOPED_TRACE(std::string(setting.options) + ", channels " + std::to_string(channels) + ", " +
+                             av_get_sample_fmt_name(format));
+                FilterUnderTest filter;
+                startSurround(filter, setting.options);
+                DirectSurround engine(channels, setting.type, setting.mode, setting.limiter);
+                for (uint32_t call = 0; call < 3; ++call) {
+                    auto frame = makeFrame(specOf(channels, format), noise(call, 3000));
+                    static_cast<AVFrame*>(*frame)->pts = 4711;
+                    const auto in = samplesOf(*frame);
+                    const auto expected = engine.process(channels == 1 ? widened(in) : in);
+                    const auto out = filter.pass(std::move(frame));
+                    ASSERT_NE(out, nullptr);
+                    const AVFrame* result = avFrameOf(out);
+                    EXPECT_EQ(result->format, format);
+                    EXPECT_EQ(result->ch_layout.nb_channels, 2);
+                    EXPECT_EQ(Vorlin::av::layoutMask(result->ch_layout), Vorlin::av::defaultLayoutMask(2));
+                    EXPECT_EQ(result->nb_samples, kFrames);
+                    EXPECT_EQ(result->pts, 4711);
+                    EXPECT_EQ(out->getInfo().channels, 2);
+                    EXPECT_EQ(out->getInfo().format, format);
+                    EXPECT_EQ(samplesOf(result), expected);
+                }
+            }
+        }
+    }
+}
+
+TEST(FilterSurround, MonoSoundsLikeTheSameSoundOnBothSides) {
+    FilterUnderTest mono;
+    FilterUnderTest stereo;
+    startSurround(mono);
+    startSurround(stereo);
+    const auto sameOnBothSides = [random = noise(7, 5000)](int frame, int) { return random(frame, 0); };
+    const auto fromMono = mono.pass(makeFrame(specOf(1, AV_SAMPLE_FMT_S16), sameOnBothSides));
+    const auto fromStereo = stereo.pass(makeFrame(specOf(2, AV_SAMPLE_FMT_S16), sameOnBothSides));
+    ASSERT_NE(fromMono, nullptr);
+    ASSERT_NE(fromStereo, nullptr);
+    EXPECT_EQ(samplesOf(avFrameOf(fromMono)), samplesOf(avFrameOf(fromStereo)));
+}
+
+TEST(FilterSurround, PassesRatesOnThatItsResponsesAreNotMadeFor) {
+    for (const int rate_hz : {16000, 32000, 96000}) {
+        FilterUnderTest filter;
+        startSurround(filter);
+        auto frame = makeFrame({.channels = 6, .rate_hz = rate_hz}, noise(1, 1000));
+        const auto before = samplesOf(*frame);
+        const auto out = filter.pass(std::move(frame));
+        ASSERT_NE(out, nullptr);
+        EXPECT_EQ(samplesOf(avFrameOf(out)), before);
+    }
+}
+
+TEST(FilterSurround, AChangeOfTypeTakesEffectAfterTheNextFlush) {
+    DirectSurround neutral(2, 1, 1, 1);
+    DirectSurround bass(2, 13, 3, 1);
+    resetEngineFaults();
+    FilterUnderTest filter;
+    startSurround(filter);
+    const auto in = [] { return makeFrame(specOf(2, AV_SAMPLE_FMT_S16), noise(2, 3000)); };
+    const auto samples = samplesOf(*in());
+    EXPECT_EQ(samplesOf(avFrameOf(filter.pass(in()))), neutral.process(samples));
+    filter.options(R"({"surround_effect_type": "MegaBass", "surround_mode": 3})");
+    EXPECT_EQ(samplesOf(avFrameOf(filter.pass(in()))), neutral.process(samples));
+    filter->flush();
+    EXPECT_EQ(filter.field(Peer::surroundHandle), nullptr);
+    EXPECT_EQ(samplesOf(avFrameOf(filter.pass(in()))), bass.process(samples));
+    EXPECT_EQ(engineFaults().surroundCreates, 2);
+}
+
+TEST(FilterSurround, EachEffectKeepsItsOwnHandleAndAFrameGoesThroughOneOnly) {
+    resetEngineFaults();
+    FilterUnderTest filter;
+    startSurround(filter);
+    LogCapture log;
+    const auto in = [] { return makeFrame(specOf(6, AV_SAMPLE_FMT_FLTP), noise(2, 3000)); };
+    const auto channelsAfter = [&](const char* options) {
+        filter.options(options);
+        const auto out = filter.pass(in());
+        return out ? avFrameOf(out)->ch_layout.nb_channels : 0;
+    };
+    EXPECT_EQ(channelsAfter(R"({"enable_surround": true})"), 2);
+    EXPECT_EQ(channelsAfter(R"({"enable_normalizer": true})"), 6) << "the output graph follows the channels";
+    EXPECT_EQ(channelsAfter(R"({"enable_surround": true})"), 2);
+    EXPECT_EQ(engineFaults().surroundCreates, 1);
+    EXPECT_EQ(engineFaults().creates, 1);
+    EXPECT_EQ(engineFaults().channelsOfCalls.size(), 1u);
+    EXPECT_EQ(
+        log.count(
+            "48 sonivex creating surround handler. channels=6, sampleRate=48000, type=1, mode=1, limiter=1"),
+        1);
+}
+
+TEST(FilterSurround, AFailedCreationOrCallDropsTheFrameAndSaysSo) {
+    resetEngineFaults();
+    FilterUnderTest filter;
+    startSurround(filter);
+    LogCapture log;
+    const auto in = [] { return makeFrame(specOf(2, AV_SAMPLE_FMT_S16), noise(2, 3000)); };
+    engineFaults().surroundCreatesToFail = 1;
+    EXPECT_EQ(filter.pass(in()), nullptr);
+    EXPECT_EQ(log.count("24 sonivex createSurround failed!"), 1);
+    EXPECT_NE(filter.pass(in()), nullptr);
+    engineFaults().surroundResult = -3;
+    EXPECT_EQ(filter.pass(in()), nullptr);
+    EXPECT_EQ(log.count("16 sonivex ProcessSurround failed! ret=-3"), 1);
+    engineFaults().surroundResult = 0;
+    EXPECT_NE(filter.pass(in()), nullptr);
+}
+
+}  // namespace
+}  // namespace test
