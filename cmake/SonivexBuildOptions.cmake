@@ -23,6 +23,9 @@ target_compile_options(
 target_compile_definitions(sonivex_build_options INTERFACE __STDC_CONSTANT_MACROS)
 
 if(SONIVEX_SANITIZE)
+    # Line numbers are all that a report needs of the debug information.
+    set(CMAKE_C_FLAGS_RELWITHDEBINFO "-O1 -g1")
+    set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g1")
     target_compile_options(sonivex_build_options INTERFACE -fsanitize=${SONIVEX_SANITIZE} -fno-sanitize-recover=all
                                                            -fno-omit-frame-pointer)
     target_link_options(sonivex_build_options INTERFACE -fsanitize=${SONIVEX_SANITIZE})

@@ -57,10 +57,7 @@ void filterPrototype::addPrototype(filterPrototype* prototype) {
         return;
     }
     const std::lock_guard lock(registryMutex());
-    auto& entries = registry().entries;
-    const bool known = std::any_of(entries.begin(), entries.end(),
-                                   [=](const Entry& entry) { return entry.prototype == prototype; });
-    if (!known) entries.push_back({prototype, filter});
+    registry().entries.push_back({prototype, filter});
 }
 
 std::unique_ptr<IAudioFilter> filterPrototype::createFilter(const std::string& name,

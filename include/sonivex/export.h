@@ -3,7 +3,7 @@
 #define SONIVEX_EXPORT_H
 
 #ifdef __cplusplus
-#define SONIVEX_EXTERN_C extern "C"  /* makes a variable behind it a declaration, as extern does in C */
+#define SONIVEX_EXTERN_C extern "C" /* makes a variable behind it a declaration, as extern does in C */
 #else
 #define SONIVEX_EXTERN_C extern
 #endif

@@ -81,11 +81,14 @@ TEST_P(PlayerBypass, RemembersARateThatFellWhileTheListenerBypassed) {
     expectBypassed(*player, true);
 }
 
-TEST_P(PlayerBypass, KeepsTheListenersWishWhileTheRateRecovers) {
+TEST_P(PlayerBypass, IsNotMadeValidForANewRateWhileTheListenerBypasses) {
     const auto player = makePlayer();
     player->setVideoFps(120);
     player->setBypass(true);
+    const int timesMadeValid = script->timesMadeValid;
+    player->setVideoFps(30);
     player->setVideoFps(120);
+    EXPECT_EQ(script->timesMadeValid, timesMadeValid) << "frames could slip through the effect";
     player->setBypass(false);
     expectBypassed(*player, true);
 }

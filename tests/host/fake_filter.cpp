@@ -137,6 +137,7 @@ int FakeFilter::loop() {
 void FakeFilter::setInvalid(bool invalid) {
     mInvalid = invalid;
     mScript->isInvalid = invalid;
+    if (!invalid) ++mScript->timesMadeValid;
 }
 
 void FakeFilter::send(const char* event) {

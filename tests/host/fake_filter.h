@@ -38,6 +38,7 @@ struct Script {
     int refusals = 0;  ///< pushes answered "try again"
     int flushes = 0;
     bool isInvalid = true;
+    int timesMadeValid = 0;
     bool isDestroyed = false;
     std::vector<IQFFrame::audioInfo> fences;  ///< frames pushed that are not the test's
     bool fencesHoldSamples = true;

@@ -178,12 +178,13 @@ TEST_P(PlayerPump, GivesUpOnAFilterThatKeepsTheFence) {
     EXPECT_EQ(numbersOut, firstNumbers(2));
 }
 
-TEST_P(PlayerPump, MeasuresAStallFromTheLastProgress) {
-    script->work = [] { qf_msleep(20); };
-    const auto player = makePlayer(isActive(), milliseconds(200));
-    pushFrames(*player, 20);  // twice the limit in all
+// Two frames and the fence are under way when the drain begins: longer than the limit in all, but not each.
+TEST_F(PlayerPump, MeasuresAStallFromTheLastProgress) {
+    script->work = [] { qf_msleep(200); };
+    const auto player = makePlayer(true, milliseconds(320));
+    pushFrames(*player, 4);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(numbersOut, firstNumbers(20));
+    EXPECT_EQ(numbersOut, firstNumbers(4));
 }
 
 TEST_P(PlayerPump, RefusesANullFrame) {

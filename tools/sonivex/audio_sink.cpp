@@ -22,12 +22,15 @@ AudioSink::AudioSink(const EncoderPlan& plan, const AudioSource& source, OutputF
     }
 }
 
-AudioSink::~AudioSink() { avformat_free_context(mMuxer); }
+AudioSink::~AudioSink() {
+    avformat_free_context(mMuxer);
+}
 
 void AudioSink::check(int result) const {
     mFile.throwIfFailed();
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
-    if (result < 0) throw Failure(ExitCode::OutputNotWritable, "the output cannot be encoded: " + errorText(result));
+    if (result < 0)
+        throw Failure(ExitCode::OutputNotWritable, "the output cannot be encoded: " + errorText(result));
 }
 
 void AudioSink::openEncoder() {
@@ -41,9 +44,10 @@ void AudioSink::openEncoder() {
     if ((mPlan.muxer->flags & AVFMT_GLOBALHEADER) != 0) mEncoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     const int result = avcodec_open2(mEncoder.get(), mPlan.codec, nullptr);
     if (result < 0) {
-        throw Failure(ExitCode::OutputFormat, std::string(avcodec_get_name(mPlan.codec->id)) + " cannot hold " +
-                                                  layoutName(mPlan.spec.layout) + " at " +
-                                                  std::to_string(mPlan.spec.rateHz) + " Hz: " + errorText(result));
+        throw Failure(ExitCode::OutputFormat, std::string(avcodec_get_name(mPlan.codec->id)) +
+                                                  " cannot hold " + layoutName(mPlan.spec.layout) + " at " +
+                                                  std::to_string(mPlan.spec.rateHz) +
+                                                  " Hz: " + errorText(result));
     }
 }
 
@@ -84,7 +88,8 @@ void AudioSink::encode(AVFrame* frame) {
 void AudioSink::write(const AVFrame& frame) {
     mPending.append(frame);
     const bool anyLength = (mPlan.codec->capabilities & AV_CODEC_CAP_VARIABLE_FRAME_SIZE) != 0;
-    const int length = anyLength || mEncoder->frame_size <= 0 ? kFramesWhereAnyLengthDoes : mEncoder->frame_size;
+    const int length =
+        anyLength || mEncoder->frame_size <= 0 ? kFramesWhereAnyLengthDoes : mEncoder->frame_size;
     while (mPending.size() >= length) encode(mPending.take(length).get());
 }
 

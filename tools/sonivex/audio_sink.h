@@ -12,7 +12,8 @@ namespace sonivex_tool {
 /** Encodes frames into a file. */
 class AudioSink {
   public:
-    /** Open the encoder and write the file's header, with the tags of `source`. `file` must outlive this object.
+    /** Open the encoder and write the file's header, with the tags of `source`. `file` must outlive this
+     * object.
      *  @throw Failure (OutputFormat, or what OutputFile raises), here and below */
     AudioSink(const EncoderPlan& plan, const AudioSource& source, OutputFile& file);
     ~AudioSink();

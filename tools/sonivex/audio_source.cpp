@@ -8,7 +8,9 @@
 namespace sonivex_tool {
 namespace {
 
-int stopReading(void* /*opaque*/) { return pendingSignal() != 0 ? 1 : 0; }
+int stopReading(void* /*opaque*/) {
+    return pendingSignal() != 0 ? 1 : 0;
+}
 
 /** A file is named as such, or a colon in its name would be taken for the end of a protocol. */
 std::string asUrl(const std::string& path) {
@@ -29,7 +31,8 @@ AudioSource::AudioSource(const std::string& path, int streamNumber) {
         chooseStream(path, streamNumber);
         openDecoder(path);
         mFirst = decode();
-        if (mFirst == nullptr) throw Failure(ExitCode::NoAudio, path + ": nothing in the audio stream decodes");
+        if (mFirst == nullptr)
+            throw Failure(ExitCode::NoAudio, path + ": nothing in the audio stream decodes");
         describe();
     } catch (...) {
         avformat_close_input(&mContainer);
@@ -37,7 +40,9 @@ AudioSource::AudioSource(const std::string& path, int streamNumber) {
     }
 }
 
-AudioSource::~AudioSource() { avformat_close_input(&mContainer); }
+AudioSource::~AudioSource() {
+    avformat_close_input(&mContainer);
+}
 
 void AudioSource::openContainer(const std::string& path) {
     const std::string url = asUrl(path);
@@ -64,7 +69,8 @@ void AudioSource::chooseStream(const std::string& path, int streamNumber) {
     }
     if (found == 0) throw Failure(ExitCode::NoAudio, path + ": has no audio stream");
     if (mStreamIndex < 0) {
-        throw Failure(ExitCode::NoAudio, path + ": has no audio stream " + std::to_string(streamNumber) + ", only " +
+        throw Failure(ExitCode::NoAudio, path + ": has no audio stream " + std::to_string(streamNumber) +
+                                             ", only " +
                                              (found == 1 ? "0" : "0 to " + std::to_string(found - 1)));
     }
 }
@@ -81,7 +87,8 @@ void AudioSource::openDecoder(const std::string& path) {
     // Without it the decoder cannot tell how much of the first and the last packet is padding.
     mDecoder->pkt_timebase = audio.time_base;
     if (result >= 0) result = avcodec_open2(mDecoder.get(), codec, nullptr);
-    if (result < 0) throw Failure(ExitCode::NoAudio, path + ": its audio cannot be decoded: " + errorText(result));
+    if (result < 0)
+        throw Failure(ExitCode::NoAudio, path + ": its audio cannot be decoded: " + errorText(result));
 }
 
 void AudioSource::describe() {
@@ -124,7 +131,8 @@ FramePtr AudioSource::decode() {
     while (true) {
         const int result = avcodec_receive_frame(mDecoder.get(), frame.get());
         if (result >= 0) {
-            if (frame->nb_samples > 0 && frame->sample_rate > 0 && frame->ch_layout.nb_channels > 0) return frame;
+            if (frame->nb_samples > 0 && frame->sample_rate > 0 && frame->ch_layout.nb_channels > 0)
+                return frame;
             av_frame_unref(frame.get());
             continue;
         }

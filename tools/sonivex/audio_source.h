@@ -11,21 +11,21 @@ namespace sonivex_tool {
 
 /** What is known of an audio stream once its first frame is decoded. */
 struct SourceInfo {
-    std::string container;             ///< libavformat's name of the format
-    std::string codec;                 ///< libavcodec's name of the decoder
-    AudioSpec spec;                    ///< of the first frame, and of every frame that `read` returns
-    int bitsPerSample = 0;             ///< that matter, when fewer than the format has (24 in an s32); else 0
+    std::string container;  ///< libavformat's name of the format
+    std::string codec;      ///< libavcodec's name of the decoder
+    AudioSpec spec;         ///< of the first frame, and of every frame that `read` returns
+    int bitsPerSample = 0;  ///< that matter, when fewer than the format has (24 in an s32); else 0
     std::optional<double> lengthSeconds;  ///< as the container says; not to be relied on
 };
 
 /** The decoded frames of one audio stream of a file.
  *
- *  Damaged packets are skipped and counted, as players do. Frames that come in another rate, layout or format than
- *  the first are converted to the first one's. */
+ *  Damaged packets are skipped and counted, as players do. Frames that come in another rate, layout or format
+ * than the first are converted to the first one's. */
 class AudioSource {
   public:
-    /** @param path a file or anything else that libavformat opens. @param streamNumber among the audio streams,
-     *  from 0. @throw Failure (InputNotReadable, NoAudio, or that of a pending signal) */
+    /** @param path a file or anything else that libavformat opens. @param streamNumber among the audio
+     * streams, from 0. @throw Failure (InputNotReadable, NoAudio, or that of a pending signal) */
     AudioSource(const std::string& path, int streamNumber);
     ~AudioSource();
     AudioSource(const AudioSource&) = delete;

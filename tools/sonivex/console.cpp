@@ -22,7 +22,9 @@ int terminalColumns() {
     return 80;
 }
 
-std::string rounded(double number) { return std::to_string(std::llround(number)); }
+std::string rounded(double number) {
+    return std::to_string(std::llround(number));
+}
 
 std::string speedText(double seconds, std::chrono::steady_clock::duration since) {
     const double elapsed = std::chrono::duration<double>(since).count();
@@ -35,14 +37,17 @@ std::string clockTime(double seconds) {
     const auto whole = static_cast<long long>(std::floor(std::max(seconds, 0.0)));
     std::array<char, 64> text{};
     if (whole >= 3600) {
-        (void)std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
+        (void)std::snprintf(text.data(), text.size(), "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60,
+                            whole % 60);
     } else {
         (void)std::snprintf(text.data(), text.size(), "%lld:%02lld", whole / 60, whole % 60);
     }
     return text.data();
 }
 
-void printError(const std::string& line) { (void)std::fprintf(stderr, "sonivex: %s\n", line.c_str()); }
+void printError(const std::string& line) {
+    (void)std::fprintf(stderr, "sonivex: %s\n", line.c_str());
+}
 
 Console::Console(bool quiet)
     : mQuiet(quiet), mIsTerminal(isatty(STDERR_FILENO) != 0), mLastShown(Clock::now()) {}
@@ -63,8 +68,9 @@ void Console::progress(double seconds, std::optional<double> total) {
         drawBar(seconds, total);
         return;
     }
-    const std::string of = total ? " of " + clockTime(*total) : std::string();
-    printError(clockTime(seconds) + of + ", " + speedText(seconds, now - mStarted));
+    std::string line = clockTime(seconds);
+    if (total) line.append(" of ").append(clockTime(*total));
+    printError(line + ", " + speedText(seconds, now - mStarted));
 }
 
 void Console::drawBar(double seconds, std::optional<double> total) {
@@ -74,8 +80,10 @@ void Console::drawBar(double seconds, std::optional<double> total) {
         const double done = std::clamp(seconds / *total, 0.0, 1.0);
         const int width = std::clamp(terminalColumns() - kTextBesideBar, 0, kWidestBar);
         const auto filled = static_cast<size_t>(done * width);
-        line = "[" + std::string(filled, '=') + std::string(static_cast<size_t>(width) - filled, ' ') + "] " +
-               rounded(std::floor(100.0 * done)) + " %  " + line + "/" + clockTime(*total);
+        std::string bar(static_cast<size_t>(width), ' ');
+        bar.replace(0, filled, filled, '=');
+        line = "[" + bar + "] " + rounded(std::floor(100.0 * done)) + " %  " + line;
+        line.append("/").append(clockTime(*total));
     }
     (void)std::fprintf(stderr, "\r%s  %s\033[K", line.c_str(), speed.c_str());
     (void)std::fflush(stderr);

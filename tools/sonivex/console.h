@@ -6,8 +6,8 @@
 
 namespace sonivex_tool {
 
-/** What a command says while it works, on standard error: lines of text, and how far it is, as a bar on a terminal
- *  or else as a line now and then. A quiet console says nothing. */
+/** What a command says while it works, on standard error: lines of text, and how far it is, as a bar on a
+ * terminal or else as a line now and then. A quiet console says nothing. */
 class Console {
   public:
     explicit Console(bool quiet);

@@ -60,7 +60,8 @@ const Effect* findEffect(const std::string& name) {
 
 std::string whyUnsupported(const Effect& effect, int channels, int rateHz) {
     if (!contains(effect.channels, channels)) {
-        return effect.title + " takes " + listOf(effect.channels) + " channels, not " + std::to_string(channels);
+        return effect.title + " takes " + listOf(effect.channels) + " channels, not " +
+               std::to_string(channels);
     }
     if (!contains(effect.ratesHz, rateHz)) {
         return effect.title + " takes " + listOf(effect.ratesHz) + " Hz, not " + std::to_string(rateHz);

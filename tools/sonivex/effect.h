@@ -9,13 +9,13 @@ namespace sonivex_tool {
 
 /** What the program must know of an effect from outside: how to ask for it and what it takes. */
 struct Effect {
-    std::string name;               ///< as on the command line
-    std::string title;              ///< for messages
-    std::string enableOption;       ///< member of the filter's option object that switches it on
-    std::string exportedFunction;   ///< a plug-in that has the effect exports this
-    std::vector<int> channels;      ///< channel counts that it processes; others pass through untouched
-    std::vector<int> ratesHz;       ///< likewise sample rates
-    int blockFrames;                ///< it works in blocks of so many frames
+    std::string name;                   ///< as on the command line
+    std::string title;                  ///< for messages
+    std::string enableOption;           ///< member of the filter's option object that switches it on
+    std::string exportedFunction;       ///< a plug-in that has the effect exports this
+    std::vector<int> channels;          ///< channel counts that it processes; others pass through untouched
+    std::vector<int> ratesHz;           ///< likewise sample rates
+    int blockFrames;                    ///< it works in blocks of so many frames
     std::optional<int> outputChannels;  ///< what comes out, when that is not what went in
 };
 

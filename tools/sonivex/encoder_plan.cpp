@@ -17,7 +17,9 @@ constexpr int64_t kBitsPerSecondPerChannel = 96'000;
 // Encoders made for lower rates stop at lower bit rates.
 constexpr int kFullBandwidthHz = 32'000;
 
-bool isFloat(AVSampleFormat packed) { return packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL; }
+bool isFloat(AVSampleFormat packed) {
+    return packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL;
+}
 
 /** Bits of a sample that a format keeps exactly. */
 int precisionBits(AVSampleFormat packed) {
@@ -68,7 +70,8 @@ const AVOutputFormat* chooseMuxer(const std::string& path) {
         throw Failure(ExitCode::OutputFormat, path + ": no file format is known by the name " + extension);
     }
     if ((muxer->flags & (AVFMT_NOFILE | AVFMT_NEEDNUMBER)) != 0 || muxer->audio_codec == AV_CODEC_ID_NONE) {
-        throw Failure(ExitCode::OutputFormat, path + ": " + extension + " is no format for one file of audio");
+        throw Failure(ExitCode::OutputFormat,
+                      path + ": " + extension + " is no format for one file of audio");
     }
     return muxer;
 }
@@ -82,9 +85,9 @@ AVChannelLayout chooseLayout(const std::string& path, const AVCodec& codec, cons
         if (choice.nb_channels == wanted.nb_channels && sameCount == nullptr) sameCount = &choice;
     }
     if (sameCount == nullptr) {
-        throw Failure(ExitCode::OutputFormat,
-                      path + ": " + avcodec_get_name(codec.id) + " cannot hold " +
-                          std::to_string(wanted.nb_channels) + " channels (" + layoutName(wanted) + ")");
+        throw Failure(ExitCode::OutputFormat, path + ": " + avcodec_get_name(codec.id) + " cannot hold " +
+                                                  std::to_string(wanted.nb_channels) + " channels (" +
+                                                  layoutName(wanted) + ")");
     }
     return *sameCount;
 }
@@ -125,8 +128,8 @@ int nearestRateHz(int wanted, const std::vector<int>& choices) {
 EncoderPlan planEncoder(const std::string& path, const AudioSpec& audio, int bitsPerSample) {
     EncoderPlan plan;
     plan.muxer = chooseMuxer(path);
-    const AVCodecID id = holdsAnyPcm(*plan.muxer) ? pcmCodec(audio.format, bitsPerSample)
-                                                  : plan.muxer->audio_codec;
+    const AVCodecID id =
+        holdsAnyPcm(*plan.muxer) ? pcmCodec(audio.format, bitsPerSample) : plan.muxer->audio_codec;
     plan.codec = avcodec_find_encoder(id);
     if (plan.codec == nullptr) {
         throw Failure(ExitCode::OutputFormat, path + ": there is no encoder for " + avcodec_get_name(id));

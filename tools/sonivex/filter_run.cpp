@@ -2,15 +2,10 @@
 
 #include "failure.h"
 #include "latency.h"
+#include "plugin_search.h"
 #include "vorlin/av_frame.h"
 
 namespace sonivex_tool {
-namespace {
-
-constexpr char kFilterName[] = "sonivex";
-
-}  // namespace
-
 FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                      const AudioSpec& spec, Timeline::Output output)
     : mDelayFrames(constantDelayFrames(settings.effect->blockFrames, settings.callFrames).value()),
@@ -22,11 +17,10 @@ FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorli
     config.source.channels = spec.channels();
     config.source.sample_rate = spec.rateHz;
     config.source.channel_layout = spec.layout.order == AV_CHANNEL_ORDER_NATIVE ? spec.layout.u.mask : 0;
-    mPlayer = Vorlin::Player::create(plugin, config,
-                                     [this](std::unique_ptr<Vorlin::IQFFrame> frame) { receive(std::move(frame)); });
+    mPlayer = Vorlin::Player::create(
+        plugin, config, [this](std::unique_ptr<Vorlin::IQFFrame> frame) { receive(std::move(frame)); });
     if (mPlayer == nullptr) {
-        throw Failure(ExitCode::PluginNotFound,
-                      std::string("the plug-in holds no working filter of the name ") + kFilterName);
+        throw Failure(ExitCode::FilterFailed, "the filter cannot be made ready");
     }
     if (!mPlayer->setOptions(optionsJson(*settings.effect, settings.options))) {
         throw Failure(ExitCode::FilterFailed, "the filter does not understand its options");
@@ -52,7 +46,8 @@ void FilterRun::receive(std::unique_ptr<Vorlin::IQFFrame> frame) {
 
 void FilterRun::check(int result) {
     if (mOutputError != nullptr) std::rethrow_exception(mOutputError);
-    if (result == AVERROR(ETIMEDOUT)) throw Failure(ExitCode::FilterFailed, "the filter has stopped answering");
+    if (result == AVERROR(ETIMEDOUT))
+        throw Failure(ExitCode::FilterFailed, "the filter has stopped answering");
     if (result < 0) throw Failure(ExitCode::FilterFailed, "the filter fails: " + errorText(result));
 }
 

@@ -10,13 +10,14 @@
 
 namespace sonivex_tool {
 
-/** One file's way through the filter: frames of one length go in, and what comes out stands in line with them. */
+/** One file's way through the filter: frames of one length go in, and what comes out stands in line with
+ * them. */
 class FilterRun {
   public:
     /** @param output receives what comes out, aligned with what went in.
-     *  @throw Failure (PluginNotFound, FilterFailed), here and below; and whatever `output` throws */
-    FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin, const AudioSpec& spec,
-              Timeline::Output output);
+     *  @throw Failure (FilterFailed), here and below; and whatever `output` throws */
+    FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
+              const AudioSpec& spec, Timeline::Output output);
 
     /** How late the filter's output is, in frames. */
     int64_t delayFrames() const { return mDelayFrames; }
@@ -26,8 +27,8 @@ class FilterRun {
     /** Hand in the next frame; all have one length. */
     void push(FramePtr frame);
 
-    /** The audio ends after `frames` frames: what comes out is cut there. Called before the frames of silence that
-     *  drive the rest out. */
+    /** The audio ends after `frames` frames: what comes out is cut there. Called before the frames of silence
+     * that drive the rest out. */
     void setEnd(int64_t frames) { mTimeline.setEnd(frames); }
 
     /** Wait for everything pushed to come out. */

@@ -4,8 +4,9 @@
 
 namespace sonivex_tool {
 
-/** Turns frames of any kind into frames of one kind, through libswresample. Frames that are of that kind already
- *  pass untouched. The input may change at any frame; what the resampler still holds comes out before. */
+/** Turns frames of any kind into frames of one kind, through libswresample. Frames that are of that kind
+ * already pass untouched. The input may change at any frame; what the resampler still holds comes out before.
+ */
 class FormatConverter {
   public:
     explicit FormatConverter(const AudioSpec& target) : mTarget(target) {}

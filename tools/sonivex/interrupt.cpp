@@ -1,5 +1,6 @@
 #include "interrupt.h"
 
+#include <atomic>
 #include <csignal>
 
 #include "failure.h"
@@ -7,7 +8,9 @@
 namespace sonivex_tool {
 namespace {
 
-volatile std::sig_atomic_t gPendingSignal = 0;
+// A signal may reach any thread of the program, a decoder's too, so it is not only the handler's business.
+std::atomic<int> gPendingSignal = 0;
+static_assert(std::atomic<int>::is_always_lock_free, "else a signal handler must not touch it");
 
 }  // namespace
 
@@ -24,12 +27,15 @@ void installSignalHandlers() {
     for (const int signal : {SIGXFSZ, SIGPIPE}) sigaction(signal, &ignore, nullptr);
 }
 
-int pendingSignal() { return gPendingSignal; }
+int pendingSignal() {
+    return gPendingSignal;
+}
 
 void throwIfInterrupted() {
     const int signal = pendingSignal();
     if (signal == 0) return;
-    throw Failure(signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated, "interrupted, nothing is kept");
+    throw Failure(signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated,
+                  "interrupted, nothing is kept");
 }
 
 }  // namespace sonivex_tool

@@ -7,8 +7,8 @@ namespace sonivex_tool {
 std::optional<int64_t> constantDelayFrames(int blockFrames, int callFrames) {
     const int64_t block = blockFrames;
     const int64_t call = callFrames;
-    // `queued` depends on the total modulo the block, so it repeats after this many calls; twice that sees every
-    // state with the full lead.
+    // `queued` depends on the total modulo the block, so it repeats after this many calls; twice that sees
+    // every state with the full lead.
     const int64_t calls = 2 * block / std::gcd(block, call) + 2;
     int64_t queued = 0;
     int64_t ready = 0;

@@ -38,14 +38,18 @@ int ituPosition(AVChannel channel, int channels) {
 
 }  // namespace
 
-void LoudnessMeter::Closer::operator()(ebur128_state* state) const { ebur128_destroy(&state); }
+void LoudnessMeter::Closer::operator()(ebur128_state* state) const {
+    ebur128_destroy(&state);
+}
 
 LoudnessMeter::LoudnessMeter(const AudioSpec& spec) : mToDouble(doubleSpec(spec)) {
     const int channels = spec.channels();
-    mState.reset(allocated(ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(spec.rateHz),
-                                        EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK)));
+    mState.reset(
+        allocated(ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(spec.rateHz),
+                               EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK)));
     for (int c = 0; c < channels; ++c) {
-        const AVChannel channel = av_channel_layout_channel_from_index(&spec.layout, static_cast<unsigned>(c));
+        const AVChannel channel =
+            av_channel_layout_channel_from_index(&spec.layout, static_cast<unsigned>(c));
         ebur128_set_channel(mState.get(), static_cast<unsigned>(c), ituPosition(channel, channels));
     }
 }
@@ -71,7 +75,8 @@ Loudness LoudnessMeter::result() const {
     double peak = 0.0;
     for (unsigned c = 0; c < mState->channels; ++c) {
         double ofChannel = 0.0;
-        if (ebur128_sample_peak(mState.get(), c, &ofChannel) == EBUR128_SUCCESS) peak = std::max(peak, ofChannel);
+        if (ebur128_sample_peak(mState.get(), c, &ofChannel) == EBUR128_SUCCESS)
+            peak = std::max(peak, ofChannel);
     }
     if (peak > 0.0 && std::isfinite(peak)) loudness.samplePeakDbfs = 20.0 * std::log10(peak);
     return loudness;

@@ -11,7 +11,9 @@ namespace {
 
 using sonivex_tool::ExitCode;
 
-int exitWith(ExitCode code) { return static_cast<int>(code); }
+int exitWith(ExitCode code) {
+    return static_cast<int>(code);
+}
 
 int parseAndRun(int argc, char** argv) {
     CLI::App program("Audio post-processing for media players, from the command line", "sonivex");

@@ -10,8 +10,8 @@ namespace sonivex_tool {
 namespace {
 
 constexpr std::array<std::string_view, 10> kAboutTheFile = {
-    "encoder",  "major_brand", "minor_version", "compatible_brands", "handler_name",     "vendor_id",
-    "iTunSMPB", "duration", "bps", "itunnorm"};
+    "encoder",  "major_brand", "minor_version", "compatible_brands", "handler_name", "vendor_id",
+    "iTunSMPB", "duration",    "bps",           "itunnorm"};
 
 // Loudness figures, and statistics that one muxer writes.
 constexpr std::array<std::string_view, 4> kPrefixesAboutTheFile = {"replaygain_", "r128_", "_statistics_",

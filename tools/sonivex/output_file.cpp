@@ -79,7 +79,9 @@ OutputFile::OutputFile(const std::string& path, bool replace)
     }
 }
 
-OutputFile::~OutputFile() { close(); }
+OutputFile::~OutputFile() {
+    close();
+}
 
 void OutputFile::createTemporary() {
     const std::filesystem::path destination(mDestination);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "failure.h"
+#include "vorlin/filter_prototype.h"
 
 namespace sonivex_tool {
 namespace {
@@ -44,6 +45,9 @@ std::shared_ptr<Vorlin::Plugin> loadPlugin(const std::string& path) {
     std::string why;
     auto plugin = Vorlin::Plugin::load(chosen, why);
     if (plugin == nullptr) throw Failure(ExitCode::PluginNotFound, "the plug-in cannot be loaded: " + why);
+    if (!Vorlin::filterPrototype::isRegistered(kFilterName)) {
+        throw Failure(ExitCode::PluginNotFound, chosen + ": holds no filter of the name " + kFilterName);
+    }
     return plugin;
 }
 

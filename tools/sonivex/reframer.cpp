@@ -7,7 +7,9 @@ namespace {
 
 constexpr int kInitialFrames = 8192;
 
-void** planes(const AVFrame& frame) { return reinterpret_cast<void**>(frame.extended_data); }
+void** planes(const AVFrame& frame) {
+    return reinterpret_cast<void**>(frame.extended_data);
+}
 
 }  // namespace
 
@@ -26,7 +28,9 @@ void Reframer::appendSilence(int frames) {
     append(*silence);
 }
 
-int Reframer::size() const { return av_audio_fifo_size(mFifo.get()); }
+int Reframer::size() const {
+    return av_audio_fifo_size(mFifo.get());
+}
 
 FramePtr Reframer::take(int frames) {
     FramePtr frame = makeFrame(mSpec, frames);

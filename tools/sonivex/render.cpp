@@ -31,7 +31,8 @@ void checkSettings(const RenderSettings& settings, const Vorlin::Plugin& plugin)
     if (!constantDelayFrames(effect.blockFrames, settings.callFrames)) {
         throw Failure(ExitCode::Usage, "--frame-size " + std::to_string(settings.callFrames) +
                                            " would tear holes into the output: " + effect.title +
-                                           " works in blocks of " + std::to_string(effect.blockFrames) + " frames");
+                                           " works in blocks of " + std::to_string(effect.blockFrames) +
+                                           " frames");
     }
     OutputFile::check(settings.output, settings.replaceOutput);
 }
@@ -101,7 +102,8 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
         report.notes.push_back(line);
         console.note(line);
     };
-    const EncoderPlan plan = planEncoder(settings.output, filteredSpec(input, effect), source.info().bitsPerSample);
+    const EncoderPlan plan =
+        planEncoder(settings.output, filteredSpec(input, effect), source.info().bitsPerSample);
     for (const std::string& line : plan.notes) note(line);
 
     const auto started = std::chrono::steady_clock::now();
@@ -130,9 +132,9 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     file.commit();
     console.clearBar();
 
-    report.elapsedSeconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-    report.input = {settings.input, source.info().container, source.info().codec, input, inputFrames, meter.result()};
+    report.elapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    report.input = {settings.input, source.info().container, source.info().codec, input,
+                    inputFrames,    meter.result()};
     report.output = {settings.output, plan.muxer->name,     avcodec_get_name(plan.codec->id),
                      plan.spec,       destination.frames(), destination.loudness()};
     report.effect = effect.name;
@@ -146,10 +148,12 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
         note(settings.input + ": damaged, " + std::to_string(report.decodeErrors) + " decoding errors");
     }
     if (report.dropped > 0) {
-        note("the filter gave up " + std::to_string(report.dropped) + " frames; silence stands in their place");
+        note("the filter gave up " + std::to_string(report.dropped) +
+             " frames; silence stands in their place");
     }
     if (report.bypassed > 0 && report.bypassed < report.pushed) {
-        note("the filter took too long and let " + std::to_string(report.bypassed) + " frames pass untouched");
+        note("the filter took too long and let " + std::to_string(report.bypassed) +
+             " frames pass untouched");
     }
     return report;
 }

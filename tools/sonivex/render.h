@@ -11,8 +11,8 @@
 
 namespace sonivex_tool {
 
-/** Frames per call that `render` uses unless told otherwise: every effect has a constant delay with it, and the
- *  normalizer and dialogue enhancement none beyond their own. */
+/** Frames per call that `render` uses unless told otherwise: every effect has a constant delay with it, and
+ * the normalizer and dialogue enhancement none beyond their own. */
 constexpr int kDefaultCallFrames = 1024;
 /** Eight channels of two such calls and a block still fit an effect's ring of 81919 samples. */
 constexpr int kLongestCallFrames = 4096;
@@ -33,6 +33,7 @@ struct RenderSettings {
 
 /** Render a file through the filter of `plugin` into another.
  *  @throw Failure, std::bad_alloc; nothing is left behind then. */
-RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin, Console& console);
+RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
+                    Console& console);
 
 }  // namespace sonivex_tool

@@ -14,7 +14,8 @@ namespace sonivex_tool {
 namespace {
 
 constexpr char kFooter[] =
-    "OUT's extension chooses its format; without one it is WAV, with samples like IN's own. Sample rate, length and\n"
+    "OUT's extension chooses its format; without one it is WAV, with samples like IN's own. Sample rate, "
+    "length and\n"
     "tags are kept, and OUT is aligned with IN to the sample. OUT appears only when it is whole.\n"
     "\n"
     "Exit codes:\n"
@@ -42,7 +43,8 @@ CLI::Validator finiteFrom(double lowest) {
     return CLI::Validator(
         [lowest, range](const std::string& text) {
             double number = 0.0;
-            const bool isGood = CLI::detail::lexical_cast(text, number) && std::isfinite(number) && number >= lowest;
+            const bool isGood =
+                CLI::detail::lexical_cast(text, number) && std::isfinite(number) && number >= lowest;
             return isGood ? std::string() : range;
         },
         "", "finite");
@@ -56,57 +58,79 @@ std::vector<std::string> effectNames() {
 
 void addOptions(CLI::App& command, Choices& choices) {
     RenderSettings& settings = choices.settings;
-    command.add_option("IN", settings.input, "The file to read; any format that libavformat knows")->required();
-    command.add_option("OUT", settings.output, "The file to write")->required();
+    command.add_option("IN", settings.input, "The file to read; any format that libavformat knows")
+        ->option_text(" ")
+        ->required();
+    command.add_option("OUT", settings.output, "The file to write")->option_text(" ")->required();
 
     const std::string effects = "Effect";
-    command.add_option("--effect", choices.effect, "What to do with the sound")
+    command.add_option("--effect", choices.effect, "normalizer (default), surround or dialogue")
+        ->option_text("NAME")
         ->check(CLI::IsMember(effectNames()))
-        ->capture_default_str()
         ->group(effects);
     command.add_option("--voice", settings.options.voice, "dialogue: level of the voice, 1 and up")
+        ->option_text("NUMBER")
         ->check(finiteFrom(1.0))
         ->group(effects);
-    command.add_option("--type", settings.options.surroundType, "surround: flavour")
+    command.add_option("--type", settings.options.surroundType, "surround: 3DSurround or MegaBass")
+        ->option_text("NAME")
         ->check(CLI::IsMember({"3DSurround", "MegaBass"}))
         ->group(effects);
-    command.add_option("--mode", settings.options.surroundMode, "surround: mode of MegaBass")
+    command.add_option("--mode", settings.options.surroundMode, "surround: mode of MegaBass, 1 to 3")
+        ->option_text("NUMBER")
         ->check(CLI::Range(1, 3))
         ->group(effects);
     command.add_flag("--no-limiter", settings.options.noLimiter, "surround: clip instead of limiting")
         ->group(effects);
-    command.add_option("--fps", settings.videoFps, "Frame rate of the video beside the sound: the filter stands "
-                                                   "aside when it is too high, or the work too slow for it")
+    command
+        .add_option("--fps", settings.videoFps,
+                    "Frame rate of the video beside the sound: the filter stands\n"
+                    "aside when it is too high, or the work too slow for it")
+        ->option_text("NUMBER")
         ->check(finiteFrom(0.0))
         ->group(effects);
     command.add_option("--speed", settings.playbackSpeed, "Playback speed to tell the filter, 1 = normal")
+        ->option_text("NUMBER")
         ->check(finiteFrom(0.0))
         ->group(effects);
 
     const std::string way = "Input and filter";
-    command.add_option("--stream", settings.streamNumber, "Which of IN's audio streams, from 0")
+    command
+        .add_option("--stream", settings.streamNumber,
+                    "Which of IN's audio streams; the first is 0 (default)")
+        ->option_text("N")
         ->check(CLI::Range(0, 9999))
-        ->capture_default_str()
         ->group(way);
-    command.add_option("--plugin", choices.plugin, "The filter's library; else libSonivexFilter.so beside this "
-                                                   "program, in ../lib from it, or on the system's library path")
+    command
+        .add_option("--plugin", choices.plugin,
+                    "The filter's library; else libSonivexFilter.so beside this\n"
+                    "program, in ../lib from it, or on the library path")
+        ->option_text("FILE")
         ->group(way);
-    command.add_option("--frame-size", settings.callFrames, "Samples per channel in each call of the filter")
+    command
+        .add_option("--frame-size", settings.callFrames,
+                    "Samples per channel in each call of the filter, 1 to 4096\n"
+                    "(default 1024)")
+        ->option_text("N")
         ->check(CLI::Range(1, kLongestCallFrames))
-        ->capture_default_str()
         ->group(way);
-    command.add_flag("--raw-latency", settings.keepDelay, "Keep the filter's start-up delay; OUT is longer by it")
+    command
+        .add_flag("--raw-latency", settings.keepDelay,
+                  "Keep the filter's start-up delay; OUT is longer by it")
         ->group(way);
-    command.add_flag("--threaded", settings.threaded, "Let the filter work on its own thread, as in a player: "
-                                                      "slower, the same result")
+    command
+        .add_flag("--threaded", settings.threaded,
+                  "Let the filter work on its own thread, as in a player:\n"
+                  "slower, the same result")
         ->group(way);
 
     const std::string output = "Output and messages";
     command.add_flag("--force,-f", settings.replaceOutput, "Replace OUT if it exists")->group(output);
     command.add_flag("--json", choices.json, "Print the summary as one JSON object")->group(output);
-    command.add_flag("--quiet,-q", choices.quiet, "Say nothing but errors (--json still prints)")->group(output);
-    command.add_flag("--verbose,-v", choices.verbose, "Show the logs of the filter and of the FFmpeg libraries")
-        ->excludes("--quiet")
+    command.add_flag("--quiet,-q", choices.quiet, "Say nothing but errors (--json still prints)")
+        ->group(output);
+    command
+        .add_flag("--verbose,-v", choices.verbose, "Show the logs of the filter and of the FFmpeg libraries")
         ->group(output);
 }
 
@@ -115,7 +139,8 @@ void run(Choices& choices) {
     installSignalHandlers();
     av_log_set_level(choices.verbose ? AV_LOG_WARNING : AV_LOG_QUIET);
     if (choices.verbose) Vorlin::setLogLevel(Vorlin::LOG_DEBUG);
-    ResultStream result(choices.quiet ? ResultStream::Prints::Nowhere : ResultStream::Prints::ToStandardError);
+    ResultStream result(choices.quiet ? ResultStream::Prints::Nowhere
+                                      : ResultStream::Prints::ToStandardError);
     Console console(choices.quiet);
     try {
         const auto plugin = loadPlugin(choices.plugin);
@@ -135,7 +160,8 @@ void run(Choices& choices) {
 
 std::function<void()> addRenderCommand(CLI::App& program) {
     auto choices = std::make_shared<Choices>();
-    CLI::App* command = program.add_subcommand("render", "Run a file's audio through the filter into another file");
+    CLI::App* command =
+        program.add_subcommand("render", "Run a file's audio through the filter into another file");
     command->footer(kFooter);
     addOptions(*command, *choices);
     return [choices] { run(*choices); };

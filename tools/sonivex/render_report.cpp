@@ -48,7 +48,9 @@ std::string changeText(const std::optional<double>& before, const std::optional<
     return change;
 }
 
-Json orNull(const std::optional<double>& value) { return value ? Json(*value) : Json(nullptr); }
+Json orNull(const std::optional<double>& value) {
+    return value ? Json(*value) : Json(nullptr);
+}
 
 Json fileJson(const FileReport& file) {
     return {
@@ -71,25 +73,28 @@ double RenderReport::lengthSeconds() const {
     return static_cast<double>(output.frames) / static_cast<double>(output.spec.rateHz);
 }
 
-double RenderReport::timesRealTime() const { return elapsedSeconds > 0.0 ? lengthSeconds() / elapsedSeconds : 0.0; }
+double RenderReport::timesRealTime() const {
+    return elapsedSeconds > 0.0 ? lengthSeconds() / elapsedSeconds : 0.0;
+}
 
 std::string asText(const RenderReport& report) {
     std::string text;
     text += line("Input", fileText(report.input));
     text += line("Output", fileText(report.output));
     text += line("Effect", report.effect);
-    text += line("Length", fixed(report.lengthSeconds(), 3) + " s, rendered " + fixed(report.timesRealTime(), 0) +
-                               " times faster than real time");
-    text += line("Loudness", changeText(report.input.loudness.integratedLufs, report.output.loudness.integratedLufs,
-                                        "LUFS", "none to measure"));
+    text += line("Length", fixed(report.lengthSeconds(), 3) + " s, rendered " +
+                               fixed(report.timesRealTime(), 0) + " times faster than real time");
+    text += line("Loudness", changeText(report.input.loudness.integratedLufs,
+                                        report.output.loudness.integratedLufs, "LUFS", "none to measure"));
     text += line("Sample peak", changeText(report.input.loudness.samplePeakDbfs,
                                            report.output.loudness.samplePeakDbfs, "dBFS", "silence"));
     if (report.delayFrames > 0) {
         text += line("Delay", std::to_string(report.delayFrames) + " frames, " +
                                   (report.delayIsRemoved ? "removed" : "kept"));
     }
-    text += line("Frames", std::to_string(report.pushed) + " through the filter, " + std::to_string(report.dropped) +
-                               " dropped, " + std::to_string(report.bypassed) + " bypassed");
+    text += line("Frames", std::to_string(report.pushed) + " through the filter, " +
+                               std::to_string(report.dropped) + " dropped, " +
+                               std::to_string(report.bypassed) + " bypassed");
     if (report.decodeErrors > 0) text += line("Decoding", std::to_string(report.decodeErrors) + " errors");
     return text;
 }

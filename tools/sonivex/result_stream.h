@@ -6,8 +6,9 @@ namespace sonivex_tool {
 
 /** Where a command writes its result: standard output as the program was given it.
  *
- *  Effects print to standard output on their own account. From construction on, whatever is written to descriptor 1
- *  goes to standard error, or nowhere, so that the result stands alone. One object per program. */
+ *  Effects print to standard output on their own account. From construction on, whatever is written to
+ * descriptor 1 goes to standard error, or nowhere, so that the result stands alone. One object per program.
+ */
 class ResultStream {
   public:
     enum class Prints { ToStandardError, Nowhere };

@@ -36,7 +36,7 @@ void Timeline::accept(FramePtr frame) {
 }
 
 void Timeline::finish() {
-    if (mSpec.rateHz > 0) fillUntil(mEnd);
+    if (mEnd != kOpenEnd && mSpec.rateHz > 0) fillUntil(mEnd);
 }
 
 }  // namespace sonivex_tool

@@ -33,8 +33,7 @@ class VORLIN_API filterPrototype {
     /** Leaves the registry if this object was in it. */
     virtual ~filterPrototype();
 
-    /** Enter a prototype, which must also be an IAudioFilter, and stays owned by the caller. The second time
-     *  it is ignored. */
+    /** Enter a prototype, which must also be an IAudioFilter, and stays owned by the caller. */
     static void addPrototype(filterPrototype* prototype);
 
     /** Clone the newest prototype that supports `name`. @return null when there is none. */

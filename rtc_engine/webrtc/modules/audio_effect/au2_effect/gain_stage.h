@@ -16,7 +16,8 @@
  *  @param mixer         set up by mixinit; gainDb and the limiters carry over from block to block.
  *  @param input         [sample_count] interleaved; its peak is taken over all channels.
  *  @param sample_count  below 1: counts as silence, nothing is written.
- *  @param output        [sample_count]; keeps what it held if the mixer has no memory. Must not overlap input.
+ *  @param output        [sample_count]; keeps what it held if the mixer has no memory. Must not overlap
+ *                       input.
  *  @param start_gain_db the gain before the first block; not used after that.
  *  @return the gain in dB after this block, 0..start_gain_db. */
 float ddagcproc_dB(MixerState* mixer, const std::int16_t* input, int sample_count, std::int16_t* output,

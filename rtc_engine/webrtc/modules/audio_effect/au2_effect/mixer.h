@@ -16,10 +16,10 @@ inline constexpr int kMaxMixerChannels = 8;
 extern const char VerString[];
 
 struct MixerState {
-    float gainDb;                                   // current gain of the gain stage (gain_stage.h)
-    std::int32_t gainInitialised;                   // 0 until the gain stage has set gainDb to its start value
-    PeakLimiterState limiters[kMaxMixerChannels];   // one for each channel
-    std::int32_t channelCount;                      // interleaved channels that are limited separately; 0: not set up
+    float gainDb;                                  // current gain of the gain stage (gain_stage.h)
+    std::int32_t gainInitialised;                  // 0 until the gain stage has set gainDb to its start value
+    PeakLimiterState limiters[kMaxMixerChannels];  // one for each channel
+    std::int32_t channelCount;  // interleaved channels that are limited separately; 0: not set up
 };
 
 /** Print the version line to standard output and allocate a mixer, zeroed.
@@ -37,10 +37,11 @@ void mixinit(MixerState* mixer, int channel_count, int per_sample_detect, float 
  *  @param inputs       [input_count][sample_count] interleaved.
  *  @param gains        [input_count], or null for 1.
  *  @param gains_in_db  not 0: gains are decibels, else factors.
- *  @param sample_count of all channels together; samples after the last whole frame are mixed but not limited.
+ *  @param sample_count of all channels together; samples after the last whole frame are mixed but not
+ *                     limited.
  *  @param output       [sample_count]; untouched unless the result is 0 or 1. Must not overlap an input.
- *  @return 1 if a limiter saw a level above its ceiling, 0 if none or sample_count is below 1; -1 when there is no
- *          memory for the sum, -2 when there is none for the channels or the mixer is not set up.
+ *  @return 1 if a limiter saw a level above its ceiling, 0 if none or sample_count is below 1; -1 when there
+ *          is no memory for the sum, -2 when there is none for the channels or the mixer is not set up.
  *  Allocates its working blocks in every call and frees them: not strictly real-time safe. */
 int mixproc(MixerState* mixer, const std::int16_t* const* inputs, const float* gains, int gains_in_db,
             int input_count, int sample_count, std::int16_t* output);

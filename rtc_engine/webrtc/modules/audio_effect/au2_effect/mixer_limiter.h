@@ -10,18 +10,18 @@
 #include "peak_limiter.h"
 
 struct PeakLimiterState {
-    float unityGain;                               // target gain while not limiting
-    float gain;                                    // applied gain
-    float smoothedGain;                            // smoothed target gain
-    float delay[sonivex::kLimiterDelayEntries];    // look-ahead delay line, round under indexMask
-    float maxTree[sonivex::kLimiterTreeEntries];   // sliding maximum of the levels
-    std::int32_t writeIndex;                       // place of the current sample in the window
-    std::int32_t limiting;                         // 1 while engaged
-    std::int32_t treeLevels;                       // levels of the tree below its root
-    std::int32_t leafCount;                        // window length
-    std::int32_t indexMask;                        // leafCount - 1
-    float threshold;                               // ceiling, int16 units
-    std::int32_t perSampleDetect;                  // not 0: detect per sample, output delayed by the window
+    float unityGain;                              // target gain while not limiting
+    float gain;                                   // applied gain
+    float smoothedGain;                           // smoothed target gain
+    float delay[sonivex::kLimiterDelayEntries];   // look-ahead delay line, round under indexMask
+    float maxTree[sonivex::kLimiterTreeEntries];  // sliding maximum of the levels
+    std::int32_t writeIndex;                      // place of the current sample in the window
+    std::int32_t limiting;                        // 1 while engaged
+    std::int32_t treeLevels;                      // levels of the tree below its root
+    std::int32_t leafCount;                       // window length
+    std::int32_t indexMask;                       // leafCount - 1
+    float threshold;                              // ceiling, int16 units
+    std::int32_t perSampleDetect;                 // not 0: detect per sample, output delayed by the window
 };
 
 /** Unity gain, window of 64 samples, not limiting. Leaves threshold and perSampleDetect as they are. */

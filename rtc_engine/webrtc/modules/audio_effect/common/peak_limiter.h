@@ -1,5 +1,5 @@
-/* Peak limiter for one sequence of floats in int16 units: the law that the output limiter and the mixer's limiters
- * share. Each keeps a record of its own; the kernel works on references to its fields.
+/* Peak limiter for one sequence of floats in int16 units: the law that the output limiter and the mixer's
+ * limiters share. Each keeps a record of its own; the kernel works on references to its fields.
  *
  *   level[i]    = largest magnitude of the call        (detects_per_sample: |in[i]|)
  *   engage      when level > threshold, with an empty window
@@ -7,11 +7,12 @@
  *   target[i]   = threshold / peak while engaged, else the idle gain
  *   smoothed[i] = smoothed[i-1] * 0.8999 + target[i] * 0.0999
  *   gain[i]     = min(smoothed[i], gain[i-1] * 0.9999 + 0.0001)
- *   y[i]        = in[i] * gain[i]                      (detects_per_sample: in[i-63], so 63 samples of latency)
+ *   y[i]        = in[i] * gain[i]                      (detects_per_sample: in[i-63], 63 samples late)
  *   if |y| > threshold: gain = threshold / |in|, y = gain * in
  *
- * The smoothing factors sum to 0.9998 and not to 1: an idle limiter settles at a gain of 0.998. With the level of
- * the whole call a loud sample anywhere in it engages the limiter from the call's first sample, without latency. */
+ * The smoothing factors sum to 0.9998 and not to 1: an idle limiter settles at a gain of 0.998. With the
+ * level of the whole call a loud sample anywhere in it engages the limiter from the call's first sample,
+ * without latency. */
 #pragma once
 
 #include <bit>
@@ -43,8 +44,8 @@ struct PeakLimiterFields {
     const std::int32_t& detects_per_sample;
 };
 
-/** Unity gains, a window of 64, not limiting; clears what a window of 64 uses of delay and tree. Leaves threshold
- *  and detection as they are. */
+/** Unity gains, a window of 64, not limiting; clears what a window of 64 uses of delay and tree. Leaves
+ *  threshold and detection as they are. */
 void resetPeakLimiter(const PeakLimiterFields& fields);
 
 /** Limit `count` samples; needs a reset record.

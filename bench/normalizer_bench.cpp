@@ -1,0 +1,111 @@
+/* Cost of the normalizer per channel count, and of the output limiter alone.
+ *
+ *   ns/frame    processor time of one instant of all channels
+ *   x_realtime  the same against a stream of 48 kHz
+ *   worst_us    the slowest single call by the clock on the wall, which has to meet the deadline of its
+ * frames
+ *
+ * Standard output holds the results alone. */
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <vector>
+
+#include "au2_limiter.h"
+#include "sonivex/normalizer.h"
+#include "support/signals.h"
+
+namespace {
+
+constexpr double kRateHz = 48000;
+constexpr int kCallFrames = 1024;
+constexpr int kCalls = 64;
+
+/* The mixer prints its version when it is made: to standard error here. */
+void* createNormalizer(int channels) {
+    std::fflush(stdout);
+    const int results = dup(STDOUT_FILENO);
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    void* const handle = aem_CreateNormalizer(channels, static_cast<int>(kRateHz));
+    std::fflush(stdout);
+    dup2(results, STDOUT_FILENO);
+    close(results);
+    return handle;
+}
+
+double threadCpuSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+/* Runs `call(i)` for one call's worth of a signal that repeats after kCalls, and reports per frame. */
+template <typename Call>
+void measure(benchmark::State& state, int frames_per_call, Call call) {
+    using Clock = std::chrono::steady_clock;
+    for (int i = 0; i < kCalls; ++i) call(i);  // warm caches; past the start-up silence
+    const double cpu_s_before = threadCpuSeconds();
+    double worst_us = 0;
+    int i = 0;
+    for (auto _ : state) {
+        const auto start = Clock::now();
+        call(i);
+        const std::chrono::duration<double, std::micro> elapsed = Clock::now() - start;
+        worst_us = std::max(worst_us, elapsed.count());
+        i = (i + 1) % kCalls;
+    }
+    const double cpu_s = threadCpuSeconds() - cpu_s_before;
+    const double frames = static_cast<double>(state.iterations()) * frames_per_call;
+    state.counters["ns/frame"] = cpu_s * 1e9 / frames;
+    state.counters["x_realtime"] = frames / kRateHz / cpu_s;
+    state.counters["worst_us"] = worst_us;
+    state.counters["deadline_us"] = frames_per_call / kRateHz * 1e6;
+}
+
+/* Keeps the limiters busy: bursts at the gain of 0 dB that a loud passage leaves. */
+void Normalizer(benchmark::State& state) {
+    const int channels = static_cast<int>(state.range(0));
+    const auto call_samples = static_cast<std::size_t>(channels * kCallFrames);
+    const test::Pcm in = test::bursts(1, channels * kCallFrames * kCalls);
+    test::Pcm out(call_samples);
+    void* const handle = createNormalizer(channels);
+    measure(state, kCallFrames, [&](int i) {
+        const short* const call_in = in.data() + static_cast<std::size_t>(i) * call_samples;
+        aem_ProcessNormalizer(handle, call_in, out.data(), kCallFrames, channels);
+        benchmark::DoNotOptimize(out.data());
+        benchmark::ClobberMemory();
+    });
+    aem_ReleaseNormalizer(handle);
+}
+BENCHMARK(Normalizer)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Arg(8);
+
+/* Stereo blocks as surround sends them. Scale 1 stays mostly below the ceiling, 3 keeps the limiter engaged.
+ */
+void OutputLimiter(benchmark::State& state) {
+    constexpr int kFrames = 240;
+    constexpr int kSamples = 2 * kFrames;
+    const auto scale = static_cast<float>(state.range(0));
+    std::vector<float> in;
+    for (const std::int16_t sample : test::noise(2, kSamples * kCalls, 30000)) {
+        in.push_back(static_cast<float>(sample) * scale);
+    }
+    std::vector<float> out(kSamples);
+    Au2LimiterState* limiter = nullptr;
+    au2_limiter_create(&limiter);
+    au2_limiter_reset(limiter);
+    measure(state, kFrames, [&](int i) {
+        au2_limiter_proc(limiter, in.data() + static_cast<std::size_t>(i) * kSamples, kSamples, out.data());
+        benchmark::DoNotOptimize(out.data());
+        benchmark::ClobberMemory();
+    });
+    au2_limiter_free(limiter);
+}
+BENCHMARK(OutputLimiter)->ArgName("scale")->Arg(1)->Arg(3);
+
+}  // namespace
+
+BENCHMARK_MAIN();

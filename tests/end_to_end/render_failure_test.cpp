@@ -1,0 +1,136 @@
+// Each failure has its own exit code and one line, and leaves nothing behind.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "end_to_end/media.h"
+#include "end_to_end/render_fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class RenderFailure : public test::RenderTest {
+  protected:
+    void expectFailure(const std::vector<std::string>& arguments, int exitCode, const std::string& part,
+                       const test::ProcessOptions& options = {}) {
+        const auto before = folder.names();
+        std::vector<std::string> all = arguments;
+        all.emplace_back("--quiet");
+        const auto result = run(all, options);
+        EXPECT_EQ(result.exitCode, exitCode) << result.err;
+        EXPECT_EQ(result.out, "");
+        EXPECT_THAT(result.err, StartsWith("sonivex: "));
+        EXPECT_THAT(result.err, HasSubstr(part));
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+        EXPECT_EQ(folder.names(), before);
+    }
+};
+
+TEST_F(RenderFailure, WrongUsage) {
+    const std::string in = file("in.wav");
+    const std::string out = file("out.wav");
+    expectFailure({}, 2, "IN");
+    expectFailure({in}, 2, "OUT");
+    expectFailure({in, out, "--no-such-option"}, 2, "--no-such-option");
+    expectFailure({in, out, "--effect", "reverb"}, 2, "reverb");
+    for (const char* number : {"nan", "inf", "-1", "many", "1e999", ""}) {
+        expectFailure({in, out, "--fps", number}, 2, "--fps");
+        expectFailure({in, out, "--speed", number}, 2, "--speed");
+    }
+    expectFailure({in, out, "--voice", "0.5"}, 2, "--voice");
+    expectFailure({in, out, "--mode", "4"}, 2, "--mode");
+    expectFailure({in, out, "--type", "Loud"}, 2, "--type");
+    expectFailure({in, out, "--frame-size", "0"}, 2, "--frame-size");
+    expectFailure({in, out, "--frame-size", "100000"}, 2, "--frame-size");
+    expectFailure({in, out, "--stream", "-1"}, 2, "--stream");
+}
+
+TEST_F(RenderFailure, InputNotReadable) {
+    expectFailure({file("none.wav"), file("out.wav")}, 3, "none.wav: No such file");
+    expectFailure({folder.path(), file("out.wav")}, 3, "is a folder");
+    test::writeFile(file("text.wav"), "This is no sound at all.\n");
+    expectFailure({file("text.wav"), file("out.wav")}, 3, "text.wav");
+    test::writeFile(file("empty.wav"), "");
+    expectFailure({file("empty.wav"), file("out.wav")}, 3, "empty.wav");
+}
+
+TEST_F(RenderFailure, NoAudio) {
+    test::ffmpeg({"-f", "lavfi", "-i", "testsrc=duration=1:size=64x64", "-c:v", "mpeg4", file("video.mkv")});
+    expectFailure({file("video.mkv"), file("out.wav")}, 4, "no audio stream");
+    test::makeQuietSpeech(file("in.wav"), 1);
+    expectFailure({file("in.wav"), file("out.wav"), "--stream", "1"}, 4, "no audio stream 1, only 0");
+    test::ffmpeg({"-i", file("in.wav"), "-af", "atrim=end_sample=0", file("nothing.wav")});
+    expectFailure({file("nothing.wav"), file("out.wav")}, 4, "nothing.wav");
+}
+
+TEST_F(RenderFailure, AudioThatTheEffectPassesOnUntouched) {
+    test::makeQuietSpeech(file("three.wav"), 3);
+    expectFailure({file("three.wav"), file("out.wav")}, 5, "1, 2, 6 or 8 channels, not 3");
+    test::makeQuietSpeech(file("rate.wav"), 2, {"-ar", "22050"});
+    expectFailure({file("rate.wav"), file("out.wav")}, 5, "16000, 44100 or 48000 Hz, not 22050");
+}
+
+TEST_F(RenderFailure, OutputExists) {
+    test::makeQuietSpeech(file("in.wav"), 1);
+    test::writeFile(file("out.wav"), "precious");
+    expectFailure({file("in.wav"), file("out.wav")}, 6, "--force");
+    EXPECT_EQ(test::readFile(file("out.wav")), "precious");
+    expectFailure({file("in.wav"), "/dev/null", "--force"}, 6, "not a regular file");
+    expectFailure({file("in.wav"), folder.path(), "--force"}, 6, "is a folder");
+    EXPECT_EQ(run({file("in.wav"), file("out.wav"), "--force"}).exitCode, 0);
+    EXPECT_NE(test::readFile(file("out.wav")), "precious");
+}
+
+TEST_F(RenderFailure, OutputNotWritable) {
+    test::makeQuietSpeech(file("in.wav"), 1);
+    expectFailure({file("in.wav"), file("no/out.wav")}, 7, "no/out.wav: cannot be written: No such file");
+}
+
+TEST_F(RenderFailure, NoSpace) {
+    test::makeQuietSpeech(file("in.wav"), 2);
+    test::ProcessOptions options;
+    options.fileSizeLimitBytes = 64 * 1024;
+    for (const char* name : {"out.wav", "out.flac", "out.aiff"}) {
+        expectFailure({file("in.wav"), file(name)}, 8, "cannot be written: File too large", options);
+    }
+}
+
+TEST_F(RenderFailure, AFailedReplacementLeavesTheOldFile) {
+    test::makeQuietSpeech(file("in.wav"), 2);
+    test::writeFile(file("out.wav"), "precious");
+    test::ProcessOptions options;
+    options.fileSizeLimitBytes = 64 * 1024;
+    expectFailure({file("in.wav"), file("out.wav"), "--force"}, 8, "out.wav", options);
+    EXPECT_EQ(test::readFile(file("out.wav")), "precious");
+}
+
+TEST_F(RenderFailure, OutputFormat) {
+    test::makeQuietSpeech(file("in.wav"), 6);
+    expectFailure({file("in.wav"), file("out.xyz")}, 9, ".xyz");
+    expectFailure({file("in.wav"), file("out.png")}, 9, ".png");
+    expectFailure({file("in.wav"), file("out.mp3")}, 9, "mp3 cannot hold 6 channels");
+}
+
+TEST_F(RenderFailure, PluginNotFound) {
+    test::makeQuietSpeech(file("in.wav"), 1);
+    expectFailure({file("in.wav"), file("out.wav"), "--plugin", file("none.so")}, 10, "none.so");
+    expectFailure({file("in.wav"), file("out.wav"), "--plugin", SONIVEX_HOST_LIBRARY}, 10,
+                  "no filter of the name");
+}
+
+TEST_F(RenderFailure, AnEffectThatThePluginLacksIsNamed) {
+    test::makeQuietSpeech(file("in.wav"), 2);
+    for (const char* effect : {"surround", "dialogue"}) {
+        const auto result = run({file("in.wav"), file("out.wav"), "--effect", effect, "--quiet"});
+        if (result.exitCode == 0) continue;  // a plug-in that has it
+        EXPECT_EQ(result.exitCode, 11) << result.err;
+        EXPECT_THAT(result.err, HasSubstr("does not have"));
+        EXPECT_THAT(result.err, HasSubstr(effect));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,140 @@
+// Every kind of file that people have: what comes out decodes, and is the same recording, only louder.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "end_to_end/media.h"
+#include "end_to_end/render_fixture.h"
+
+namespace {
+
+struct Format {
+    std::string name;
+    int channels;
+    std::string input;                        ///< file name
+    std::vector<std::string> inputArguments;  ///< of ffmpeg, to make it
+    std::string output;
+    std::string outputCodec;         ///< as ffprobe calls it
+    std::string outputSampleFormat;  ///< likewise
+    int extraFrames = 0;  ///< how much longer the output may be, where its format only holds whole blocks
+};
+
+void PrintTo(const Format& format, std::ostream* stream) {
+    *stream << format.name;
+}
+
+class RenderFormat : public test::RenderTest, public testing::WithParamInterface<Format> {};
+class RenderSamples : public test::RenderTest {};
+
+TEST_P(RenderFormat, KeepsRateChannelsAndLengthAndRaisesTheLevel) {
+    const Format& format = GetParam();
+    const std::string in = file(format.input);
+    const std::string out = file(format.output);
+    test::makeQuietSpeech(in, format.channels, format.inputArguments);
+    const auto report = render({in, out});
+
+    const auto streamIn = test::probe(in)["streams"][0];
+    const auto streamOut = test::probe(out)["streams"][0];
+    EXPECT_EQ(streamOut["codec_name"], format.outputCodec);
+    EXPECT_EQ(streamOut["sample_fmt"], format.outputSampleFormat);
+    EXPECT_EQ(streamOut["sample_rate"], streamIn["sample_rate"]);
+    EXPECT_EQ(streamOut["channels"], format.channels);
+
+    const auto samplesIn = test::decode(in);
+    const auto samplesOut = test::decode(out);
+    const auto framesIn = static_cast<int64_t>(samplesIn.size()) / format.channels;
+    const auto framesOut = static_cast<int64_t>(samplesOut.size()) / format.channels;
+    EXPECT_GE(framesOut, framesIn);
+    EXPECT_LE(framesOut, framesIn + format.extraFrames);
+    EXPECT_EQ(report["input"]["frames"], framesIn);
+    EXPECT_EQ(report["output"]["frames"], framesIn);
+
+    // The speech peaks at about -30 dBFS, so that the gain stays at 20 dB throughout. Lossy encoders take
+    // some of the quietest sound away, the second one more than the first.
+    const auto energy = [](const std::vector<float>& samples) {
+        double sum = 0.0;
+        for (const float sample : samples) sum += static_cast<double>(sample) * sample;
+        return sum;
+    };
+    EXPECT_NEAR(10.0 * std::log10(energy(samplesOut) / energy(samplesIn)), 20.0, 0.5);
+    EXPECT_NEAR(
+        report["output"]["integrated_lufs"].get<double>() - report["input"]["integrated_lufs"].get<double>(),
+        20.0, 0.5);
+    EXPECT_EQ(report["frames_dropped"], 0);
+    EXPECT_EQ(report["frames_bypassed"], 0);
+    EXPECT_EQ(report["decode_errors"], 0);
+}
+
+constexpr int kAacBlock = 1024;
+constexpr int kVorbisBlock = 1024;
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, RenderFormat,
+    testing::Values(
+        Format{"Wav16", 2, "in.wav", {}, "out.wav", "pcm_s16le", "s16"},
+        Format{"Wav24", 2, "in.wav", {"-c:a", "pcm_s24le"}, "out.wav", "pcm_s24le", "s32"},
+        Format{"Wav32", 2, "in.wav", {"-c:a", "pcm_s32le"}, "out.wav", "pcm_s32le", "s32"},
+        Format{"WavFloat", 2, "in.wav", {"-c:a", "pcm_f32le"}, "out.wav", "pcm_f32le", "flt"},
+        Format{"WavDouble", 1, "in.wav", {"-c:a", "pcm_f64le"}, "out.wav", "pcm_f64le", "dbl"},
+        Format{"Wav16kHz", 1, "in.wav", {"-ar", "16000"}, "out.wav", "pcm_s16le", "s16"},
+        Format{"Wav44kHz", 2, "in.wav", {"-ar", "44100"}, "out.wav", "pcm_s16le", "s16"},
+        Format{"Wav5_1", 6, "in.wav", {}, "out.wav", "pcm_s16le", "s16"},
+        Format{"Wav7_1", 8, "in.wav", {}, "out.wav", "pcm_s16le", "s16"},
+        Format{"Flac16", 2, "in.flac", {"-sample_fmt", "s16"}, "out.flac", "flac", "s16"},
+        Format{"Flac24", 2, "in.flac", {"-sample_fmt", "s32"}, "out.flac", "flac", "s32"},
+        Format{"Flac5_1", 6, "in.flac", {"-sample_fmt", "s16"}, "out.flac", "flac", "s16"},
+        Format{"Flac7_1", 8, "in.flac", {"-sample_fmt", "s16"}, "out.flac", "flac", "s16"},
+        Format{"Mp3ToMp3", 2, "in.mp3", {"-b:a", "192k"}, "out.mp3", "mp3", "fltp"},
+        Format{"Mp3ToWav", 2, "in.mp3", {"-b:a", "192k"}, "out.wav", "pcm_f32le", "flt"},
+        Format{"AacInMp4", 2, "in.mp4", {"-b:a", "192k"}, "out.mp4", "aac", "fltp", 2 * kAacBlock},
+        Format{"Aac5_1InM4a", 6, "in.m4a", {"-b:a", "384k"}, "out.m4a", "aac", "fltp", 2 * kAacBlock},
+        Format{"AacToWav", 2, "in.mp4", {"-b:a", "192k"}, "out.wav", "pcm_f32le", "flt"},
+        Format{"OpusInMkvToFlac", 2, "in.mkv", {"-c:a", "libopus"}, "out.flac", "flac", "s32"},
+        Format{"OpusInMkvToMkv", 2, "in.mkv", {"-c:a", "libopus"}, "out.mkv", "vorbis", "fltp", kVorbisBlock},
+        Format{"OpusInMkvToOpus", 2, "in.mkv", {"-c:a", "libopus"}, "out.opus", "opus", "fltp"},
+        Format{"Opus7_1InMkv", 8, "in.mkv", {"-c:a", "libopus"}, "out.wav", "pcm_f32le", "flt"},
+        Format{"NoExtension", 2, "in.wav", {}, "out", "pcm_s16le", "s16"}),
+    [](const testing::TestParamInfo<Format>& test) { return test.param.name; });
+
+// While nothing limits, the gain of 20 dB is a factor of ten, and each of the two limiters that follow
+// settles at 0.0999 / 0.1001 of it. So every output sample is known from its input sample, but for two
+// roundings.
+TEST_F(RenderSamples, EverySampleStaysInItsPlace) {
+    const std::string in = file("in.wav");
+    test::makeQuietSpeech(in, 2);
+    render({in, file("out.wav")});
+    const auto before = test::decode(in);
+    const auto after = test::decode(file("out.wav"));
+    ASSERT_EQ(after.size(), before.size());
+    const float idleLimiter = 0.0999F / 0.1001F;
+    const float gain = 10.0F * idleLimiter * idleLimiter;
+    const float tolerance = 3.0F / 32768.0F;
+    size_t wrong = 0;
+    for (size_t i = 0; i < before.size(); ++i)
+        wrong += std::abs(after[i] - gain * before[i]) > tolerance ? 1 : 0;
+    EXPECT_EQ(wrong, 0U);
+}
+
+TEST_F(RenderSamples, EightBitSamplesStayEightBit) {
+    const std::string in = file("in.wav");
+    test::ffmpeg(
+        {"-f", "lavfi", "-i", "sine=frequency=440:duration=1:sample_rate=48000", "-c:a", "pcm_u8", in});
+    render({in, file("out.wav")});
+    const auto stream = test::probe(file("out.wav"))["streams"][0];
+    EXPECT_EQ(stream["codec_name"], "pcm_u8");
+    EXPECT_EQ(test::decode(file("out.wav")).size(), 48000U);
+}
+
+TEST_F(RenderSamples, ARateThatTheEncoderLacksIsChangedAndSaid) {
+    const std::string in = file("in.wav");
+    test::makeQuietSpeech(in, 2, {"-ar", "44100"});
+    const auto report = render({in, file("out.opus")});
+    EXPECT_EQ(report["output"]["sample_rate_hz"], 48000);
+    EXPECT_EQ(report["notes"].size(), 1U);
+    const double seconds = static_cast<double>(test::decode(in).size()) / 2 / 44100;
+    EXPECT_NEAR(report["length_seconds"].get<double>(), seconds, 0.001);
+}
+
+}  // namespace

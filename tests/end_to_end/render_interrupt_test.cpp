@@ -1,0 +1,45 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <thread>
+
+#include "end_to_end/media.h"
+#include "end_to_end/render_fixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+class RenderInterrupt : public test::RenderTest {
+  protected:
+    /** Start a render that takes many seconds, and signal it while it writes. */
+    test::ProcessResult interrupt(int signal) {
+        test::ffmpeg({"-f", "lavfi", "-i", "sine=duration=600:sample_rate=16000", file("in.wav")});
+        // The filter's own thread paces itself at a few times real time.
+        test::Process process(command({file("in.wav"), file("out.wav"), "--threaded", "--quiet"}));
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (folder.names().size() < 2 && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        EXPECT_EQ(folder.names().size(), 2U) << "no temporary file was seen";
+        EXPECT_TRUE(process.isRunning());
+        process.send(signal);
+        return process.wait(std::chrono::seconds(20));
+    }
+};
+
+TEST_F(RenderInterrupt, CtrlCLeavesNothingBehind) {
+    const auto result = interrupt(SIGINT);
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_THAT(result.err, HasSubstr("interrupted"));
+    EXPECT_THAT(folder.names(), ElementsAre("in.wav"));
+}
+
+TEST_F(RenderInterrupt, SoDoesTermination) {
+    EXPECT_EQ(interrupt(SIGTERM).exitCode, 143);
+    EXPECT_THAT(folder.names(), ElementsAre("in.wav"));
+}
+
+}  // namespace

@@ -1,0 +1,74 @@
+// What the filter delays, how its calls are cut and on which thread it works does not show in the file.
+
+#include <gtest/gtest.h>
+
+#include "end_to_end/media.h"
+#include "end_to_end/render_fixture.h"
+
+namespace {
+
+class RenderLatency : public test::RenderTest {
+  protected:
+    RenderLatency() { test::makeQuietSpeech(file("in.wav"), 2); }
+
+    std::string rendered(const std::string& name, const std::vector<std::string>& options) {
+        std::vector<std::string> arguments = {file("in.wav"), file(name)};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        report = render(arguments);
+        return test::readFile(file(name));
+    }
+
+    nlohmann::json report;
+};
+
+TEST_F(RenderLatency, EveryCallSizeGivesTheSameFile) {
+    const std::string expected = rendered("out.wav", {});
+    EXPECT_EQ(report["delay_frames"], 0);
+    const std::vector<std::pair<int, int>> delays = {{64, 448}, {256, 256}, {512, 0}, {768, 768}, {4096, 0}};
+    for (const auto& [size, delay] : delays) {
+        EXPECT_TRUE(rendered("out" + std::to_string(size) + ".wav", {"--frame-size", std::to_string(size)}) ==
+                    expected)
+            << size;
+        EXPECT_EQ(report["delay_frames"], delay) << size;
+    }
+}
+
+TEST_F(RenderLatency, TheFiltersOwnThreadGivesTheSameFile) {
+    const std::string expected = rendered("out.wav", {});
+    EXPECT_TRUE(rendered("threaded.wav", {"--threaded"}) == expected);
+    EXPECT_TRUE(rendered("threaded256.wav", {"--threaded", "--frame-size", "256"}) == expected);
+}
+
+TEST_F(RenderLatency, RawLatencyKeepsTheDelayAndNothingElseChanges) {
+    rendered("out.wav", {});
+    rendered("raw.wav", {"--raw-latency", "--frame-size", "256"});
+    EXPECT_EQ(report["delay_removed"], false);
+    const auto aligned = test::decode(file("out.wav"));
+    const auto raw = test::decode(file("raw.wav"));
+    const size_t delay = 256 * 2;
+    ASSERT_EQ(raw.size(), aligned.size() + delay);
+    EXPECT_EQ(std::vector<float>(raw.begin(), raw.begin() + delay), std::vector<float>(delay, 0.0F));
+    EXPECT_EQ(std::vector<float>(raw.begin() + delay, raw.end()), aligned);
+}
+
+TEST_F(RenderLatency, ACallSizeThatTearsHolesIsRefused) {
+    const auto result = run({file("in.wav"), file("out.wav"), "--frame-size", "300"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"in.wav"});
+}
+
+TEST_F(RenderLatency, AFilterThatStandsAsideChangesNothing) {
+    rendered("out.wav", {"--fps", "60", "--speed", "2", "--frame-size", "256"});
+    EXPECT_GT(report["frames_pushed"], 0);
+    EXPECT_EQ(report["frames_bypassed"], report["frames_pushed"]);
+    EXPECT_EQ(test::decode(file("out.wav")), test::decode(file("in.wav")));
+}
+
+TEST_F(RenderLatency, AFewSamplesAreEnough) {
+    test::ffmpeg(
+        {"-i", file("in.wav"), "-af", "atrim=start_sample=20000:end_sample=20003", file("short.wav")});
+    render({file("short.wav"), file("out.wav")});
+    EXPECT_EQ(test::decode(file("out.wav")).size(), 6U);
+}
+
+}  // namespace

@@ -1,0 +1,83 @@
+// What the program says, and where.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "end_to_end/media.h"
+#include "end_to_end/render_fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class RenderMessage : public test::RenderTest {
+  protected:
+    RenderMessage() { test::makeQuietSpeech(file("in.wav"), 2); }
+
+    test::ProcessResult say(const std::vector<std::string>& options) {
+        std::vector<std::string> arguments = {file("in.wav"), file("out.wav"), "--force"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const auto result = run(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        return result;
+    }
+};
+
+TEST_F(RenderMessage, TheSummaryStandsAloneOnStandardOutput) {
+    const auto result = say({});
+    EXPECT_THAT(result.out, StartsWith("Input"));
+    EXPECT_THAT(result.out, HasSubstr("Loudness"));
+    EXPECT_THAT(result.out, HasSubstr("0 dropped, 0 bypassed"));
+    // The mixer of the normalizer prints a line of its own.
+    EXPECT_THAT(result.out, Not(HasSubstr("Version")));
+    EXPECT_THAT(result.err, HasSubstr("Version"));
+    EXPECT_THAT(result.err, HasSubstr("in.wav -> "));
+}
+
+TEST_F(RenderMessage, JsonIsOneObjectOnOneLine) {
+    const auto result = say({"--json"});
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1);
+    const auto json = nlohmann::json::parse(result.out);
+    EXPECT_EQ(json["effect"], "normalizer");
+    EXPECT_EQ(json["input"]["channels"], 2);
+    EXPECT_LT(json["input"]["sample_peak_dbfs"], json["output"]["sample_peak_dbfs"]);
+}
+
+TEST_F(RenderMessage, QuietSaysNothingButKeepsTheJson) {
+    auto result = say({"--quiet"});
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "");
+    result = say({"--quiet", "--json"});
+    EXPECT_TRUE(nlohmann::json::parse(result.out).is_object());
+    EXPECT_EQ(result.err, "");
+}
+
+TEST_F(RenderMessage, VerboseShowsTheFiltersLog) {
+    EXPECT_THAT(say({"--verbose"}).err, HasSubstr("SonivexFilter: sonivex init"));
+    EXPECT_THAT(say({}).err, Not(HasSubstr("SonivexFilter: ")));
+}
+
+TEST_F(RenderMessage, SilenceHasNoLoudness) {
+    test::ffmpeg({"-f", "lavfi", "-i", "anullsrc=duration=1:sample_rate=48000", file("silence.wav")});
+    const auto report = render({file("silence.wav"), file("out.wav")});
+    EXPECT_TRUE(report["input"]["integrated_lufs"].is_null());
+    EXPECT_TRUE(report["output"]["sample_peak_dbfs"].is_null());
+}
+
+TEST_F(RenderMessage, HelpAndVersionGoToStandardOutput) {
+    for (const std::vector<std::string>& options :
+         {std::vector<std::string>{"--help"}, {"--version"}, {"render", "--help"}}) {
+        std::vector<std::string> all = {SONIVEX_PROGRAM};
+        all.insert(all.end(), options.begin(), options.end());
+        const auto result = test::runProcess(all);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_NE(result.out, "");
+        EXPECT_EQ(result.err, "");
+    }
+}
+
+}  // namespace

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "mixer.h"
+
+namespace test {
+
+struct FreeMixer {
+    void operator()(MixerState* mixer) const { mixfree(mixer); }
+};
+using MixerPointer = std::unique_ptr<MixerState, FreeMixer>;
+
+/** A mixer as mixcreat makes it, without the version line on the test's output. */
+inline MixerPointer createMixer(std::string* printed = nullptr) {
+    MixerState* mixer = nullptr;
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(mixcreat(&mixer), 0);
+    const std::string text = testing::internal::GetCapturedStdout();
+    if (printed != nullptr) *printed = text;
+    return MixerPointer(mixer);
+}
+
+/** A mixer as the normalizer sets it up, or with other channels or detection. */
+inline MixerPointer makeMixer(int channels = 1, int per_sample_detect = 0, float level = 1.0F) {
+    MixerPointer mixer = createMixer();
+    mixinit(mixer.get(), channels, per_sample_detect, level);
+    return mixer;
+}
+
+}  // namespace test

@@ -1,0 +1,161 @@
+/* What the normalizer does with arguments that make no sense. */
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <memory>
+
+#include "normalizer_owner.h"
+#include "support/log_capture.h"
+
+namespace {
+
+using test::makeNormalizer;
+using test::normalized;
+using test::Pcm;
+
+/* An output block with guards on both sides. */
+class GuardedBlock {
+  public:
+    explicit GuardedBlock(std::size_t samples) : memory_(samples + 2 * kGuard, kMark) {}
+    short* data() { return memory_.data() + kGuard; }
+    bool guardsAreWhole() const {
+        return std::count(memory_.begin(), memory_.begin() + kGuard, kMark) == kGuard &&
+               std::count(memory_.end() - kGuard, memory_.end(), kMark) == kGuard;
+    }
+    bool isUntouched() const {
+        return std::count(memory_.begin(), memory_.end(), kMark) ==
+               static_cast<std::ptrdiff_t>(memory_.size());
+    }
+
+  private:
+    static constexpr std::ptrdiff_t kGuard = 64;
+    static constexpr std::int16_t kMark = 0x5A5A;
+    Pcm memory_;
+};
+
+TEST(NormalizerArguments, ANullHandleIsLoggedAndRefused) {
+    const test::LogCapture log;
+    const Pcm in(8, 1);
+    GuardedBlock out(8);
+    EXPECT_EQ(aem_ProcessNormalizer(nullptr, in.data(), out.data(), 4, 2), -1);
+    EXPECT_TRUE(out.isUntouched());
+    ASSERT_EQ(log.lines().size(), 1U);
+    EXPECT_EQ(log.lines()[0], "[ZubrelAem]: (normalizer: 188) [audio]::kv normalizer handle is NULL.\n");
+}
+
+TEST(NormalizerArguments, ReleasingANullHandleIsLogged) {
+    const test::LogCapture log;
+    aem_ReleaseNormalizer(nullptr);
+    ASSERT_EQ(log.lines().size(), 1U);
+    EXPECT_EQ(log.lines()[0], "[ZubrelAem]: (normalizer: 239) [audio]::kv normalizer handle is NULL.\n");
+}
+
+TEST(NormalizerArguments, NullBuffersAreRefused) {
+    const auto handle = makeNormalizer(2);
+    const Pcm in(8, 1);
+    GuardedBlock out(8);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), nullptr, out.data(), 4, 2), -1);
+    EXPECT_TRUE(out.isUntouched());
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), in.data(), nullptr, 4, 2), -1);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), nullptr, nullptr, 0, 2), -1);
+}
+
+TEST(NormalizerArguments, NoFramesMeanThatNothingHappens) {
+    const auto handle = makeNormalizer(2);
+    const short in = 1;
+    GuardedBlock out(1);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), 0, 2), 0);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), -5, 2), -10);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), -1073741824, 2), INT_MIN);
+    EXPECT_TRUE(out.isUntouched());
+}
+
+TEST(NormalizerArguments, ChannelCountsOutOfRangeMeanThatNothingHappens) {
+    const auto handle = makeNormalizer(2);
+    const short in = 1;
+    GuardedBlock out(1);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), 512, 0), 0);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), 512, -1), -512);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), -3, -4), 12);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), 1000, 21), 21000);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), 1, INT_MAX), INT_MAX);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), 1, INT_MIN), INT_MIN);
+    EXPECT_TRUE(out.isUntouched());
+}
+
+TEST(NormalizerArguments, SampleCountsBeyondAnIntAreRefused) {
+    const auto handle = makeNormalizer(2);
+    const short in = 1;
+    GuardedBlock out(1);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), 1073741824, 2), -1);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), INT_MAX, INT_MAX), -1);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), INT_MIN, 2), -1);
+    EXPECT_EQ(aem_ProcessNormalizer(handle.get(), &in, out.data(), INT_MIN, -1), -1);
+    EXPECT_TRUE(out.isUntouched());
+}
+
+TEST(NormalizerArguments, RefusedCallsLeaveWhatIsQueuedAsItWas) {
+    const Pcm in = test::bursts(6, 2 * 20000);
+    const auto undisturbed = makeNormalizer(2);
+    const Pcm expected = normalized(undisturbed.get(), in, 2, 400);
+
+    const auto handle = makeNormalizer(2);
+    Pcm out;
+    for (std::size_t done = 0; done < in.size(); done += 800) {
+        GuardedBlock unused(1);
+        aem_ProcessNormalizer(handle.get(), in.data(), unused.data(), 0, 2);
+        aem_ProcessNormalizer(handle.get(), in.data(), unused.data(), -100, 2);
+        aem_ProcessNormalizer(handle.get(), in.data(), unused.data(), 100, 0);
+        aem_ProcessNormalizer(handle.get(), in.data(), unused.data(), 100, 21);
+        aem_ProcessNormalizer(handle.get(), in.data(), unused.data(), INT_MAX, 2);
+        EXPECT_TRUE(unused.isUntouched());
+        const auto first = in.begin() + static_cast<std::ptrdiff_t>(done);
+        const Pcm block = normalized(handle.get(), Pcm(first, first + 800), 2, 400);
+        out.insert(out.end(), block.begin(), block.end());
+    }
+    EXPECT_EQ(out, expected);
+}
+
+TEST(NormalizerArguments, NothingOutsideTheOutputIsWritten) {
+    for (const int channels : {1, 2, 3, 8, 19, 20}) {
+        const auto handle = makeNormalizer(channels);
+        for (const int frames : {1, 511, 512, 513, 4100, 100000}) {
+            const auto samples = static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames);
+            // Memory of its own and exactly as long, so that a sanitizer sees every read beyond it.
+            const auto in = std::make_unique<short[]>(samples);
+            std::fill_n(in.get(), samples, short{-3000});
+            GuardedBlock out(samples);
+            EXPECT_EQ(aem_ProcessNormalizer(handle.get(), in.get(), out.data(), frames, channels),
+                      static_cast<int>(samples));
+            EXPECT_TRUE(out.guardsAreWhole()) << channels << " channels, " << frames << " frames";
+            EXPECT_EQ(std::count(in.get(), in.get() + samples, -3000), static_cast<std::ptrdiff_t>(samples));
+        }
+    }
+}
+
+TEST(NormalizerArguments, TheChannelCountMayChangeFromCallToCall) {
+    const auto handle = makeNormalizer(2);
+    test::Random random(8);
+    for (int call = 0; call < 500; ++call) {
+        const int channels = random.between(1, 20);
+        const int frames = random.between(1, 3000);
+        const auto samples = static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames);
+        const Pcm in = test::noise(random.bits(), static_cast<int>(samples), 3000);
+        GuardedBlock out(samples);
+        ASSERT_EQ(aem_ProcessNormalizer(handle.get(), in.data(), out.data(), frames, channels),
+                  static_cast<int>(samples));
+        ASSERT_TRUE(out.guardsAreWhole());
+    }
+}
+
+TEST(NormalizerArguments, AnyChannelCountAndRateCanBeStoredAtCreation) {
+    for (const int number : {INT_MIN, -1, 0, 1, 20, 21, INT_MAX}) {
+        testing::internal::CaptureStdout();
+        const test::NormalizerPointer handle(aem_CreateNormalizer(number, number));
+        testing::internal::GetCapturedStdout();
+        ASSERT_NE(handle, nullptr);
+        EXPECT_GT(normalized(handle.get(), Pcm(512, 900), 1, 512).front(), 8000);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,143 @@
+/* The normalizer against the independent model, to the bit. */
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <ostream>
+#include <string>
+#include <tuple>
+
+#include "normalizer_owner.h"
+#include "reference/normalizer_model.h"
+#include "support/recorded_speech.h"
+
+namespace {
+
+using test::Pcm;
+using test::Random;
+
+/* Feeds both with the same calls until the input is used up; a call may bring more than a ring holds. */
+void expectSameAsModel(const Pcm& in, int channels, const std::function<int()>& next_frames) {
+    const test::NormalizerPointer handle = test::makeNormalizer(channels);
+    model::Normalizer reference(static_cast<std::size_t>(channels));
+    for (std::size_t done = 0; done < in.size();) {
+        const int frames_left = static_cast<int>(in.size() - done) / channels;
+        const int frames = std::min(next_frames(), frames_left);
+        if (frames == 0) break;
+        const auto samples = static_cast<std::size_t>(frames) * static_cast<std::size_t>(channels);
+        const auto first = in.begin() + static_cast<std::ptrdiff_t>(done);
+        const Pcm call(first, first + static_cast<std::ptrdiff_t>(samples));
+        Pcm out(samples, -1);
+        ASSERT_EQ(aem_ProcessNormalizer(handle.get(), call.data(), out.data(), frames, channels),
+                  static_cast<int>(samples));
+        const Pcm expected = reference.process(call);
+        if (out != expected) {
+            const auto bad = std::mismatch(out.begin(), out.end(), expected.begin());
+            FAIL() << "call from sample " << done << " of " << frames
+                   << " frames: first difference at its sample " << (bad.first - out.begin()) << ", "
+                   << *bad.first << " instead of " << *bad.second;
+        }
+        done += samples;
+    }
+}
+
+struct CallSizes {
+    const char* name;
+    int frames;  // the same in every call; 0: random, -1: beyond the rings
+};
+
+void PrintTo(const CallSizes& sizes, std::ostream* stream) {
+    *stream << sizes.name << " frames";
+}
+
+std::function<int()> callsOf(const CallSizes& sizes, int channels, Random& random) {
+    if (sizes.frames > 0) return [sizes] { return sizes.frames; };
+    if (sizes.frames == 0) return [&random] { return random.between(1, 3000); };
+    // Together more than both rings hold: short calls are served from what long ones left behind.
+    return [&random, channels] {
+        const int samples =
+            random.between(0, 2) == 0 ? random.between(82000, 200000) : random.between(1, 60000);
+        return samples / channels + 1;
+    };
+}
+
+class NormalizerAndModel : public testing::TestWithParam<std::tuple<int, CallSizes>> {
+  protected:
+    void expectSame(const Pcm& in) {
+        const auto& [channels, sizes] = GetParam();
+        constexpr std::uint64_t kSeed = 99;
+        SCOPED_TRACE("seed " + std::to_string(kSeed));
+        Random random(kSeed);
+        Pcm signal = in;
+        // Long enough for a dozen of the longest calls.
+        while (sizes.frames < 0 && signal.size() < 1200000) signal.insert(signal.end(), in.begin(), in.end());
+        signal.resize(signal.size() / static_cast<std::size_t>(channels) *
+                      static_cast<std::size_t>(channels));
+        expectSameAsModel(signal, channels, callsOf(sizes, channels, random));
+    }
+    static int channels() { return std::get<0>(GetParam()); }
+    static int samplesOfFrames(int frames) { return frames * channels(); }
+};
+
+TEST_P(NormalizerAndModel, GiveTheSameForSpeech) {
+    expectSame(test::recordedSpeech(channels()));
+}
+
+TEST_P(NormalizerAndModel, GiveTheSameForQuietSpeech) {
+    expectSame(test::scaled(test::recordedSpeech(channels()), 1, 17));
+}
+
+TEST_P(NormalizerAndModel, GiveTheSameForSpeechThatGrowsLouder) {
+    const Pcm speech = test::recordedSpeech(channels());
+    Pcm growing;
+    for (const int loudness : {1, 3, 8, 20, 60}) {
+        const Pcm part = test::scaled(speech, loudness, 20);
+        growing.insert(growing.end(), part.begin(), part.begin() + samplesOfFrames(12000));
+    }
+    expectSame(growing);
+}
+
+TEST_P(NormalizerAndModel, GiveTheSameForNoise) {
+    for (const int amplitude : {300, 5000, 32767})
+        expectSame(test::noise(7, samplesOfFrames(8000), amplitude));
+}
+
+TEST_P(NormalizerAndModel, GiveTheSameForBursts) {
+    expectSame(test::bursts(11, samplesOfFrames(20000)));
+}
+
+TEST_P(NormalizerAndModel, GiveTheSameForSweeps) {
+    for (const int amplitude : {3000, 32767}) expectSame(test::sweep(12000, channels(), amplitude));
+}
+
+TEST_P(NormalizerAndModel, GiveTheSameForFullScaleSquares) {
+    expectSame(test::square(samplesOfFrames(8000), 37, 32767));
+}
+
+TEST_P(NormalizerAndModel, GiveTheSameForSilence) {
+    expectSame(Pcm(static_cast<std::size_t>(samplesOfFrames(5000))));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , NormalizerAndModel,
+    testing::Combine(testing::Values(1, 2, 3, 6, 8),
+                     testing::Values(CallSizes{"1", 1}, CallSizes{"100", 100}, CallSizes{"512", 512},
+                                     CallSizes{"513", 513}, CallSizes{"1024", 1024}, CallSizes{"4096", 4096},
+                                     CallSizes{"RandomlyMany", 0}, CallSizes{"RingOverflowing", -1})),
+    [](const auto& suite) {
+        return std::to_string(std::get<0>(suite.param)) + "ChannelsCallsOf" + std::get<1>(suite.param).name +
+               "Frames";
+    });
+
+RC_GTEST_PROP(NormalizerProperties, MatchesTheModelForAnyChannelCountAndCalls, ()) {
+    const auto seed = *rc::gen::arbitrary<std::uint64_t>();
+    const int channels = *rc::gen::inRange(1, 21);
+    const int longest_call = *rc::gen::elementOf(std::vector<int>{3, 600, 2000, 9000});
+    Random random(seed);
+    const Pcm in = test::bursts(random.bits(), channels * random.between(1, 12000));
+    expectSameAsModel(in, channels, [&] { return random.between(1, longest_call); });
+    RC_ASSERT(!testing::Test::HasFailure());
+}
+
+}  // namespace

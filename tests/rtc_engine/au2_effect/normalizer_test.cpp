@@ -1,0 +1,147 @@
+#include "sonivex/normalizer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "normalizer_owner.h"
+#include "support/recorded_speech.h"
+
+namespace {
+
+using test::makeNormalizer;
+using test::normalized;
+using test::Pcm;
+
+int largestOf(const Pcm& pcm) {
+    int largest = 0;
+    for (const std::int16_t sample : pcm) largest = std::max(largest, std::abs(static_cast<int>(sample)));
+    return largest;
+}
+
+TEST(Normalizer, CreationPrintsTheMixersVersion) {
+    std::string printed;
+    makeNormalizer(2, &printed);
+    EXPECT_EQ(printed, "mix Version: 88.\n");
+}
+
+TEST(Normalizer, IsSilentUntilTheFirstBlockIsWhole) {
+    const auto handle = makeNormalizer(1);
+    const Pcm in(100, 1000);
+    for (int call = 1; call <= 5; ++call) {
+        EXPECT_EQ(normalized(handle.get(), in, 1, 100), Pcm(100, 0)) << "call " << call;
+    }
+    EXPECT_GT(normalized(handle.get(), in, 1, 100).front(), 9000);
+}
+
+TEST(Normalizer, TheDelayOfCallsThatDivideABlockIsTheRestOfTheBlock) {
+    for (int frames = 1; frames <= 512; frames *= 2) {
+        SCOPED_TRACE(frames);
+        const auto handle = makeNormalizer(2);
+        const Pcm out = normalized(handle.get(), Pcm(2 * 1024, 500), 2, frames);
+        const auto first = std::find_if(out.begin(), out.end(), [](std::int16_t s) { return s != 0; });
+        EXPECT_EQ(first - out.begin(), 2 * (512 - frames));
+    }
+}
+
+TEST(Normalizer, CallsOfWholeBlocksHaveNoDelay) {
+    const Pcm in = test::noise(5, 2 * 4096, 1000);
+    const auto handle_512 = makeNormalizer(2);
+    const Pcm out_512 = normalized(handle_512.get(), in, 2, 512);
+    EXPECT_NE(out_512.front(), 0);
+    for (const int frames : {1024, 2048, 4096}) {
+        const auto handle = makeNormalizer(2);
+        EXPECT_EQ(normalized(handle.get(), in, 2, frames), out_512) << frames;
+    }
+}
+
+TEST(Normalizer, ACallIsServedWholeOrNotAtAll) {
+    const auto handle = makeNormalizer(1);
+    const Pcm out = normalized(handle.get(), Pcm(700 * 3, 800), 1, 700);
+    // 700 in, 512 done: silent. 1400 in, 1024 done: served, 324 left. 2100 in, 2048 done: 1348 left, served.
+    EXPECT_EQ(std::count(out.begin(), out.begin() + 700, 0), 700);
+    EXPECT_EQ(std::count(out.begin() + 700, out.end(), 0), 0);
+}
+
+TEST(Normalizer, RaisesQuietMaterialByTwentyDecibels) {
+    const auto handle = makeNormalizer(2);
+    const Pcm in = test::sweep(48000, 2, 1000);
+    const Pcm out = normalized(handle.get(), in, 2, 512);
+    double energy_in = 0;
+    double energy_out = 0;
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        energy_in += in[i] * in[i];
+        energy_out += out[i] * out[i];
+    }
+    // Two idle limiters, each at 0.0999 / 0.1001 = -0.017 dB, and two truncations.
+    EXPECT_NEAR(10 * std::log10(energy_out / energy_in), 20 - 2 * 0.0174, 0.003);
+}
+
+TEST(Normalizer, RaisesQuietSpeechAndKeepsItsShape) {
+    const auto handle = makeNormalizer(1);
+    const Pcm in = test::scaled(test::recordedSpeech("Front_Center"), 1, 30);
+    const Pcm out = normalized(handle.get(), in, 1, 1024);
+    ASSERT_LT(largestOf(in) * 10, 32768);
+    for (std::size_t i = 0; i < out.size(); ++i) {
+        ASSERT_LE(std::abs(out[i]), std::abs(in[i] * 10)) << i;
+        ASSERT_GE(std::abs(out[i]), std::abs(in[i] * 10) * 0.996 - 2) << i;
+    }
+}
+
+TEST(Normalizer, FullScaleIsTurnedDownAndNeverPassesTheCeiling) {
+    for (const int channels : {1, 2, 6, 8}) {
+        for (const int half_period : {1, 7, 64, 5000}) {
+            const auto handle = makeNormalizer(channels);
+            const Pcm out =
+                normalized(handle.get(), test::square(channels * 20480, half_period, 32767), channels, 512);
+            EXPECT_LE(largestOf(out), 32440) << channels << " channels, half period " << half_period;
+            EXPECT_GT(largestOf(out), 32000);
+        }
+    }
+}
+
+TEST(Normalizer, ASuddenLoudPassageNeverPassesTheCeilingForAnyCallSize) {
+    for (const int frames : {1, 64, 512, 1000, 4096}) {
+        for (const std::uint64_t seed : {1U, 2U}) {
+            const auto handle = makeNormalizer(2);
+            const Pcm out = normalized(handle.get(), test::bursts(seed, 80000), 2, frames);
+            EXPECT_LE(largestOf(out), 32440) << "seed " << seed << ", " << frames << " frames";
+        }
+    }
+}
+
+TEST(Normalizer, SilenceInIsSilenceOut) {
+    const auto handle = makeNormalizer(6);
+    EXPECT_EQ(largestOf(normalized(handle.get(), Pcm(6 * 4096), 6, 512)), 0);
+}
+
+TEST(Normalizer, TheGainDoesNotComeBackAfterALoudPassage) {
+    const auto handle = makeNormalizer(1);
+    normalized(handle.get(), test::square(512, 16, 32767), 1, 512);
+    const Pcm quiet(48000, 1000);
+    const Pcm out = normalized(handle.get(), quiet, 1, 512);
+    EXPECT_LE(largestOf(out), 1000);
+    EXPECT_GE(out.back(), 994);
+}
+
+TEST(Normalizer, HandlesAreIndependent) {
+    const Pcm loud = test::bursts(3, 20480);
+    const Pcm quiet = test::noise(4, 20480, 800);
+    const auto alone = makeNormalizer(2);
+    const Pcm expected = normalized(alone.get(), quiet, 2, 256);
+
+    const auto first = makeNormalizer(2);
+    const auto second = makeNormalizer(2);
+    Pcm out;
+    for (std::size_t done = 0; done < quiet.size(); done += 512) {
+        const auto part = static_cast<std::ptrdiff_t>(done);
+        normalized(first.get(), Pcm(loud.begin() + part, loud.begin() + part + 512), 2, 256);
+        const Pcm block =
+            normalized(second.get(), Pcm(quiet.begin() + part, quiet.begin() + part + 512), 2, 256);
+        out.insert(out.end(), block.begin(), block.end());
+    }
+    EXPECT_EQ(out, expected);
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+/* Collects what the effects log, in place of the default writer, as long as it lives. One at a time. */
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "sonivex/log_bridge.h"
+
+namespace test {
+
+class LogCapture {
+  public:
+    LogCapture() : previous_(logWriterFun) {
+        lines().clear();
+        logWriterFun = [](const char* line, int length) {
+            lines().emplace_back(line);
+            lengths().push_back(length);
+        };
+        lengths().clear();
+    }
+    ~LogCapture() { logWriterFun = previous_; }
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    static std::vector<std::string>& lines() {
+        static std::vector<std::string> lines;
+        return lines;
+    }
+    /** What the writer was told of each line's length. */
+    static std::vector<int>& lengths() {
+        static std::vector<int> lengths;
+        return lengths;
+    }
+
+  private:
+    void (*previous_)(const char*, int);
+};
+
+}  // namespace test

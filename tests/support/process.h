@@ -1,0 +1,53 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace test {
+
+struct ProcessResult {
+    int exitCode = -1;  ///< -1 when a signal ended the process
+    int signal = 0;     ///< the signal that ended it, or 0
+    std::string out;    ///< all of its standard output
+    std::string err;    ///< all of its standard error
+};
+
+struct ProcessOptions {
+    std::optional<uint64_t> fileSizeLimitBytes;  ///< as `ulimit -f` sets it
+    std::string workingFolder;                   ///< empty: ours
+};
+
+/** A running program, without standard input. Killed if it is never waited for. */
+class Process {
+  public:
+    /** @param command the program's path (or its name, to be found in PATH) and its arguments. */
+    explicit Process(const std::vector<std::string>& command, const ProcessOptions& options = {});
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    bool isRunning();
+    void send(int signal) const;
+
+    /** Wait for its end; after `limit` it is killed, which the result shows. */
+    ProcessResult wait(std::chrono::seconds limit = std::chrono::seconds(60));
+
+  private:
+    bool reap(bool block);
+
+    pid_t mPid = -1;
+    bool mHasEnded = false;
+    int mStatus = 0;
+    int mOut = -1;  ///< files that have no name any more
+    int mErr = -1;
+};
+
+/** Run a program to its end. */
+ProcessResult runProcess(const std::vector<std::string>& command, const ProcessOptions& options = {});
+
+}  // namespace test

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "audio_spec.h"
+
+namespace test {
+
+/** The spec of float samples, interleaved. */
+sonivex_tool::AudioSpec floatSpec(int channels, int rateHz = 48000);
+
+/** A frame of float samples: `value(frame, channel)`. */
+sonivex_tool::FramePtr floatFrame(int channels, int frames, const std::function<float(int, int)>& value,
+                                  int rateHz = 48000);
+
+/** A mono frame that counts from `first`, with `first` as its pts. */
+sonivex_tool::FramePtr countingFrame(int first, int frames);
+
+/** The interleaved samples of a frame of floats. */
+std::vector<float> floatsOf(const AVFrame& frame);
+
+}  // namespace test

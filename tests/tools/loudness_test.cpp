@@ -1,0 +1,56 @@
+#include "loudness.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+
+#include "tools/audio_samples.h"
+
+namespace {
+
+using sonivex_tool::Loudness;
+using sonivex_tool::LoudnessMeter;
+
+/** Ten seconds of a 997 Hz sine of a peak level in the channels that `isOn` names. */
+Loudness sineLoudness(int channels, double peakDbfs, const std::function<bool(int)>& isOn) {
+    const double peak = std::pow(10.0, peakDbfs / 20.0);
+    LoudnessMeter meter(test::floatSpec(channels));
+    for (int block = 0; block < 100; ++block) {
+        meter.add(*test::floatFrame(channels, 4800, [&](int i, int c) {
+            const double phase = 2.0 * std::numbers::pi * 997.0 * (4800.0 * block + i) / 48000.0;
+            return isOn(c) ? static_cast<float>(peak * std::sin(phase)) : 0.0F;
+        }));
+    }
+    return meter.result();
+}
+
+// EBU Tech 3341, cases 1 and 2: a stereo sine of -23 dBFS peak is -23 LUFS, within 0.1 LU.
+TEST(Loudness, AStereoSineMeasuresItsPeakLevel) {
+    for (const double level : {-23.0, -33.0}) {
+        const Loudness loudness = sineLoudness(2, level, [](int) { return true; });
+        ASSERT_TRUE(loudness.integratedLufs.has_value());
+        EXPECT_NEAR(*loudness.integratedLufs, level, 0.1);
+        ASSERT_TRUE(loudness.samplePeakDbfs.has_value());
+        EXPECT_NEAR(*loudness.samplePeakDbfs, level, 0.01);
+    }
+}
+
+// ITU-R BS.1770: surround channels weigh 1.41 (+1.5 dB), the low-frequency channel nothing.
+TEST(Loudness, WeighsTheLoudspeakersOfFivePointOne) {
+    const Loudness front = sineLoudness(6, -23.0, [](int c) { return c < 2; });
+    const Loudness back = sineLoudness(6, -23.0, [](int c) { return c >= 4; });
+    const Loudness low = sineLoudness(6, -23.0, [](int c) { return c == 3; });
+    EXPECT_NEAR(front.integratedLufs.value_or(0.0), -23.0, 0.1);
+    EXPECT_NEAR(back.integratedLufs.value_or(0.0), -23.0 + 10.0 * std::log10(1.41), 0.1);
+    EXPECT_FALSE(low.integratedLufs.has_value());
+    EXPECT_NEAR(low.samplePeakDbfs.value_or(0.0), -23.0, 0.01);
+}
+
+TEST(Loudness, OfSilenceIsMissing) {
+    const Loudness loudness = sineLoudness(2, -23.0, [](int) { return false; });
+    EXPECT_FALSE(loudness.integratedLufs.has_value());
+    EXPECT_FALSE(loudness.samplePeakDbfs.has_value());
+}
+
+}  // namespace

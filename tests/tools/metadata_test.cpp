@@ -1,0 +1,86 @@
+#include "metadata.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using namespace sonivex_tool;
+
+/** A file of one stream, with tags. */
+class File {
+  public:
+    explicit File(const char* format) {
+        mContext = avformat_alloc_context();
+        mContext->oformat = av_guess_format(format, nullptr, nullptr);
+        mContext->iformat = av_find_input_format(format);
+        avformat_new_stream(mContext, nullptr);
+    }
+    ~File() {
+        mContext->iformat = nullptr;
+        avformat_free_context(mContext);
+    }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    void tag(const char* key, const char* value) { av_dict_set(&mContext->metadata, key, value, 0); }
+    void tagStream(const char* key, const char* value) { av_dict_set(&stream().metadata, key, value, 0); }
+    std::string tagOf(const char* key) const { return valueIn(mContext->metadata, key); }
+    std::string streamTagOf(const char* key) const { return valueIn(mContext->streams[0]->metadata, key); }
+    AVFormatContext& context() { return *mContext; }
+    AVStream& stream() { return *mContext->streams[0]; }
+
+  private:
+    static std::string valueIn(const AVDictionary* tags, const char* key) {
+        const AVDictionaryEntry* entry = av_dict_get(tags, key, nullptr, 0);
+        return entry != nullptr ? entry->value : "";
+    }
+
+    AVFormatContext* mContext = nullptr;
+};
+
+void copy(File& from, File& to) {
+    copyMetadata(from.context(), from.stream(), to.context(), to.stream());
+}
+
+TEST(Metadata, KeepsTheTagsOfTheFileAndOfTheStream) {
+    File from("matroska");
+    File to("matroska");
+    from.tag("title", "Song");
+    from.tagStream("language", "swe");
+    copy(from, to);
+    EXPECT_EQ(to.tagOf("title"), "Song");
+    EXPECT_EQ(to.streamTagOf("language"), "swe");
+    EXPECT_EQ(to.tagOf("language"), "");
+}
+
+TEST(Metadata, LeavesOutWhatDescribesTheOldFile) {
+    const auto keys = {"ENCODER",      "major_brand",           "handler_name",
+                       "DURATION-eng", "_STATISTICS_TAGS",      "iTunSMPB",
+                       "BPS",          "REPLAYGAIN_TRACK_GAIN", "R128_TRACK_GAIN"};
+    File from("matroska");
+    File to("matroska");
+    for (const char* key : keys) {
+        from.tag(key, "1");
+        from.tagStream(key, "1");
+    }
+    copy(from, to);
+    for (const char* key : keys) {
+        EXPECT_EQ(to.tagOf(key), "") << key;
+        EXPECT_EQ(to.streamTagOf(key), "") << key;
+    }
+}
+
+TEST(Metadata, MovesTagsBetweenOggsStreamAndOtherFormatsFiles) {
+    File ogg("ogg");
+    File flac("flac");
+    ogg.tagStream("artist", "Band");
+    copy(ogg, flac);
+    EXPECT_EQ(flac.tagOf("artist"), "Band");
+    File otherOgg("ogg");
+    copy(flac, otherOgg);
+    EXPECT_EQ(otherOgg.streamTagOf("artist"), "Band");
+}
+
+}  // namespace

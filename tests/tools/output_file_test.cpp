@@ -1,0 +1,105 @@
+#include "output_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "failure.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using sonivex_tool::ExitCode;
+using sonivex_tool::Failure;
+using sonivex_tool::OutputFile;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class OutputFileTest : public testing::Test {
+  protected:
+    static void put(OutputFile& file, const std::string& text) {
+        avio_write(file.io(), reinterpret_cast<const unsigned char*>(text.data()),
+                   static_cast<int>(text.size()));
+    }
+
+    template <typename Action>
+    static ExitCode failureOf(const Action& action) {
+        try {
+            action();
+        } catch (const Failure& failure) {
+            return failure.exitCode();
+        }
+        return ExitCode::Success;
+    }
+
+    test::TemporaryFolder folder;
+};
+
+TEST_F(OutputFileTest, AppearsUnderItsNameOnlyWhenCommitted) {
+    OutputFile file(folder.file("a"), false);
+    put(file, "whole");
+    EXPECT_FALSE(std::filesystem::exists(folder.file("a")));
+    file.commit();
+    EXPECT_EQ(test::readFile(folder.file("a")), "whole");
+    EXPECT_THAT(folder.names(), ElementsAre("a"));
+}
+
+TEST_F(OutputFileTest, LeavesNothingWithoutACommit) {
+    {
+        OutputFile file(folder.file("a"), false);
+        put(file, "part");
+        avio_flush(file.io());
+        EXPECT_EQ(folder.names().size(), 1U);
+    }
+    EXPECT_THAT(folder.names(), IsEmpty());
+}
+
+TEST_F(OutputFileTest, NeverReplacesAFileThatCameMeanwhile) {
+    OutputFile file(folder.file("a"), false);
+    put(file, "new");
+    test::writeFile(folder.file("a"), "came first");
+    EXPECT_EQ(failureOf([&] { file.commit(); }), ExitCode::OutputExists);
+    EXPECT_EQ(test::readFile(folder.file("a")), "came first");
+}
+
+TEST_F(OutputFileTest, ReplacesAFileWhenAskedToAndKeepsItsMode) {
+    test::writeFile(folder.file("a"), "old");
+    ASSERT_EQ(chmod(folder.file("a").c_str(), 0640), 0);
+    OutputFile file(folder.file("a"), true);
+    put(file, "new");
+    file.commit();
+    EXPECT_EQ(test::readFile(folder.file("a")), "new");
+    struct stat status {};
+    ASSERT_EQ(stat(folder.file("a").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0640U);
+}
+
+TEST_F(OutputFileTest, WritesThroughALinkAndKeepsIt) {
+    std::filesystem::create_directory(folder.file("d"));
+    std::filesystem::create_symlink("d/target", folder.file("link"));
+    OutputFile file(folder.file("link"), false);
+    put(file, "new");
+    file.commit();
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.file("link")));
+    EXPECT_EQ(test::readFile(folder.file("d/target")), "new");
+}
+
+TEST_F(OutputFileTest, RefusesWhatIsThereAndWhatIsNoFile) {
+    test::writeFile(folder.file("a"), "old");
+    const auto check = [&](const std::string& path, bool replace) {
+        return failureOf([&] { OutputFile::check(path, replace); });
+    };
+    EXPECT_EQ(check(folder.file("a"), false), ExitCode::OutputExists);
+    EXPECT_EQ(check(folder.file("a"), true), ExitCode::Success);
+    EXPECT_EQ(check(folder.path(), true), ExitCode::OutputExists);
+    EXPECT_EQ(check("/dev/null", true), ExitCode::OutputExists);
+    EXPECT_EQ(check(folder.file("b"), false), ExitCode::Success);
+}
+
+TEST_F(OutputFileTest, SaysThatAFolderIsMissing) {
+    EXPECT_EQ(failureOf([&] { OutputFile file(folder.file("no/a"), false); }), ExitCode::OutputNotWritable);
+}
+
+}  // namespace

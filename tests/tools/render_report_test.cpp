@@ -1,0 +1,63 @@
+#include "render_report.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "tools/audio_samples.h"
+
+namespace {
+
+using namespace sonivex_tool;
+using testing::HasSubstr;
+
+RenderReport example() {
+    RenderReport report;
+    report.input = {"in.wav", "wav", "pcm_f32le", test::floatSpec(2), 96000, {-40.0, -20.5}};
+    report.output = {"out.wav", "wav", "pcm_f32le", test::floatSpec(2), 96000, {-21.25, -1.0}};
+    report.effect = "normalizer";
+    report.elapsedSeconds = 0.02;
+    report.pushed = 94;
+    return report;
+}
+
+TEST(RenderReport, TextSaysWhatChanged) {
+    const std::string text = asText(example());
+    EXPECT_THAT(text, HasSubstr("in.wav (pcm_f32le, 48000 Hz, stereo)"));
+    EXPECT_THAT(text, HasSubstr("2.000 s, rendered 100 times faster than real time"));
+    EXPECT_THAT(text, HasSubstr("-40.0 LUFS -> -21.2 LUFS  (+18.8 dB)"));
+    EXPECT_THAT(text, HasSubstr("-20.5 dBFS -> -1.0 dBFS  (+19.5 dB)"));
+    EXPECT_THAT(text, HasSubstr("94 through the filter, 0 dropped, 0 bypassed"));
+}
+
+TEST(RenderReport, JsonHoldsTheSameFigures) {
+    const std::string text = asJson(example());
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
+    const auto json = nlohmann::json::parse(text);
+    EXPECT_EQ(json["length_seconds"], 2.0);
+    EXPECT_NEAR(json["times_real_time"].get<double>(), 100.0, 1e-9);
+    EXPECT_EQ(json["input"]["integrated_lufs"], -40.0);
+    EXPECT_EQ(json["output"]["sample_peak_dbfs"], -1.0);
+    EXPECT_EQ(json["output"]["channels"], 2);
+    EXPECT_EQ(json["frames_pushed"], 94);
+}
+
+TEST(RenderReport, SilenceHasNoFigures) {
+    RenderReport report = example();
+    report.input.loudness = {};
+    report.output.loudness = {};
+    EXPECT_THAT(asText(report), HasSubstr("silence -> silence\n"));
+    const auto json = nlohmann::json::parse(asJson(report));
+    EXPECT_TRUE(json["input"]["integrated_lufs"].is_null());
+    EXPECT_TRUE(json["output"]["sample_peak_dbfs"].is_null());
+}
+
+TEST(RenderReport, JsonStaysValidForAFileNameThatIsNoUtf8) {
+    RenderReport report = example();
+    report.input.path = "caf\xe9.wav";
+    EXPECT_TRUE(nlohmann::json::accept(asJson(report)));
+}
+
+}  // namespace

@@ -1,0 +1,82 @@
+#include "timeline.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+
+#include "tools/audio_samples.h"
+
+namespace {
+
+using sonivex_tool::FramePtr;
+using sonivex_tool::Timeline;
+
+class TimelineTest : public testing::Test {
+  protected:
+    Timeline make(int64_t delay) {
+        return {delay, [this](FramePtr frame) {
+                    const auto samples = test::floatsOf(*frame);
+                    out.insert(out.end(), samples.begin(), samples.end());
+                }};
+    }
+
+    static std::vector<float> countedFrom(float first, size_t count) {
+        std::vector<float> numbers(count);
+        std::iota(numbers.begin(), numbers.end(), first);
+        return numbers;
+    }
+
+    std::vector<float> out;
+};
+
+TEST_F(TimelineTest, PassesFramesOnWithoutADelay) {
+    Timeline timeline = make(0);
+    timeline.accept(test::countingFrame(0, 100));
+    timeline.accept(test::countingFrame(100, 100));
+    timeline.finish();
+    EXPECT_EQ(out, countedFrom(0, 200));
+    EXPECT_EQ(timeline.filledFrames(), 0);
+}
+
+TEST_F(TimelineTest, CutsTheDelayAwayAlsoWithinAFrame) {
+    Timeline timeline = make(150);
+    for (int i = 0; i < 4; ++i) timeline.accept(test::countingFrame(100 * i, 100));
+    EXPECT_EQ(out, countedFrom(150, 250));
+    EXPECT_EQ(timeline.position(), 250);
+}
+
+TEST_F(TimelineTest, CutsEverythingBehindTheEnd) {
+    Timeline timeline = make(10);
+    timeline.accept(test::countingFrame(0, 100));
+    timeline.setEnd(120);
+    timeline.accept(test::countingFrame(100, 100));
+    timeline.accept(test::countingFrame(200, 100));
+    timeline.finish();
+    EXPECT_EQ(out, countedFrom(10, 120));
+}
+
+TEST_F(TimelineTest, FillsAHoleWithSilenceSoThatTheRestStaysInPlace) {
+    Timeline timeline = make(0);
+    timeline.accept(test::countingFrame(0, 10));
+    timeline.accept(test::countingFrame(30, 10));
+    std::vector<float> expected = countedFrom(0, 10);
+    expected.insert(expected.end(), 20, 0.0F);
+    const auto rest = countedFrom(30, 10);
+    expected.insert(expected.end(), rest.begin(), rest.end());
+    EXPECT_EQ(out, expected);
+    EXPECT_EQ(timeline.filledFrames(), 20);
+}
+
+TEST_F(TimelineTest, FillsUpToTheEndWhenTheLastFramesAreMissing) {
+    Timeline timeline = make(0);
+    timeline.accept(test::countingFrame(0, 10));
+    timeline.setEnd(20'000);
+    timeline.finish();
+    ASSERT_EQ(out.size(), 20'000U);
+    EXPECT_EQ(out[9], 9.0F);
+    EXPECT_EQ(std::count(out.begin() + 10, out.end(), 0.0F), 19'990);
+}
+
+}  // namespace
