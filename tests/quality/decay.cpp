@@ -16,7 +16,8 @@ constexpr double kComparedFrom_hz = 300.0;  // below, the room is left out of th
 constexpr double kReflectionsUntil_s = 0.015;
 constexpr double kReflection_s = 0.001;
 constexpr double kDecayFrom_s = 0.010;
-constexpr int kDecayRounds = 50;
+constexpr int kMostDecayRounds = 50;
+constexpr double kDecayPrecision_s = 1e-5;
 constexpr double kUnevennessStep_s = 0.005;
 constexpr double kRiseStep_s = 0.010;
 
@@ -78,11 +79,10 @@ Line fitLine(std::span<const double> y) {
 
 /** Energy that an exponential decay still holds where the curve ends. */
 double missingEnergy(const Signal& energy, double time_s) {
-    double atEnd = 0.0;  // mean of the energies with the decay taken out of them
-    for (std::size_t n = 0; n < energy.size(); ++n) {
-        const double before_s = static_cast<double>(energy.size() - n) / kRate_hz;
-        atEnd += energy[n] * std::pow(10.0, -6.0 * before_s / time_s) / static_cast<double>(energy.size());
-    }
+    const double perSample = std::pow(10.0, -6.0 / (kRate_hz * time_s));
+    double sum = 0.0;  // of the energies as they would be at the end
+    for (const double value : energy) sum = (sum + value) * perSample;
+    const double atEnd = sum / static_cast<double>(energy.size());
     return atEnd * time_s * kRate_hz / (6.0 * std::numbers::ln10);
 }
 
@@ -163,8 +163,10 @@ double reverberationTime_s(const Ears& ears, double octave_hz, double fadedPart)
     }
     // What is missing behind the end depends on the reverberation time: start with a typical one and repeat.
     double time_s = 0.2;
-    for (int round = 0; round < kDecayRounds; ++round) {
+    for (int round = 0; round < kMostDecayRounds; ++round) {
+        const double last_s = time_s;
         time_s = -60.0 / (fitLine(integrated_db(energy, missingEnergy(energy, time_s))).slope * kRate_hz);
+        if (std::abs(time_s - last_s) < kDecayPrecision_s) break;
     }
     return time_s;
 }

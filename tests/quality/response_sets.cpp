@@ -73,6 +73,7 @@ ResponseSet makeSet(const TableSet& tables, const Setting& setting,
                     std::span<const Loudspeaker> loudspeakers) {
     ResponseSet set{.name = std::string(tables.name),
                     .kind = setting.kind,
+                    .hasTwoChannels = loudspeakers.size() == 2,
                     .mode = setting.mode,
                     .reverberationTime_s = setting.reverberationTime_s,
                     .fadedPart = setting.fadedPart,
@@ -116,6 +117,12 @@ ResponseSet withAudioStage(const ResponseSet& set, const Signal& audioStage) {
         for (Signal& ear : source.ears) ear = convolve(ear, audioStage);
     }
     return heard;
+}
+
+ResponseSet frontPair(const ResponseSet& set) {
+    ResponseSet pair = set;
+    pair.sources.resize(2);
+    return pair;
 }
 
 bool isCentral(const Source& source) {

@@ -31,12 +31,11 @@ struct Source {
 struct ResponseSet {
     std::string name;
     Kind kind = Kind::kCingo;
+    bool hasTwoChannels = false;
     int mode = 0;                      ///< 1 to 3, 0 if the set has none
     double reverberationTime_s = 0.0;  ///< of its room
     double fadedPart = 0.0;            ///< of its length, at the end
     std::vector<Source> sources;
-
-    bool hasTwoChannels() const { return sources.size() == 2; }
 };
 
 struct Responses {
@@ -49,6 +48,9 @@ Responses compiledResponses();
 
 /** A set as it is heard: the modes with the Audio stage behind them, at their own rate. */
 ResponseSet withAudioStage(const ResponseSet& set, const Signal& audioStage);
+
+/** The set without all but its front pair. */
+ResponseSet frontPair(const ResponseSet& set);
 
 /** Is the source in the middle, with the same path to both ears? */
 bool isCentral(const Source& source);

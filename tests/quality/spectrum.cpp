@@ -1,10 +1,25 @@
 #include "spectrum.h"
 
 #include <cmath>
+#include <map>
 #include <numbers>
 #include <utility>
 
 namespace response_quality {
+namespace {
+
+/** exp(-2 pi i k / size) for the first half of the circle; kept, since most transforms are of few sizes. */
+const Spectrum& turnsOf(std::size_t size) {
+    static std::map<std::size_t, Spectrum> kept;
+    Spectrum& turns = kept[size];
+    while (turns.size() < size / 2) {
+        const double part = static_cast<double>(turns.size()) / static_cast<double>(size);
+        turns.push_back(std::polar(1.0, -2.0 * std::numbers::pi * part));
+    }
+    return turns;
+}
+
+}  // namespace
 
 std::size_t powerOfTwoFrom(std::size_t n) {
     std::size_t points = 1;
@@ -20,18 +35,15 @@ void transform(Spectrum& values, int sign) {
         reversed |= bit;
         if (i < reversed) std::swap(values[i], values[reversed]);
     }
+    const Spectrum& forward = turnsOf(size);
     for (std::size_t span = 2; span <= size; span *= 2) {
         const std::size_t half = span / 2;
-        Spectrum turns(half);
-        for (std::size_t k = 0; k < half; ++k) {
-            const double angle =
-                sign * 2.0 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(span);
-            turns[k] = std::polar(1.0, angle);
-        }
+        const std::size_t stride = size / span;
         for (std::size_t start = 0; start < size; start += span) {
             for (std::size_t k = 0; k < half; ++k) {
                 const std::complex<double> low = values[start + k];
-                const std::complex<double> turn = turns[k];
+                const std::complex<double> turn =
+                    sign < 0 ? forward[k * stride] : std::conj(forward[k * stride]);
                 const std::complex<double> high = values[start + half + k];
                 const std::complex<double> turned{high.real() * turn.real() - high.imag() * turn.imag(),
                                                   high.real() * turn.imag() + high.imag() * turn.real()};

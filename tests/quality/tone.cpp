@@ -45,7 +45,7 @@ double thirdOctaveCentre_hz(int band) {
 }  // namespace
 
 Signal frontPairPower(const ResponseSet& set) {
-    const bool isOwnChannelOnly = set.kind == Kind::kMode && set.hasTwoChannels();
+    const bool isOwnChannelOnly = set.kind == Kind::kMode && set.hasTwoChannels;
     Signal power(kPoints / 2 + 1, 0.0);
     for (std::size_t ear = 0; ear < 2; ++ear) {
         const Spectrum first = spectrumOf(set.sources[0].ears[ear], kPoints);

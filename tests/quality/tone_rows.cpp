@@ -10,10 +10,10 @@ namespace response_quality {
 namespace {
 
 template <typename Measure>
-Row overSets(const Responses& responses, const char* measure, const char* unit, Measure figure) {
+Row overFrontPairs(const Responses& responses, const char* measure, const char* unit, Measure figure) {
     Row row{measure, unit, {}};
     for (const ResponseSet& set : responses.sets) {
-        row.figures.push_back(figure(withAudioStage(set, responses.audioStage)));
+        row.figures.push_back(figure(withAudioStage(frontPair(set), responses.audioStage)));
     }
     return row;
 }
@@ -23,24 +23,19 @@ Signal frontColour_db(const ResponseSet& heard) {
     return colour_db(frontPairPower(heard), heard.kind == Kind::kMode ? 250.0 : 80.0, 12500.0);
 }
 
-/** The gain of the source alone, by the K curve, of pink sound. */
-double sourceLoudness_lu(const Source& source) {
-    return loudnessChange_lu(sourcePower(source.ears), Programme::kPink);
-}
-
 }  // namespace
 
 Row frontColourRms(const Responses& responses) {
-    return overSets(responses, "colour of the front pair, rms", "dB", [](const ResponseSet& heard) {
+    return overFrontPairs(responses, "colour of the front pair, rms", "dB", [](const ResponseSet& heard) {
         return Figure{heard.name, rms(frontColour_db(heard)), 0.0, heard.kind == Kind::kMode ? 1.2 : 1.0};
     });
 }
 
 Row frontColourWorst(const Responses& responses) {
-    return overSets(responses, "colour of the front pair, worst third octave", "dB",
-                    [](const ResponseSet& heard) {
-                        return Figure{heard.name, worst(frontColour_db(heard)), 0.0, 2.5};
-                    });
+    return overFrontPairs(responses, "colour of the front pair, worst third octave", "dB",
+                          [](const ResponseSet& heard) {
+                              return Figure{heard.name, worst(frontColour_db(heard)), 0.0, 2.5};
+                          });
 }
 
 Row cingoCrosstalk(const Responses& responses) {
@@ -54,20 +49,22 @@ Row cingoCrosstalk(const Responses& responses) {
 }
 
 Row monoCorrelations(const Responses& responses) {
-    return overSets(responses, "mono programme, correlation of the ears", "", [](const ResponseSet& heard) {
-        Ears mono = heard.sources[0].ears;
-        for (std::size_t ear = 0; ear < 2; ++ear) {
-            for (std::size_t n = 0; n < mono[ear].size(); ++n) mono[ear][n] += heard.sources[1].ears[ear][n];
-        }
-        return Figure{heard.name, correlation(mono[0], mono[1], 300.0, 12000.0), -1.0, 0.97};
-    });
+    return overFrontPairs(
+        responses, "mono programme, correlation of the ears", "", [](const ResponseSet& heard) {
+            Ears mono = heard.sources[0].ears;
+            for (std::size_t ear = 0; ear < 2; ++ear) {
+                for (std::size_t n = 0; n < mono[ear].size(); ++n)
+                    mono[ear][n] += heard.sources[1].ears[ear][n];
+            }
+            return Figure{heard.name, correlation(mono[0], mono[1], 300.0, 12000.0), -1.0, 0.97};
+        });
 }
 
 Row bassLifts(const Responses& responses) {
     Row row{"bass lift", "dB", {}};
     for (const ResponseSet& set : responses.sets) {
         if (set.kind != Kind::kMode) continue;
-        const ResponseSet heard = withAudioStage(set, responses.audioStage);
+        const ResponseSet heard = withAudioStage(frontPair(set), responses.audioStage);
         const double meant_db = 2.0 + 2.0 * set.mode;
         row.figures.push_back(
             {set.name, bassLift_db(frontPairPower(heard), kRate_hz), meant_db - 1.0, meant_db + 1.0});
@@ -79,28 +76,29 @@ Row bassLifts(const Responses& responses) {
 }
 
 Row pinkLoudnessChanges(const Responses& responses) {
-    return overSets(responses, "loudness change, pink programme", "LU", [](const ResponseSet& heard) {
+    return overFrontPairs(responses, "loudness change, pink programme", "LU", [](const ResponseSet& heard) {
         return Figure{heard.name, loudnessChange_lu(frontPairPower(heard), Programme::kPink), -2.0, 2.0};
     });
 }
 
 Row musicLoudnessChanges(const Responses& responses) {
-    return overSets(responses, "loudness change, music spectrum", "LU", [](const ResponseSet& heard) {
+    return overFrontPairs(responses, "loudness change, music spectrum", "LU", [](const ResponseSet& heard) {
         return Figure{heard.name, loudnessChange_lu(frontPairPower(heard), Programme::kMusic), -3.0, 3.0};
     });
 }
 
 Row sourceBalances(const Responses& responses) {
-    return overSets(responses, "loudest against softest source", "LU", [](const ResponseSet& heard) {
-        double loudest = -1e9;
-        double softest = 1e9;
-        for (const Source& source : heard.sources) {
+    Row row{"loudest against softest source", "LU", {}};
+    for (const ResponseSet& set : responses.sets) {
+        Signal loudness_lu;
+        for (const Source& source : withAudioStage(set, responses.audioStage).sources) {
             if (source.role == Role::kLowFrequency) continue;
-            loudest = std::max(loudest, sourceLoudness_lu(source));
-            softest = std::min(softest, sourceLoudness_lu(source));
+            loudness_lu.push_back(loudnessChange_lu(sourcePower(source.ears), Programme::kPink));
         }
-        return Figure{heard.name, loudest - softest, 0.0, 1.5};
-    });
+        const auto [softest, loudest] = std::minmax_element(loudness_lu.begin(), loudness_lu.end());
+        row.figures.push_back({set.name, *loudest - *softest, 0.0, 1.5});
+    }
+    return row;
 }
 
 Row lowFrequencyLevels(const Responses& responses) {
