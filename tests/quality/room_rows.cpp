@@ -39,6 +39,8 @@ Row overEars(const Responses& responses, const char* measure, double highest_db,
             }
         }
     }
+    const Source audioStage{.name = "Audio", .ears = {responses.audioStage, responses.audioStage}};
+    row.figures.push_back({audioStage.name, value(audioStage, 0), kNoLowest, highest_db});
     for (Figure& figure : row.figures) figure.value = std::max(figure.value, kNothing_db);
     return row;
 }
