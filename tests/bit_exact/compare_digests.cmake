@@ -1,6 +1,7 @@
-# Runs NORMAL and VARIANT; fails unless they print the same.
+# Runs NORMAL and VARIANT, which may be several words; fails unless they print the same.
 foreach(build IN ITEMS NORMAL VARIANT)
-    execute_process(COMMAND "${${build}}" OUTPUT_VARIABLE digest_${build} RESULT_VARIABLE result)
+    separate_arguments(command UNIX_COMMAND "${${build}}")
+    execute_process(COMMAND ${command} OUTPUT_VARIABLE digest_${build} RESULT_VARIABLE result)
     if(NOT result EQUAL 0)
         message(FATAL_ERROR "${${build}} ended with ${result}")
     endif()

@@ -4,12 +4,16 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "au2_limiter.h"
+#include "audiofft.h"
+#include "convolve_reverb.h"
 #include "mixer.h"
 #include "sonivex/normalizer.h"
+#include "sonivex/surround.h"
 #include "support/signals.h"
 
 namespace {
@@ -29,7 +33,7 @@ class Digest {
         std::memcpy(&bits, &number, sizeof bits);
         add(bits, 4);
     }
-    void print(const std::string& name) const { std::printf("%-40s %016" PRIx64 "\n", name.c_str(), state_); }
+    void print(const std::string& name) const { std::printf("%-60s %016" PRIx64 "\n", name.c_str(), state_); }
 
   private:
     std::uint64_t state_ = 0xCBF29CE484222325U;
@@ -45,6 +49,17 @@ test::Pcm programme(int channels) {
     append(test::sweep(10000, channels, 32767));
     append(test::square(channels * 5000, 41, 32767));
     append(test::bursts(4, channels * 30000));
+    return all;
+}
+
+/* Shorter, for what costs more. */
+test::Pcm surroundProgramme(int channels) {
+    test::Pcm all = test::sweep(2000, channels, 9000);
+    const auto append = [&](const test::Pcm& part) { all.insert(all.end(), part.begin(), part.end()); };
+    append(test::noise(1, channels * 3000, 3000));
+    append(test::bursts(2, channels * 6000));
+    append(test::square(channels * 2000, 41 * channels, 32767));
+    append(test::Pcm(static_cast<std::size_t>(channels) * 3000, 0));
     return all;
 }
 
@@ -102,9 +117,102 @@ void digestMixer() {
     digest.print("mixer 6 channels, 2 inputs");
 }
 
+void digestSurround(int channels, int type, int mode, int limiter, int frames) {
+    Digest digest;
+    void* const handle = aem_CreateSurround(channels, 48000, type, mode, limiter);
+    const int width = channels == 1 ? 2 : channels;
+    const test::Pcm in = surroundProgramme(width);
+    const auto call_samples = static_cast<std::size_t>(width * frames);
+    test::Pcm out(static_cast<std::size_t>(2 * frames));
+    for (std::size_t done = 0; done + call_samples <= in.size(); done += call_samples) {
+        aem_ProcessSurround(handle, in.data() + done, out.data(), frames);
+        for (const std::int16_t sample : out) digest.add(sample);
+    }
+    aem_ReleaseSurround(handle);
+    digest.print("surround " + std::to_string(type) + ", " + std::to_string(channels) + " channels, mode " +
+                 std::to_string(mode) + ", limiter " + std::to_string(limiter) + ", " +
+                 std::to_string(frames) + " frames");
+}
+
+/* Floats before they are cut to 16 bits. */
+template <typename SetUp>
+void digestRendering(const char* name, int width, SetUp set_up,
+                     int (ConvolveReverb::*operation)(const float*, float*, int)) {
+    constexpr int kBlock = 240;
+    Digest digest;
+    const auto reverb = std::make_unique<ConvolveReverb>();
+    set_up(*reverb);
+    const test::Pcm pcm = surroundProgramme(width);
+    const auto block_samples = static_cast<std::size_t>(width * kBlock);
+    std::vector<float> in(block_samples);
+    float out[2 * kBlock];
+    for (std::size_t done = 0; done + block_samples <= pcm.size(); done += block_samples) {
+        for (std::size_t i = 0; i < block_samples; ++i) in[i] = static_cast<float>(pcm[done + i]) / 32768.0F;
+        (*reverb.*operation)(in.data(), out, kBlock);
+        for (const float number : out) digest.add(number);
+    }
+    digest.print(name);
+}
+
+void digestRenderings() {
+    using R = ConvolveReverb;
+    constexpr int kBlock = 240;
+    digestRendering(
+        "rendering bingo 2", 2, [](R& r) { r.prepareToPlay_Kelvo_Bingo_2(2, kBlock); },
+        &R::process_Kelvo_Bingo_2);
+    digestRendering(
+        "rendering bingo 5.1", 6, [](R& r) { r.prepareToPlay_Kelvo_Bingo_5_1(6, kBlock); },
+        &R::process_Kelvo_Bingo_5_1);
+    digestRendering(
+        "rendering bingo 7.1", 8, [](R& r) { r.prepareToPlay_Kelvo_Bingo_7_1(8, kBlock); },
+        &R::process_Kelvo_Bingo_7_1);
+    digestRendering(
+        "rendering audio", 2, [](R& r) { r.prepareToPlay_Kelvo_Audio(2, kBlock); }, &R::process_kelvo_audio_);
+    for (const unsigned mode : {1U, 2U, 3U}) {
+        const std::string name = " mode " + std::to_string(mode);
+        digestRendering(("rendering surround 2" + name).c_str(), 2,
+                        [=](R& r) { r.prepareToPlay_Kelvo_Surround_2(2, kBlock, mode); },
+                        &R::process_Kelvo_Surround_2);
+        digestRendering(("rendering surround 5.1" + name).c_str(), 6,
+                        [=](R& r) { r.prepareToPlay_Kelvo_Surround_5_1(6, kBlock, mode); },
+                        &R::process_Kelvo_Surround_5_1);
+        digestRendering(("rendering surround 7.1" + name).c_str(), 8,
+                        [=](R& r) { r.prepareToPlay_Kelvo_Surround_7_1(8, kBlock, mode); },
+                        &R::process_Kelvo_Surround_7_1);
+    }
+}
+
+/* Every length, also those that no effect uses: other lengths take other passes. */
+void digestTransforms() {
+    for (std::size_t length = 1; length <= 32768; length *= 2) {
+        Digest digest;
+        audiofft::AudioFFT fft;
+        fft.init(length);
+        std::vector<float> x(length);
+        const test::Pcm pcm = test::noise(length, static_cast<int>(length), 32767);
+        for (std::size_t i = 0; i < length; ++i) x[i] = static_cast<float>(pcm[i]) / 32768.0F;
+        std::vector<float> re(length / 2 + 1);
+        std::vector<float> im(length / 2 + 1);
+        fft.fft(x.data(), re.data(), im.data());
+        fft.ifft(x.data(), im.data(), re.data());
+        for (const auto* numbers : {&re, &im, &x}) {
+            for (const float number : *numbers) digest.add(number);
+        }
+        digest.print("transform of " + std::to_string(length));
+    }
+}
+
 }  // namespace
 
 int main() {
+    digestTransforms();
+    digestRenderings();
+    for (const int channels : {1, 2, 6, 8}) {
+        digestSurround(channels, 1, 0, 1, 240);
+        for (const int mode : {1, 2, 3}) digestSurround(channels, 13, mode, 1, 240);
+        digestSurround(channels, 1, 0, 0, 1024);
+        digestSurround(channels, 13, 1, 0, 100);
+    }
     for (const int channels : {1, 2, 3, 6, 8}) {
         for (const int frames : {100, 512, 1024}) digestNormalizer(channels, frames);
     }

@@ -1,5 +1,7 @@
 #include "failing_allocator.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
@@ -9,13 +11,16 @@ bool is_watching = false;
 int failing = 0;
 int requests = 0;
 int living = 0;
+std::size_t requested_bytes = 0;
 
-void* allocate(std::size_t bytes) noexcept {
+void* allocate(std::size_t bytes, std::size_t alignment = alignof(std::max_align_t)) noexcept {
     if (is_watching) {
         ++requests;
+        requested_bytes += bytes;
         if (requests == failing) return nullptr;
     }
-    void* const memory = std::malloc(bytes == 0 ? 1 : bytes);
+    const std::size_t whole_units = (std::max(bytes, std::size_t{1}) + alignment - 1) / alignment * alignment;
+    void* const memory = std::aligned_alloc(alignment, whole_units);
     if (is_watching && memory != nullptr) ++living;
     return memory;
 }
@@ -45,6 +50,12 @@ void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
 void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
     return allocate(bytes);
 }
+void* operator new(std::size_t bytes, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+    return allocate(bytes, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* memory, std::align_val_t) noexcept {
+    release(memory);
+}
 void operator delete(void* memory) noexcept {
     release(memory);
 }
@@ -70,6 +81,7 @@ AllocationWatch::AllocationWatch(int failing_allocation) {
     failing = failing_allocation;
     requests = 0;
     living = 0;
+    requested_bytes = 0;
     is_watching = true;
 }
 
@@ -79,6 +91,9 @@ AllocationWatch::~AllocationWatch() {
 
 int AllocationWatch::requested() const {
     return requests;
+}
+std::size_t AllocationWatch::bytes() const {
+    return requested_bytes;
 }
 int AllocationWatch::alive() const {
     return living;

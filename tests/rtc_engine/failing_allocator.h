@@ -1,6 +1,8 @@
 /* Replaces operator new, to count allocations and to let one fail. */
 #pragma once
 
+#include <cstddef>
+
 namespace test {
 
 /** Watches the allocations of its lifetime. One at a time, on one thread. */
@@ -13,6 +15,8 @@ class AllocationWatch {
     AllocationWatch& operator=(const AllocationWatch&) = delete;
 
     int requested() const;
+    /** Of all requests together, freed or not. */
+    std::size_t bytes() const;
     /** Allocated and not freed since the start. */
     int alive() const;
 };

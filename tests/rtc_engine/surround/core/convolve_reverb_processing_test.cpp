@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "convolve_reverb_inspector.h"
+#include "support/signals.h"
+
+namespace {
+
+using Floats = std::vector<float>;
+using Operation = int (ConvolveReverb::*)(const float*, float*, int);
+using SetUp = std::function<void(ConvolveReverb&)>;
+
+constexpr int kBlock = 240;
+constexpr float kMark = 77.0F;
+
+constexpr Operation kEveryOperation[] = {
+    &ConvolveReverb::process_Kelvo_Bingo_2,      &ConvolveReverb::process_Kelvo_Bingo_5_1,
+    &ConvolveReverb::process_Kelvo_Bingo_7_1,    &ConvolveReverb::process_Kelvo_Surround_2,
+    &ConvolveReverb::process_Kelvo_Surround_5_1, &ConvolveReverb::process_Kelvo_Surround_7_1,
+    &ConvolveReverb::process_kelvo_audio_};
+
+Floats randomFloats(std::uint64_t seed, std::size_t count) {
+    Floats numbers;
+    for (const std::int16_t sample : test::noise(seed, static_cast<int>(count), 32767)) {
+        numbers.push_back(static_cast<float>(sample) / 32768.0F);
+    }
+    return numbers;
+}
+
+Floats rendered(ConvolveReverb& reverb, Operation operation, const Floats& in, std::size_t width) {
+    const std::size_t frames = in.size() / width;
+    Floats out(2 * frames, kMark);
+    EXPECT_EQ((reverb.*operation)(in.data(), out.data(), static_cast<int>(frames)), static_cast<int>(frames));
+    return out;
+}
+
+/* Only one channel of a block sounds. */
+Floats onlyChannel(std::size_t channel, std::size_t width) {
+    Floats in(width * kBlock, 0.0F);
+    const Floats samples = randomFloats(channel + 1, kBlock);
+    for (std::size_t i = 0; i < kBlock; ++i) in[i * width + channel] = samples[i];
+    return in;
+}
+
+/* Gives the agent one tap in place of its response. */
+void setGain(ConvolveReverb& reverb, std::size_t agent, float gain) {
+    ConvolveReverbInspector(reverb).agent(agent).init(256, 12768, &gain, 1);
+}
+
+/* By every agent's gain, which channel reaches which ear through it: gains are powers of two apart. */
+void expectGains(ConvolveReverb& reverb, Operation operation, std::size_t width, std::size_t channel,
+                 float left, float right) {
+    const Floats in = onlyChannel(channel, width);
+    const Floats out = rendered(reverb, operation, in, width);
+    for (std::size_t i = 0; i < kBlock; ++i) {
+        const float sample = in[i * width + channel];
+        ASSERT_NEAR(out[2 * i], left * sample, 1e-5F * (1 + left))
+            << "channel " << channel << ", frame " << i;
+        ASSERT_NEAR(out[2 * i + 1], right * sample, 1e-5F * (1 + right)) << "channel " << channel;
+    }
+}
+
+TEST(ConvolveReverbProcessing, BingoFeedsBothEarsFromBothChannels) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
+    for (std::size_t agent = 0; agent < 4; ++agent) setGain(reverb, agent, static_cast<float>(1 << agent));
+    expectGains(reverb, &ConvolveReverb::process_Kelvo_Bingo_2, 2, 0, 1, 2);
+    for (std::size_t agent = 0; agent < 4; ++agent) setGain(reverb, agent, static_cast<float>(1 << agent));
+    expectGains(reverb, &ConvolveReverb::process_Kelvo_Bingo_2, 2, 1, 4, 8);
+}
+
+TEST(ConvolveReverbProcessing, TwoChannelSurroundKeepsTheSidesApart) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Surround_2(2, kBlock, 1);
+    for (std::size_t agent = 0; agent < 4; ++agent) setGain(reverb, agent, static_cast<float>(1 << agent));
+    expectGains(reverb, &ConvolveReverb::process_Kelvo_Surround_2, 2, 0, 1 + 4, 0);
+    for (std::size_t agent = 0; agent < 4; ++agent) setGain(reverb, agent, static_cast<float>(1 << agent));
+    expectGains(reverb, &ConvolveReverb::process_Kelvo_Surround_2, 2, 1, 0, 2 + 8);
+}
+
+/* The same single tap everywhere: Bingo gives both ears L + R, Surround each ear twice its own side. */
+TEST(ConvolveReverbProcessing, WithEqualResponsesTheTwoPairingsDiffer) {
+    const Floats in = randomFloats(3, 2 * kBlock);
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
+    const auto reset = [&] {
+        for (std::size_t agent = 0; agent < 4; ++agent) setGain(reverb, agent, 0.5F);
+    };
+    reset();
+    const Floats bingo = rendered(reverb, &ConvolveReverb::process_Kelvo_Bingo_2, in, 2);
+    reset();
+    const Floats surround = rendered(reverb, &ConvolveReverb::process_Kelvo_Surround_2, in, 2);
+    for (std::size_t i = 0; i < in.size(); i += 2) {
+        ASSERT_NEAR(bingo[i], 0.5F * (in[i] + in[i + 1]), 1e-6F);
+        ASSERT_NEAR(bingo[i + 1], 0.5F * (in[i] + in[i + 1]), 1e-6F);
+        ASSERT_NEAR(surround[i], in[i], 1e-6F);
+        ASSERT_NEAR(surround[i + 1], in[i + 1], 1e-6F);
+    }
+}
+
+TEST(ConvolveReverbProcessing, TheAudioStageHasNoCrossTerms) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Audio(2, kBlock);
+    setGain(reverb, 4, 2.0F);
+    setGain(reverb, 7, 3.0F);
+    expectGains(reverb, &ConvolveReverb::process_kelvo_audio_, 2, 0, 2, 0);
+    setGain(reverb, 4, 2.0F);
+    setGain(reverb, 7, 3.0F);
+    expectGains(reverb, &ConvolveReverb::process_kelvo_audio_, 2, 1, 0, 3);
+}
+
+struct Multichannel {
+    Operation operation;
+    SetUp set_up;
+    std::size_t width;
+    std::vector<int> first_agents;  // of each channel; -1: not heard
+};
+
+TEST(ConvolveReverbProcessing, EveryChannelGoesThroughItsPairOfAgents) {
+    const Multichannel layouts[] = {
+        {&ConvolveReverb::process_Kelvo_Bingo_5_1,
+         [](ConvolveReverb& reverb) { reverb.prepareToPlay_Kelvo_Bingo_5_1(6, kBlock); },
+         6,
+         {8, 10, 12, 14, 16, 18}},
+        {&ConvolveReverb::process_Kelvo_Bingo_7_1,
+         [](ConvolveReverb& reverb) { reverb.prepareToPlay_Kelvo_Bingo_7_1(8, kBlock); },
+         8,
+         {8, 10, 12, 14, 16, 18, 20, 22}},
+        {&ConvolveReverb::process_Kelvo_Surround_5_1,
+         [](ConvolveReverb& reverb) { reverb.prepareToPlay_Kelvo_Surround_5_1(6, kBlock, 1); },
+         6,
+         {8, 10, 12, -1, 14, 16}},
+        {&ConvolveReverb::process_Kelvo_Surround_7_1,
+         [](ConvolveReverb& reverb) { reverb.prepareToPlay_Kelvo_Surround_7_1(8, kBlock, 1); },
+         8,
+         {8, 10, 12, -1, 14, 16, 18, 20}}};
+    for (const Multichannel& layout : layouts) {
+        SCOPED_TRACE(std::to_string(layout.width) + " channels");
+        for (std::size_t channel = 0; channel < layout.width; ++channel) {
+            ConvolveReverb reverb;
+            layout.set_up(reverb);
+            for (std::size_t agent = 8; agent < 24; ++agent) {
+                setGain(reverb, agent, static_cast<float>(agent));
+            }
+            const int agent = layout.first_agents[channel];
+            const auto left = static_cast<float>(agent < 0 ? 0 : agent);
+            const auto right = static_cast<float>(agent < 0 ? 0 : agent + 1);
+            expectGains(reverb, layout.operation, layout.width, channel, left, right);
+        }
+    }
+}
+
+TEST(ConvolveReverbProcessing, OnlyBingoRendersTheLowFrequencyChannel) {
+    const Floats in = onlyChannel(3, 6);
+    ConvolveReverb surround;
+    surround.prepareToPlay_Kelvo_Surround_5_1(6, kBlock, 1);
+    EXPECT_EQ(rendered(surround, &ConvolveReverb::process_Kelvo_Surround_5_1, in, 6),
+              Floats(2 * kBlock, 0.0F));
+    ConvolveReverb bingo;
+    bingo.prepareToPlay_Kelvo_Bingo_5_1(6, kBlock);
+    EXPECT_NE(rendered(bingo, &ConvolveReverb::process_Kelvo_Bingo_5_1, in, 6), Floats(2 * kBlock, 0.0F));
+}
+
+TEST(ConvolveReverbProcessing, TheOutputMayBeTheInput) {
+    const Floats in = randomFloats(4, 2 * kBlock);
+    ConvolveReverb apart;
+    apart.prepareToPlay_Kelvo_Audio(2, kBlock);
+    ConvolveReverb in_place;
+    in_place.prepareToPlay_Kelvo_Audio(2, kBlock);
+    Floats samples = in;
+    in_place.process_kelvo_audio_(samples.data(), samples.data(), kBlock);
+    EXPECT_EQ(samples, rendered(apart, &ConvolveReverb::process_kelvo_audio_, in, 2));
+}
+
+TEST(ConvolveReverbProcessing, NoFramesMeanThatNothingIsReadOrWritten) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
+    float out = kMark;
+    EXPECT_EQ(reverb.process_Kelvo_Bingo_2(nullptr, &out, 0), 0);
+    EXPECT_EQ(reverb.process_Kelvo_Bingo_2(nullptr, &out, -240), -240);
+    EXPECT_EQ(out, kMark);
+}
+
+TEST(ConvolveReverbProcessing, WithoutASetUpTheOutputIsSilence) {
+    ConvolveReverb reverb;
+    const Floats in = randomFloats(5, 8 * kBlock);
+    for (const Operation operation : kEveryOperation) {
+        EXPECT_EQ(rendered(reverb, operation, in, 8), Floats(2 * kBlock, 0.0F));
+    }
+}
+
+TEST(ConvolveReverbProcessing, ASetUpForOtherChannelsGivesSilenceWithinBounds) {
+    const Floats in = randomFloats(6, 8 * kBlock);
+    ConvolveReverb stereo;
+    stereo.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
+    EXPECT_EQ(rendered(stereo, &ConvolveReverb::process_Kelvo_Bingo_5_1, in, 8), Floats(2 * kBlock, 0.0F));
+    EXPECT_EQ(rendered(stereo, &ConvolveReverb::process_Kelvo_Surround_7_1, in, 8), Floats(2 * kBlock, 0.0F));
+    ConvolveReverb six;
+    six.prepareToPlay_Kelvo_Bingo_5_1(6, kBlock);
+    EXPECT_EQ(rendered(six, &ConvolveReverb::process_Kelvo_Bingo_7_1, in, 8), Floats(2 * kBlock, 0.0F));
+    EXPECT_EQ(rendered(six, &ConvolveReverb::process_Kelvo_Bingo_2, in, 8), Floats(2 * kBlock, 0.0F));
+    ConvolveReverb odd;
+    odd.prepareToPlay_Kelvo_Bingo_5_1(2, kBlock);
+    EXPECT_EQ(rendered(odd, &ConvolveReverb::process_Kelvo_Bingo_5_1, in, 8), Floats(2 * kBlock, 0.0F));
+}
+
+TEST(ConvolveReverbProcessing, BlocksLongerThanTheSetUpGiveSilence) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Bingo_2(2, 100);
+    const Floats in = randomFloats(7, 2 * 101);
+    EXPECT_EQ(rendered(reverb, &ConvolveReverb::process_Kelvo_Bingo_2, in, 2), Floats(2 * 101, 0.0F));
+}
+
+TEST(ConvolveReverbProcessing, ShorterBlocksAreRenderedToo) {
+    const Floats in = randomFloats(8, 2 * kBlock);
+    ConvolveReverb whole;
+    whole.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
+    const Floats expected = rendered(whole, &ConvolveReverb::process_Kelvo_Bingo_2, in, 2);
+    ConvolveReverb parts;
+    parts.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
+    Floats out(2 * kBlock);
+    parts.process_Kelvo_Bingo_2(in.data(), out.data(), 100);
+    parts.process_Kelvo_Bingo_2(in.data() + 200, out.data() + 200, 140);
+    for (std::size_t i = 0; i < out.size(); ++i) ASSERT_NEAR(out[i], expected[i], 2e-6F) << i;
+}
+
+}  // namespace

@@ -1,0 +1,231 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "convolve_reverb_inspector.h"
+#include "impulse_response_tables.h"
+
+namespace {
+
+using Inspector = ConvolveReverbInspector;
+using Table = ConvolveReverb::Table;
+
+std::set<std::size_t> initialisedAgents(Inspector& inspector) {
+    std::set<std::size_t> numbers;
+    for (std::size_t agent = 0; agent < 24; ++agent) {
+        if (inspector.isInitialised(agent)) numbers.insert(agent);
+    }
+    return numbers;
+}
+
+std::set<std::size_t> range(std::size_t first, std::size_t last) {
+    std::set<std::size_t> numbers;
+    for (std::size_t i = first; i <= last; ++i) numbers.insert(i);
+    return numbers;
+}
+
+std::size_t loadedSets(const Inspector& inspector) {
+    std::size_t loaded = 0;
+    for (const Inspector::Responses& set : inspector.all()) {
+        if (!set.front().empty()) ++loaded;
+    }
+    return loaded;
+}
+
+void expectResponse(const ConvolveReverb::Response& response, const Table& table, double divisor) {
+    ASSERT_EQ(response.size(), table.size());
+    EXPECT_EQ(response.capacity(), table.size());
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        ASSERT_EQ(response[i], static_cast<float>(table[i] / divisor)) << "tap " << i;
+    }
+}
+
+TEST(ResponseTables, EveryTableHasItsLength) {
+    std::size_t tables = 0;
+    const auto expectLength = [&](const Table& table, std::size_t length) {
+        EXPECT_EQ(table.size(), length);
+        ++tables;
+    };
+#define EXPECT_13000(name) expectLength(ConvolveReverb::g_##name, 13000);
+#define EXPECT_8544(name) expectLength(ConvolveReverb::g_##name, 8544);
+#define EXPECT_8640(name) expectLength(ConvolveReverb::g_##name, 8640);
+#define EXPECT_7000(name) expectLength(ConvolveReverb::g_##name, 7000);
+    SONIVEX_TABLES_BINGO_2(EXPECT_13000)
+    SONIVEX_TABLES_BINGO_5_1(EXPECT_8544)
+    SONIVEX_TABLES_BINGO_7_1(EXPECT_8640)
+    SONIVEX_TABLES_SURROUND_2(EXPECT_7000, mode1)
+    SONIVEX_TABLES_SURROUND_2(EXPECT_7000, mode2)
+    SONIVEX_TABLES_SURROUND_2(EXPECT_7000, mode3)
+    SONIVEX_TABLES_SURROUND_5_1(EXPECT_7000, mode1)
+    SONIVEX_TABLES_SURROUND_5_1(EXPECT_7000, mode2)
+    SONIVEX_TABLES_SURROUND_5_1(EXPECT_7000, mode3)
+    SONIVEX_TABLES_SURROUND_7_1(EXPECT_7000, mode1)
+    SONIVEX_TABLES_SURROUND_7_1(EXPECT_7000, mode2)
+    SONIVEX_TABLES_SURROUND_7_1(EXPECT_7000, mode3)
+    expectLength(ConvolveReverb::g_dolbyL441, 6000);
+    expectLength(ConvolveReverb::g_dolbyR441, 6000);
+    EXPECT_EQ(tables, 118U);
+}
+
+TEST(ResponseTables, BothAudioTablesAreTheSameAndNoOthersAre) {
+    EXPECT_EQ(ConvolveReverb::g_dolbyL441, ConvolveReverb::g_dolbyR441);
+    EXPECT_NE(ConvolveReverb::g_cingoLL48, ConvolveReverb::g_cingoRR48);
+    EXPECT_NE(ConvolveReverb::g_7_1_3_h_mode2L48, ConvolveReverb::g_7_1_3_h_mode3L48);
+}
+
+TEST(ResponseTables, TheLastSampleOfEverySetCanBeRead) {
+    EXPECT_EQ(ConvolveReverb::g_cingoLL48.at(12999), k_cingoLL48[12999]);
+    EXPECT_EQ(ConvolveReverb::g_5_1_1_h_cL48.at(8543), k_5_1_1_h_cL48[8543]);
+    EXPECT_EQ(ConvolveReverb::g_7_1_8_h_cR48.at(8639), k_7_1_8_h_cR48[8639]);
+    EXPECT_EQ(ConvolveReverb::g_dolbyR441.at(5999), k_dolby441[5999]);
+    EXPECT_EQ(ConvolveReverb::g_2_2_h_mode3R48.at(6999), k_2_2_h_mode3R48[6999]);
+    EXPECT_EQ(ConvolveReverb::g_7_1_7_h_mode1L48.at(6999), k_7_1_7_h_mode1L48[6999]);
+}
+
+TEST(ConvolveReverbSetUp, StartsEmpty) {
+    ConvolveReverb reverb;
+    Inspector inspector(reverb);
+    EXPECT_EQ(inspector.channels(), 0);
+    EXPECT_EQ(inspector.headBlockSize(), 0U);
+    EXPECT_EQ(inspector.tailBlockSize(), 0U);
+    EXPECT_EQ(loadedSets(inspector), 0U);
+    EXPECT_TRUE(initialisedAgents(inspector).empty());
+}
+
+TEST(ConvolveReverbSetUp, BlockSizesFollowFromTheBlockLength) {
+    struct Sizes {
+        int block_frames;
+        std::uint64_t head;
+        std::uint64_t tail;
+    };
+    for (const auto& [block_frames, head, tail] :
+         {Sizes{240, 256, 12768}, Sizes{1, 1, 12768}, Sizes{0, 1, 12768}, Sizes{4096, 4096, 12768},
+          Sizes{6385, 8192, 16384}, Sizes{8192, 8192, 16384}, Sizes{-5, 1, 12768}}) {
+        SCOPED_TRACE(block_frames);
+        ConvolveReverb reverb;
+        reverb.prepareToPlay_Kelvo_Audio(2, block_frames);
+        Inspector inspector(reverb);
+        EXPECT_EQ(inspector.headBlockSize(), head);
+        EXPECT_EQ(inspector.tailBlockSize(), tail);
+        EXPECT_EQ(inspector.workFrames(), static_cast<std::size_t>(std::max(block_frames, 0)));
+    }
+}
+
+TEST(ConvolveReverbSetUp, TwoChannelBingoLoadsItsFourResponses) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Bingo_2(1, 240);
+    Inspector inspector(reverb);
+    EXPECT_EQ(inspector.channels(), 1);
+    EXPECT_EQ(loadedSets(inspector), 1U);
+    EXPECT_EQ(initialisedAgents(inspector), range(0, 3));
+    expectResponse(inspector.bingo2()[0], ConvolveReverb::g_cingoLL48, 10000);
+    expectResponse(inspector.bingo2()[1], ConvolveReverb::g_cingoLR48, 10000);
+    expectResponse(inspector.bingo2()[2], ConvolveReverb::g_cingoRL48, 10000);
+    expectResponse(inspector.bingo2()[3], ConvolveReverb::g_cingoRR48, 10000);
+}
+
+TEST(ConvolveReverbSetUp, FiveOneBingoLoadsSixPairs) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Bingo_5_1(6, 240);
+    Inspector inspector(reverb);
+    EXPECT_EQ(inspector.channels(), 6);
+    EXPECT_EQ(loadedSets(inspector), 1U);
+    EXPECT_EQ(initialisedAgents(inspector), range(8, 19));
+    expectResponse(inspector.bingo51()[0], ConvolveReverb::g_5_1_1_h_cL48, 20000);
+    expectResponse(inspector.bingo51()[5], ConvolveReverb::g_5_1_3_h_cR48, 20000);
+    expectResponse(inspector.bingo51()[11], ConvolveReverb::g_5_1_6_h_cR48, 20000);
+}
+
+TEST(ConvolveReverbSetUp, SevenOneBingoLoadsEightPairs) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Bingo_7_1(8, 240);
+    Inspector inspector(reverb);
+    EXPECT_EQ(loadedSets(inspector), 1U);
+    EXPECT_EQ(initialisedAgents(inspector), range(8, 23));
+    expectResponse(inspector.bingo71()[1], ConvolveReverb::g_7_1_1_h_cR48, 20000);
+    expectResponse(inspector.bingo71()[14], ConvolveReverb::g_7_1_8_h_cL48, 20000);
+}
+
+/* Agents in the order of the table: what an agent makes of an impulse is its response. */
+TEST(ConvolveReverbSetUp, EveryAgentConvolvesWithItsOwnResponse) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Bingo_7_1(8, 240);
+    Inspector inspector(reverb);
+    std::vector<float> impulse(240, 0.0F);
+    impulse[0] = 1.0F;
+    std::vector<float> out(240);
+    for (std::size_t i = 0; i < 16; ++i) {
+        inspector.agent(8 + i).process(impulse.data(), out.data(), 240);
+        for (std::size_t k = 0; k < 240; ++k) {
+            ASSERT_NEAR(out[k], inspector.bingo71()[i][k], 1e-6F) << "agent " << 8 + i;
+        }
+    }
+}
+
+TEST(ConvolveReverbSetUp, MegaBassOfSixChannelsLoadsFivePairsAndTheAudioStage) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Surround_5_1(6, 240, 2);
+    reverb.prepareToPlay_Kelvo_Audio(6, 240);
+    Inspector inspector(reverb);
+    EXPECT_EQ(inspector.channels(), 6);
+    EXPECT_EQ(inspector.headBlockSize(), 256U);
+    EXPECT_EQ(loadedSets(inspector), 2U);
+    std::set<std::size_t> expected = range(8, 17);
+    expected.insert({4, 7});
+    EXPECT_EQ(initialisedAgents(inspector), expected);
+    expectResponse(inspector.audio()[0], ConvolveReverb::g_dolbyL441, 24000);
+    expectResponse(inspector.audio()[1], ConvolveReverb::g_dolbyR441, 24000);
+    expectResponse(inspector.surround51(2)[0], ConvolveReverb::g_5_1_1_h_mode2L48, 20000);
+    expectResponse(inspector.surround51(2)[9], ConvolveReverb::g_5_1_5_h_mode2R48, 20000);
+}
+
+TEST(ConvolveReverbSetUp, EveryModeButOneAndTwoIsThree) {
+    for (const unsigned mode : {0U, 1U, 2U, 3U, 7U, 0xFFFFFFFFU}) {
+        SCOPED_TRACE(mode);
+        const int set = mode == 1 ? 1 : (mode == 2 ? 2 : 3);
+        ConvolveReverb stereo;
+        stereo.prepareToPlay_Kelvo_Surround_2(2, 240, mode);
+        Inspector of_stereo(stereo);
+        EXPECT_EQ(loadedSets(of_stereo), 1U);
+        EXPECT_EQ(of_stereo.surround2(set)[3].size(), 7000U);
+        EXPECT_EQ(initialisedAgents(of_stereo), range(0, 3));
+        ConvolveReverb five_one;
+        five_one.prepareToPlay_Kelvo_Surround_5_1(6, 240, mode);
+        Inspector of_five_one(five_one);
+        EXPECT_EQ(loadedSets(of_five_one), 1U);
+        EXPECT_EQ(of_five_one.surround51(set)[9].size(), 7000U);
+        ConvolveReverb seven_one;
+        seven_one.prepareToPlay_Kelvo_Surround_7_1(8, 240, mode);
+        Inspector of_seven_one(seven_one);
+        EXPECT_EQ(loadedSets(of_seven_one), 1U);
+        EXPECT_EQ(of_seven_one.surround71(set)[13].size(), 7000U);
+        EXPECT_EQ(initialisedAgents(of_seven_one), range(8, 21));
+    }
+}
+
+TEST(ConvolveReverbSetUp, ASecondSetUpAppendsToTheResponses) {
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Audio(2, 240);
+    reverb.prepareToPlay_Kelvo_Audio(2, 240);
+    Inspector inspector(reverb);
+    ASSERT_EQ(inspector.audio()[0].size(), 12000U);
+    for (std::size_t i = 0; i < 6000; ++i) {
+        ASSERT_EQ(inspector.audio()[0][i], inspector.audio()[0][6000 + i]) << i;
+    }
+    EXPECT_GT(inspector.agent(4).stages().head().partitionCount(), 24U);
+}
+
+/* Full scale of the tables, by hand: -32768 / 10000 and -32768 / 24000 as floats. */
+TEST(ConvolveReverbSetUp, SamplesAreDividedInDoubleAndRoundedOnce) {
+    EXPECT_EQ(static_cast<float>(-32768 / 10000.0), -3.2768F);
+    EXPECT_EQ(static_cast<float>(-32768 / 24000.0), -1.3653333F);
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Bingo_2(2, 240);
+    Inspector inspector(reverb);
+    for (std::size_t i = 0; i < 13000; ++i) {
+        const double quotient = ConvolveReverb::g_cingoRR48[i] / 10000.0;
+        ASSERT_EQ(inspector.bingo2()[3][i], static_cast<float>(quotient));
+    }
+}
+
+}  // namespace

@@ -1,0 +1,245 @@
+#include "surround_pipelines.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "convolve_reverb_inspector.h"
+#include "support/guarded_block.h"
+#include "support/log_capture.h"
+#include "surround_handle.h"
+#include "surround_owner.h"
+
+namespace {
+
+using test::GuardedBlock;
+using test::makeSurround;
+using test::Pcm;
+using test::surrounded;
+
+using PipelineFunction = int (*)(void*, short*, short*, int);
+
+struct Pipeline {
+    PipelineFunction function;
+    int type;
+    int channels;
+    std::string null_line;
+};
+
+const Pipeline kPipelines[] = {
+    {ProcessSurround_Kelvo_Bingo_2, 1, 2, "194) [KelvoSurround]::kv surround handle is NULL.\n"},
+    {ProcessSurround_Kelvo_Bingo_5_1, 1, 6, "276) [audio]::kv surround handle is NULL.\n"},
+    {ProcessSurround_Kelvo_Bingo_7_1, 1, 8, "360) [audio]::kv surround handle is NULL.\n"},
+    {ProcessSurround_Kelvo_Surround_2_To_Nangua, 13, 2, "444) [audio]::kv surround handle is NULL.\n"},
+    {ProcessSurround_Kelvo_Surround_5_1_To_Nangua, 13, 6, "527) [audio]::kv surround handle is NULL.\n"},
+    {ProcessSurround_Kelvo_Surround_7_1_To_Nangua, 13, 8, "612) [audio]::kv surround handle is NULL.\n"}};
+
+SurroundHandle& recordOf(const test::SurroundPointer& handle) {
+    return *static_cast<SurroundHandle*>(handle.get());
+}
+
+bool isSilent(const Pcm& pcm) {
+    return std::count(pcm.begin(), pcm.end(), 0) == static_cast<std::ptrdiff_t>(pcm.size());
+}
+
+TEST(SurroundPipelines, ANullHandleIsLoggedAndRefused) {
+    for (const Pipeline& pipeline : kPipelines) {
+        const test::LogCapture log;
+        Pcm in(8 * 240, 1);
+        GuardedBlock out(480);
+        EXPECT_EQ(pipeline.function(nullptr, in.data(), out.data(), 240), 0);
+        EXPECT_TRUE(out.isUntouched());
+        ASSERT_EQ(log.lines().size(), 1U);
+        EXPECT_EQ(log.lines()[0], "[ZubrelAem]: (surround: " + pipeline.null_line);
+    }
+}
+
+TEST(SurroundPipelines, TheDispatchCallsThePipelineOfTypeAndChannels) {
+    for (const Pipeline& pipeline : kPipelines) {
+        Pcm in = test::bursts(1, pipeline.channels * 2400);
+        const auto dispatched = makeSurround(pipeline.channels, pipeline.type);
+        const Pcm expected = surrounded(dispatched.get(), in, pipeline.channels, {2400});
+        EXPECT_FALSE(isSilent(expected));
+        const auto direct = makeSurround(pipeline.channels, pipeline.type);
+        Pcm out(4800);
+        EXPECT_EQ(pipeline.function(direct.get(), in.data(), out.data(), 2400), 2400);
+        EXPECT_EQ(out, expected);
+    }
+}
+
+TEST(SurroundPipelines, AHandleForOtherChannelsIsRefused) {
+    for (const Pipeline& pipeline : kPipelines) {
+        for (const int channels : {1, 2, 6, 8}) {
+            if (static_cast<int>(test::surroundWidth(channels)) == pipeline.channels) continue;
+            const auto handle = makeSurround(channels, pipeline.type);
+            Pcm in(8 * 240, 1);
+            GuardedBlock out(480);
+            EXPECT_EQ(pipeline.function(handle.get(), in.data(), out.data(), 240), 0);
+            EXPECT_TRUE(out.isUntouched());
+            EXPECT_EQ(recordOf(handle).inRing.writeIndex, 0);
+        }
+    }
+}
+
+TEST(SurroundPipelines, ACorruptedHandleGetsNothing) {
+    const auto handle = makeSurround(2, 1);
+    const Pcm in(480, 1);
+    GuardedBlock out(480);
+    recordOf(handle).type = 2;
+    EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 240), 0);
+    recordOf(handle).type = 13;
+    recordOf(handle).channels = 4;
+    EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 240), 0);
+    recordOf(handle).type = 1;
+    EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 240), 0);
+    EXPECT_TRUE(out.isUntouched());
+}
+
+TEST(SurroundPipelines, IsSilentUntilTheFirstBlockIsWhole) {
+    const auto handle = makeSurround(2, 1);
+    const Pcm in(200, 9000);
+    SurroundHandle& record = recordOf(handle);
+    EXPECT_TRUE(isSilent(surrounded(handle.get(), in, 2, {100})));
+    EXPECT_EQ(sonivex::fillLevel(record.inRing), 200);
+    EXPECT_EQ(sonivex::fillLevel(record.outRing), 0);
+    EXPECT_TRUE(isSilent(surrounded(handle.get(), in, 2, {100})));
+    EXPECT_FALSE(isSilent(surrounded(handle.get(), in, 2, {100})));
+    EXPECT_EQ(sonivex::fillLevel(record.inRing), 2 * 60);
+    EXPECT_EQ(sonivex::fillLevel(record.outRing), 280);
+}
+
+TEST(SurroundPipelines, CallsOfABlockHaveNoDelay) {
+    for (const int channels : {2, 6, 8}) {
+        const auto handle = makeSurround(channels, 1);
+        SurroundHandle& record = recordOf(handle);
+        for (int call = 0; call < 5; ++call) {
+            const Pcm in = test::noise(9, channels * 240, 9000);
+            EXPECT_FALSE(isSilent(surrounded(handle.get(), in, channels, {240})));
+            EXPECT_EQ(sonivex::fillLevel(record.inRing), 0);
+            EXPECT_EQ(sonivex::fillLevel(record.outRing), 0);
+        }
+        EXPECT_EQ(record.inRing.writeIndex, 5 * 240 * channels % sonivex::kRingSamples);
+        EXPECT_EQ(record.outRing.writeIndex, 5 * 480);
+    }
+}
+
+TEST(SurroundPipelines, NoFramesRenderWhatStillWaits) {
+    const auto handle = makeSurround(2, 1);
+    SurroundHandle& record = recordOf(handle);
+    const Pcm waiting(700, 3000);
+    sonivex::writeSamples(record.inRing, waiting.data(), 700);
+    GuardedBlock out(1);
+    const short in = 1;
+    EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), 0), 0);
+    EXPECT_TRUE(out.isUntouched());
+    EXPECT_EQ(sonivex::fillLevel(record.inRing), 220);
+    EXPECT_EQ(sonivex::fillLevel(record.outRing), 480);
+}
+
+TEST(SurroundPipelines, NegativeFramesMeanThatNothingIsReadOrWritten) {
+    const auto handle = makeSurround(6, 13);
+    GuardedBlock out(1);
+    const short in = 1;
+    EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), -1), -2);
+    EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), -240), -480);
+    EXPECT_TRUE(out.isUntouched());
+    EXPECT_EQ(recordOf(handle).inRing.writeIndex, 0);
+}
+
+TEST(SurroundPipelines, NullArgumentsAreRefused) {
+    const auto handle = makeSurround(2, 1);
+    const Pcm in(480, 1);
+    GuardedBlock out(480);
+    const test::LogCapture log;
+    EXPECT_EQ(aem_ProcessSurround(nullptr, in.data(), out.data(), 240), 0);
+    EXPECT_EQ(aem_ProcessSurround(handle.get(), nullptr, out.data(), 240), 0);
+    EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), nullptr, 240), 0);
+    EXPECT_TRUE(out.isUntouched());
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(recordOf(handle).inRing.writeIndex, 0);
+}
+
+TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRefused) {
+    const short in = 1;
+    GuardedBlock out(1);
+    for (const int channels : {2, 6, 8}) {
+        const auto handle = makeSurround(channels, 1);
+        for (const int frames : {INT_MAX, INT_MAX / channels + 1, INT_MIN, INT_MIN / channels - 1}) {
+            EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), frames), 0) << frames;
+        }
+        EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), INT_MIN / channels),
+                  INT_MIN / channels * 2);
+        EXPECT_EQ(recordOf(handle).inRing.writeIndex, 0);
+    }
+    EXPECT_TRUE(out.isUntouched());
+}
+
+TEST(SurroundPipelines, NothingOutsideTheOutputIsWritten) {
+    for (const int channels : {1, 2, 6, 8}) {
+        for (const int type : {1, 13}) {
+            const auto handle = makeSurround(channels, type);
+            for (const int frames : {1, 239, 240, 241, 5000, 45000}) {
+                const auto samples = test::surroundWidth(channels) * static_cast<std::size_t>(frames);
+                const Pcm in(samples, -700);
+                GuardedBlock out(2 * static_cast<std::size_t>(frames));
+                EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), frames), 2 * frames);
+                EXPECT_TRUE(out.guardsAreWhole()) << channels << " channels, " << frames << " frames";
+                EXPECT_EQ(std::count(in.begin(), in.end(), -700), static_cast<std::ptrdiff_t>(samples));
+            }
+        }
+    }
+}
+
+/* Stereo with one tap for each channel at its own ear, so that the conversions on both sides show. */
+Pcm throughGain(const Pcm& in, float gain, int limiter) {
+    const auto handle = makeSurround(2, 1, 0, limiter);
+    ConvolveReverbInspector inspector(*recordOf(handle).reverb);
+    const float silence = 0.0F;
+    inspector.agent(0).init(256, 12768, &gain, 1);
+    inspector.agent(1).init(256, 12768, &silence, 1);
+    inspector.agent(2).init(256, 12768, &silence, 1);
+    inspector.agent(3).init(256, 12768, &gain, 1);
+    return surrounded(handle.get(), in, 2, {240});
+}
+
+TEST(SurroundPipelines, TheHardClipCutsFractionsAndHoldsFullScale) {
+    Pcm in(480, 0);
+    in[0] = 32767;
+    in[3] = -32768;
+    const Pcm half = throughGain(in, 0.5F, 0);
+    EXPECT_EQ(half[0], 16383);  // 16383.5
+    EXPECT_EQ(half[3], -16384);
+    const Pcm louder = throughGain(in, 1.5F, 0);
+    EXPECT_EQ(louder[0], 32767);
+    EXPECT_EQ(louder[3], -32768);
+}
+
+/* The limiter's idle gain starts at 1 and has not moved at the first sample but for its smoothing: 0.9998. */
+TEST(SurroundPipelines, TheLimiterTakesSamplesInInt16UnitsWithAScaleForEachHalf) {
+    Pcm in(480, 0);
+    in[0] = 32767;
+    const float scaled = 0.5F * 32767.0F;
+    Au2LimiterState* limiter = nullptr;
+    au2_limiter_create(&limiter);
+    au2_limiter_reset(limiter);
+    std::vector<float> units(480, 0.0F);
+    units[0] = scaled;
+    std::vector<float> expected(480);
+    au2_limiter_proc(limiter, units.data(), 480, expected.data());
+    au2_limiter_free(limiter);
+    EXPECT_EQ(throughGain(in, 0.5F, 1)[0], static_cast<std::int16_t>(expected[0]));
+}
+
+/* One sequence for both ears: a peak in the left one turns the right one down within the same frame. */
+TEST(SurroundPipelines, TheLimiterHasOneGainForBothEars) {
+    Pcm in(480, 0);
+    for (std::size_t i = 0; i < 480; i += 2) {
+        in[i] = 32767;
+        in[i + 1] = 8000;
+    }
+    const Pcm out = throughGain(in, 2.0F, 1);
+    EXPECT_LE(out[400], 32440);
+    EXPECT_NEAR(out[401], 16000.0 * 32440.32 / (2 * 32767.0), 200);
+}
+
+}  // namespace
