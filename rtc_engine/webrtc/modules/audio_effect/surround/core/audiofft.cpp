@@ -19,8 +19,8 @@ void makeRoots(double* table, int doubles) {
     const sonivex::UnitRoots roots(doubles);
     for (int j = 0; j < doubles / 2; ++j) {
         const sonivex::UnitPoint point = roots.at(j);
-        table[2 * j] = point.cosine;
-        table[2 * j + 1] = point.sine;
+        *table++ = point.cosine;
+        *table++ = point.sine;
     }
 }
 
@@ -30,9 +30,14 @@ void makeHalfCosines(double* table, int count) {
     for (int j = 0; j < count; ++j) table[j] = 0.5 * roots.at(j).cosine;
 }
 
+/* Points of a complex transform on n doubles. */
+std::size_t pointsOf(int n) {
+    return static_cast<std::size_t>(n / 2);
+}
+
 /* What the passes of radix 4 have left over. */
 void finishTransform(int n, int done, double* a) {
-    if (done < n) radix2LastPass(a, n / 2);
+    if (done < n) radix2LastPass(a, pointsOf(n));
 }
 
 }  // namespace
@@ -101,16 +106,16 @@ void OouraFFT::rdft(int n, int isgn, double* a, int* ip, double* w) {
     if (isgn >= 0) {
         bitrv2(n, work, a);
         cftfsub(n, a, w);
-        spectrumOfPairsToReal(a, n, half_cosines);
+        spectrumOfPairsToReal(a, static_cast<std::size_t>(n), half_cosines);
     } else {
-        spectrumOfRealToPairs(a, n, half_cosines);
+        spectrumOfRealToPairs(a, static_cast<std::size_t>(n), half_cosines);
         bitrv2(n, work, a);
         cftbsub(n, a, w);
     }
 }
 
 void OouraFFT::bitrv2(int n, int* ip, double* a) {
-    reversePointOrder(a, n / 2, ip);
+    reversePointOrder(a, pointsOf(n), ip);
 }
 
 void OouraFFT::cftfsub(int n, double* a, double* w) {
@@ -121,16 +126,16 @@ void OouraFFT::cftfsub(int n, double* a, double* w) {
 
 void OouraFFT::cftbsub(int n, double* a, double* w) {
     int l = 2;
-    for (; 4 * l <= n; l *= 4) radix4Pass(a, n / 2, l / 2, w, Turn::kBackward);
+    for (; 4 * l <= n; l *= 4) radix4Pass(a, pointsOf(n), pointsOf(l), w, Turn::kBackward);
     finishTransform(n, l, a);
 }
 
 void OouraFFT::cft1st(int n, double* a, double* w) {
-    radix4Pass(a, n / 2, 1, w, Turn::kForward);
+    radix4Pass(a, pointsOf(n), 1, w, Turn::kForward);
 }
 
 void OouraFFT::cftmdl(int n, int l, double* a, double* w) {
-    radix4Pass(a, n / 2, l / 2, w, Turn::kForward);
+    radix4Pass(a, pointsOf(n), pointsOf(l), w, Turn::kForward);
 }
 
 }  // namespace details

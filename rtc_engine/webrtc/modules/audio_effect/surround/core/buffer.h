@@ -9,7 +9,24 @@
 namespace fftconvolver {
 
 /* Four floats: what the spectrum arithmetic handles at a time. */
-inline constexpr std::align_val_t kBufferAlignment{16};
+inline constexpr std::size_t kBufferAlignment = 16;
+
+/* The usual allocation function where it aligns enough: the other one rounds every size up once more. */
+inline constexpr bool kAlignsAnyway = kBufferAlignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__;
+
+/** Null when there is no memory. */
+inline void* allocateAligned(std::size_t bytes) {
+    if constexpr (kAlignsAnyway) return ::operator new(bytes, std::nothrow);
+    return ::operator new (bytes, std::align_val_t{kBufferAlignment}, std::nothrow);
+}
+
+inline void freeAligned(void* memory) {
+    if constexpr (kAlignsAnyway) {
+        ::operator delete(memory);
+    } else {
+        ::operator delete (memory, std::align_val_t{kBufferAlignment});
+    }
+}
 
 /** An array of numbers that starts at a multiple of 16 bytes. Owns its memory. */
 template <typename Number>
@@ -26,8 +43,7 @@ class Buffer {
         if (count != size_) {
             release();
             if (count > 0 && count <= std::numeric_limits<std::size_t>::max() / sizeof(Number)) {
-                data_ = static_cast<Number*>(
-                    ::operator new(count * sizeof(Number), kBufferAlignment, std::nothrow));
+                data_ = static_cast<Number*>(allocateAligned(count * sizeof(Number)));
             }
             size_ = count;
         }
@@ -61,7 +77,7 @@ class Buffer {
 
   private:
     void release() {
-        ::operator delete(data_, kBufferAlignment);
+        freeAligned(data_);
         data_ = nullptr;
     }
 

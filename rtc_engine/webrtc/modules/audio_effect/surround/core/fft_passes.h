@@ -21,13 +21,15 @@
  * im = a.re*b.im + a.im*b.re, and nothing is fused. A vector variant does the same per element. */
 #pragma once
 
+#include <cstddef>
+
 namespace audiofft::details {
 
 /** Put point k at the place of its index with the binary digits in reverse.
  *  @param points  [count] complex numbers.
  *  @param count   a power of two.
  *  @param offsets work area of sqrt(count) ints, overwritten. */
-void reversePointOrder(double* points, int count, int* offsets);
+void reversePointOrder(double* points, std::size_t count, int* offsets);
 
 /** The sign of i in the formulas above. */
 enum class Turn { kForward, kBackward };
@@ -37,10 +39,10 @@ enum class Turn { kForward, kBackward };
  *  @param distance points between the legs of a butterfly.
  *  @param roots    e^(i pi/4 * r(j)) as (cos, sin) for j = 0 .. count / (8 * distance) - 1, whatever the
  *                  direction; not read when the pass has no more than two blocks. */
-void radix4Pass(double* points, int count, int distance, const double* roots, Turn turn);
+void radix4Pass(double* points, std::size_t count, std::size_t distance, const double* roots, Turn turn);
 
 /** The last pass when count is not a power of four: sums and differences of the two halves. */
-void radix2LastPass(double* points, int count);
+void radix2LastPass(double* points, std::size_t count);
 
 /* A real signal x of n samples is transformed as the n/2 complex numbers x[2j] + i x[2j+1], with spectrum Z.
  * Its own spectrum X[k] = sum x[j] e^(+2 pi i jk / n), for k and m = n/2 - k together:
@@ -52,9 +54,9 @@ void radix2LastPass(double* points, int count);
  *   half_cosines  cos(j * 2 pi / n) / 2 for j = 0 .. n/4 - 1; they hold the sines too, from the other end. */
 
 /** Z to X, in place on n doubles, n >= 4. */
-void spectrumOfPairsToReal(double* spectrum, int n, const double* half_cosines);
+void spectrumOfPairsToReal(double* spectrum, std::size_t n, const double* half_cosines);
 
 /** X to Z: undoes spectrumOfPairsToReal. */
-void spectrumOfRealToPairs(double* spectrum, int n, const double* half_cosines);
+void spectrumOfRealToPairs(double* spectrum, std::size_t n, const double* half_cosines);
 
 }  // namespace audiofft::details

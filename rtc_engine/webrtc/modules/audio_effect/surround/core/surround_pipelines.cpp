@@ -21,9 +21,9 @@ constexpr const char* kLogNullHandle = "[audio]::kv surround handle is NULL.\n";
 constexpr const char* kLogNullHandleOfBingo2 = "[KelvoSurround]::kv surround handle is NULL.\n";
 
 struct Pipeline {
-    int width;  // samples of an input frame
-    void (*render)(ConvolveReverb& reverb, const float* in, float* out);
-    int log_line;  // part of the log lines, see effect_log.h
+    int width = 0;  // samples of an input frame
+    void (*render)(ConvolveReverb& reverb, const float* in, float* out) = nullptr;
+    int log_line = 0;  // part of the log lines, see effect_log.h
     const char* log_null_handle = kLogNullHandle;
 };
 
