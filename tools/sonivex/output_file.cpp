@@ -12,6 +12,7 @@
 #include <random>
 
 #include "failure.h"
+#include "interrupt.h"
 
 namespace sonivex_tool {
 namespace {
@@ -90,6 +91,7 @@ void OutputFile::createTemporary() {
         mDescriptor = ::open(candidate.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
         if (mDescriptor >= 0) {
             mTemporary = candidate.string();
+            removeOnSecondSignal(mTemporary.c_str());
             break;
         }
         if (errno != EEXIST) fail(errno);
@@ -148,6 +150,7 @@ void OutputFile::commit() {
     // Network file systems report a full disk only here.
     if (::close(descriptor) != 0 && errno != EINTR) fail(errno);
     giveName();
+    removeOnSecondSignal(nullptr);
     mTemporary.clear();
 }
 
@@ -178,7 +181,9 @@ void OutputFile::close() {
     }
     if (mDescriptor >= 0) ::close(mDescriptor);
     mDescriptor = -1;
-    if (!mTemporary.empty()) ::unlink(mTemporary.c_str());
+    if (mTemporary.empty()) return;
+    ::unlink(mTemporary.c_str());
+    removeOnSecondSignal(nullptr);
     mTemporary.clear();
 }
 
