@@ -88,13 +88,15 @@ void OutputFile::createTemporary() {
     const std::filesystem::path destination(mDestination);
     for (int i = 0; i < kMaxNameAttempts; ++i) {
         const auto candidate = destination.parent_path() / (".sonivex-" + randomSuffix() + ".part");
+        removeOnSecondSignal(candidate.c_str());  // before it exists, or a signal could come in between
         mDescriptor = ::open(candidate.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
         if (mDescriptor >= 0) {
             mTemporary = candidate.string();
-            removeOnSecondSignal(mTemporary.c_str());
             break;
         }
-        if (errno != EEXIST) fail(errno);
+        const int errorNumber = errno;
+        removeOnSecondSignal(nullptr);
+        if (errorNumber != EEXIST) fail(errorNumber);
     }
     if (mDescriptor < 0) fail(EEXIST);
     // A file that is replaced keeps who may read it; where that cannot be, the umask's choice stands.
