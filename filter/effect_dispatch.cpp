@@ -76,8 +76,7 @@ std::unique_ptr<short[]> sonivexFilter::renderSurround(const InputBlock& in, int
     }
     auto out = makeBlock(outChannels, in.frames);
     const short* samples = widened ? widened.get() : in.samples;
-    const int result =
-        aem_ProcessSurround(mSurroundHandle, samples, out.get(), in.frames);
+    const int result = aem_ProcessSurround(mSurroundHandle, samples, out.get(), in.frames);
     if (result < 0) {
         __log_print(LOG_ERROR, kFilterName, "sonivex ProcessSurround failed! ret=%d", result);
         return nullptr;
