@@ -35,8 +35,6 @@ void filterFrame(benchmark::State& state, AVSampleFormat format, int channels, b
     }
     const double audio_s = static_cast<double>(state.iterations()) * kFrames / kRate_hz;
     state.counters["x_real_time"] = benchmark::Counter(audio_s, benchmark::Counter::kIsRate);
-    state.counters["ms_per_s_of_audio"] =
-        benchmark::Counter(audio_s * 1e-3, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
 void registerAll() {

@@ -15,6 +15,6 @@ find_package(CLI11 2.1 REQUIRED)
 
 if(SONIVEX_DEVELOPER)
     find_package(GTest REQUIRED)
-    find_package(rapidcheck QUIET)
+    find_package(rapidcheck REQUIRED)
     find_package(benchmark REQUIRED)
 endif()

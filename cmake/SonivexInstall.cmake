@@ -1,6 +1,11 @@
 # What `cmake --install` lays down, and how other projects find it: find_package(Sonivex), pkg-config sonivex.
 include(CMakePackageConfigHelpers)
 
+# Installed anywhere, they find each other.
+set_target_properties(SonivexFilter vorlin PROPERTIES INSTALL_RPATH "\$ORIGIN")
+file(RELATIVE_PATH lib_from_bin "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+set_target_properties(sonivex PROPERTIES INSTALL_RPATH "\$ORIGIN/${lib_from_bin}")
+
 install(
     TARGETS SonivexFilter vorlin sonivex_headers sonivex
     EXPORT SonivexTargets

@@ -39,8 +39,9 @@ sonivexFilter::~sonivexFilter() {
 bool sonivexFilter::init(uint64_t) {
     __log_print(LOG_INFO, kFilterName, "sonivex init");
     if (mActive && !mThread) {
-        mThread = std::make_unique<qfThread>([this] { return FilterLoop(); }, kFilterName);
-        mThread->start();
+        auto worker = std::make_unique<qfThread>([this] { return FilterLoop(); }, kFilterName);
+        worker->start();
+        mThread = std::move(worker);
     }
     return true;
 }

@@ -31,11 +31,13 @@ TEST_F(RenderMessage, TheSummaryStandsAloneOnStandardOutput) {
     const auto result = say({});
     EXPECT_THAT(result.out, StartsWith("Input"));
     EXPECT_THAT(result.out, HasSubstr("Loudness"));
-    EXPECT_THAT(result.out, HasSubstr("0 dropped, 0 bypassed"));
+    EXPECT_THAT(result.out, HasSubstr("of the filter, 0 dropped, 0 bypassed"));
     // The mixer of the normalizer prints a line of its own.
     EXPECT_THAT(result.out, Not(HasSubstr("Version")));
     EXPECT_THAT(result.err, HasSubstr("Version"));
     EXPECT_THAT(result.err, HasSubstr("in.wav -> "));
+    // Only an error begins so.
+    EXPECT_THAT(result.err, Not(HasSubstr("sonivex: ")));
 }
 
 TEST_F(RenderMessage, JsonIsOneObjectOnOneLine) {
@@ -66,6 +68,32 @@ TEST_F(RenderMessage, SilenceHasNoLoudness) {
     const auto report = render({file("silence.wav"), file("out.wav")});
     EXPECT_TRUE(report["input"]["integrated_lufs"].is_null());
     EXPECT_TRUE(report["output"]["sample_peak_dbfs"].is_null());
+}
+
+// A file opened while a standard descriptor is closed would take its number, and the messages with it.
+TEST_F(RenderMessage, ClosedDescriptorsPutNoMessageIntoTheOutput) {
+    say({});
+    const std::string expected = test::readFile(file("out.wav"));
+    int number = 0;
+    for (const char* closed : {"<&-", "2>&-", "<&- 2>&-", "<&- >&- 2>&-"}) {
+        const std::string out = file("closed" + std::to_string(number++) + ".wav");
+        runRedirected(closed, {file("in.wav"), out, "--verbose"});
+        EXPECT_TRUE(test::readFile(out) == expected) << closed;
+    }
+}
+
+TEST_F(RenderMessage, ASummaryThatCannotBeWrittenIsAFailureAfterTheOutputIsWhole) {
+    say({});
+    const std::string expected = test::readFile(file("out.wav"));
+    int number = 0;
+    for (const char* output : {">&-", ">/dev/full"}) {
+        const std::string out = file("unheard" + std::to_string(number++) + ".wav");
+        const auto result = runRedirected(output, {file("in.wav"), out});
+        EXPECT_EQ(result.exitCode, 1) << output;
+        EXPECT_THAT(result.err, HasSubstr("sonivex: standard output cannot be written")) << output;
+        EXPECT_TRUE(test::readFile(out) == expected) << output;
+        EXPECT_EQ(runRedirected(output, {file("in.wav"), out, "--force", "--quiet"}).exitCode, 0) << output;
+    }
 }
 
 TEST_F(RenderMessage, HelpAndVersionGoToStandardOutput) {

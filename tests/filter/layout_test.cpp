@@ -77,10 +77,35 @@ TEST(Layouts, TheDefaultLayoutsKeepEveryLoudspeakerInItsPlace) {
     }
 }
 
-TEST(Layouts, SideLoudspeakersOfFivePointOneComeOutOfTheBackPair) {
-    const FrameSpec side{.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .layout = "5.1(side)"};
-    for (int speaker = 0; speaker < 6; ++speaker) {
-        EXPECT_EQ(soundingChannels(side, speaker), std::vector{speaker});
+// Where the loudspeakers of a layout are heard in the default layout of the same count: in their own place if
+// it has one, else folded into their neighbours.
+struct Mapping {
+    const char* layout;
+    std::vector<std::vector<int>> heardAt;
+};
+
+// Default layouts: FL FR FC LFE BL BR and FL FR FC LFE BL BR SL SR.
+const Mapping kMappings[] = {
+    {"5.1", {{0}, {1}, {2}, {3}, {4}, {5}}},
+    {"5.1(side)", {{0}, {1}, {2}, {3}, {4}, {5}}},     // FL FR FC LFE SL SR
+    {"6.0", {{0}, {1}, {2}, {4, 5}, {4}, {5}}},        // FL FR FC BC SL SR
+    {"6.0(front)", {{0}, {1}, {0}, {1}, {4}, {5}}},    // FL FR FLC FRC SL SR
+    {"hexagonal", {{0}, {1}, {2}, {4}, {5}, {4, 5}}},  // FL FR FC BL BR BC
+    {"7.1", {{0}, {1}, {2}, {3}, {4}, {5}, {6}, {7}}},
+    {"7.1(wide)", {{0}, {1}, {2}, {3}, {4}, {5}, {0}, {1}}},       // FL FR FC LFE BL BR FLC FRC
+    {"7.1(wide-side)", {{0}, {1}, {2}, {3}, {0}, {1}, {6}, {7}}},  // FL FR FC LFE FLC FRC SL SR
+    {"octagonal", {{0}, {1}, {2}, {4}, {5}, {4, 5}, {6}, {7}}},    // FL FR FC BL BR BC SL SR
+};
+
+TEST(Layouts, NamedLoudspeakersAreHeardWhereTheDefaultLayoutHasThemOrTheirNeighbours) {
+    for (const Mapping& mapping : kMappings) {
+        const int channels = static_cast<int>(mapping.heardAt.size());
+        for (int speaker = 0; speaker < channels; ++speaker) {
+            const FrameSpec spec{
+                .format = AV_SAMPLE_FMT_FLTP, .channels = channels, .layout = mapping.layout};
+            EXPECT_EQ(soundingChannels(spec, speaker), mapping.heardAt[static_cast<std::size_t>(speaker)])
+                << mapping.layout << ", loudspeaker " << speaker;
+        }
     }
 }
 

@@ -52,7 +52,8 @@ void trimFrame(AVFrame& frame, int skip, int keep) {
     const auto format = static_cast<AVSampleFormat>(frame.format);
     const bool planar = av_sample_fmt_is_planar(format) != 0;
     const int planes = planar ? frame.ch_layout.nb_channels : 1;
-    const ptrdiff_t step = av_get_bytes_per_sample(format) * (planar ? 1 : frame.ch_layout.nb_channels);
+    const ptrdiff_t step =
+        ptrdiff_t{av_get_bytes_per_sample(format)} * (planar ? 1 : frame.ch_layout.nb_channels);
     assert(planes <= AV_NUM_DATA_POINTERS);
     for (int plane = 0; plane < planes; ++plane) frame.data[plane] += skip * step;
     frame.extended_data = frame.data;

@@ -12,6 +12,7 @@
 #include <random>
 
 #include "failure.h"
+#include "interrupt.h"
 
 namespace sonivex_tool {
 namespace {
@@ -87,16 +88,24 @@ void OutputFile::createTemporary() {
     const std::filesystem::path destination(mDestination);
     for (int i = 0; i < kMaxNameAttempts; ++i) {
         const auto candidate = destination.parent_path() / (".sonivex-" + randomSuffix() + ".part");
+        removeOnSecondSignal(candidate.c_str());  // before it exists, or a signal could come in between
         mDescriptor = ::open(candidate.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
         if (mDescriptor >= 0) {
             mTemporary = candidate.string();
             break;
         }
-        if (errno != EEXIST) fail(errno);
+        const int errorNumber = errno;
+        removeOnSecondSignal(nullptr);
+        if (errorNumber != EEXIST) fail(errorNumber);
     }
     if (mDescriptor < 0) fail(EEXIST);
     // A file that is replaced keeps who may read it; where that cannot be, the umask's choice stands.
     if (const auto old = statOf(mDestination)) (void)!::fchmod(mDescriptor, old->st_mode & 07777U);
+}
+
+int OutputFile::remember(int errorNumber) {
+    if (mErrorNumber == 0) mErrorNumber = errorNumber;
+    return AVERROR(errorNumber);
 }
 
 int OutputFile::writeAll(const uint8_t* data, size_t bytes) {
@@ -104,10 +113,7 @@ int OutputFile::writeAll(const uint8_t* data, size_t bytes) {
     while (written < bytes) {
         const ssize_t count = ::write(mDescriptor, data + written, bytes - written);
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) {
-            if (mErrorNumber == 0) mErrorNumber = errno;
-            return AVERROR(errno);
-        }
+        if (count < 0) return remember(errno);
         written += static_cast<size_t>(count);
     }
     return static_cast<int>(bytes);
@@ -119,7 +125,7 @@ int64_t OutputFile::seek(int64_t offset, int whence) {
         return ::fstat(mDescriptor, &status) == 0 ? status.st_size : AVERROR(errno);
     }
     const off_t position = ::lseek(mDescriptor, offset, whence & ~AVSEEK_FORCE);
-    return position >= 0 ? position : AVERROR(errno);
+    return position >= 0 ? position : remember(errno);
 }
 
 void OutputFile::throwIfFailed() const {
@@ -135,11 +141,18 @@ void OutputFile::fail(int errorNumber) const {
 void OutputFile::commit() {
     avio_flush(mIo);
     throwIfFailed();
+    // Else a crash of the machine soon after could leave the name on a file whose contents never arrived.
+    int result = 0;
+    do {
+        result = ::fsync(mDescriptor);
+    } while (result != 0 && errno == EINTR);
+    if (result != 0 && errno != EINVAL) fail(errno);  // EINVAL: this file system has no such thing
     const int descriptor = mDescriptor;
     mDescriptor = -1;
     // Network file systems report a full disk only here.
     if (::close(descriptor) != 0 && errno != EINTR) fail(errno);
     giveName();
+    removeOnSecondSignal(nullptr);
     mTemporary.clear();
 }
 
@@ -170,7 +183,9 @@ void OutputFile::close() {
     }
     if (mDescriptor >= 0) ::close(mDescriptor);
     mDescriptor = -1;
-    if (!mTemporary.empty()) ::unlink(mTemporary.c_str());
+    if (mTemporary.empty()) return;
+    ::unlink(mTemporary.c_str());
+    removeOnSecondSignal(nullptr);
     mTemporary.clear();
 }
 

@@ -11,7 +11,8 @@ namespace sonivex_tool {
 /** A file that appears only when it is whole.
  *
  *  It is written under a temporary name in the folder where it shall be, and renamed by `commit`. Without a
- * commit the destructor removes it. A symbolic link is followed: what it points at is replaced. */
+ * commit the destructor removes it, and so does a second signal (see interrupt.h), of one such object. A
+ * symbolic link is followed: what it points at is replaced. */
 class OutputFile {
   public:
     /** Say early what would stop `commit`. @throw Failure (OutputExists) */
@@ -30,12 +31,14 @@ class OutputFile {
     /** Raise the first write or seek that failed. */
     void throwIfFailed() const;
 
-    /** Write what is buffered, close, and give the file its name. */
+    /** Write what is buffered through to the disk, close, and give the file its name. */
     void commit();
 
   private:
     void createTemporary();
     void giveName();
+    /** @return the AVERROR of an error that `throwIfFailed` shall raise, if it is the first. */
+    int remember(int errorNumber);
     int writeAll(const uint8_t* data, size_t bytes);
     int64_t seek(int64_t offset, int whence);
     [[noreturn]] void fail(int errorNumber) const;

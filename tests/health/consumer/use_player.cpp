@@ -1,12 +1,20 @@
-#include <vorlin/filter_prototype.h>
-#include <vorlin/plugin.h>
+// As the embedding guide shows it.
+#include <vorlin/av_frame.h>
+#include <vorlin/player.h>
 
 #include <iostream>
 
 int main(int argc, char** argv) {
     std::string error;
-    const auto plugin = Vorlin::Plugin::load(argc > 1 ? argv[1] : "", error);
-    std::cout << error << '\n';
-    const auto filter = Vorlin::filterPrototype::createFilter("sonivex", {}, {}, false);
-    return filter && filter->getName() == "SonivexFilter" ? 0 : 1;
+    auto plugin = Vorlin::Plugin::load(argc > 1 ? argv[1] : "libSonivexFilter.so", error);
+    int frames = 0;
+    auto player = Vorlin::Player::create(plugin, {}, [&](std::unique_ptr<Vorlin::IQFFrame>) { ++frames; });
+    if (!player) {
+        std::cerr << error << '\n';
+        return 1;
+    }
+    player->setOptions(R"({"enable_normalizer": true})");
+    player->push(std::make_unique<Vorlin::AVQFFrame>(nullptr));
+    player->drain();
+    return frames == 1 && player->filter().getName() == "SonivexFilter" ? 0 : 1;
 }

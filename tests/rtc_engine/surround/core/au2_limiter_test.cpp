@@ -182,6 +182,19 @@ TEST(Au2Limiter, NotANumberDoesNotDisturbTheSamplesAfterIt) {
     EXPECT_TRUE(std::equal(out.begin() + 11, out.end(), expected.begin() + 11));
 }
 
+TEST(Au2Limiter, NotANumberIsForgottenWhileEachSampleIsDetected) {
+    for (int position = 64; position < 128; ++position) {
+        const auto limiter = makeLimiter();
+        limiter->lookahead = 1;
+        std::vector<float> in(300, 40000.0F);
+        in[static_cast<std::size_t>(position)] = std::numeric_limits<float>::quiet_NaN();
+        const std::vector<float> out = limit(*limiter, in, 1);
+        const auto nans = std::count_if(out.begin(), out.end(), [](float y) { return std::isnan(y); });
+        EXPECT_EQ(nans, 1) << "NaN at " << position;
+        EXPECT_FALSE(std::isnan(limiter->gain)) << "NaN at " << position;
+    }
+}
+
 TEST(Au2Limiter, RecoversFromInfinity) {
     const auto limiter = makeLimiter();
     limit(*limiter, {std::numeric_limits<float>::infinity()}, 1);

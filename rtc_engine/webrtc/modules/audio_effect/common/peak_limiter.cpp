@@ -59,7 +59,10 @@ bool limitPeaks(const PeakLimiterFields& fields, const float* in, int count, flo
 
     for (int i = 0; i < count; ++i) {
         const float sample = in[i];
-        const float level = detects_per_sample ? std::fabs(sample) : block_peak;
+        const float magnitude = std::fabs(sample);
+        /* A NaN has no level: in the tree it would stay for ever, being neither more nor less than its
+         * sibling. */
+        const float level = !detects_per_sample ? block_peak : magnitude >= 0.0F ? magnitude : 0.0F;
         if (level > threshold) {
             if (!is_limiting) std::fill_n(tree, kLimiterTreeEntries, 0.0F);
             is_limiting = true;
