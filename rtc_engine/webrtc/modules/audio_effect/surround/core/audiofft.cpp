@@ -100,7 +100,6 @@ void OouraFFT::ifft(float* data, const float* re, const float* im) {
 }
 
 void OouraFFT::rdft(int n, int isgn, double* a, int* ip, double* w) {
-    if (!std::has_single_bit(static_cast<unsigned>(n))) return;
     const double* const half_cosines = w + ip[0];
     int* const work = ip + kTableSizes;
     if (isgn >= 0) {
