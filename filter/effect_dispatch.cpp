@@ -72,7 +72,8 @@ std::unique_ptr<short[]> sonivexFilter::renderSurround(const InputBlock& in, int
     std::unique_ptr<short[]> widened;
     if (in.channels == 1) {
         widened = makeBlock(2, in.frames);
-        for (int i = 0; i < in.frames; ++i) widened[2 * i] = widened[2 * i + 1] = in.samples[i];
+        short* stereo = widened.get();
+        for (int i = 0; i < in.frames; ++i) stereo[2 * i] = stereo[2 * i + 1] = in.samples[i];
     }
     auto out = makeBlock(outChannels, in.frames);
     const short* samples = widened ? widened.get() : in.samples;
