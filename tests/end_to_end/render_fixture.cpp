@@ -12,6 +12,14 @@ ProcessResult RenderTest::run(const std::vector<std::string>& arguments, const P
     return runProcess(command(arguments), options);
 }
 
+ProcessResult RenderTest::runRedirected(const std::string& redirections,
+                                        const std::vector<std::string>& arguments) {
+    std::vector<std::string> all = {"sh", "-c", "exec \"$@\" " + redirections, "sh"};
+    const auto program = command(arguments);
+    all.insert(all.end(), program.begin(), program.end());
+    return runProcess(all);
+}
+
 nlohmann::json RenderTest::render(const std::vector<std::string>& arguments) {
     std::vector<std::string> all = arguments;
     all.emplace_back("--json");

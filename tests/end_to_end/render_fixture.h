@@ -20,6 +20,10 @@ class RenderTest : public testing::Test {
     static std::vector<std::string> command(const std::vector<std::string>& arguments);
     static ProcessResult run(const std::vector<std::string>& arguments, const ProcessOptions& options = {});
 
+    /** Run after a shell has applied `redirections`, such as "2>&-". */
+    static ProcessResult runRedirected(const std::string& redirections,
+                                       const std::vector<std::string>& arguments);
+
     /** Run with --json, which must succeed, and parse what it prints. */
     static nlohmann::json render(const std::vector<std::string>& arguments);
 

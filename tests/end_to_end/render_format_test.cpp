@@ -117,6 +117,42 @@ TEST_F(RenderSamples, EverySampleStaysInItsPlace) {
     EXPECT_EQ(wrong, 0U);
 }
 
+// Each channel holds a tone of another pitch, and so quiet that nothing limits.
+TEST_F(RenderSamples, EveryChannelOfEveryLayoutComesOutOfItsOwnPosition) {
+    const std::vector<std::pair<std::string, size_t>> layouts = {
+        {"5.1", 6}, {"5.1(side)", 6}, {"6.0", 6},       {"6.0(front)", 6},    {"hexagonal", 6},
+        {"7.1", 8}, {"octagonal", 8}, {"7.1(wide)", 8}, {"7.1(wide-side)", 8}};
+    const std::string in = file("in.wav");
+    const std::string out = file("out.wav");
+    for (const auto& [layout, channels] : layouts) {
+        SCOPED_TRACE(layout);
+        std::string tones;
+        for (size_t c = 0; c < channels; ++c)
+            tones += (c > 0 ? "|" : "") + ("0.02*sin(2*PI*" + std::to_string(300 + 100 * c)) + "*t)";
+        test::ffmpeg({"-f", "lavfi", "-i", "aevalsrc=" + tones + ":c=" + layout + ":d=0.5:s=48000", "-c:a",
+                      "pcm_f32le", in});
+        const auto report = render({in, out, "--force"});
+        EXPECT_EQ(report["output"]["channel_layout"], layout);
+        EXPECT_EQ(test::probe(out)["streams"][0]["channel_layout"], layout);
+        const auto before = test::decode(in);
+        const auto after = test::decode(out);
+        ASSERT_EQ(after.size(), before.size());
+        // Whole periods of every tone, so that no tone shows in another.
+        const size_t start = channels * 4800;
+        for (size_t to = 0; to < channels; ++to) {
+            for (size_t from = 0; from < channels; ++from) {
+                double energy = 0.0;
+                double product = 0.0;
+                for (size_t i = start; i < before.size(); i += channels) {
+                    energy += static_cast<double>(before[i + from]) * before[i + from];
+                    product += static_cast<double>(after[i + to]) * before[i + from];
+                }
+                EXPECT_NEAR(product / energy, to == from ? 10.0 : 0.0, 0.1) << from << " in " << to;
+            }
+        }
+    }
+}
+
 TEST_F(RenderSamples, EightBitSamplesStayEightBit) {
     const std::string in = file("in.wav");
     test::ffmpeg(
@@ -135,6 +171,16 @@ TEST_F(RenderSamples, ARateThatTheEncoderLacksIsChangedAndSaid) {
     EXPECT_EQ(report["notes"].size(), 1U);
     const double seconds = static_cast<double>(test::decode(in).size()) / 2 / 44100;
     EXPECT_NEAR(report["length_seconds"].get<double>(), seconds, 0.001);
+}
+
+TEST_F(RenderSamples, ACodecOfOneRatePlaysAtTheRightSpeed) {
+    const std::string in = file("in.wav");
+    test::makeQuietSpeech(in, 1);
+    const auto report = render({in, file("out.g722")});
+    EXPECT_EQ(report["output"]["sample_rate_hz"], 16000);
+    EXPECT_EQ(report["notes"].size(), 1U);
+    const double seconds = static_cast<double>(test::decode(in).size()) / 48000;
+    EXPECT_NEAR(static_cast<double>(test::decode(file("out.g722")).size()) / 16000, seconds, 0.01);
 }
 
 }  // namespace

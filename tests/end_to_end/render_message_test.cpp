@@ -68,6 +68,32 @@ TEST_F(RenderMessage, SilenceHasNoLoudness) {
     EXPECT_TRUE(report["output"]["sample_peak_dbfs"].is_null());
 }
 
+// A file opened while a standard descriptor is closed would take its number, and the messages with it.
+TEST_F(RenderMessage, ClosedDescriptorsPutNoMessageIntoTheOutput) {
+    say({});
+    const std::string expected = test::readFile(file("out.wav"));
+    int number = 0;
+    for (const char* closed : {"<&-", "2>&-", "<&- 2>&-", "<&- >&- 2>&-"}) {
+        const std::string out = file("closed" + std::to_string(number++) + ".wav");
+        runRedirected(closed, {file("in.wav"), out, "--verbose"});
+        EXPECT_TRUE(test::readFile(out) == expected) << closed;
+    }
+}
+
+TEST_F(RenderMessage, ASummaryThatCannotBeWrittenIsAFailureAfterTheOutputIsWhole) {
+    say({});
+    const std::string expected = test::readFile(file("out.wav"));
+    int number = 0;
+    for (const char* output : {">&-", ">/dev/full"}) {
+        const std::string out = file("unheard" + std::to_string(number++) + ".wav");
+        const auto result = runRedirected(output, {file("in.wav"), out});
+        EXPECT_EQ(result.exitCode, 1) << output;
+        EXPECT_THAT(result.err, HasSubstr("sonivex: standard output cannot be written")) << output;
+        EXPECT_TRUE(test::readFile(out) == expected) << output;
+        EXPECT_EQ(runRedirected(output, {file("in.wav"), out, "--force", "--quiet"}).exitCode, 0) << output;
+    }
+}
+
 TEST_F(RenderMessage, HelpAndVersionGoToStandardOutput) {
     for (const std::vector<std::string>& options :
          {std::vector<std::string>{"--help"}, {"--version"}, {"render", "--help"}}) {

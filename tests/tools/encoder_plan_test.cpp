@@ -58,6 +58,24 @@ TEST(EncoderPlan, SaysWhenTheRateMustChange) {
     EXPECT_TRUE(planEncoder("a.opus", specWith(AV_SAMPLE_FMT_FLTP), 0).notes.empty());
 }
 
+TEST(EncoderPlan, ACodecOfOneRateGetsThatRateThoughItsEncoderTakesAny) {
+    const EncoderPlan plan = planEncoder("a.g722", specWith(AV_SAMPLE_FMT_S16, 1, 44100), 0);
+    EXPECT_EQ(plan.spec.rateHz, 16000);
+    EXPECT_EQ(plan.notes.size(), 1U);
+    EXPECT_TRUE(planEncoder("a.g722", specWith(AV_SAMPLE_FMT_S16, 1, 16000), 0).notes.empty());
+}
+
+TEST(EncoderPlan, RefusesFilesThatSayNeitherRateNorChannels) {
+    for (const char* name : {"a.sw", "a.uw", "a.sb", "a.ub", "a.al", "a.ul", "a.aptx", "a.dfpwm"}) {
+        try {
+            planEncoder(name, specWith(AV_SAMPLE_FMT_S16), 0);
+            ADD_FAILURE() << name << " was accepted";
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.exitCode(), ExitCode::OutputFormat) << name;
+        }
+    }
+}
+
 TEST(EncoderPlan, RefusesNamesAndChannelsThatCannotBe) {
     const auto refusal = [](const std::string& name, int channels) {
         try {

@@ -98,6 +98,17 @@ TEST_F(OutputFileTest, RefusesWhatIsThereAndWhatIsNoFile) {
     EXPECT_EQ(check(folder.file("b"), false), ExitCode::Success);
 }
 
+TEST_F(OutputFileTest, RaisesASeekThatFailed) {
+    OutputFile file(folder.file("a"), false);
+    put(file, "text");
+    avio_flush(file.io());
+    EXPECT_EQ(avio_size(file.io()), 4);
+    EXPECT_NO_THROW(file.throwIfFailed());
+    EXPECT_LT(file.io()->seek(file.io()->opaque, -1, SEEK_SET), 0);
+    EXPECT_EQ(failureOf([&] { file.throwIfFailed(); }), ExitCode::OutputNotWritable);
+    EXPECT_EQ(failureOf([&] { file.commit(); }), ExitCode::OutputNotWritable);
+}
+
 TEST_F(OutputFileTest, SaysThatAFolderIsMissing) {
     EXPECT_EQ(failureOf([&] { OutputFile file(folder.file("no/a"), false); }), ExitCode::OutputNotWritable);
 }

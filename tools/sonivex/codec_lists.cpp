@@ -1,6 +1,25 @@
 #include "codec_lists.h"
 
 namespace sonivex_tool {
+namespace {
+
+/** The one rate of a codec whose encoder takes any, and whose streams all play at this one; else 0. */
+int onlyRateHz(AVCodecID codec) {
+    switch (codec) {
+        case AV_CODEC_ID_ADPCM_G722:
+            return 16'000;
+        case AV_CODEC_ID_ADPCM_G726:
+        case AV_CODEC_ID_ADPCM_G726LE:
+        case AV_CODEC_ID_G723_1:
+        case AV_CODEC_ID_GSM:
+        case AV_CODEC_ID_GSM_MS:
+            return 8'000;
+        default:
+            return 0;
+    }
+}
+
+}  // namespace
 
 std::vector<AVSampleFormat> sampleFormats(const AVCodec& codec) {
     std::vector<AVSampleFormat> list;
@@ -11,6 +30,7 @@ std::vector<AVSampleFormat> sampleFormats(const AVCodec& codec) {
 }
 
 std::vector<int> sampleRatesHz(const AVCodec& codec) {
+    if (const int only = onlyRateHz(codec.id); only > 0) return {only};
     std::vector<int> list;
     for (const auto* item = codec.supported_samplerates; item != nullptr && *item != 0; ++item) {
         list.push_back(*item);

@@ -6,7 +6,8 @@
 
 namespace sonivex_tool {
 
-// What an encoder says it can take. An empty list says nothing: anything may do.
+// What an encoder says it can take. An empty list says nothing: anything may do. A codec that only knows one
+// rate has that one, whatever its encoder says.
 
 std::vector<AVSampleFormat> sampleFormats(const AVCodec& codec);
 std::vector<int> sampleRatesHz(const AVCodec& codec);

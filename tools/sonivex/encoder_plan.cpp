@@ -62,6 +62,13 @@ bool holdsAnyPcm(const AVOutputFormat& muxer) {
     return name == "wav" || name == "w64";
 }
 
+/** Whether a file is nothing but samples. A player would have to guess their rate and their channels. */
+bool isHeaderless(const AVOutputFormat& muxer) {
+    const std::string name = muxer.name;
+    if (name == "aptx" || name == "aptx_hd" || name == "dfpwm") return true;
+    return avcodec_get_name(muxer.audio_codec) == "pcm_" + name;
+}
+
 const AVOutputFormat* chooseMuxer(const std::string& path) {
     const std::string extension = std::filesystem::path(path).extension().string();
     const AVOutputFormat* muxer = extension.empty() ? av_guess_format("wav", nullptr, nullptr)
@@ -72,6 +79,10 @@ const AVOutputFormat* chooseMuxer(const std::string& path) {
     if ((muxer->flags & (AVFMT_NOFILE | AVFMT_NEEDNUMBER)) != 0 || muxer->audio_codec == AV_CODEC_ID_NONE) {
         throw Failure(ExitCode::OutputFormat,
                       path + ": " + extension + " is no format for one file of audio");
+    }
+    if (isHeaderless(*muxer)) {
+        throw Failure(ExitCode::OutputFormat,
+                      path + ": " + extension + " keeps neither the sample rate nor the channels");
     }
     return muxer;
 }

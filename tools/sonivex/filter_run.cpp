@@ -3,12 +3,30 @@
 #include "failure.h"
 #include "latency.h"
 #include "plugin_search.h"
+#include "vorlin/av_compat.h"
 #include "vorlin/av_frame.h"
 
 namespace sonivex_tool {
+namespace {
+
+AVChannelLayout byPosition(int channels) {
+    AVChannelLayout layout{};
+    layout.order = AV_CHANNEL_ORDER_UNSPEC;
+    layout.nb_channels = channels;
+    return layout;
+}
+
+void setLayout(AVFrame& frame, const AVChannelLayout& layout) {
+    if (Vorlin::av::setFrameLayout(&frame, layout) < 0) throw std::bad_alloc();
+}
+
+}  // namespace
+
 FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                      const AudioSpec& spec, Timeline::Output output)
-    : mDelayFrames(constantDelayFrames(settings.effect->blockFrames, settings.callFrames).value()),
+    : mSpec(spec),
+      mKeepsChannels(!settings.effect->outputChannels),
+      mDelayFrames(constantDelayFrames(settings.effect->blockFrames, settings.callFrames).value()),
       mTimeline(0, std::move(output)) {
     Vorlin::PlayerConfig config;
     config.filterName = kFilterName;
@@ -16,7 +34,7 @@ FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorli
     config.source.format = spec.format;
     config.source.channels = spec.channels();
     config.source.sample_rate = spec.rateHz;
-    config.source.channel_layout = spec.layout.order == AV_CHANNEL_ORDER_NATIVE ? spec.layout.u.mask : 0;
+    config.source.channel_layout = mKeepsChannels ? 0 : Vorlin::av::layoutMask(spec.layout);
     mPlayer = Vorlin::Player::create(
         plugin, config, [this](std::unique_ptr<Vorlin::IQFFrame> frame) { receive(std::move(frame)); });
     if (mPlayer == nullptr) {
@@ -38,7 +56,9 @@ void FilterRun::receive(std::unique_ptr<Vorlin::IQFFrame> frame) {
         const auto* audio = dynamic_cast<Vorlin::AVQFFrame*>(frame.get());
         const AVFrame* samples = audio != nullptr ? static_cast<AVFrame*>(*audio) : nullptr;
         if (samples == nullptr) return;
-        mTimeline.accept(FramePtr(allocated(av_frame_clone(samples))));
+        FramePtr out(allocated(av_frame_clone(samples)));
+        if (mKeepsChannels) setLayout(*out, mSpec.layout);
+        mTimeline.accept(std::move(out));
     } catch (...) {
         mOutputError = std::current_exception();
     }
@@ -54,6 +74,7 @@ void FilterRun::check(int result) {
 void FilterRun::push(FramePtr frame) {
     frame->pts = mPushedFrames;
     mPushedFrames += frame->nb_samples;
+    if (mKeepsChannels) setLayout(*frame, byPosition(mSpec.channels()));
     check(mPlayer->push(std::make_unique<Vorlin::AVQFFrame>(frame.release())));
 }
 

@@ -40,6 +40,10 @@ class FilterRun {
     void receive(std::unique_ptr<Vorlin::IQFFrame> frame);
     void check(int result);
 
+    AudioSpec mSpec;
+    /** The effect takes channels by position and hands out as many. A named layout would only make the filter
+     * remix them to the default layout of their count, so it is kept from the filter. */
+    bool mKeepsChannels;
     int64_t mDelayFrames;
     Timeline mTimeline;
     int64_t mPushedFrames = 0;

@@ -1,5 +1,8 @@
 // sonivex: the filter from the command line. One subcommand does one thing; see docs/command-line.md.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <exception>
 #include <new>
 
@@ -13,6 +16,18 @@ using sonivex_tool::ExitCode;
 
 int exitWith(ExitCode code) {
     return static_cast<int>(code);
+}
+
+/** A file that is opened while a standard descriptor is closed takes its number, and then what the program or
+ * an effect prints ends in that file. So /dev/null stands in for each, opened the wrong way round: using it
+ * still fails as it does on a closed descriptor. @return whether all three are open */
+bool occupyStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) >= 0) continue;
+        const int wrongWay = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        if (open("/dev/null", wrongWay) != descriptor) return false;
+    }
+    return true;
 }
 
 int parseAndRun(int argc, char** argv) {
@@ -36,6 +51,7 @@ int parseAndRun(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (!occupyStandardDescriptors()) return exitWith(ExitCode::Internal);
     try {
         return parseAndRun(argc, argv);
     } catch (const sonivex_tool::Failure& failure) {

@@ -99,15 +99,17 @@ void OutputFile::createTemporary() {
     if (const auto old = statOf(mDestination)) (void)!::fchmod(mDescriptor, old->st_mode & 07777U);
 }
 
+int OutputFile::remember(int errorNumber) {
+    if (mErrorNumber == 0) mErrorNumber = errorNumber;
+    return AVERROR(errorNumber);
+}
+
 int OutputFile::writeAll(const uint8_t* data, size_t bytes) {
     size_t written = 0;
     while (written < bytes) {
         const ssize_t count = ::write(mDescriptor, data + written, bytes - written);
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0) {
-            if (mErrorNumber == 0) mErrorNumber = errno;
-            return AVERROR(errno);
-        }
+        if (count < 0) return remember(errno);
         written += static_cast<size_t>(count);
     }
     return static_cast<int>(bytes);
@@ -119,7 +121,7 @@ int64_t OutputFile::seek(int64_t offset, int whence) {
         return ::fstat(mDescriptor, &status) == 0 ? status.st_size : AVERROR(errno);
     }
     const off_t position = ::lseek(mDescriptor, offset, whence & ~AVSEEK_FORCE);
-    return position >= 0 ? position : AVERROR(errno);
+    return position >= 0 ? position : remember(errno);
 }
 
 void OutputFile::throwIfFailed() const {
@@ -135,6 +137,12 @@ void OutputFile::fail(int errorNumber) const {
 void OutputFile::commit() {
     avio_flush(mIo);
     throwIfFailed();
+    // Else a crash of the machine soon after could leave the name on a file whose contents never arrived.
+    int result = 0;
+    do {
+        result = ::fsync(mDescriptor);
+    } while (result != 0 && errno == EINTR);
+    if (result != 0 && errno != EINVAL) fail(errno);  // EINVAL: this file system has no such thing
     const int descriptor = mDescriptor;
     mDescriptor = -1;
     // Network file systems report a full disk only here.

@@ -30,12 +30,14 @@ class OutputFile {
     /** Raise the first write or seek that failed. */
     void throwIfFailed() const;
 
-    /** Write what is buffered, close, and give the file its name. */
+    /** Write what is buffered through to the disk, close, and give the file its name. */
     void commit();
 
   private:
     void createTemporary();
     void giveName();
+    /** @return the AVERROR of an error that `throwIfFailed` shall raise, if it is the first. */
+    int remember(int errorNumber);
     int writeAll(const uint8_t* data, size_t bytes);
     int64_t seek(int64_t offset, int whence);
     [[noreturn]] void fail(int errorNumber) const;
