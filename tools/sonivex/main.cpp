@@ -13,6 +13,7 @@
 #include "ears_command.h"
 #include "failure.h"
 #include "render_command.h"
+#include "responses_command.h"
 
 namespace {
 
@@ -41,6 +42,7 @@ int parseAndRun(int argc, char** argv) {
     const std::map<std::string, std::function<void()>> commands = {
         {"render", sonivex_tool::addRenderCommand(program)},
         {"ears", sonivex_tool::addEarsCommand(program)},
+        {"responses", sonivex_tool::addResponsesCommand(program)},
     };
     const auto chosen = [&]() -> std::string {
         const auto parsed = program.get_subcommands();
