@@ -46,6 +46,8 @@ TEST_F(RenderFailure, WrongUsage) {
     expectFailure({in, out, "--type", "Loud"}, 2, "--type");
     expectFailure({in, out, "--frame-size", "0"}, 2, "--frame-size");
     expectFailure({in, out, "--frame-size", "100000"}, 2, "--frame-size");
+    test::makeQuietSpeech(in, 1);
+    expectFailure({in, out, "--frame-size", "32", "--threaded"}, 2, "--frame-size of at least 64");
     expectFailure({in, out, "--stream", "-1"}, 2, "--stream");
 }
 

@@ -31,11 +31,13 @@ TEST_F(RenderMessage, TheSummaryStandsAloneOnStandardOutput) {
     const auto result = say({});
     EXPECT_THAT(result.out, StartsWith("Input"));
     EXPECT_THAT(result.out, HasSubstr("Loudness"));
-    EXPECT_THAT(result.out, HasSubstr("0 dropped, 0 bypassed"));
+    EXPECT_THAT(result.out, HasSubstr("of the filter, 0 dropped, 0 bypassed"));
     // The mixer of the normalizer prints a line of its own.
     EXPECT_THAT(result.out, Not(HasSubstr("Version")));
     EXPECT_THAT(result.err, HasSubstr("Version"));
     EXPECT_THAT(result.err, HasSubstr("in.wav -> "));
+    // Only an error begins so.
+    EXPECT_THAT(result.err, Not(HasSubstr("sonivex: ")));
 }
 
 TEST_F(RenderMessage, JsonIsOneObjectOnOneLine) {

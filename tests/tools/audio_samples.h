@@ -7,7 +7,7 @@
 
 namespace test {
 
-/** The spec of float samples, interleaved. */
+/** Format, rate and layout of interleaved float samples. */
 sonivex_tool::AudioSpec floatSpec(int channels, int rateHz = 48000);
 
 /** A frame of float samples: `value(frame, channel)`. */

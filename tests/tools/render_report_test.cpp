@@ -11,7 +11,9 @@
 namespace {
 
 using namespace sonivex_tool;
+using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 RenderReport example() {
     RenderReport report;
@@ -29,7 +31,7 @@ TEST(RenderReport, TextSaysWhatChanged) {
     EXPECT_THAT(text, HasSubstr("2.000 s, rendered 100 times faster than real time"));
     EXPECT_THAT(text, HasSubstr("-40.0 LUFS -> -21.2 LUFS  (+18.8 dB)"));
     EXPECT_THAT(text, HasSubstr("-20.5 dBFS -> -1.0 dBFS  (+19.5 dB)"));
-    EXPECT_THAT(text, HasSubstr("94 through the filter, 0 dropped, 0 bypassed"));
+    EXPECT_THAT(text, HasSubstr("94 of the filter, 0 dropped, 0 bypassed"));
 }
 
 TEST(RenderReport, JsonHoldsTheSameFigures) {
@@ -42,6 +44,30 @@ TEST(RenderReport, JsonHoldsTheSameFigures) {
     EXPECT_EQ(json["output"]["sample_peak_dbfs"], -1.0);
     EXPECT_EQ(json["output"]["channels"], 2);
     EXPECT_EQ(json["frames_pushed"], 94);
+    EXPECT_EQ(json["frames_filled_with_silence"], 0);
+}
+
+TEST(RenderReport, RemarksOnlyOnWhatWentWrong) {
+    RenderReport report = example();
+    EXPECT_THAT(remarks(report), IsEmpty());
+    report.bypassed = report.pushed;  // it stood aside from the start, which is said then
+    EXPECT_THAT(remarks(report), IsEmpty());
+    report.decodeErrors = 3;
+    report.dropped = 2;
+    report.silentFillFrames = 2048;
+    report.bypassed = 5;
+    EXPECT_THAT(remarks(report),
+                ElementsAre("in.wav: damaged, 3 decoding errors",
+                            "the filter gave up 2 calls; 2048 frames of silence stand in their place",
+                            "the filter took too long and let 5 calls pass untouched"));
+}
+
+TEST(RenderReport, SaysThatUntouchedCallsAmongDelayedOnesComeEarly) {
+    RenderReport report = example();
+    report.bypassed = 5;
+    report.delayFrames = 256;
+    EXPECT_THAT(remarks(report),
+                ElementsAre(HasSubstr("5 calls pass untouched; they stand 256 frames early")));
 }
 
 TEST(RenderReport, SilenceHasNoFigures) {

@@ -18,7 +18,8 @@ struct AudioSpec {
     bool operator==(const AudioSpec& other) const;
 };
 
-/** The spec of a decoded frame. A custom or unspecified layout becomes the default one of its channel count.
+/** Format, rate and layout of a decoded frame. A custom or unspecified layout becomes the default one of its
+ * channel count.
  */
 AudioSpec specOf(const AVFrame& frame);
 

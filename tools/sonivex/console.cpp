@@ -22,6 +22,10 @@ int terminalColumns() {
     return 80;
 }
 
+void printLine(const std::string& line) {
+    (void)std::fprintf(stderr, "%s\n", line.c_str());
+}
+
 std::string rounded(double number) {
     return std::to_string(std::llround(number));
 }
@@ -46,7 +50,7 @@ std::string clockTime(double seconds) {
 }
 
 void printError(const std::string& line) {
-    (void)std::fprintf(stderr, "sonivex: %s\n", line.c_str());
+    printLine("sonivex: " + line);
 }
 
 Console::Console(bool quiet)
@@ -55,7 +59,7 @@ Console::Console(bool quiet)
 void Console::note(const std::string& line) {
     if (mQuiet) return;
     clearBar();
-    printError(line);
+    printLine(line);
 }
 
 void Console::progress(double seconds, std::optional<double> total) {
@@ -70,7 +74,7 @@ void Console::progress(double seconds, std::optional<double> total) {
     }
     std::string line = clockTime(seconds);
     if (total) line.append(" of ").append(clockTime(*total));
-    printError(line + ", " + speedText(seconds, now - mStarted));
+    printLine(line + ", " + speedText(seconds, now - mStarted));
 }
 
 void Console::drawBar(double seconds, std::optional<double> total) {

@@ -36,7 +36,7 @@ class Console {
 /** "1:02:03" or "2:03". */
 std::string clockTime(double seconds);
 
-/** "sonivex: <line>" on standard error. */
+/** "sonivex: <line>" on standard error: the prefix tells errors from everything else there. */
 void printError(const std::string& line);
 
 }  // namespace sonivex_tool

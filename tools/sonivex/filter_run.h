@@ -34,6 +34,9 @@ class FilterRun {
     /** Wait for everything pushed to come out. */
     void finish();
 
+    /** Frames of silence that stand in place of calls that the filter gave up. */
+    int64_t filledFrames() const { return mTimeline.filledFrames(); }
+
     const Vorlin::PlayerCounts& counts() const { return mPlayer->counts(); }
 
   private:

@@ -1,7 +1,12 @@
 #include "interrupt.h"
 
+#include <unistd.h>
+
+#include <array>
 #include <atomic>
+#include <climits>
 #include <csignal>
+#include <cstring>
 
 #include "failure.h"
 
@@ -10,13 +15,27 @@ namespace {
 
 // A signal may reach any thread of the program, a decoder's too, so it is not only the handler's business.
 std::atomic<int> gPendingSignal = 0;
-static_assert(std::atomic<int>::is_always_lock_free, "else a signal handler must not touch it");
+std::array<char, PATH_MAX> gPathToRemove;
+std::atomic<bool> gHasPathToRemove = false;
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
+              "else a signal handler must not touch them");
+
+ExitCode exitCodeOf(int signal) {
+    return signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated;
+}
+
+// Only calls that are safe in a signal handler.
+void onSignal(int signal) {
+    if (gPendingSignal.exchange(signal) == 0) return;
+    if (gHasPathToRemove) (void)unlink(gPathToRemove.data());
+    _exit(static_cast<int>(exitCodeOf(signal)));
+}
 
 }  // namespace
 
 void installSignalHandlers() {
     struct sigaction remember {};
-    remember.sa_handler = [](int signal) { gPendingSignal = signal; };
+    remember.sa_handler = onSignal;
     sigemptyset(&remember.sa_mask);
     // No SA_RESTART: a read that waits for a slow source returns, and the mark is seen.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &remember, nullptr);
@@ -27,6 +46,15 @@ void installSignalHandlers() {
     for (const int signal : {SIGXFSZ, SIGPIPE}) sigaction(signal, &ignore, nullptr);
 }
 
+void removeOnSecondSignal(const char* path) {
+    gHasPathToRemove = false;
+    if (path == nullptr) return;
+    const size_t bytes = std::strlen(path) + 1;
+    if (bytes > gPathToRemove.size()) return;
+    std::memcpy(gPathToRemove.data(), path, bytes);
+    gHasPathToRemove = true;
+}
+
 int pendingSignal() {
     return gPendingSignal;
 }
@@ -34,8 +62,7 @@ int pendingSignal() {
 void throwIfInterrupted() {
     const int signal = pendingSignal();
     if (signal == 0) return;
-    throw Failure(signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated,
-                  "interrupted, nothing is kept");
+    throw Failure(exitCodeOf(signal), "interrupted, nothing is kept");
 }
 
 }  // namespace sonivex_tool

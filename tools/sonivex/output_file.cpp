@@ -12,6 +12,7 @@
 #include <random>
 
 #include "failure.h"
+#include "interrupt.h"
 
 namespace sonivex_tool {
 namespace {
@@ -87,12 +88,15 @@ void OutputFile::createTemporary() {
     const std::filesystem::path destination(mDestination);
     for (int i = 0; i < kMaxNameAttempts; ++i) {
         const auto candidate = destination.parent_path() / (".sonivex-" + randomSuffix() + ".part");
+        removeOnSecondSignal(candidate.c_str());  // before it exists, or a signal could come in between
         mDescriptor = ::open(candidate.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
         if (mDescriptor >= 0) {
             mTemporary = candidate.string();
             break;
         }
-        if (errno != EEXIST) fail(errno);
+        const int errorNumber = errno;
+        removeOnSecondSignal(nullptr);
+        if (errorNumber != EEXIST) fail(errorNumber);
     }
     if (mDescriptor < 0) fail(EEXIST);
     // A file that is replaced keeps who may read it; where that cannot be, the umask's choice stands.
@@ -148,6 +152,7 @@ void OutputFile::commit() {
     // Network file systems report a full disk only here.
     if (::close(descriptor) != 0 && errno != EINTR) fail(errno);
     giveName();
+    removeOnSecondSignal(nullptr);
     mTemporary.clear();
 }
 
@@ -178,7 +183,9 @@ void OutputFile::close() {
     }
     if (mDescriptor >= 0) ::close(mDescriptor);
     mDescriptor = -1;
-    if (!mTemporary.empty()) ::unlink(mTemporary.c_str());
+    if (mTemporary.empty()) return;
+    ::unlink(mTemporary.c_str());
+    removeOnSecondSignal(nullptr);
     mTemporary.clear();
 }
 

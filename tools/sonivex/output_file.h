@@ -11,7 +11,8 @@ namespace sonivex_tool {
 /** A file that appears only when it is whole.
  *
  *  It is written under a temporary name in the folder where it shall be, and renamed by `commit`. Without a
- * commit the destructor removes it. A symbolic link is followed: what it points at is replaced. */
+ * commit the destructor removes it, and so does a second signal (see interrupt.h), of one such object. A
+ * symbolic link is followed: what it points at is replaced. */
 class OutputFile {
   public:
     /** Say early what would stop `commit`. @throw Failure (OutputExists) */

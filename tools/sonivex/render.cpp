@@ -34,6 +34,10 @@ void checkSettings(const RenderSettings& settings, const Vorlin::Plugin& plugin)
                                            " works in blocks of " + std::to_string(effect.blockFrames) +
                                            " frames");
     }
+    if (settings.threaded && settings.callFrames < kShortestThreadedCallFrames) {
+        throw Failure(ExitCode::Usage, "--threaded needs a --frame-size of at least " +
+                                           std::to_string(kShortestThreadedCallFrames));
+    }
     OutputFile::check(settings.output, settings.replaceOutput);
 }
 
@@ -144,17 +148,8 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     report.pushed = filter.counts().pushed;
     report.dropped = filter.counts().dropped;
     report.bypassed = filter.counts().bypassed;
-    if (report.decodeErrors > 0) {
-        note(settings.input + ": damaged, " + std::to_string(report.decodeErrors) + " decoding errors");
-    }
-    if (report.dropped > 0) {
-        note("the filter gave up " + std::to_string(report.dropped) +
-             " frames; silence stands in their place");
-    }
-    if (report.bypassed > 0 && report.bypassed < report.pushed) {
-        note("the filter took too long and let " + std::to_string(report.bypassed) +
-             " frames pass untouched");
-    }
+    report.silentFillFrames = filter.filledFrames();
+    for (const std::string& line : remarks(report)) note(line);
     return report;
 }
 

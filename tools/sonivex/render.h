@@ -16,6 +16,9 @@ namespace sonivex_tool {
 constexpr int kDefaultCallFrames = 1024;
 /** Eight channels of two such calls and a block still fit an effect's ring of 81919 samples. */
 constexpr int kLongestCallFrames = 4096;
+/** The filter's own thread takes a nap of 10 ms when it finds nothing to do, and few calls may wait for it:
+ * it does a few per nap, however short they are. */
+constexpr int kShortestThreadedCallFrames = 64;
 
 struct RenderSettings {
     std::string input;

@@ -110,7 +110,7 @@ void addOptions(CLI::App& command, Choices& choices) {
     command
         .add_option("--frame-size", settings.callFrames,
                     "Samples per channel in each call of the filter, 1 to 4096\n"
-                    "(default 1024)")
+                    "(default 1024); from 64 with --threaded")
         ->option_text("N")
         ->check(CLI::Range(1, kLongestCallFrames))
         ->group(way);
@@ -121,7 +121,8 @@ void addOptions(CLI::App& command, Choices& choices) {
     command
         .add_flag("--threaded", settings.threaded,
                   "Let the filter work on its own thread, as in a player:\n"
-                  "slower, the same result")
+                  "slower, and the more so the smaller the frame size; the\n"
+                  "same result")
         ->group(way);
 
     const std::string output = "Output and messages";

@@ -77,6 +77,27 @@ double RenderReport::timesRealTime() const {
     return elapsedSeconds > 0.0 ? lengthSeconds() / elapsedSeconds : 0.0;
 }
 
+std::vector<std::string> remarks(const RenderReport& report) {
+    std::vector<std::string> lines;
+    if (report.decodeErrors > 0) {
+        lines.push_back(report.input.path + ": damaged, " + std::to_string(report.decodeErrors) +
+                        " decoding errors");
+    }
+    if (report.dropped > 0) {
+        lines.push_back("the filter gave up " + std::to_string(report.dropped) + " calls; " +
+                        std::to_string(report.silentFillFrames) + " frames of silence stand in their place");
+    }
+    if (report.bypassed > 0 && report.bypassed < report.pushed) {
+        std::string line =
+            "the filter took too long and let " + std::to_string(report.bypassed) + " calls pass untouched";
+        // What passes untouched is not delayed, while its neighbours are.
+        if (report.delayFrames > 0)
+            line += "; they stand " + std::to_string(report.delayFrames) + " frames early";
+        lines.push_back(line);
+    }
+    return lines;
+}
+
 std::string asText(const RenderReport& report) {
     std::string text;
     text += line("Input", fileText(report.input));
@@ -92,9 +113,9 @@ std::string asText(const RenderReport& report) {
         text += line("Delay", std::to_string(report.delayFrames) + " frames, " +
                                   (report.delayIsRemoved ? "removed" : "kept"));
     }
-    text += line("Frames", std::to_string(report.pushed) + " through the filter, " +
-                               std::to_string(report.dropped) + " dropped, " +
-                               std::to_string(report.bypassed) + " bypassed");
+    text +=
+        line("Calls", std::to_string(report.pushed) + " of the filter, " + std::to_string(report.dropped) +
+                          " dropped, " + std::to_string(report.bypassed) + " bypassed");
     if (report.decodeErrors > 0) text += line("Decoding", std::to_string(report.decodeErrors) + " errors");
     return text;
 }
@@ -113,6 +134,7 @@ std::string asJson(const RenderReport& report) {
         {"frames_pushed", report.pushed},
         {"frames_dropped", report.dropped},
         {"frames_bypassed", report.bypassed},
+        {"frames_filled_with_silence", report.silentFillFrames},
         {"notes", report.notes},
     };
     // A file name is any bytes; JSON is UTF-8.

@@ -28,15 +28,19 @@ struct RenderReport {
     int64_t delayFrames = 0;  ///< of the filter, in frames of the input's rate
     bool delayIsRemoved = true;
     uint64_t decodeErrors = 0;
-    uint64_t pushed = 0;    ///< frames (blocks of samples) given to the filter
-    uint64_t dropped = 0;   ///< of these, given up by it and replaced by silence
-    uint64_t bypassed = 0;  ///< of these, passed through untouched
+    uint64_t pushed = 0;           ///< calls of the filter, each with a block of frames
+    uint64_t dropped = 0;          ///< of these, given up by it and replaced by silence
+    uint64_t bypassed = 0;         ///< of these, passed through untouched
+    int64_t silentFillFrames = 0;  ///< silence in OUT for what was given up, in frames of the input's rate
     std::vector<std::string> notes;
 
     double lengthSeconds() const;
     /** Seconds of audio for each second of work. */
     double timesRealTime() const;
 };
+
+/** What went less well than it could, for the user, a line each. */
+std::vector<std::string> remarks(const RenderReport& report);
 
 /** For people: several lines, with the last newline. */
 std::string asText(const RenderReport& report);

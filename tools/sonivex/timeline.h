@@ -32,9 +32,7 @@ class Timeline {
     /** Nothing more comes: fill up to the end, if it is known. */
     void finish();
 
-    /** Frames that left. */
-    int64_t position() const { return mPosition; }
-    /** Frames of silence among them, in place of what the filter gave up. */
+    /** Frames of silence among those that left, in place of what the filter gave up. */
     int64_t filledFrames() const { return mFilledFrames; }
 
   private:
@@ -45,7 +43,7 @@ class Timeline {
     int64_t mDelayFrames;
     Output mOutput;
     int64_t mEnd = kOpenEnd;
-    int64_t mPosition = 0;
+    int64_t mPosition = 0;  ///< frames that left
     int64_t mFilledFrames = 0;
     AudioSpec mSpec;  ///< of the last frame
 };
