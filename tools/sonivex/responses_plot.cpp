@@ -36,6 +36,7 @@ constexpr double kPanelPitch = 415.0;
 constexpr double kTitleSize = 26.0;
 constexpr double kTextSize = 18.0;
 constexpr double kImpulseShown_ms = 30.0;
+constexpr double kMagnitudeShown_db = 60.0;
 constexpr double kDecayShown_db = 70.0;
 
 struct CairoDeleter {
@@ -193,7 +194,8 @@ void drawHeading(cairo_t* context, const ResponseSet& set, int source, const Res
                     (set.name + ", source " + std::to_string(source) + " (" + set.use + ")").c_str());
     cairo_set_font_size(context, kTextSize);
     double x = kPlotWidth - kRightMargin - 330.0;
-    for (std::size_t ear = 0; ear < 2; ++ear) {
+    const bool isShared = isSharedByBothEars(tables);
+    for (std::size_t ear = 0; ear < (isShared ? 1 : 2); ++ear) {
         const Colour& colour = kEarColours.at(ear);
         cairo_set_source_rgb(context, colour.red, colour.green, colour.blue);
         cairo_set_line_width(context, 4.0);
@@ -201,44 +203,50 @@ void drawHeading(cairo_t* context, const ResponseSet& set, int source, const Res
         cairo_move_to(context, x, y);
         cairo_line_to(context, x + 40.0, y);
         cairo_stroke(context);
-        const std::string name =
-            ear == 0 ? "left ear: " + tables.left.name : "right ear: " + tables.right.name;
+        const ResponseTable& table = ear == 0 ? tables.left : tables.right;
+        const char* const whose = isShared ? "both ears: " : ear == 0 ? "left ear: " : "right ear: ";
         cairo_set_source_rgb(context, kInk.red, kInk.green, kInk.blue);
         cairo_move_to(context, x + 52.0, y + 6.0);
-        cairo_show_text(context, name.c_str());
+        cairo_show_text(context, (whose + table.name).c_str());
     }
 }
 
 void drawImpulses(cairo_t* context, const Ears& ears, int rate_hz) {
     std::array<Curve, 2> curves;
-    double peak = 0.0;
+    double highest = 1e-6;
+    double lowest = 0.0;
     for (std::size_t ear = 0; ear < 2; ++ear) {
         for (std::size_t n = 0; n < ears.at(ear).size(); ++n) {
             const double time_ms = static_cast<double>(n) / rate_hz * 1000.0;
             if (time_ms > kImpulseShown_ms) break;
             curves.at(ear).push_back({time_ms, ears.at(ear)[n]});
-            peak = std::max(peak, std::abs(ears.at(ear)[n]));
+            highest = std::max(highest, ears.at(ear)[n]);
+            lowest = std::min(lowest, ears.at(ear)[n]);
         }
     }
-    const double step = niceStep(std::max(peak, 1e-6), 3.0);
-    const double limit = step * std::ceil(std::max(peak, 1e-6) / step);
+    const double step = niceStep(highest - lowest, 6.0);
     Panel panel(context, 0, "Impulse response, the first " + number(kImpulseShown_ms) + " ms",
-                linearAxis(0.0, kImpulseShown_ms, 5.0, "time (ms)"), linearAxis(-limit, limit, step, "gain"));
+                linearAxis(0.0, kImpulseShown_ms, 5.0, "time (ms)"),
+                linearAxis(step * std::floor(lowest / step), step * std::ceil(highest / step), step, "gain"));
     for (std::size_t ear = 2; ear-- > 0;) panel.draw(curves.at(ear), kEarColours.at(ear));
 }
 
 void drawMagnitudes(cairo_t* context, const Ears& ears, int rate_hz) {
     std::array<Curve, 2> curves;
     double highest_db = -1000.0;
+    double lowest_db = 1000.0;
     for (std::size_t ear = 0; ear < 2; ++ear) {
         for (const SpectrumPoint& point : magnitude(ears.at(ear), rate_hz)) {
             curves.at(ear).push_back({point.frequency_hz, point.gain_db});
             highest_db = std::max(highest_db, point.gain_db);
+            lowest_db = std::min(lowest_db, point.gain_db);
         }
     }
     const double top_db = 10.0 * std::ceil(highest_db / 10.0);
+    const double bottom_db =
+        std::clamp(10.0 * std::floor(lowest_db / 10.0), top_db - kMagnitudeShown_db, top_db - 10.0);
     Panel panel(context, 1, "Magnitude, averaged over 1/12 octave", frequencyAxis(),
-                linearAxis(top_db - 50.0, top_db, 10.0, "gain (dB)"));
+                linearAxis(bottom_db, top_db, (top_db - bottom_db) > 30.0 ? 10.0 : 5.0, "gain (dB)"));
     for (std::size_t ear = 2; ear-- > 0;) panel.draw(curves.at(ear), kEarColours.at(ear));
 }
 
@@ -256,7 +264,7 @@ void drawDecays(cairo_t* context, const Ears& ears, const ResponseSet& set) {
         title += ear == 0 ? "; reverberation time left " : ", right ";
         title += time_s ? number(*time_s, 3) + " s" : "none";
     }
-    Panel panel(context, 2, title, linearAxis(0.0, length_ms, niceStep(length_ms, 7.0), "time (ms)"),
+    Panel panel(context, 2, title, linearAxis(0.0, length_ms, niceStep(length_ms, 8.0), "time (ms)"),
                 linearAxis(-kDecayShown_db, 0.0, 10.0, "energy (dB)"));
     for (std::size_t ear = 2; ear-- > 0;) panel.draw(curves.at(ear), kEarColours.at(ear));
 }

@@ -17,7 +17,7 @@ void forEachTable(const ResponseSet& set, const std::optional<int>& wanted, cons
         const int number = static_cast<int>(i) + 1;
         if (wanted && *wanted != number) continue;
         const ResponseSource& source = set.sources[i];
-        if (source.left.samples.data() == source.right.samples.data()) {
+        if (isSharedByBothEars(source)) {
             row(set, number, "both", source.left);
             continue;
         }

@@ -19,6 +19,11 @@ struct ResponseSource {
     ResponseTable right;
 };
 
+/** Is it one table for the two? */
+inline bool isSharedByBothEars(const ResponseSource& source) {
+    return source.left.samples.data() == source.right.samples.data();
+}
+
 /** The responses of one loudspeaker layout in one room. */
 struct ResponseSet {
     std::string name;  ///< as on the command line
