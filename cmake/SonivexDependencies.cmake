@@ -8,6 +8,7 @@ pkg_check_modules(LIBAVFORMAT REQUIRED IMPORTED_TARGET libavformat>=59.27)
 pkg_check_modules(LIBAVCODEC REQUIRED IMPORTED_TARGET libavcodec>=59.37)
 pkg_check_modules(LIBSWRESAMPLE REQUIRED IMPORTED_TARGET libswresample>=4.7)
 pkg_check_modules(LIBEBUR128 REQUIRED IMPORTED_TARGET libebur128)
+pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo>=1.16)
 
 # Only for the generator of the impulse responses, whose output is committed.
 pkg_check_modules(LIBMYSOFA QUIET IMPORTED_TARGET libmysofa)

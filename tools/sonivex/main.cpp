@@ -4,11 +4,16 @@
 #include <unistd.h>
 
 #include <exception>
+#include <functional>
+#include <map>
 #include <new>
+#include <string>
 
 #include "console.h"
+#include "ears_command.h"
 #include "failure.h"
 #include "render_command.h"
+#include "responses_command.h"
 
 namespace {
 
@@ -34,17 +39,26 @@ int parseAndRun(int argc, char** argv) {
     CLI::App program("Audio post-processing for media players, from the command line", "sonivex");
     program.set_version_flag("--version", "sonivex " SONIVEX_VERSION);
     program.require_subcommand(1);
-    const auto render = sonivex_tool::addRenderCommand(program);
+    const std::map<std::string, std::function<void()>> commands = {
+        {"render", sonivex_tool::addRenderCommand(program)},
+        {"ears", sonivex_tool::addEarsCommand(program)},
+        {"responses", sonivex_tool::addResponsesCommand(program)},
+    };
+    const auto chosen = [&]() -> std::string {
+        const auto parsed = program.get_subcommands();
+        return parsed.empty() ? "" : parsed.front()->get_name();
+    };
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& request) {
         program.exit(request);  // prints help or version
         return exitWith(ExitCode::Success);
     } catch (const CLI::ParseError& error) {
-        sonivex_tool::printError(std::string(error.what()) + " (sonivex render --help explains)");
+        const std::string command = chosen().empty() ? "sonivex" : "sonivex " + chosen();
+        sonivex_tool::printError(std::string(error.what()) + " (" + command + " --help explains)");
         return exitWith(ExitCode::Usage);
     }
-    render();
+    commands.at(chosen())();
     return exitWith(ExitCode::Success);
 }
 

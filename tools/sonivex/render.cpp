@@ -12,6 +12,7 @@
 #include "latency.h"
 #include "output_file.h"
 #include "reframer.h"
+#include "response_tail.h"
 
 namespace sonivex_tool {
 namespace {
@@ -76,9 +77,10 @@ void pushCalls(Reframer& waiting, FilterRun& filter, int callFrames) {
     while (waiting.size() >= callFrames) filter.push(waiting.take(callFrames));
 }
 
-/** Pad the last call with silence, and drive out with more of it what the filter still holds. */
-void pushTail(Reframer& waiting, FilterRun& filter, int callFrames) {
-    const int64_t rest = waiting.size() + filter.delayFrames();
+/** Pad the last call with silence, and drive out with more of it what the filter still holds and
+ * the `tailFrames` for which its effect sounds on. */
+void pushTail(Reframer& waiting, FilterRun& filter, int64_t tailFrames, int callFrames) {
+    const int64_t rest = waiting.size() + tailFrames + filter.delayFrames();
     const int64_t calls = (rest + callFrames - 1) / callFrames;
     int64_t silence = calls * callFrames - waiting.size();
     while (silence > 0) {
@@ -128,8 +130,11 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
         pushCalls(waiting, filter, settings.callFrames);
         console.progress(static_cast<double>(inputFrames) / input.rateHz, source.info().lengthSeconds);
     }
-    filter.setEnd(inputFrames + (settings.keepDelay ? filter.delayFrames() : 0));
-    pushTail(waiting, filter, settings.callFrames);
+    const int64_t tail = settings.keepTail && !filter.isBypassed()
+                             ? responseTailFrames(effect, settings.options, input.channels())
+                             : 0;
+    filter.setEnd(inputFrames + tail + (settings.keepDelay ? filter.delayFrames() : 0));
+    pushTail(waiting, filter, tail, settings.callFrames);
     filter.finish();
     destination.finish();
     throwIfInterrupted();

@@ -30,6 +30,7 @@ struct RenderSettings {
     int streamNumber = 0;
     int callFrames = kDefaultCallFrames;
     bool keepDelay = false;
+    bool keepTail = false;  ///< let the effect's responses ring out after the input's end
     bool threaded = false;
     bool replaceOutput = false;
 };

@@ -83,6 +83,10 @@ void addOptions(CLI::App& command, Choices& choices) {
     command.add_flag("--no-limiter", settings.options.noLimiter, "surround: clip instead of limiting")
         ->group(effects);
     command
+        .add_flag("--tail", settings.keepTail,
+                  "surround: let the room fade after IN's end; OUT is longer\nby the responses' length")
+        ->group(effects);
+    command
         .add_option("--fps", settings.videoFps,
                     "Frame rate of the video beside the sound: the filter stands\n"
                     "aside when it is too high, or the work too slow for it")
@@ -137,6 +141,10 @@ void addOptions(CLI::App& command, Choices& choices) {
 
 void run(Choices& choices) {
     choices.settings.effect = findEffect(choices.effect);
+    if (choices.settings.keepTail && choices.effect != "surround") {
+        throw Failure(ExitCode::Usage,
+                      "--tail is for --effect surround: nothing else sounds on after the end");
+    }
     installSignalHandlers();
     av_log_set_level(choices.verbose ? AV_LOG_WARNING : AV_LOG_QUIET);
     if (choices.verbose) Vorlin::setLogLevel(Vorlin::LOG_DEBUG);

@@ -1,0 +1,101 @@
+#include "responses_measures.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <random>
+
+namespace {
+
+using sonivex_tool::energyDecay_db;
+using sonivex_tool::magnitude;
+using sonivex_tool::measureResponse;
+
+constexpr int kRate_hz = 48000;
+
+/** An impulse at sample 40, and 10 dB below it noise that falls by 60 dB in `time_s`. */
+std::vector<double> room(double time_s, size_t size, unsigned seed) {
+    std::mt19937 random(seed);
+    std::normal_distribution<double> value(0.0, 0.03);
+    std::vector<double> gains(size, 0.0);
+    for (size_t n = 0; n < size; ++n) {
+        gains[n] = value(random) * std::pow(10.0, -3.0 * static_cast<double>(n) / (kRate_hz * time_s));
+    }
+    std::fill(gains.begin(), gains.begin() + 40, 0.0);
+    gains[40] = 1.0;
+    return gains;
+}
+
+TEST(ResponseMeasures, OfASingleSampleAreItsGainAndPlace) {
+    std::vector<double> gains(4800, 0.0);
+    gains[96] = -0.5;
+    const auto measures = measureResponse(gains, kRate_hz, 0.0);
+    EXPECT_EQ(measures.peak, 0.5);
+    EXPECT_NEAR(measures.energy_db, -6.0206, 1e-4);
+    EXPECT_EQ(measures.arrival_samples, 96U);
+    EXPECT_DOUBLE_EQ(measures.arrival_ms, 2.0);
+}
+
+TEST(ResponseMeasures, TheArrivalIsTheFirstSampleAtATenthOfThePeak) {
+    const std::vector<double> gains = {0.0, 0.099, -0.1, 1.0, 0.0};
+    EXPECT_EQ(measureResponse(gains, kRate_hz, 0.0).arrival_samples, 2U);
+}
+
+TEST(ResponseMeasures, SilenceHasNoEnergyAndNoDecay) {
+    const auto measures = measureResponse(std::vector<double>(9600, 0.0), kRate_hz, 0.25);
+    EXPECT_EQ(measures.peak, 0.0);
+    EXPECT_EQ(measures.energy_db, -std::numeric_limits<double>::infinity());
+    EXPECT_FALSE(measures.reverberation_s);
+    EXPECT_TRUE(energyDecay_db(std::vector<double>(10, 0.0)).empty());
+}
+
+TEST(ResponseMeasures, FindTheReverberationTimeOfDecayingNoise) {
+    for (const double time_s : {0.15, 0.25, 0.4}) {
+        for (const unsigned seed : {1U, 2U, 3U}) {
+            SCOPED_TRACE(testing::Message() << time_s << " s, seed " << seed);
+            std::vector<double> gains = room(time_s, 13000, seed);
+            // The closing fade, which must not count.
+            for (size_t n = 9750; n < gains.size(); ++n) gains[n] *= 1e-3;
+            const auto measures = measureResponse(gains, kRate_hz, 0.25);
+            ASSERT_TRUE(measures.reverberation_s);
+            EXPECT_NEAR(*measures.reverberation_s / time_s, 1.0, 0.05);
+        }
+    }
+}
+
+TEST(ResponseMeasures, TooShortOrGrowingHasNoReverberationTime) {
+    EXPECT_FALSE(measureResponse(room(0.2, 2000, 5), kRate_hz, 0.0).reverberation_s);
+    EXPECT_FALSE(measureResponse(room(-0.5, 13000, 5), kRate_hz, 0.0).reverberation_s);
+}
+
+TEST(ResponseMeasures, TheEnergyDecayCountsWhatIsStillToCome) {
+    const std::vector<double> decay = energyDecay_db(std::vector<double>{3.0, 2.0, 1.0, 0.0});
+    ASSERT_EQ(decay.size(), 3U);
+    EXPECT_DOUBLE_EQ(decay[0], 0.0);
+    EXPECT_DOUBLE_EQ(decay[1], 10.0 * std::log10(5.0 / 14.0));
+    EXPECT_DOUBLE_EQ(decay[2], 10.0 * std::log10(1.0 / 14.0));
+}
+
+TEST(ResponseMeasures, TheMagnitudeOfADelayIsFlat) {
+    std::vector<double> gains(7000, 0.0);
+    gains[1234] = 2.0;
+    const auto points = magnitude(gains, kRate_hz);
+    ASSERT_GT(points.size(), 470U);
+    EXPECT_EQ(points.front().frequency_hz, 20.0);
+    EXPECT_LE(points.back().frequency_hz, 20000.0);
+    EXPECT_GT(points.back().frequency_hz, 19700.0);
+    for (const auto& point : points) EXPECT_NEAR(point.gain_db, 6.0206, 1e-4) << point.frequency_hz;
+}
+
+TEST(ResponseMeasures, TheMagnitudeOfATwoTapAverageIsACosine) {
+    // (x[n] + x[n-1]) / 2 has the gain cos(pi f / rate).
+    const std::vector<double> gains = {0.5, 0.5};
+    for (const auto& point : magnitude(gains, kRate_hz)) {
+        const double gain = std::cos(std::numbers::pi * point.frequency_hz / kRate_hz);
+        EXPECT_NEAR(point.gain_db, 20.0 * std::log10(gain), 0.05) << point.frequency_hz;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,36 @@
+#include "responses_tables.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace {
+
+using sonivex_tool::allResponseSets;
+using sonivex_tool::findResponseSet;
+
+TEST(ResponseTables, AreAllThereOnce) {
+    std::set<std::string> names;
+    size_t sources = 0;
+    for (const auto& set : allResponseSets()) {
+        EXPECT_EQ(findResponseSet(set.name), &set);
+        sources += set.sources.size();
+        for (const auto& source : set.sources) {
+            names.insert(source.left.name);
+            names.insert(source.right.name);
+        }
+    }
+    // 2 + 6 + 8 sources of type 3DSurround, 3 modes of 2 + 5 + 7, two tables each; the Audio stage's one.
+    EXPECT_EQ(sources, 16U + 42U + 1U);
+    EXPECT_EQ(names.size(), 2U * (16U + 42U) + 1U);
+    EXPECT_EQ(findResponseSet("nothing"), nullptr);
+}
+
+TEST(ResponseTables, HaveTheLeftEarFirst) {
+    const auto& source = findResponseSet("7.1-mode2")->sources.at(3);
+    EXPECT_EQ(source.left.name, "7_1_4_h_mode2L48");
+    EXPECT_EQ(source.right.name, "7_1_4_h_mode2R48");
+    EXPECT_EQ(source.left.samples.size(), 7000U);
+}
+
+}  // namespace

@@ -1,0 +1,146 @@
+#include "ears.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+#include "audio_source.h"
+#include "failure.h"
+#include "format_converter.h"
+#include "interrupt.h"
+
+namespace sonivex_tool {
+namespace {
+
+struct StereoSamples {
+    int rate_hz = 0;
+    std::vector<double> left;
+    std::vector<double> right;
+};
+
+void append(StereoSamples& samples, const FramePtr& frame) {
+    if (frame == nullptr) return;
+    const auto plane = [&](int channel) {
+        return std::span(reinterpret_cast<const double*>(frame->extended_data[channel]),
+                         static_cast<std::size_t>(frame->nb_samples));
+    };
+    samples.left.insert(samples.left.end(), plane(0).begin(), plane(0).end());
+    samples.right.insert(samples.right.end(), plane(1).begin(), plane(1).end());
+}
+
+StereoSamples readStereo(const std::string& path) {
+    AudioSource source(path, 0);
+    AudioSpec spec = source.info().spec;
+    if (spec.channels() != 2) {
+        throw Failure(ExitCode::UnsupportedAudio,
+                      path + ": ears are two channels, not " + std::to_string(spec.channels()));
+    }
+    spec.format = AV_SAMPLE_FMT_DBLP;
+    FormatConverter converter(spec);
+    StereoSamples samples;
+    samples.rate_hz = spec.rateHz;
+    while (FramePtr frame = source.read()) {
+        throwIfInterrupted();
+        append(samples, converter.convert(std::move(frame)));
+    }
+    append(samples, converter.flush());
+    return samples;
+}
+
+/** Reads all of `text`; false if it is no number. */
+bool parseSeconds(const std::string& text, double& seconds) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    return error == std::errc() && end == text.data() + text.size() && std::isfinite(seconds);
+}
+
+/** The magnitude with its unit. */
+std::string withUnit(double value, int decimals, const std::string& unit) {
+    std::array<char, 64> number{};
+    (void)std::snprintf(number.data(), number.size(), "%.*f ", decimals, std::abs(value));
+    return number.data() + unit;
+}
+
+const char* sideOf(double value) {
+    return value > 0.0 ? "left" : value < 0.0 ? "right" : "neither";
+}
+
+std::string row(std::size_t nameWidth, const std::string& name, const std::string& heard,
+                const std::string& leads, const std::string& delay, const std::string& louder,
+                const std::string& level) {
+    std::array<char, 128> rest{};
+    (void)std::snprintf(rest.data(), rest.size(), "  %-8s  %-10s %8s    %-10s %8s", heard.c_str(),
+                        leads.c_str(), delay.c_str(), louder.c_str(), level.c_str());
+    std::string line = name + std::string(nameWidth - name.size(), ' ') + rest.data();
+    line.erase(line.find_last_not_of(' ') + 1);
+    return line + "\n";
+}
+
+}  // namespace
+
+bool parseSegment(const std::string& text, Segment& segment) {
+    const std::size_t equals = text.rfind('=');
+    if (equals == std::string::npos || equals == 0) return false;
+    const std::size_t dash = text.find('-', equals + 1);
+    if (dash == std::string::npos) return false;
+    segment.name = text.substr(0, equals);
+    return parseSeconds(text.substr(equals + 1, dash - equals - 1), segment.from_s) &&
+           parseSeconds(text.substr(dash + 1), segment.to_s) && segment.from_s >= 0.0 &&
+           segment.to_s > segment.from_s;
+}
+
+std::vector<SegmentEars> measureEars(const std::string& path, const std::vector<Segment>& segments) {
+    const StereoSamples samples = readStereo(path);
+    const auto size = static_cast<double>(samples.left.size());
+    std::vector<Segment> wanted = segments;
+    if (wanted.empty()) wanted.push_back({"whole file", 0.0, size / samples.rate_hz});
+    std::vector<SegmentEars> rows;
+    for (const Segment& segment : wanted) {
+        const double from = std::round(segment.from_s * samples.rate_hz);
+        const double to = std::round(segment.to_s * samples.rate_hz);
+        if (to > size || from >= to) {
+            throw Failure(ExitCode::Usage, path + ": no segment " + segment.name + " in " +
+                                               withUnit(size / samples.rate_hz, 2, "s"));
+        }
+        const auto first = static_cast<std::size_t>(from);
+        const auto count = static_cast<std::size_t>(to) - first;
+        rows.push_back(
+            {segment, compareEars(std::span(samples.left).subspan(first, count),
+                                  std::span(samples.right).subspan(first, count), samples.rate_hz)});
+    }
+    return rows;
+}
+
+std::string asText(const std::vector<SegmentEars>& rows) {
+    std::size_t nameWidth = std::string("segment").size();
+    for (const SegmentEars& entry : rows) nameWidth = std::max(nameWidth, entry.segment.name.size());
+    std::string text = row(nameWidth, "segment", "heard", "leads", "by", "louder", "by");
+    for (const auto& [segment, ears] : rows) {
+        if (ears.isSilent) {
+            text += row(nameWidth, segment.name, heardSide(ears), "", "", "", "");
+            continue;
+        }
+        text +=
+            row(nameWidth, segment.name, heardSide(ears), sideOf(ears.delay_us),
+                withUnit(ears.delay_us, 0, "us"), sideOf(ears.level_db), withUnit(ears.level_db, 1, "dB"));
+    }
+    return text;
+}
+
+std::string asJson(const std::vector<SegmentEars>& rows) {
+    nlohmann::ordered_json array = nlohmann::ordered_json::array();
+    for (const auto& [segment, ears] : rows) {
+        array.push_back({{"name", segment.name},
+                         {"from_s", segment.from_s},
+                         {"to_s", segment.to_s},
+                         {"heard", heardSide(ears)},
+                         {"left_leads_us", ears.delay_us},
+                         {"left_louder_db", ears.level_db},
+                         {"likeness", ears.likeness}});
+    }
+    return array.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,25 @@
+#include "response_tail.h"
+
+namespace sonivex_tool {
+namespace {
+
+// Lengths of the response tables, which are part of the effect's interface.
+constexpr int64_t kStereoFrames = 13000;
+constexpr int64_t kFiveOneFrames = 8544;
+constexpr int64_t kSevenOneFrames = 8640;
+// MegaBass: a loudspeaker's response, then that of the headphone stage. One after the other they are a frame
+// shorter than both together.
+constexpr int64_t kLoudspeakerFrames = 7000;
+constexpr int64_t kHeadphoneFrames = 6000;
+
+}  // namespace
+
+int64_t responseTailFrames(const Effect& effect, const FilterOptions& options, int channels) {
+    if (effect.name != "surround") return 0;
+    if (options.surroundType == "MegaBass") return kLoudspeakerFrames + kHeadphoneFrames - 1;
+    if (channels == 8) return kSevenOneFrames;
+    if (channels == 6) return kFiveOneFrames;
+    return kStereoFrames;
+}
+
+}  // namespace sonivex_tool

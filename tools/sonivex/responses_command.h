@@ -1,0 +1,12 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace sonivex_tool {
+
+/** Add `responses` to the program. @return what runs it, once the command line is parsed; it throws Failure.
+ */
+std::function<void()> addResponsesCommand(CLI::App& program);
+
+}  // namespace sonivex_tool

@@ -1,0 +1,153 @@
+#include "responses_measures.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <complex>
+#include <numbers>
+
+namespace sonivex_tool {
+namespace {
+
+constexpr double kArrivalPart = 0.1;
+constexpr double kRoomFrom_hz = 300.0;  // the responses have no room in the bass
+constexpr double kRoomFrom_s = 0.020;
+constexpr double kStep_s = 0.005;
+constexpr std::size_t kFewestSteps = 6;
+constexpr double kLowest_hz = 20.0;
+constexpr double kHighest_hz = 20000.0;
+constexpr double kPointsPerOctave = 48.0;
+constexpr double kAveragedOctaves = 1.0 / 12.0;
+constexpr double kFloor_db = -200.0;
+
+double decibels(double power) {
+    return std::max(10.0 * std::log10(power), kFloor_db);
+}
+
+/** Butterworth high-pass of second order by the bilinear transform. */
+std::vector<double> highPass(std::span<const double> x, double cutoff_hz, int rate_hz) {
+    const double k = std::tan(std::numbers::pi * cutoff_hz / rate_hz);
+    const double scale = 1.0 / (1.0 + std::numbers::sqrt2 * k + k * k);
+    const double a1 = 2.0 * (k * k - 1.0) * scale;
+    const double a2 = (1.0 - std::numbers::sqrt2 * k + k * k) * scale;
+    std::vector<double> y(x.size());
+    double x1 = 0.0;
+    double x2 = 0.0;
+    double y1 = 0.0;
+    double y2 = 0.0;
+    for (std::size_t n = 0; n < x.size(); ++n) {
+        y[n] = scale * (x[n] - 2.0 * x1 + x2) - a1 * y1 - a2 * y2;
+        x2 = x1;
+        x1 = x[n];
+        y2 = y1;
+        y1 = y[n];
+    }
+    return y;
+}
+
+/** Slope of the least-squares line through y at 0, 1, 2, … */
+double slopeOf(std::span<const double> y) {
+    const auto count = static_cast<double>(y.size());
+    double xy = 0.0;
+    double xx = 0.0;
+    for (std::size_t i = 0; i < y.size(); ++i) {
+        const double x = static_cast<double>(i) - (count - 1.0) / 2.0;
+        xy += x * y[i];
+        xx += x * x;
+    }
+    return xy / xx;
+}
+
+std::optional<double> reverberation_s(std::span<const double> gains, std::size_t arrival, int rate_hz,
+                                      double fadedPart) {
+    const std::vector<double> heard = highPass(gains, kRoomFrom_hz, rate_hz);
+    const auto end = static_cast<std::size_t>((1.0 - fadedPart) * static_cast<double>(gains.size()));
+    const auto step = static_cast<std::size_t>(std::lround(kStep_s * rate_hz));
+    std::vector<double> levels_db;
+    for (std::size_t n = arrival + static_cast<std::size_t>(std::lround(kRoomFrom_s * rate_hz));
+         n + step <= end; n += step) {
+        double energy = 0.0;
+        for (std::size_t i = n; i < n + step; ++i) energy += heard[i] * heard[i];
+        if (energy == 0.0) break;
+        levels_db.push_back(decibels(energy));
+    }
+    if (levels_db.size() < kFewestSteps) return std::nullopt;
+    const double slope_dbPerSecond = slopeOf(levels_db) * rate_hz / static_cast<double>(step);
+    if (slope_dbPerSecond >= 0.0) return std::nullopt;
+    return -60.0 / slope_dbPerSecond;
+}
+
+/** Discrete Fourier transform by halves; the size is a power of two. */
+std::vector<std::complex<double>> transform(const std::vector<std::complex<double>>& x) {
+    const std::size_t size = x.size();
+    if (size == 1) return x;
+    std::vector<std::complex<double>> even(size / 2);
+    std::vector<std::complex<double>> odd(size / 2);
+    for (std::size_t n = 0; n < size / 2; ++n) {
+        even[n] = x[2 * n];
+        odd[n] = x[2 * n + 1];
+    }
+    even = transform(even);
+    odd = transform(odd);
+    std::vector<std::complex<double>> X(size);
+    for (std::size_t k = 0; k < size / 2; ++k) {
+        const double angle = -2.0 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(size);
+        const std::complex<double> turned = std::polar(1.0, angle) * odd[k];
+        X[k] = even[k] + turned;
+        X[k + size / 2] = even[k] - turned;
+    }
+    return X;
+}
+
+}  // namespace
+
+ResponseMeasures measureResponse(std::span<const double> gains, int rate_hz, double fadedPart) {
+    ResponseMeasures measures;
+    double energy = 0.0;
+    for (const double gain : gains) {
+        measures.peak = std::max(measures.peak, std::abs(gain));
+        energy += gain * gain;
+    }
+    measures.energy_db = 10.0 * std::log10(energy);
+    if (energy == 0.0) return measures;
+    while (std::abs(gains[measures.arrival_samples]) < kArrivalPart * measures.peak)
+        ++measures.arrival_samples;
+    measures.arrival_ms = static_cast<double>(measures.arrival_samples) / rate_hz * 1000.0;
+    measures.reverberation_s = reverberation_s(gains, measures.arrival_samples, rate_hz, fadedPart);
+    return measures;
+}
+
+std::vector<double> energyDecay_db(std::span<const double> gains) {
+    std::vector<double> decay(gains.size());
+    double sum = 0.0;
+    for (std::size_t n = gains.size(); n-- > 0;) {
+        sum += gains[n] * gains[n];
+        decay[n] = sum;
+    }
+    const auto end = std::find(decay.begin(), decay.end(), 0.0);
+    decay.erase(end, decay.end());
+    for (double& value : decay) value = decibels(value / sum);
+    return decay;
+}
+
+std::vector<SpectrumPoint> magnitude(std::span<const double> gains, int rate_hz) {
+    // Twice the length: the bins are then close enough to average over them.
+    std::vector<std::complex<double>> values(std::bit_ceil(2 * std::max<std::size_t>(gains.size(), 4096)));
+    std::copy(gains.begin(), gains.end(), values.begin());
+    const std::vector<std::complex<double>> bins = transform(values);
+    const double bins_perHz = static_cast<double>(bins.size()) / rate_hz;
+    const double halfBand = std::exp2(kAveragedOctaves / 2.0);
+    std::vector<SpectrumPoint> points;
+    for (int i = 0;; ++i) {
+        const double frequency_hz = kLowest_hz * std::exp2(i / kPointsPerOctave);
+        if (frequency_hz > std::min(kHighest_hz, rate_hz / 2.0 / halfBand)) break;
+        const auto first = static_cast<std::size_t>(std::lround(frequency_hz / halfBand * bins_perHz));
+        const auto last = static_cast<std::size_t>(std::lround(frequency_hz * halfBand * bins_perHz));
+        double power = 0.0;
+        for (std::size_t k = first; k <= last; ++k) power += std::norm(bins[k]);
+        points.push_back({frequency_hz, decibels(power / static_cast<double>(last - first + 1))});
+    }
+    return points;
+}
+
+}  // namespace sonivex_tool

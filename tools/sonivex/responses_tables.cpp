@@ -1,0 +1,89 @@
+#include "responses_tables.h"
+
+#include <cstddef>
+
+#include "impulse_response_tables.h"
+#include "table_list.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr double kCingoDivisor = 10000.0;
+constexpr double kLoudspeakersDivisor = 20000.0;
+constexpr double kAudioDivisor = 24000.0;
+constexpr double kCingoFade = 0.25;
+constexpr double kLoudspeakersFade = 0.3;
+
+/** Tables in the order of table_list.h: left ear before right. */
+ResponseSet makeSet(const std::string& name, const std::string& use, const std::vector<ResponseTable>& tables,
+                    double divisor = kLoudspeakersDivisor, double fadedPart = kLoudspeakersFade) {
+    ResponseSet set{.name = name,
+                    .use = use,
+                    .rate_hz = 48000,
+                    .divisor = divisor,
+                    .fadedPart = fadedPart,
+                    .sources = {}};
+    for (std::size_t i = 0; i + 1 < tables.size(); i += 2) set.sources.push_back({tables[i], tables[i + 1]});
+    return set;
+}
+
+/* Ends with a comma, for lists. */
+#define SONIVEX_RESPONSE_TABLE(name) ResponseTable{#name, k_##name},
+
+std::vector<ResponseSet> makeSets() {
+    std::vector<ResponseSet> sets;
+    sets.push_back(makeSet("cingo", "3DSurround, stereo", {SONIVEX_TABLES_BINGO_2(SONIVEX_RESPONSE_TABLE)},
+                           kCingoDivisor, kCingoFade));
+    sets.push_back(
+        makeSet("bingo-5.1", "3DSurround, 5.1", {SONIVEX_TABLES_BINGO_5_1(SONIVEX_RESPONSE_TABLE)}));
+    sets.push_back(
+        makeSet("bingo-7.1", "3DSurround, 7.1", {SONIVEX_TABLES_BINGO_7_1(SONIVEX_RESPONSE_TABLE)}));
+    sets.push_back(makeSet("2.0-mode1", "MegaBass mode 1, stereo",
+                           {SONIVEX_TABLES_SURROUND_2(SONIVEX_RESPONSE_TABLE, mode1)}));
+    sets.push_back(makeSet("2.0-mode2", "MegaBass mode 2, stereo",
+                           {SONIVEX_TABLES_SURROUND_2(SONIVEX_RESPONSE_TABLE, mode2)}));
+    sets.push_back(makeSet("2.0-mode3", "MegaBass mode 3, stereo",
+                           {SONIVEX_TABLES_SURROUND_2(SONIVEX_RESPONSE_TABLE, mode3)}));
+    sets.push_back(makeSet("5.1-mode1", "MegaBass mode 1, 5.1",
+                           {SONIVEX_TABLES_SURROUND_5_1(SONIVEX_RESPONSE_TABLE, mode1)}));
+    sets.push_back(makeSet("5.1-mode2", "MegaBass mode 2, 5.1",
+                           {SONIVEX_TABLES_SURROUND_5_1(SONIVEX_RESPONSE_TABLE, mode2)}));
+    sets.push_back(makeSet("5.1-mode3", "MegaBass mode 3, 5.1",
+                           {SONIVEX_TABLES_SURROUND_5_1(SONIVEX_RESPONSE_TABLE, mode3)}));
+    sets.push_back(makeSet("7.1-mode1", "MegaBass mode 1, 7.1",
+                           {SONIVEX_TABLES_SURROUND_7_1(SONIVEX_RESPONSE_TABLE, mode1)}));
+    sets.push_back(makeSet("7.1-mode2", "MegaBass mode 2, 7.1",
+                           {SONIVEX_TABLES_SURROUND_7_1(SONIVEX_RESPONSE_TABLE, mode2)}));
+    sets.push_back(makeSet("7.1-mode3", "MegaBass mode 3, 7.1",
+                           {SONIVEX_TABLES_SURROUND_7_1(SONIVEX_RESPONSE_TABLE, mode3)}));
+    const ResponseTable audio{"dolby441", k_dolby441};
+    ResponseSet stage = makeSet("audio", "MegaBass, second stage", {audio, audio}, kAudioDivisor, 0.0);
+    stage.rate_hz = 44100;
+    sets.push_back(stage);
+    return sets;
+}
+
+#undef SONIVEX_RESPONSE_TABLE
+
+}  // namespace
+
+const std::vector<ResponseSet>& allResponseSets() {
+    static const std::vector<ResponseSet> sets = makeSets();
+    return sets;
+}
+
+const ResponseSet* findResponseSet(const std::string& name) {
+    for (const ResponseSet& set : allResponseSets()) {
+        if (set.name == name) return &set;
+    }
+    return nullptr;
+}
+
+std::vector<double> gainsOf(const ResponseTable& table, const ResponseSet& set) {
+    std::vector<double> gains;
+    gains.reserve(table.samples.size());
+    for (const std::int16_t sample : table.samples) gains.push_back(sample / set.divisor);
+    return gains;
+}
+
+}  // namespace sonivex_tool
