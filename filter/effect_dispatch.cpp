@@ -73,7 +73,10 @@ std::unique_ptr<short[]> sonivexFilter::renderSurround(const InputBlock& in, int
     if (in.channels == 1) {
         widened = makeBlock(2, in.frames);
         short* stereo = widened.get();
-        for (int i = 0; i < in.frames; ++i) stereo[2 * i] = stereo[2 * i + 1] = in.samples[i];
+        for (int i = 0; i < in.frames; ++i) {
+            *stereo++ = in.samples[i];
+            *stereo++ = in.samples[i];
+        }
     }
     auto out = makeBlock(outChannels, in.frames);
     const short* samples = widened ? widened.get() : in.samples;

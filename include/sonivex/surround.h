@@ -22,7 +22,7 @@
  *  @return a handle that the caller releases with aem_ReleaseSurround, or null: memory has run out (logged;
  *          everything is freed), or type or channels are not supported (logged; up to 0.5 MiB stay allocated
  *          for ever, so do not try).
- *  Allocates up to 3.4 MiB; not real-time safe. */
+ *  Allocates up to 3.3 MiB; not real-time safe. */
 SONIVEX_API void* aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter);
 
 /** Render one call's worth of PCM.
@@ -34,11 +34,13 @@ SONIVEX_API void* aem_CreateSurround(int channels, int sampleRate, int type, int
  *  @return 2 * frames, also when the output is silence; 0, with nothing touched, for a null handle or buffer
  *          and for sample counts beyond an int.
  *
- *  Latency: input is rendered in blocks of 240 frames, and a call is served only when the whole of it can be;
- *  until then it gets silence. Calls of a multiple of 240 frames have no delay; calls of a divisor of 240
- * have 240 - frames. With any other size a call within the stream may find too little queued and be silent as
- *  well. The output goes on for up to 13000 frames (type 1) or 12999 (type 13) after the input; send zeros to
- *  hear them.
+ *  Latency: input is rendered in blocks of 240 frames, and a call is served only when the whole of it can
+ *  be; until then it gets silence. Calls of a multiple of 240 frames have no delay, other calls of more than
+ *  240 frames are late by one call, and calls of a divisor of 240 by 240 - frames. With any other size below
+ *  240 a call within the stream may find too little queued and be silent as well. The direct sound of the
+ *  responses begins 25 to 40 frames into them (type 13: 65 to 80), and they sound on for up to 12999 frames
+ *  after the input; send zeros to hear them.
+ *
  *  At most 81919 samples wait on either side. What a call brings beyond that is dropped, sample by sample, so
  *  that a frame can be split; a call of more frames than 40959 is never served.
  *

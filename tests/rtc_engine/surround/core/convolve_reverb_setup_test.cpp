@@ -216,9 +216,34 @@ TEST(ConvolveReverbSetUp, ASecondSetUpAppendsToTheResponses) {
 }
 
 /* Full scale of the tables, by hand: -32768 / 10000 and -32768 / 24000 as floats. */
+/* Puts a value into a table while it lives. The tables are read-only for everybody else. */
+class PlantedSample {
+  public:
+    PlantedSample(const ConvolveReverb::Table& table, std::int16_t value)
+        : sample_(const_cast<std::int16_t&>(table.front())), former_(sample_) {
+        sample_ = value;
+    }
+    PlantedSample(const PlantedSample&) = delete;
+    PlantedSample& operator=(const PlantedSample&) = delete;
+    ~PlantedSample() { sample_ = former_; }
+
+  private:
+    std::int16_t& sample_;
+    const std::int16_t former_;
+};
+
+TEST(ConvolveReverbSetUp, TheLowestSampleIsScaledByTheDivisorOfItsSet) {
+    const PlantedSample in_cingo(ConvolveReverb::g_cingoLL48, -32768);
+    const PlantedSample in_audio(ConvolveReverb::g_dolbyL441, -32768);
+    ConvolveReverb reverb;
+    reverb.prepareToPlay_Kelvo_Bingo_2(2, 240);
+    reverb.prepareToPlay_Kelvo_Audio(2, 240);
+    Inspector inspector(reverb);
+    EXPECT_EQ(inspector.bingo2()[0][0], -3.2768F);
+    EXPECT_EQ(inspector.audio()[0][0], -1.3653333F);
+}
+
 TEST(ConvolveReverbSetUp, SamplesAreDividedInDoubleAndRoundedOnce) {
-    EXPECT_EQ(static_cast<float>(-32768 / 10000.0), -3.2768F);
-    EXPECT_EQ(static_cast<float>(-32768 / 24000.0), -1.3653333F);
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Bingo_2(2, 240);
     Inspector inspector(reverb);
