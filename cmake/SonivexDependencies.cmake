@@ -9,6 +9,7 @@ pkg_check_modules(LIBAVCODEC REQUIRED IMPORTED_TARGET libavcodec>=59.37)
 pkg_check_modules(LIBSWRESAMPLE REQUIRED IMPORTED_TARGET libswresample>=4.7)
 pkg_check_modules(LIBEBUR128 REQUIRED IMPORTED_TARGET libebur128)
 pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo>=1.16)
+pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy>=1.0.3)
 
 # Only for the generator of the impulse responses, whose output is committed.
 pkg_check_modules(LIBMYSOFA QUIET IMPORTED_TARGET libmysofa)
