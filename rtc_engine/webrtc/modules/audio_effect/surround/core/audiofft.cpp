@@ -6,29 +6,13 @@
 
 #include "fft_passes.h"
 #include "float_rules.h"
-#include "unit_roots.h"
+#include "transform_tables.h"
 
 namespace audiofft {
 namespace details {
 namespace {
 
 constexpr int kTableSizes = 2;  // entries of ip before its work area
-
-/* e^(i pi/4 * j / (doubles / 2)) as (cos, sin) pairs, in natural order. */
-void makeRoots(double* table, int doubles) {
-    const sonivex::UnitRoots roots(doubles);
-    for (int j = 0; j < doubles / 2; ++j) {
-        const sonivex::UnitPoint point = roots.at(j);
-        *table++ = point.cosine;
-        *table++ = point.sine;
-    }
-}
-
-/* cos(pi/2 * j / count) / 2. */
-void makeHalfCosines(double* table, int count) {
-    const sonivex::UnitRoots roots(count);
-    for (int j = 0; j < count; ++j) table[j] = 0.5 * roots.at(j).cosine;
-}
 
 /* Points of a complex transform on n doubles. */
 std::size_t pointsOf(int n) {
@@ -58,8 +42,7 @@ void OouraFFT::init(std::size_t length) {
     ip[0] = quarter;
     ip[1] = quarter;
     if (quarter < 2 || !std::has_single_bit(size)) return;
-    makeRoots(w.data(), quarter);
-    bitrv2(quarter, ip.data() + kTableSizes, w.data());
+    makeRoots(w.data(), quarter, ip.data() + kTableSizes);
     makeHalfCosines(w.data() + quarter, quarter);
 }
 

@@ -121,6 +121,13 @@ void radix4(double* points, std::size_t blocks, std::size_t leg, const double* r
 
 }  // namespace
 
+BlockRoots rootsOfBlock(const double* roots, std::size_t block) {
+    const Complex t1 = rootOfBlock(roots, block);
+    const Complex t2 = squaredRootOfBlock(roots, block);
+    const Complex t3 = t1 * t2;
+    return {.re = {t1.re, t2.re, t3.re}, .im = {t1.im, t2.im, t3.im}};
+}
+
 void reversePointOrder(double* points, std::size_t count, int* offsets) {
     /* The index in three parts: left and right of `width` values each, and one digit between them if the
      * number of digits is odd. The reverse of (left, middle, right) is (r(right), middle, r(left)), so every

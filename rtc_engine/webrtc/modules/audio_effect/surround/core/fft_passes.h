@@ -36,6 +36,15 @@ void reversePointOrder(double* points, std::size_t count, int* offsets);
 /** The sign of i in the formulas above. */
 enum class Turn { kForward, kBackward };
 
+/** t, t2 and t3 of a block of a pass with e^(+i); the other direction has their conjugates. */
+struct BlockRoots {
+    double re[3];
+    double im[3];
+};
+
+/** @param roots as radix4Pass takes them, for j = 0 .. block / 2; not read for blocks 0 and 1. */
+BlockRoots rootsOfBlock(const double* roots, std::size_t block);
+
 /** One pass of radix 4 over blocks of 4 * distance points.
  *  @param points   [count] complex numbers; count is a power of two and a multiple of 4 * distance.
  *  @param distance points between the legs of a butterfly.

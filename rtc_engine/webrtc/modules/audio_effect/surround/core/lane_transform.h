@@ -1,0 +1,44 @@
+/* The real Fourier transform of several signals at once, one in each lane of a vector.
+ *
+ *   frames  [sample][lane]  floats                  spectrum  re [bin][lane], im [bin][lane]  floats
+ *
+ *   X[k] = sum x[j] e^(+2 pi i jk / n), k = 0 .. n/2 - 1,  im[0] holds X[n/2]: both are real
+ *
+ * Every lane sees the operations of fft_passes.h in their order, each rounded by itself, and nothing passes
+ * from one lane to another: the bits are the same for every vector width and in every lane, and equal to the
+ * scalar transform's up to the sign of i. What saves time besides: the second half of the input is zero and
+ * is not there, reordering and conversion happen inside the first and the last pass.
+ *
+ * Real-time safe. */
+#pragma once
+
+#include <cstddef>
+
+#include "transform_tables.h"
+
+namespace audiofft {
+
+/** The transforms of one set of vector instructions. */
+struct LaneTransform {
+    /** Doubles in its widest vector: lanes go through a pass in groups of at most that many. */
+    std::size_t width;
+
+    /** Transform signals whose second half is zero.
+     *  @param frames [n / 2][lanes], the first half.
+     *  @param lanes  1, 2, 4 or a multiple of 8.
+     *  @param re, im [n / 2][lanes] each, overwritten; apart from `frames`.
+     *  @param work   [n * min(lanes, width)], overwritten. */
+    void (*forward)(const details::TransformTables& tables, const float* frames, std::size_t lanes, float* re,
+                    float* im, double* work);
+
+    /** Transform back: inverse(forward(x)) = x.
+     *  @param re, im [n / 2][lanes] each.
+     *  @param frames [n][lanes], overwritten; may be `re` if `im` lies right behind it. */
+    void (*inverse)(const details::TransformTables& tables, const float* re, const float* im,
+                    std::size_t lanes, float* frames, double* work);
+};
+
+/** That of the best instructions this processor has. Looks the processor up at its first call. */
+const LaneTransform& laneTransform();
+
+}  // namespace audiofft
