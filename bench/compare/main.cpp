@@ -1,0 +1,65 @@
+/* Compares the library with other ways to do the same work, in one process and in turns.
+ *
+ *   peer_comparison [--quick] [--csv]
+ *
+ *   --quick  under a minute; the ratios scatter more
+ *   --csv    the same rows for a program to read; lines with # are for people
+ *
+ * Every output is checked before anything is timed, and one that is wrong ends the program with exit code 1.
+ * Peers get their input in their own format before the clock runs and give floats; the library takes and
+ * gives 16-bit PCM, limits, and has its conversions timed. */
+#include <cstdio>
+#include <cstring>
+#include <exception>
+
+#include "dialogue_comparison.h"
+#include "filter_cost.h"
+#include "machine.h"
+#include "normalizer_comparison.h"
+#include "surround_comparison.h"
+#include "surround_figures.h"
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+namespace {
+
+constexpr compare::Effort kThorough = {
+    .turns = 41, .material_steps = 4, .calls_timed = 20000, .handles_timed = 41};
+constexpr compare::Effort kQuick = {.turns = 9, .material_steps = 2, .calls_timed = 2000, .handles_timed = 9};
+
+int run(const compare::Effort& effort, compare::Report::Style style) {
+    compare::Report report(style);
+    compare::describeMachine(report);
+    compare::compareSurround(report, effort);
+    compare::measureSurround(report, effort);
+    compare::compareNormalizer(report, effort);
+    compare::compareDialogue(report, effort);
+    compare::measureFilter(report, effort);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    compare::Effort effort = kThorough;
+    compare::Report::Style style = compare::Report::Text;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--quick") == 0) {
+            effort = kQuick;
+        } else if (std::strcmp(argv[i], "--csv") == 0) {
+            style = compare::Report::Csv;
+        } else {
+            std::fprintf(stderr, "usage: %s [--quick] [--csv]\n", argv[0]);
+            return 2;
+        }
+    }
+    av_log_set_level(AV_LOG_ERROR);
+    try {
+        return run(effort, style);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "peer_comparison: %s\n", error.what());
+        return 1;
+    }
+}

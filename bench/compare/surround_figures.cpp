@@ -1,0 +1,193 @@
+#include "surround_figures.h"
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <ctime>
+
+#include "machine.h"
+#include "our_engine.h"
+#include "output_check.h"
+#include "sonivex/surround.h"
+#include "turns.h"
+
+namespace compare {
+namespace {
+
+constexpr std::size_t kChannelCounts[] = {2, 6, 8};
+
+double clock_us(clockid_t clock) {
+    timespec now{};
+    clock_gettime(clock, &now);
+    return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) * 1e-3;
+}
+double wall_us() {
+    return clock_us(CLOCK_MONOTONIC);
+}
+double threadCpu_us() {
+    return clock_us(CLOCK_THREAD_CPUTIME_ID);
+}
+
+std::size_t heapBytes() {
+    const auto info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+void* createHandle(std::size_t channels, int type) {
+    return aem_CreateSurround(static_cast<int>(channels), static_cast<int>(kRate_hz), type, kMode, 1);
+}
+
+void measureHandle(Report& report, const Effort& effort, std::size_t channels, int type, Bounds heap_kib) {
+    const std::string subject = makeLayout(channels, type).name + " type " + std::to_string(type);
+    const std::size_t before = heapBytes();
+    void* const handle = createHandle(channels, type);
+    const std::size_t heap = heapBytes() - before;
+    aem_ReleaseSurround(handle);
+    report.row("heap of a handle", subject, static_cast<double>(heap) / 1024, "KiB", heap_kib);
+
+    std::vector<double> set_up_ms;
+    for (int i = 0; i < effort.handles_timed; ++i) {
+        const double start_us = wall_us();
+        void* const made = createHandle(channels, type);
+        set_up_ms.push_back((wall_us() - start_us) / 1000);
+        aem_ReleaseSurround(made);
+    }
+    report.row("set-up, median", subject, median(set_up_ms), "ms", atMost(5.0, 1.0));
+}
+
+/* Single calls in microseconds, one number each. */
+std::vector<double> timeCalls(Engine& engine, const Material& material, int calls, double (*now_us)()) {
+    std::vector<double> calls_us;
+    std::size_t frame = 0;
+    const int warm = static_cast<int>(material.frames() / engine.callFrames());
+    for (int i = -warm; i < calls; ++i) {
+        const double start_us = now_us();
+        engine.process(frame);
+        const double call_us = now_us() - start_us;
+        if (i >= 0) calls_us.push_back(call_us);
+        frame = (frame + engine.callFrames()) % material.frames();
+    }
+    return calls_us;
+}
+
+void measureCalls(Report& report, const Effort& effort, std::size_t channels, int type) {
+    const Layout layout = makeLayout(channels, type);
+    const Material material = makeMaterial(channels, channels, kMaterialStep_frames, 1);
+    const auto engine = makeOurEngine(layout, material);
+    const std::string subject = layout.name + " type " + std::to_string(type);
+
+    const std::vector<double> calls_us = timeCalls(*engine, material, effort.calls_timed, wall_us);
+    const double p50_us = median(calls_us);
+    const double p99_us = quantile(calls_us, 0.99);
+    report.row("median", subject, p50_us, "us");
+    report.row("99 of 100 within", subject, p99_us, "us");
+    report.row("99 of 100 / median", subject, p99_us / p50_us, "", atMost(1.5, 1.2));
+
+    const std::vector<double> cpu_us = timeCalls(*engine, material, effort.calls_timed, threadCpu_us);
+    report.row("the same in processor time", subject, quantile(cpu_us, 0.99) / median(cpu_us), "");
+}
+
+/* Contestants keep references to what is in here. */
+struct Subject {
+    Subject(std::string subject_name, std::size_t channels, std::size_t sounding, int loudness,
+            std::size_t frames)
+        : name(std::move(subject_name)),
+          layout(makeLayout(channels, 1)),
+          material(makeMaterial(channels, sounding, frames, loudness)),
+          engine(makeOurEngine(layout, material)) {}
+
+    /* @return the peak of what the limiter gets. */
+    double check() const {
+        const Reference reference = convolveDirectly(layout, material);
+        checkOutput(*engine, material, reference);
+        return reference.peak();
+    }
+    void pass() const {
+        for (std::size_t frame = 0; frame < material.frames(); frame += engine->callFrames()) {
+            engine->process(frame);
+        }
+    }
+    Contestant contestant() const {
+        return {name, [this] { pass(); }, static_cast<double>(material.frames()) / kRate_hz};
+    }
+
+    std::string name;
+    Layout layout;
+    Material material;
+    std::unique_ptr<Engine> engine;
+};
+
+/* What the signal changes: silent channels cost less, a limiter at work costs more. */
+void measureSignals(Report& report, const Effort& effort) {
+    report.section("What the signal changes, type 1; outputs checked");
+    const std::size_t frames = effort.material_steps * kMaterialStep_frames;
+    const Subject stereo("stereo", 2, 2, 1, frames);
+    const Subject all("7.1", 8, 8, 1, frames);
+    const Subject front("7.1, six channels silent", 8, 2, 1, frames);
+    const Subject loud("7.1, limiter at work", 8, 8, 16, frames);
+    std::vector<double> peaks;
+    std::vector<Contestant> contestants;
+    for (const Subject* const subject : {&stereo, &all, &front, &loud}) {
+        peaks.push_back(subject->check());
+        contestants.push_back(subject->contestant());
+    }
+    const std::vector<Timing> timings = takeTurns(contestants, effort.turns);
+    for (std::size_t i = 0; i < timings.size(); ++i) {
+        report.row(timings[i].name, "", median(timings[i].cpu_ms_per_s), "ms", {},
+                   "peaks before the limiter " + std::to_string(peaks[i]));
+    }
+    report.row("7.1 with six channels silent / stereo", "", medianRatio(timings[2], timings[0]), "",
+               atMost({}, 1.3));
+}
+
+/* The same work by every width that the processor has; each is held to the reference as well. */
+void measureWidths(Report& report, const Effort& effort) {
+    report.section("Vector widths, type 1; outputs checked");
+    const std::vector<VectorWidth> widths = vectorWidths();
+    for (const std::size_t channels : {2U, 8U}) {
+        const Layout layout = makeLayout(channels, 1);
+        const Material material =
+            makeMaterial(channels, channels, effort.material_steps * kMaterialStep_frames, 1);
+        const Reference reference = convolveDirectly(layout, material);
+        std::vector<std::unique_ptr<Engine>> engines;
+        std::vector<Contestant> contestants;
+        for (const VectorWidth& width : widths) {
+            const HeldToWidth held(width);
+            engines.push_back(makeOurEngine(layout, material));
+            Engine& engine = *engines.back();
+            checkOutput(engine, material, reference);
+            const auto pass = [&engine, &material, width] {
+                const HeldToWidth held_again(width);
+                for (std::size_t frame = 0; frame < material.frames(); frame += engine.callFrames()) {
+                    engine.process(frame);
+                }
+            };
+            contestants.push_back({width.name, pass, static_cast<double>(material.frames()) / kRate_hz});
+        }
+        const std::vector<Timing> timings = takeTurns(contestants, effort.turns);
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            report.row(widths[i].name + ", " + std::to_string(widths[i].doubles) + " doubles", layout.name,
+                       median(timings[i].cpu_ms_per_s), "ms");
+        }
+    }
+}
+
+}  // namespace
+
+void measureSurround(Report& report, const Effort& effort) {
+    report.section("A handle");
+    const Bounds heap_kib[] = {atMost(1250.0, 1200.0), atMost(2150.0, 2020.0), atMost(2750.0, 2600.0)};
+    for (const int type : {1, 13}) {
+        for (std::size_t i = 0; i < std::size(kChannelCounts); ++i) {
+            measureHandle(report, effort, kChannelCounts[i], type, heap_kib[i]);
+        }
+    }
+    report.section("Single calls of 240 frames, by the clock on the wall unless said");
+    for (const int type : {1, 13}) {
+        for (const std::size_t channels : kChannelCounts) measureCalls(report, effort, channels, type);
+    }
+    measureSignals(report, effort);
+    measureWidths(report, effort);
+}
+
+}  // namespace compare
