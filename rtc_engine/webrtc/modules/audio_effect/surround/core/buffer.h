@@ -8,8 +8,8 @@
 
 namespace fftconvolver {
 
-/* Four floats: what the spectrum arithmetic handles at a time. */
-inline constexpr std::size_t kBufferAlignment = 16;
+/* The widest vector, and a cache line. */
+inline constexpr std::size_t kBufferAlignment = 64;
 
 /* The usual allocation function where it aligns enough: the other one rounds every size up once more. */
 inline constexpr bool kAlignsAnyway = kBufferAlignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__;
@@ -28,7 +28,7 @@ inline void freeAligned(void* memory) {
     }
 }
 
-/** An array of numbers that starts at a multiple of 16 bytes. Owns its memory. */
+/** An array of numbers that starts at a multiple of 64 bytes. Owns its memory. */
 template <typename Number>
 class Buffer {
   public:

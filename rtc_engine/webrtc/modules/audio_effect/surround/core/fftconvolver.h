@@ -9,16 +9,16 @@
  * over the older blocks, i >= 1, is made once per block and kept.
  * Source: overlap-add with a frequency-domain delay line, Gardner, JAES 43 (1995); Wefers (2015).
  *
+ * The arithmetic is that of a ConvolutionBank with one response.
+ *
  * Use: FFTConvolver c; c.init(256, ir, 8640); c.process(in, out, n) for every call.
  * Threads: an object is used by one thread at a time. */
 #pragma once
 
 #include <cstddef>
 #include <memory>
-#include <vector>
 
-#include "audiofft.h"
-#include "buffer.h"
+#include "convolution_bank.h"
 
 namespace fftconvolver {
 
@@ -50,27 +50,10 @@ class FFTConvolver {
     std::size_t partitionCount() const { return segmentCount; }
 
   private:
-    using Spectra = std::vector<std::unique_ptr<SplitComplex>>;
-
-    void transformResponse(const float* ir, std::size_t irLen, std::size_t partitions);
-    void transformInput();
-    void accumulateOlderBlocks();
-    void finishBlock();
-
     std::size_t blockSize = 0;
-    std::size_t segmentSize = 0;
     std::size_t segmentCount = 0;
-    std::size_t complexSize = 0;
-    Spectra inputSegments;    // ring of the input blocks' spectra
-    Spectra irSegments;       // the response's partitions
-    Buffer<float> fftBuffer;  // 2L samples on the way into or out of a transform
-    audiofft::AudioFFT fft;
-    SplitComplex accumulated;  // contribution of the older blocks
-    SplitComplex convolved;    // the same and that of the newest
-    Buffer<float> overlap;     // second half of the last finished block's inverse transform
-    std::size_t current = 0;   // place of the newest block in the ring; the older ones follow
-    Buffer<float> inputBuffer;
-    std::size_t inputFill = 0;
+    std::unique_ptr<ConvolutionWorkspace> workspace;
+    std::unique_ptr<ConvolutionBank> bank;  // of one response
 };
 
 }  // namespace fftconvolver

@@ -22,4 +22,10 @@ inline std::size_t powerOfTwoNotBelow(std::size_t number) {
     return power;
 }
 
+/** Partitions of `block` samples that a response of `taps` samples takes: taps / block, rounded up, in float.
+ * Beyond 2^24 taps that may be one too many. */
+inline std::size_t partitionsOf(std::size_t taps, std::size_t block) {
+    return static_cast<std::size_t>(std::ceil(static_cast<float>(taps) / static_cast<float>(block)));
+}
+
 }  // namespace fftconvolver
