@@ -50,14 +50,12 @@ TEST(SurroundOutOfMemory, CreationGivesNullLogsAndFreesEverythingWhicheverAlloca
     struct Case {
         int channels;
         int type;
-        int step;  // of the thousands of allocations for more channels not every one
     };
-    for (const auto& [channels, type, step] :
-         {Case{2, 13, 1}, Case{1, 1, 3}, Case{6, 13, 11}, Case{8, 1, 13}}) {
+    for (const auto& [channels, type] : {Case{2, 13}, Case{1, 1}, Case{6, 13}, Case{8, 1}}) {
         SCOPED_TRACE(std::to_string(channels) + " channels, type " + std::to_string(type));
         const int allocations = allocationsOf(channels, type);
-        ASSERT_GT(allocations, 100);
-        for (int failing = 1; failing <= allocations; failing += failing < 150 ? 1 : step) {
+        ASSERT_GT(allocations, 20);
+        for (int failing = 1; failing <= allocations; ++failing) {
             const LastLine log;
             const AllocationWatch watch(failing);
             ASSERT_EQ(aem_CreateSurround(channels, 48000, type, 1, 1), nullptr) << "allocation " << failing;

@@ -15,7 +15,7 @@ class ConvolveReverbInspector {
     std::uint64_t headBlockSize() const { return reverb_.headBlockSize; }
     std::uint64_t tailBlockSize() const { return reverb_.tailBlockSize; }
     IRAgent& agent(std::size_t number) { return reverb_.agents.at(number); }
-    bool isInitialised(std::size_t number) { return agent(number).stages().head().partitionCount() > 0; }
+    bool isInitialised(std::size_t number) const { return reverb_.responseOfAgent.at(number) != nullptr; }
     std::size_t workFrames() const { return reverb_.agentOut.size(); }
 
     Responses bingo2() const { return reverb_.irBingo2; }

@@ -146,18 +146,21 @@ TEST(ConvolveReverbSetUp, SevenOneBingoLoadsEightPairs) {
     expectResponse(inspector.bingo71()[14], ConvolveReverb::g_7_1_8_h_cL48, 20000);
 }
 
-/* Agents in the order of the table: what an agent makes of an impulse is its response. */
+/* Agents in the order of the table: what an ear hears of an impulse in a channel is the response of that
+ * pair. */
 TEST(ConvolveReverbSetUp, EveryAgentConvolvesWithItsOwnResponse) {
-    ConvolveReverb reverb;
-    reverb.prepareToPlay_Kelvo_Bingo_7_1(8, 240);
-    Inspector inspector(reverb);
-    std::vector<float> impulse(240, 0.0F);
-    impulse[0] = 1.0F;
-    std::vector<float> out(240);
-    for (std::size_t i = 0; i < 16; ++i) {
-        inspector.agent(8 + i).process(impulse.data(), out.data(), 240);
+    for (std::size_t channel = 0; channel < 8; ++channel) {
+        ConvolveReverb reverb;
+        reverb.prepareToPlay_Kelvo_Bingo_7_1(8, 240);
+        std::vector<float> in(8 * 240, 0.0F);
+        in[channel] = 1.0F;
+        std::vector<float> out(2 * 240);
+        reverb.process_Kelvo_Bingo_7_1(in.data(), out.data(), 240);
+        const Inspector inspector(reverb);
         for (std::size_t k = 0; k < 240; ++k) {
-            ASSERT_NEAR(out[k], inspector.bingo71()[i][k], 1e-6F) << "agent " << 8 + i;
+            ASSERT_NEAR(out[2 * k], inspector.bingo71()[2 * channel][k], 1e-6F) << "channel " << channel;
+            ASSERT_NEAR(out[2 * k + 1], inspector.bingo71()[2 * channel + 1][k], 1e-6F)
+                << "channel " << channel;
         }
     }
 }

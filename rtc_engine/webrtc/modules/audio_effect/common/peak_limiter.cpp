@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "float_rules.h"
+#include "limiter_gain.h"
 #include "pcm.h"
 #include "sliding_maximum.h"
+#include "steady_gain.h"
 
 namespace sonivex {
 namespace {
@@ -14,11 +15,124 @@ constexpr std::int32_t kWindowDepth = 6;
 constexpr std::int32_t kWindowSamples = 1 << kWindowDepth;
 static_assert(kWindowSamples <= kLimiterDelayEntries && 2 * kWindowSamples <= kLimiterTreeEntries);
 
-/* The factors' exact values are part of the sound: 0.8999, 0.0999, 0.9999 and 0.0001 rounded to float. */
-constexpr float kSmoothingKeep = std::bit_cast<float>(std::uint32_t{0x3F665FD9});
-constexpr float kSmoothingStep = std::bit_cast<float>(std::uint32_t{0x3DCC985F});
-constexpr float kReleaseKeep = std::bit_cast<float>(std::uint32_t{0x3F7FF972});
-constexpr float kReleaseStep = std::bit_cast<float>(std::uint32_t{0x38D1B717});
+/* What a call changes from sample to sample. Held apart from the record, since the compiler cannot know that
+ * `out` does not point into it. */
+struct Progress {
+    explicit Progress(const PeakLimiterFields& fields)
+        : gain(fields.gain),
+          smoothed_gain(fields.smoothed_gain),
+          write_index(fields.write_index),
+          is_limiting(fields.is_limiting != 0) {}
+
+    void storeTo(const PeakLimiterFields& fields) const {
+        fields.gain = gain;
+        fields.smoothed_gain = smoothed_gain;
+        fields.write_index = write_index;
+        fields.is_limiting = is_limiting ? 1 : 0;
+    }
+
+    float gain;
+    float smoothed_gain;
+    std::int32_t write_index;
+    bool is_limiting;
+};
+
+void engage(const PeakLimiterFields& fields, Progress& progress) {
+    if (!progress.is_limiting) std::fill_n(fields.maximum_tree, kLimiterTreeEntries, 0.0F);
+    progress.is_limiting = true;
+}
+
+/* Puts a level into the window; the window's peak says how low the gain has to be, or that it may rise. */
+float insertLevel(const PeakLimiterFields& fields, Progress& progress, float level) {
+    const float peak = insertIntoMaximumTree(fields.maximum_tree, progress.write_index, level,
+                                             fields.tree_depth, fields.tree_leaves);
+    if (fields.threshold >= peak) progress.is_limiting = false;
+    return peak;
+}
+
+float targetGain(const PeakLimiterFields& fields, const Progress& progress, float peak) {
+    return progress.is_limiting ? fields.threshold / peak : fields.idle_gain;
+}
+
+float limitSample(Progress& progress, float target, float sample, float threshold) {
+    progress.smoothed_gain = smoothTarget(progress.smoothed_gain, target);
+    progress.gain = releaseGain(progress.gain, progress.smoothed_gain);
+    return applyGain(progress.gain, sample, threshold);
+}
+
+bool limitEachByItsOwnLevel(const PeakLimiterFields& fields, const float* in, int count, float* out) {
+    const float threshold = fields.threshold;
+    float* const delay = fields.delay;
+    Progress progress(fields);
+    bool has_exceeded = false;
+
+    for (int i = 0; i < count; ++i) {
+        /* A NaN has no level: in the tree it would stay for ever, being neither more nor less than its
+         * sibling. */
+        const float magnitude = std::fabs(in[i]);
+        const float level = magnitude >= 0.0F ? magnitude : 0.0F;
+        if (level > threshold) {
+            engage(fields, progress);
+            has_exceeded = true;
+        }
+        const float peak = progress.is_limiting ? insertLevel(fields, progress, level) : 0.0F;
+
+        delay[progress.write_index] = in[i];
+        progress.write_index = (progress.write_index + 1) & fields.index_mask;
+        const float delayed = delay[progress.write_index];
+        out[i] = limitSample(progress, targetGain(fields, progress, peak), delayed, threshold);
+    }
+
+    progress.storeTo(fields);
+    return has_exceeded;
+}
+
+/* Only what the window still holds when all samples have gone by. */
+void writeToDelay(const PeakLimiterFields& fields, const float* in, int count) {
+    const int window = fields.index_mask + 1;
+    for (int i = std::max(0, count - window); i < count; ++i) {
+        fields.delay[(fields.write_index + i) & fields.index_mask] = in[i];
+    }
+}
+
+/* All samples count as loud as their peak. The target moves only while the window forgets what was before
+ * this call; then it stands still, the smoothed gain soon does, and what is left is vectors. */
+bool limitAllByTheirPeak(const PeakLimiterFields& fields, const float* in, int count, float* out) {
+    /* Before the first write: out may be in. */
+    const float level = largestMagnitude(in, count);
+    writeToDelay(fields, in, count);
+
+    const float threshold = fields.threshold;
+    const bool has_exceeded = level > threshold;
+    Progress progress(fields);
+    if (has_exceeded) engage(fields, progress);
+
+    int done = 0;
+    float peak = 0.0F;
+    bool is_window_forgotten = false;
+    while (progress.is_limiting && done < count && !is_window_forgotten) {
+        peak = insertLevel(fields, progress, level);
+        out[done] = limitSample(progress, targetGain(fields, progress, peak), in[done], threshold);
+        progress.write_index = (progress.write_index + 1) & fields.index_mask;
+        ++done;
+        is_window_forgotten = peak == level;
+    }
+    if (progress.is_limiting) insertRepeatedly(fields, progress, level, count - done);
+    progress.write_index = (progress.write_index + count - done) & fields.index_mask;
+
+    const float target = targetGain(fields, progress, peak);
+    float smoothed_before = 0.0F;
+    for (bool is_settled = false; !is_settled && done < count; ++done) {
+        smoothed_before = progress.smoothed_gain;
+        out[done] = limitSample(progress, target, in[done], threshold);
+        is_settled = progress.smoothed_gain == smoothed_before;
+    }
+    progress.gain = limitWithSteadyTarget(progress.gain, progress.smoothed_gain, threshold, in + done,
+                                          count - done, out + done);
+
+    progress.storeTo(fields);
+    return has_exceeded;
+}
 
 }  // namespace
 
@@ -37,69 +151,8 @@ void resetPeakLimiter(const PeakLimiterFields& fields) {
 
 bool limitPeaks(const PeakLimiterFields& fields, const float* in, int count, float* out) {
     if (count < 1) return false;
-
-    /* Before the first write: out may be in. */
-    const float block_peak = largestMagnitude(in, count);
-
-    const float threshold = fields.threshold;
-    const float idle_gain = fields.idle_gain;
-    const std::int32_t tree_depth = fields.tree_depth;
-    const std::int32_t tree_leaves = fields.tree_leaves;
-    const std::int32_t index_mask = fields.index_mask;
-    const bool detects_per_sample = fields.detects_per_sample != 0;
-    float* const tree = fields.maximum_tree;
-    float* const delay = fields.delay;
-
-    /* Held in locals, since the compiler cannot know that `out` does not point into the record. */
-    float gain = fields.gain;
-    float smoothed_gain = fields.smoothed_gain;
-    std::int32_t write_index = fields.write_index;
-    bool is_limiting = fields.is_limiting != 0;
-    bool has_exceeded = false;
-
-    for (int i = 0; i < count; ++i) {
-        const float sample = in[i];
-        const float magnitude = std::fabs(sample);
-        /* A NaN has no level: in the tree it would stay for ever, being neither more nor less than its
-         * sibling. */
-        const float level = !detects_per_sample ? block_peak : magnitude >= 0.0F ? magnitude : 0.0F;
-        if (level > threshold) {
-            if (!is_limiting) std::fill_n(tree, kLimiterTreeEntries, 0.0F);
-            is_limiting = true;
-            has_exceeded = true;
-        }
-
-        float target = idle_gain;
-        if (is_limiting) {
-            const float peak = insertIntoMaximumTree(tree, write_index, level, tree_depth, tree_leaves);
-            if (threshold >= peak) {
-                is_limiting = false;
-            } else {
-                target = threshold / peak;
-            }
-        }
-
-        delay[write_index] = sample;
-        const std::int32_t next_index = (write_index + 1) & index_mask;
-        const float delayed = detects_per_sample ? delay[next_index] : sample;
-
-        smoothed_gain = smoothed_gain * kSmoothingKeep + target * kSmoothingStep;
-        gain = std::min(smoothed_gain, gain * kReleaseKeep + kReleaseStep);
-
-        float limited = gain * delayed;
-        if (std::fabs(limited) > threshold) {
-            gain = threshold / std::fabs(delayed);
-            limited = gain * delayed;
-        }
-        out[i] = limited;
-        write_index = next_index;
-    }
-
-    fields.gain = gain;
-    fields.smoothed_gain = smoothed_gain;
-    fields.write_index = write_index;
-    fields.is_limiting = is_limiting ? 1 : 0;
-    return has_exceeded;
+    return fields.detects_per_sample != 0 ? limitEachByItsOwnLevel(fields, in, count, out)
+                                          : limitAllByTheirPeak(fields, in, count, out);
 }
 
 }  // namespace sonivex

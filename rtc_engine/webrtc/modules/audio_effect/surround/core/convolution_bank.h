@@ -45,6 +45,8 @@ class ConvolutionWorkspace {
      *  Throws std::bad_alloc when memory runs out. */
     ConvolutionWorkspace(std::size_t block_frames, const BankShape& largest);
 
+    std::size_t blockFrames() const { return tables.points(); }
+
   private:
     friend class ConvolutionBank;
 

@@ -6,7 +6,10 @@
  * Use: construct; one prepareToPlay_* for the layout, for the Surround layouts also
  * prepareToPlay_Kelvo_Audio; then the process_* of the same name for every block.
  *
- * One agent convolves for one pair of a source and an ear:
+ * The convolutions of a set-up are done together, in banks; agents step in where a set-up was repeated or
+ * where an operation is called that the set-up was not made for.
+ *
+ * One agent stands for one pair of a source and an ear:
  *   0-3    two channels
  *   4, 7   Audio stage, left and right
  *   8-23   5.1 and 7.1: source by source, left ear before right
@@ -16,12 +19,15 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
 #include "IRAgent.h"
+#include "source_banks.h"
 #include "table_list.h"
 
 class ConvolveReverb {
@@ -60,8 +66,9 @@ class ConvolveReverb {
      *  @param out [n][2] interleaved; may be `in`.
      *  @param n   frames, at most the block length of the set-up. Below 1 nothing is read or written.
      *  @return n. Silence if the object was not set up for these channels or for blocks of this length.
-     *  Real-time safe. The two-channel Surround layout keeps the sides apart: each ear hears its own channel
-     *  through both of its responses. */
+     *  Real-time safe, but for the first call of an operation that the set-up was not made for: it takes
+     * memory for agents, and starts from silence. The two-channel Surround layout keeps the sides apart: each
+     * ear hears its own channel through both of its responses. */
     int process_Kelvo_Bingo_2(const float* in, float* out, int n);
     int process_Kelvo_Bingo_5_1(const float* in, float* out, int n);
     int process_Kelvo_Bingo_7_1(const float* in, float* out, int n);
@@ -75,34 +82,60 @@ class ConvolveReverb {
 
     static constexpr std::size_t kAgents = 24;
 
-    /* Which plane goes through which agents. */
-    struct Source {
-        std::size_t plane;
-        int left_agent;  // or kNoAgent
-        int right_agent;
-    };
-    static constexpr int kNoAgent = -1;
-
+    using Source = sonivex::Source;
+    using Sources = std::span<const Source>;
     using Tables = std::span<const Table* const>;
     using Responses = std::span<Response>;
 
+    /* What one set-up loads and one operation renders. Both orders, of the sources and of the agents in them,
+     * are that of the float additions, and so part of the output's bits. */
+    static constexpr Source kBingo2Sources[] = {{0, 0, 1}, {1, 2, 3}};
+    static constexpr Source kBingo51Sources[] = {{0, 8, 9},   {1, 10, 11}, {2, 12, 13},
+                                                 {3, 14, 15}, {4, 16, 17}, {5, 18, 19}};
+    static constexpr Source kBingo71Sources[] = {{0, 8, 9},   {1, 10, 11}, {2, 12, 13}, {3, 14, 15},
+                                                 {4, 16, 17}, {5, 18, 19}, {6, 20, 21}, {7, 22, 23}};
+    /* Each ear hears one channel only, twice: the responses and their tone are made for that. */
+    static constexpr Source kSurround2Sources[] = {{0, 0, sonivex::kNoAgent},
+                                                   {1, sonivex::kNoAgent, 1},
+                                                   {0, 2, sonivex::kNoAgent},
+                                                   {1, sonivex::kNoAgent, 3}};
+    /* Without channel 3, low frequency, for which the Surround sets have no response. */
+    static constexpr Source kSurround51Sources[] = {
+        {0, 8, 9}, {1, 10, 11}, {2, 12, 13}, {4, 14, 15}, {5, 16, 17}};
+    static constexpr Source kSurround71Sources[] = {{0, 8, 9},   {1, 10, 11}, {2, 12, 13}, {4, 14, 15},
+                                                    {5, 16, 17}, {6, 18, 19}, {7, 20, 21}};
+    static constexpr Source kAudioSources[] = {{0, 4, sonivex::kNoAgent}, {1, sonivex::kNoAgent, 7}};
+
+    /* The sources of a layout and those of the Audio stage are set up and rendered apart. */
+    struct Stage {
+        sonivex::SourceBanks banks;
+        std::bitset<kAgents> agents;  // that responses were loaded for
+    };
+
     void prepareBlocks(int new_channels, int block_frames);
-    void load(Tables tables, double divisor, Responses responses, std::span<const int> agent_numbers);
-    void loadFrom(Tables tables, double divisor, Responses responses, int first_agent);
+    void load(Tables tables, double divisor, Responses responses, Sources sources, Stage& stage);
+    void loadAgents(Stage& stage);
     void resizeWorkVectors(int block_frames);
-    int render(std::span<const Source> sources, std::size_t width, bool is_set_up_for_layout, const float* in,
+    int render(Sources sources, Stage& stage, std::size_t width, bool is_set_up_for_layout, const float* in,
                float* out, int n);
-    void addAgent(int number, const float* plane, int n, Response& ear);
+    bool isAnyAgentLoaded(Sources sources) const;
+    void renderByAgents(Sources sources, std::size_t width, const float* in, float* out, std::size_t frames);
+    void addAgent(int number, std::size_t frames, Response& ear);
 
     std::int32_t channels = 0;
     std::uint64_t headBlockSize = 0;
     std::uint64_t tailBlockSize = 0;
     std::array<IRAgent, kAgents> agents;
+    std::array<const Response*, kAgents> responseOfAgent{};         // null: none loaded
+    std::shared_ptr<fftconvolver::ConvolutionWorkspace> workspace;  // of the last set-up's stage
+    Stage layoutStage;
+    Stage audioStage;
 
-    std::vector<float> outLeft;  // what an ear hears of one block
+    std::vector<float> ears;     // what the ears hear of one block, interleaved
+    std::vector<float> outLeft;  // the same ear by ear, by agents
     std::vector<float> outRight;
     std::vector<float> agentOut;  // one agent's share
-    std::vector<float> planes;    // the input channels, one after the other
+    std::vector<float> plane;     // one input channel
 
     /* The responses as floats; within a set source by source, left ear before right. */
     std::array<Response, 4> irBingo2;

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <numeric>
 
 #include "convolve_reverb.h"
 #include "response_length.h"
@@ -17,10 +16,6 @@ constexpr double kDivisorAudio = 24000.0;
  * holds every response whole, so that all of a response is in the head stage. */
 constexpr std::uint64_t kShortestTail = 12768;
 
-constexpr int kFirstAgentOfTwoChannels = 0;
-constexpr int kFirstAgentOfMultichannel = 8;
-constexpr int kAgentsOfAudio[] = {4, 7};
-
 #define SONIVEX_ADDRESS(name) &ConvolveReverb::g_##name,
 constexpr const Table* kBingo2[] = {SONIVEX_TABLES_BINGO_2(SONIVEX_ADDRESS)};
 constexpr const Table* kBingo51[] = {SONIVEX_TABLES_BINGO_5_1(SONIVEX_ADDRESS)};
@@ -37,40 +32,48 @@ constexpr const Table* kSurround71Mode2[] = {SONIVEX_TABLES_SURROUND_7_1(SONIVEX
 constexpr const Table* kSurround71Mode3[] = {SONIVEX_TABLES_SURROUND_7_1(SONIVEX_ADDRESS, mode3)};
 #undef SONIVEX_ADDRESS
 
+void appendScaled(const Table& table, double divisor, ConvolveReverb::Response& response) {
+    const std::size_t loaded = response.size();
+    response.resize(loaded + table.size());
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        response[loaded + i] = static_cast<float>(static_cast<double>(table[i]) / divisor);
+    }
+}
+
 }  // namespace
 
 void ConvolveReverb::prepareToPlay_Kelvo_Bingo_2(int new_channels, int block_frames) {
     prepareBlocks(new_channels, block_frames);
-    loadFrom(kBingo2, kDivisorCingo, irBingo2, kFirstAgentOfTwoChannels);
+    load(kBingo2, kDivisorCingo, irBingo2, kBingo2Sources, layoutStage);
     resizeWorkVectors(block_frames);
 }
 
 void ConvolveReverb::prepareToPlay_Kelvo_Bingo_5_1(int new_channels, int block_frames) {
     prepareBlocks(new_channels, block_frames);
-    loadFrom(kBingo51, kDivisorLoudspeakers, irBingo51, kFirstAgentOfMultichannel);
+    load(kBingo51, kDivisorLoudspeakers, irBingo51, kBingo51Sources, layoutStage);
     resizeWorkVectors(block_frames);
 }
 
 void ConvolveReverb::prepareToPlay_Kelvo_Bingo_7_1(int new_channels, int block_frames) {
     prepareBlocks(new_channels, block_frames);
-    loadFrom(kBingo71, kDivisorLoudspeakers, irBingo71, kFirstAgentOfMultichannel);
+    load(kBingo71, kDivisorLoudspeakers, irBingo71, kBingo71Sources, layoutStage);
     resizeWorkVectors(block_frames);
 }
 
 void ConvolveReverb::prepareToPlay_Kelvo_Audio(int new_channels, int block_frames) {
     prepareBlocks(new_channels, block_frames);
-    load(kAudio, kDivisorAudio, irAudio, kAgentsOfAudio);
+    load(kAudio, kDivisorAudio, irAudio, kAudioSources, audioStage);
     resizeWorkVectors(block_frames);
 }
 
 void ConvolveReverb::prepareToPlay_Kelvo_Surround_2(int new_channels, int block_frames, unsigned mode) {
     prepareBlocks(new_channels, block_frames);
     if (mode == 1) {
-        loadFrom(kSurround2Mode1, kDivisorLoudspeakers, irSurround2Mode1, kFirstAgentOfTwoChannels);
+        load(kSurround2Mode1, kDivisorLoudspeakers, irSurround2Mode1, kSurround2Sources, layoutStage);
     } else if (mode == 2) {
-        loadFrom(kSurround2Mode2, kDivisorLoudspeakers, irSurround2Mode2, kFirstAgentOfTwoChannels);
+        load(kSurround2Mode2, kDivisorLoudspeakers, irSurround2Mode2, kSurround2Sources, layoutStage);
     } else {
-        loadFrom(kSurround2Mode3, kDivisorLoudspeakers, irSurround2Mode3, kFirstAgentOfTwoChannels);
+        load(kSurround2Mode3, kDivisorLoudspeakers, irSurround2Mode3, kSurround2Sources, layoutStage);
     }
     resizeWorkVectors(block_frames);
 }
@@ -78,11 +81,11 @@ void ConvolveReverb::prepareToPlay_Kelvo_Surround_2(int new_channels, int block_
 void ConvolveReverb::prepareToPlay_Kelvo_Surround_5_1(int new_channels, int block_frames, unsigned mode) {
     prepareBlocks(new_channels, block_frames);
     if (mode == 1) {
-        loadFrom(kSurround51Mode1, kDivisorLoudspeakers, irSurround51Mode1, kFirstAgentOfMultichannel);
+        load(kSurround51Mode1, kDivisorLoudspeakers, irSurround51Mode1, kSurround51Sources, layoutStage);
     } else if (mode == 2) {
-        loadFrom(kSurround51Mode2, kDivisorLoudspeakers, irSurround51Mode2, kFirstAgentOfMultichannel);
+        load(kSurround51Mode2, kDivisorLoudspeakers, irSurround51Mode2, kSurround51Sources, layoutStage);
     } else {
-        loadFrom(kSurround51Mode3, kDivisorLoudspeakers, irSurround51Mode3, kFirstAgentOfMultichannel);
+        load(kSurround51Mode3, kDivisorLoudspeakers, irSurround51Mode3, kSurround51Sources, layoutStage);
     }
     resizeWorkVectors(block_frames);
 }
@@ -90,11 +93,11 @@ void ConvolveReverb::prepareToPlay_Kelvo_Surround_5_1(int new_channels, int bloc
 void ConvolveReverb::prepareToPlay_Kelvo_Surround_7_1(int new_channels, int block_frames, unsigned mode) {
     prepareBlocks(new_channels, block_frames);
     if (mode == 1) {
-        loadFrom(kSurround71Mode1, kDivisorLoudspeakers, irSurround71Mode1, kFirstAgentOfMultichannel);
+        load(kSurround71Mode1, kDivisorLoudspeakers, irSurround71Mode1, kSurround71Sources, layoutStage);
     } else if (mode == 2) {
-        loadFrom(kSurround71Mode2, kDivisorLoudspeakers, irSurround71Mode2, kFirstAgentOfMultichannel);
+        load(kSurround71Mode2, kDivisorLoudspeakers, irSurround71Mode2, kSurround71Sources, layoutStage);
     } else {
-        loadFrom(kSurround71Mode3, kDivisorLoudspeakers, irSurround71Mode3, kFirstAgentOfMultichannel);
+        load(kSurround71Mode3, kDivisorLoudspeakers, irSurround71Mode3, kSurround71Sources, layoutStage);
     }
     resizeWorkVectors(block_frames);
 }
@@ -105,31 +108,53 @@ void ConvolveReverb::prepareBlocks(int new_channels, int block_frames) {
     tailBlockSize = std::max(kShortestTail, 2 * headBlockSize);
 }
 
-void ConvolveReverb::load(Tables tables, double divisor, Responses responses,
-                          std::span<const int> agent_numbers) {
-    for (std::size_t i = 0; i < tables.size(); ++i) {
-        const Table& table = *tables[i];
-        Response& response = responses[i];
-        response.reserve(response.size() + table.size());
-        for (const std::int16_t sample : table) {
-            response.push_back(static_cast<float>(static_cast<double>(sample) / divisor));
+/* Tables are in the order of the agents: source by source, left ear before right. */
+void ConvolveReverb::load(Tables tables, double divisor, Responses responses, Sources sources, Stage& stage) {
+    const bool is_first = stage.agents.none();
+    std::array<fftconvolver::Taps, kAgents> taps{};
+    std::size_t longest = 0;
+    auto table = tables.begin();
+    auto response = responses.begin();
+    for (const Source& source : sources) {
+        for (const int number : {source.left_agent, source.right_agent}) {
+            if (number == sonivex::kNoAgent) continue;
+            const auto agent = static_cast<std::size_t>(number);
+            appendScaled(**table, divisor, *response);
+            taps[agent] = {response->data(), response->size()};
+            longest = std::max(longest, response->size());
+            responseOfAgent[agent] = &*response;
+            stage.agents.set(agent);
+            ++table;
+            ++response;
         }
-        const auto agent = static_cast<std::size_t>(agent_numbers[i]);
+    }
+    /* Banks have no tail stage. */
+    if (!is_first || longest > fftconvolver::powerOfTwoNotBelow(tailBlockSize)) {
+        loadAgents(stage);
+        return;
+    }
+    using Workspace = fftconvolver::ConvolutionWorkspace;
+    if (workspace == nullptr || workspace->blockFrames() != headBlockSize) {
+        workspace = std::make_shared<Workspace>(headBlockSize, sonivex::SourceBanks::kLargestShape);
+    }
+    stage.banks.build(sources, taps, workspace);
+}
+
+/* In place of the banks. */
+void ConvolveReverb::loadAgents(Stage& stage) {
+    stage.banks.clear();
+    for (std::size_t agent = 0; agent < kAgents; ++agent) {
+        if (!stage.agents.test(agent)) continue;
+        const Response& response = *responseOfAgent[agent];
         agents[agent].init(headBlockSize, tailBlockSize, response.data(), response.size());
     }
 }
 
-void ConvolveReverb::loadFrom(Tables tables, double divisor, Responses responses, int first_agent) {
-    std::array<int, kAgents> numbers{};
-    std::iota(numbers.begin(), numbers.end(), first_agent);
-    load(tables, divisor, responses, numbers);
-}
-
 void ConvolveReverb::resizeWorkVectors(int block_frames) {
     const auto frames = static_cast<std::size_t>(std::max(block_frames, 0));
-    const auto width = static_cast<std::size_t>(std::max(channels, 2));  // the Audio stage is stereo
     agentOut.resize(frames);
     outLeft.resize(frames);
     outRight.resize(frames);
-    planes.resize(width * frames);
+    plane.resize(frames);
+    ears.resize(2 * frames);
 }
