@@ -5,7 +5,8 @@
  *   --quick  under a minute; the ratios scatter more
  *   --csv    the same rows for a program to read; lines with # are for people
  *
- * Every output is checked before anything is timed, and one that is wrong ends the program with exit code 1.
+ * Every output is checked before it is timed: the library's being wrong ends the program with exit code 1, a
+ * peer that is wrong is left out.
  * Peers get their input in their own format before the clock runs and give floats; the library takes and
  * gives 16-bit PCM, limits, and has its conversions timed. */
 #include <cstdio>
@@ -18,6 +19,7 @@
 #include "normalizer_comparison.h"
 #include "surround_comparison.h"
 #include "surround_figures.h"
+#include "vector_widths.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -34,6 +36,7 @@ int run(const compare::Effort& effort, compare::Report::Style style) {
     compare::describeMachine(report);
     compare::compareSurround(report, effort);
     compare::measureSurround(report, effort);
+    compare::compareVectorWidths(report, effort);
     compare::compareNormalizer(report, effort);
     compare::compareDialogue(report, effort);
     compare::measureFilter(report, effort);

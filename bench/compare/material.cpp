@@ -95,13 +95,6 @@ std::size_t Stage::longestResponse() const {
     return longest;
 }
 
-const std::vector<float>* Stage::find(std::size_t channel, std::size_t ear) const {
-    for (const Path& path : paths) {
-        if (path.channel == channel && path.ear == ear) return &path.response;
-    }
-    return nullptr;
-}
-
 Layout makeLayout(std::size_t channels, int type) {
     static_assert(kMode == 1, "the tables above are those of mode 1");
     Layout layout{channels == 2   ? "stereo"

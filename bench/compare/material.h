@@ -26,8 +26,6 @@ struct Stage {
     std::vector<Path> paths;
 
     std::size_t longestResponse() const;
-    /** The path's response; null when the ear hears nothing of the channel. */
-    const std::vector<float>* find(std::size_t channel, std::size_t ear) const;
 };
 
 /** A layout of one type: the loudspeakers, then for type 13 the voicing of the headphone. */

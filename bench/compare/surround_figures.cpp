@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <ctime>
 
-#include "machine.h"
 #include "our_engine.h"
 #include "output_check.h"
 #include "sonivex/surround.h"
@@ -140,38 +139,6 @@ void measureSignals(Report& report, const Effort& effort) {
                atMost({}, 1.3));
 }
 
-/* The same work by every width that the processor has; each is held to the reference as well. */
-void measureWidths(Report& report, const Effort& effort) {
-    report.section("Vector widths, type 1; outputs checked");
-    const std::vector<VectorWidth> widths = vectorWidths();
-    for (const std::size_t channels : {2U, 8U}) {
-        const Layout layout = makeLayout(channels, 1);
-        const Material material =
-            makeMaterial(channels, channels, effort.material_steps * kMaterialStep_frames, 1);
-        const Reference reference = convolveDirectly(layout, material);
-        std::vector<std::unique_ptr<Engine>> engines;
-        std::vector<Contestant> contestants;
-        for (const VectorWidth& width : widths) {
-            const HeldToWidth held(width);
-            engines.push_back(makeOurEngine(layout, material));
-            Engine& engine = *engines.back();
-            checkOutput(engine, material, reference);
-            const auto pass = [&engine, &material, width] {
-                const HeldToWidth held_again(width);
-                for (std::size_t frame = 0; frame < material.frames(); frame += engine.callFrames()) {
-                    engine.process(frame);
-                }
-            };
-            contestants.push_back({width.name, pass, static_cast<double>(material.frames()) / kRate_hz});
-        }
-        const std::vector<Timing> timings = takeTurns(contestants, effort.turns);
-        for (std::size_t i = 0; i < widths.size(); ++i) {
-            report.row(widths[i].name + ", " + std::to_string(widths[i].doubles) + " doubles", layout.name,
-                       median(timings[i].cpu_ms_per_s), "ms");
-        }
-    }
-}
-
 }  // namespace
 
 void measureSurround(Report& report, const Effort& effort) {
@@ -187,7 +154,6 @@ void measureSurround(Report& report, const Effort& effort) {
         for (const std::size_t channels : kChannelCounts) measureCalls(report, effort, channels, type);
     }
     measureSignals(report, effort);
-    measureWidths(report, effort);
 }
 
 }  // namespace compare
