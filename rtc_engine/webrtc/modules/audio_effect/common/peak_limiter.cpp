@@ -37,6 +37,10 @@ struct Progress {
     bool is_limiting;
 };
 
+std::int32_t placeAfter(std::int32_t index, int samples, std::int32_t index_mask) {
+    return (index + (samples & index_mask)) & index_mask;
+}
+
 void engage(const PeakLimiterFields& fields, Progress& progress) {
     if (!progress.is_limiting) std::fill_n(fields.maximum_tree, kLimiterTreeEntries, 0.0F);
     progress.is_limiting = true;
@@ -78,7 +82,7 @@ bool limitEachByItsOwnLevel(const PeakLimiterFields& fields, const float* in, in
         const float peak = progress.is_limiting ? insertLevel(fields, progress, level) : 0.0F;
 
         delay[progress.write_index] = in[i];
-        progress.write_index = (progress.write_index + 1) & fields.index_mask;
+        progress.write_index = placeAfter(progress.write_index, 1, fields.index_mask);
         const float delayed = delay[progress.write_index];
         out[i] = limitSample(progress, targetGain(fields, progress, peak), delayed, threshold);
     }
@@ -91,7 +95,20 @@ bool limitEachByItsOwnLevel(const PeakLimiterFields& fields, const float* in, in
 void writeToDelay(const PeakLimiterFields& fields, const float* in, int count) {
     const int window = fields.index_mask + 1;
     for (int i = std::max(0, count - window); i < count; ++i) {
-        fields.delay[(fields.write_index + i) & fields.index_mask] = in[i];
+        fields.delay[placeAfter(fields.write_index, i, fields.index_mask)] = in[i];
+    }
+}
+
+/* The last `rest` of a call's `count` samples, when the window's peak is the call's own level already. */
+void insertRest(const PeakLimiterFields& fields, const Progress& progress, float level, int count, int rest) {
+    if (count >= fields.tree_leaves) {
+        /* All leaves come from this call, so that every node holds its level. */
+        std::fill_n(fields.maximum_tree, 2 * fields.tree_leaves - 2, level);
+        return;
+    }
+    for (int i = 0; i < rest; ++i) {
+        insertIntoMaximumTree(fields.maximum_tree, placeAfter(progress.write_index, i, fields.index_mask),
+                              level, fields.tree_depth, fields.tree_leaves);
     }
 }
 
@@ -109,23 +126,24 @@ bool limitAllByTheirPeak(const PeakLimiterFields& fields, const float* in, int c
 
     int done = 0;
     float peak = 0.0F;
-    bool is_window_forgotten = false;
-    while (progress.is_limiting && done < count && !is_window_forgotten) {
+    bool is_older_forgotten = false;
+    while (progress.is_limiting && !is_older_forgotten && done < count) {
         peak = insertLevel(fields, progress, level);
         out[done] = limitSample(progress, targetGain(fields, progress, peak), in[done], threshold);
-        progress.write_index = (progress.write_index + 1) & fields.index_mask;
+        progress.write_index = placeAfter(progress.write_index, 1, fields.index_mask);
+        is_older_forgotten = peak == level;
         ++done;
-        is_window_forgotten = peak == level;
     }
-    if (progress.is_limiting) insertRepeatedly(fields, progress, level, count - done);
-    progress.write_index = (progress.write_index + count - done) & fields.index_mask;
+    if (progress.is_limiting && is_older_forgotten) insertRest(fields, progress, level, count, count - done);
+    progress.write_index = placeAfter(progress.write_index, count - done, fields.index_mask);
 
     const float target = targetGain(fields, progress, peak);
-    float smoothed_before = 0.0F;
-    for (bool is_settled = false; !is_settled && done < count; ++done) {
-        smoothed_before = progress.smoothed_gain;
+    bool has_settled = false;
+    while (!has_settled && done < count) {
+        const float smoothed_before = progress.smoothed_gain;
         out[done] = limitSample(progress, target, in[done], threshold);
-        is_settled = progress.smoothed_gain == smoothed_before;
+        has_settled = progress.smoothed_gain == smoothed_before;
+        ++done;
     }
     progress.gain = limitWithSteadyTarget(progress.gain, progress.smoothed_gain, threshold, in + done,
                                           count - done, out + done);

@@ -65,7 +65,8 @@ float limitWithSteadyTarget(float gain, float smoothed_gain, float threshold, co
             const int taken = is_cut ? static_cast<int>(first_too_loud) : right;
             HWY_ALIGN float lane_gains[hn::MaxLanes(d)];
             hn::Store(gains, d, lane_gains);
-            hn::BlendedStore(limited, hn::FirstN(d, static_cast<std::size_t>(taken)), d, out + done);
+            const auto is_taken = hn::Lt(hn::Iota(d, 0.0F), hn::Set(d, static_cast<float>(taken)));
+            hn::BlendedStore(limited, is_taken, d, out + done);
             done += taken;
             if (is_cut) {
                 gain = lane_gains[taken];
