@@ -1,3 +1,5 @@
+#include "vector_targets.h"
+/* vector_targets.h comes first: the targets named here have to be the library's. */
 #include "machine.h"
 
 #include <fcntl.h>
