@@ -3,6 +3,7 @@
 #define HWY_TARGET_INCLUDE "bank_arithmetic.cpp"
 #include "vector_targets.h"
 /* vector_targets.h comes first. */
+#include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -26,6 +27,9 @@ constexpr std::size_t kVectors = kLanes == kTileFloats ? 1 : 2;
 constexpr std::size_t kStep = kVectors * kLanes;
 /* Without room for a channel pair in a vector, lanes are moved one by one. */
 constexpr bool kHasPairs = kLanes >= 2;
+
+/* Partitions between the one that is worked on and the one that is fetched. */
+constexpr std::size_t kPrefetchDistance = 16;
 
 /* A few k of a spectrum. */
 struct Numbers {
@@ -120,6 +124,13 @@ HWY_INLINE void accumulateRun(const Place<rows>& place, const float* input, std:
         for (std::size_t row = 0; row < rows; ++row) {
             multiplyAccumulate(sums.row[row], loadTile(response + row * kTileSpectrumFloats, place.offset),
                                x);
+        }
+        /* The next ones come from the second level cache, in steps too wide for the processor to foresee. */
+        for (std::size_t line = 0; line < kTileSpectrumFloats; line += kTileFloats) {
+            hwy::Prefetch(input + kPrefetchDistance * kTileSpectrumFloats + line);
+        }
+        for (std::size_t line = 0; line < rows * kTileSpectrumFloats; line += kTileFloats) {
+            hwy::Prefetch(response + kPrefetchDistance * rows * kTileSpectrumFloats + line);
         }
         input += kTileSpectrumFloats;
         response += rows * kTileSpectrumFloats;

@@ -1,6 +1,8 @@
 #include "convolution_bank.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 
 #include "float_rules.h"
 
@@ -27,7 +29,7 @@ struct Outputs {
 
 template <std::size_t terms, std::size_t ear_count>
 void mixTerms(const Outputs& first_halves, const Outputs& second_halves, std::size_t frames, bool adds,
-              float* ears) {
+              float* __restrict ears) {
     for (std::size_t frame = 0; frame < frames; ++frame) {
         const float* const a = first_halves.first + frame * first_halves.frame_stride;
         const float* const b = second_halves.first + frame * second_halves.frame_stride;
@@ -56,22 +58,54 @@ void mix(const BankShape& shape, const Outputs& first_halves, const Outputs& sec
     }
 }
 
-bool isSilent(const ConvolutionBank::Input& in, std::size_t channels, std::size_t from, std::size_t frames) {
-    for (std::size_t channel = 0; channel < channels; ++channel) {
-        const float* const samples = in.first[channel] + from * in.stride;
-        for (std::size_t i = 0; i < frames; ++i) {
-            if (samples[i * in.stride] != 0.0F) return false;
-        }
-    }
-    return true;
+/* Whether all are zeros, of either sign: no other float has no bits below its sign. */
+bool areZeros(const float* numbers, std::size_t count) {
+    std::uint32_t bits = 0;
+    for (std::size_t i = 0; i < count; ++i) bits |= std::bit_cast<std::uint32_t>(numbers[i]);
+    return bits << 1 == 0;
 }
 
 /* From frame `from` on, to [frame][channel]. */
-void copyFrames(const ConvolutionBank::Input& in, std::size_t channels, std::size_t from, std::size_t frames,
-                float* to) {
-    for (std::size_t channel = 0; channel < channels; ++channel) {
-        const float* const samples = in.first[channel] + from * in.stride;
-        for (std::size_t i = 0; i < frames; ++i) to[i * channels + channel] = samples[i * in.stride];
+template <std::size_t channels>
+void gather(const ConvolutionBank::Input& in, std::size_t from, std::size_t frames, float* to) {
+    for (std::size_t i = 0; i < frames; ++i) {
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+            to[i * channels + channel] = in.first[channel][(from + i) * in.stride];
+        }
+    }
+}
+
+void gather(const ConvolutionBank::Input& in, std::size_t channels, std::size_t from, std::size_t frames,
+            float* to) {
+    channels == 1 ? gather<1>(in, from, frames, to) : gather<2>(in, from, frames, to);
+}
+
+/* Two blocks to [frame][block][channel]; of the second only the first frames are given, zeros follow. */
+template <std::size_t channels>
+void interleaveBlocks(const float* first, const float* second, std::size_t frames_of_second,
+                      std::size_t block_frames, float* __restrict to) {
+    for (std::size_t i = 0; i < frames_of_second; ++i) {
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+            to[2 * i * channels + channel] = first[i * channels + channel];
+            to[(2 * i + 1) * channels + channel] = second[i * channels + channel];
+        }
+    }
+    for (std::size_t i = frames_of_second; i < block_frames; ++i) {
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+            to[2 * i * channels + channel] = first[i * channels + channel];
+            to[(2 * i + 1) * channels + channel] = 0.0F;
+        }
+    }
+}
+
+/* [frame][term][ear], of `terms` at their distances, to neighbours. */
+template <std::size_t ear_count>
+void pack(const Outputs& from, std::size_t frames, std::size_t terms, float* __restrict to) {
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+        for (std::size_t term = 0; term < terms; ++term) {
+            const float* const outputs = from.first + frame * from.frame_stride + term * from.term_stride;
+            for (std::size_t ear = 0; ear < ear_count; ++ear) *to++ = outputs[ear];
+        }
     }
 }
 
@@ -149,9 +183,10 @@ void ConvolutionBank::transformResponses(const Taps* responses, ConvolutionWorks
 
 void ConvolutionBank::process(const Input& in, float* ears, std::size_t frames, Mixing mixing,
                               ConvolutionWorkspace& workspace) {
+    Input rest = in;
     std::size_t done = 0;
     while (done < frames) {
-        const Step step = nextStep(in, done, frames - done);
+        const Step step = takeInput(rest, frames - done, nextBlock(workspace));
         float* const step_ears = ears + done * shape_.earCount();
         if (silent_blocks_ == partitions_ && is_block_silent_ && step.is_silent && step.is_next_silent) {
             if (mixing == Mixing::kSet) std::fill_n(step_ears, step.allFrames() * shape_.earCount(), 0.0F);
@@ -160,62 +195,66 @@ void ConvolutionBank::process(const Input& in, float* ears, std::size_t frames, 
         }
         advance(step);
         done += step.allFrames();
+        for (std::size_t channel = 0; channel < shape_.channels; ++channel) {
+            rest.first[channel] = in.first[channel] + done * in.stride;
+        }
     }
 }
 
-ConvolutionBank::Step ConvolutionBank::nextStep(const Input& in, std::size_t from, std::size_t frames) const {
-    Step step = {.in = in, .frames = std::min(block_frames_ - fill_, frames)};
-    for (std::size_t channel = 0; channel < shape_.channels; ++channel) {
-        step.in.first[channel] += from * in.stride;
-    }
+/* Room for [frame][channel], behind that of two blocks side by side. */
+float* ConvolutionBank::nextBlock(ConvolutionWorkspace& workspace) const {
+    return workspace.lanes.data() + kBlocksAtOnce * block_frames_ * shape_.channels;
+}
+
+ConvolutionBank::Step ConvolutionBank::takeInput(const Input& in, std::size_t frames, float* next) {
+    const std::size_t channels = shape_.channels;
+    Step step;
+    step.frames = std::min(block_frames_ - fill_, frames);
     /* A block that begins sums the older ones up, of which only one can at a time; and one that is complete
      * leaves its second half to the next. */
     const std::size_t rest = frames - step.frames;
     if (fill_ > 0 && rest < block_frames_) step.frames_of_next = rest;
-    step.is_silent = isSilent(step.in, shape_.channels, 0, step.frames);
-    step.is_next_silent = isSilent(step.in, shape_.channels, step.frames, step.frames_of_next);
+
+    float* const block = block_.data() + fill_ * channels;
+    gather(in, channels, 0, step.frames, block);
+    gather(in, channels, step.frames, step.frames_of_next, next);
+    step.is_silent = areZeros(block, step.frames * channels);
+    step.is_next_silent = areZeros(next, step.frames_of_next * channels);
     return step;
 }
 
 void ConvolutionBank::render(const Step& step, float* ears, Mixing mixing, ConvolutionWorkspace& workspace) {
     const bool is_finished = fill_ + step.frames == block_frames_;
     const std::size_t blocks = step.frames_of_next > 0 ? 2 : 1;
-    const std::size_t input_lanes = blocks * shape_.channels;
     const std::size_t plane = tiles_ * kTileFloats * blocks;
     float* const lanes = workspace.lanes.data();
-    const LanePlanes input =
-        planesAt(reinterpret_cast<float*>(workspace.work.data() + workspace.forwardWork), plane);
+    double* const work = workspace.work.data();
+    const LanePlanes input = planesAt(reinterpret_cast<float*>(work + workspace.forwardWork), plane);
     const LanePlanes sums = planesAt(lanes, plane * shape_.rows);
 
-    const float* const frames = takeInput(step, lanes);
-    workspace.transform.forward(workspace.tables, frames, input_lanes, input.re, input.im,
-                                workspace.work.data());
+    const float* const frames = framesToTransform(step, workspace);
+    workspace.transform.forward(workspace.tables, frames, blocks * shape_.channels, input.re, input.im, work);
+    if (is_finished) {
+        const std::size_t kept = step.frames_of_next * shape_.channels;
+        std::copy_n(nextBlock(workspace), kept, block_.data());
+        std::fill(block_.data() + kept, block_.data() + block_.size(), 0.0F);
+    }
     if (blocks == 2) {
         workspace.arithmetic.twoBlocks(memory(), shape_.ears, newest_, input, sums);
     } else {
         workspace.arithmetic.oneBlock(memory(), shape_.ears, newest_, fill_ == 0, is_finished, input, sums);
     }
     if (is_finished && partitions_ > 1) newest_ = slotBefore(newest_, partitions_ - 1);
-    workspace.transform.inverse(workspace.tables, sums.re, sums.im, blocks * shape_.responses(), lanes,
-                                workspace.work.data());
+    workspace.transform.inverse(workspace.tables, sums.re, sums.im, blocks * shape_.responses(), lanes, work);
     output(step, lanes, ears, mixing);
 }
 
-/* Into the block being filled and, if that is complete, into the next. Returns the frames to transform: a
- * single block as it is kept, two side by side in `lanes`. */
-const float* ConvolutionBank::takeInput(const Step& step, float* lanes) {
-    const std::size_t channels = shape_.channels;
-    copyFrames(step.in, channels, 0, step.frames, block_.data() + fill_ * channels);
+/* One block as it is kept, two of them side by side. */
+const float* ConvolutionBank::framesToTransform(const Step& step, ConvolutionWorkspace& workspace) {
     if (step.frames_of_next == 0) return block_.data();
-    const std::size_t row = kBlocksAtOnce * channels;
-    for (std::size_t frame = 0; frame < block_frames_; ++frame) {
-        std::copy_n(block_.data() + frame * channels, channels, lanes + frame * row);
-    }
-    block_.clear();
-    copyFrames(step.in, channels, step.frames, step.frames_of_next, block_.data());
-    for (std::size_t frame = 0; frame < block_frames_; ++frame) {
-        std::copy_n(block_.data() + frame * channels, channels, lanes + frame * row + channels);
-    }
+    float* const lanes = workspace.lanes.data();
+    const auto interleave = shape_.channels == 1 ? interleaveBlocks<1> : interleaveBlocks<2>;
+    interleave(block_.data(), nextBlock(workspace), step.frames_of_next, block_frames_, lanes);
     return lanes;
 }
 
@@ -234,13 +273,8 @@ void ConvolutionBank::output(const Step& step, const float* frames, float* ears,
     const Outputs second_half = {frames + block_frames_ * row, row, blocks * ear_count};
     mix(shape_, {frames + ear_count, row, blocks * ear_count}, second_half, step.frames_of_next, adds,
         ears + step.frames * ear_count);
-    for (std::size_t frame = 0; frame < block_frames_; ++frame) {
-        for (std::size_t term = 0; term < terms; ++term) {
-            std::copy_n(second_half.first + frame * row + term * second_half.term_stride, ear_count,
-                        overlap_.data() + frame * overlap_row + term * ear_count);
-        }
-    }
-    if (step.frames_of_next == 0) block_.clear();
+    const auto pack_ears = ear_count == 1 ? pack<1> : pack<2>;
+    pack_ears(second_half, block_frames_, terms, overlap_.data());
 }
 
 void ConvolutionBank::advance(const Step& step) {

@@ -91,7 +91,6 @@ class ConvolutionBank {
   private:
     /* What a step renders: frames up to the end of the block being filled, and the first ones of the next. */
     struct Step {
-        Input in;
         std::size_t frames = 0;
         std::size_t frames_of_next = 0;
         bool is_silent = true;
@@ -102,8 +101,9 @@ class ConvolutionBank {
 
     BankMemory memory();
     void transformResponses(const Taps* responses, ConvolutionWorkspace& workspace);
-    Step nextStep(const Input& in, std::size_t from, std::size_t frames) const;
-    const float* takeInput(const Step& step, float* lanes);
+    float* nextBlock(ConvolutionWorkspace& workspace) const;
+    Step takeInput(const Input& in, std::size_t frames, float* next);
+    const float* framesToTransform(const Step& step, ConvolutionWorkspace& workspace);
     void render(const Step& step, float* ears, Mixing mixing, ConvolutionWorkspace& workspace);
     void output(const Step& step, const float* frames, float* ears, Mixing mixing);
     void advance(const Step& step);

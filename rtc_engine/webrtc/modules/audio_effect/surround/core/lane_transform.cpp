@@ -176,6 +176,12 @@ HWY_INLINE void radix2Pass(D d, std::size_t points, double* work) {
     }
 }
 
+template <class D>
+HWY_INLINE Complex<D> pairFactor(D d, const TransformTables& tables, std::size_t k) {
+    const details::PairFactor& factor = tables.pairFactors()[k];
+    return {hn::Set(d, factor.re), hn::Set(d, factor.im)};
+}
+
 /* ---- forward ---- */
 
 /* Blocks of four neighbours in bit-reversed order. The second and the fourth come from the half that is
@@ -212,11 +218,10 @@ HWY_INLINE void forwardLastStep(D d, const TransformTables& tables, const double
     const Complex<D> centre = load(d, work, middle);
     storeFloats(d, centre.re, re + middle * stride);
     storeFloats(d, centre.im, im + middle * stride);
-    const double* const half_cosines = tables.halfCosines();
     for (std::size_t k = 1; k < middle; ++k) {
         const Complex<D> low = load(d, work, k);
         const Complex<D> high = load(d, work, points - k);
-        const Complex<D> factor = {hn::Set(d, 0.5 - half_cosines[middle - k]), hn::Set(d, half_cosines[k])};
+        const Complex<D> factor = pairFactor(d, tables, k);
         const Complex<D> y = factor * Complex<D>{hn::Sub(low.re, high.re), hn::Add(low.im, high.im)};
         storeFloats(d, hn::Sub(low.re, y.re), re + k * stride);
         storeFloats(d, hn::Sub(low.im, y.im), im + k * stride);
@@ -254,9 +259,7 @@ void forwardGroup(D d, const TransformTables& tables, const float* frames, std::
 template <class D>
 HWY_INLINE void toPairs(D d, const TransformTables& tables, std::size_t k, Complex<D>& low,
                         Complex<D>& high) {
-    const double* const half_cosines = tables.halfCosines();
-    const Complex<D> factor = {hn::Set(d, 0.5 - half_cosines[tables.points() / 2 - k]),
-                               hn::Set(d, half_cosines[k])};
+    const Complex<D> factor = pairFactor(d, tables, k);
     const Complex<D> y =
         timesConjugate(Complex<D>{hn::Sub(low.re, high.re), hn::Add(low.im, high.im)}, factor);
     low = low - y;

@@ -22,8 +22,12 @@ void makeHalfCosines(double* table, int count) {
 
 TransformTables::TransformTables(std::size_t samples) : points_(samples / 2) {
     if (points_ < 4) return;
-    half_cosines_.resize(points_ / 2);
-    makeHalfCosines(half_cosines_.data(), static_cast<int>(points_ / 2));
+    std::vector<double> half_cosines(points_ / 2);
+    makeHalfCosines(half_cosines.data(), static_cast<int>(points_ / 2));
+    pair_factors_.resize(points_ / 2);
+    for (std::size_t k = 1; k < points_ / 2; ++k) {
+        pair_factors_[k] = {.re = 0.5 - half_cosines[points_ / 2 - k], .im = half_cosines[k]};
+    }
 
     std::vector<double> roots(points_ / 2);
     std::vector<int> offsets(roots.size());

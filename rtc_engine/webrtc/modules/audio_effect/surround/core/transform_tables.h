@@ -19,6 +19,11 @@ void makeRoots(double* table, int doubles, int* offsets);
 /** cos(pi/2 * j / count) / 2 for j = 0 .. count - 1; count is a power of two. */
 void makeHalfCosines(double* table, int count);
 
+struct PairFactor {
+    double re;
+    double im;
+};
+
 /** What the passes of a transform look up, ready to be used. Only read after construction. */
 class TransformTables {
   public:
@@ -31,15 +36,16 @@ class TransformTables {
     std::size_t points() const { return points_; }
     /** Of the blocks of the first pass, [points / 4]; later passes have fewer and use the first ones. */
     const BlockRoots* blockRoots() const { return block_roots_.data(); }
-    /** [points / 2], see fft_passes.h; none for fewer than four points. */
-    const double* halfCosines() const { return half_cosines_.data(); }
+    /** Factor of the difference between bins k and points - k, for k = 1 .. points / 2 - 1 (entry 0 is not
+     *  used): 1/2 - sin/2 + i cos/2 of 2 pi k / samples. None for fewer than four points. */
+    const PairFactor* pairFactors() const { return pair_factors_.data(); }
     /** Which point a block of the first pass starts with: [points / 4], its own inverse. */
     const std::uint32_t* blockOrder() const { return block_order_.data(); }
 
   private:
     std::size_t points_;
     std::vector<BlockRoots> block_roots_;
-    std::vector<double> half_cosines_;
+    std::vector<PairFactor> pair_factors_;
     std::vector<std::uint32_t> block_order_;
 };
 
