@@ -8,8 +8,8 @@
 namespace compare {
 namespace {
 
-constexpr std::size_t kAfirCall_frames = 256;
-constexpr std::size_t kHeadphoneCall_frames = 1024;
+constexpr std::size_t kShortCall_frames = 256;
+constexpr std::size_t kLongCall_frames = 1024;
 
 /* Without a low-frequency channel, which headphone would not convolve. */
 std::string mainLayout(std::size_t channels) {
@@ -104,16 +104,24 @@ std::string sumOfEachEar(std::size_t channels) {
     return pan;
 }
 
+std::unique_ptr<Engine> makeAfir(const std::string& name, std::size_t call_frames, const Layout& layout,
+                                 const Material& material) {
+    // The filter puts out twice the convolution: its responses are halved.
+    const std::string graph =
+        "[in]" + eachChannelTwice(layout.channels()) +
+        "[paths];[paths][responses]afir=gtype=none:irgain=0.5:irfmt=input:minp=256:maxp=256[heard];[heard]" +
+        sumOfEachEar(layout.channels()) + "[out]";
+    return std::make_unique<GraphEngine>(name, call_frames, AV_SAMPLE_FMT_FLTP, layout, material, graph, 3);
+}
+
 }  // namespace
 
 std::unique_ptr<Engine> makeAfirEngine(const Layout& layout, const Material& material) {
-    const std::string graph =
-        "[in]" + eachChannelTwice(layout.channels()) +
-        "[paths];[paths][responses]afir=gtype=none:irgain=0.5:irfmt=input:minp=256:maxp=256[heard];"
-        "[heard]" +
-        sumOfEachEar(layout.channels()) + "[out]";
-    return std::make_unique<GraphEngine>("FFmpeg afir", kAfirCall_frames, AV_SAMPLE_FMT_FLTP, layout,
-                                         material, graph, 3);
+    return makeAfir("FFmpeg afir", kLongCall_frames, layout, material);
+}
+
+std::unique_ptr<Engine> makeShortFramesAfirEngine(const Layout& layout, const Material& material) {
+    return makeAfir("FFmpeg afir, frames of 256", kShortCall_frames, layout, material);
 }
 
 std::unique_ptr<Engine> makeHeadphoneEngine(const Layout& layout, const Material& material) {
@@ -124,7 +132,7 @@ std::unique_ptr<Engine> makeHeadphoneEngine(const Layout& layout, const Material
     const std::string graph =
         "[in][responses]headphone=map=" + places +
         ":type=freq:hrir=multich:size=1024:gain=" + std::to_string(3 * layout.channels()) + "[out]";
-    return std::make_unique<GraphEngine>("FFmpeg headphone", kHeadphoneCall_frames, AV_SAMPLE_FMT_FLT, layout,
+    return std::make_unique<GraphEngine>("FFmpeg headphone", kLongCall_frames, AV_SAMPLE_FMT_FLT, layout,
                                          material, graph, 1);
 }
 

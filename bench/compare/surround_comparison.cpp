@@ -36,6 +36,7 @@ std::vector<Peer> peersOf(int type) {
          {{"stereo", atLeast(2.0, 3.5)}, {"5.1", atLeast(1.3, 2.3)}, {"7.1", atLeast(1.8, 2.5)}}},
         {makeAfirEngine,
          {{"stereo", atLeast(2.2, 3.8)}, {"5.1", atLeast(1.6, 2.7)}, {"7.1", atLeast(2.2, 3.0)}}},
+        {makeShortFramesAfirEngine, {{"stereo", {}}, {"5.1", {}}, {"7.1", {}}}},
         {makeHeadphoneEngine, {{"stereo", atLeast(8, 14)}, {"5.1", atLeast(6, 10)}, {"7.1", atLeast(8, 11)}}},
         {makeFloatEngine, {{"stereo", atLeast(0.85, 1.0)}, {"5.1", {}}, {"7.1", atLeast(0.85, 1.0)}}},
     };
