@@ -1,7 +1,9 @@
 /* Compiled once for every set of vector instructions; the best one of the processor is taken at run time. */
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "spectrum_arithmetic.cpp"
-#include <hwy/foreach_target.h>  // must come first
+#include "vector_targets.h"
+/* vector_targets.h comes first. */
+#include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
 #include "float_rules.h"
