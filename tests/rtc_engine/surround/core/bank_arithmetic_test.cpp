@@ -238,7 +238,9 @@ TEST(BankArithmetic, TwoBlocksHaveTheBitsOfOneAfterTheOther) {
         both.oneBlock(true, false);
         for (std::size_t block = 0; block < 2 * c.partitions + 1; ++block) {
             both.twoBlocks();
-            both.oneBlock(false, false);
+            both.twoBlocks();
+            both.oneBlock(false, true);
+            both.oneBlock(true, false);
         }
     });
 }
