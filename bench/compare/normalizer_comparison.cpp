@@ -177,7 +177,7 @@ void compareProgramme(Report& report, const Effort& effort, const Programme& pro
     OurNormalizer ours(programme.pcm);
     Alimiter in_double(programme, AV_SAMPLE_FMT_DBL, "", "", 0);
     Alimiter in_s16(programme, AV_SAMPLE_FMT_S16, "aformat=dbl,", ",aformat=s16", 4);
-    const double audio_s = static_cast<double>(programme.pcm.size() / kChannels) / kRate_hz;
+    const double audio_s = static_cast<double>(programme.pcm.size()) / kChannels / kRate_hz;
     const std::vector<Timing> timings =
         takeTurns({{"Sonivex normalizer", [&] { ours.pass(); }, audio_s},
                    {"FFmpeg alimiter", [&] { in_double.pass(); }, audio_s},

@@ -92,6 +92,7 @@ void compareLayout(Report& report, const Effort& effort, std::size_t channels, i
     const std::string check = checkOutput(*ours, material, reference);
     entrants.insert(entrants.begin(), Entrant{std::move(ours), check, {}});
     std::vector<Contestant> contestants;
+    contestants.reserve(entrants.size());
     for (const Entrant& entrant : entrants) contestants.push_back(contestantFor(*entrant.engine, material));
     const std::vector<Timing> timings = takeTurns(contestants, effort.turns);
 

@@ -16,6 +16,7 @@ double processCpu_s() {
 
 std::vector<Timing> takeTurns(const std::vector<Contestant>& contestants, int turns) {
     std::vector<Timing> timings;
+    timings.reserve(contestants.size());
     for (const Contestant& contestant : contestants) timings.push_back({contestant.name, {}});
     for (int turn = 0; turn <= turns; ++turn) {
         for (std::size_t i = 0; i < contestants.size(); ++i) {
