@@ -8,3 +8,8 @@
 #ifndef HWY_DISABLED_TARGETS
 #define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
 #endif
+/* Where the compiler was told of all that this target needs, Highway 1.0.3 takes it for the baseline and then
+ * misses it among the targets. */
+#if defined(__AVX512VPOPCNTDQ__) && defined(__VAES__) && !defined(HWY_WANT_AVX3_DL)
+#define HWY_WANT_AVX3_DL
+#endif
