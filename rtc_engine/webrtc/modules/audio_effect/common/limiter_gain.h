@@ -22,6 +22,11 @@ inline constexpr float kSmoothingStep = std::bit_cast<float>(std::uint32_t{0x3DC
 inline constexpr float kReleaseKeep = std::bit_cast<float>(std::uint32_t{0x3F7FF972});
 inline constexpr float kReleaseStep = std::bit_cast<float>(std::uint32_t{0x38D1B717});
 
+/** Bit for bit: the two zeros are not the same gain, and a NaN is itself. */
+inline bool isSameFloat(float a, float b) {
+    return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
+}
+
 inline float smoothTarget(float smoothed_gain, float target) {
     return smoothed_gain * kSmoothingKeep + target * kSmoothingStep;
 }

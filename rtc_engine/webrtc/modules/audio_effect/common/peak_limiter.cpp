@@ -93,10 +93,13 @@ bool limitEachByItsOwnLevel(const PeakLimiterFields& fields, const float* in, in
 
 /* Only what the window still holds when all samples have gone by. */
 void writeToDelay(const PeakLimiterFields& fields, const float* in, int count) {
-    const int window = fields.index_mask + 1;
-    for (int i = std::max(0, count - window); i < count; ++i) {
-        fields.delay[placeAfter(fields.write_index, i, fields.index_mask)] = in[i];
-    }
+    const std::int32_t window = fields.index_mask + 1;
+    const int kept = std::min(count, window);
+    const float* const newest = in + (count - kept);
+    const std::int32_t first = placeAfter(fields.write_index, count - kept, fields.index_mask);
+    const int before_end = std::min(kept, window - first);
+    std::copy_n(newest, before_end, fields.delay + first);
+    std::copy_n(newest + before_end, kept - before_end, fields.delay);
 }
 
 /* The last `rest` of a call's `count` samples, when the window's peak is the call's own level already. */
@@ -138,14 +141,12 @@ bool limitAllByTheirPeak(const PeakLimiterFields& fields, const float* in, int c
     progress.write_index = placeAfter(progress.write_index, count - done, fields.index_mask);
 
     const float target = targetGain(fields, progress, peak);
-    bool has_settled = false;
-    while (!has_settled && done < count) {
-        const float smoothed_before = progress.smoothed_gain;
+    while (done < count &&
+           !isSameFloat(smoothTarget(progress.smoothed_gain, target), progress.smoothed_gain)) {
         out[done] = limitSample(progress, target, in[done], threshold);
-        has_settled = progress.smoothed_gain == smoothed_before;
         ++done;
     }
-    progress.gain = limitWithSteadyTarget(progress.gain, progress.smoothed_gain, threshold, in + done,
+    progress.gain = limitWithSteadyTarget(progress.gain, progress.smoothed_gain, threshold, level, in + done,
                                           count - done, out + done);
 
     progress.storeTo(fields);

@@ -14,10 +14,11 @@ namespace sonivex {
  *  @param gain          of the sample before.
  *  @param smoothed_gain what the smoothing gives for every one of these samples.
  *  @param threshold     of the samples' magnitudes.
+ *  @param level         at least the largest magnitude among them.
  *  @param out           may be `in`, or must not overlap it.
  *  @return the last sample's gain.
  *  Real-time safe. A NaN passes through and leaves the gain as it is. */
-float limitWithSteadyTarget(float gain, float smoothed_gain, float threshold, const float* in, int count,
-                            float* out);
+float limitWithSteadyTarget(float gain, float smoothed_gain, float threshold, float level, const float* in,
+                            int count, float* out);
 
 }  // namespace sonivex
