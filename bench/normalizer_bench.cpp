@@ -66,11 +66,9 @@ void measure(benchmark::State& state, int frames_per_call, Call call) {
     state.counters["deadline_us"] = frames_per_call / kRateHz * 1e6;
 }
 
-/* Keeps the limiters busy: bursts at the gain of 0 dB that a loud passage leaves. */
-void Normalizer(benchmark::State& state) {
-    const int channels = static_cast<int>(state.range(0));
+/* The cost of `in`, kCalls calls of interleaved samples. */
+void measureNormalizer(benchmark::State& state, int channels, const test::Pcm& in) {
     const auto call_samples = static_cast<std::size_t>(channels * kCallFrames);
-    const test::Pcm in = test::bursts(1, channels * kCallFrames * kCalls);
     test::Pcm out(call_samples);
     void* const handle = createNormalizer(channels);
     measure(state, kCallFrames, [&](int i) {
@@ -81,7 +79,21 @@ void Normalizer(benchmark::State& state) {
     });
     aem_ReleaseNormalizer(handle);
 }
+
+/* Keeps the limiters busy: bursts at the gain of 0 dB that a loud passage leaves. */
+void Normalizer(benchmark::State& state) {
+    const int channels = static_cast<int>(state.range(0));
+    measureNormalizer(state, channels, test::bursts(1, channels * kCallFrames * kCalls));
+}
 BENCHMARK(Normalizer)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Arg(8);
+
+/* What most programmes are: a peak of -1 dBFS, below the ceiling. */
+void NormalizerBelowCeiling(benchmark::State& state) {
+    constexpr int kPeak = 29204;
+    const int channels = static_cast<int>(state.range(0));
+    measureNormalizer(state, channels, test::noise(1, channels * kCallFrames * kCalls, kPeak));
+}
+BENCHMARK(NormalizerBelowCeiling)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Arg(8);
 
 /* Stereo blocks as surround sends them. Scale 1 stays mostly below the ceiling, 3 keeps the limiter engaged.
  */

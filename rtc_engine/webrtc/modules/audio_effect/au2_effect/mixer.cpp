@@ -1,5 +1,6 @@
 #include "mixer.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -14,7 +15,27 @@ const char VerString[] = "88";
 
 namespace {
 
-using FloatBlock = std::unique_ptr<float[]>;
+/* Floats that begin on a cache line: made by the usual allocation, which is quicker than an aligned one. */
+class FloatBlock {
+  public:
+    FloatBlock() = default;
+    /** Not initialised; null when there is no memory. */
+    explicit FloatBlock(int count) : memory_(new (std::nothrow) float[withSpare(count)]) {}
+
+    float* data() const {
+        void* start = memory_.get();
+        std::size_t bytes = sonivex::kCacheLineBytes;
+        return start == nullptr ? nullptr
+                                : static_cast<float*>(std::align(sonivex::kCacheLineBytes, 1, start, bytes));
+    }
+
+  private:
+    static std::size_t withSpare(int count) {
+        return static_cast<std::size_t>(count) + sonivex::kCacheLineBytes / sizeof(float);
+    }
+
+    std::unique_ptr<float[]> memory_;
+};
 
 constexpr int kNoMemoryForSum = -1;
 constexpr int kNoMemoryForChannels = -2;
@@ -24,16 +45,12 @@ float factorOfGain(float gain_db) {
     return static_cast<float>(std::pow(10.0, static_cast<double>(gain_db / 20.0F)));
 }
 
-void addScaled(const std::int16_t* input, float factor, int count, float* sum) {
-    for (int i = 0; i < count; ++i) sum[i] += static_cast<float>(input[i]) * factor;
-}
-
 void addInputs(const std::int16_t* const* inputs, const float* gains, bool gains_are_in_db, int input_count,
                int sample_count, float* sum) {
     for (int k = 0; k < input_count; ++k) {
         float factor = 1.0F;
         if (gains != nullptr) factor = gains_are_in_db ? factorOfGain(gains[k]) : gains[k];
-        addScaled(inputs[k], factor, sample_count, sum);
+        sonivex::addScaledInt16(inputs[k], factor, sample_count, sum);
     }
 }
 
@@ -68,27 +85,36 @@ int mixproc(MixerState* mixer, const std::int16_t* const* inputs, const float* g
     const int channels = mixer->channelCount;
     const int frames = sample_count / channels;
 
-    const FloatBlock sum(new (std::nothrow) float[static_cast<std::size_t>(sample_count)]());
+    const FloatBlock sum_block(sample_count);
+    float* const sum = sum_block.data();
     if (sum == nullptr) return kNoMemoryForSum;
 
-    std::array<FloatBlock, kMaxMixerChannels> owned_buffers;
+    std::array<FloatBlock, kMaxMixerChannels> channel_blocks;
     std::array<float*, kMaxMixerChannels> buffers{};
     for (std::size_t c = 0; c < static_cast<std::size_t>(channels); ++c) {
-        owned_buffers[c].reset(new (std::nothrow) float[static_cast<std::size_t>(frames)]);
-        if (owned_buffers[c] == nullptr) return kNoMemoryForChannels;
-        buffers[c] = owned_buffers[c].get();
+        channel_blocks[c] = FloatBlock(frames);
+        buffers[c] = channel_blocks[c].data();
+        if (buffers[c] == nullptr) return kNoMemoryForChannels;
     }
 
-    addInputs(inputs, gains, gains_in_db != 0, input_count, sample_count, sum.get());
+    std::fill_n(sum, sample_count, 0.0F);
+    addInputs(inputs, gains, gains_in_db != 0, input_count, sample_count, sum);
 
-    ChannelSplit_f(sum.get(), sample_count, buffers.data(), channels);
+    if (channels == 1) {
+        /* The sum is its only channel: nothing to split or merge. */
+        const int has_engaged = limiter_proc(&mixer->limiters[0], sum, frames, buffers[0]);
+        sonivex::floatToInt16(buffers[0], frames, output);
+        return has_engaged;
+    }
+
+    ChannelSplit_f(sum, sample_count, buffers.data(), channels);
     bool has_engaged = false;
     for (std::size_t c = 0; c < static_cast<std::size_t>(channels); ++c) {
         if (limiter_proc(&mixer->limiters[c], buffers[c], frames, buffers[c]) != 0) has_engaged = true;
     }
-    ChannelMerge_f(sum.get(), frames, buffers.data(), channels);
+    ChannelMerge_f(sum, frames, buffers.data(), channels);
 
-    sonivex::floatToInt16(sum.get(), sample_count, output);
+    sonivex::floatToInt16(sum, sample_count, output);
     return has_engaged ? 1 : 0;
 }
 

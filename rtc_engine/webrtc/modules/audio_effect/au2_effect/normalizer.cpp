@@ -32,8 +32,8 @@ struct NormalizerHandle {
     std::int32_t sampleRate;
     MixerState* mixer;
     Au2LimiterState* limiter;
-    float blockIn[kMaxBlockSamples];
-    float blockOut[kMaxBlockSamples];
+    alignas(sonivex::kCacheLineBytes) float blockIn[kMaxBlockSamples];
+    alignas(sonivex::kCacheLineBytes) float blockOut[kMaxBlockSamples];
     sonivex::SampleRing inRing;
     sonivex::SampleRing outRing;
 };
@@ -54,8 +54,8 @@ void* reportFailedCreation() {
 
 /* One block from the input ring through gain stage and output limiter into the output ring. */
 void processBlock(NormalizerHandle& handle, int block_samples) {
-    std::int16_t block[kMaxBlockSamples];
-    std::int16_t gained[kMaxBlockSamples];
+    alignas(sonivex::kCacheLineBytes) std::int16_t block[kMaxBlockSamples];
+    alignas(sonivex::kCacheLineBytes) std::int16_t gained[kMaxBlockSamples];
     sonivex::readSamples(handle.inRing, block, block_samples);
 
     /* A mixer without memory writes nothing: the block is silent then. */
