@@ -21,6 +21,21 @@ std::unique_ptr<short[]> makeBlock(int channels, int frames) {
         new short[static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames)]());
 }
 
+// The effect's name in the names of dump files.
+std::string dumpNameOf(Effect effect) {
+    switch (effect) {
+        case Effect::Dialogue:
+            return "dialoguenhance";
+        case Effect::Surround:
+            return "surround";
+        case Effect::Normalizer:
+            return "normalizer";
+        case Effect::None:
+            break;
+    }
+    return {};
+}
+
 // Channels that surround of a type puts out.
 int surroundOutputChannels(int type) {
     if (type == 6) return 6;
@@ -33,6 +48,11 @@ int surroundOutputChannels(int type) {
 sonivexFilter::Outcome sonivexFilter::dispatch(Effect effect, IQFFrame::audioInfo& info, AVFrame* frame) {
     const InputBlock in{reinterpret_cast<const short*>(frame->extended_data[0]), info.channels,
                         info.sample_rate, frame->nb_samples};
+    // Read once: a switch in between would leave an input without its output, or the reverse.
+    const bool isDumped = mEnableDump;
+    const std::string dumpName = dumpNameOf(effect);
+    if (isDumped) dumpPCMData(in.samples, in.channels, in.frames, dumpName, true);
+
     int outChannels = info.channels;
     std::unique_ptr<short[]> block;
     switch (effect) {
@@ -49,6 +69,7 @@ sonivexFilter::Outcome sonivexFilter::dispatch(Effect effect, IQFFrame::audioInf
     }
     if (!block) return givenUp(kFrameLost);
     if (putBack(info, frame, block.get(), outChannels, in.frames) < 0) return givenUp(kFrameLost);
+    if (isDumped) dumpPCMData(block.get(), outChannels, in.frames, dumpName, false);
     return processed();
 }
 

@@ -1,0 +1,428 @@
+// What is dumped, where to, and what it is called.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <set>
+
+#include "direct_effects.h"
+#include "dump_directory.h"
+#include "engine_faults.h"
+#include "filter_under_test.h"
+#include "support/direct_normalizer.h"
+#include "system_faults.h"
+
+namespace test {
+namespace {
+
+using Samples = std::vector<int16_t>;
+
+constexpr int kFrames = 960;  // a multiple of surround's blocks: it answers without delay
+
+void start(FilterUnderTest& filter, const std::string& options) {
+    filter.options("{" + options + R"(, "enable_dump": true})");
+    filter->setInvalid(false);
+}
+
+void append(Samples& all, const Samples& more) {
+    all.insert(all.end(), more.begin(), more.end());
+}
+
+std::string sessionOf(FilterUnderTest& filter) {
+    return filter.field(Peer::sessionId);
+}
+
+int openDescriptors() {
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return static_cast<int>(std::distance(begin(descriptors), end(descriptors)));
+}
+
+// --- what is in the files
+
+TEST(PcmDump, HoldsWhatNormalizerTookAndGaveWhateverThePlayersFormat) {
+    for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S32}) {
+        for (const int channels : {1, 2, 6, 8}) {
+            SCOPED_TRACE(std::string(av_get_sample_fmt_name(format)) + ", channels " +
+                         std::to_string(channels));
+            const DumpDirectory directory;
+            FilterUnderTest filter;
+            start(filter, R"("enable_normalizer": true)");
+            DirectNormalizer engine(channels);
+            Samples in;
+            Samples out;
+            for (uint32_t call = 0; call < 4; ++call) {
+                auto frame =
+                    makeFrame({.format = format, .channels = channels, .frames = 600}, noise(call, 2000));
+                const auto samples = samplesOf(*frame);
+                append(in, samples);
+                append(out, engine.process(samples));
+                ASSERT_NE(filter.pass(std::move(frame)), nullptr);
+            }
+            const auto path = [&](const char* stage) {
+                return directory.file(dumpFileName("normalizer", stage, sessionOf(filter)));
+            };
+            EXPECT_EQ(samplesInFile(path("input")), in);
+            EXPECT_EQ(samplesInFile(path("output")), out);
+            EXPECT_EQ(directory.names().size(), 2u);
+        }
+    }
+}
+
+TEST(PcmDump, OfSurroundTakes12BytesAFrameOf51InAnd4Out) {
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    start(filter, R"("enable_surround": true)");
+    DirectSurround engine(6, 1, 1, 1);
+    Samples in;
+    Samples out;
+    for (uint32_t call = 1; call <= 3; ++call) {
+        auto frame =
+            makeFrame({.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .frames = kFrames}, noise(call, 3000));
+        append(in, samplesOf(*frame));
+        append(out, engine.process(samplesOf(*frame)));
+        ASSERT_NE(filter.pass(std::move(frame)), nullptr);
+        const auto input = directory.file(dumpFileName("surround", "input", sessionOf(filter)));
+        const auto output = directory.file(dumpFileName("surround", "output", sessionOf(filter)));
+        EXPECT_EQ(std::filesystem::file_size(input), 12u * kFrames * call);
+        EXPECT_EQ(std::filesystem::file_size(output), 4u * kFrames * call);
+        EXPECT_EQ(samplesInFile(input), in);
+        EXPECT_EQ(samplesInFile(output), out);
+    }
+}
+
+TEST(PcmDump, OfSurroundShowsMonoAsItCameIn) {
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    start(filter, R"("enable_surround": true)");
+    auto frame = makeFrame({.channels = 1, .frames = kFrames}, noise(1, 3000));
+    const auto in = samplesOf(*frame);
+    ASSERT_NE(filter.pass(std::move(frame)), nullptr);
+    EXPECT_EQ(samplesInFile(directory.file(dumpFileName("surround", "input", sessionOf(filter)))), in);
+    EXPECT_EQ(samplesInFile(directory.file(dumpFileName("surround", "output", sessionOf(filter)))),
+              DirectSurround(1, 1, 1, 1).process(in));
+}
+
+TEST(PcmDump, LeavesTheSoundAsItIs) {
+    const DumpDirectory directory;
+    FilterUnderTest dumped;
+    FilterUnderTest plain;
+    start(dumped, R"("enable_normalizer": true)");
+    plain.startNormalizer();
+    for (uint32_t call = 0; call < 3; ++call) {
+        const auto a = dumped.pass(makeFrame({}, noise(call, 2000)));
+        const auto b = plain.pass(makeFrame({}, noise(call, 2000)));
+        ASSERT_NE(a, nullptr);
+        ASSERT_NE(b, nullptr);
+        EXPECT_EQ(samplesOf(avFrameOf(a)), samplesOf(avFrameOf(b)));
+    }
+}
+
+TEST(PcmDump, IsOnlyOfFramesThatAnEffectWorksOn) {
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    filter.options(R"({"enable_dump": true})");
+    filter->setInvalid(false);
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "no effect is on";
+    filter.options(R"({"enable_surround": true})");
+    ASSERT_NE(filter.pass(makeFrame({.rate_hz = 16000}, noise(1))), nullptr) << "a rate without responses";
+    filter->setInvalid(true);
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "bypassed";
+    filter->setInvalid(false);
+    filter.options(R"({"enable_dump": false})");
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "not switched on";
+    EXPECT_EQ(directory.names(), std::vector<std::string>{});
+    EXPECT_EQ(sessionOf(filter), "");
+}
+
+TEST(PcmDump, OfAFrameThatTheEffectLosesIsItsInputAlone) {
+    resetEngineFaults();
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    start(filter, R"("enable_normalizer": true)");
+    engineFaults().processResult = -2;
+    EXPECT_EQ(filter.pass(makeFrame({.frames = 100}, noise(1))), nullptr);
+    resetEngineFaults();
+    EXPECT_EQ(directory.names(),
+              std::vector<std::string>{dumpFileName("normalizer", "input", sessionOf(filter))});
+}
+
+TEST(PcmDump, FollowsTheSwitchFrameByFrameWithinOneSession) {
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    Samples in;
+    for (const bool isOn : {false, true, false, true}) {
+        filter.options(isOn ? R"({"enable_dump": true})" : R"({"enable_dump": false})");
+        auto frame = makeFrame({}, noise(isOn ? 1 : 2, 2000));
+        if (isOn) append(in, samplesOf(*frame));
+        ASSERT_NE(filter.pass(std::move(frame)), nullptr);
+    }
+    EXPECT_EQ(samplesInFile(directory.file(dumpFileName("normalizer", "input", sessionOf(filter)))), in);
+    EXPECT_EQ(directory.names().size(), 2u);
+}
+
+TEST(PcmDump, OfSeveralEffectsShareTheSessionAndNoFile) {
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    start(filter, R"("enable_normalizer": true)");
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+    filter.options(R"({"enable_surround": true})");
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+    const auto id = sessionOf(filter);
+    EXPECT_EQ(directory.names(),
+              (std::vector<std::string>{
+                  dumpFileName("normalizer", "input", id), dumpFileName("normalizer", "output", id),
+                  dumpFileName("surround", "input", id), dumpFileName("surround", "output", id)}));
+}
+
+TEST(PcmDump, OfNothingDoesNothing) {
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    const short samples[4] = {1, 2, 3, 4};
+    const auto dump = [&](const short* pcm, int channels, int frames, const char* effect) {
+        ((*filter).*Peer::dumpPCMData)(pcm, channels, frames, effect, true);
+    };
+    dump(nullptr, 2, 2, "surround");
+    dump(samples, 2, 2, "");
+    dump(samples, 0, 2, "surround");
+    dump(samples, -1, 2, "surround");
+    dump(samples, 2, -1, "surround");
+    EXPECT_EQ(directory.names(), std::vector<std::string>{});
+    EXPECT_EQ(sessionOf(filter), "");
+    dump(samples, 2, 2, "surround");
+    EXPECT_EQ(directory.names().size(), 1u);
+}
+
+// --- sessions
+
+TEST(PcmDump, OfAStreamWithASeekIsTwoCompleteSessions) {
+    const DumpDirectory directory;
+    const int descriptorsBefore = openDescriptors();
+    FilterUnderTest filter;
+    start(filter, R"("enable_normalizer": true)");
+    std::set<std::string> ids;
+    for (uint32_t session = 0; session < 2; ++session) {
+        DirectNormalizer engine(2);
+        Samples in;
+        Samples out;
+        for (uint32_t call = 0; call < 3; ++call) {
+            auto frame = makeFrame({}, noise(10 * session + call, 3000));
+            append(in, samplesOf(*frame));
+            append(out, engine.process(samplesOf(*frame)));
+            ASSERT_NE(filter.pass(std::move(frame)), nullptr);
+        }
+        EXPECT_EQ(openDescriptors(), descriptorsBefore + 2);
+        const auto id = sessionOf(filter);
+        ids.insert(id);
+        filter->flush();
+        EXPECT_EQ(openDescriptors(), descriptorsBefore);
+        EXPECT_EQ(samplesInFile(directory.file(dumpFileName("normalizer", "input", id))), in);
+        EXPECT_EQ(samplesInFile(directory.file(dumpFileName("normalizer", "output", id))), out);
+        EXPECT_EQ(sessionOf(filter), "");
+        EXPECT_TRUE(filter.field(Peer::dumpFds).empty());
+        EXPECT_TRUE(filter.field(Peer::dumpTotals).empty());
+        EXPECT_TRUE(filter.field(Peer::dumpPaths).empty());
+    }
+    EXPECT_EQ(ids.size(), 2u);
+    EXPECT_EQ(directory.names().size(), 4u);
+}
+
+TEST(PcmDump, IsClosedWhenTheFilterGoes) {
+    for (const Mode mode : {Mode::Inactive, Mode::Active}) {
+        const DumpDirectory directory;
+        const int descriptorsBefore = openDescriptors();
+        LogCapture log;
+        {
+            FilterUnderTest filter(mode);
+            start(filter, R"("enable_normalizer": true)");
+            ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+        }
+        EXPECT_EQ(openDescriptors(), descriptorsBefore);
+        ASSERT_EQ(directory.names().size(), 2u);
+        for (const std::string& name : directory.names()) {
+            EXPECT_EQ(log.count("32 sonivex: closed dump file " + name + ", total size: 4096 bytes"), 1);
+        }
+    }
+}
+
+TEST(PcmDump, IsToldInTheLogFromOpeningToClosing) {
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    start(filter, R"("enable_surround": true)");
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+    filter->flush();
+
+    LogCapture log;
+    ASSERT_NE(filter.pass(makeFrame({.channels = 6, .frames = 480}, noise(1))), nullptr);
+    ASSERT_NE(filter.pass(makeFrame({.channels = 6, .frames = 480}, noise(1))), nullptr);
+    const auto id = sessionOf(filter);
+    filter->flush();
+    const auto in = dumpFileName("surround", "input", id);
+    const auto out = dumpFileName("surround", "output", id);
+    const auto isOfDump = [](const std::string& line) { return line.find("sonivex: ") != std::string::npos; };
+    std::vector<std::string> lines;
+    for (const auto& line : log.lines()) {
+        if (isOfDump(line)) lines.push_back(line);
+    }
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         "32 sonivex: using session ID: " + id,
+                         "32 sonivex: dump file opened - path: " + directory.file(in) +
+                             ", effect: surround, stage: input, channels: 6, samples: 480",
+                         "32 sonivex: dumped 5760 bytes to " + directory.file(in) +
+                             " (total: 5760 bytes, channels: 6, samples: 480)",
+                         "32 sonivex: dump file opened - path: " + directory.file(out) +
+                             ", effect: surround, stage: output, channels: 2, samples: 480",
+                         "32 sonivex: dumped 1920 bytes to " + directory.file(out) +
+                             " (total: 1920 bytes, channels: 2, samples: 480)",
+                         "32 sonivex: dumped 5760 bytes to " + directory.file(in) +
+                             " (total: 11520 bytes, channels: 6, samples: 480)",
+                         "32 sonivex: dumped 1920 bytes to " + directory.file(out) +
+                             " (total: 3840 bytes, channels: 2, samples: 480)",
+                         "32 sonivex: closed dump file " + in + ", total size: 11520 bytes",
+                         "32 sonivex: closed dump file " + out + ", total size: 3840 bytes",
+                     }));
+}
+
+TEST(PcmDump, CountsBeyond32Bits) {
+    const DumpDirectory directory;
+    LogCapture log;
+    FilterUnderTest filter;
+    start(filter, R"("enable_normalizer": true)");
+    ASSERT_NE(filter.pass(makeFrame({.frames = 100}, noise(1))), nullptr);
+    const auto name = dumpFileName("normalizer", "input", sessionOf(filter));
+    filter.field(Peer::dumpTotals)[name] = 5'000'000'000;  // as after hours of playback
+    ASSERT_NE(filter.pass(makeFrame({.frames = 100}, noise(1))), nullptr);
+    EXPECT_EQ(log.count("32 sonivex: dumped 400 bytes to " + directory.file(name) +
+                        " (total: 5000000400 bytes, channels: 2, samples: 100)"),
+              1);
+    filter->flush();
+    EXPECT_EQ(log.count("32 sonivex: closed dump file " + name + ", total size: 5000000400 bytes"), 1);
+}
+
+// --- session ids
+
+TEST(PcmDumpSession, IdsAreEightDigitsAllOverTheRange) {
+    std::set<std::string> ids;
+    std::set<char> firstDigits;
+    for (int i = 0; i < 400; ++i) {
+        const std::string id = Peer::generateSessionId();
+        ASSERT_EQ(id.size(), 8u) << id;
+        for (const char digit : id) ASSERT_TRUE(std::isdigit(static_cast<unsigned char>(digit))) << id;
+        ids.insert(id);
+        firstDigits.insert(id[0]);
+    }
+    EXPECT_EQ(firstDigits, (std::set<char>{'1', '2', '3', '4', '5', '6', '7', '8', '9'}));
+    EXPECT_GT(ids.size(), 390u) << "the same one twice is rare";
+}
+
+TEST(PcmDumpSession, TakesAnotherIdWhenTheFileIsThere) {
+    WithSystemFaults faults;
+    faults->randomNumbers = {1, 2};
+    const std::string taken = Peer::generateSessionId();
+    const std::string free = Peer::generateSessionId();
+    ASSERT_NE(taken, free);
+    const DumpDirectory directory;
+    const auto existing = directory.file(dumpFileName("normalizer", "input", taken));
+    writeFile(existing, "somebody's");
+    LogCapture log;
+    FilterUnderTest filter;
+    start(filter, R"("enable_normalizer": true)");
+    faults->randomNumbers = {1, 1, 1, 2};
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+    EXPECT_EQ(sessionOf(filter), free);
+    EXPECT_EQ(readFile(existing), "somebody's");
+    EXPECT_EQ(log.count("32 sonivex: dump file " + existing + " already exists, regenerating session ID"), 3);
+    EXPECT_EQ(log.count("32 sonivex: using session ID: " + free), 1);
+}
+
+TEST(PcmDumpSession, KeepsTheLastOfElevenIdsThoughItsFileIsThere) {
+    WithSystemFaults faults;
+    faults->randomNumbers = {1, 2};
+    const std::string taken = Peer::generateSessionId();
+    const std::string neverReached = Peer::generateSessionId();
+    const DumpDirectory directory;
+    const auto existing = directory.file(dumpFileName("normalizer", "input", taken));
+    writeFile(existing, std::string(10'000, 'x'));
+    LogCapture log;
+    FilterUnderTest filter;
+    start(filter, R"("enable_normalizer": true)");
+    faults->randomNumbers = std::deque<uint32_t>(11, 1);
+    faults->randomNumbers.push_back(2);
+    auto frame = makeFrame({}, noise(1));
+    const auto in = samplesOf(*frame);
+    ASSERT_NE(filter.pass(std::move(frame)), nullptr);
+    EXPECT_EQ(sessionOf(filter), taken);
+    EXPECT_EQ(log.count("32 sonivex: dump file " + existing + " already exists, regenerating session ID"),
+              10);
+    EXPECT_EQ(samplesInFile(existing), in) << "begun anew, nothing of the old one behind it";
+}
+
+// --- where to
+
+/** The environment's HOME, as it was again at the end. */
+class HomeOf {
+  public:
+    explicit HomeOf(const char* home) {
+        if (const char* before = std::getenv("HOME")) mBefore = before;
+        if (home != nullptr) {
+            setenv("HOME", home, 1);
+        } else {
+            unsetenv("HOME");
+        }
+    }
+    HomeOf(const HomeOf&) = delete;
+    HomeOf& operator=(const HomeOf&) = delete;
+    ~HomeOf() { mBefore.empty() ? unsetenv("HOME") : setenv("HOME", mBefore.c_str(), 1); }
+
+  private:
+    std::string mBefore;
+};
+
+TEST(PcmDumpDirectory, IsThePlayersPropertyElseDocumentsElseTmp) {
+    {
+        const HomeOf home("/somewhere");
+        EXPECT_EQ(Peer::getDumpDirectory(), "/somewhere/Documents");
+        const DumpDirectory directory;
+        EXPECT_EQ(Peer::getDumpDirectory(), directory.path());
+    }
+    const HomeOf none(nullptr);
+    EXPECT_EQ(Peer::getDumpDirectory(), "/tmp");
+    const HomeOf empty("");
+    EXPECT_EQ(Peer::getDumpDirectory(), "/Documents");
+}
+
+TEST(PcmDumpDirectory, DocumentsReceiveTheFilesOfAPlayerWithoutTheProperty) {
+    const TemporaryFolder home;
+    ASSERT_TRUE(std::filesystem::create_directory(home.file("Documents")));
+    const HomeOf atHome(home.path().c_str());
+    FilterUnderTest filter;
+    start(filter, R"("enable_normalizer": true)");
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+    EXPECT_TRUE(std::filesystem::exists(
+        home.file("Documents/" + dumpFileName("normalizer", "input", sessionOf(filter)))));
+}
+
+TEST(PcmDumpFile, IsTheOwnersToWriteAndNoChildProcesss) {
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    start(filter, R"("enable_normalizer": true)");
+    const mode_t maskBefore = umask(0);
+    const auto out = filter.pass(makeFrame({}, noise(1)));
+    umask(maskBefore);
+    ASSERT_NE(out, nullptr);
+    ASSERT_EQ(filter.field(Peer::dumpFds).size(), 2u);
+    for (const auto& [name, descriptor] : filter.field(Peer::dumpFds)) {
+        EXPECT_EQ(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC) << name;
+        EXPECT_EQ(fcntl(descriptor, F_GETFL) & O_ACCMODE, O_WRONLY) << name;
+        struct stat status {};
+        ASSERT_EQ(fstat(descriptor, &status), 0);
+        EXPECT_EQ(status.st_mode & 07777u, 0644u) << name;
+        EXPECT_EQ(filter.field(Peer::dumpPaths)[name], directory.file(name));
+    }
+}
+
+}  // namespace
+}  // namespace test
