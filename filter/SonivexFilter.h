@@ -100,6 +100,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
 
     // effect_dispatch.cpp
     Outcome dispatch(Effect effect, IQFFrame::audioInfo& info, AVFrame* frame);
+    std::unique_ptr<short[]> enhanceDialogue(const InputBlock& in);
     std::unique_ptr<short[]> renderSurround(const InputBlock& in, int outChannels);
     std::unique_ptr<short[]> normalize(const InputBlock& in);
     void releaseHandles();

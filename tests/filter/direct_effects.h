@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "sonivex/dialoguenhance.h"
 #include "sonivex/surround.h"
 
 namespace test {
@@ -33,6 +34,27 @@ class DirectSurround {
 
   private:
     int mChannels;
+    void* mHandle;
+};
+
+/** Dialogue enhancement called by hand, with the gains that the filter asks for. */
+class DirectDialogue {
+  public:
+    DirectDialogue(int rate_hz, double voice)
+        : mRate_hz(rate_hz), mHandle(aem_CreateDialoguEnhance(2, rate_hz, 1.0, 1.0, voice)) {}
+    DirectDialogue(const DirectDialogue&) = delete;
+    DirectDialogue& operator=(const DirectDialogue&) = delete;
+    ~DirectDialogue() { aem_ReleaseDialoguEnhance(mHandle); }
+
+    std::vector<int16_t> process(const std::vector<int16_t>& in) {
+        std::vector<int16_t> out(in.size());
+        const int samples = static_cast<int>(in.size());
+        EXPECT_EQ(aem_ProcessDialoguEnhance(mHandle, in.data(), out.data(), samples / 2, mRate_hz), samples);
+        return out;
+    }
+
+  private:
+    int mRate_hz;
     void* mHandle;
 };
 

@@ -93,6 +93,28 @@ TEST(PcmDump, OfSurroundTakes12BytesAFrameOf51InAnd4Out) {
     }
 }
 
+TEST(PcmDump, OfDialogueTakes4BytesAFrameOnEitherSide) {
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    start(filter, R"("enable_dialoguenhance": true, "dialoguenhance_voice": 2)");
+    DirectDialogue engine(44100, 2);
+    Samples in;
+    Samples out;
+    for (uint32_t call = 1; call <= 5; ++call) {
+        auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLTP, .rate_hz = 44100}, noise(call, 3000));
+        append(in, samplesOf(*frame));
+        append(out, engine.process(samplesOf(*frame)));
+        ASSERT_NE(filter.pass(std::move(frame)), nullptr);
+        const auto input = directory.file(dumpFileName("dialoguenhance", "input", sessionOf(filter)));
+        const auto output = directory.file(dumpFileName("dialoguenhance", "output", sessionOf(filter)));
+        EXPECT_EQ(std::filesystem::file_size(input), 4096u * call);
+        EXPECT_EQ(std::filesystem::file_size(output), 4096u * call);
+        EXPECT_EQ(samplesInFile(input), in);
+        EXPECT_EQ(samplesInFile(output), out);
+    }
+    EXPECT_EQ(directory.names().size(), 2u);
+}
+
 TEST(PcmDump, OfSurroundShowsMonoAsItCameIn) {
     const DumpDirectory directory;
     FilterUnderTest filter;
