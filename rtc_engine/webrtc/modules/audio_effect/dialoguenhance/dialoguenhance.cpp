@@ -25,8 +25,7 @@ constexpr int kPointsOfVeryHighRates = 8192;
 constexpr int kHighRatesAboveHz = 50000;
 constexpr int kVeryHighRatesAboveHz = 100000;
 
-constexpr int kMaxBlockSamples = kChannels * kPointsOfVeryHighRates / kHopsPerFrame;
-static_assert(kMaxBlockSamples <= sonivex::kDialogueMaxBlockSamples);
+static_assert(kChannels * kPointsOfVeryHighRates / kHopsPerFrame == sonivex::kDialogueMaxBlockSamples);
 
 /* Part of the log lines, see effect_log.h. */
 constexpr const char* kLogSource = "dialoguenhance";
@@ -125,7 +124,7 @@ int aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int fra
 
     const int block_samples = kChannels * enhancer.hopSize;
     while (sonivex::fillLevel(enhancer.inRing) >= block_samples) {
-        std::int16_t block[kMaxBlockSamples];
+        std::int16_t block[sonivex::kDialogueMaxBlockSamples];
         sonivex::readSamples(enhancer.inRing, block, block_samples);
         sonivex::processDialogueBlock(enhancer, block);
         sonivex::writeSamples(enhancer.outRing, block, block_samples);

@@ -12,7 +12,9 @@
 
 namespace sonivex {
 
-inline constexpr int kDialogueMaxBlockSamples = 10240;
+inline constexpr int kDialogueBlockCapacity = 10240;   // samples
+inline constexpr int kDialogueMaxBlockSamples = 4096;  // of the longest hop, both channels
+static_assert(kDialogueMaxBlockSamples <= kDialogueBlockCapacity);
 
 struct FreeLimiter {
     void operator()(Au2LimiterState* limiter) const { au2_limiter_free(limiter); }
@@ -40,15 +42,15 @@ struct DialoguEnhanceHandle {
     /* Of a frame only these are needed by the next one. The history's last bin stays 0. */
     sonivex::AvArray<float> centreMagnitude, sideMagnitude;          // [K]
     sonivex::AvArray<float> prevCentreMagnitude, prevSideMagnitude;  // [K]
-    float presence;                                                  // smoothed, 0..1
-
-    float blockIn[sonivex::kDialogueMaxBlockSamples];  // a block interleaved
-    float blockOut[sonivex::kDialogueMaxBlockSamples];
-    float staging[sonivex::kDialogueMaxBlockSamples];  // a block, left half and right half
-    sonivex::SampleRing inRing;
-    sonivex::SampleRing outRing;
 
     std::unique_ptr<Au2LimiterState, sonivex::FreeLimiter> limiter;
     sonivex::ForwardTransform forwardTx[2];  // left, right
     sonivex::InverseTransform inverseTx[2];
+    float presence;  // smoothed, 0..1
+
+    float blockIn[sonivex::kDialogueBlockCapacity];  // a block interleaved
+    float blockOut[sonivex::kDialogueBlockCapacity];
+    float staging[sonivex::kDialogueMaxBlockSamples];  // a block, left half and right half
+    sonivex::SampleRing inRing;
+    sonivex::SampleRing outRing;
 };
