@@ -98,6 +98,16 @@ TEST(FilterDialogue, AFailedCreationDropsExactlyTheFrameThatTried) {
     EXPECT_EQ(log.count("24 sonivex createDialoguEnhance failed!"), 2);
 }
 
+TEST(FilterDialogue, AVoiceBeyondAFloatLosesFramesUntilItIsSetAnew) {
+    LogCapture log;
+    FilterUnderTest filter;
+    startDialogue(filter, R"(, "dialoguenhance_voice": 1e39)");
+    EXPECT_EQ(filter.pass(scene(1)), nullptr);
+    EXPECT_EQ(log.count("24 sonivex createDialoguEnhance failed!"), 1);
+    filter.options(R"({"dialoguenhance_voice": 1e38})");
+    EXPECT_NE(filter.pass(scene(1)), nullptr);
+}
+
 TEST(FilterDialogue, AFailedCallDropsTheFrameAndKeepsTheHandle) {
     resetEngineFaults();
     LogCapture log;

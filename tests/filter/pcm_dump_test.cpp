@@ -260,7 +260,10 @@ TEST(PcmDump, IsClosedWhenTheFilterGoes) {
         {
             FilterUnderTest filter(mode);
             start(filter, R"("enable_normalizer": true)");
-            ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+            std::unique_ptr<Vorlin::IQFFrame> frame = makeFrame({}, noise(1));
+            ASSERT_EQ(filter->push(frame, 0), 0);
+            constexpr int kSlowDisk_ms = 20'000;
+            ASSERT_NE(filter.pullPatiently(kSlowDisk_ms), nullptr);
         }
         EXPECT_EQ(openDescriptors(), descriptorsBefore);
         ASSERT_EQ(directory.names().size(), 2u);
@@ -427,7 +430,7 @@ TEST(PcmDumpDirectory, DocumentsReceiveTheFilesOfAPlayerWithoutTheProperty) {
         home.file("Documents/" + dumpFileName("normalizer", "input", sessionOf(filter)))));
 }
 
-TEST(PcmDumpFile, IsTheOwnersToWriteAndNoChildProcesss) {
+TEST(PcmDumpFile, IsTheOwnersToWriteAndNotInheritedByChildren) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     start(filter, R"("enable_normalizer": true)");
