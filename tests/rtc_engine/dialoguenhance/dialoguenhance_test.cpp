@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <cstdlib>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -233,6 +234,64 @@ TEST(Dialogue, ThePresenceGrowsByATenthOfTheWayPerHopAndDecaysInSilence) {
     EXPECT_GT(gainOfHop(0), 1.1);
     EXPECT_LT(gainOfHop(0), 1.35);
     EXPECT_NEAR(gainOfHop(40), 2 - std::pow(0.9, 43), 0.01);
+}
+
+/* Triangle wave that fits a hop, so that every frame is the same. */
+Pcm triangle(int frames, int amplitude) {
+    Pcm mono;
+    for (int i = 0; i < frames; ++i) {
+        const int distance = std::abs(i % kHop - kHop / 2);  // 0 .. kHop / 2
+        mono.push_back(static_cast<std::int16_t>(amplitude * (distance - kHop / 4) / (kHop / 4)));
+    }
+    return mono;
+}
+
+/* Left: centre + side, right: centre - side. */
+Pcm withSide(const Pcm& centre, const Pcm& side) {
+    Pcm pcm;
+    for (std::size_t i = 0; i < centre.size(); ++i) {
+        pcm.push_back(static_cast<std::int16_t>(centre[i] + side[i]));
+        pcm.push_back(static_cast<std::int16_t>(centre[i] - side[i]));
+    }
+    return pcm;
+}
+
+Pcm centreOf(const Pcm& pcm) {
+    Pcm centre;
+    for (std::size_t i = 0; i < pcm.size(); i += 2) {
+        centre.push_back(static_cast<std::int16_t>((pcm[i] + pcm[i + 1]) / 2));
+    }
+    return centre;
+}
+
+TEST(Dialogue, ACentreThatDoesNotChangeIsNoDialogue) {
+    const Pcm in = bothChannels(triangle(128 * kHop, 9000));
+    const auto handle = makeDialogue({.voice_level = 2});
+    EXPECT_NEAR(settledGain(in, enhanced(handle.get(), in, kHop)) / kNeutralGain, 1.0, 0.001);
+}
+
+TEST(Dialogue, ASideThatDoesNotChangeDoesNotHideDialogue) {
+    const Pcm changing = test::noise(1, 128 * kHop, 3000);
+    const Pcm in = withSide(changing, triangle(128 * kHop, 9000));
+    const auto handle = makeDialogue({.voice_level = 2});
+    const Pcm out = enhanced(handle.get(), in, kHop);
+    EXPECT_GT(settledGain(bothChannels(changing), bothChannels(centreOf(out))) / kNeutralGain, 1.8);
+}
+
+/* Half the sample rate has no history, so that its whole magnitude counts as change in every frame. */
+TEST(Dialogue, AtHalfTheSampleRateASteadyToneCountsAsChange) {
+    const Pcm in = bothChannels(test::square(128 * kHop, 1, 5000));
+    const auto handle = makeDialogue({.voice_level = 2});
+    EXPECT_NEAR(settledGain(in, enhanced(handle.get(), in, kHop)) / kNeutralGain, 2.0, 0.01);
+}
+
+TEST(Dialogue, AtHalfTheSampleRateASteadySideHidesWhatChangesInTheCentre) {
+    const Pcm changing = test::noise(1, 128 * kHop, 300);
+    const Pcm tone = test::square(128 * kHop, 1, 5000);
+    const Pcm in = withSide(changing, tone);
+    const auto handle = makeDialogue({.voice_level = 2});
+    const auto neutral = makeDialogue(kNeutral);
+    EXPECT_EQ(enhanced(handle.get(), in, kHop), enhanced(neutral.get(), in, kHop));
 }
 
 TEST(Dialogue, SilenceInIsSilenceOut) {
