@@ -12,6 +12,7 @@
 #include "console.h"
 #include "ears_command.h"
 #include "failure.h"
+#include "inspect_command.h"
 #include "render_command.h"
 #include "responses_command.h"
 
@@ -42,6 +43,7 @@ int parseAndRun(int argc, char** argv) {
     const std::map<std::string, std::function<void()>> commands = {
         {"render", sonivex_tool::addRenderCommand(program)},
         {"ears", sonivex_tool::addEarsCommand(program)},
+        {"inspect", sonivex_tool::addInspectCommand(program)},
         {"responses", sonivex_tool::addResponsesCommand(program)},
     };
     const auto chosen = [&]() -> std::string {
