@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <numbers>
 
 #include "float_rules.h"
@@ -21,7 +22,7 @@ void makeSineWindow(int points, float* window) {
 }
 
 void splitStereo(const float* in, int frames, float* left, float* right) {
-    for (int i = 0; i < frames; ++i) {
+    for (std::ptrdiff_t i = 0; i < frames; ++i) {
         left[i] = in[2 * i];
         right[i] = in[2 * i + 1];
     }
@@ -46,7 +47,7 @@ void overlapAdd(const float* frame, const float* window, int points, float* out)
 }
 
 void emitStereo(const float* left, const float* right, int frames, float* out) {
-    for (int i = 0; i < frames; ++i) {
+    for (std::ptrdiff_t i = 0; i < frames; ++i) {
         out[2 * i] = left[i] / kOverlapDivisor;
         out[2 * i + 1] = right[i] / kOverlapDivisor;
     }
