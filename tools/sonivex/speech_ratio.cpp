@@ -134,31 +134,13 @@ Tiles tilesOf(std::span<const Sample> speech, std::span<const Sample> background
     return tiles;
 }
 
-std::vector<bool> activeSegments(const std::vector<Tiles>& bands, std::size_t segments) {
-    std::vector<double> power(segments, 0.0);
-    double total = 0.0;
-    for (const Tiles& tiles : bands) {
-        for (std::size_t segment = 0; segment < segments; ++segment) {
-            power[segment] += tiles[segment].speech2;
-            total += tiles[segment].speech2;
-        }
-    }
-    const double least = kActiveShare * total / static_cast<double>(segments);
-    std::vector<bool> active(segments);
-    for (std::size_t segment = 0; segment < segments; ++segment) {
-        active[segment] = power[segment] > 0.0 && power[segment] >= least;
-    }
-    return active;
-}
-
+/** Tiles of all bands and channels. */
 template <typename Sample>
-SpeechRatio compare(std::span<const Sample> speech, std::span<const Sample> background,
-                    std::span<const Sample> output, int rate_hz) {
+std::vector<Tiles> tilesOfAllBands(std::span<const Sample> speech, std::span<const Sample> background,
+                                   std::span<const Sample> output, int rate_hz) {
     const std::size_t frames = std::min({speech.size(), background.size(), output.size()}) / kChannels;
     const auto segmentFrames = static_cast<std::size_t>(std::max(1.0, std::round(kSegment_s * rate_hz)));
     const std::size_t segments = frames / segmentFrames;
-    if (segments == 0) return {};
-
     std::vector<Tiles> bands;
     const double highest_hz = std::min(kHighestBand_hz, kHighestBandOfRate * rate_hz);
     const double thirdOctave = std::cbrt(2.0);
@@ -169,19 +151,53 @@ SpeechRatio compare(std::span<const Sample> speech, std::span<const Sample> back
                 tilesOf(speech, background, output, channel, centre_hz, rate_hz, segmentFrames, segments));
         }
     }
+    return bands;
+}
 
-    const std::vector<bool> active = activeSegments(bands, segments);
-    Powers powers;
+/** @param speaker power of the one whose activity counts. */
+std::vector<bool> activeSegments(const std::vector<Tiles>& bands, double Tile::*speaker) {
+    const std::size_t segments = bands.empty() ? 0 : bands.front().size();
+    std::vector<double> power(segments, 0.0);
+    double total = 0.0;
     for (const Tiles& tiles : bands) {
         for (std::size_t segment = 0; segment < segments; ++segment) {
+            power[segment] += tiles[segment].*speaker;
+            total += tiles[segment].*speaker;
+        }
+    }
+    std::vector<bool> active(segments);
+    for (std::size_t segment = 0; segment < segments; ++segment) {
+        active[segment] =
+            power[segment] > 0.0 && power[segment] * static_cast<double>(segments) >= kActiveShare * total;
+    }
+    return active;
+}
+
+Powers powersWhere(const std::vector<bool>& active, const std::vector<Tiles>& bands) {
+    Powers powers;
+    for (const Tiles& tiles : bands) {
+        for (std::size_t segment = 0; segment < active.size(); ++segment) {
             if (active[segment]) powers.add(tiles[segment]);
         }
     }
+    return powers;
+}
+
+double decibels(double ratio) {
+    return 10.0 * std::log10(ratio);
+}
+
+template <typename Sample>
+SpeechRatio compare(std::span<const Sample> speech, std::span<const Sample> background,
+                    std::span<const Sample> output, int rate_hz) {
+    const std::vector<Tiles> bands = tilesOfAllBands(speech, background, output, rate_hz);
+    const std::vector<bool> active = activeSegments(bands, &Tile::speech2);
+    const Powers powers = powersWhere(active, bands);
     if (powers.backgroundBefore <= 0.0 || powers.speechAfter <= 0.0 || powers.backgroundAfter <= 0.0)
         return {};
     return {static_cast<std::size_t>(std::count(active.begin(), active.end(), true)),
-            10.0 * std::log10(powers.speechBefore / powers.backgroundBefore),
-            10.0 * std::log10(powers.speechAfter / powers.backgroundAfter), powers.residue / powers.output};
+            decibels(powers.speechBefore / powers.backgroundBefore),
+            decibels(powers.speechAfter / powers.backgroundAfter), powers.residue / powers.output};
 }
 
 }  // namespace
@@ -194,6 +210,14 @@ SpeechRatio compareSpeech(std::span<const float> speech, std::span<const float> 
 SpeechRatio compareSpeech(std::span<const std::int16_t> speech, std::span<const std::int16_t> background,
                           std::span<const std::int16_t> output, int rate_hz) {
     return compare(speech, background, output, rate_hz);
+}
+
+double ratioOfParts_db(std::span<const float> speech, std::span<const float> background,
+                       std::span<const float> speaker, int rate_hz) {
+    const std::vector<Tiles> bands = tilesOfAllBands(speech, background, speaker, rate_hz);
+    const Powers powers = powersWhere(activeSegments(bands, &Tile::output2), bands);
+    if (powers.speechBefore <= 0.0 || powers.backgroundBefore <= 0.0) return 0.0;
+    return decibels(powers.speechBefore / powers.backgroundBefore);
 }
 
 }  // namespace sonivex_tool

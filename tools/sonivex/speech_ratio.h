@@ -42,4 +42,13 @@ SpeechRatio compareSpeech(std::span<const float> speech, std::span<const float> 
 SpeechRatio compareSpeech(std::span<const std::int16_t> speech, std::span<const std::int16_t> background,
                           std::span<const std::int16_t> output, int rate_hz);
 
+/** Power of speech over that of its background, in dB, where both are known by themselves: in the same band,
+ * over the segments in which `speaker` is active, so that it can be compared with that of the parts of
+ * another mix.
+ *  @param speaker what decides when somebody speaks; usually the speech before an effect
+ *  @return 0 without any of the three
+ *  @throw std::bad_alloc */
+double ratioOfParts_db(std::span<const float> speech, std::span<const float> background,
+                       std::span<const float> speaker, int rate_hz);
+
 }  // namespace sonivex_tool
