@@ -137,6 +137,25 @@ TEST(SpeechRatio, IsTheSameForSixteenBits) {
     EXPECT_NEAR(whole.rise_db(), 20.0 * std::log10(2.0), 0.01);
 }
 
+/* Speech that falls silent early in an effect is still looked at where it was spoken. */
+TEST(SpeechRatioOfParts, LooksWhereTheSpeakerIsActive) {
+    const Sound speaker = floats(test::noise(5, 2 * kFrames, 6000));
+    const Sound background = floats(test::noise(6, 2 * kFrames, 6000));
+    Sound speech = speaker;
+    EXPECT_NEAR(sonivex_tool::ratioOfParts_db(speech, background, speaker, kRate_hz), 0.0, 0.15);
+    std::fill(speech.begin() + kFrames, speech.end(), 0.0F);
+    EXPECT_NEAR(sonivex_tool::ratioOfParts_db(speech, background, speaker, kRate_hz), 10.0 * std::log10(0.5),
+                0.25);
+    EXPECT_NEAR(sonivex_tool::ratioOfParts_db(speech, background, speech, kRate_hz), 0.0, 0.5);
+    EXPECT_EQ(sonivex_tool::ratioOfParts_db(speech, background, Sound(speech.size()), kRate_hz), 0.0);
+}
+
+TEST(SpeechRatioOfParts, IsTheLevelInTheMix) {
+    const Scene scene;
+    EXPECT_EQ(sonivex_tool::ratioOfParts_db(scene.speech, scene.background, scene.speech, kRate_hz),
+              scene.compared(scene.mixed(1.0F, 1.0F)).before_db);
+}
+
 TEST(SpeechRatio, IsNothingWithoutSpeechBackgroundOrOutput) {
     const Scene scene;
     const Sound silence(scene.speech.size());

@@ -1,10 +1,6 @@
 /* What the effect is for: speech in the centre gets louder against what is at the sides. */
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
-#include <iterator>
-
 #include "dialogue_calls.h"
 #include "reference/dialogue_parts.h"
 #include "speech_ratio.h"
@@ -32,11 +28,10 @@ SpeechRatio measured(const DialogueScene& scene, double voice_level) {
 double trueRise_db(const DialogueScene& scene, double voice_level) {
     const model::DialogueParts parts =
         model::enhancedParts(scene.speech, scene.background, kRate_hz, voice_level);
-    std::vector<float> whole;
-    std::transform(parts.speech.begin(), parts.speech.end(), parts.background.begin(),
-                   std::back_inserter(whole), std::plus<>());
-    return sonivex_tool::compareSpeech(parts.speech, parts.background, whole, kRate_hz).before_db -
-           sonivex_tool::compareSpeech(scene.speech, scene.background, scene.mix, kRate_hz).before_db;
+    const std::vector<float> speaker(scene.speech.begin(), scene.speech.end());
+    const std::vector<float> background(scene.background.begin(), scene.background.end());
+    return sonivex_tool::ratioOfParts_db(parts.speech, parts.background, speaker, kRate_hz) -
+           sonivex_tool::ratioOfParts_db(speaker, background, speaker, kRate_hz);
 }
 
 class DialogueAndSpeech : public testing::TestWithParam<Sides> {
@@ -65,8 +60,8 @@ TEST_P(DialogueAndSpeech, RisesByWhatItsPartsDo) {
     for (const double voice_level : {1.0, 3.0}) {
         const double rise_db = measured(scene_, voice_level).rise_db();
         const double true_rise_db = trueRise_db(scene_, voice_level);
-        EXPECT_LT(rise_db, true_rise_db + 0.05);
-        EXPECT_GT(rise_db, true_rise_db - 0.35);
+        EXPECT_LT(rise_db, true_rise_db + 0.02);
+        EXPECT_GT(rise_db, true_rise_db - 0.1);
     }
 }
 
