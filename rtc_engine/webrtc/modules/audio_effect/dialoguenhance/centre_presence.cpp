@@ -12,8 +12,8 @@ namespace {
 constexpr double kPresenceKeep = 0.9;
 constexpr double kPresenceStep = 0.1;
 
-/* The squares of floats are exact in double, and so large or small that a float's square would be lost: no
- * scaling, no branch. */
+/* In double the square of a float is exact and neither overflows nor vanishes, so this needs no scaling and
+ * no branch, and vectorises. Its bits are those of the C library's hypotf. */
 inline float magnitude(Bin x) {
     const double re = x.re;
     const double im = x.im;
