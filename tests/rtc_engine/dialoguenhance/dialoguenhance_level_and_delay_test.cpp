@@ -78,6 +78,22 @@ TEST(DialogueDelay, IsThreeHopsWhenCallsAreBlocks) {
     }
 }
 
+/* Every window that covers the first frames is there when they come out. */
+TEST(DialogueDelay, IsSilenceAndThenTheFullLevelFromTheFirstFrame) {
+    for (const int rate_hz : {48000, 96000, 192000}) {
+        SCOPED_TRACE(rate_hz);
+        const int hop = test::hopFrames(rate_hz);
+        const Pcm one = test::noise(7, 4 * hop, 6000);
+        const Pcm out = channelOf(test::enhanced({.rate_hz = rate_hz, .voice_level = 0},
+                                                 test::interleaved({one, one}), {hop, hop, hop, hop}),
+                                  0);
+        const auto start = static_cast<std::ptrdiff_t>(threeHops(rate_hz));
+        EXPECT_TRUE(
+            std::all_of(out.begin(), out.begin() + start, [](std::int16_t sample) { return sample == 0; }));
+        EXPECT_NEAR(decibels(gainOf(one, out, threeHops(rate_hz))), decibels(kNeutral), 0.01);
+    }
+}
+
 /* The first block is served when it is whole, with the call that completes it. */
 TEST(DialogueDelay, GrowsByTheStartUpWhenCallsAreShorterThanABlock) {
     for (const int rate_hz : {44100, 96000}) {
