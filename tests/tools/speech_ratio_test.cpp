@@ -86,6 +86,14 @@ TEST(SpeechRatio, AddsPowersUpWhenGainsChangeOverTime) {
     EXPECT_LT(ratio.unexplained, 1e-2);
 }
 
+/* The same words in both channels, twice as loud in the right one. */
+TEST(SpeechRatio, CountsBothChannels) {
+    const Scene scene;
+    Sound out = scene.mixed(1.0F, 1.0F);
+    for (std::size_t i = 1; i < out.size(); i += 2) out[i] += scene.speech[i];
+    EXPECT_NEAR(scene.compared(out).rise_db(), 10.0 * std::log10((1.0 + 4.0) / 2.0), 1e-3);
+}
+
 /* Low-passing the mix takes from the background, which has highs, and leaves low speech. */
 TEST(SpeechRatio, SeesAGainThatDependsOnFrequency) {
     Scene scene;
