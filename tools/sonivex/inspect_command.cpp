@@ -22,13 +22,13 @@ constexpr char kFooter[] =
     "their channels and rate. Two files of one dump session (sonivex_EFFECT_input_ID.pcm and\n"
     "sonivex_EFFECT_output_ID.pcm) are compared with each other.\n"
     "Exit codes are those of `sonivex render`.\n";
-constexpr int kMostChannels = 8;
 constexpr int kLowestRate_hz = 1000;
 constexpr int kHighestRate_hz = 768000;
 
 struct Choices {
     InspectRequest request;
     std::vector<std::string> pair;
+    std::string channels;
     bool json = false;
 };
 
@@ -36,6 +36,7 @@ void run(Choices& choices) {
     if (choices.request.files.empty() && choices.pair.empty())
         throw Failure(ExitCode::Usage, "no FILE to inspect (sonivex inspect --help explains)");
     if (!choices.pair.empty()) choices.request.pair = {choices.pair.at(0), choices.pair.at(1)};
+    choices.request.hints.channels = parseChannels(choices.channels);
     installSignalHandlers();
     av_log_set_level(AV_LOG_QUIET);
     ResultStream result(ResultStream::Prints::ToStandardError);
@@ -57,13 +58,14 @@ std::function<void()> addInspectCommand(CLI::App& program) {
         ->option_text("IN OUT")
         ->expected(2);
     command
-        ->add_option("--channels", choices->request.hints.channels,
+        ->add_option("--channels", choices->channels,
                      "Channels of .pcm files, 1 to 8; two numbers (6,2) when an\neffect's output has others")
         ->option_text("N[,M]")
-        ->delimiter(',')
-        ->expected(1, 2)
-        ->allow_extra_args(false)
-        ->check(CLI::Range(1, kMostChannels));
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                return parseChannels(text).empty() ? "must be N or N,M, each 1 to 8: " + text : std::string();
+            },
+            "", "channels"));
     command->add_option("--rate", choices->request.hints.rate_hz, "Sample rate of .pcm files (default 48000)")
         ->option_text("HZ")
         ->check(CLI::Range(kLowestRate_hz, kHighestRate_hz));

@@ -61,7 +61,7 @@ std::string fileText(const InspectedFile& file) {
         std::string list;
         for (const std::string& assumption : file.assumptions)
             list += (list.empty() ? "" : " and ") + assumption;
-        text += "  " + list + " are assumed: the file does not say (--channels, --rate)\n";
+        text += "  assumed, as the file does not say: " + list + " (see --channels, --rate)\n";
     }
     text += row("channel", {"RMS", "sample peak", "true peak", "loudness"});
     for (size_t c = 0; c < file.levels.channels.size(); ++c)

@@ -15,6 +15,7 @@
 #include "inspect_command.h"
 #include "render_command.h"
 #include "responses_command.h"
+#include "speech_command.h"
 
 namespace {
 
@@ -45,6 +46,7 @@ int parseAndRun(int argc, char** argv) {
         {"ears", sonivex_tool::addEarsCommand(program)},
         {"inspect", sonivex_tool::addInspectCommand(program)},
         {"responses", sonivex_tool::addResponsesCommand(program)},
+        {"speech", sonivex_tool::addSpeechCommand(program)},
     };
     const auto chosen = [&]() -> std::string {
         const auto parsed = program.get_subcommands();

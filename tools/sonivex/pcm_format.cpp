@@ -36,6 +36,19 @@ std::optional<int> channelsByName(const DumpName& name) {
 
 }  // namespace
 
+std::vector<int> parseChannels(const std::string& text) {
+    constexpr std::size_t kMostNumbers = 2;
+    std::vector<int> numbers;
+    for (std::size_t at = 0; at <= text.size(); at += 2) {
+        const bool isNumber = at < text.size() && text[at] >= '1' && text[at] <= '8';
+        const bool isSeparated = at + 1 == text.size() || (at + 1 < text.size() && text[at + 1] == ',');
+        if (!isNumber || !isSeparated || numbers.size() == kMostNumbers) return {};
+        numbers.push_back(text[at] - '0');
+        if (at + 1 == text.size()) break;
+    }
+    return numbers;
+}
+
 bool isPcmPath(const std::string& path) {
     return std::filesystem::path(path).extension() == ".pcm";
 }

@@ -24,6 +24,9 @@ struct PcmGuess {
     std::vector<std::string> assumptions;  ///< "48000 Hz", "2 channels"
 };
 
+/** Read "N" or "N,M", numbers of channels from 1 to 8; nothing when it is anything else. */
+std::vector<int> parseChannels(const std::string& text);
+
 /** Whether `path` is a file of bare 16-bit samples by its extension, ".pcm". */
 bool isPcmPath(const std::string& path);
 
