@@ -16,7 +16,7 @@ constexpr double kLongestDelay_s = 0.5;
 using Planes = std::vector<std::vector<float>>;
 
 /** Hands out frames of `stream` from frame `from` on, `count` of them at most: for each piece its planes. */
-void forRange(FrameStream stream, int64_t from, int64_t count,
+void forRange(const FrameStream& stream, int64_t from, int64_t count,
               const std::function<void(const AVFrame& planes)>& use) {
     AudioSpec spec = stream.spec;
     spec.format = AV_SAMPLE_FMT_FLTP;
@@ -43,10 +43,10 @@ const float* plane(const AVFrame& frame, size_t channel) {
 }
 
 /** The frames from `from` on, `count` of them; silence stands in for what the stream has no more. */
-Planes readPlanes(FrameStream stream, int64_t from, int64_t count) {
+Planes readPlanes(const FrameStream& stream, int64_t from, int64_t count) {
     Planes planes(static_cast<size_t>(stream.spec.channels()));
     for (auto& samples : planes) samples.reserve(static_cast<size_t>(count));
-    forRange(std::move(stream), from, count, [&](const AVFrame& frame) {
+    forRange(stream, from, count, [&](const AVFrame& frame) {
         for (size_t c = 0; c < planes.size(); ++c) {
             planes[c].insert(planes[c].end(), plane(frame, c), plane(frame, c) + frame.nb_samples);
         }
@@ -55,10 +55,10 @@ Planes readPlanes(FrameStream stream, int64_t from, int64_t count) {
     return planes;
 }
 
-double energyOf(FrameStream stream, int64_t from, int64_t count) {
+double energyOf(const FrameStream& stream, int64_t from, int64_t count) {
     const auto channels = static_cast<size_t>(stream.spec.channels());
     double energy = 0.0;
-    forRange(std::move(stream), from, count, [&](const AVFrame& frame) {
+    forRange(stream, from, count, [&](const AVFrame& frame) {
         for (size_t c = 0; c < channels; ++c) {
             for (int n = 0; n < frame.nb_samples; ++n) {
                 const auto sample = static_cast<double>(plane(frame, c)[n]);
@@ -79,15 +79,15 @@ void mixDown(Planes& planes) {
 
 std::optional<int64_t> delayBetween(const ComparedSide& input, const ComparedSide& output) {
     if (!input.firstAudibleFrame || !output.firstAudibleFrame) return std::nullopt;
-    FrameStream before = input.open();
-    FrameStream after = output.open();
+    const FrameStream before = input.open();
+    const FrameStream after = output.open();
     const int rate_hz = before.spec.rateHz;
     const int longest = static_cast<int>(kLongestDelay_s * rate_hz);
     const int64_t from = std::max<int64_t>(*input.firstAudibleFrame - longest, 0);
     const int64_t length = std::max(input.frames, output.frames) - from;
     const int64_t count = std::min<int64_t>(length, int64_t{kCompared_s} * rate_hz);
-    Planes beforePlanes = readPlanes(std::move(before), from, count);
-    Planes afterPlanes = readPlanes(std::move(after), from, count);
+    Planes beforePlanes = readPlanes(before, from, count);
+    Planes afterPlanes = readPlanes(after, from, count);
     if (beforePlanes.size() != afterPlanes.size()) {
         mixDown(beforePlanes);
         mixDown(afterPlanes);
