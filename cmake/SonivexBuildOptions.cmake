@@ -1,10 +1,12 @@
 # What every target of ours is compiled with. Targets ask for it by linking `sonivex_build_options` privately,
-# so that nothing leaks into a program that uses the libraries.
+# so that nothing leaks into a program that uses the libraries. The plain ones leave the sanitizers out.
+add_library(sonivex_plain_build_options INTERFACE)
+target_compile_features(sonivex_plain_build_options INTERFACE cxx_std_20 c_std_11)
 add_library(sonivex_build_options INTERFACE)
-target_compile_features(sonivex_build_options INTERFACE cxx_std_20 c_std_11)
+target_link_libraries(sonivex_build_options INTERFACE sonivex_plain_build_options)
 
 target_compile_options(
-    sonivex_build_options
+    sonivex_plain_build_options
     INTERFACE
         # The same bits from every compiler: a multiply and an add are never fused.
         -ffp-contract=off
@@ -17,10 +19,12 @@ target_compile_options(
         -Wshadow
         -Wformat=2
         $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+        $<$<COMPILE_LANGUAGE:CXX>:-Wsuggest-override>
+        $<$<COMPILE_LANGUAGE:CXX>:-Wzero-as-null-pointer-constant>
         $<$<BOOL:${SONIVEX_DEVELOPER}>:-Werror>)
 
 # libavutil's headers are C and ask for the macros that C++ long had behind this.
-target_compile_definitions(sonivex_build_options INTERFACE __STDC_CONSTANT_MACROS)
+target_compile_definitions(sonivex_plain_build_options INTERFACE __STDC_CONSTANT_MACROS)
 
 if(SONIVEX_SANITIZE)
     # Line numbers are all that a report needs of the debug information.

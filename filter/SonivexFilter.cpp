@@ -75,6 +75,7 @@ void sonivexFilter::flush() {
     freeOutputGraph();
     mSrcFormat = -1;
     mOutChannels = -1;
+    closeDumpFiles();
     if (mThread) mThread->start();
     mCostSum = 0;
     mCostWindow.clear();

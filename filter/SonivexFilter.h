@@ -100,9 +100,19 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
 
     // effect_dispatch.cpp
     Outcome dispatch(Effect effect, IQFFrame::audioInfo& info, AVFrame* frame);
+    std::unique_ptr<short[]> enhanceDialogue(const InputBlock& in);
     std::unique_ptr<short[]> renderSurround(const InputBlock& in, int outChannels);
     std::unique_ptr<short[]> normalize(const InputBlock& in);
     void releaseHandles();
+
+    // pcm_dump.cpp
+    void dumpPCMData(const short* pcm, int channels, int samples, const std::string& effect, bool isInput);
+    static std::string getDumpDirectory();
+    static std::string generateSessionId();
+    void startDumpSession(const std::string& directory, const std::string& effect);
+    bool openDumpFile(const std::string& name, const std::string& path);
+    void writeToDump(const std::string& name, const short* pcm, int channels, int samples);
+    void closeDumpFiles();
 
     // options.cpp
     bool setFilterOptions(const std::string& json);
@@ -140,10 +150,10 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     Relaxed<bool> mEnableNormalizer = false;
     Relaxed<double> mVoice = 1.0;  ///< dialogue voice level, never below 1
     Relaxed<bool> mEnableDump = false;
-    std::map<std::string, int> mDumpFds;
+    std::map<std::string, int> mDumpFds;          ///< descriptors by file name, as the next two
     std::map<std::string, uint64_t> mDumpTotals;  ///< bytes
     std::map<std::string, std::string> mDumpPaths;
-    std::string mSessionId;
+    std::string mSessionId;  ///< of the dump; empty until a block is dumped
     std::vector<std::string> mSupportedNames{"sonivex"};
     std::unique_ptr<qfThread> mThread;
     SpscQueue<IQFFrame*> mOutQueue{kQueueSlots};  ///< produced by the worker, consumed by `pull`

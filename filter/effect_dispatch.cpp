@@ -8,6 +8,7 @@ extern "C" {
 #include <cstdint>
 
 #include "SonivexFilter.h"
+#include "sonivex/dialoguenhance.h"
 #include "sonivex/normalizer.h"
 #include "sonivex/surround.h"
 #include "vorlin/log.h"
@@ -16,9 +17,28 @@ namespace Vorlin {
 
 namespace {
 
+// What a bin keeps without dialogue, and what full presence adds to it.
+constexpr double kDialogueGainFloor_lin = 1.0;
+constexpr double kDialogueGainScale_lin = 1.0;
+
 std::unique_ptr<short[]> makeBlock(int channels, int frames) {
     return std::unique_ptr<short[]>(
         new short[static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames)]());
+}
+
+// The effect's name in the names of dump files.
+std::string dumpNameOf(Effect effect) {
+    switch (effect) {
+        case Effect::Dialogue:
+            return "dialoguenhance";
+        case Effect::Surround:
+            return "surround";
+        case Effect::Normalizer:
+            return "normalizer";
+        case Effect::None:
+            break;
+    }
+    return {};
 }
 
 // Channels that surround of a type puts out.
@@ -33,9 +53,17 @@ int surroundOutputChannels(int type) {
 sonivexFilter::Outcome sonivexFilter::dispatch(Effect effect, IQFFrame::audioInfo& info, AVFrame* frame) {
     const InputBlock in{reinterpret_cast<const short*>(frame->extended_data[0]), info.channels,
                         info.sample_rate, frame->nb_samples};
+    // Read once: a switch in between would leave an input without its output, or the reverse.
+    const bool isDumped = mEnableDump;
+    const std::string dumpName = dumpNameOf(effect);
+    if (isDumped) dumpPCMData(in.samples, in.channels, in.frames, dumpName, true);
+
     int outChannels = info.channels;
     std::unique_ptr<short[]> block;
     switch (effect) {
+        case Effect::Dialogue:
+            block = enhanceDialogue(in);
+            break;
         case Effect::Surround:
             outChannels = surroundOutputChannels(mSurroundType);
             block = renderSurround(in, outChannels);
@@ -43,13 +71,37 @@ sonivexFilter::Outcome sonivexFilter::dispatch(Effect effect, IQFFrame::audioInf
         case Effect::Normalizer:
             block = normalize(in);
             break;
-        case Effect::Dialogue:
         case Effect::None:
             return processed();
     }
     if (!block) return givenUp(kFrameLost);
     if (putBack(info, frame, block.get(), outChannels, in.frames) < 0) return givenUp(kFrameLost);
+    if (isDumped) dumpPCMData(block.get(), outChannels, in.frames, dumpName, false);
     return processed();
+}
+
+// @param in two channels. @return the enhanced block, [frames][2]; null when the frame is lost.
+std::unique_ptr<short[]> sonivexFilter::enhanceDialogue(const InputBlock& in) {
+    if (mDialogueHandle == nullptr) {
+        const double voice = mVoice;
+        __log_print(LOG_DEBUG, kFilterName,
+                    "sonivex creating dialoguenhance handler. channels=%d, sampleRate=%d, voice=%f",
+                    in.channels, in.sampleRate, voice);
+        mDialogueHandle = aem_CreateDialoguEnhance(in.channels, in.sampleRate, kDialogueGainFloor_lin,
+                                                   kDialogueGainScale_lin, voice);
+        if (mDialogueHandle == nullptr) {
+            __log_print(LOG_WARNING, kFilterName, "sonivex createDialoguEnhance failed!");
+            return nullptr;
+        }
+    }
+    auto out = makeBlock(in.channels, in.frames);
+    const int result =
+        aem_ProcessDialoguEnhance(mDialogueHandle, in.samples, out.get(), in.frames, in.sampleRate);
+    if (result < 0) {
+        __log_print(LOG_ERROR, kFilterName, "sonivex ProcessDialoguEnhance failed! ret=%d", result);
+        return nullptr;
+    }
+    return out;
 }
 
 // @return the rendered block, [frames][outChannels]; null when the frame is lost.
@@ -112,6 +164,8 @@ std::unique_ptr<short[]> sonivexFilter::normalize(const InputBlock& in) {
 void sonivexFilter::releaseHandles() {
     if (mSurroundHandle != nullptr) aem_ReleaseSurround(mSurroundHandle);
     mSurroundHandle = nullptr;
+    if (mDialogueHandle != nullptr) aem_ReleaseDialoguEnhance(mDialogueHandle);
+    mDialogueHandle = nullptr;
     if (mNormalizerHandle != nullptr) aem_ReleaseNormalizer(mNormalizerHandle);
     mNormalizerHandle = nullptr;
 }

@@ -39,11 +39,6 @@ bool isSupportedStream(Effect effect, int channels, int sampleRate_hz) {
     return false;
 }
 
-// An effect that is not in this library counts as switched off.
-constexpr bool isBuiltIn(Effect effect) {
-    return effect == Effect::Surround || effect == Effect::Normalizer;
-}
-
 }  // namespace
 
 int sonivexFilter::FilterLoop() {
@@ -132,15 +127,10 @@ sonivexFilter::Outcome sonivexFilter::handleFrame(IQFFrame* frame) {
 // The switches are three separate stores of another thread, so two may be seen on: one reading per frame,
 // which yields at most one effect, and everything after goes by it.
 Effect sonivexFilter::selectedEffect() const {
-    Effect selected = Effect::None;
-    if (mEnableDialogue) {
-        selected = Effect::Dialogue;
-    } else if (mEnableSurround) {
-        selected = Effect::Surround;
-    } else if (mEnableNormalizer) {
-        selected = Effect::Normalizer;
-    }
-    return isBuiltIn(selected) ? selected : Effect::None;
+    if (mEnableDialogue) return Effect::Dialogue;
+    if (mEnableSurround) return Effect::Surround;
+    if (mEnableNormalizer) return Effect::Normalizer;
+    return Effect::None;
 }
 
 }  // namespace Vorlin

@@ -2,6 +2,7 @@
 #ifndef SONIVEX_SONIVEX_H
 #define SONIVEX_SONIVEX_H
 
+#include "sonivex/dialoguenhance.h"
 #include "sonivex/log_bridge.h"
 #include "sonivex/normalizer.h"
 #include "sonivex/surround.h"

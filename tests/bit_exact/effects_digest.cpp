@@ -10,7 +10,10 @@
 
 #include "au2_limiter.h"
 #include "audiofft.h"
+#include "centre_gains.h"
+#include "centre_presence.h"
 #include "convolve_reverb.h"
+#include "framing.h"
 #include "mixer.h"
 #include "sonivex/normalizer.h"
 #include "sonivex/surround.h"
@@ -202,9 +205,65 @@ void digestTransforms() {
     }
 }
 
+std::vector<sonivex::Bin> noiseSpectrum(std::uint64_t seed, int bins) {
+    const test::Pcm parts = test::noise(seed, 2 * bins, 32767);
+    std::vector<sonivex::Bin> spectrum;
+    for (std::size_t i = 0; i < parts.size(); i += 2) {
+        /* Of every level, as voices fall off toward high frequencies. */
+        const float level = 1.0F / static_cast<float>(i + 1);
+        spectrum.push_back({static_cast<float>(parts[i]) * level, static_cast<float>(parts[i + 1]) * level});
+    }
+    return spectrum;
+}
+
+/* The dialogue enhancer's kernels; between them the engine has only libavutil's transforms. */
+void digestDialogueKernels(int points) {
+    const int bins = points / 2 + 1;
+    const auto count = static_cast<std::size_t>(bins);
+    Digest digest;
+    std::vector<sonivex::Bin> centre(count);
+    std::vector<sonivex::Bin> work_left(count);
+    std::vector<sonivex::Bin> work_right(count);
+    std::vector<float> magnitude(count);
+    std::vector<float> side(count);
+    std::vector<float> before(count);
+    std::vector<float> side_before(count);
+    float presence = 0;
+    for (std::uint64_t frame = 0; frame < 40; ++frame) {
+        const auto left = noiseSpectrum(frame, bins);
+        auto right = noiseSpectrum(frame + 1000, bins);
+        for (std::size_t k = 0; k < count; ++k) right[k] = 0.25F * (left[k] + (left[k] + right[k]));
+        sonivex::estimateCentre(left.data(), right.data(), bins, centre.data());
+        sonivex::magnitudes(centre.data(), bins, magnitude.data());
+        sonivex::sideMagnitudes(left.data(), right.data(), bins, side.data());
+        const sonivex::Fluxes fluxes =
+            sonivex::spectralFluxes(magnitude.data(), before.data(), side.data(), side_before.data(), bins);
+        presence = sonivex::nextPresence(presence, fluxes, 1.25F);
+        sonivex::applyCentreGains(left.data(), right.data(), bins, presence, {1.0F, 1.5F}, work_left.data(),
+                                  work_right.data());
+        for (const float number : {fluxes.centre, fluxes.side, presence}) digest.add(number);
+        for (const auto* spectrum : {&centre, &work_left, &work_right}) {
+            for (const sonivex::Bin bin : *spectrum) {
+                digest.add(bin.re);
+                digest.add(bin.im);
+            }
+        }
+        before.swap(magnitude);
+        side_before.swap(side);
+    }
+    digest.print("dialogue kernels, " + std::to_string(bins) + " bins");
+
+    Digest window_digest;
+    std::vector<float> window(static_cast<std::size_t>(points));
+    sonivex::makeSineWindow(points, window.data());
+    for (const float number : window) window_digest.add(number);
+    window_digest.print("dialogue window of " + std::to_string(points));
+}
+
 }  // namespace
 
 int main() {
+    for (const int points : {2048, 4096, 8192}) digestDialogueKernels(points);
     digestTransforms();
     digestRenderings();
     for (const int channels : {1, 2, 6, 8}) {

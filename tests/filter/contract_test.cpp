@@ -46,6 +46,10 @@ TEST(FilterContract, StartsWithTheDocumentedFieldValues) {
     EXPECT_FALSE(filter.field(Peer::enableNormalizer));
     EXPECT_EQ(filter.field(Peer::voice), 1.0);
     EXPECT_FALSE(filter.field(Peer::enableDump));
+    EXPECT_TRUE(filter.field(Peer::dumpFds).empty());
+    EXPECT_TRUE(filter.field(Peer::dumpTotals).empty());
+    EXPECT_TRUE(filter.field(Peer::dumpPaths).empty());
+    EXPECT_EQ(filter.field(Peer::sessionId), "");
     EXPECT_EQ(filter.field(Peer::supportedNames), std::vector<std::string>{"sonivex"});
     EXPECT_EQ(filter.field(Peer::thread), nullptr) << "an inactive filter has no worker";
     EXPECT_TRUE(filter.field(Peer::invalid));
@@ -77,6 +81,10 @@ TEST(FilterContract, KeepsItsFieldsInTheDocumentedOrder) {
         &filter.field(Peer::enableNormalizer),
         &filter.field(Peer::voice),
         &filter.field(Peer::enableDump),
+        &filter.field(Peer::dumpFds),
+        &filter.field(Peer::dumpTotals),
+        &filter.field(Peer::dumpPaths),
+        &filter.field(Peer::sessionId),
         &filter.field(Peer::supportedNames),
         &filter.field(Peer::thread),
         &filter.field(Peer::outQueue),

@@ -52,4 +52,24 @@ int __wrap_aem_ProcessSurround(void* handle, const short* in, short* out, int fr
     const int result = test::engineFaults().surroundResult;
     return result < 0 ? result : __real_aem_ProcessSurround(handle, in, out, frames);
 }
+
+void* __real_aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
+                                      double voiceLevel);
+int __real_aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames, int sampleRate);
+
+void* __wrap_aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
+                                      double voiceLevel) {
+    test::EngineFaults& faults = test::engineFaults();
+    faults.dialogueCreates.push_back({channels, sampleRate, gainFloor, gainScale, voiceLevel});
+    if (faults.dialogueCreatesToFail > 0) {
+        --faults.dialogueCreatesToFail;
+        return nullptr;
+    }
+    return __real_aem_CreateDialoguEnhance(channels, sampleRate, gainFloor, gainScale, voiceLevel);
+}
+
+int __wrap_aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames, int sampleRate) {
+    const int result = test::engineFaults().dialogueResult;
+    return result < 0 ? result : __real_aem_ProcessDialoguEnhance(handle, in, out, frames, sampleRate);
+}
 }

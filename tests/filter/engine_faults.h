@@ -4,6 +4,16 @@
 
 namespace test {
 
+/** What a dialogue enhancer was made with. */
+struct DialogueSettings {
+    int channels;
+    int rate_hz;
+    double gainFloor;
+    double gainScale;
+    double voice;
+    bool operator==(const DialogueSettings&) const = default;
+};
+
 /** Makes the effects' functions fail on demand, and keeps what they were called with. */
 struct EngineFaults {
     int createsToFail = 0;
@@ -13,6 +23,9 @@ struct EngineFaults {
     int surroundCreatesToFail = 0;
     int surroundResult = 0;  ///< as `processResult`
     int surroundCreates = 0;
+    int dialogueCreatesToFail = 0;
+    int dialogueResult = 0;  ///< as `processResult`
+    std::vector<DialogueSettings> dialogueCreates;
 };
 
 /** The record that the wrapped functions go by; fresh for each test that calls `resetEngineFaults`. */

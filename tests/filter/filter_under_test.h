@@ -23,6 +23,10 @@ struct SonivexFilterPeer {
     static constexpr auto enableNormalizer = &sonivexFilter::mEnableNormalizer;
     static constexpr auto voice = &sonivexFilter::mVoice;
     static constexpr auto enableDump = &sonivexFilter::mEnableDump;
+    static constexpr auto dumpFds = &sonivexFilter::mDumpFds;
+    static constexpr auto dumpTotals = &sonivexFilter::mDumpTotals;
+    static constexpr auto dumpPaths = &sonivexFilter::mDumpPaths;
+    static constexpr auto sessionId = &sonivexFilter::mSessionId;
     static constexpr auto supportedNames = &sonivexFilter::mSupportedNames;
     static constexpr auto thread = &sonivexFilter::mThread;
     static constexpr auto outQueue = &sonivexFilter::mOutQueue;
@@ -40,6 +44,9 @@ struct SonivexFilterPeer {
     static constexpr auto outChannels = &sonivexFilter::mOutChannels;
     static constexpr auto outSampleRate = &sonivexFilter::mOutSampleRate;
     static constexpr auto filterLoop = &sonivexFilter::FilterLoop;
+    static constexpr auto dumpPCMData = &sonivexFilter::dumpPCMData;
+    static constexpr auto getDumpDirectory = &sonivexFilter::getDumpDirectory;
+    static constexpr auto generateSessionId = &sonivexFilter::generateSessionId;
 };
 
 }  // namespace Vorlin

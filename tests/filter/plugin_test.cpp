@@ -2,6 +2,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include "dump_directory.h"
 #include "support/audio_frames.h"
 #include "vorlin/filter_prototype.h"
 #include "vorlin/player.h"
@@ -109,10 +110,38 @@ TEST(SonivexPlugin, ComesBackAfterTooHighAFrameRate) {
     }
 }
 
+TEST(SonivexPlugin, DumpsWhereThePlayersPropertySays) {
+    const DumpDirectory directory;
+    std::vector<std::vector<int16_t>> played;
+    std::vector<int16_t> pushed;
+    auto player = Player::create(load(), {}, [&played](std::unique_ptr<IQFFrame> frame) {
+        played.push_back(samplesOf(avFrameOf(frame)));
+    });
+    ASSERT_TRUE(player->setOptions(R"({"enable_dialoguenhance": true, "enable_dump": true})"));
+    for (uint32_t i = 0; i < 8; ++i) {
+        auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLTP}, noise(i, 5000));
+        const auto samples = samplesOf(*frame);
+        pushed.insert(pushed.end(), samples.begin(), samples.end());
+        EXPECT_EQ(player->push(std::move(frame)), 0);
+    }
+    EXPECT_EQ(player->drain(), 0);
+    player.reset();
+
+    const auto names = directory.names();
+    ASSERT_EQ(names.size(), 2u);
+    EXPECT_EQ(names[0].find("sonivex_dialoguenhance_input_"), 0u);
+    EXPECT_EQ(names[1].find("sonivex_dialoguenhance_output_"), 0u);
+    EXPECT_EQ(samplesInFile(directory.file(names[0])), pushed);
+    std::vector<int16_t> heard;
+    for (std::size_t i = 0; i < 8; ++i) heard.insert(heard.end(), played[i].begin(), played[i].end());
+    EXPECT_EQ(samplesInFile(directory.file(names[1])), heard);
+}
+
 TEST(SonivexPlugin, ExportsItsDocumentedFunctions) {
     const auto plugin = load();
     for (const char* name : {"aem_CreateNormalizer", "aem_ProcessNormalizer", "aem_ReleaseNormalizer",
-                             "ZubrelAem_logTrace", "logWrite", "logWriterFun"}) {
+                             "aem_CreateDialoguEnhance", "aem_ProcessDialoguEnhance",
+                             "aem_ReleaseDialoguEnhance", "ZubrelAem_logTrace", "logWrite", "logWriterFun"}) {
         EXPECT_TRUE(plugin->exports(name)) << name;
     }
 }

@@ -3,13 +3,16 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
 #include <random>
 #include <set>
 #include <thread>
 
+#include "dump_directory.h"
 #include "filter_under_test.h"
 
 namespace test {
@@ -83,12 +86,14 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
         R"({"surround_mode": 2})",
         R"({"dialoguenhance_voice": 3.5})",
         R"({"surround_effect_type": "MegaBass", "surround_limiter": 0})",
-        R"({"enable_dump": false})",
+        R"({"enable_dump": true})",
+        R"({"enable_dialoguenhance": true, "enable_dump": true})",
     };
     const auto formats = allSampleFormats();
     const int channelCounts[] = {1, 2, 3, 6, 8};
     const int rates_hz[] = {16000, 44100, 48000, 96000};
 
+    const DumpDirectory dumps;
     FilterUnderTest filter(Mode::Active);
     filter.startNormalizer();
     filter->setDCA([&filter](int, const std::string&) { filter->setInvalid(true); });
@@ -107,6 +112,7 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
         }
         if (chance(5)) filter.options(options[random() % std::size(options)]);
         if (chance(4)) filter.options(R"({"enable_normalizer": true})");
+        if (chance(3)) filter.options(R"({"enable_dump": false})");  // most frames need not wait for the disk
         if (chance(50)) filter->setInvalid(chance(2));
         if (chance(20)) filter->setInvalid(false);
         if (chance(30))
@@ -125,10 +131,43 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
         }
         if (chance(3)) std::this_thread::sleep_for(std::chrono::microseconds(random() % 3000));
     }
+    EXPECT_FALSE(dumps.names().empty());
     EXPECT_GT(pushed, 50u);
     EXPECT_GT(pulled, 20u);
     EXPECT_LE(pulled, pushed);
     EXPECT_GT(flushes, 0u);
+}
+
+// The worker writes, a flush closes, and the switch moves while a frame is in the effect.
+TEST(FilterThreads, DumpInputAndOutputInPairsHoweverTheSwitchMovesAndTheStreamIsCut) {
+    constexpr uintmax_t kFrameBytes = 2000 * 2 * sizeof(short);
+    const DumpDirectory dumps;
+    FilterUnderTest filter(Mode::Active);
+    std::vector<std::unique_ptr<IQFFrame>> out;
+    uintmax_t dumpedBytes = 0;
+    for (int session = 0; session < 12; ++session) {
+        filter.startNormalizer();
+        for (uint32_t i = 0; i < 12; ++i) {
+            filter.pushPatiently(makeFrame({.frames = 2000}, noise(i)), out);
+            for (int turn = 0; turn < 5; ++turn) {
+                filter.options(turn % 2 == 0 ? R"({"enable_dump": true})" : R"({"enable_dump": false})");
+                std::this_thread::sleep_for(std::chrono::microseconds(150));
+            }
+        }
+        filter->flush();
+        std::map<std::string, uintmax_t> sizes;
+        for (const std::string& name : dumps.names())
+            sizes[name] = std::filesystem::file_size(dumps.file(name));
+        for (auto [name, size] : sizes) {
+            EXPECT_EQ(size % kFrameBytes, 0u) << name;
+            dumpedBytes += size;
+            const auto stage = name.find("_input_");
+            if (stage == std::string::npos) continue;
+            const auto output = std::string(name).replace(stage, std::strlen("_input_"), "_output_");
+            EXPECT_EQ(sizes[output], size) << name;
+        }
+    }
+    EXPECT_GT(dumpedBytes, 10 * kFrameBytes);
 }
 
 }  // namespace

@@ -107,18 +107,14 @@ TEST(WorkerLoop, NormalizesEverySupportedRateAndChannelCount) {
     }
 }
 
-TEST(WorkerLoop, PassesMonoOnWhenDialogueIsEnabled) {
+TEST(WorkerLoop, PassesEverythingButStereoOnWhenDialogueIsEnabled) {
     FilterUnderTest filter;
     filter.options(R"({"enable_dialoguenhance": true})");
     filter->setInvalid(false);
-    expectPassedOn(filter, quietNoise({.channels = 1}), "mono");
-}
-
-TEST(WorkerLoop, AnEffectThatIsNotInTheLibraryCountsAsSwitchedOff) {
-    FilterUnderTest filter;
-    filter.options(R"({"enable_dialoguenhance": true})");
-    filter->setInvalid(false);
-    expectPassedOn(filter, quietNoise({}), "dialogue");
+    for (const int channels : {1, 3, 6, 8})
+        expectPassedOn(filter, quietNoise({.channels = channels}), std::to_string(channels) + " channels");
+    for (const int rate_hz : {16000, 32000, 96000})
+        expectPassedOn(filter, quietNoise({.rate_hz = rate_hz}), std::to_string(rate_hz) + " Hz");
     EXPECT_EQ(filter.field(Peer::filterGraph), nullptr) << "passed on before conversion";
 }
 

@@ -29,6 +29,23 @@ TEST(Effect, OptionsNameTheEffectAndOnlyWhatWasSet) {
     EXPECT_TRUE(json::parse(optionsJson(*findEffect("dialogue"), {})).contains("enable_dialoguenhance"));
 }
 
+TEST(Effect, DumpsOnlyWhenAsked) {
+    FilterOptions options;
+    options.dump = true;
+    EXPECT_EQ(json::parse(optionsJson(*findEffect("normalizer"), options)),
+              json({{"enable_normalizer", true}, {"enable_dump", true}}));
+}
+
+// Dialogue enhancement hands a block of 512 out three blocks later; the others as soon as they can.
+TEST(Effect, IsLateByItsQueuesAndItsOwnDelay) {
+    EXPECT_EQ(effectDelayFrames(*findEffect("normalizer"), 512), 0);
+    EXPECT_EQ(effectDelayFrames(*findEffect("normalizer"), 256), 256);
+    EXPECT_EQ(effectDelayFrames(*findEffect("surround"), 480), 0);
+    EXPECT_EQ(effectDelayFrames(*findEffect("dialogue"), 512), 1536);
+    EXPECT_EQ(effectDelayFrames(*findEffect("dialogue"), 256), 1792);
+    EXPECT_EQ(effectDelayFrames(*findEffect("dialogue"), 300), std::nullopt);
+}
+
 TEST(Effect, SaysWhatItDoesNotTake) {
     const Effect& normalizer = *findEffect("normalizer");
     EXPECT_EQ(whyUnsupported(normalizer, 8, 16000), "");

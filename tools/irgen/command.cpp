@@ -10,6 +10,7 @@
 #include "directional_transfer.h"
 #include "finish.h"
 #include "interaural_delay.h"
+#include "replacement_file.h"
 #include "sha256.h"
 #include "sofa_file.h"
 #include "table_facts.h"
@@ -59,11 +60,12 @@ void printReport(const std::vector<TableSet>& sets, double headRadius_m, std::os
 
 void makeTables(const Options& options, std::ostream& out) {
     const HeadMeasurements measurements = readSofaFile(options.sofa);
+    ReplacementFile file(options.out);
     const double radius_m = fitHeadRadius_m(measurements);
     const HeadModel head(directionalTransfers(measurements), radius_m);
     const std::vector<TableSet> sets = makeTableSets(head);
     checkTableFacts(sets);
-    replaceFile(options.out, tableSource(sets, {sha256(fileBytes(options.sofa)), radius_m}));
+    file.commit(tableSource(sets, {sha256(fileBytes(options.sofa)), radius_m}));
     if (options.isReportWanted) printReport(sets, radius_m, out);
 }
 

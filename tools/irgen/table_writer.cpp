@@ -1,12 +1,6 @@
 #include "table_writer.h"
 
-#include <unistd.h>
-
-#include <cerrno>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <fstream>
 
 namespace sonivex_irgen {
 namespace {
@@ -28,10 +22,6 @@ void appendTable(const Table& table, std::string& text) {
         text += std::to_string(table.samples[n]) + ",";
     }
     text += "\n};\n";
-}
-
-std::string systemReason() {
-    return errno != 0 ? std::strerror(errno) : "write error";
 }
 
 }  // namespace
@@ -56,20 +46,6 @@ std::string tableSource(const std::vector<TableSet>& sets, const TableOrigin& or
         for (const Table& table : set.tables) appendTable(table, text);
     }
     return text;
-}
-
-void replaceFile(const std::string& path, const std::string& text) {
-    const std::string temporary = path + ".part" + std::to_string(getpid());
-    errno = 0;
-    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-    if (!file) throw UnwritableOutput(path + ": " + systemReason());
-    file << text;
-    file.close();
-    if (!file || std::rename(temporary.c_str(), path.c_str()) != 0) {
-        const std::string reason = systemReason();
-        static_cast<void>(std::remove(temporary.c_str()));
-        throw UnwritableOutput(path + ": " + reason);
-    }
 }
 
 }  // namespace sonivex_irgen

@@ -3,8 +3,14 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "latency.h"
+
 namespace sonivex_tool {
 namespace {
+
+// Its frames of 2048 samples overlap by three quarters: a block of input leaves three hops after it came.
+constexpr int kDialogueHops = 3;
+constexpr int kDialogueHopFrames = 512;
 
 std::string listOf(const std::vector<int>& numbers) {
     std::string text;
@@ -30,6 +36,7 @@ const std::vector<Effect>& allEffects() {
          .channels = {1, 2, 6, 8},
          .ratesHz = {16000, 44100, 48000},
          .blockFrames = 512,
+         .ownDelayFrames = 0,
          .outputChannels = std::nullopt},
         {.name = "surround",
          .title = "surround",
@@ -38,6 +45,7 @@ const std::vector<Effect>& allEffects() {
          .channels = {1, 2, 6, 8},
          .ratesHz = {44100, 48000},
          .blockFrames = 240,
+         .ownDelayFrames = 0,
          .outputChannels = 2},
         {.name = "dialogue",
          .title = "dialogue enhancement",
@@ -46,9 +54,16 @@ const std::vector<Effect>& allEffects() {
          .channels = {2},
          .ratesHz = {44100, 48000},
          .blockFrames = 512,
+         .ownDelayFrames = kDialogueHops * kDialogueHopFrames,
          .outputChannels = std::nullopt},
     };
     return effects;
+}
+
+std::optional<int64_t> effectDelayFrames(const Effect& effect, int callFrames) {
+    const auto queueing = constantDelayFrames(effect.blockFrames, callFrames);
+    if (!queueing) return std::nullopt;
+    return *queueing + effect.ownDelayFrames;
 }
 
 const Effect* findEffect(const std::string& name) {
@@ -75,6 +90,7 @@ std::string optionsJson(const Effect& effect, const FilterOptions& options) {
     if (options.surroundMode) object["surround_mode"] = *options.surroundMode;
     if (options.noLimiter) object["surround_limiter"] = 0;
     if (options.voice) object["dialoguenhance_voice"] = *options.voice;
+    if (options.dump) object["enable_dump"] = true;
     object[effect.enableOption] = true;
     return object.dump();
 }

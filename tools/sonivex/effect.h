@@ -16,11 +16,16 @@ struct Effect {
     std::vector<int> channels;          ///< channel counts that it processes; others pass through untouched
     std::vector<int> ratesHz;           ///< likewise sample rates
     int blockFrames;                    ///< it works in blocks of so many frames
+    int ownDelayFrames;                 ///< by which it is late beyond the queueing of its blocks
     std::optional<int> outputChannels;  ///< what comes out, when that is not what went in
 };
 
 /** Every effect that the filter may have, the default one first. */
 const std::vector<Effect>& allEffects();
+
+/** By how many frames the output of `effect` is late when all its calls have `callFrames`; nothing when such
+ * calls would bring silence in the middle of the sound. */
+std::optional<int64_t> effectDelayFrames(const Effect& effect, int callFrames);
 
 /** The effect of that name, or null. */
 const Effect* findEffect(const std::string& name);
@@ -34,6 +39,7 @@ struct FilterOptions {
     std::optional<int> surroundMode;          ///< 1..3
     bool noLimiter = false;                   ///< surround: clip instead of limiting
     std::optional<double> voice;              ///< dialogue: voice level, 1.0 and up
+    bool dump = false;                        ///< write the PCM around the effect to files
 };
 
 /** The filter's option object, as JSON. */

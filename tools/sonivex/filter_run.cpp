@@ -1,7 +1,10 @@
 #include "filter_run.h"
 
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
 #include "failure.h"
-#include "latency.h"
 #include "plugin_search.h"
 #include "vorlin/av_compat.h"
 #include "vorlin/av_frame.h"
@@ -26,7 +29,8 @@ FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorli
                      const AudioSpec& spec, Timeline::Output output)
     : mSpec(spec),
       mKeepsChannels(!settings.effect->outputChannels),
-      mDelayFrames(constantDelayFrames(settings.effect->blockFrames, settings.callFrames).value()),
+      mDelayFrames(effectDelayFrames(*settings.effect, settings.callFrames).value()),
+      mCallFrames(settings.callFrames),
       mTimeline(0, std::move(output)) {
     Vorlin::PlayerConfig config;
     config.filterName = kFilterName;
@@ -48,6 +52,14 @@ FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorli
     // A filter that passes everything on is never late.
     if (mPlayer->isBypassed()) mDelayFrames = 0;
     mTimeline.setDelay(settings.keepDelay ? 0 : mDelayFrames);
+    for (const double seconds : settings.flushAt_s)
+        mFlushes.push_back(static_cast<int64_t>(std::floor(seconds * spec.rateHz)));
+    std::sort(mFlushes.begin(), mFlushes.end(), std::greater<>());
+}
+
+void FilterRun::setEnd(int64_t frames) {
+    mTimeline.setEnd(frames);
+    std::erase_if(mFlushes, [frames](int64_t flush) { return flush >= frames; });
 }
 
 void FilterRun::receive(std::unique_ptr<Vorlin::IQFFrame> frame) {
@@ -71,7 +83,19 @@ void FilterRun::check(int result) {
     if (result < 0) throw Failure(ExitCode::FilterFailed, "the filter fails: " + errorText(result));
 }
 
+void FilterRun::flushWhenDue() {
+    bool isDue = false;
+    while (!mFlushes.empty() && mFlushes.back() < mPushedFrames + mCallFrames) {
+        mFlushes.pop_back();
+        isDue = true;
+    }
+    if (!isDue) return;
+    check(mPlayer->drain());
+    mPlayer->seek();
+}
+
 void FilterRun::push(FramePtr frame) {
+    flushWhenDue();
     frame->pts = mPushedFrames;
     mPushedFrames += frame->nb_samples;
     if (mKeepsChannels) setLayout(*frame, byPosition(mSpec.channels()));

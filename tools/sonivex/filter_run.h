@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <vector>
 
 #include "render.h"
 #include "timeline.h"
@@ -24,12 +25,14 @@ class FilterRun {
     /** Whether the filter passes everything on untouched, at the frame rate and speed that it was told. */
     bool isBypassed() const { return mPlayer->isBypassed(); }
 
-    /** Hand in the next frame; all have one length. */
+    /** Hand in the next frame; all have one length. Where the settings ask for it the filter is flushed
+     * before: what went in so far comes out, but for what the effect still held back, in whose place silence
+     * comes. */
     void push(FramePtr frame);
 
     /** The audio ends after `frames` frames: what comes out is cut there. Called before the frames of silence
      * that drive the rest out. */
-    void setEnd(int64_t frames) { mTimeline.setEnd(frames); }
+    void setEnd(int64_t frames);
 
     /** Wait for everything pushed to come out. */
     void finish();
@@ -40,6 +43,7 @@ class FilterRun {
     const Vorlin::PlayerCounts& counts() const { return mPlayer->counts(); }
 
   private:
+    void flushWhenDue();
     void receive(std::unique_ptr<Vorlin::IQFFrame> frame);
     void check(int result);
 
@@ -48,8 +52,10 @@ class FilterRun {
      * remix them to the default layout of their count, so it is kept from the filter. */
     bool mKeepsChannels;
     int64_t mDelayFrames;
+    int mCallFrames;
     Timeline mTimeline;
     int64_t mPushedFrames = 0;
+    std::vector<int64_t> mFlushes;    ///< frames before each flush that is still to come, the next one last
     std::exception_ptr mOutputError;  ///< kept until the player's call has returned
     std::unique_ptr<Vorlin::Player> mPlayer;
 };

@@ -12,8 +12,10 @@
 #include "console.h"
 #include "ears_command.h"
 #include "failure.h"
+#include "inspect_command.h"
 #include "render_command.h"
 #include "responses_command.h"
+#include "speech_command.h"
 
 namespace {
 
@@ -42,7 +44,9 @@ int parseAndRun(int argc, char** argv) {
     const std::map<std::string, std::function<void()>> commands = {
         {"render", sonivex_tool::addRenderCommand(program)},
         {"ears", sonivex_tool::addEarsCommand(program)},
+        {"inspect", sonivex_tool::addInspectCommand(program)},
         {"responses", sonivex_tool::addResponsesCommand(program)},
+        {"speech", sonivex_tool::addSpeechCommand(program)},
     };
     const auto chosen = [&]() -> std::string {
         const auto parsed = program.get_subcommands();

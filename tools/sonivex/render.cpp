@@ -5,11 +5,11 @@
 
 #include "audio_sink.h"
 #include "audio_source.h"
+#include "dump_folder.h"
 #include "encoder_plan.h"
 #include "failure.h"
 #include "filter_run.h"
 #include "interrupt.h"
-#include "latency.h"
 #include "output_file.h"
 #include "reframer.h"
 #include "response_tail.h"
@@ -29,7 +29,7 @@ void checkSettings(const RenderSettings& settings, const Vorlin::Plugin& plugin)
     if (!plugin.exports(effect.exportedFunction.c_str())) {
         throw Failure(ExitCode::EffectMissing, "the plug-in does not have " + effect.title + " yet");
     }
-    if (!constantDelayFrames(effect.blockFrames, settings.callFrames)) {
+    if (!effectDelayFrames(effect, settings.callFrames)) {
         throw Failure(ExitCode::Usage, "--frame-size " + std::to_string(settings.callFrames) +
                                            " would tear holes into the output: " + effect.title +
                                            " works in blocks of " + std::to_string(effect.blockFrames) +
@@ -115,6 +115,8 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     const auto started = std::chrono::steady_clock::now();
     OutputFile file(settings.output, settings.replaceOutput);
     Destination destination(plan, source, file);
+    std::optional<DumpFolder> dumps;
+    if (!settings.dumpFolder.empty()) dumps.emplace(settings.dumpFolder);
     FilterRun filter(settings, plugin, input, [&](FramePtr frame) { destination.write(std::move(frame)); });
     if (filter.isBypassed()) note("the filter stands aside at this frame rate and speed: nothing is changed");
     console.note(settings.input + " -> " + settings.output + ", " + effect.name);
@@ -154,6 +156,9 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     report.dropped = filter.counts().dropped;
     report.bypassed = filter.counts().bypassed;
     report.silentFillFrames = filter.filledFrames();
+    report.flushes = filter.counts().flushes;
+    if (dumps) report.dumps = dumps->newFiles();
+    report.dumpFolder = settings.dumpFolder;
     for (const std::string& line : remarks(report)) note(line);
     return report;
 }

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "console.h"
 #include "effect.h"
@@ -29,6 +30,8 @@ struct RenderSettings {
     std::optional<double> playbackSpeed;
     int streamNumber = 0;
     int callFrames = kDefaultCallFrames;
+    std::vector<double> flushAt_s;  ///< where in the input the filter is flushed, as a seek does
+    std::string dumpFolder;         ///< where the PCM around the effect is written; empty: nowhere
     bool keepDelay = false;
     bool keepTail = false;  ///< let the effect's responses ring out after the input's end
     bool threaded = false;

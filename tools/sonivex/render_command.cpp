@@ -1,6 +1,7 @@
 #include "render_command.h"
 
 #include <cmath>
+#include <limits>
 #include <string>
 
 #include "failure.h"
@@ -28,6 +29,10 @@ constexpr char kFooter[] =
     "     channels or sample rate         130  interrupted (Ctrl-C)\n"
     "  6  OUT exists                      143  terminated\n";
 
+constexpr double kHighestVoice = std::numeric_limits<float>::max();  // the effect computes in float
+
+constexpr double kLatestFlush_s = 1e9;  // some thirty years
+
 struct Choices {
     RenderSettings settings;
     std::string effect = allEffects().front().name;
@@ -37,14 +42,16 @@ struct Choices {
     bool verbose = false;
 };
 
-/** Rejects what is no number, not finite, or below `lowest`. */
-CLI::Validator finiteFrom(double lowest) {
-    const std::string range = "must be a finite number of at least " + CLI::detail::to_string(lowest);
+/** Rejects what is no number, below `lowest` or above `highest`. */
+CLI::Validator finiteFrom(double lowest, double highest = std::numeric_limits<double>::max()) {
+    std::string range = "must be a finite number of at least " + CLI::detail::to_string(lowest);
+    if (highest < std::numeric_limits<double>::max())
+        range += " and at most " + CLI::detail::to_string(highest);
     return CLI::Validator(
-        [lowest, range](const std::string& text) {
+        [lowest, highest, range](const std::string& text) {
             double number = 0.0;
-            const bool isGood =
-                CLI::detail::lexical_cast(text, number) && std::isfinite(number) && number >= lowest;
+            const bool isGood = CLI::detail::lexical_cast(text, number) && std::isfinite(number) &&
+                                number >= lowest && number <= highest;
             return isGood ? std::string() : range;
         },
         "", "finite");
@@ -68,9 +75,11 @@ void addOptions(CLI::App& command, Choices& choices) {
         ->option_text("NAME")
         ->check(CLI::IsMember(effectNames()))
         ->group(effects);
-    command.add_option("--voice", settings.options.voice, "dialogue: level of the voice, 1 and up")
+    command
+        .add_option("--voice", settings.options.voice,
+                    "dialogue: how readily speech is lifted, 1 (default)\nand up")
         ->option_text("NUMBER")
-        ->check(finiteFrom(1.0))
+        ->check(finiteFrom(1.0, kHighestVoice))
         ->group(effects);
     command.add_option("--type", settings.options.surroundType, "surround: 3DSurround or MegaBass")
         ->option_text("NAME")
@@ -129,6 +138,26 @@ void addOptions(CLI::App& command, Choices& choices) {
                   "same result")
         ->group(way);
 
+    command
+        .add_option("--flush-at", settings.flushAt_s,
+                    "Flush the filter there, in seconds of IN, as a player does\n"
+                    "when it seeks; may be given more than once")
+        ->option_text("SECONDS")
+        ->allow_extra_args(false)
+        ->check(finiteFrom(0.0, kLatestFlush_s))
+        ->group(way);
+    command
+        .add_option("--dump", settings.dumpFolder,
+                    "Write the 16-bit PCM around the effect to files in this\n"
+                    "folder, for `sonivex inspect`")
+        ->option_text("FOLDER")
+        ->check(CLI::Validator(
+            [](const std::string& path) {
+                return path.empty() ? std::string("must name a folder") : std::string();
+            },
+            "", "folder"))
+        ->group(way);
+
     const std::string output = "Output and messages";
     command.add_flag("--force,-f", settings.replaceOutput, "Replace OUT if it exists")->group(output);
     command.add_flag("--json", choices.json, "Print the summary as one JSON object")->group(output);
@@ -141,6 +170,7 @@ void addOptions(CLI::App& command, Choices& choices) {
 
 void run(Choices& choices) {
     choices.settings.effect = findEffect(choices.effect);
+    choices.settings.options.dump = !choices.settings.dumpFolder.empty();
     if (choices.settings.keepTail && choices.effect != "surround") {
         throw Failure(ExitCode::Usage,
                       "--tail is for --effect surround: nothing else sounds on after the end");

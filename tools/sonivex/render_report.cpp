@@ -48,6 +48,12 @@ std::string changeText(const std::optional<double>& before, const std::optional<
     return change;
 }
 
+std::string dumpText(const RenderReport& report) {
+    std::string text = "in " + report.dumpFolder + ": ";
+    for (size_t i = 0; i < report.dumps.size(); ++i) text += (i == 0 ? "" : ", ") + report.dumps[i];
+    return text;
+}
+
 Json orNull(const std::optional<double>& value) {
     return value ? Json(*value) : Json(nullptr);
 }
@@ -95,6 +101,8 @@ std::vector<std::string> remarks(const RenderReport& report) {
             line += "; they stand " + std::to_string(report.delayFrames) + " frames early";
         lines.push_back(line);
     }
+    if (!report.dumpFolder.empty() && report.dumps.empty())
+        lines.push_back(report.dumpFolder + ": nothing was dumped (--verbose shows the filter's log)");
     return lines;
 }
 
@@ -116,6 +124,7 @@ std::string asText(const RenderReport& report) {
     text +=
         line("Calls", std::to_string(report.pushed) + " of the filter, " + std::to_string(report.dropped) +
                           " dropped, " + std::to_string(report.bypassed) + " bypassed");
+    if (!report.dumps.empty()) text += line("Dumped", dumpText(report));
     if (report.decodeErrors > 0) text += line("Decoding", std::to_string(report.decodeErrors) + " errors");
     return text;
 }
@@ -135,6 +144,9 @@ std::string asJson(const RenderReport& report) {
         {"frames_dropped", report.dropped},
         {"frames_bypassed", report.bypassed},
         {"frames_filled_with_silence", report.silentFillFrames},
+        {"flushes", report.flushes},
+        {"dump_folder", report.dumpFolder.empty() ? Json(nullptr) : Json(report.dumpFolder)},
+        {"dump_files", report.dumps},
         {"notes", report.notes},
     };
     // A file name is any bytes; JSON is UTF-8.

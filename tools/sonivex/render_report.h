@@ -28,10 +28,13 @@ struct RenderReport {
     int64_t delayFrames = 0;  ///< of the filter, in frames of the input's rate
     bool delayIsRemoved = true;
     uint64_t decodeErrors = 0;
-    uint64_t pushed = 0;           ///< calls of the filter, each with a block of frames
-    uint64_t dropped = 0;          ///< of these, given up by it and replaced by silence
-    uint64_t bypassed = 0;         ///< of these, passed through untouched
-    int64_t silentFillFrames = 0;  ///< silence in OUT for what was given up, in frames of the input's rate
+    uint64_t pushed = 0;             ///< calls of the filter, each with a block of frames
+    uint64_t dropped = 0;            ///< of these, given up by it and replaced by silence
+    uint64_t bypassed = 0;           ///< of these, passed through untouched
+    int64_t silentFillFrames = 0;    ///< silence in OUT for what was given up, in frames of the input's rate
+    uint64_t flushes = 0;            ///< of the filter, as asked for
+    std::string dumpFolder;          ///< empty: no dump was asked for
+    std::vector<std::string> dumps;  ///< names of the files written there
     std::vector<std::string> notes;
 
     double lengthSeconds() const;

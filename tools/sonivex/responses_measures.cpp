@@ -6,6 +6,8 @@
 #include <complex>
 #include <numbers>
 
+#include "fourier.h"
+
 namespace sonivex_tool {
 namespace {
 
@@ -77,28 +79,6 @@ std::optional<double> reverberation_s(std::span<const double> gains, std::size_t
     return -60.0 / slope_dbPerSecond;
 }
 
-/** Discrete Fourier transform by halves; the size is a power of two. */
-std::vector<std::complex<double>> transform(const std::vector<std::complex<double>>& x) {
-    const std::size_t size = x.size();
-    if (size == 1) return x;
-    std::vector<std::complex<double>> even(size / 2);
-    std::vector<std::complex<double>> odd(size / 2);
-    for (std::size_t n = 0; n < size / 2; ++n) {
-        even[n] = x[2 * n];
-        odd[n] = x[2 * n + 1];
-    }
-    even = transform(even);
-    odd = transform(odd);
-    std::vector<std::complex<double>> X(size);
-    for (std::size_t k = 0; k < size / 2; ++k) {
-        const double angle = -2.0 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(size);
-        const std::complex<double> turned = std::polar(1.0, angle) * odd[k];
-        X[k] = even[k] + turned;
-        X[k + size / 2] = even[k] - turned;
-    }
-    return X;
-}
-
 }  // namespace
 
 ResponseMeasures measureResponse(std::span<const double> gains, int rate_hz, double fadedPart) {
@@ -132,9 +112,9 @@ std::vector<double> energyDecay_db(std::span<const double> gains) {
 
 std::vector<SpectrumPoint> magnitude(std::span<const double> gains, int rate_hz) {
     // Twice the length: the bins are then close enough to average over them.
-    std::vector<std::complex<double>> values(std::bit_ceil(2 * std::max<std::size_t>(gains.size(), 4096)));
-    std::copy(gains.begin(), gains.end(), values.begin());
-    const std::vector<std::complex<double>> bins = transform(values);
+    std::vector<std::complex<double>> bins(std::bit_ceil(2 * std::max<std::size_t>(gains.size(), 4096)));
+    std::copy(gains.begin(), gains.end(), bins.begin());
+    Fourier(bins.size()).transform(bins);
     const double bins_perHz = static_cast<double>(bins.size()) / rate_hz;
     const double halfBand = std::exp2(kAveragedOctaves / 2.0);
     std::vector<SpectrumPoint> points;

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <map>
+#include <string>
 #include <tuple>
 
 #include "../../reference/surround_model.h"
@@ -139,31 +140,55 @@ INSTANTIATE_TEST_SUITE_P(Layouts, SurroundMatchesDirectConvolution,
                                          Layout{13, 8, 1}, Layout{13, 8, 2}, Layout{13, 8, 3},
                                          Layout{13, 8, 7}));
 
-/* Calls longer than a ring: samples are refused one by one, which splits frames and turns the channels of all
- * that follows, and the longest call is never served. */
-TEST(SurroundMatchesDirectConvolution, WhenCallsOverflowTheRings) {
-    for (const int channels : {2, 6, 8}) {
-        SCOPED_TRACE(channels);
-        model::Surround model(1, channels, 0, true);
-        const auto handle = test::makeSurround(channels, 1);
-        test::Random random(5);
-        for (const int frames : {100, 41000, 30000, 11000, 7, 20000, 41000, 240, 40959}) {
-            Pcm in(static_cast<std::size_t>(frames * channels), 0);
-            for (int pulse = 0; pulse < frames / 400; ++pulse) {
-                in[static_cast<std::size_t>(random.between(0, frames * channels - 1))] =
-                    static_cast<std::int16_t>(random.between(-9000, 9000));
-            }
-            const Pcm out = test::surrounded(handle.get(), in, channels, {frames});
-            const Pcm expected = model.process(in);
-            ASSERT_EQ(out.size(), expected.size());
-            std::size_t different = 0;
-            for (std::size_t i = 0; i < out.size(); ++i) {
-                ASSERT_LE(std::abs(out[i] - expected[i]), 1) << frames << " frames, sample " << i;
-                if (out[i] != expected[i]) ++different;
-            }
-            EXPECT_LE(different, out.size() / 500);
-        }
+/* All channels at once, each with an announcement of its own. */
+TEST(SurroundMatchesDirectConvolution, ForSpeechFromEveryLoudspeaker) {
+    constexpr std::size_t frames = 60 * kBlockFrames;
+    for (const Layout& layout : {Layout{1, 2, 0}, Layout{1, 8, 0}, Layout{13, 6, 2}}) {
+        SCOPED_TRACE(testing::PrintToString(layout));
+        const auto width = static_cast<std::ptrdiff_t>(layout.channels);
+        const Pcm all = test::recordedSpeech(layout.channels);
+        const auto start = all.begin() + 20000 * width;
+        const Pcm in(start, start + static_cast<std::ptrdiff_t>(frames) * width);
+        model::Rendering rendering(layout.type, static_cast<std::size_t>(layout.channels), layout.mode);
+        const std::vector<double> ears = rendering.process(model::toUnitScale(in));
+        const auto handle = test::makeSurround(layout.channels, layout.type, layout.mode);
+        expectSame(test::surrounded(handle.get(), in, layout.channels, test::callsOf(480, frames)),
+                   converted(ears, true));
     }
 }
+
+class SurroundRings : public testing::TestWithParam<std::tuple<Layout, int>> {};
+
+/* Calls longer than a ring: samples are refused one by one, which splits frames and turns the channels of all
+ * that follows, and the longest call is never served. */
+TEST_P(SurroundRings, RefuseWhatCallsLongerThanTheyBring) {
+    const auto [layout, limiter] = GetParam();
+    const int channels = layout.channels;
+    model::Surround model(layout.type, static_cast<std::size_t>(channels), layout.mode, limiter == 1);
+    const auto handle = test::makeSurround(channels, layout.type, layout.mode, limiter);
+    test::Random random(5);
+    for (const int frames : {100, 41000, 30000, 11000, 7, 20000, 41000, 240, 40959}) {
+        Pcm in(static_cast<std::size_t>(frames * channels), 0);
+        for (int pulse = 0; pulse < frames / 400; ++pulse) {
+            in[static_cast<std::size_t>(random.between(0, frames * channels - 1))] =
+                static_cast<std::int16_t>(random.between(-9000, 9000));
+        }
+        const Pcm out = test::surrounded(handle.get(), in, channels, {frames});
+        const Pcm expected = model.process(in);
+        ASSERT_EQ(out.size(), expected.size());
+        std::size_t different = 0;
+        for (std::size_t i = 0; i < out.size(); ++i) {
+            ASSERT_LE(std::abs(out[i] - expected[i]), 1) << frames << " frames, sample " << i;
+            if (out[i] != expected[i]) ++different;
+        }
+        EXPECT_LE(different, out.size() / 500);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Layouts, SurroundRings,
+                         testing::Combine(testing::Values(Layout{1, 2, 0}, Layout{1, 6, 0}, Layout{1, 8, 0},
+                                                          Layout{13, 2, 1}, Layout{13, 6, 2},
+                                                          Layout{13, 8, 3}),
+                                          testing::Values(0, 1)));
 
 }  // namespace

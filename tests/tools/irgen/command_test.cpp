@@ -8,8 +8,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "replacement_file.h"
 #include "synthetic_head.h"
-#include "table_writer.h"
 
 namespace {
 
@@ -88,7 +88,7 @@ TEST_F(Command, WritesTheTablesAndReportsEverySet) {
 TEST_F(Command, FailedWriteLeavesTheOldFileAndNoHalfOne) {
     // A folder in place of the file: the temporary file can be written, but not renamed.
     std::filesystem::create_directory(mFolder / "taken.cpp");
-    EXPECT_THROW(replaceFile(inFolder("taken.cpp"), "text"), UnwritableOutput);
+    EXPECT_THROW(ReplacementFile(inFolder("taken.cpp")).commit("text"), UnwritableOutput);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mFolder), {}), 1);
     EXPECT_TRUE(std::filesystem::is_directory(mFolder / "taken.cpp"));
 
@@ -98,7 +98,8 @@ TEST_F(Command, FailedWriteLeavesTheOldFileAndNoHalfOne) {
         const std::string temporary = inFolder("sub/x.cpp") + ".part" + std::to_string(getpid());
         std::filesystem::create_symlink("/dev/full", temporary);
         std::ofstream(mFolder / "sub" / "x.cpp") << "old";
-        EXPECT_THROW(replaceFile(inFolder("sub/x.cpp"), std::string(100000, 'x')), UnwritableOutput);
+        EXPECT_THROW(ReplacementFile(inFolder("sub/x.cpp")).commit(std::string(100000, 'x')),
+                     UnwritableOutput);
         EXPECT_EQ(std::filesystem::file_size(mFolder / "sub" / "x.cpp"), 3U);
         EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(temporary)));
     }

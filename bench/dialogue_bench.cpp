@@ -1,0 +1,141 @@
+/* Cost of the dialogue enhancer, and of the four transforms and the limiter within it.
+ *
+ *   us/hop      processor time of one hop (a quarter of the transform's points)
+ *   x_realtime  the same against a stream of the rate
+ *   worst_us    the slowest hop by the clock on the wall
+ *   heap_KiB    what a handle takes from the allocator, with its overhead
+ *
+ * Standard output holds the results alone. */
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+#include <vector>
+
+#include "au2_limiter.h"
+#include "av_array.h"
+#include "real_transforms.h"
+#include "sonivex/dialoguenhance.h"
+#include "support/signals.h"
+
+namespace {
+
+constexpr int kHops = 128;  // then again from the start
+
+double threadCpuSeconds() {
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+std::size_t heapBytes() {
+    const auto info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+/* Runs `hop(i)`, 0 <= i < kHops, and reports its cost. */
+template <typename Hop>
+void measure(benchmark::State& state, Hop hop) {
+    using Clock = std::chrono::steady_clock;
+    for (int i = 0; i < kHops; ++i) hop(i);
+    const double cpu_s_before = threadCpuSeconds();
+    double worst_us = 0;
+    int i = 0;
+    for (auto _ : state) {
+        const auto start = Clock::now();
+        hop(i);
+        benchmark::ClobberMemory();
+        const std::chrono::duration<double, std::micro> elapsed = Clock::now() - start;
+        worst_us = std::max(worst_us, elapsed.count());
+        i = (i + 1) % kHops;
+    }
+    const double cpu_s = threadCpuSeconds() - cpu_s_before;
+    state.counters["us/hop"] = cpu_s * 1e6 / static_cast<double>(state.iterations());
+    state.counters["worst_us"] = worst_us;
+}
+
+/* Noise that is partly in the centre, so that the presence is at work. */
+test::Pcm stereo(int frames) {
+    test::Pcm left = test::noise(1, frames, 8000);
+    test::Pcm right = test::noise(2, frames, 8000);
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        right[i] = static_cast<std::int16_t>((3 * left[i] + right[i]) / 4);
+    }
+    return test::interleaved({left, right});
+}
+
+void Dialogue(benchmark::State& state) {
+    const int rate_hz = static_cast<int>(state.range(0));
+    const int hop = static_cast<int>(state.range(1));
+    const test::Pcm in = stereo(hop * kHops);
+    test::Pcm out(static_cast<std::size_t>(2 * hop));
+
+    const std::size_t heap_before = heapBytes();
+    void* const handle = aem_CreateDialoguEnhance(2, rate_hz, 1.0, 1.0, 1.0);
+    state.counters["heap_KiB"] = static_cast<double>(heapBytes() - heap_before) / 1024;
+    measure(state, [&](int i) {
+        aem_ProcessDialoguEnhance(handle, in.data() + static_cast<std::ptrdiff_t>(2) * hop * i, out.data(),
+                                  hop, rate_hz);
+        benchmark::DoNotOptimize(out.data());
+    });
+    aem_ReleaseDialoguEnhance(handle);
+    state.counters["x_realtime"] = 1e6 * hop / rate_hz / state.counters["us/hop"];
+}
+BENCHMARK(Dialogue)
+    ->ArgNames({"rate_hz", "hop"})
+    ->Args({48000, 512})
+    ->Args({96000, 1024})
+    ->Args({192000, 2048})
+    ->MinTime(1);
+
+/* What a hop cannot do without. */
+void FourTransforms(benchmark::State& state) {
+    const int points = static_cast<int>(state.range(0));
+    const int bins = points / 2 + 1;
+    const test::Pcm noise = test::noise(3, points, 20000);
+    sonivex::AvArray<float> frames[2];
+    sonivex::AvArray<sonivex::Bin> spectra[2];
+    sonivex::ForwardTransform forward[2];
+    sonivex::InverseTransform inverse[2];
+    for (int channel = 0; channel < 2; ++channel) {
+        sonivex::allocate(frames[channel], points);
+        sonivex::allocate(spectra[channel], bins);
+        forward[channel].init(points);
+        inverse[channel].init(points);
+        for (std::size_t i = 0; i < noise.size(); ++i) {
+            frames[channel][i] = static_cast<float>(noise[i]) / 32768.0F;
+        }
+    }
+    measure(state, [&](int) {
+        for (int channel = 0; channel < 2; ++channel) {
+            forward[channel].run(frames[channel].get(), spectra[channel].get());
+        }
+        for (int channel = 0; channel < 2; ++channel) {
+            inverse[channel].run(spectra[channel].get(), frames[channel].get());
+        }
+    });
+}
+BENCHMARK(FourTransforms)->ArgName("points")->Arg(2048)->Arg(4096)->Arg(8192)->MinTime(1);
+
+/* The output limiter on the samples of a hop, below its ceiling. */
+void Limiter(benchmark::State& state) {
+    const int samples = 2 * static_cast<int>(state.range(0));
+    std::vector<float> in;
+    for (const std::int16_t sample : test::noise(4, samples, 8000)) in.push_back(static_cast<float>(sample));
+    std::vector<float> out(in.size());
+    Au2LimiterState* limiter = nullptr;
+    au2_limiter_create(&limiter);
+    au2_limiter_reset(limiter);
+    measure(state, [&](int) {
+        au2_limiter_proc(limiter, in.data(), samples, out.data());
+        benchmark::DoNotOptimize(out.data());
+    });
+    au2_limiter_free(limiter);
+}
+BENCHMARK(Limiter)->ArgName("hop")->Arg(512);
+
+}  // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,184 @@
+// Writes the 16-bit PCM around the effect to raw files, for tuning and fault finding. A session is what
+// happens between two flushes; it has one file per effect and stage:
+//   <directory>/sonivex_<effect>_<input|output>_<session id>.pcm
+// Every block is on the disk before the next one comes, so that a dump survives a crash. Whatever fails here
+// is logged, and the frame goes on.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <exception>
+#include <random>
+#include <system_error>
+#include <utility>
+
+#include "SonivexFilter.h"
+#include "vorlin/global_settings.h"
+#include "vorlin/log.h"
+
+namespace Vorlin {
+
+namespace {
+
+constexpr char kDirectoryProperty[] = "protected.network.cache.local.saveDir";
+constexpr int kMaxRegenerations = 10;
+constexpr int kClosed = -1;
+
+// A descriptor until somebody else keeps it.
+class OwnedDescriptor {
+  public:
+    explicit OwnedDescriptor(int descriptor) : mDescriptor(descriptor) {}
+    OwnedDescriptor(const OwnedDescriptor&) = delete;
+    OwnedDescriptor& operator=(const OwnedDescriptor&) = delete;
+    ~OwnedDescriptor() {
+        if (mDescriptor != kClosed) ::close(mDescriptor);
+    }
+    int get() const { return mDescriptor; }
+    int release() { return std::exchange(mDescriptor, kClosed); }
+
+  private:
+    int mDescriptor;
+};
+
+// A system call that a signal interrupted has done nothing yet: it is made again.
+template <typename Call>
+auto retryInterrupted(Call call) {
+    auto result = call();
+    while (result == -1 && errno == EINTR) result = call();
+    return result;
+}
+
+std::string textOf(int error) {
+    return std::generic_category().message(error);  // unlike strerror fit for any thread
+}
+
+std::string fileNameOf(const std::string& effect, const char* stage, const std::string& sessionId) {
+    return "sonivex_" + effect + "_" + stage + "_" + sessionId + ".pcm";
+}
+
+// The directory may be shared and the name guessed: a planted link is refused, and a planted pipe without a
+// reader too instead of waiting for one.
+int openForDump(const std::string& path) {
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    constexpr mode_t kOwnerWritesAllRead = 0644;
+    return retryInterrupted([&] { return ::open(path.c_str(), kFlags, kOwnerWritesAllRead); });
+}
+
+}  // namespace
+
+std::string sonivexFilter::getDumpDirectory() {
+    std::string directory = globalSettings::GetInstance().getProperty(kDirectoryProperty);
+    if (!directory.empty()) return directory;
+    if (const char* home = std::getenv("HOME")) return std::string(home) + "/Documents";
+    return "/tmp";
+}
+
+// @throws what std::random_device throws.
+std::string sonivexFilter::generateSessionId() {
+    std::random_device device;
+    std::mt19937 generator(device());
+    std::uniform_int_distribution<int> eightDigits(10'000'000, 99'999'999);
+    return std::to_string(eightDigits(generator));
+}
+
+void sonivexFilter::dumpPCMData(const short* pcm, int channels, int samples, const std::string& effect,
+                                bool isInput) {
+    if (pcm == nullptr || effect.empty() || channels <= 0 || samples <= 0) return;
+    try {
+        const std::string directory = getDumpDirectory();
+        if (mSessionId.empty()) startDumpSession(directory, effect);
+        const char* stage = isInput ? "input" : "output";
+        const std::string name = fileNameOf(effect, stage, mSessionId);
+        if (mDumpFds.find(name) == mDumpFds.end()) {
+            const std::string path = directory + "/" + name;
+            if (!openDumpFile(name, path)) return;
+            __log_print(
+                LOG_INFO, kFilterName,
+                "sonivex: dump file opened - path: %s, effect: %s, stage: %s, channels: %d, samples: %d",
+                path.c_str(), effect.c_str(), stage, channels, samples);
+        }
+        writeToDump(name, pcm, channels, samples);
+    } catch (const std::exception& error) {
+        // No randomness or no memory: the block is missing in the dump, the frame is not lost.
+        __log_print(LOG_ERROR, kFilterName, "sonivex: dump skipped: %s", error.what());
+    }
+}
+
+// A session whose files are there already, of this filter or another one, is left alone.
+void sonivexFilter::startDumpSession(const std::string& directory, const std::string& effect) {
+    std::string id = generateSessionId();
+    for (int i = 0; i < kMaxRegenerations; ++i) {
+        const std::string path = directory + "/" + fileNameOf(effect, "input", id);
+        if (::access(path.c_str(), F_OK) != 0) break;
+        __log_print(LOG_INFO, kFilterName, "sonivex: dump file %s already exists, regenerating session ID",
+                    path.c_str());
+        id = generateSessionId();
+    }
+    mSessionId = std::move(id);
+    __log_print(LOG_INFO, kFilterName, "sonivex: using session ID: %s", mSessionId.c_str());
+}
+
+// @return whether `name` has a descriptor now; if not, that is logged.
+bool sonivexFilter::openDumpFile(const std::string& name, const std::string& path) {
+    OwnedDescriptor file(openForDump(path));
+    if (file.get() == kClosed) {
+        const int error = errno;
+        __log_print(LOG_ERROR, kFilterName, "sonivex: failed to open dump file %s, errno=%d (%s)",
+                    path.c_str(), error, textOf(error).c_str());
+        return false;
+    }
+    mDumpTotals[name] = 0;
+    mDumpPaths[name] = path;
+    // Last: only a file that is in all three maps counts as open.
+    mDumpFds[name] = file.get();
+    (void)file.release();
+    return true;
+}
+
+void sonivexFilter::writeToDump(const std::string& name, const short* pcm, int channels, int samples) {
+    const int file = mDumpFds.at(name);
+    if (file == kClosed) return;
+    const std::size_t bytes =
+        static_cast<std::size_t>(channels) * static_cast<std::size_t>(samples) * sizeof(short);
+    const ssize_t written = retryInterrupted([&] { return ::write(file, pcm, bytes); });
+    if (written < 0) {
+        const int error = errno;
+        __log_print(LOG_ERROR, kFilterName, "sonivex: write failed for %s, errno=%d (%s)", name.c_str(),
+                    error, textOf(error).c_str());
+        return;
+    }
+    if (static_cast<std::size_t>(written) < bytes) {
+        // The disk is filling up. The reason comes with the next write; this one reports no error.
+        __log_print(LOG_ERROR, kFilterName, "sonivex: write failed for %s, errno=%d (%s)", name.c_str(), 0,
+                    "short write");
+    }
+    if (retryInterrupted([file] { return ::fsync(file); }) != 0) {
+        const int error = errno;
+        __log_print(LOG_WARNING, kFilterName, "sonivex: fsync failed for %s, errno=%d (%s)", name.c_str(),
+                    error, textOf(error).c_str());
+    }
+    uint64_t& total = mDumpTotals.at(name);
+    total += static_cast<uint64_t>(written);
+    __log_print(LOG_INFO, kFilterName,
+                "sonivex: dumped %zd bytes to %s (total: %llu bytes, channels: %d, samples: %d)", written,
+                mDumpPaths.at(name).c_str(), static_cast<unsigned long long>(total), channels, samples);
+}
+
+// The next dump begins a new session.
+void sonivexFilter::closeDumpFiles() {
+    for (const auto& [name, file] : mDumpFds) {
+        if (file == kClosed) continue;
+        ::close(file);
+        __log_print(LOG_INFO, kFilterName, "sonivex: closed dump file %s, total size: %llu bytes",
+                    name.c_str(), static_cast<unsigned long long>(mDumpTotals.at(name)));
+    }
+    mDumpFds.clear();
+    mDumpTotals.clear();
+    mDumpPaths.clear();
+    mSessionId.clear();
+}
+
+}  // namespace Vorlin

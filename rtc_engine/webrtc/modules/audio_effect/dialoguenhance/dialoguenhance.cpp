@@ -1,0 +1,147 @@
+#include "sonivex/dialoguenhance.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <memory>
+#include <new>
+
+#include "dialoguenhance_handle.h"
+#include "effect_log.h"
+#include "framing.h"
+#include "spectral_block.h"
+
+namespace {
+
+constexpr int kChannels = 2;
+constexpr int kHopsPerFrame = 4;
+
+/* A frame lasts about 43 ms at the usual rates, and no less at the higher ones. */
+constexpr int kPoints = 2048;
+constexpr int kPointsOfHighRates = 4096;
+constexpr int kPointsOfVeryHighRates = 8192;
+constexpr int kHighRatesAboveHz = 50000;
+constexpr int kVeryHighRatesAboveHz = 100000;
+
+static_assert(kChannels * kPointsOfVeryHighRates / kHopsPerFrame == sonivex::kDialogueMaxBlockSamples);
+
+/* Part of the log lines, see effect_log.h. */
+constexpr const char* kLogSource = "dialoguenhance";
+constexpr int kLogLineProcess = 694;
+constexpr int kLogLineRelease = 758;
+constexpr const char* kLogNullHandle = "[audio]::kv dialoguenhance handle is NULL.\n";
+
+int pointsOf(int sample_rate_hz) {
+    if (sample_rate_hz > kVeryHighRatesAboveHz) return kPointsOfVeryHighRates;
+    if (sample_rate_hz > kHighRatesAboveHz) return kPointsOfHighRates;
+    return kPoints;
+}
+
+bool isFiniteAsFloat(double number) {
+    return std::isfinite(static_cast<float>(number));
+}
+
+/* False when memory runs out. */
+bool allocateArrays(DialoguEnhanceHandle& handle) {
+    const int points = handle.fftSize;
+    const int bins = points / 2 + 1;
+    for (auto* array : {&handle.sineWindow, &handle.inLeft, &handle.inRight, &handle.outLeft,
+                        &handle.outRight, &handle.frameLeft, &handle.frameRight}) {
+        if (!sonivex::allocate(*array, points)) return false;
+    }
+    for (auto* array :
+         {&handle.specLeft, &handle.specRight, &handle.centreSpec, &handle.workLeft, &handle.workRight}) {
+        if (!sonivex::allocate(*array, bins)) return false;
+    }
+    for (auto* array : {&handle.centreMagnitude, &handle.sideMagnitude, &handle.prevCentreMagnitude,
+                        &handle.prevSideMagnitude}) {
+        if (!sonivex::allocate(*array, bins)) return false;
+    }
+    return true;
+}
+
+/* False when memory runs out. */
+bool initTransforms(DialoguEnhanceHandle& handle) {
+    for (auto& transform : handle.forwardTx) {
+        if (!transform.init(handle.fftSize)) return false;
+    }
+    for (auto& transform : handle.inverseTx) {
+        if (!transform.init(handle.fftSize)) return false;
+    }
+    return true;
+}
+
+/* False when memory runs out. */
+bool makeLimiter(DialoguEnhanceHandle& handle) {
+    Au2LimiterState* limiter = nullptr;
+    au2_limiter_create(&limiter);
+    if (limiter == nullptr) return false;
+    au2_limiter_reset(limiter);
+    handle.limiter.reset(limiter);
+    return true;
+}
+
+}  // namespace
+
+void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
+                               double voiceLevel) {
+    if (!isFiniteAsFloat(gainFloor) || !isFiniteAsFloat(gainScale) || !isFiniteAsFloat(voiceLevel)) {
+        return nullptr;
+    }
+    std::unique_ptr<DialoguEnhanceHandle> handle(new (std::nothrow) DialoguEnhanceHandle{});
+    if (handle == nullptr) {
+        std::puts("[audio]::kv dialoguenhance handle is created failed.");
+        return nullptr;
+    }
+    handle->channels = channels;
+    handle->sampleRate = sampleRate;
+    handle->gainFloor = gainFloor;
+    handle->gainScale = gainScale;
+    handle->voiceLevel = voiceLevel;
+    handle->fftSize = pointsOf(sampleRate);
+    handle->hopSize = handle->fftSize / kHopsPerFrame;
+
+    if (!allocateArrays(*handle) || !initTransforms(*handle) || !makeLimiter(*handle)) return nullptr;
+    sonivex::makeSineWindow(handle->fftSize, handle->sineWindow.get());
+    return handle.release();
+}
+
+int aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames, int /*sampleRate*/) {
+    if (handle == nullptr) {
+        sonivex::logEffectMessage(kLogSource, kLogLineProcess, kLogNullHandle);
+        return -1;
+    }
+    if (in == nullptr || out == nullptr) return -1;
+    const std::int64_t product = std::int64_t{frames} * kChannels;
+    if (product > std::numeric_limits<int>::max() || product < std::numeric_limits<int>::min()) return -1;
+    const int samples = static_cast<int>(product);
+    if (samples < 1) return samples;
+
+    auto& enhancer = *static_cast<DialoguEnhanceHandle*>(handle);
+    sonivex::writeSamples(enhancer.inRing, in, samples);
+
+    const int block_samples = kChannels * enhancer.hopSize;
+    while (sonivex::fillLevel(enhancer.inRing) >= block_samples) {
+        std::int16_t block[sonivex::kDialogueMaxBlockSamples];
+        sonivex::readSamples(enhancer.inRing, block, block_samples);
+        sonivex::processDialogueBlock(enhancer, block);
+        sonivex::writeSamples(enhancer.outRing, block, block_samples);
+    }
+
+    if (sonivex::fillLevel(enhancer.outRing) >= samples) {
+        sonivex::readSamples(enhancer.outRing, out, samples);
+    } else {
+        std::fill_n(out, samples, short{0});
+    }
+    return samples;
+}
+
+void aem_ReleaseDialoguEnhance(void* handle) {
+    if (handle == nullptr) {
+        sonivex::logEffectMessage(kLogSource, kLogLineRelease, kLogNullHandle);
+        return;
+    }
+    delete static_cast<DialoguEnhanceHandle*>(handle);
+}

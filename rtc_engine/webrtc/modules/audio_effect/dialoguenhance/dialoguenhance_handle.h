@@ -1,0 +1,56 @@
+/* The whole state of one dialogue enhancer. */
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "au2_limiter.h"
+#include "av_array.h"
+#include "bin.h"
+#include "real_transforms.h"
+#include "sample_ring.h"
+
+namespace sonivex {
+
+inline constexpr int kDialogueBlockCapacity = 10240;   // samples
+inline constexpr int kDialogueMaxBlockSamples = 4096;  // of the longest hop, both channels
+static_assert(kDialogueMaxBlockSamples <= kDialogueBlockCapacity);
+
+struct FreeLimiter {
+    void operator()(Au2LimiterState* limiter) const { au2_limiter_free(limiter); }
+};
+
+}  // namespace sonivex
+
+/** N is fftSize, K = N/2 + 1. Members are freed from the last to the first. */
+struct DialoguEnhanceHandle {
+    std::int32_t channels;    // not used: always two
+    std::int32_t sampleRate;  // Hz
+    double gainFloor;
+    double gainScale;
+    double voiceLevel;
+    std::int32_t fftSize;
+    std::int32_t hopSize;  // also the frames of a block
+
+    sonivex::AvArray<float> sineWindow;                  // [N]
+    sonivex::AvArray<float> inLeft, inRight;             // [N] the last N input samples
+    sonivex::AvArray<float> outLeft, outRight;           // [N] sum of the output frames so far
+    sonivex::AvArray<float> frameLeft, frameRight;       // [N] windowed input
+    sonivex::AvArray<sonivex::Bin> specLeft, specRight;  // [K] of the current frame; then its output, [N]
+    sonivex::AvArray<sonivex::Bin> centreSpec;           // [K]
+    sonivex::AvArray<sonivex::Bin> workLeft, workRight;  // [K] spectra after the gains
+    /* Of a frame only these are needed by the next one. The history's last bin stays 0. */
+    sonivex::AvArray<float> centreMagnitude, sideMagnitude;          // [K]
+    sonivex::AvArray<float> prevCentreMagnitude, prevSideMagnitude;  // [K]
+
+    std::unique_ptr<Au2LimiterState, sonivex::FreeLimiter> limiter;
+    sonivex::ForwardTransform forwardTx[2];  // left, right
+    sonivex::InverseTransform inverseTx[2];
+    float presence;  // smoothed, 0..1
+
+    float blockIn[sonivex::kDialogueBlockCapacity];  // a block interleaved
+    float blockOut[sonivex::kDialogueBlockCapacity];
+    float staging[sonivex::kDialogueMaxBlockSamples];  // a block, left half and right half
+    sonivex::SampleRing inRing;
+    sonivex::SampleRing outRing;
+};

@@ -1,0 +1,164 @@
+// The PCM around an effect, written by the filter while a file is rendered, and looked at afterwards.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "end_to_end/dialogue_media.h"
+#include "end_to_end/media.h"
+#include "end_to_end/render_fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+class Dump : public test::RenderTest {
+  protected:
+    static test::ProcessResult inspect(const std::vector<std::string>& arguments) {
+        std::vector<std::string> command = {SONIVEX_PROGRAM, "inspect"};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return test::runProcess(command);
+    }
+
+    nlohmann::json inspectDumps(const std::vector<std::string>& arguments = {}) {
+        std::vector<std::string> all = dumps.names();
+        for (auto& name : all) name = dumps.file(name);
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        all.emplace_back("--json");
+        const auto result = inspect(all);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        return nlohmann::json::parse(result.out);
+    }
+
+    test::TemporaryFolder dumps;
+};
+
+TEST_F(Dump, OfDialogueShowsItsDelayAndItsGain) {
+    test::makeDialogueMix(file("speech.wav"), file("background.wav"), file("mix.wav"), 2);
+    const auto report =
+        render({"--effect", "dialogue", "--dump", dumps.path(), file("mix.wav"), file("out.wav")});
+    EXPECT_EQ(report["dump_folder"], dumps.path());
+    EXPECT_EQ(report["dump_files"].get<std::vector<std::string>>(), dumps.names());
+    const auto seen = inspectDumps();
+    ASSERT_EQ(seen["files"].size(), 2U);
+    ASSERT_EQ(seen["pairs"].size(), 1U);
+    EXPECT_EQ(seen["pairs"][0]["latency_frames"], 1536);
+    EXPECT_GT(seen["pairs"][0]["gain_db"].get<double>(), 2.5);
+    EXPECT_LT(seen["pairs"][0]["gain_db"].get<double>(), 8.5);
+}
+
+TEST_F(Dump, OfTheNormalizerHoldsWhatWentInAndWhatCameOut) {
+    test::makeQuietSpeech(file("in.wav"), 1);
+    render({"--dump", dumps.path(), "--frame-size", "256", file("in.wav"), file("out.wav")});
+    ASSERT_EQ(dumps.names().size(), 2U);
+    const auto seen = inspectDumps({"--channels", "1"});
+    EXPECT_EQ(seen["pairs"][0]["latency_frames"], 256);
+    EXPECT_NEAR(seen["pairs"][0]["gain_db"].get<double>(), 20.0, 0.1);
+    // The input is the file, then silence.
+    const std::string pcm = test::readFile(dumps.file(dumps.names().front()));
+    const std::string wav = test::readFile(file("in.wav"));
+    const std::string samples = wav.substr(wav.find("data") + 8);
+    EXPECT_EQ(pcm.substr(0, samples.size()), samples);
+}
+
+TEST_F(Dump, OfSurroundTellsItsChannelsByTheSizes) {
+    test::makeQuietSpeech(file("in.wav"), 6);
+    render({"--effect", "surround", "--dump", dumps.path(), "--frame-size", "480", file("in.wav"),
+            file("out.wav")});
+    const auto seen = inspectDumps({"--rate", "48000"});
+    EXPECT_EQ(seen["files"][0]["channels"], 6);
+    EXPECT_EQ(seen["files"][1]["channels"], 2);
+    EXPECT_TRUE(seen["files"][0]["assumed"].empty());
+    // No queueing at 480; the sound in the responses begins 25 to 40 samples in.
+    EXPECT_GE(seen["pairs"][0]["latency_frames"], 20);
+    EXPECT_LE(seen["pairs"][0]["latency_frames"], 60);
+}
+
+TEST_F(Dump, AFlushOnTheWayEndsOneSessionAndBeginsAnother) {
+    test::makeDialogueMix(file("speech.wav"), file("background.wav"), file("mix.wav"), 4);
+    for (const char* way : {"--raw-latency", "--threaded"}) {
+        const auto before = dumps.names();
+        const auto report = render({"--effect", "dialogue", way, "--flush-at", "1.5", "--dump", dumps.path(),
+                                    "--force", file("mix.wav"), file("out.wav")});
+        EXPECT_EQ(report["flushes"], 1);
+        EXPECT_EQ(report["frames_dropped"], 0);
+        ASSERT_EQ(report["dump_files"].size(), 4U);
+        EXPECT_EQ(dumps.names().size(), before.size() + 4);
+    }
+    const auto seen = inspectDumps();
+    ASSERT_EQ(seen["pairs"].size(), 4U);
+    std::vector<int64_t> lengths;
+    for (const auto& file : seen["files"]) lengths.push_back(file["frames"]);
+    // 70 whole calls of 1024 before 1.5 s;
+    EXPECT_EQ(std::count(lengths.begin(), lengths.end(), 70 * 1024), 4);
+    // 192000 frames and the delay of 1536 make 189 calls.
+    EXPECT_EQ(std::count(lengths.begin(), lengths.end(), (189 - 70) * 1024), 4);
+    for (const auto& pair : seen["pairs"]) EXPECT_EQ(pair["latency_frames"], 1536) << pair;
+}
+
+TEST_F(Dump, AFlushSilencesWhatTheEffectHeldBackAndMovesNothing) {
+    test::makeDialogueMix(file("speech.wav"), file("background.wav"), file("mix.wav"), 4);
+    render({"--effect", "dialogue", "--flush-at", "1.5", file("mix.wav"), file("out.wav")});
+    const auto in = test::decode(file("mix.wav"));
+    const auto out = test::decode(file("out.wav"));
+    ASSERT_EQ(out.size(), in.size());
+    const size_t flush = 70 * 1024;
+    const auto isSilent = [&](size_t frame) { return out[2 * frame] == 0.0F && out[2 * frame + 1] == 0.0F; };
+    for (size_t frame = flush - 1536; frame < flush; ++frame) ASSERT_TRUE(isSilent(frame)) << frame;
+    const auto result = inspect({"--pair", file("mix.wav"), file("out.wav"), "--json"});
+    EXPECT_EQ(nlohmann::json::parse(result.out)["pairs"][0]["latency_frames"], 0);
+}
+
+TEST_F(Dump, NeedsAFolderThatIsThere) {
+    test::makeQuietSpeech(file("in.wav"), 1);
+    test::writeFile(file("plain"), "");
+    for (const std::string& path : {file("none"), file("plain"), std::string()}) {
+        const auto result = run({"--dump", path, file("in.wav"), file("out.wav")});
+        EXPECT_EQ(result.exitCode, path.empty() ? 2 : 7) << path;
+        EXPECT_THAT(result.err, HasSubstr("--dump"));
+        EXPECT_FALSE(std::filesystem::exists(file("out.wav")));
+        EXPECT_FALSE(std::filesystem::exists(file("none")));
+    }
+}
+
+TEST_F(Dump, InspectRefusesWhatCannotBeReadInOneLine) {
+    test::writeFile(file("empty.pcm"), "");
+    test::writeFile(file("odd.pcm"), "12345");
+    test::writeFile(file("text.wav"), "no sound");
+    struct Case {
+        std::vector<std::string> arguments;
+        int exitCode;
+        std::string part;
+    };
+    for (const Case& bad : {Case{{}, 2, "FILE"}, Case{{file("none.pcm")}, 3, "No such file"},
+                            Case{{file("none.wav")}, 3, "No such"}, Case{{folder.path()}, 3, "is a folder"},
+                            Case{{file("empty.pcm")}, 4, "is empty"}, Case{{file("odd.pcm")}, 4, "5 bytes"},
+                            Case{{file("text.wav")}, 3, "text.wav"},
+                            Case{{"--channels", "0", file("odd.pcm")}, 2, "--channels"},
+                            Case{{"--channels", "2,9", file("odd.pcm")}, 2, "--channels"},
+                            Case{{"--rate", "7", file("odd.pcm")}, 2, "--rate"},
+                            Case{{"--rate", "x", file("odd.pcm")}, 2, "--rate"},
+                            Case{{"--pair", file("odd.pcm")}, 2, "--pair"}}) {
+        const auto result = inspect(bad.arguments);
+        EXPECT_EQ(result.exitCode, bad.exitCode) << result.err;
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err.find("sonivex: "), 0U);
+        EXPECT_THAT(result.err, HasSubstr(bad.part));
+        EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << result.err;
+    }
+}
+
+TEST_F(Dump, InspectSaysWhatItAssumesAndThatNothingMatches) {
+    test::makeQuietSpeech(file("in.wav"), 2);
+    test::ffmpeg({"-f", "lavfi", "-i", "anoisesrc=duration=1:sample_rate=48000:seed=5", "-ac", "2", "-f",
+                  "s16le", file("other.pcm")});
+    const auto result = inspect({"--pair", file("in.wav"), file("other.pcm")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_THAT(result.out, HasSubstr("assumed"));
+    EXPECT_THAT(result.out, HasSubstr("2 channels and 48000 Hz"));
+    EXPECT_THAT(result.out, HasSubstr("no clear match"));
+}
+
+}  // namespace

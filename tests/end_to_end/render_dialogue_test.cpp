@@ -1,0 +1,107 @@
+// Dialogue enhancement from file to file: in line with the input, and speech stands out more.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "end_to_end/dialogue_media.h"
+#include "end_to_end/media.h"
+#include "end_to_end/render_fixture.h"
+
+namespace {
+
+constexpr int kSeconds = 4;
+
+class RenderDialogue : public test::RenderTest {
+  protected:
+    RenderDialogue() {
+        test::makeDialogueMix(file("speech.wav"), file("background.wav"), file("mix.wav"), kSeconds);
+    }
+
+    static nlohmann::json program(const std::vector<std::string>& arguments) {
+        std::vector<std::string> command = {SONIVEX_PROGRAM};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        command.emplace_back("--json");
+        const auto result = test::runProcess(command);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        return nlohmann::json::parse(result.out);
+    }
+};
+
+/** Where the correlation of `out` with `in` is greatest, in frames within +-limit; left channels. */
+int lateness(const std::vector<float>& in, const std::vector<float>& out, int limit) {
+    int best = 0;
+    double highest = 0.0;
+    const auto frames = static_cast<int>(std::min(in.size(), out.size()) / 2);
+    for (int lag = -limit; lag <= limit; ++lag) {
+        double sum = 0.0;
+        for (int n = limit; n < frames - limit; ++n)
+            sum += static_cast<double>(in[2 * static_cast<size_t>(n)]) *
+                   static_cast<double>(out[2 * static_cast<size_t>(n + lag)]);
+        if (sum <= highest) continue;
+        highest = sum;
+        best = lag;
+    }
+    return best;
+}
+
+TEST_F(RenderDialogue, IsInLineWithTheInputAndAsLongForEveryCallSize) {
+    const auto in = test::decode(file("mix.wav"));
+    std::string expected;
+    for (const auto& [size, delay] :
+         std::vector<std::pair<int, int>>{{512, 1536}, {64, 1984}, {256, 1792}, {1024, 1536}, {4096, 1536}}) {
+        const auto report = render({"--effect", "dialogue", "--frame-size", std::to_string(size), "--force",
+                                    file("mix.wav"), file("out.wav")});
+        EXPECT_EQ(report["delay_frames"], delay) << size;
+        const auto out = test::decode(file("out.wav"));
+        ASSERT_EQ(out.size(), in.size());
+        if (expected.empty()) {
+            expected = test::readFile(file("out.wav"));
+            EXPECT_EQ(lateness(in, out, 64), 0);
+        }
+        EXPECT_TRUE(test::readFile(file("out.wav")) == expected) << size;
+    }
+}
+
+TEST_F(RenderDialogue, RawLatencyIsTheDelayThatTheReportNames) {
+    render(
+        {"--effect", "dialogue", "--raw-latency", "--frame-size", "256", file("mix.wav"), file("raw.wav")});
+    EXPECT_EQ(lateness(test::decode(file("mix.wav")), test::decode(file("raw.wav")), 2000), 1792);
+}
+
+TEST_F(RenderDialogue, LiftsSpeechOutOfItsBackgroundAndMoreWithMoreVoice) {
+    double previous_db = 0.3;
+    for (const char* voice : {"1", "3"}) {
+        render({"--effect", "dialogue", "--voice", voice, "--force", file("mix.wav"), file("out.wav")});
+        const auto measured =
+            program({"speech", file("speech.wav"), file("background.wav"), file("out.wav")});
+        EXPECT_GT(measured["segments"], 10);
+        EXPECT_GT(measured["rise_db"].get<double>(), previous_db) << voice;
+        previous_db = measured["rise_db"].get<double>();
+    }
+    const auto unchanged = program({"speech", file("speech.wav"), file("background.wav"), file("mix.wav")});
+    EXPECT_NEAR(unchanged["rise_db"].get<double>(), 0.0, 0.1);
+}
+
+// Noise on one side only is no speech in the centre: what stays is the neutral level, 4/3 less 0.02 dB.
+TEST_F(RenderDialogue, NeutralLevelIsTwoAndAHalfDecibels) {
+    test::ffmpeg({"-i", file("background.wav"), "-af", "pan=stereo|c0=c0|c1=0*c0", file("left.wav")});
+    render({"--effect", "dialogue", file("left.wav"), file("out.wav")});
+    const auto pair = program({"inspect", "--pair", file("left.wav"), file("out.wav")})["pairs"][0];
+    EXPECT_EQ(pair["latency_frames"], 0);
+    EXPECT_NEAR(pair["gain_db"].get<double>(), 20.0 * std::log10(4.0 / 3.0 * 0.998), 0.05);
+}
+
+TEST_F(RenderDialogue, TakesStereoOnlyAndVoiceFromOneUp) {
+    test::makeQuietSpeech(file("six.wav"), 6);
+    const auto six = run({"--effect", "dialogue", file("six.wav"), file("out.wav")});
+    EXPECT_EQ(six.exitCode, 5);
+    EXPECT_NE(six.err.find("2 channels, not 6"), std::string::npos) << six.err;
+    for (const char* voice : {"0.99", "-1", "nan", "inf", "1e300", "loud", ""}) {
+        const auto result = run({"--effect", "dialogue", "--voice", voice, file("mix.wav"), file("out.wav")});
+        EXPECT_EQ(result.exitCode, 2) << voice;
+        EXPECT_NE(result.err.find("--voice"), std::string::npos) << result.err;
+    }
+}
+
+}  // namespace

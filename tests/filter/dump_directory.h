@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "support/temporary_folder.h"
+#include "vorlin/global_settings.h"
+
+namespace test {
+
+inline constexpr char kDumpDirectoryProperty[] = "protected.network.cache.local.saveDir";
+
+/** A folder of its own that the player tells the filter to dump to, as long as it lives. */
+class DumpDirectory : public TemporaryFolder {
+  public:
+    DumpDirectory() { Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, path()); }
+    ~DumpDirectory() { Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, ""); }
+};
+
+/** The samples of a dump file; a sample cut in half at its end is left out. */
+inline std::vector<int16_t> samplesInFile(const std::string& path) {
+    const std::string bytes = readFile(path);
+    std::vector<int16_t> samples(bytes.size() / sizeof(int16_t));
+    if (!samples.empty()) std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(int16_t));
+    return samples;
+}
+
+inline std::string dumpFileName(const std::string& effect, const std::string& stage,
+                                const std::string& sessionId) {
+    return "sonivex_" + effect + "_" + stage + "_" + sessionId + ".pcm";
+}
+
+}  // namespace test

@@ -1,0 +1,208 @@
+// Whatever goes wrong with a dump is logged, and playback goes on.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+
+#include "dump_directory.h"
+#include "filter_under_test.h"
+#include "support/direct_normalizer.h"
+#include "system_faults.h"
+
+namespace test {
+namespace {
+
+class PcmDumpFailure : public ::testing::Test {
+  protected:
+    PcmDumpFailure() {
+        filter.options(R"({"enable_normalizer": true, "enable_dump": true})");
+        filter->setInvalid(false);
+    }
+
+    // Playback goes on: the next frame comes out as the effect makes it. 4096 bytes on either side.
+    void expectToPlay() {
+        auto frame = makeFrame({}, noise(mPlayed++, 2000));
+        const auto expected = mEngine.process(samplesOf(*frame));
+        const auto out = filter.pass(std::move(frame));
+        ASSERT_NE(out, nullptr);
+        EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
+    }
+    std::string nameOf(const char* stage) {
+        return dumpFileName("normalizer", stage, filter.field(Peer::sessionId));
+    }
+    int linesWith(const std::string& text) const {
+        const auto lines = log.lines();
+        return static_cast<int>(std::count_if(lines.begin(), lines.end(), [&text](const std::string& line) {
+            return line.find(text) != std::string::npos;
+        }));
+    }
+
+    LogCapture log;
+    FilterUnderTest filter;
+
+  private:
+    DirectNormalizer mEngine{2};
+    uint32_t mPlayed = 0;
+};
+
+TEST_F(PcmDumpFailure, AMissingDirectoryIsLoggedAtEveryCallUntilItIsThere) {
+    const DumpDirectory parent;
+    const std::string directory = parent.file("later");
+    Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, directory);
+    for (int i = 0; i < 3; ++i) expectToPlay();
+    for (const char* stage : {"input", "output"}) {
+        EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + directory + "/" + nameOf(stage) +
+                            ", errno=2 (No such file or directory)"),
+                  3);
+    }
+    ASSERT_TRUE(std::filesystem::create_directory(directory));
+    expectToPlay();
+    EXPECT_EQ(linesWith("failed to open"), 6);
+    EXPECT_EQ(std::filesystem::file_size(directory + "/" + nameOf("input")), 4096u);
+    EXPECT_EQ(std::filesystem::file_size(directory + "/" + nameOf("output")), 4096u);
+}
+
+TEST_F(PcmDumpFailure, ADirectoryThatIsAFileIsLogged) {
+    const DumpDirectory parent;
+    writeFile(parent.file("file"), "");
+    Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, parent.file("file"));
+    expectToPlay();
+    EXPECT_EQ(linesWith("errno=20 (Not a directory)"), 2);
+}
+
+TEST_F(PcmDumpFailure, APlantedLinkIsRefusedAndItsTargetLeftAlone) {
+    const DumpDirectory directory;
+    WithSystemFaults faults;
+    faults->randomNumbers = {1, 1};
+    const auto id = Peer::generateSessionId();
+    writeFile(directory.file("target"), "precious");
+    std::filesystem::create_symlink(directory.file("target"),
+                                    directory.file(dumpFileName("normalizer", "output", id)));
+    std::filesystem::create_symlink(directory.file("nowhere"),
+                                    directory.file(dumpFileName("normalizer", "input", id)));
+    expectToPlay();
+    EXPECT_EQ(filter.field(Peer::sessionId), id);
+    EXPECT_EQ(linesWith("errno=40 (Too many levels of symbolic links)"), 2);
+    EXPECT_EQ(readFile(directory.file("target")), "precious");
+    EXPECT_FALSE(std::filesystem::exists(directory.file("nowhere")));
+}
+
+TEST_F(PcmDumpFailure, APlantedPipeDoesNotHoldTheWorker) {
+    const DumpDirectory directory;
+    WithSystemFaults faults;
+    faults->randomNumbers = {1, 1};
+    const auto id = Peer::generateSessionId();
+    ASSERT_EQ(mkfifo(directory.file(dumpFileName("normalizer", "output", id)).c_str(), 0644), 0);
+    expectToPlay();
+    EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + directory.file(nameOf("output")) +
+                        ", errno=6 (No such device or address)"),
+              1);
+}
+
+/** A disk that takes files of so many bytes. */
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        mSignalBefore = std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &mBefore);
+        const rlimit limit{bytes, mBefore.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &mBefore);
+        std::signal(SIGXFSZ, mSignalBefore);
+    }
+
+  private:
+    rlimit mBefore{};
+    void (*mSignalBefore)(int) = SIG_DFL;
+};
+
+TEST_F(PcmDumpFailure, AFileThatFillsUpIsCountedToItsEndAndThenLogged) {
+    const DumpDirectory directory;
+    {
+        const FileSizeLimit limit(3 * 4096 / 2);
+        for (int i = 0; i < 3; ++i) expectToPlay();
+    }
+    for (const char* stage : {"input", "output"}) {
+        SCOPED_TRACE(stage);
+        const auto name = nameOf(stage);
+        EXPECT_EQ(std::filesystem::file_size(directory.file(name)), 6144u);
+        EXPECT_EQ(filter.field(Peer::dumpTotals)[name], 6144u);
+        EXPECT_EQ(log.count("16 sonivex: write failed for " + name + ", errno=0 (short write)"), 1);
+        EXPECT_EQ(log.count("32 sonivex: dumped 2048 bytes to " + directory.file(name) +
+                            " (total: 6144 bytes, channels: 2, samples: 1024)"),
+                  1);
+        EXPECT_EQ(log.count("16 sonivex: write failed for " + name + ", errno=27 (File too large)"), 1);
+    }
+    expectToPlay();
+    filter->flush();
+    EXPECT_EQ(linesWith("total size: 10240 bytes"), 2) << "with room again the dump goes on";
+}
+
+TEST_F(PcmDumpFailure, AFullDiskIsLoggedAndNotCounted) {
+    const DumpDirectory directory;
+    expectToPlay();
+    {
+        WithSystemFaults faults;
+        faults->writeError = ENOSPC;
+        for (int i = 0; i < 2; ++i) expectToPlay();
+        EXPECT_EQ(faults->syncs, 0) << "nothing was written";
+    }
+    for (const char* stage : {"input", "output"}) {
+        EXPECT_EQ(log.count("16 sonivex: write failed for " + nameOf(stage) +
+                            ", errno=28 (No space left on device)"),
+                  2);
+        EXPECT_EQ(filter.field(Peer::dumpTotals)[nameOf(stage)], 4096u);
+    }
+}
+
+TEST_F(PcmDumpFailure, AnInterruptedWriteIsMadeAgain) {
+    const DumpDirectory directory;
+    WithSystemFaults faults;
+    faults->writesToInterrupt = 5;
+    faults->syncsToInterrupt = 3;
+    expectToPlay();
+    EXPECT_EQ(faults->writesToInterrupt, 0);
+    EXPECT_EQ(faults->syncsToInterrupt, 0);
+    EXPECT_EQ(linesWith("failed"), 0);
+    EXPECT_EQ(std::filesystem::file_size(directory.file(nameOf("input"))), 4096u);
+    EXPECT_EQ(std::filesystem::file_size(directory.file(nameOf("output"))), 4096u);
+}
+
+TEST_F(PcmDumpFailure, ABlockThatIsNotOnTheDiskYetCountsAllTheSame) {
+    const DumpDirectory directory;
+    WithSystemFaults faults;
+    faults->syncError = EIO;
+    for (int i = 0; i < 2; ++i) expectToPlay();
+    EXPECT_EQ(faults->syncs, 4) << "after every block";
+    for (const char* stage : {"input", "output"}) {
+        EXPECT_EQ(
+            log.count("24 sonivex: fsync failed for " + nameOf(stage) + ", errno=5 (Input/output error)"), 2);
+        EXPECT_EQ(filter.field(Peer::dumpTotals)[nameOf(stage)], 8192u);
+    }
+    EXPECT_EQ(linesWith("sonivex: dumped 4096 bytes"), 4);
+}
+
+TEST_F(PcmDumpFailure, WithoutRandomnessTheDumpIsSkippedUntilThereIsSome) {
+    const DumpDirectory directory;
+    {
+        WithSystemFaults faults;
+        faults->hasNoRandomness = true;
+        for (int i = 0; i < 2; ++i) expectToPlay();
+    }
+    EXPECT_EQ(log.count("16 sonivex: dump skipped: no randomness"), 4);
+    EXPECT_EQ(filter.field(Peer::sessionId), "");
+    EXPECT_EQ(directory.names(), std::vector<std::string>{});
+    expectToPlay();
+    EXPECT_EQ(directory.names().size(), 2u);
+}
+
+}  // namespace
+}  // namespace test

@@ -1,0 +1,170 @@
+/* What the dialogue enhancer does with arguments that make no sense. */
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cfloat>
+#include <climits>
+#include <limits>
+#include <memory>
+
+#include "dialogue_owner.h"
+#include "support/guarded_block.h"
+#include "support/log_capture.h"
+
+namespace {
+
+using test::enhanced;
+using test::GuardedBlock;
+using test::makeDialogue;
+using test::Pcm;
+
+int process(void* handle, const short* in, short* out, int frames) {
+    return aem_ProcessDialoguEnhance(handle, in, out, frames, 48000);
+}
+
+TEST(DialogueArguments, ANullHandleIsLoggedAndRefused) {
+    const test::LogCapture log;
+    const Pcm in(8, 1);
+    GuardedBlock out(8);
+    EXPECT_EQ(process(nullptr, in.data(), out.data(), 4), -1);
+    EXPECT_TRUE(out.isUntouched());
+    ASSERT_EQ(log.lines().size(), 1U);
+    EXPECT_EQ(log.lines()[0],
+              "[ZubrelAem]: (dialoguenhance: 694) [audio]::kv dialoguenhance handle is NULL.\n");
+}
+
+TEST(DialogueArguments, ReleasingANullHandleIsLogged) {
+    const test::LogCapture log;
+    aem_ReleaseDialoguEnhance(nullptr);
+    ASSERT_EQ(log.lines().size(), 1U);
+    EXPECT_EQ(log.lines()[0],
+              "[ZubrelAem]: (dialoguenhance: 758) [audio]::kv dialoguenhance handle is NULL.\n");
+}
+
+TEST(DialogueArguments, NullBuffersAreRefused) {
+    const auto handle = makeDialogue();
+    const Pcm in(8, 1);
+    GuardedBlock out(8);
+    EXPECT_EQ(process(handle.get(), nullptr, out.data(), 4), -1);
+    EXPECT_TRUE(out.isUntouched());
+    EXPECT_EQ(process(handle.get(), in.data(), nullptr, 4), -1);
+    EXPECT_EQ(process(handle.get(), nullptr, nullptr, 0), -1);
+}
+
+TEST(DialogueArguments, NoFramesMeanThatNothingHappens) {
+    const auto handle = makeDialogue();
+    const short in = 1;
+    GuardedBlock out(1);
+    EXPECT_EQ(process(handle.get(), &in, out.data(), 0), 0);
+    EXPECT_EQ(process(handle.get(), &in, out.data(), -5), -10);
+    EXPECT_EQ(process(handle.get(), &in, out.data(), INT_MIN / 2), INT_MIN);
+    EXPECT_TRUE(out.isUntouched());
+}
+
+TEST(DialogueArguments, SampleCountsBeyondAnIntAreRefused) {
+    const auto handle = makeDialogue();
+    const short in = 1;
+    GuardedBlock out(1);
+    for (const int frames : {INT_MAX / 2 + 1, INT_MAX, INT_MIN / 2 - 1, INT_MIN}) {
+        EXPECT_EQ(process(handle.get(), &in, out.data(), frames), -1) << frames;
+    }
+    EXPECT_TRUE(out.isUntouched());
+}
+
+TEST(DialogueArguments, RefusedCallsLeaveWhatIsQueuedAsItWas) {
+    const Pcm in = test::bursts(6, 2 * 20000);
+    const auto undisturbed = makeDialogue();
+    const Pcm expected = enhanced(undisturbed.get(), in, 400);
+
+    const auto handle = makeDialogue();
+    Pcm out;
+    for (std::size_t done = 0; done < in.size(); done += 800) {
+        GuardedBlock unused(1);
+        for (const int frames : {0, -100, INT_MAX, INT_MIN}) {
+            process(handle.get(), in.data(), unused.data(), frames);
+        }
+        process(handle.get(), nullptr, unused.data(), 400);
+        process(handle.get(), in.data(), nullptr, 400);
+        EXPECT_TRUE(unused.isUntouched());
+        const auto first = in.begin() + static_cast<std::ptrdiff_t>(done);
+        const Pcm block = enhanced(handle.get(), Pcm(first, first + 800), 400);
+        out.insert(out.end(), block.begin(), block.end());
+    }
+    EXPECT_EQ(out, expected);
+}
+
+TEST(DialogueArguments, NothingOutsideTheOutputIsWritten) {
+    for (const int rate_hz : {48000, 96000, 192000}) {
+        const auto handle = makeDialogue({.rate_hz = rate_hz});
+        for (const int frames : {1, 511, 512, 513, 4100, 100000}) {
+            const auto samples = 2 * static_cast<std::size_t>(frames);
+            // Memory of its own and exactly as long, so that a sanitizer sees every read beyond it.
+            const auto in = std::make_unique<short[]>(samples);
+            std::fill_n(in.get(), samples, short{-3000});
+            GuardedBlock out(samples);
+            EXPECT_EQ(process(handle.get(), in.get(), out.data(), frames), static_cast<int>(samples));
+            EXPECT_TRUE(out.guardsAreWhole()) << rate_hz << " Hz, " << frames << " frames";
+            EXPECT_EQ(std::count(in.get(), in.get() + samples, -3000), static_cast<std::ptrdiff_t>(samples));
+        }
+    }
+}
+
+TEST(DialogueArguments, TheRateOfACallIsNotUsed) {
+    const Pcm in = test::noise(1, 2 * 4096, 9000);
+    const auto expected_by = makeDialogue();
+    const Pcm expected = enhanced(expected_by.get(), in, 4096);
+    for (const int rate_hz : {INT_MIN, 0, 192000, INT_MAX}) {
+        const auto handle = makeDialogue();
+        Pcm out(in.size());
+        EXPECT_EQ(aem_ProcessDialoguEnhance(handle.get(), in.data(), out.data(), 4096, rate_hz), 2 * 4096);
+        EXPECT_EQ(out, expected);
+    }
+}
+
+TEST(DialogueArguments, AnyChannelCountCanBeStoredAtCreation) {
+    const Pcm in = test::noise(1, 2 * 4096, 9000);
+    const auto expected_by = makeDialogue();
+    const Pcm expected = enhanced(expected_by.get(), in, 4096);
+    for (const int channels : {INT_MIN, -1, 0, 1, 3, INT_MAX}) {
+        const test::DialoguePointer handle(aem_CreateDialoguEnhance(channels, 48000, 1, 1, 1));
+        ASSERT_NE(handle, nullptr);
+        EXPECT_EQ(enhanced(handle.get(), in, 4096), expected);
+    }
+}
+
+TEST(DialogueArguments, NumbersThatAreNotFiniteAsFloatsGiveNoHandle) {
+    testing::internal::CaptureStdout();
+    for (const double number :
+         {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
+          std::numeric_limits<double>::quiet_NaN(), 1e39, -1e300}) {
+        EXPECT_EQ(aem_CreateDialoguEnhance(2, 48000, number, 1, 1), nullptr) << number;
+        EXPECT_EQ(aem_CreateDialoguEnhance(2, 48000, 1, number, 1), nullptr) << number;
+        EXPECT_EQ(aem_CreateDialoguEnhance(2, 48000, 1, 1, number), nullptr) << number;
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+/* Infinite products and their differences, which are no numbers, become silence or the ceiling; and the input
+ * that is remembered is not touched by them. */
+TEST(DialogueArguments, HugeFiniteNumbersDoNoHarm) {
+    const Pcm in = test::bursts(2, 2 * 16 * 512);
+    for (const double huge : {1e30, -1e30, static_cast<double>(FLT_MAX), -static_cast<double>(FLT_MAX)}) {
+        for (const auto& settings :
+             {test::DialogueSettings{.gain_floor = huge}, test::DialogueSettings{.gain_scale = huge},
+              test::DialogueSettings{.voice_level = huge}}) {
+            const auto handle = makeDialogue(settings);
+            const Pcm out = enhanced(handle.get(), in, 512);
+            const auto [lowest, highest] = std::minmax_element(out.begin(), out.end());
+            EXPECT_GE(*lowest, -32440);
+            EXPECT_LE(*highest, 32440);
+        }
+    }
+}
+
+TEST(DialogueArguments, TinyNumbersAreTaken) {
+    const auto handle = makeDialogue({.gain_floor = 1e-300, .gain_scale = -1e-45, .voice_level = 1e-40});
+    const Pcm out = enhanced(handle.get(), test::noise(1, 2 * 4096, 9000), 512);
+    EXPECT_EQ(std::count(out.begin(), out.end(), 0), static_cast<std::ptrdiff_t>(out.size()));
+}
+
+}  // namespace

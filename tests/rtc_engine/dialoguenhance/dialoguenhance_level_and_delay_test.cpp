@@ -1,0 +1,186 @@
+/* What a whole stream goes through: how loud it comes out, how late, and for rates whose hop is longer. */
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "dialogue_calls.h"
+
+namespace {
+
+using test::Pcm;
+
+constexpr int kRates_hz[] = {16000, 44100, 48000, 50000, 50001, 96000, 100000, 100001, 192000};
+
+/* Windows whose squares add up to 2, over 1.5, and a limiter that idles at 0.0999 / (1 - 0.8999). */
+constexpr double kNeutral = 4.0 / 3.0 * 0.0999 / 0.1001;
+
+double decibels(double gain) {
+    return 20 * std::log10(gain);
+}
+
+Pcm channelOf(const Pcm& stereo, std::size_t channel) {
+    Pcm one;
+    for (std::size_t i = channel; i < stereo.size(); i += 2) one.push_back(stereo[i]);
+    return one;
+}
+
+/* The product of the input and the output `delay` frames later, over the last quarter of the stream. */
+double product(const Pcm& in, const Pcm& out, std::size_t delay) {
+    double sum = 0;
+    for (std::size_t i = in.size() / 4 * 3; i < in.size(); ++i)
+        sum += static_cast<double>(in[i - delay]) * out[i];
+    return sum;
+}
+
+/* The delay at which both are most alike. */
+std::size_t delayOf(const Pcm& in, const Pcm& out, std::size_t longest) {
+    std::size_t best = 0;
+    double greatest = 0;
+    for (std::size_t delay = 0; delay <= longest; ++delay) {
+        const double likeness = product(in, out, delay);
+        if (likeness > greatest) {
+            greatest = likeness;
+            best = delay;
+        }
+    }
+    return best;
+}
+
+/* The least squares gain from input to the output that comes `delay` frames later. */
+double gainOf(const Pcm& in, const Pcm& out, std::size_t delay) {
+    double power = 0;
+    for (std::size_t i = in.size() / 4 * 3; i < in.size(); ++i) {
+        power += static_cast<double>(in[i - delay]) * in[i - delay];
+    }
+    return product(in, out, delay) / power;
+}
+
+std::size_t threeHops(int rate_hz) {
+    return 3 * static_cast<std::size_t>(test::hopFrames(rate_hz));
+}
+
+TEST(DialogueDelay, IsThreeHopsWhenCallsAreBlocks) {
+    for (const int rate_hz : {16000, 48000, 96000, 192000}) {
+        SCOPED_TRACE(rate_hz);
+        const int hop = test::hopFrames(rate_hz);
+        const Pcm in = test::noise(1, 2 * 16 * hop, 6000);
+        for (const int call : {hop, 4 * hop}) {
+            const Pcm out = test::enhanced({.rate_hz = rate_hz, .voice_level = 0}, in,
+                                           test::callsOf(call, in.size() / 2));
+            ASSERT_EQ(out.size(), in.size());
+            for (const std::size_t channel : {0U, 1U}) {
+                EXPECT_EQ(
+                    delayOf(channelOf(in, channel), channelOf(out, channel), 4 * threeHops(rate_hz) / 3),
+                    threeHops(rate_hz));
+            }
+        }
+    }
+}
+
+/* Every window that covers the first frames is there when they come out. */
+TEST(DialogueDelay, IsSilenceAndThenTheFullLevelFromTheFirstFrame) {
+    for (const int rate_hz : {48000, 96000, 192000}) {
+        SCOPED_TRACE(rate_hz);
+        const int hop = test::hopFrames(rate_hz);
+        const Pcm one = test::noise(7, 4 * hop, 6000);
+        const Pcm out = channelOf(test::enhanced({.rate_hz = rate_hz, .voice_level = 0},
+                                                 test::interleaved({one, one}), {hop, hop, hop, hop}),
+                                  0);
+        const auto start = static_cast<std::ptrdiff_t>(threeHops(rate_hz));
+        EXPECT_TRUE(
+            std::all_of(out.begin(), out.begin() + start, [](std::int16_t sample) { return sample == 0; }));
+        EXPECT_NEAR(decibels(gainOf(one, out, threeHops(rate_hz))), decibels(kNeutral), 0.01);
+    }
+}
+
+/* The first block is served when it is whole, with the call that completes it. */
+TEST(DialogueDelay, GrowsByTheStartUpWhenCallsAreShorterThanABlock) {
+    for (const int rate_hz : {44100, 96000}) {
+        const int hop = test::hopFrames(rate_hz);
+        const Pcm in = test::noise(2, 2 * 16 * hop, 6000);
+        for (const int call : {1, 64, hop / 2}) {
+            SCOPED_TRACE(std::to_string(rate_hz) + " Hz, calls of " + std::to_string(call));
+            const Pcm out = test::enhanced({.rate_hz = rate_hz, .voice_level = 0}, in,
+                                           test::callsOf(call, in.size() / 2));
+            const auto start_up = static_cast<std::size_t>(hop - call);
+            EXPECT_EQ(delayOf(channelOf(in, 0), channelOf(out, 0), threeHops(rate_hz) + 2 * start_up),
+                      threeHops(rate_hz) + start_up);
+            EXPECT_TRUE(std::all_of(out.begin(), out.begin() + static_cast<std::ptrdiff_t>(2 * start_up),
+                                    [](std::int16_t sample) { return sample == 0; }));
+        }
+    }
+}
+
+void expectLevel(const test::DialogueSettings& settings, const Pcm& in, double expected) {
+    const int hop = test::hopFrames(settings.rate_hz);
+    const Pcm out = test::enhanced(settings, in, test::callsOf(hop, in.size() / 2));
+    for (const std::size_t channel : {0U, 1U}) {
+        const double gain =
+            gainOf(channelOf(in, channel), channelOf(out, channel), threeHops(settings.rate_hz));
+        EXPECT_NEAR(decibels(gain), decibels(expected), 0.01) << "channel " << channel;
+    }
+}
+
+TEST(DialogueLevel, IsFourThirdsTimesTheIdleLimiterWithoutVoice) {
+    EXPECT_NEAR(decibels(kNeutral), 2.48, 0.005);
+    for (const int rate_hz : kRates_hz) {
+        SCOPED_TRACE(rate_hz);
+        const Pcm in = test::noise(3, 2 * 24 * test::hopFrames(rate_hz), 6000);
+        expectLevel({.rate_hz = rate_hz, .voice_level = 0}, in, kNeutral);
+    }
+}
+
+/* The same in both channels: all change is in the centre, so the presence goes to half the voice level, at
+ * most 1. */
+TEST(DialogueLevel, OfTheSameInBothChannelsRisesWithTheVoiceLevelUpToTwice) {
+    for (const int rate_hz : {48000, 96000, 192000}) {
+        for (const double voice_level : {0.5, 1.0, 2.0, 10.0}) {
+            SCOPED_TRACE(std::to_string(rate_hz) + " Hz, voice " + std::to_string(voice_level));
+            const Pcm one = test::noise(4, 200 * test::hopFrames(rate_hz), 6000);
+            const double presence = std::min(1.0, voice_level / 2);
+            expectLevel({.rate_hz = rate_hz, .voice_level = voice_level}, test::interleaved({one, one}),
+                        kNeutral * (1 + presence));
+        }
+    }
+}
+
+/* Nothing but sides: no presence. */
+TEST(DialogueLevel, OfAntiPhaseStaysNeutral) {
+    const Pcm left = test::noise(5, 100 * 512, 6000);
+    expectLevel({.voice_level = 10}, test::interleaved({left, test::scaled(left, -1, 1)}), kNeutral);
+}
+
+/* With presence 1 the gains are 1 + |L|^2 / (|L - R|^2 + |L|^2) and likewise for the right: of R = 3/4 L the
+ * left gets 1 + 1 / (1/16 + 1), and the right 1 + (9/16) / (1/16 + 9/16). */
+TEST(DialogueLevel, OfAChannelFallsWithItsDistanceFromTheOther) {
+    const Pcm left = test::noise(6, 200 * 512, 6000);
+    const Pcm right = test::scaled(left, 3, 4);
+    const Pcm in = test::interleaved({left, right});
+    const Pcm out = test::enhanced({.voice_level = 100}, in, test::callsOf(512, in.size() / 2));
+    const double gain_left = gainOf(left, channelOf(out, 0), threeHops(48000));
+    const double gain_right = gainOf(right, channelOf(out, 1), threeHops(48000));
+    EXPECT_NEAR(decibels(gain_left), decibels(kNeutral * (1 + 16.0 / 17)), 0.01);
+    EXPECT_NEAR(decibels(gain_right), decibels(kNeutral * 1.9), 0.01);
+}
+
+/* Of R = L / 2 the centre changes as much as the side, which is the border of dialogue. */
+TEST(DialogueLevel, OfAChannelHalfAsLoudAsTheOtherIsNeutral) {
+    const Pcm left = test::noise(6, 100 * 512, 9000);
+    expectLevel({.voice_level = 1}, test::interleaved({left, test::scaled(left, 1, 2)}), kNeutral);
+}
+
+/* The limiter holds what would pass 0.99 of full scale. */
+TEST(DialogueLevel, NeverPassesTheCeiling) {
+    for (const int rate_hz : {44100, 96000, 192000}) {
+        const Pcm one = test::square(60000, 100, 32767);
+        const Pcm out = test::enhanced({.rate_hz = rate_hz, .voice_level = 10}, test::interleaved({one, one}),
+                                       test::callsOf(512, one.size()));
+        const auto [low, high] = std::minmax_element(out.begin(), out.end());
+        EXPECT_GE(*low, -32441);
+        EXPECT_LE(*high, 32441);
+        EXPECT_GT(*high, 30000);
+    }
+}
+
+}  // namespace

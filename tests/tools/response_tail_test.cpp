@@ -1,0 +1,42 @@
+#include "response_tail.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "responses_tables.h"
+
+namespace {
+
+using sonivex_tool::FilterOptions;
+using sonivex_tool::findEffect;
+using sonivex_tool::findResponseSet;
+
+int64_t longestOf(const std::string& setName) {
+    std::size_t longest = 0;
+    for (const auto& source : findResponseSet(setName)->sources) {
+        longest = std::max({longest, source.left.samples.size(), source.right.samples.size()});
+    }
+    return static_cast<int64_t>(longest);
+}
+
+TEST(ResponseTail, IsAsLongAsTheResponsesThatAreCompiledIn) {
+    const auto& surround = *findEffect("surround");
+    FilterOptions options;
+    options.surroundType = "3DSurround";
+    EXPECT_EQ(responseTailFrames(surround, options, 2), longestOf("cingo"));
+    EXPECT_EQ(responseTailFrames(surround, options, 6), longestOf("bingo-5.1"));
+    EXPECT_EQ(responseTailFrames(surround, options, 8), longestOf("bingo-7.1"));
+    options.surroundType = "MegaBass";
+    for (const auto& [layout, channels] : {std::pair{"2.0", 2}, std::pair{"5.1", 6}, std::pair{"7.1", 8}}) {
+        for (const char* mode : {"-mode1", "-mode2", "-mode3"}) {
+            // One response after the other is a sample shorter than both together.
+            EXPECT_EQ(responseTailFrames(surround, options, channels),
+                      longestOf(std::string(layout) + mode) + longestOf("audio") - 1);
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,35 @@
+#include "replacement_file.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+namespace sonivex_irgen {
+
+ReplacementFile::ReplacementFile(std::string path)
+    : path_(std::move(path)), temporary_(path_ + ".part" + std::to_string(getpid())) {
+    errno = 0;
+    file_.open(temporary_, std::ios::binary | std::ios::trunc);
+    if (!file_) fail();
+}
+
+ReplacementFile::~ReplacementFile() {
+    if (!isCommitted_) static_cast<void>(std::remove(temporary_.c_str()));
+}
+
+void ReplacementFile::commit(const std::string& text) {
+    errno = 0;
+    file_ << text;
+    file_.close();
+    if (!file_ || std::rename(temporary_.c_str(), path_.c_str()) != 0) fail();
+    isCommitted_ = true;
+}
+
+void ReplacementFile::fail() const {
+    throw UnwritableOutput(path_ + ": " + (errno != 0 ? std::strerror(errno) : "write error"));
+}
+
+}  // namespace sonivex_irgen

@@ -1,0 +1,55 @@
+#include "dump_folder.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <iterator>
+
+#include "dump_name.h"
+#include "failure.h"
+#include "vorlin/global_settings.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr char kDumpFolderProperty[] = "protected.network.cache.local.saveDir";
+
+}  // namespace
+
+DumpFolder::DumpFolder(const std::string& path) : mPath(path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    const bool isFolder = std::filesystem::is_directory(status);
+    if (!isFolder || access(path.c_str(), W_OK | X_OK) != 0) {
+        const std::string reason = std::filesystem::exists(status) && !isFolder
+                                       ? "is no folder"
+                                       : std::strerror(error ? error.value() : errno);
+        throw Failure(ExitCode::OutputNotWritable, "--dump " + path + ": " + reason);
+    }
+    mOldFiles = dumpFiles();
+    Vorlin::globalSettings::GetInstance().setProperty(kDumpFolderProperty, path);
+}
+
+std::set<std::string> DumpFolder::dumpFiles() const {
+    std::set<std::string> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(mPath, error), end; !error && entry != end;
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (parseDumpName(name)) names.insert(name);
+    }
+    return names;
+}
+
+std::vector<std::string> DumpFolder::newFiles() const {
+    const std::set<std::string> all = dumpFiles();
+    std::vector<std::string> names;
+    std::set_difference(all.begin(), all.end(), mOldFiles.begin(), mOldFiles.end(),
+                        std::back_inserter(names));
+    return names;
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace sonivex_tool {
+
+/** Where the filter writes the PCM that enters and leaves its effect. The player tells it through a property,
+ * and the filter does not tell which names it chose: they are those that appear while this object lives. */
+class DumpFolder {
+  public:
+    /** Make `path` the folder of all dumps of this process.
+     *  @throw Failure (OutputNotWritable) when it is no folder, or files cannot be made in it */
+    explicit DumpFolder(const std::string& path);
+
+    /** Names of the dump files that have come since, in order. */
+    std::vector<std::string> newFiles() const;
+
+  private:
+    std::set<std::string> dumpFiles() const;
+
+    std::string mPath;
+    std::set<std::string> mOldFiles;
+};
+
+}  // namespace sonivex_tool

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "audio_spec.h"
+#include "pcm_format.h"
+
+namespace sonivex_tool {
+
+/** The frames of a file, from its beginning. */
+struct FrameStream {
+    std::string codec;  ///< libavcodec's name
+    AudioSpec spec;     ///< of every frame
+    /** The next frame, or null at the end. @throw Failure, of a pending signal too */
+    std::function<FramePtr()> read;
+};
+
+/** Open an audio file, or one of bare samples when `format` says how to read it. @throw Failure */
+FrameStream openFrameStream(const std::string& path, const std::optional<PcmFormat>& format);
+
+}  // namespace sonivex_tool

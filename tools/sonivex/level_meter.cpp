@@ -1,0 +1,90 @@
+#include "level_meter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace sonivex_tool {
+namespace {
+
+constexpr double kAudible = 0.001;  // -60 dBFS
+
+AudioSpec planesOf(AudioSpec spec) {
+    spec.format = AV_SAMPLE_FMT_DBLP;
+    return spec;
+}
+
+std::optional<double> decibels(double value, double perDecade) {
+    if (!(value > 0.0) || !std::isfinite(value)) return std::nullopt;
+    return perDecade * std::log10(value);
+}
+
+void raise(std::optional<double>& highest, const std::optional<double>& value) {
+    if (value && (!highest || *value > *highest)) highest = value;
+}
+
+}  // namespace
+
+void LevelMeter::Closer::operator()(ebur128_state* state) const {
+    ebur128_destroy(&state);
+}
+
+LevelMeter::LevelMeter(const AudioSpec& spec) : mToPlanes(planesOf(spec)), mMix(spec) {
+    for (int c = 0; c < spec.channels(); ++c) {
+        constexpr int kMeasures = EBUR128_MODE_I | EBUR128_MODE_TRUE_PEAK;
+        mChannels.emplace_back().meter.reset(
+            allocated(ebur128_init(1, static_cast<unsigned long>(spec.rateHz), kMeasures)));
+    }
+}
+
+LevelMeter::~LevelMeter() = default;
+
+void LevelMeter::addChannel(Channel& channel, const double* samples, int frames) {
+    for (int n = 0; n < frames; ++n) channel.energy += samples[n] * samples[n];
+    if (ebur128_add_frames_double(channel.meter.get(), samples, static_cast<size_t>(frames)) ==
+        EBUR128_ERROR_NOMEM) {
+        throw std::bad_alloc();
+    }
+}
+
+void LevelMeter::add(const AVFrame& frame) {
+    const FramePtr planes = mToPlanes.convert(FramePtr(allocated(av_frame_clone(&frame))));
+    if (planes == nullptr) return;
+    mMix.add(frame);
+    int firstAudible = planes->nb_samples;
+    for (size_t c = 0; c < mChannels.size(); ++c) {
+        const auto* samples = reinterpret_cast<const double*>(planes->extended_data[c]);
+        addChannel(mChannels[c], samples, planes->nb_samples);
+        const double* audible =
+            std::find_if(samples, samples + firstAudible, [](double x) { return std::abs(x) > kAudible; });
+        firstAudible = static_cast<int>(audible - samples);
+    }
+    if (!mFirstAudibleFrame && firstAudible < planes->nb_samples) mFirstAudibleFrame = mFrames + firstAudible;
+    mFrames += planes->nb_samples;
+}
+
+LevelReport LevelMeter::result() const {
+    LevelReport report;
+    report.frames = mFrames;
+    report.firstAudibleFrame = mFirstAudibleFrame;
+    const auto frames = static_cast<double>(std::max<int64_t>(mFrames, 1));
+    double energy = 0.0;
+    for (const Channel& channel : mChannels) {
+        Levels& levels = report.channels.emplace_back();
+        double value = 0.0;
+        levels.rms_dbfs = decibels(channel.energy / frames, 10.0);
+        if (ebur128_sample_peak(channel.meter.get(), 0, &value) == EBUR128_SUCCESS)
+            levels.samplePeak_dbfs = decibels(value, 20.0);
+        if (ebur128_true_peak(channel.meter.get(), 0, &value) == EBUR128_SUCCESS)
+            levels.truePeak_dbtp = decibels(value, 20.0);
+        if (ebur128_loudness_global(channel.meter.get(), &value) == EBUR128_SUCCESS && std::isfinite(value))
+            levels.integrated_lufs = value;
+        raise(report.all.samplePeak_dbfs, levels.samplePeak_dbfs);
+        raise(report.all.truePeak_dbtp, levels.truePeak_dbtp);
+        energy += channel.energy;
+    }
+    report.all.rms_dbfs = decibels(energy / frames / static_cast<double>(mChannels.size()), 10.0);
+    report.all.integrated_lufs = mMix.result().integratedLufs;
+    return report;
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,58 @@
+#include "pcm_file.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+
+#include "failure.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr int kFramesPerRead = 4096;
+
+[[noreturn]] void failToRead(const std::string& path, const std::string& reason) {
+    throw Failure(ExitCode::InputNotReadable, path + ": " + reason);
+}
+
+}  // namespace
+
+PcmFile::PcmFile(const std::string& path, const PcmFormat& format) : mPath(path) {
+    mSpec.format = AV_SAMPLE_FMT_S16;
+    mSpec.rateHz = format.rate_hz;
+    mSpec.layout = defaultLayout(format.channels);
+
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (std::filesystem::is_directory(status)) failToRead(path, "is a folder");
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        failToRead(path, "is no regular file");
+    mFile.reset(std::fopen(path.c_str(), "rbe"));
+    if (mFile == nullptr) failToRead(path, std::strerror(errno));
+
+    const std::uintmax_t bytes = std::filesystem::file_size(path, error);
+    if (error) failToRead(path, error.message());
+    const std::uintmax_t frameBytes = static_cast<std::uintmax_t>(format.channels) * sizeof(int16_t);
+    if (bytes == 0) throw Failure(ExitCode::NoAudio, path + ": is empty");
+    if (bytes % frameBytes != 0) {
+        throw Failure(ExitCode::NoAudio, path + ": its " + std::to_string(bytes) +
+                                             " bytes are no whole number of frames of " +
+                                             std::to_string(format.channels) +
+                                             (format.channels == 1 ? " channel" : " channels") +
+                                             " (--channels sets the number)");
+    }
+}
+
+FramePtr PcmFile::read() {
+    const auto channels = static_cast<std::size_t>(mSpec.channels());
+    FramePtr frame = makeFrame(mSpec, kFramesPerRead);
+    const std::size_t frames =
+        std::fread(frame->data[0], channels * sizeof(int16_t), kFramesPerRead, mFile.get());
+    if (std::ferror(mFile.get()) != 0) failToRead(mPath, std::strerror(errno));
+    if (frames == 0) return nullptr;
+    frame->nb_samples = static_cast<int>(frames);
+    return frame;
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,79 @@
+#include "pcm_format.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <filesystem>
+
+#include "dump_name.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr int kSurroundOutputs = 2;
+constexpr int kDialogueChannels = 2;
+
+/** Channels of surround's input, from the sizes of input and output. */
+std::optional<int> surroundInputs(const DumpName& input) {
+    std::error_code error;
+    const std::uintmax_t inputBytes = std::filesystem::file_size(input.path(), error);
+    if (error) return std::nullopt;
+    const std::uintmax_t outputBytes = std::filesystem::file_size(input.partner().path(), error);
+    if (error || outputBytes == 0) return std::nullopt;
+    for (const int channels : std::array{1, 2, 6, 8}) {
+        if (inputBytes * kSurroundOutputs == outputBytes * static_cast<std::uintmax_t>(channels))
+            return channels;
+    }
+    return std::nullopt;
+}
+
+/** What the file's name tells of its channels, alone or with its partner's size. */
+std::optional<int> channelsByName(const DumpName& name) {
+    if (name.effect == "dialoguenhance") return kDialogueChannels;
+    if (name.effect != "surround") return std::nullopt;
+    return name.isInput ? surroundInputs(name) : kSurroundOutputs;
+}
+
+}  // namespace
+
+std::vector<int> parseChannels(const std::string& text) {
+    constexpr std::size_t kMostNumbers = 2;
+    std::vector<int> numbers;
+    for (std::size_t at = 0; at <= text.size(); at += 2) {
+        const bool isNumber = at < text.size() && text[at] >= '1' && text[at] <= '8';
+        const bool isSeparated = at + 1 == text.size() || (at + 1 < text.size() && text[at + 1] == ',');
+        if (!isNumber || !isSeparated || numbers.size() == kMostNumbers) return {};
+        numbers.push_back(text[at] - '0');
+        if (at + 1 == text.size()) break;
+    }
+    return numbers;
+}
+
+bool isPcmPath(const std::string& path) {
+    return std::filesystem::path(path).extension() == ".pcm";
+}
+
+PcmGuess guessPcmFormat(const std::string& path, const PcmHints& hints, bool isOutput) {
+    PcmGuess guess;
+    const auto name = parseDumpName(path);
+    if (name) isOutput = !name->isInput;
+    const std::size_t place = isOutput ? 1 : 0;
+    const auto byName = name ? channelsByName(*name) : std::nullopt;
+    if (place < hints.channels.size()) {
+        guess.format.channels = hints.channels[place];
+    } else if (byName) {
+        guess.format.channels = *byName;
+    } else if (!hints.channels.empty()) {
+        guess.format.channels = hints.channels.front();
+    } else {
+        guess.assumptions.push_back(std::to_string(guess.format.channels) + " channels");
+    }
+    if (hints.rate_hz) {
+        guess.format.rate_hz = *hints.rate_hz;
+    } else {
+        guess.assumptions.push_back(std::to_string(guess.format.rate_hz) + " Hz");
+    }
+    return guess;
+}
+
+}  // namespace sonivex_tool

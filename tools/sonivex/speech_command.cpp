@@ -1,0 +1,119 @@
+#include "speech_command.h"
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "audio_source.h"
+#include "failure.h"
+#include "format_converter.h"
+#include "interrupt.h"
+#include "result_stream.h"
+#include "speech_ratio.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr char kFooter[] =
+    "All three are stereo files of one rate that begin at the same instant. What OUT holds of each of the\n"
+    "two is found by least squares, in third octaves from 200 to 4000 Hz and segments of 100 ms.\n"
+    "Exit codes are those of `sonivex render`.\n";
+constexpr int kLowestRate_hz = 500;
+
+struct Choices {
+    std::string speech;
+    std::string background;
+    std::string output;
+    bool json = false;
+};
+
+struct Stereo {
+    int rate_hz = 0;
+    std::vector<float> samples;  ///< interleaved
+};
+
+Stereo readStereo(const std::string& path) {
+    AudioSource source(path, 0);
+    AudioSpec spec = source.info().spec;
+    if (spec.channels() != 2) {
+        throw Failure(ExitCode::UnsupportedAudio,
+                      path + ": is no stereo file, it has " + std::to_string(spec.channels()) + " channels");
+    }
+    spec.format = AV_SAMPLE_FMT_FLT;
+    FormatConverter converter(spec);
+    Stereo stereo;
+    stereo.rate_hz = spec.rateHz;
+    const auto append = [&](const FramePtr& frame) {
+        if (frame == nullptr) return;
+        const auto* samples = reinterpret_cast<const float*>(frame->extended_data[0]);
+        stereo.samples.insert(stereo.samples.end(), samples, samples + ptrdiff_t{2} * frame->nb_samples);
+    };
+    while (FramePtr frame = source.read()) {
+        throwIfInterrupted();
+        append(converter.convert(std::move(frame)));
+    }
+    append(converter.flush());
+    return stereo;
+}
+
+std::string textOf(const SpeechRatio& ratio) {
+    std::array<char, 160> text{};
+    (void)std::snprintf(text.data(), text.size(),
+                        "Speech against background  %.1f dB -> %.1f dB  (%+.1f dB)\n", ratio.before_db,
+                        ratio.after_db, ratio.rise_db());
+    return text.data();
+}
+
+std::string jsonOf(const SpeechRatio& ratio) {
+    const nlohmann::ordered_json object = {{"segments", ratio.segments},
+                                           {"before_db", ratio.before_db},
+                                           {"after_db", ratio.after_db},
+                                           {"rise_db", ratio.rise_db()},
+                                           {"unexplained", ratio.unexplained}};
+    return object.dump() + "\n";
+}
+
+void run(const Choices& choices) {
+    installSignalHandlers();
+    av_log_set_level(AV_LOG_QUIET);
+    ResultStream result(ResultStream::Prints::ToStandardError);
+    const Stereo speech = readStereo(choices.speech);
+    const Stereo background = readStereo(choices.background);
+    const Stereo output = readStereo(choices.output);
+    if (speech.rate_hz != background.rate_hz || speech.rate_hz != output.rate_hz)
+        throw Failure(ExitCode::UnsupportedAudio, choices.output + ": the three files differ in sample rate");
+    if (output.rate_hz < kLowestRate_hz)
+        throw Failure(ExitCode::UnsupportedAudio, choices.output + ": its sample rate is below 500 Hz");
+    const SpeechRatio ratio =
+        compareSpeech(speech.samples, background.samples, output.samples, output.rate_hz);
+    if (ratio.segments == 0)
+        throw Failure(ExitCode::NoAudio, choices.output + ": nobody speaks, or there is no background");
+    result.write(choices.json ? jsonOf(ratio) : textOf(ratio));
+}
+
+}  // namespace
+
+std::function<void()> addSpeechCommand(CLI::App& program) {
+    auto choices = std::make_shared<Choices>();
+    CLI::App* command =
+        program.add_subcommand("speech", "Measure by how much an effect lifts speech out of its background");
+    command->footer(kFooter);
+    command->add_option("SPEECH", choices->speech, "The speech alone")->option_text(" ")->required();
+    command->add_option("BACKGROUND", choices->background, "The background alone")
+        ->option_text(" ")
+        ->required();
+    command->add_option("OUT", choices->output, "What an effect made of SPEECH + BACKGROUND")
+        ->option_text(" ")
+        ->required();
+    command->add_flag("--json", choices->json, "Print the measures as one JSON object");
+    return [choices] { run(*choices); };
+}
+
+}  // namespace sonivex_tool
