@@ -6,5 +6,6 @@
 #include "sonivex/log_bridge.h"
 #include "sonivex/normalizer.h"
 #include "sonivex/surround.h"
+#include "sonivex/vectors.h"
 
 #endif /* SONIVEX_SONIVEX_H */

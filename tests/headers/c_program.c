@@ -32,6 +32,7 @@ int main(void) {
     if (strstr(logged, "handle is NULL") == NULL) return failed("null handle not logged");
     ZubrelAem_logTrace("prefix ", "%s\n", "message");
     if (strcmp(logged, "prefix message\n") != 0) return failed("message not logged");
+    if (strlen(aem_VectorTarget()) == 0) return failed("no vectors named");
     if (logWrite("") != 0) return failed("logWrite");
     return 0;
 }
