@@ -33,7 +33,11 @@ Plugin::~Plugin() {
 }
 
 bool Plugin::exports(const char* name) const {
-    return dlsym(mHandle, name) != nullptr;
+    return symbol(name) != nullptr;
+}
+
+void* Plugin::symbol(const char* name) const {
+    return dlsym(mHandle, name);
 }
 
 }  // namespace Vorlin

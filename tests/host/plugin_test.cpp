@@ -114,6 +114,10 @@ TEST(Plugin, TellsWhatItExports) {
     const auto plugin = loadOrFail(ECHO_PLUGIN_A);
     EXPECT_TRUE(plugin->exports("echo_plugin_name"));
     EXPECT_FALSE(plugin->exports("echo_plugin_nothing"));
+    EXPECT_EQ(plugin->symbol("echo_plugin_nothing"), nullptr);
+    void* const found = plugin->symbol("echo_plugin_name");
+    ASSERT_NE(found, nullptr);
+    EXPECT_STREQ(reinterpret_cast<const char* (*)()>(found)(), "echo_a");
 }
 
 TEST(Plugin, AnswersAFailedLoadWithOneClearLine) {

@@ -9,6 +9,7 @@
 #include <new>
 #include <string>
 
+#include "bench_command.h"
 #include "console.h"
 #include "ears_command.h"
 #include "failure.h"
@@ -47,6 +48,7 @@ int parseAndRun(int argc, char** argv) {
         {"inspect", sonivex_tool::addInspectCommand(program)},
         {"responses", sonivex_tool::addResponsesCommand(program)},
         {"speech", sonivex_tool::addSpeechCommand(program)},
+        {"bench", sonivex_tool::addBenchCommand(program)},
     };
     const auto chosen = [&]() -> std::string {
         const auto parsed = program.get_subcommands();

@@ -22,6 +22,9 @@ class VORLIN_API Plugin {
     /** Whether the library exports `name`. */
     bool exports(const char* name) const;
 
+    /** Where the library has what it exports as `name`, while this object lives; null if it has no such. */
+    void* symbol(const char* name) const;
+
   private:
     explicit Plugin(void* handle) : mHandle(handle) {}
 

@@ -1,0 +1,81 @@
+#include "bench_rounds.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace sonivex_tool;
+
+/** Clocks that only the works move. */
+class BenchRounds : public testing::Test {
+  protected:
+    /** Work on `audio_s` of audio that takes these times one after the other, the last one from then on. */
+    BenchWork taking(std::vector<double> cpu_s, double audio_s) {
+        return {.run =
+                    [this, times = std::move(cpu_s), next = size_t{0}]() mutable {
+                        const double cpu = times[next];
+                        if (next + 1 < times.size()) ++next;
+                        cpuNow_s += cpu;
+                        wallNow_s += 2.0 * cpu;  // another program has the other half of the core
+                    },
+                .audio_s = audio_s};
+    }
+
+    std::vector<BenchTiming> take(const std::vector<BenchWork>& works, double limit_s) {
+        return takeRounds(works, limit_s,
+                          {.cpu_s = [&] { return cpuNow_s; }, .wall_s = [&] { return wallNow_s; }},
+                          [&] { ++roundsBegun; });
+    }
+
+    double cpuNow_s = 100.0;
+    double wallNow_s = 5.0;
+    int roundsBegun = 0;
+};
+
+TEST_F(BenchRounds, GiveTheMedianWithoutTheWarmUp) {
+    const auto timings = take({taking({9.0, 0.004, 0.001, 0.002}, 0.5)}, 0.0);
+    ASSERT_EQ(timings.size(), 1U);
+    EXPECT_EQ(timings[0].rounds, 3);
+    EXPECT_NEAR(timings[0].cpu_ms_per_s, 4.0, 1e-6);
+    EXPECT_NEAR(timings[0].timesRealTime(), 250.0, 1e-4);
+    EXPECT_NEAR(timings[0].core_percent(), 0.4, 1e-7);
+}
+
+TEST_F(BenchRounds, GoOnUntilTheTimeIsUpOnTheWall) {
+    const auto timings = take({taking({0.25}, 1.0)}, 4.75);  // half a second a round on the wall
+    EXPECT_EQ(timings[0].rounds, 9);                         // and one to warm up
+    EXPECT_EQ(roundsBegun, 10);
+    EXPECT_NEAR(wallNow_s, 10.0, 1e-9);
+}
+
+TEST_F(BenchRounds, KeepTheWorksApart) {
+    const auto timings = take({taking({0.1}, 1.0), taking({0.3}, 2.0)}, 0.0);
+    ASSERT_EQ(timings.size(), 2U);
+    EXPECT_NEAR(timings[0].cpu_ms_per_s, 100.0, 1e-6);
+    EXPECT_NEAR(timings[1].cpu_ms_per_s, 150.0, 1e-6);
+}
+
+TEST_F(BenchRounds, EndWhenAskedToBetweenThem) {
+    const BenchClocks clocks = {.cpu_s = [&] { return cpuNow_s; }, .wall_s = [&] { return wallNow_s; }};
+    int begun = 0;
+    const auto interrupt = [&] {
+        if (++begun == 3) throw std::runtime_error("enough");
+    };
+    EXPECT_THROW(takeRounds({taking({1.0}, 1.0)}, 1000.0, clocks, interrupt), std::runtime_error);
+    EXPECT_EQ(cpuNow_s, 102.0);
+}
+
+TEST(BenchClocks, OfTheSystemRunOnWhileThisThreadWorks) {
+    const BenchClocks clocks = systemClocks();
+    const double cpuBefore_s = clocks.cpu_s();
+    const double wallBefore_s = clocks.wall_s();
+    volatile double sum = 0.0;
+    while (clocks.cpu_s() - cpuBefore_s < 0.01) sum = sum + 1.0;
+    EXPECT_GE(clocks.wall_s() - wallBefore_s, 0.0099);  // no thread gets more than the wall's time
+}
+
+}  // namespace

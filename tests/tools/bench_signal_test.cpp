@@ -1,0 +1,78 @@
+#include "bench_signal.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "bench_effects.h"
+
+namespace {
+
+using sonivex_tool::makeBabble;
+
+constexpr int kRateHz = 48000;
+
+std::vector<double> channelOf(const std::vector<int16_t>& babble, int channels, int channel) {
+    std::vector<double> samples;
+    for (size_t i = static_cast<size_t>(channel); i < babble.size(); i += static_cast<size_t>(channels))
+        samples.push_back(babble[i]);
+    return samples;
+}
+
+double product(const std::vector<double>& a, const std::vector<double>& b, size_t lag = 0) {
+    double sum = 0.0;
+    for (size_t i = 0; i + lag < a.size(); ++i) sum += a[i] * b[i + lag];
+    return sum;
+}
+
+double likeness(const std::vector<double>& a, const std::vector<double>& b) {
+    return product(a, b) / std::sqrt(product(a, a) * product(b, b));
+}
+
+TEST(Babble, SoundsInEveryChannelAtItsLevel) {
+    const auto babble = makeBabble(8, kRateHz, kRateHz);
+    ASSERT_EQ(babble.size(), 8U * kRateHz);
+    for (int channel = 0; channel < 8; ++channel) {
+        const auto samples = channelOf(babble, 8, channel);
+        const double rms = std::sqrt(product(samples, samples) / kRateHz) / 32768.0;
+        EXPECT_NEAR(20.0 * std::log10(rms), -30.0, 0.1) << channel;
+    }
+}
+
+TEST(Babble, OfTwoChannelsIsNotTheSame) {
+    const auto babble = makeBabble(2, kRateHz, kRateHz);
+    EXPECT_LT(std::abs(likeness(channelOf(babble, 2, 0), channelOf(babble, 2, 1))), 0.1);
+}
+
+TEST(Babble, IsDarkLikeSpeechAndPausesBetweenSyllables) {
+    const auto samples = channelOf(makeBabble(1, kRateHz, kRateHz), 1, 0);
+    EXPECT_GT(product(samples, samples, 1) / product(samples, samples), 0.9);  // white noise: 0
+    double loudest = 0.0;
+    double quietest = std::numeric_limits<double>::infinity();
+    constexpr size_t kPart = kRateHz / 40;
+    for (size_t first = 0; first + kPart <= samples.size(); first += kPart) {
+        double energy = 0.0;
+        for (size_t i = first; i < first + kPart; ++i) energy += samples[i] * samples[i];
+        loudest = std::max(loudest, energy);
+        quietest = std::min(quietest, energy);
+    }
+    EXPECT_GT(10.0 * std::log10(loudest / quietest), 15.0);
+}
+
+TEST(Babble, IsTheSameEveryTime) {
+    EXPECT_EQ(makeBabble(2, 1000, kRateHz), makeBabble(2, 1000, kRateHz));
+}
+
+TEST(BenchCases, CoverEveryEffectOrOnlyTheOneNamed) {
+    EXPECT_EQ(sonivex_tool::benchCases("").size(), 11U);
+    EXPECT_EQ(sonivex_tool::benchCases("surround").size(), 6U);
+    EXPECT_EQ(sonivex_tool::benchCases("normalizer").size(), 4U);
+    const auto dialogue = sonivex_tool::benchCases("dialogue");
+    ASSERT_EQ(dialogue.size(), 1U);
+    EXPECT_EQ(dialogue[0].channels, 2);
+}
+
+}  // namespace

@@ -1,0 +1,121 @@
+#include "bench_command.h"
+
+#include <cmath>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench_effects.h"
+#include "bench_report.h"
+#include "bench_rounds.h"
+#include "bench_signal.h"
+#include "effect.h"
+#include "failure.h"
+#include "interrupt.h"
+#include "plugin_search.h"
+#include "result_stream.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr char kFooter[] =
+    "Calls the effects directly, on one thread, at 48000 Hz; a row is the median of several rounds of a\n"
+    "second of audio. Other work on the machine makes it slower. Exit codes are those of `sonivex render`.\n";
+constexpr double kShortest_s = 0.1;
+constexpr double kLongest_s = 3600.0;
+
+struct Choices {
+    std::string effect;
+    std::string plugin;
+    double seconds = 5.0;
+    bool json = false;
+};
+
+CLI::Validator duration() {
+    return {[](const std::string& text) {
+                double seconds = 0.0;
+                const bool isNumber = CLI::detail::lexical_cast(text, seconds);
+                const bool fits = isNumber && seconds >= kShortest_s && seconds <= kLongest_s;
+                return fits ? std::string() : "must be 0.1 to 3600 seconds, not " + text;
+            },
+            "", "duration"};
+}
+
+std::vector<std::string> effectNames() {
+    std::vector<std::string> names;
+    for (const Effect& effect : allEffects()) names.push_back(effect.name);
+    return names;
+}
+
+/** The effects to run: the one that was asked for, which the plug-in must have, or all that it has. */
+std::vector<BenchCase> chosenCases(const Vorlin::Plugin& plugin, const std::string& asked) {
+    std::vector<BenchCase> cases = benchCases(asked);
+    std::erase_if(cases, [&](const BenchCase& shape) {
+        return !plugin.exports(findEffect(shape.effect)->exportedFunction.c_str());
+    });
+    if (cases.empty()) {
+        const std::string missing = asked.empty() ? "any effect" : findEffect(asked)->title;
+        throw Failure(ExitCode::EffectMissing, "the plug-in does not have " + missing);
+    }
+    return cases;
+}
+
+/** As the kernel names it; processors other than x86-64 mostly go unnamed there. */
+std::string processorName() {
+    std::ifstream info("/proc/cpuinfo");
+    for (std::string line; std::getline(info, line);) {
+        const size_t colon = line.find(": ");
+        if (line.rfind("model name", 0) == 0 && colon != std::string::npos) return line.substr(colon + 2);
+    }
+    return {};
+}
+
+BenchReport measure(const Vorlin::Plugin& plugin, const Choices& choices) {
+    BenchReport report{.processor = processorName(), .vectors = vectorTargetOf(plugin), .rows = {}};
+    std::vector<BenchWork> works;
+    const std::vector<BenchCase> cases = chosenCases(plugin, choices.effect);
+    for (const BenchCase& shape : cases) {
+        const auto effect = std::make_shared<BenchEffect>(plugin, shape);
+        const int frames = kBenchRateHz - kBenchRateHz % shape.callFrames;
+        const auto in =
+            std::make_shared<std::vector<int16_t>>(makeBabble(shape.channels, frames, kBenchRateHz));
+        works.push_back({.run = [effect, in] { effect->process(*in); },
+                         .audio_s = static_cast<double>(frames) / kBenchRateHz});
+    }
+    const auto timings = takeRounds(works, choices.seconds, systemClocks(), throwIfInterrupted);
+    for (size_t i = 0; i < cases.size(); ++i) report.rows.push_back({cases[i], timings[i]});
+    return report;
+}
+
+void run(const Choices& choices) {
+    installSignalHandlers();
+    ResultStream result(ResultStream::Prints::Nowhere);  // some handles greet
+    const auto plugin = loadPlugin(choices.plugin);
+    const BenchReport report = measure(*plugin, choices);
+    result.write(choices.json ? benchJson(report) : benchText(report));
+}
+
+}  // namespace
+
+std::function<void()> addBenchCommand(CLI::App& program) {
+    auto choices = std::make_shared<Choices>();
+    CLI::App* command =
+        program.add_subcommand("bench", "Measure how much of a processor core each effect takes here");
+    command->footer(kFooter);
+    command->add_option("--effect", choices->effect, "Only this one: normalizer, surround or dialogue")
+        ->option_text("NAME")
+        ->check(CLI::IsMember(effectNames()));
+    command->add_option("--seconds", choices->seconds, "About how long to measure, 0.1 to 3600 (default 5)")
+        ->option_text("SECONDS")
+        ->check(duration());
+    command
+        ->add_option("--plugin", choices->plugin,
+                     "The filter's library; else libSonivexFilter.so beside this\n"
+                     "program, in ../lib from it, or on the library path")
+        ->option_text("FILE");
+    command->add_flag("--json", choices->json, "Print the measures as one JSON object");
+    return [choices] { run(*choices); };
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,111 @@
+#include "bench_effects.h"
+
+#include "failure.h"
+#include "sonivex/dialoguenhance.h"
+#include "sonivex/normalizer.h"
+#include "sonivex/surround.h"
+#include "sonivex/vectors.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr int kSurroundCallFrames = 480;
+constexpr int kOtherCallFrames = 512;
+constexpr int k3DSurround = 1;
+constexpr int kMegaBass = 13;
+
+/** Only the type is taken from the header's declaration: the function is the plug-in's. */
+template <typename Function>
+Function* find(const Vorlin::Plugin& plugin, const char* name) {
+    void* const symbol = plugin.symbol(name);
+    if (symbol == nullptr) throw Failure(ExitCode::EffectMissing, std::string("the plug-in has no ") + name);
+    return reinterpret_cast<Function*>(symbol);
+}
+
+struct Parts {
+    void* handle;
+    void (*release)(void*);
+    std::function<int(const short*, short*)> call;
+    int channelsOut;
+};
+
+Parts makeSurround(const Vorlin::Plugin& plugin, const BenchCase& shape) {
+    const auto create = find<decltype(aem_CreateSurround)>(plugin, "aem_CreateSurround");
+    const auto process = find<decltype(aem_ProcessSurround)>(plugin, "aem_ProcessSurround");
+    const auto release = find<decltype(aem_ReleaseSurround)>(plugin, "aem_ReleaseSurround");
+    const int type = shape.type == "MegaBass" ? kMegaBass : k3DSurround;
+    void* const handle = create(shape.channels, kBenchRateHz, type, /*mode=*/1, /*limiter=*/1);
+    const auto call = [process, handle, frames = shape.callFrames](const short* in, short* out) {
+        return process(handle, in, out, frames);
+    };
+    return {handle, release, call, 2};
+}
+
+Parts makeDialogue(const Vorlin::Plugin& plugin, const BenchCase& shape) {
+    const auto create = find<decltype(aem_CreateDialoguEnhance)>(plugin, "aem_CreateDialoguEnhance");
+    const auto process = find<decltype(aem_ProcessDialoguEnhance)>(plugin, "aem_ProcessDialoguEnhance");
+    const auto release = find<decltype(aem_ReleaseDialoguEnhance)>(plugin, "aem_ReleaseDialoguEnhance");
+    void* const handle = create(shape.channels, kBenchRateHz, /*gainFloor=*/1.0, /*gainScale=*/1.0,
+                                /*voiceLevel=*/1.0);
+    const auto call = [process, handle, frames = shape.callFrames](const short* in, short* out) {
+        return process(handle, in, out, frames, kBenchRateHz);
+    };
+    return {handle, release, call, 2};
+}
+
+Parts makeNormalizer(const Vorlin::Plugin& plugin, const BenchCase& shape) {
+    const auto create = find<decltype(aem_CreateNormalizer)>(plugin, "aem_CreateNormalizer");
+    const auto process = find<decltype(aem_ProcessNormalizer)>(plugin, "aem_ProcessNormalizer");
+    const auto release = find<decltype(aem_ReleaseNormalizer)>(plugin, "aem_ReleaseNormalizer");
+    void* const handle = create(shape.channels, kBenchRateHz);
+    const auto call = [process, handle, frames = shape.callFrames, channels = shape.channels](
+                          const short* in, short* out) { return process(handle, in, out, frames, channels); };
+    return {handle, release, call, shape.channels};
+}
+
+Parts make(const Vorlin::Plugin& plugin, const BenchCase& shape) {
+    if (shape.effect == "surround") return makeSurround(plugin, shape);
+    if (shape.effect == "dialogue") return makeDialogue(plugin, shape);
+    return makeNormalizer(plugin, shape);
+}
+
+}  // namespace
+
+std::vector<BenchCase> benchCases(const std::string& effect) {
+    std::vector<BenchCase> cases;
+    for (const char* const type : {"3DSurround", "MegaBass"}) {
+        for (const int channels : {2, 6, 8})
+            cases.push_back({"surround", type, channels, kSurroundCallFrames});
+    }
+    cases.push_back({"dialogue", "", 2, kOtherCallFrames});
+    for (const int channels : {1, 2, 6, 8}) cases.push_back({"normalizer", "", channels, kOtherCallFrames});
+    if (!effect.empty()) std::erase_if(cases, [&](const BenchCase& shape) { return shape.effect != effect; });
+    return cases;
+}
+
+BenchEffect::BenchEffect(const Vorlin::Plugin& plugin, const BenchCase& shape)
+    : mShape(shape), mHandle(nullptr, [](void*) {}) {
+    Parts parts = make(plugin, shape);
+    if (parts.handle == nullptr)
+        throw Failure(ExitCode::FilterFailed, shape.effect + ": the plug-in makes no handle");
+    mHandle = {parts.handle, parts.release};
+    mCall = std::move(parts.call);
+    mOutSamples = static_cast<size_t>(shape.callFrames) * static_cast<size_t>(parts.channelsOut);
+    mOut.resize(mOutSamples);
+}
+
+void BenchEffect::process(const std::vector<int16_t>& in) {
+    const size_t callSamples = static_cast<size_t>(mShape.callFrames) * static_cast<size_t>(mShape.channels);
+    for (size_t first = 0; first + callSamples <= in.size(); first += callSamples) {
+        if (mCall(in.data() + first, mOut.data()) != static_cast<int>(mOutSamples))
+            throw Failure(ExitCode::FilterFailed, mShape.effect + ": a call was not answered in full");
+    }
+}
+
+std::string vectorTargetOf(const Vorlin::Plugin& plugin) {
+    void* const symbol = plugin.symbol("aem_VectorTarget");
+    if (symbol == nullptr) return {};
+    return reinterpret_cast<decltype(aem_VectorTarget)*>(symbol)();
+}
+
+}  // namespace sonivex_tool
