@@ -6,6 +6,8 @@
 #include <limits>
 
 #include "pcm.h"
+#include "support/each_vector_target.h"
+#include "support/signals.h"
 
 namespace {
 
@@ -76,6 +78,30 @@ TEST(UnitScale, ToFloatAndBackKeepsEverySampleWithinOne) {
         ASSERT_LE(std::abs(back - s), 1) << s;
         ASSERT_LE(std::abs(back), std::abs(s)) << s;
     }
+}
+
+TEST(UnitScale, VectorsScaleAsSingleSamplesDo) {
+    const Pcm pcm = test::noise(7, 200, 32767);
+    Floats floats;
+    for (const std::int16_t sample : pcm) floats.push_back(static_cast<float>(sample) / 20000.0F);
+    floats[20] = std::numeric_limits<float>::infinity();
+    floats[33] = -0.0F;
+    test::forEachVectorTarget([&] {
+        for (std::size_t first = 0; first < 5; ++first) {
+            for (std::size_t count = 0; count <= 140; ++count) {
+                Floats scaled(count + 1, 77.0F);
+                Floats units = scaled;
+                sonivex::int16ToUnitScale(pcm.data() + first, static_cast<int>(count), scaled.data());
+                sonivex::unitScaleToInt16Units(floats.data() + first, static_cast<int>(count), units.data());
+                for (std::size_t i = 0; i < count; ++i) {
+                    ASSERT_EQ(scaled[i], sonivex::unitScaleOf(pcm[first + i])) << i << " of " << count;
+                    ASSERT_EQ(units[i], sonivex::int16UnitsOf(floats[first + i])) << i << " of " << count;
+                }
+                ASSERT_EQ(scaled[count], 77.0F);
+                ASSERT_EQ(units[count], 77.0F);
+            }
+        }
+    });
 }
 
 }  // namespace

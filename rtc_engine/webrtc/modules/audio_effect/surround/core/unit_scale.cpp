@@ -1,28 +1,64 @@
+/* Compiled once for every set of vector instructions; the best one of the processor is taken at run time. */
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "unit_scale.cpp"
+#include "vector_targets.h"
+/* vector_targets.h comes first. */
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
 #include "unit_scale.h"
 
-#include "float_rules.h"
+HWY_BEFORE_NAMESPACE();
+namespace sonivex::HWY_NAMESPACE {
 
-namespace sonivex {
-namespace {
+namespace hn = hwy::HWY_NAMESPACE;
 
-constexpr float kNegativeFullScale = 32768.0F;
-constexpr float kPositiveFullScale = 32767.0F;
-
-}  // namespace
+/* The full scale of each lane's half of the range. */
+template <class D>
+HWY_INLINE hn::Vec<D> fullScale(D d, hn::Vec<D> sample) {
+    return hn::IfThenElse(hn::Lt(sample, hn::Zero(d)), hn::Set(d, kNegativeFullScale),
+                          hn::Set(d, kPositiveFullScale));
+}
 
 void int16ToUnitScale(const std::int16_t* in, int count, float* out) {
-    /* A division: the product with 1 / 32767 is another float for 768 values. */
-    for (int i = 0; i < count; ++i) {
-        const float full_scale = in[i] < 0 ? kNegativeFullScale : kPositiveFullScale;
-        out[i] = static_cast<float>(in[i]) / full_scale;
+    const hn::ScalableTag<float> d;
+    const hn::RebindToSigned<decltype(d)> d32;
+    const hn::Rebind<std::int16_t, decltype(d)> d16;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    int i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        const auto sample = hn::ConvertTo(d, hn::PromoteTo(d32, hn::LoadU(d16, in + i)));
+        hn::StoreU(hn::Div(sample, fullScale(d, sample)), d, out + i);
     }
+    for (; i < count; ++i) out[i] = unitScaleOf(in[i]);
 }
 
 void unitScaleToInt16Units(const float* in, int count, float* out) {
-    for (int i = 0; i < count; ++i) {
-        const float full_scale = in[i] < 0.0F ? kNegativeFullScale : kPositiveFullScale;
-        out[i] = in[i] * full_scale;
+    const hn::ScalableTag<float> d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    int i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        const auto sample = hn::LoadU(d, in + i);
+        hn::StoreU(hn::Mul(sample, fullScale(d, sample)), d, out + i);
     }
+    for (; i < count; ++i) out[i] = int16UnitsOf(in[i]);
+}
+
+}  // namespace sonivex::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace sonivex {
+
+HWY_EXPORT(int16ToUnitScale);
+HWY_EXPORT(unitScaleToInt16Units);
+
+void int16ToUnitScale(const std::int16_t* in, int count, float* out) {
+    HWY_DYNAMIC_DISPATCH(int16ToUnitScale)(in, count, out);
+}
+
+void unitScaleToInt16Units(const float* in, int count, float* out) {
+    HWY_DYNAMIC_DISPATCH(unitScaleToInt16Units)(in, count, out);
 }
 
 void clipToInt16(float* samples, int count, std::int16_t* out) {
@@ -45,3 +81,4 @@ void clipToInt16(float* samples, int count, std::int16_t* out) {
 }
 
 }  // namespace sonivex
+#endif

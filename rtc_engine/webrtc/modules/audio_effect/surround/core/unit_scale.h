@@ -8,7 +8,21 @@
 
 #include <cstdint>
 
+#include "float_rules.h"
+
 namespace sonivex {
+
+inline constexpr float kNegativeFullScale = 32768.0F;
+inline constexpr float kPositiveFullScale = 32767.0F;
+
+/** A division: the product with 1 / 32767 is another float for 768 values. */
+inline float unitScaleOf(std::int16_t sample) {
+    return static_cast<float>(sample) / (sample < 0 ? kNegativeFullScale : kPositiveFullScale);
+}
+
+inline float int16UnitsOf(float sample) {
+    return sample * (sample < 0.0F ? kNegativeFullScale : kPositiveFullScale);
+}
 
 /** out[i] = in[i] / 32768 or / 32767, each correctly rounded. */
 void int16ToUnitScale(const std::int16_t* in, int count, float* out);
