@@ -27,7 +27,7 @@
  *  @return a handle that the caller releases with aem_ReleaseDialoguEnhance, or null: memory has run out
  *          (a line on standard output when it was the handle's own), or gainFloor, gainScale or voiceLevel is
  *          not finite as a float.
- *  Allocates about 570 KiB (4096 points: 715, 8192: 1000); not real-time safe. */
+ *  Allocates about 525 KiB (4096 points: 635, 8192: 860); not real-time safe. */
 SONIVEX_API void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
                                            double voiceLevel);
 

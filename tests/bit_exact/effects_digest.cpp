@@ -10,6 +10,7 @@
 
 #include "au2_limiter.h"
 #include "audiofft.h"
+#include "bin_analysis.h"
 #include "centre_gains.h"
 #include "centre_presence.h"
 #include "convolve_reverb.h"
@@ -222,34 +223,29 @@ void digestDialogueKernels(int points) {
     const auto count = static_cast<std::size_t>(bins);
     Digest digest;
     std::vector<sonivex::Bin> centre(count);
-    std::vector<sonivex::Bin> work_left(count);
-    std::vector<sonivex::Bin> work_right(count);
     std::vector<float> magnitude(count);
     std::vector<float> side(count);
-    std::vector<float> before(count);
-    std::vector<float> side_before(count);
+    std::vector<float> share_left(count);
+    std::vector<float> share_right(count);
     float presence = 0;
     for (std::uint64_t frame = 0; frame < 40; ++frame) {
-        const auto left = noiseSpectrum(frame, bins);
+        auto left = noiseSpectrum(frame, bins);
         auto right = noiseSpectrum(frame + 1000, bins);
         for (std::size_t k = 0; k < count; ++k) right[k] = 0.25F * (left[k] + (left[k] + right[k]));
-        sonivex::estimateCentre(left.data(), right.data(), bins, centre.data());
-        sonivex::magnitudes(centre.data(), bins, magnitude.data());
-        sonivex::sideMagnitudes(left.data(), right.data(), bins, side.data());
+        for (std::size_t k = 0; k < count; ++k) centre[k] = sonivex::centreOf(left[k], right[k]);
         const sonivex::Fluxes fluxes =
-            sonivex::spectralFluxes(magnitude.data(), before.data(), side.data(), side_before.data(), bins);
+            sonivex::analyseBins(left.data(), right.data(), bins, {magnitude.data(), side.data()},
+                                 {share_left.data(), share_right.data()});
         presence = sonivex::nextPresence(presence, fluxes, 1.25F);
-        sonivex::applyCentreGains(left.data(), right.data(), bins, presence, {1.0F, 1.5F}, work_left.data(),
-                                  work_right.data());
+        sonivex::applyCentreGains(share_left.data(), bins, presence, {1.0F, 1.5F}, left.data());
+        sonivex::applyCentreGains(share_right.data(), bins, presence, {1.0F, 1.5F}, right.data());
         for (const float number : {fluxes.centre, fluxes.side, presence}) digest.add(number);
-        for (const auto* spectrum : {&centre, &work_left, &work_right}) {
+        for (const auto* spectrum : {&centre, &left, &right}) {
             for (const sonivex::Bin bin : *spectrum) {
                 digest.add(bin.re);
                 digest.add(bin.im);
             }
         }
-        before.swap(magnitude);
-        side_before.swap(side);
     }
     digest.print("dialogue kernels, " + std::to_string(bins) + " bins");
 

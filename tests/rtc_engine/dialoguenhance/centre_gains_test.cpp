@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "support/each_vector_target.h"
 #include "support/signals.h"
 
 namespace {
@@ -18,8 +19,11 @@ struct Gained {
 };
 
 Gained gainedBy(Bin left, Bin right, float presence, GainRange range) {
-    Gained out = {{-9, -9}, {-9, -9}};
-    sonivex::applyCentreGains(&left, &right, 1, presence, range, &out.left, &out.right);
+    Gained out = {left, right};
+    const float side_power = sonivex::power(left - right);
+    const float shares[] = {sonivex::centreShare(left, side_power), sonivex::centreShare(right, side_power)};
+    sonivex::applyCentreGains(&shares[0], 1, presence, range, &out.left);
+    sonivex::applyCentreGains(&shares[1], 1, presence, range, &out.right);
     return out;
 }
 
@@ -73,26 +77,34 @@ TEST(CentreGains, AreHalfWhereTheBinsPowerIsEps) {
 }
 
 TEST(CentreGains, TreatEveryBinAlike) {
-    std::vector<Bin> left(37);
-    std::vector<Bin> right(37);
+    constexpr float kGuard = 77;
     test::Random random(1);
-    for (std::size_t k = 0; k < left.size(); ++k) {
-        left[k] = {static_cast<float>(random.between(-999, 999)),
-                   static_cast<float>(random.between(-99, 99))};
-        right[k] = {static_cast<float>(random.between(-99, 99)),
-                    static_cast<float>(random.between(-999, 999))};
+    std::vector<float> shares;
+    std::vector<Bin> spectrum;
+    for (int k = 0; k < 80; ++k) {
+        shares.push_back(static_cast<float>(random.between(0, 999)) / 999.0F);
+        spectrum.push_back(
+            {static_cast<float>(random.between(-999, 999)), static_cast<float>(random.between(-99, 99))});
     }
-    std::vector<Bin> out_left(left.size());
-    std::vector<Bin> out_right(left.size());
-    sonivex::applyCentreGains(left.data(), right.data(), static_cast<int>(left.size()), 0.3F, {1, 2},
-                              out_left.data(), out_right.data());
-    for (std::size_t k = 0; k < left.size(); ++k) {
-        const Gained alone = gainedBy(left[k], right[k], 0.3F, {1, 2});
-        ASSERT_EQ(out_left[k].re, alone.left.re) << k;
-        ASSERT_EQ(out_left[k].im, alone.left.im) << k;
-        ASSERT_EQ(out_right[k].re, alone.right.re) << k;
-        ASSERT_EQ(out_right[k].im, alone.right.im) << k;
-    }
+    constexpr float kPresence = 0.3F;
+    constexpr GainRange kRange = {1.1F, 2.3F};
+    test::forEachVectorTarget([&] {
+        for (std::size_t first = 0; first < 3; ++first) {
+            for (std::size_t bins = 0; bins <= 70; ++bins) {
+                std::vector<Bin> out(spectrum.begin(), spectrum.begin() + static_cast<std::ptrdiff_t>(bins));
+                out.push_back({kGuard, kGuard});
+                sonivex::applyCentreGains(shares.data() + first, static_cast<int>(bins), kPresence, kRange,
+                                          out.data());
+                for (std::size_t k = 0; k < bins; ++k) {
+                    const float gain = shares[first + k] * kPresence * kRange.scale + kRange.floor;
+                    ASSERT_EQ(out[k].re, gain * spectrum[k].re) << k << " of " << bins;
+                    ASSERT_EQ(out[k].im, gain * spectrum[k].im) << k << " of " << bins;
+                }
+                ASSERT_EQ(out[bins].re, kGuard);
+                ASSERT_EQ(out[bins].im, kGuard);
+            }
+        }
+    });
 }
 
 }  // namespace

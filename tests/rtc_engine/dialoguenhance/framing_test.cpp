@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <numeric>
+#include <string>
 #include <vector>
+
+#include "support/each_vector_target.h"
+#include "support/signals.h"
 
 namespace {
 
@@ -62,13 +67,17 @@ TEST(Framing, SplitsFramesIntoChannels) {
     EXPECT_EQ(right, (std::vector<float>{-2, -4, -6}));
 }
 
-TEST(Framing, AppendingDropsTheOldestHop) {
-    std::vector<float> buffer = {1, 2, 3, 4, 5, 6, 7, 8};
-    const std::vector<float> hop = {9, 10};
-    sonivex::appendHop(hop.data(), 2, buffer.data(), 8);
-    EXPECT_EQ(buffer, (std::vector<float>{3, 4, 5, 6, 7, 8, 9, 10}));
-    sonivex::appendSilence(2, buffer.data(), 8);
-    EXPECT_EQ(buffer, (std::vector<float>{5, 6, 7, 8, 9, 10, 0, 0}));
+TEST(HopRing, ANewHopTakesThePlaceOfTheOldest) {
+    sonivex::HopRing hops;
+    std::vector<int> ring = {0, 0, 0, 0};
+    std::vector<int> frame;
+    for (const int number : {1, 2, 3, 4, 5, 6}) {
+        hops.advance();
+        ring[static_cast<std::size_t>(hops.placeOf(3))] = number;
+        frame.clear();
+        for (int i = 0; i < 4; ++i) frame.push_back(ring[static_cast<std::size_t>(hops.placeOf(i))]);
+    }
+    EXPECT_EQ(frame, (std::vector<int>{3, 4, 5, 6}));
 }
 
 TEST(Framing, AFrameIsTheInputUnderTheWindow) {
@@ -85,6 +94,15 @@ TEST(Framing, OverlappingFramesAddUnderTheWindow) {
     std::vector<float> out = {7, 1, 2};
     sonivex::overlapAdd(frame.data(), window.data(), 3, out.data());
     EXPECT_EQ(out, (std::vector<float>{7, -0.5F, 3}));
+}
+
+TEST(Framing, TheFirstFrameOfAHopNeedsNoSilenceBefore) {
+    const std::vector<float> frame = {2, -3, -1};
+    const std::vector<float> window = {0.5F, 0.5F, 0};
+    std::vector<float> out = {7, 1, 2};
+    sonivex::startOverlap(frame.data(), window.data(), 3, out.data());
+    EXPECT_EQ(out, (std::vector<float>{1, -1.5F, 0}));
+    EXPECT_FALSE(std::signbit(out[2]));
 }
 
 TEST(Framing, EmittedFramesAreInterleavedAndTwoThirdsAsLoud) {
@@ -107,6 +125,57 @@ TEST(Framing, EmittedSamplesAreTheNearestFloatsToTheQuotient) {
         differs_from_product += out[2 * i] != samples[i] * (1.0F / 1.5F) ? 1 : 0;
     }
     EXPECT_GT(differs_from_product, 1000);
+}
+
+std::vector<float> noise(std::uint64_t seed, std::size_t count) {
+    std::vector<float> floats;
+    for (const std::int16_t sample : test::noise(seed, static_cast<int>(count), 32767)) {
+        floats.push_back(static_cast<float>(sample) / 32767.0F);
+    }
+    return floats;
+}
+
+/* From any place, of any count, with a guard behind what is written. */
+TEST(Framing, VectorsDoAsSingleSamplesDo) {
+    constexpr float kGuard = 77;
+    const std::vector<float> in = noise(1, 200);
+    const std::vector<float> window = noise(2, 200);
+    const std::vector<float> before = noise(3, 200);
+    test::forEachVectorTarget([&] {
+        for (std::size_t first = 0; first < 5; ++first) {
+            for (std::size_t count = 0; count <= 70; ++count) {
+                SCOPED_TRACE(std::to_string(count) + " from " + std::to_string(first));
+                const float* const x = in.data() + first;
+                const float* const w = window.data() + 2 * first;
+                const int samples = static_cast<int>(count);
+                std::vector<float> framed(count + 1, kGuard);
+                std::vector<float> started = framed;
+                std::vector<float> added = framed;
+                std::vector<float> left = framed;
+                std::vector<float> right = framed;
+                std::vector<float> emitted(2 * count + 1, kGuard);
+                std::copy_n(before.begin(), count, added.begin());
+                sonivex::applyWindow(x, w, samples, framed.data());
+                sonivex::startOverlap(x, w, samples, started.data());
+                sonivex::overlapAdd(x, w, samples, added.data());
+                sonivex::splitStereo(x, samples, left.data(), right.data());
+                sonivex::emitStereo(x, w, samples, emitted.data());
+                for (std::size_t i = 0; i < count; ++i) {
+                    const float product = x[i] * w[i];
+                    ASSERT_EQ(framed[i], product);
+                    ASSERT_EQ(started[i], product);
+                    ASSERT_EQ(added[i], before[i] + product);
+                    ASSERT_EQ(left[i], x[2 * i]);
+                    ASSERT_EQ(right[i], x[2 * i + 1]);
+                    ASSERT_EQ(emitted[2 * i], x[i] / 1.5F);
+                    ASSERT_EQ(emitted[2 * i + 1], w[i] / 1.5F);
+                }
+                for (const auto* out : {&framed, &started, &added, &left, &right, &emitted}) {
+                    ASSERT_EQ(out->back(), kGuard);
+                }
+            }
+        }
+    });
 }
 
 }  // namespace

@@ -1,27 +1,55 @@
+/* Compiled once for every set of vector instructions; the best one of the processor is taken at run time. */
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "centre_gains.cpp"
+#include "vector_targets.h"
+/* vector_targets.h comes first. */
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include <cstdint>
+
 #include "centre_gains.h"
 
-#include <cfloat>
+HWY_BEFORE_NAMESPACE();
+namespace sonivex::HWY_NAMESPACE {
 
-#include "float_rules.h"
+namespace hn = hwy::HWY_NAMESPACE;
 
-namespace sonivex {
-namespace {
+void applyCentreGains(const float* shares, int bins, float presence, GainRange range, Bin* spectrum) {
+    const hn::ScalableTag<float> d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    const auto presences = hn::Set(d, presence);
+    const auto scale = hn::Set(d, range.scale);
+    const auto floor = hn::Set(d, range.floor);
 
-inline Bin gained(Bin x, float side_power, float presence, GainRange range) {
-    const float own_power = power(x);
-    const float share = own_power / (side_power + own_power + FLT_EPSILON);
-    return (share * presence * range.scale + range.floor) * x;
+    /* Which gain each part of a bin takes, in the two vectors that the bins of one vector of gains fill. */
+    HWY_ALIGN std::int32_t sources[2 * hn::MaxLanes(d)];
+    for (int i = 0; i < 2 * lanes; ++i) sources[i] = i / 2;
+    const auto first = hn::SetTableIndices(d, sources);
+    const auto second = hn::SetTableIndices(d, sources + lanes);
+
+    int k = 0;
+    for (; k + lanes <= bins; k += lanes) {
+        const auto gain = hn::Add(hn::Mul(hn::Mul(hn::LoadU(d, shares + k), presences), scale), floor);
+        auto* const parts = reinterpret_cast<float*>(spectrum + k);
+        hn::StoreU(hn::Mul(hn::TableLookupLanes(gain, first), hn::LoadU(d, parts)), d, parts);
+        hn::StoreU(hn::Mul(hn::TableLookupLanes(gain, second), hn::LoadU(d, parts + lanes)), d,
+                   parts + lanes);
+    }
+    for (; k < bins; ++k) spectrum[k] = (shares[k] * presence * range.scale + range.floor) * spectrum[k];
 }
 
-}  // namespace
+}  // namespace sonivex::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
 
-void applyCentreGains(const Bin* left, const Bin* right, int bins, float presence, GainRange range,
-                      Bin* out_left, Bin* out_right) {
-    for (int k = 0; k < bins; ++k) {
-        const float side_power = power(left[k] - right[k]);
-        out_left[k] = gained(left[k], side_power, presence, range);
-        out_right[k] = gained(right[k], side_power, presence, range);
-    }
+#if HWY_ONCE
+namespace sonivex {
+
+HWY_EXPORT(applyCentreGains);
+
+void applyCentreGains(const float* shares, int bins, float presence, GainRange range, Bin* spectrum) {
+    HWY_DYNAMIC_DISPATCH(applyCentreGains)(shares, bins, presence, range, spectrum);
 }
 
 }  // namespace sonivex
+#endif

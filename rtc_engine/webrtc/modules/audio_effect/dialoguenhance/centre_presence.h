@@ -6,32 +6,38 @@
  *   p        = (flux(centre) / (flux(centre) + flux(D) + eps) - 0.5) * voice_level, held to 0..1
  *   presence = 0.9 * presence + 0.1 * p
  *
- * All in float, but for the magnitudes' insides and the smoothing. eps is 2^-23. Real-time safe. Arrays must
- * not overlap. */
+ * All in float, but for the magnitudes' insides and the smoothing. eps is 2^-23. These are the laws for one
+ * bin and for one frame; bin_analysis.h takes them through a spectrum. Real-time safe. */
 #pragma once
 
+#include <cfloat>
+#include <cmath>
+
 #include "bin.h"
+#include "float_rules.h"
 
 namespace sonivex {
 
-/** The centre of every bin. The factor is not held at 0: where the channels oppose each other it is negative.
- */
-void estimateCentre(const Bin* left, const Bin* right, int bins, Bin* centre);
+/** The factor is not held at 0: where the channels oppose each other it is negative. */
+inline Bin centreOf(Bin left, Bin right) {
+    const Bin sum = left + right;
+    const Bin difference = left - right;
+    const float factor = (1.0F - std::sqrt(power(difference) / (power(sum) + FLT_EPSILON))) * 0.5F;
+    return factor * sum;
+}
 
-/** out[k] = |x[k]|, the very number that hypotf gives. */
-void magnitudes(const Bin* x, int bins, float* out);
-
-/** out[k] = |left[k] - right[k]|, likewise. */
-void sideMagnitudes(const Bin* left, const Bin* right, int bins, float* out);
+/** |x|, the very number that hypotf gives. In double the square of a float is exact and neither overflows nor
+ *  vanishes, so this needs no scaling and no branch. */
+inline float magnitudeOf(Bin x) {
+    const double re = x.re;
+    const double im = x.im;
+    return static_cast<float>(std::sqrt(re * re + im * im));
+}
 
 struct Fluxes {
     float centre;
     float side;
 };
-
-/** Both fluxes from the magnitudes of this frame and of the one before. */
-Fluxes spectralFluxes(const float* centre, const float* previous_centre, const float* side,
-                      const float* previous_side, int bins);
 
 /** The next presence, 0..1, from the one before; voice_level must be finite. */
 float nextPresence(float presence, Fluxes fluxes, float voice_level);

@@ -16,7 +16,6 @@
 namespace {
 
 constexpr int kChannels = 2;
-constexpr int kHopsPerFrame = 4;
 
 /* A frame lasts about 43 ms at the usual rates, and no less at the higher ones. */
 constexpr int kPoints = 2048;
@@ -25,7 +24,8 @@ constexpr int kPointsOfVeryHighRates = 8192;
 constexpr int kHighRatesAboveHz = 50000;
 constexpr int kVeryHighRatesAboveHz = 100000;
 
-static_assert(kChannels * kPointsOfVeryHighRates / kHopsPerFrame == sonivex::kDialogueMaxBlockSamples);
+static_assert(kChannels * kPointsOfVeryHighRates / sonivex::kHopsPerFrame ==
+              sonivex::kDialogueMaxBlockSamples);
 
 /* Part of the log lines, see effect_log.h. */
 constexpr const char* kLogSource = "dialoguenhance";
@@ -48,15 +48,14 @@ bool allocateArrays(DialoguEnhanceHandle& handle) {
     const int points = handle.fftSize;
     const int bins = points / 2 + 1;
     for (auto* array : {&handle.sineWindow, &handle.inLeft, &handle.inRight, &handle.outLeft,
-                        &handle.outRight, &handle.frameLeft, &handle.frameRight}) {
+                        &handle.outRight, &handle.frame}) {
         if (!sonivex::allocate(*array, points)) return false;
     }
-    for (auto* array :
-         {&handle.specLeft, &handle.specRight, &handle.centreSpec, &handle.workLeft, &handle.workRight}) {
+    for (auto* array : {&handle.specLeft, &handle.specRight}) {
         if (!sonivex::allocate(*array, bins)) return false;
     }
-    for (auto* array : {&handle.centreMagnitude, &handle.sideMagnitude, &handle.prevCentreMagnitude,
-                        &handle.prevSideMagnitude}) {
+    for (auto* array :
+         {&handle.shareLeft, &handle.shareRight, &handle.centreMagnitude, &handle.sideMagnitude}) {
         if (!sonivex::allocate(*array, bins)) return false;
     }
     return true;
@@ -101,7 +100,7 @@ void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, d
     handle->gainScale = gainScale;
     handle->voiceLevel = voiceLevel;
     handle->fftSize = pointsOf(sampleRate);
-    handle->hopSize = handle->fftSize / kHopsPerFrame;
+    handle->hopSize = handle->fftSize / sonivex::kHopsPerFrame;
 
     if (!allocateArrays(*handle) || !initTransforms(*handle) || !makeLimiter(*handle)) return nullptr;
     sonivex::makeSineWindow(handle->fftSize, handle->sineWindow.get());

@@ -7,6 +7,7 @@
 #include "au2_limiter.h"
 #include "av_array.h"
 #include "bin.h"
+#include "framing.h"
 #include "real_transforms.h"
 #include "sample_ring.h"
 
@@ -33,15 +34,14 @@ struct DialoguEnhanceHandle {
     std::int32_t hopSize;  // also the frames of a block
 
     sonivex::AvArray<float> sineWindow;                  // [N]
-    sonivex::AvArray<float> inLeft, inRight;             // [N] the last N input samples
-    sonivex::AvArray<float> outLeft, outRight;           // [N] sum of the output frames so far
-    sonivex::AvArray<float> frameLeft, frameRight;       // [N] windowed input
-    sonivex::AvArray<sonivex::Bin> specLeft, specRight;  // [K] of the current frame; then its output, [N]
-    sonivex::AvArray<sonivex::Bin> centreSpec;           // [K]
-    sonivex::AvArray<sonivex::Bin> workLeft, workRight;  // [K] spectra after the gains
-    /* Of a frame only these are needed by the next one. The history's last bin stays 0. */
-    sonivex::AvArray<float> centreMagnitude, sideMagnitude;          // [K]
-    sonivex::AvArray<float> prevCentreMagnitude, prevSideMagnitude;  // [K]
+    sonivex::HopRing hops;                               // where a frame's hops lie in the four rings
+    sonivex::AvArray<float> inLeft, inRight;             // [N] ring: the last N input samples
+    sonivex::AvArray<float> outLeft, outRight;           // [N] ring: sum of the output frames so far
+    sonivex::AvArray<float> frame;                       // [N] of one channel: windowed input, or output
+    sonivex::AvArray<sonivex::Bin> specLeft, specRight;  // [K] of the frame; then with the gains
+    sonivex::AvArray<float> shareLeft, shareRight;       // [K] of the centre in each channel
+    /* Of a frame only these are needed by the next one. Between blocks the last bin's are 0. */
+    sonivex::AvArray<float> centreMagnitude, sideMagnitude;  // [K]
 
     std::unique_ptr<Au2LimiterState, sonivex::FreeLimiter> limiter;
     sonivex::ForwardTransform forwardTx[2];  // left, right
@@ -50,7 +50,6 @@ struct DialoguEnhanceHandle {
 
     float blockIn[sonivex::kDialogueBlockCapacity];  // a block interleaved
     float blockOut[sonivex::kDialogueBlockCapacity];
-    float staging[sonivex::kDialogueMaxBlockSamples];  // a block, left half and right half
     sonivex::SampleRing inRing;
     sonivex::SampleRing outRing;
 };

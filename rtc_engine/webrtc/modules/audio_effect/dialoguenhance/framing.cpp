@@ -1,18 +1,101 @@
-#include "framing.h"
+/* Compiled once for every set of vector instructions; the best one of the processor is taken at run time. */
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "framing.cpp"
+#include "vector_targets.h"
+/* vector_targets.h comes first. */
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstddef>
-#include <numbers>
 
 #include "float_rules.h"
+#include "framing.h"
 
-namespace sonivex {
-namespace {
+HWY_BEFORE_NAMESPACE();
+namespace sonivex::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
 
 constexpr float kOverlapDivisor = 1.5F;
 
-}  // namespace
+void splitStereo(const float* in, int frames, float* left, float* right) {
+    const hn::ScalableTag<float> d;
+    const auto lanes = static_cast<std::ptrdiff_t>(hn::Lanes(d));
+    std::ptrdiff_t i = 0;
+    for (; i + lanes <= frames; i += lanes) {
+        hn::Vec<decltype(d)> l;
+        hn::Vec<decltype(d)> r;
+        hn::LoadInterleaved2(d, in + 2 * i, l, r);
+        hn::StoreU(l, d, left + i);
+        hn::StoreU(r, d, right + i);
+    }
+    for (; i < frames; ++i) {
+        left[i] = in[2 * i];
+        right[i] = in[2 * i + 1];
+    }
+}
+
+void applyWindow(const float* in, const float* window, int count, float* out) {
+    const hn::ScalableTag<float> d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    int i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        hn::StoreU(hn::Mul(hn::LoadU(d, in + i), hn::LoadU(d, window + i)), d, out + i);
+    }
+    for (; i < count; ++i) out[i] = in[i] * window[i];
+}
+
+void startOverlap(const float* frame, const float* window, int count, float* sum) {
+    const hn::ScalableTag<float> d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    int i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        const auto product = hn::Mul(hn::LoadU(d, frame + i), hn::LoadU(d, window + i));
+        hn::StoreU(hn::Add(hn::Zero(d), product), d, sum + i);
+    }
+    for (; i < count; ++i) sum[i] = 0.0F + frame[i] * window[i];
+}
+
+void overlapAdd(const float* frame, const float* window, int count, float* sum) {
+    const hn::ScalableTag<float> d;
+    const int lanes = static_cast<int>(hn::Lanes(d));
+    int i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        const auto product = hn::Mul(hn::LoadU(d, frame + i), hn::LoadU(d, window + i));
+        hn::StoreU(hn::Add(hn::LoadU(d, sum + i), product), d, sum + i);
+    }
+    for (; i < count; ++i) sum[i] += frame[i] * window[i];
+}
+
+void emitStereo(const float* left, const float* right, int frames, float* out) {
+    const hn::ScalableTag<float> d;
+    const auto lanes = static_cast<std::ptrdiff_t>(hn::Lanes(d));
+    const auto divisor = hn::Set(d, kOverlapDivisor);
+    std::ptrdiff_t i = 0;
+    for (; i + lanes <= frames; i += lanes) {
+        hn::StoreInterleaved2(hn::Div(hn::LoadU(d, left + i), divisor),
+                              hn::Div(hn::LoadU(d, right + i), divisor), d, out + 2 * i);
+    }
+    for (; i < frames; ++i) {
+        out[2 * i] = left[i] / kOverlapDivisor;
+        out[2 * i + 1] = right[i] / kOverlapDivisor;
+    }
+}
+
+}  // namespace sonivex::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+#include <cmath>
+#include <numbers>
+
+namespace sonivex {
+
+HWY_EXPORT(applyWindow);
+HWY_EXPORT(emitStereo);
+HWY_EXPORT(overlapAdd);
+HWY_EXPORT(splitStereo);
+HWY_EXPORT(startOverlap);
 
 void makeSineWindow(int points, float* window) {
     for (int i = 0; i < points - 1; ++i) {
@@ -22,35 +105,24 @@ void makeSineWindow(int points, float* window) {
 }
 
 void splitStereo(const float* in, int frames, float* left, float* right) {
-    for (std::ptrdiff_t i = 0; i < frames; ++i) {
-        left[i] = in[2 * i];
-        right[i] = in[2 * i + 1];
-    }
+    HWY_DYNAMIC_DISPATCH(splitStereo)(in, frames, left, right);
 }
 
-void appendHop(const float* samples, int hop, float* buffer, int points) {
-    std::copy(buffer + hop, buffer + points, buffer);
-    std::copy_n(samples, hop, buffer + points - hop);
+void applyWindow(const float* in, const float* window, int count, float* out) {
+    HWY_DYNAMIC_DISPATCH(applyWindow)(in, window, count, out);
 }
 
-void appendSilence(int hop, float* buffer, int points) {
-    std::copy(buffer + hop, buffer + points, buffer);
-    std::fill_n(buffer + points - hop, hop, 0.0F);
+void startOverlap(const float* frame, const float* window, int count, float* sum) {
+    HWY_DYNAMIC_DISPATCH(startOverlap)(frame, window, count, sum);
 }
 
-void applyWindow(const float* in, const float* window, int points, float* out) {
-    for (int i = 0; i < points; ++i) out[i] = in[i] * window[i];
-}
-
-void overlapAdd(const float* frame, const float* window, int points, float* out) {
-    for (int i = 0; i < points; ++i) out[i] += frame[i] * window[i];
+void overlapAdd(const float* frame, const float* window, int count, float* sum) {
+    HWY_DYNAMIC_DISPATCH(overlapAdd)(frame, window, count, sum);
 }
 
 void emitStereo(const float* left, const float* right, int frames, float* out) {
-    for (std::ptrdiff_t i = 0; i < frames; ++i) {
-        out[2 * i] = left[i] / kOverlapDivisor;
-        out[2 * i + 1] = right[i] / kOverlapDivisor;
-    }
+    HWY_DYNAMIC_DISPATCH(emitStereo)(left, right, frames, out);
 }
 
 }  // namespace sonivex
+#endif

@@ -1,9 +1,7 @@
 #include "spectral_block.h"
 
-#include <algorithm>
-
+#include "bin_analysis.h"
 #include "centre_gains.h"
-#include "centre_presence.h"
 #include "framing.h"
 #include "pcm.h"
 #include "unit_scale.h"
@@ -11,65 +9,68 @@
 namespace sonivex {
 namespace {
 
-void analyse(DialoguEnhanceHandle& h) {
-    const int points = h.fftSize;
+/* The newest frame of one channel. */
+void analyse(const DialoguEnhanceHandle& h, const float* in, const ForwardTransform& transform,
+             Bin* spectrum) {
     const int hop = h.hopSize;
-    float* const left = h.staging;
-    float* const right = h.staging + hop;
-    splitStereo(h.blockIn, hop, left, right);
-    appendHop(left, hop, h.inLeft.get(), points);
-    appendHop(right, hop, h.inRight.get(), points);
-    applyWindow(h.inLeft.get(), h.sineWindow.get(), points, h.frameLeft.get());
-    applyWindow(h.inRight.get(), h.sineWindow.get(), points, h.frameRight.get());
-    h.forwardTx[0].run(h.frameLeft.get(), h.specLeft.get());
-    h.forwardTx[1].run(h.frameRight.get(), h.specRight.get());
+    float* const frame = h.frame.get();
+    for (int i = 0; i < kHopsPerFrame; ++i) {
+        applyWindow(in + h.hops.placeOf(i) * hop, h.sineWindow.get() + i * hop, hop, frame + i * hop);
+    }
+    transform.run(frame, spectrum);
 }
 
 void followPresence(DialoguEnhanceHandle& h) {
     const int bins = h.fftSize / 2 + 1;
-    estimateCentre(h.specLeft.get(), h.specRight.get(), bins, h.centreSpec.get());
-    magnitudes(h.centreSpec.get(), bins, h.centreMagnitude.get());
-    sideMagnitudes(h.specLeft.get(), h.specRight.get(), bins, h.sideMagnitude.get());
-    const Fluxes fluxes = spectralFluxes(h.centreMagnitude.get(), h.prevCentreMagnitude.get(),
-                                         h.sideMagnitude.get(), h.prevSideMagnitude.get(), bins);
+    const Fluxes fluxes = analyseBins(h.specLeft.get(), h.specRight.get(), bins,
+                                      {h.centreMagnitude.get(), h.sideMagnitude.get()},
+                                      {h.shareLeft.get(), h.shareRight.get()});
     h.presence = nextPresence(h.presence, fluxes, static_cast<float>(h.voiceLevel));
 
     /* The last bin has no history: its whole magnitude counts as change in every frame. */
-    std::copy_n(h.centreMagnitude.get(), bins - 1, h.prevCentreMagnitude.get());
-    std::copy_n(h.sideMagnitude.get(), bins - 1, h.prevSideMagnitude.get());
+    h.centreMagnitude[bins - 1] = 0.0F;
+    h.sideMagnitude[bins - 1] = 0.0F;
 }
 
-void synthesise(DialoguEnhanceHandle& h) {
-    const int points = h.fftSize;
-    const int hop = h.hopSize;
+/* Adds one channel's frame to the sum of those before. */
+void synthesise(const DialoguEnhanceHandle& h, const float* shares, Bin* spectrum,
+                const InverseTransform& transform, float* sum) {
     const GainRange range = {static_cast<float>(h.gainFloor), static_cast<float>(h.gainScale)};
-    applyCentreGains(h.specLeft.get(), h.specRight.get(), points / 2 + 1, h.presence, range, h.workLeft.get(),
-                     h.workRight.get());
+    applyCentreGains(shares, h.fftSize / 2 + 1, h.presence, range, spectrum);
+    float* const frame = h.frame.get();
+    transform.run(spectrum, frame);
 
-    /* The spectra are done with; the output frames take their place. */
-    auto* const left = reinterpret_cast<float*>(h.specLeft.get());
-    auto* const right = reinterpret_cast<float*>(h.specRight.get());
-    h.inverseTx[0].run(h.workLeft.get(), left);
-    h.inverseTx[1].run(h.workRight.get(), right);
-
-    appendSilence(hop, h.outLeft.get(), points);
-    appendSilence(hop, h.outRight.get(), points);
-    overlapAdd(left, h.sineWindow.get(), points, h.outLeft.get());
-    overlapAdd(right, h.sineWindow.get(), points, h.outRight.get());
-    emitStereo(h.outLeft.get(), h.outRight.get(), hop, h.blockOut);
+    const int hop = h.hopSize;
+    const float* const window = h.sineWindow.get();
+    const int last = kHopsPerFrame - 1;
+    for (int i = 0; i < last; ++i) {
+        overlapAdd(frame + i * hop, window + i * hop, hop, sum + h.hops.placeOf(i) * hop);
+    }
+    startOverlap(frame + last * hop, window + last * hop, hop, sum + h.hops.placeOf(last) * hop);
 }
 
 }  // namespace
 
-void processDialogueBlock(DialoguEnhanceHandle& handle, std::int16_t* block) {
-    const int samples = 2 * handle.hopSize;
-    int16ToUnitScale(block, samples, handle.blockIn);
-    analyse(handle);
-    followPresence(handle);
-    synthesise(handle);
-    unitScaleToInt16Units(handle.blockOut, samples, handle.blockIn);
-    au2_limiter_proc(handle.limiter.get(), handle.blockIn, samples, handle.blockOut);
-    floatToInt16(handle.blockOut, samples, block);
+void processDialogueBlock(DialoguEnhanceHandle& h, std::int16_t* block) {
+    const int hop = h.hopSize;
+    const int samples = 2 * hop;
+    h.hops.advance();
+
+    int16ToUnitScale(block, samples, h.blockIn);
+    const int newest = h.hops.placeOf(kHopsPerFrame - 1) * hop;
+    splitStereo(h.blockIn, hop, h.inLeft.get() + newest, h.inRight.get() + newest);
+
+    analyse(h, h.inLeft.get(), h.forwardTx[0], h.specLeft.get());
+    analyse(h, h.inRight.get(), h.forwardTx[1], h.specRight.get());
+    followPresence(h);
+    synthesise(h, h.shareLeft.get(), h.specLeft.get(), h.inverseTx[0], h.outLeft.get());
+    synthesise(h, h.shareRight.get(), h.specRight.get(), h.inverseTx[1], h.outRight.get());
+
+    const int oldest = h.hops.placeOf(0) * hop;
+    emitStereo(h.outLeft.get() + oldest, h.outRight.get() + oldest, hop, h.blockOut);
+    unitScaleToInt16Units(h.blockOut, samples, h.blockIn);
+    au2_limiter_proc(h.limiter.get(), h.blockIn, samples, h.blockOut);
+    floatToInt16(h.blockOut, samples, block);
 }
 
 }  // namespace sonivex

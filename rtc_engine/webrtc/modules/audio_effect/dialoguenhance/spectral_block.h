@@ -8,6 +8,6 @@
 namespace sonivex {
 
 /** Process hopSize interleaved stereo frames in place. Real-time safe. */
-void processDialogueBlock(DialoguEnhanceHandle& handle, std::int16_t* block);
+void processDialogueBlock(DialoguEnhanceHandle& h, std::int16_t* block);
 
 }  // namespace sonivex
