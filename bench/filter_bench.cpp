@@ -1,4 +1,4 @@
-// The whole filter per frame of 1024: queues, conversion to 16-bit, normalizer, conversion back. An inactive
+// The whole filter per frame of 1024: queues, conversion to 16-bit, effect, conversion back. An inactive
 // filter, so that the work is done in `push`. "bypassed" is the cost of the queues alone.
 #include <benchmark/benchmark.h>
 
@@ -11,10 +11,11 @@ constexpr int kFrames = 1024;
 constexpr int kRate_hz = 48000;
 constexpr int kVariety = 16;  // blocks of different noise
 
-void filterFrame(benchmark::State& state, AVSampleFormat format, int channels, bool isBypassed) {
+void filterFrame(benchmark::State& state, AVSampleFormat format, int channels, const std::string& effect) {
+    const bool isBypassed = effect == "bypassed";
     Vorlin::sonivexFilter filter({}, {}, false);
     filter.init(0);
-    filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
+    filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_)" + effect + R"(": true})", "");
     filter.setInvalid(isBypassed);
 
     std::vector<std::unique_ptr<Vorlin::AVQFFrame>> material;
@@ -38,12 +39,12 @@ void filterFrame(benchmark::State& state, AVSampleFormat format, int channels, b
 }
 
 void registerAll() {
-    for (const bool isBypassed : {false, true}) {
+    for (const char* const effect : {"normalizer", "surround", "bypassed"}) {
         for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
             for (const int channels : {1, 2, 6, 8}) {
-                const std::string name = std::string("filter/") + (isBypassed ? "bypassed/" : "normalizer/") +
+                const std::string name = std::string("filter/") + effect + "/" +
                                          av_get_sample_fmt_name(format) + "/" + std::to_string(channels);
-                benchmark::RegisterBenchmark(name.c_str(), filterFrame, format, channels, isBypassed);
+                benchmark::RegisterBenchmark(name.c_str(), filterFrame, format, channels, effect);
             }
         }
     }
