@@ -15,7 +15,9 @@ void analyse(const DialoguEnhanceHandle& h, const float* in, const ForwardTransf
     const int hop = h.hopSize;
     float* const frame = h.frame.get();
     for (int i = 0; i < kHopsPerFrame; ++i) {
-        applyWindow(in + h.hops.placeOf(i) * hop, h.sineWindow.get() + i * hop, hop, frame + i * hop);
+        const int start = i * hop;
+        const int place = h.hops.placeOf(i) * hop;
+        applyWindow(in + place, h.sineWindow.get() + start, hop, frame + start);
     }
     transform.run(frame, spectrum);
 }
@@ -28,8 +30,8 @@ void followPresence(DialoguEnhanceHandle& h) {
     h.presence = nextPresence(h.presence, fluxes, static_cast<float>(h.voiceLevel));
 
     /* The last bin has no history: its whole magnitude counts as change in every frame. */
-    h.centreMagnitude[bins - 1] = 0.0F;
-    h.sideMagnitude[bins - 1] = 0.0F;
+    h.centreMagnitude.get()[bins - 1] = 0.0F;
+    h.sideMagnitude.get()[bins - 1] = 0.0F;
 }
 
 /* Adds one channel's frame to the sum of those before. */
@@ -42,11 +44,13 @@ void synthesise(const DialoguEnhanceHandle& h, const float* shares, Bin* spectru
 
     const int hop = h.hopSize;
     const float* const window = h.sineWindow.get();
-    const int last = kHopsPerFrame - 1;
-    for (int i = 0; i < last; ++i) {
-        overlapAdd(frame + i * hop, window + i * hop, hop, sum + h.hops.placeOf(i) * hop);
+    for (int i = 0; i < kHopsPerFrame; ++i) {
+        const int start = i * hop;
+        const int place = h.hops.placeOf(i) * hop;
+        const bool is_first_there = i == kHopsPerFrame - 1;
+        const auto add = is_first_there ? startOverlap : overlapAdd;
+        add(frame + start, window + start, hop, sum + place);
     }
-    startOverlap(frame + last * hop, window + last * hop, hop, sum + h.hops.placeOf(last) * hop);
 }
 
 }  // namespace
