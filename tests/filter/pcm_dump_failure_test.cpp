@@ -1,7 +1,9 @@
 // Whatever goes wrong with a dump is logged, and playback goes on.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -101,6 +103,44 @@ TEST_F(PcmDumpFailure, APlantedPipeDoesNotHoldTheWorker) {
     EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + directory.file(nameOf("output")) +
                         ", errno=6 (No such device or address)"),
               1);
+}
+
+// Written to, it would end the player's process as soon as its reader goes.
+TEST_F(PcmDumpFailure, APlantedPipeThatIsReadGetsNothing) {
+    const DumpDirectory directory;
+    WithSystemFaults faults;
+    faults->randomNumbers = {1, 1};
+    const auto id = Peer::generateSessionId();
+    const auto path = directory.file(dumpFileName("normalizer", "output", id));
+    ASSERT_EQ(mkfifo(path.c_str(), 0644), 0);
+    const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_NE(reader, -1);
+    const int descriptorsBefore = openDescriptors();
+    for (int i = 0; i < 2; ++i) expectToPlay();
+    EXPECT_EQ(filter.field(Peer::sessionId), id);
+    EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + path + ", errno=22 (Invalid argument)"), 2);
+    EXPECT_EQ(openDescriptors(), descriptorsBefore + 1) << "the input's file";
+    char heard[1];
+    EXPECT_EQ(read(reader, heard, sizeof(heard)), 0) << "nobody writes";
+    EXPECT_EQ(close(reader), 0);
+    expectToPlay();
+}
+
+TEST_F(PcmDumpFailure, AFileWithAnotherNameIsRefusedAndLeftAlone) {
+    const DumpDirectory directory;
+    WithSystemFaults faults;
+    faults->randomNumbers = {1, 1};
+    const auto id = Peer::generateSessionId();
+    const auto path = directory.file(dumpFileName("normalizer", "output", id));
+    writeFile(directory.file("target"), "precious");
+    std::filesystem::create_hard_link(directory.file("target"), path);
+    expectToPlay();
+    EXPECT_EQ(filter.field(Peer::sessionId), id);
+    EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + path + ", errno=31 (Too many links)"), 1);
+    EXPECT_EQ(readFile(directory.file("target")), "precious");
+    ASSERT_TRUE(std::filesystem::remove(directory.file("target")));
+    expectToPlay();
+    EXPECT_EQ(std::filesystem::file_size(path), 4096u) << "begun anew once the name is its only one";
 }
 
 /** A disk that takes files of so many bytes. */
