@@ -1,6 +1,7 @@
 // Whatever goes wrong with a dump is logged, and playback goes on.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/fsuid.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -74,6 +75,46 @@ TEST_F(PcmDumpFailure, ADirectoryThatIsAFileIsLogged) {
     Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, parent.file("file"));
     expectToPlay();
     EXPECT_EQ(linesWith("errno=20 (Not a directory)"), 2);
+}
+
+/** A folder that the calling thread may enter but not write to, not even as root. */
+class WriteProtected {
+  public:
+    explicit WriteProtected(const std::string& folder) : mFolder(folder) {
+        EXPECT_EQ(chmod(folder.c_str(), 0555), 0);
+        if (geteuid() != 0) return;
+        setfsuid(kNobody);
+        EXPECT_EQ(currentUser(), kNobody);
+    }
+    WriteProtected(const WriteProtected&) = delete;
+    WriteProtected& operator=(const WriteProtected&) = delete;
+    ~WriteProtected() {
+        setfsuid(geteuid());
+        EXPECT_EQ(chmod(mFolder.c_str(), 0755), 0);
+    }
+
+  private:
+    static constexpr uid_t kNobody = 65534;
+    // An impossible user changes nothing and is answered with the present one.
+    static uid_t currentUser() { return static_cast<uid_t>(setfsuid(static_cast<uid_t>(-1))); }
+
+    std::string mFolder;
+};
+
+TEST_F(PcmDumpFailure, AWriteProtectedDirectoryIsLoggedUntilItIsOpened) {
+    const DumpDirectory directory;
+    {
+        const WriteProtected folder(directory.path());
+        expectToPlay();
+        for (const char* stage : {"input", "output"}) {
+            EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + directory.file(nameOf(stage)) +
+                                ", errno=13 (Permission denied)"),
+                      1);
+        }
+        EXPECT_EQ(directory.names(), std::vector<std::string>{});
+    }
+    expectToPlay();
+    EXPECT_EQ(directory.names(), (std::vector<std::string>{nameOf("input"), nameOf("output")}));
 }
 
 TEST_F(PcmDumpFailure, APlantedLinkIsRefusedAndItsTargetLeftAlone) {
