@@ -111,8 +111,9 @@ PairDifference comparePair(const ComparedSide& input, const ComparedSide& output
     const int64_t count = std::min(input.frames - inputFrom, output.frames - outputFrom);
     const double before = energyOf(input.open(), inputFrom, count);
     const double after = energyOf(output.open(), outputFrom, count);
-    const double ratio = after / before;
-    if (ratio > 0.0 && std::isfinite(ratio)) difference.gain_db = 10.0 * std::log10(ratio);
+    const bool bothSound = before > 0.0 && after > 0.0;
+    if (bothSound && std::isfinite(before) && std::isfinite(after))
+        difference.gain_db = 10.0 * std::log10(after / before);
     return difference;
 }
 
