@@ -33,17 +33,17 @@ enum class Effect { None, Dialogue, Surround, Normalizer };
 
 /** The audio effects as one filter of the player: surround for headphones, dialogue enhancement, normalizer.
  *
- *      push -> mInQueue -> FilterLoop: checks -> input graph (to s16) -> effect -> output graph -> mOutQueue
- * -> pull
+ *      push -> mInQueue -> FilterLoop: checks -> input graph (to s16) -> effect -> output graph
+ *           -> mOutQueue -> pull
  *
  *  Threads: the player's thread calls every public function; an active filter's worker runs `FilterLoop`, an
  *  inactive filter runs it inside `push`. The two queues are the only hand-over. Options are relaxed atomics;
- * the graphs, the handles and what is remembered of the stream belong to the worker, and to `flush` while it
- * pauses.
+ *  the graphs, the handles and what is remembered of the stream belong to the worker, and to `flush` while
+ *  it pauses.
  *
  *  Ownership: a frame belongs to the filter from a successful `push` until `pull`; timestamps, duration, side
- * data and metadata of a frame come out as they went in. Options of an effect hold from the moment its handle
- * is made, at the first frame that needs it; a later change takes effect after the next `flush`. */
+ *  data and metadata of a frame come out as they went in. Options of an effect hold from the moment its
+ *  handle is made, at the first frame that needs it; a later change takes effect after the next `flush`. */
 class sonivexFilter : public IAudioFilter, public filterPrototype {
   public:
     /** The prototype through which the player finds the filter: enters itself in the registry. */

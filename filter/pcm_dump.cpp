@@ -60,11 +60,22 @@ std::string fileNameOf(const std::string& effect, const char* stage, const std::
 }
 
 // The directory may be shared and the name guessed: a planted link is refused, and a planted pipe without a
-// reader too instead of waiting for one.
+// reader too instead of waiting for one. What is there stays as it is until `emptyDumpFile` has looked at it.
 int openForDump(const std::string& path) {
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     constexpr mode_t kOwnerWritesAllRead = 0644;
     return retryInterrupted([&] { return ::open(path.c_str(), kFlags, kOwnerWritesAllRead); });
+}
+
+// Empty a file that is the dump's alone. A pipe would end the process when its reader goes, and a file with
+// another name is somebody's. Whose it is says nothing: some disks show every file as another user's.
+// @return 0, or why not, as an errno; the file is as it was then.
+int emptyDumpFile(int file) {
+    struct stat status {};
+    if (::fstat(file, &status) != 0) return errno;
+    if (!S_ISREG(status.st_mode)) return EINVAL;
+    if (status.st_nlink > 1) return EMLINK;
+    return retryInterrupted([file] { return ::ftruncate(file, 0); }) == 0 ? 0 : errno;
 }
 
 }  // namespace
@@ -124,8 +135,8 @@ void sonivexFilter::startDumpSession(const std::string& directory, const std::st
 // @return whether `name` has a descriptor now; if not, that is logged.
 bool sonivexFilter::openDumpFile(const std::string& name, const std::string& path) {
     OwnedDescriptor file(openForDump(path));
-    if (file.get() == kClosed) {
-        const int error = errno;
+    const int error = file.get() == kClosed ? errno : emptyDumpFile(file.get());
+    if (error != 0) {
         __log_print(LOG_ERROR, kFilterName, "sonivex: failed to open dump file %s, errno=%d (%s)",
                     path.c_str(), error, textOf(error).c_str());
         return false;

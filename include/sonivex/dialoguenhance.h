@@ -23,7 +23,7 @@
  *  @param gainFloor  gain of a bin without dialogue, linear; usually 1.
  *  @param gainScale  what full presence adds to the gain of a bin that is all centre, linear; usually 1.
  *  @param voiceLevel sensitivity of the presence, usually 1. At 0 the presence stays 0; at 2 and above the
- * same material in both channels brings it to 1. Below 0 it answers to the sides instead.
+ *                    same material in both channels brings it to 1. Below 0 it answers to the sides instead.
  *  @return a handle that the caller releases with aem_ReleaseDialoguEnhance, or null: memory has run out
  *          (a line on standard output when it was the handle's own), or gainFloor, gainScale or voiceLevel is
  *          not finite as a float.

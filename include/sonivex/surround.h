@@ -22,7 +22,7 @@
  *  @return a handle that the caller releases with aem_ReleaseSurround, or null: memory has run out (logged;
  *          everything is freed), or type or channels are not supported (logged; up to 0.5 MiB stay allocated
  *          for ever, so do not try).
- *  Allocates up to 3.3 MiB; not real-time safe. */
+ *  Allocates up to 2.6 MiB; not real-time safe. */
 SONIVEX_API void* aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter);
 
 /** Render one call's worth of PCM.

@@ -41,6 +41,7 @@ TEST_F(Dump, OfDialogueShowsItsDelayAndItsGain) {
         render({"--effect", "dialogue", "--dump", dumps.path(), file("mix.wav"), file("out.wav")});
     EXPECT_EQ(report["dump_folder"], dumps.path());
     EXPECT_EQ(report["dump_files"].get<std::vector<std::string>>(), dumps.names());
+    EXPECT_TRUE(report["notes"].empty()) << report["notes"];
     const auto seen = inspectDumps();
     ASSERT_EQ(seen["files"].size(), 2U);
     ASSERT_EQ(seen["pairs"].size(), 1U);
@@ -51,7 +52,9 @@ TEST_F(Dump, OfDialogueShowsItsDelayAndItsGain) {
 
 TEST_F(Dump, OfTheNormalizerHoldsWhatWentInAndWhatCameOut) {
     test::makeQuietSpeech(file("in.wav"), 1);
-    render({"--dump", dumps.path(), "--frame-size", "256", file("in.wav"), file("out.wav")});
+    const auto report =
+        render({"--dump", dumps.path(), "--frame-size", "256", file("in.wav"), file("out.wav")});
+    EXPECT_TRUE(report["notes"].empty()) << report["notes"];
     ASSERT_EQ(dumps.names().size(), 2U);
     const auto seen = inspectDumps({"--channels", "1"});
     EXPECT_EQ(seen["pairs"][0]["latency_frames"], 256);
@@ -65,8 +68,9 @@ TEST_F(Dump, OfTheNormalizerHoldsWhatWentInAndWhatCameOut) {
 
 TEST_F(Dump, OfSurroundTellsItsChannelsByTheSizes) {
     test::makeQuietSpeech(file("in.wav"), 6);
-    render({"--effect", "surround", "--dump", dumps.path(), "--frame-size", "480", file("in.wav"),
-            file("out.wav")});
+    const auto report = render({"--effect", "surround", "--dump", dumps.path(), "--frame-size", "480",
+                                file("in.wav"), file("out.wav")});
+    EXPECT_TRUE(report["notes"].empty()) << report["notes"];
     const auto seen = inspectDumps({"--rate", "48000"});
     EXPECT_EQ(seen["files"][0]["channels"], 6);
     EXPECT_EQ(seen["files"][1]["channels"], 2);
@@ -86,6 +90,7 @@ TEST_F(Dump, AFlushOnTheWayEndsOneSessionAndBeginsAnother) {
         EXPECT_EQ(report["frames_dropped"], 0);
         ASSERT_EQ(report["dump_files"].size(), 4U);
         EXPECT_EQ(dumps.names().size(), before.size() + 4);
+        EXPECT_TRUE(report["notes"].empty()) << report["notes"];
     }
     const auto seen = inspectDumps();
     ASSERT_EQ(seen["pairs"].size(), 4U);
@@ -109,6 +114,25 @@ TEST_F(Dump, AFlushSilencesWhatTheEffectHeldBackAndMovesNothing) {
     for (size_t frame = flush - 1536; frame < flush; ++frame) ASSERT_TRUE(isSilent(frame)) << frame;
     const auto result = inspect({"--pair", file("mix.wav"), file("out.wav"), "--json"});
     EXPECT_EQ(nlohmann::json::parse(result.out)["pairs"][0]["latency_frames"], 0);
+}
+
+// Silence packs into a small file, while its dump hits the limit: the rendering goes on, and says so.
+TEST_F(Dump, SaysWhatDidNotFitOnTheDisk) {
+    test::ffmpeg({"-f", "lavfi", "-i", "anullsrc=sample_rate=48000:channel_layout=stereo", "-t", "1",
+                  file("in.flac")});
+    test::ProcessOptions options;
+    options.fileSizeLimitBytes = 64 * 1024;
+    const auto result =
+        run({"--effect", "dialogue", "--dump", dumps.path(), "--json", file("in.flac"), file("out.flac")},
+            options);
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    // 48000 frames and a delay of 1536 make 49 calls of 1024 frames of 4 bytes, in either file.
+    const std::string missing = std::to_string(2 * (49 * 1024 * 4 - 64 * 1024)) + " bytes are missing";
+    EXPECT_THAT(result.err, HasSubstr(missing));
+    const auto report = nlohmann::json::parse(result.out);
+    ASSERT_EQ(report["notes"].size(), 1U) << report;
+    EXPECT_THAT(report["notes"][0], HasSubstr(missing));
+    EXPECT_EQ(report["dump_files"].size(), 2U);
 }
 
 TEST_F(Dump, NeedsAFolderThatIsThere) {

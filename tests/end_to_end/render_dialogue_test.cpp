@@ -83,6 +83,17 @@ TEST_F(RenderDialogue, LiftsSpeechOutOfItsBackgroundAndMoreWithMoreVoice) {
     EXPECT_NEAR(unchanged["rise_db"].get<double>(), 0.0, 0.1);
 }
 
+TEST_F(RenderDialogue, SpeechOfSamplesThatAreNoNumbersIsRefused) {
+    test::ffmpeg({"-f", "lavfi", "-i",
+                  "aevalsrc=0.1|if(eq(n\\,100)\\,0/0\\,0.1):sample_rate=48000:duration=1", "-c:a",
+                  "pcm_f32le", file("broken.wav")});
+    const auto result = test::runProcess(
+        {SONIVEX_PROGRAM, "speech", file("speech.wav"), file("broken.wav"), file("mix.wav")});
+    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "sonivex: " + file("broken.wav") + ": holds samples that are not finite\n");
+}
+
 // Noise on one side only is no speech in the centre: what stays is the neutral level, 4/3 less 0.02 dB.
 TEST_F(RenderDialogue, NeutralLevelIsTwoAndAHalfDecibels) {
     test::ffmpeg({"-i", file("background.wav"), "-af", "pan=stereo|c0=c0|c1=0*c0", file("left.wav")});

@@ -5,9 +5,9 @@
 
 extern "C" {
 #include <libavutil/dict.h>
-#include <libavutil/mem.h>
 }
 
+#include "allocation_limit.h"
 #include "filter_under_test.h"
 #include "support/direct_normalizer.h"
 #include "vorlin/av_compat.h"
@@ -178,15 +178,6 @@ TEST(Conversion, AFormatThatNoOutputGraphCanMakeFallsBackToSixteenBit) {
     EXPECT_EQ(avFrameOf(out)->format, AV_SAMPLE_FMT_S16);
     EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
 }
-
-// libavutil refuses allocations beyond a limit that a program sets, for all of the program.
-class AllocationLimit {
-  public:
-    explicit AllocationLimit(std::size_t bytes) { av_max_alloc(bytes); }
-    AllocationLimit(const AllocationLimit&) = delete;
-    AllocationLimit& operator=(const AllocationLimit&) = delete;
-    ~AllocationLimit() { av_max_alloc(INT_MAX); }
-};
 
 TEST(Conversion, AFailedOutputConversionDeliversSixteenBitAndTheNextFrameRecovers) {
     constexpr int kFrames = 65536;  // so that a block is larger than anything that making a graph takes

@@ -75,8 +75,10 @@ TEST(FilterDialogue, MakesOneHandleForTheStreamAndReleasesItOnFlush) {
     filter.options(R"({"dialoguenhance_voice": 4})");
     ASSERT_NE(filter.pass(scene(3, AV_SAMPLE_FMT_S16, 44100)), nullptr);
     EXPECT_EQ(engineFaults().dialogueCreates, std::vector{first}) << "the voice holds until the next flush";
+    EXPECT_EQ(engineFaults().dialogueReleases, 0);
     filter->flush();
     EXPECT_EQ(filter.field(Peer::dialogueHandle), nullptr);
+    EXPECT_EQ(engineFaults().dialogueReleases, 1);
     ASSERT_NE(filter.pass(scene(4)), nullptr);
     EXPECT_EQ(engineFaults().dialogueCreates, (std::vector{first, {2, 48000, 1.0, 1.0, 4.0}}));
 }
@@ -155,10 +157,16 @@ TEST(FilterDialogue, EveryEffectGoesOnWhereItWasWhenSwitchedBackTo) {
     EXPECT_EQ(engineFaults().dialogueCreates.size(), 1u);
     EXPECT_EQ(engineFaults().surroundCreates, 1);
     EXPECT_EQ(engineFaults().creates, 1);
+    EXPECT_EQ(engineFaults().dialogueReleases, 0);
+    EXPECT_EQ(engineFaults().surroundReleases, 0);
+    EXPECT_EQ(engineFaults().releases, 0);
     filter->flush();
     EXPECT_EQ(filter.field(Peer::dialogueHandle), nullptr);
     EXPECT_EQ(filter.field(Peer::surroundHandle), nullptr);
     EXPECT_EQ(filter.field(Peer::normalizerHandle), nullptr);
+    EXPECT_EQ(engineFaults().dialogueReleases, 1);
+    EXPECT_EQ(engineFaults().surroundReleases, 1);
+    EXPECT_EQ(engineFaults().releases, 1);
 }
 
 TEST(FilterDialogue, NeverGetsABlockOfAnotherChannelCountThanTheGraphWasMadeFor) {

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -25,6 +27,12 @@ inline std::vector<int16_t> samplesInFile(const std::string& path) {
     std::vector<int16_t> samples(bytes.size() / sizeof(int16_t));
     if (!samples.empty()) std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(int16_t));
     return samples;
+}
+
+/** How many files this process has open. */
+inline int openDescriptors() {
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return static_cast<int>(std::distance(begin(descriptors), end(descriptors)));
 }
 
 inline std::string dumpFileName(const std::string& effect, const std::string& stage,

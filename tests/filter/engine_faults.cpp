@@ -35,6 +35,13 @@ int __wrap_aem_ProcessNormalizer(void* handle, const short* in, short* out, int 
     return __real_aem_ProcessNormalizer(handle, in, out, frames, channels);
 }
 
+void __real_aem_ReleaseNormalizer(void* handle);
+
+void __wrap_aem_ReleaseNormalizer(void* handle) {
+    ++test::engineFaults().releases;
+    __real_aem_ReleaseNormalizer(handle);
+}
+
 void* __real_aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter);
 int __real_aem_ProcessSurround(void* handle, const short* in, short* out, int frames);
 
@@ -51,6 +58,13 @@ void* __wrap_aem_CreateSurround(int channels, int sampleRate, int type, int mode
 int __wrap_aem_ProcessSurround(void* handle, const short* in, short* out, int frames) {
     const int result = test::engineFaults().surroundResult;
     return result < 0 ? result : __real_aem_ProcessSurround(handle, in, out, frames);
+}
+
+void __real_aem_ReleaseSurround(void* handle);
+
+void __wrap_aem_ReleaseSurround(void* handle) {
+    ++test::engineFaults().surroundReleases;
+    __real_aem_ReleaseSurround(handle);
 }
 
 void* __real_aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
@@ -71,5 +85,12 @@ void* __wrap_aem_CreateDialoguEnhance(int channels, int sampleRate, double gainF
 int __wrap_aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames, int sampleRate) {
     const int result = test::engineFaults().dialogueResult;
     return result < 0 ? result : __real_aem_ProcessDialoguEnhance(handle, in, out, frames, sampleRate);
+}
+
+void __real_aem_ReleaseDialoguEnhance(void* handle);
+
+void __wrap_aem_ReleaseDialoguEnhance(void* handle) {
+    ++test::engineFaults().dialogueReleases;
+    __real_aem_ReleaseDialoguEnhance(handle);
 }
 }

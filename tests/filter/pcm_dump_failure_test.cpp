@@ -1,7 +1,10 @@
 // Whatever goes wrong with a dump is logged, and playback goes on.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/fsuid.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -74,6 +77,46 @@ TEST_F(PcmDumpFailure, ADirectoryThatIsAFileIsLogged) {
     EXPECT_EQ(linesWith("errno=20 (Not a directory)"), 2);
 }
 
+/** A folder that the calling thread may enter but not write to, not even as root. */
+class WriteProtected {
+  public:
+    explicit WriteProtected(const std::string& folder) : mFolder(folder) {
+        EXPECT_EQ(chmod(folder.c_str(), 0555), 0);
+        if (geteuid() != 0) return;
+        setfsuid(kNobody);
+        EXPECT_EQ(currentUser(), kNobody);
+    }
+    WriteProtected(const WriteProtected&) = delete;
+    WriteProtected& operator=(const WriteProtected&) = delete;
+    ~WriteProtected() {
+        setfsuid(geteuid());
+        EXPECT_EQ(chmod(mFolder.c_str(), 0755), 0);
+    }
+
+  private:
+    static constexpr uid_t kNobody = 65534;
+    // An impossible user changes nothing and is answered with the present one.
+    static uid_t currentUser() { return static_cast<uid_t>(setfsuid(static_cast<uid_t>(-1))); }
+
+    std::string mFolder;
+};
+
+TEST_F(PcmDumpFailure, AWriteProtectedDirectoryIsLoggedUntilItIsOpened) {
+    const DumpDirectory directory;
+    {
+        const WriteProtected folder(directory.path());
+        expectToPlay();
+        for (const char* stage : {"input", "output"}) {
+            EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + directory.file(nameOf(stage)) +
+                                ", errno=13 (Permission denied)"),
+                      1);
+        }
+        EXPECT_EQ(directory.names(), std::vector<std::string>{});
+    }
+    expectToPlay();
+    EXPECT_EQ(directory.names(), (std::vector<std::string>{nameOf("input"), nameOf("output")}));
+}
+
 TEST_F(PcmDumpFailure, APlantedLinkIsRefusedAndItsTargetLeftAlone) {
     const DumpDirectory directory;
     WithSystemFaults faults;
@@ -101,6 +144,44 @@ TEST_F(PcmDumpFailure, APlantedPipeDoesNotHoldTheWorker) {
     EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + directory.file(nameOf("output")) +
                         ", errno=6 (No such device or address)"),
               1);
+}
+
+// Written to, it would end the player's process as soon as its reader goes.
+TEST_F(PcmDumpFailure, APlantedPipeThatIsReadGetsNothing) {
+    const DumpDirectory directory;
+    WithSystemFaults faults;
+    faults->randomNumbers = {1, 1};
+    const auto id = Peer::generateSessionId();
+    const auto path = directory.file(dumpFileName("normalizer", "output", id));
+    ASSERT_EQ(mkfifo(path.c_str(), 0644), 0);
+    const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_NE(reader, -1);
+    const int descriptorsBefore = openDescriptors();
+    for (int i = 0; i < 2; ++i) expectToPlay();
+    EXPECT_EQ(filter.field(Peer::sessionId), id);
+    EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + path + ", errno=22 (Invalid argument)"), 2);
+    EXPECT_EQ(openDescriptors(), descriptorsBefore + 1) << "the input's file";
+    char heard[1];
+    EXPECT_EQ(read(reader, heard, sizeof(heard)), 0) << "nobody writes";
+    EXPECT_EQ(close(reader), 0);
+    expectToPlay();
+}
+
+TEST_F(PcmDumpFailure, AFileWithAnotherNameIsRefusedAndLeftAlone) {
+    const DumpDirectory directory;
+    WithSystemFaults faults;
+    faults->randomNumbers = {1, 1};
+    const auto id = Peer::generateSessionId();
+    const auto path = directory.file(dumpFileName("normalizer", "output", id));
+    writeFile(directory.file("target"), "precious");
+    std::filesystem::create_hard_link(directory.file("target"), path);
+    expectToPlay();
+    EXPECT_EQ(filter.field(Peer::sessionId), id);
+    EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + path + ", errno=31 (Too many links)"), 1);
+    EXPECT_EQ(readFile(directory.file("target")), "precious");
+    ASSERT_TRUE(std::filesystem::remove(directory.file("target")));
+    expectToPlay();
+    EXPECT_EQ(std::filesystem::file_size(path), 4096u) << "begun anew once the name is its only one";
 }
 
 /** A disk that takes files of so many bytes. */

@@ -22,11 +22,6 @@ void append(Samples& all, const Samples& more) {
     all.insert(all.end(), more.begin(), more.end());
 }
 
-int openDescriptors() {
-    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-    return static_cast<int>(std::distance(begin(descriptors), end(descriptors)));
-}
-
 TEST(PcmDump, OfAStreamWithASeekIsTwoCompleteSessions) {
     const DumpDirectory directory;
     const int descriptorsBefore = openDescriptors();

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "allocation_limit.h"
 #include "direct_effects.h"
 #include "dump_directory.h"
 #include "dumping_filter.h"
@@ -147,6 +148,25 @@ TEST(PcmDump, OfAFrameThatTheEffectLosesIsItsInputAlone) {
     resetEngineFaults();
     EXPECT_EQ(directory.names(),
               std::vector<std::string>{dumpFileName("normalizer", "input", sessionOf(filter))});
+}
+
+TEST(PcmDump, OfAFrameThatCannotBePutBackIsItsInputAlone) {
+    const DumpDirectory directory;
+    FilterUnderTest filter;
+    filter.options(R"({"enable_surround": true})");
+    filter->setInvalid(false);
+    const auto in = [] { return makeFrame({.channels = 6, .frames = kFrames}, noise(1, 3000)); };
+    ASSERT_NE(filter.pass(in()), nullptr) << "now there is nothing left to make but the buffer of a block";
+    filter.options(R"({"enable_dump": true})");
+    auto frame = in();
+    const auto samples = samplesOf(*frame);
+    {
+        const AllocationLimit limit(2 * sizeof(int16_t) * kFrames - 1);
+        EXPECT_EQ(filter.pass(std::move(frame)), nullptr);
+    }
+    EXPECT_EQ(directory.names(),
+              std::vector<std::string>{dumpFileName("surround", "input", sessionOf(filter))});
+    EXPECT_EQ(samplesInFile(directory.file(directory.names().at(0))), samples);
 }
 
 TEST(PcmDump, FollowsTheSwitchFrameByFrameWithinOneSession) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <random>
@@ -41,10 +42,10 @@ Samples shifted(const Samples& samples, int delay) {
     return out;
 }
 
-/** Through a one-pole low-pass, which takes the treble away by 20 dB and more. */
-Samples muffled(Samples samples) {
+/** Through a one-pole low-pass; with 0.1, it takes the treble away by 20 dB and more. */
+Samples muffled(Samples samples, float coefficient = 0.1F) {
     float level = 0.0F;
-    for (float& sample : samples) sample = level += 0.1F * (sample - level);
+    for (float& sample : samples) sample = level += coefficient * (sample - level);
     return samples;
 }
 
@@ -81,6 +82,56 @@ TEST(DelayFinder, ChannelsThatAgreeFindWhatTheyShare) {
     const Samples lateRight = shifted(right, 64);
     EXPECT_EQ(findDelay({{left, lateLeft}, {right, lateRight}}, kLongest), 64);
     EXPECT_EQ(findDelay({{silence, silence}, {right, lateRight}}, kLongest), 64);
+}
+
+/** `common`, so many decibels below `other`. */
+Samples buried(const Samples& common, double below_db, Samples other) {
+    const auto gain = static_cast<float>(std::pow(10.0, -below_db / 20.0));
+    for (size_t n = 0; n < other.size(); ++n) other[n] += gain * common[n];
+    return other;
+}
+
+/** As 16-bit files hold it. */
+Samples rounded(Samples samples) {
+    for (float& sample : samples) sample = std::nearbyint(sample * 32768.0F) / 32768.0F;
+    return samples;
+}
+
+// Three low-passes at 76 Hz leave nothing above 1 kHz, so that faint noise, here the same in both without a
+// delay, has most of the spectrum to itself.
+TEST(DelayFinder, IsNotMisledByTheFaintNoiseUnderMuffledSounds) {
+    Samples dull = noise(3);
+    for (int pass = 0; pass < 3; ++pass) dull = muffled(dull, 0.01F);
+    const auto [lowest, highest] = std::minmax_element(dull.begin(), dull.end());
+    const float loudness = 0.5F / std::max(*highest, -*lowest);
+    for (float& sample : dull) sample *= loudness;
+    Samples late = shifted(dull, 700);
+    for (float& sample : late) sample *= 0.77F;
+    const Samples other = noise(4);
+    constexpr double kFaint_db = 60.0;
+    EXPECT_EQ(findDelay({{buried(other, kFaint_db, dull), buried(other, kFaint_db, late)}}, kLongest), 700);
+}
+
+// White noise of N samples stands out of the mean by sqrt(N) times its share of the amplitude, and by pi / 4
+// as much where it is but a small part of the sound: 14 times at -23 dB, 8 times at -28 dB.
+TEST(DelayFinder, WantsAPeakThatStandsOutByFar) {
+    const Samples before = noise(1);
+    EXPECT_EQ(findDelay({{before, buried(shifted(before, 300), 23.0, noise(2))}}, kLongest), 300);
+    EXPECT_EQ(findDelay({{before, buried(shifted(before, 300), 28.0, noise(2))}}, kLongest), std::nullopt);
+}
+
+// A tone fits at every half period; that both recordings are cut at the same instants says nothing.
+TEST(DelayFinder, SeesNoDelayInSteadyTones) {
+    for (const double frequency_hz : {50.0, 100.0, 440.0, 997.3, 3000.0}) {
+        Samples before(60000);
+        Samples after(before.size());
+        for (size_t n = 0; n < before.size(); ++n) {
+            const double step = 2.0 * std::numbers::pi * frequency_hz / 48000.0;
+            before[n] = static_cast<float>(0.25 * std::sin(step * static_cast<double>(n)));
+            after[n] = static_cast<float>(0.4 * std::sin(step * (static_cast<double>(n) - 1536.0)));
+        }
+        EXPECT_EQ(findDelay({{rounded(before), rounded(after)}}, kLongest), std::nullopt) << frequency_hz;
+    }
 }
 
 TEST(DelayFinder, SeesNoDelayWhereNothingMatches) {

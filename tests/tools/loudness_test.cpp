@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "failure.h"
 #include "tools/audio_samples.h"
 
 namespace {
@@ -51,6 +52,16 @@ TEST(Loudness, OfSilenceIsMissing) {
     const Loudness loudness = sineLoudness(2, -23.0, [](int) { return false; });
     EXPECT_FALSE(loudness.integratedLufs.has_value());
     EXPECT_FALSE(loudness.samplePeakDbfs.has_value());
+}
+
+TEST(Loudness, IsRefusedOutsideTheRangeOfTheMeasure) {
+    using sonivex_tool::whyUnmeasurable;
+    EXPECT_EQ(whyUnmeasurable(test::floatSpec(64, 4000)), "");
+    EXPECT_EQ(whyUnmeasurable(test::floatSpec(1, 2822400)), "");
+    for (const auto& spec : {test::floatSpec(65), test::floatSpec(1, 3999), test::floatSpec(1, 2822401)}) {
+        EXPECT_NE(whyUnmeasurable(spec), "");
+        EXPECT_THROW(LoudnessMeter{spec}, sonivex_tool::Failure);
+    }
 }
 
 }  // namespace

@@ -70,6 +70,17 @@ TEST(RenderReport, SaysThatUntouchedCallsAmongDelayedOnesComeEarly) {
                 ElementsAre(HasSubstr("5 calls pass untouched; they stand 256 frames early")));
 }
 
+TEST(RenderReport, SaysWhatADumpLacks) {
+    RenderReport report = example();
+    report.dumpFolder = "dumps";
+    report.dumpBytesMissing = 4096;
+    EXPECT_THAT(remarks(report), ElementsAre(HasSubstr("dumps: nothing was dumped")));
+    report.dumps = {"sonivex_normalizer_input_12345678.pcm"};
+    EXPECT_THAT(remarks(report), ElementsAre(HasSubstr("incomplete, 4096 bytes are missing")));
+    report.dumpBytesMissing = 0;
+    EXPECT_THAT(remarks(report), IsEmpty());
+}
+
 TEST(RenderReport, SilenceHasNoFigures) {
     RenderReport report = example();
     report.input.loudness = {};

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "support/recorded_speech.h"
 #include "support/signals.h"
@@ -123,6 +124,22 @@ TEST(SpeechRatio, LooksOnlyWhereSomebodySpeaks) {
     EXPECT_LE(ratio.segments, 11U);
 }
 
+/* A second of noise, then a second of fainter noise: somebody still speaks 18 dB below the mean power, and no
+ * more 22 dB below it. The first segment of the second second has what the filters ring with. */
+TEST(SpeechRatio, TakesForSpeechWhatIsLessThanTwentyDecibelsBelowItsMean) {
+    const auto segmentsWith = [](double below_db) {
+        Scene scene;
+        scene.speech = floats(test::noise(5, 2 * kFrames, 6000));
+        // Of powers 1 and g^2 the mean is (1 + g^2) / 2; g^2 is so far below it.
+        const double share = std::pow(10.0, -below_db / 10.0);
+        const auto gain = static_cast<float>(std::sqrt(share / (2.0 - share)));
+        for (std::size_t i = kFrames; i < scene.speech.size(); ++i) scene.speech[i] *= gain;
+        return scene.compared(scene.mixed(1.0F, 1.0F)).segments;
+    };
+    EXPECT_EQ(segmentsWith(18.0), 20U);
+    EXPECT_LE(segmentsWith(22.0), 11U);
+}
+
 TEST(SpeechRatio, SaysWhenTheOutputIsNotAligned) {
     const Scene scene;
     Sound late(scene.speech.size());
@@ -175,6 +192,29 @@ TEST(SpeechRatio, IsNothingWithoutSpeechBackgroundOrOutput) {
         EXPECT_EQ(ratio.segments, 0U);
         EXPECT_EQ(ratio.rise_db(), 0.0);
         EXPECT_EQ(ratio.unexplained, 0.0);
+    }
+}
+
+TEST(SpeechRatio, IsNothingWhereSamplesAreNoNumbers) {
+    const Scene scene;
+    const Sound mix = scene.mixed(1.0F, 1.0F);
+    for (const float bad :
+         {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
+        const auto broken = [bad](Sound sound) {
+            sound[50000] = bad;
+            return sound;
+        };
+        for (const SpeechRatio& ratio :
+             {compareSpeech(broken(scene.speech), scene.background, mix, kRate_hz),
+              compareSpeech(scene.speech, broken(scene.background), mix, kRate_hz),
+              compareSpeech(scene.speech, scene.background, broken(mix), kRate_hz)}) {
+            EXPECT_EQ(ratio.segments, 0U);
+            EXPECT_EQ(ratio.rise_db(), 0.0);
+            EXPECT_EQ(ratio.unexplained, 0.0);
+        }
+        EXPECT_EQ(
+            sonivex_tool::ratioOfParts_db(broken(scene.speech), scene.background, scene.speech, kRate_hz),
+            0.0);
     }
 }
 

@@ -52,4 +52,15 @@ std::vector<std::string> DumpFolder::newFiles() const {
     return names;
 }
 
+uint64_t DumpFolder::newBytes(bool isInput) const {
+    uint64_t bytes = 0;
+    for (const std::string& name : newFiles()) {
+        if (parseDumpName(name)->isInput != isInput) continue;
+        std::error_code error;
+        const std::uintmax_t size = std::filesystem::file_size(std::filesystem::path(mPath) / name, error);
+        if (!error) bytes += size;
+    }
+    return bytes;
+}
+
 }  // namespace sonivex_tool

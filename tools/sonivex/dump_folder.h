@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
@@ -16,6 +17,9 @@ class DumpFolder {
 
     /** Names of the dump files that have come since, in order. */
     std::vector<std::string> newFiles() const;
+
+    /** How much is in those of them that hold what went into the effect, or what came out of it. */
+    uint64_t newBytes(bool isInput) const;
 
   private:
     std::set<std::string> dumpFiles() const;

@@ -15,6 +15,7 @@ struct FrameStream {
     AudioSpec spec;     ///< of every frame
     /** The next frame, or null at the end. @throw Failure, of a pending signal too */
     std::function<FramePtr()> read;
+    int restBytes = 0;  ///< at the end of a file of bare samples, that are no whole frame
 };
 
 /** Open an audio file, or one of bare samples when `format` says how to read it. @throw Failure */

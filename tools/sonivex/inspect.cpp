@@ -1,6 +1,7 @@
 #include "inspect.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "dump_name.h"
 #include "failure.h"
@@ -29,6 +30,12 @@ Measured measure(const std::string& path, const PcmHints& hints, bool isOutput) 
     measured.file.path = path;
     measured.file.codec = stream.codec;
     measured.file.spec = stream.spec;
+    const std::string reason = whyUnmeasurable(stream.spec);
+    if (!reason.empty()) throw Failure(ExitCode::UnsupportedAudio, path + ": " + reason);
+    if (stream.restBytes > 0) {
+        measured.file.notes.push_back("cut off inside a frame: bytes left out at the end: " +
+                                      std::to_string(stream.restBytes));
+    }
     LevelMeter meter(stream.spec);
     while (const FramePtr frame = stream.read()) meter.add(*frame);
     measured.file.levels = meter.result();
@@ -50,19 +57,36 @@ InspectedPair compare(const Measured& input, const Measured& output) {
             difference.gain_db};
 }
 
+/** A comparison reads the files again. A path of nothing may be an address that libavformat knows. */
+void requireReadableTwice(const std::string& path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (!std::filesystem::exists(status) || std::filesystem::is_regular_file(status) ||
+        std::filesystem::is_directory(status))
+        return;
+    throw Failure(ExitCode::InputNotReadable, path + ": is no regular file, and --pair reads files twice");
+}
+
 /** The output that belongs to `input`, or null. */
 const Measured* outputOf(const Measured& input, const std::vector<Measured>& files) {
     const auto name = parseDumpName(input.file.path);
     if (!name || !name->isInput) return nullptr;
     const std::string path = name->partner().path();
-    const auto found =
-        std::find_if(files.begin(), files.end(), [&](const Measured& m) { return m.file.path == path; });
+    // The same file may be called "name", "./name" or by its whole path.
+    const auto found = std::find_if(files.begin(), files.end(), [&](const Measured& m) {
+        std::error_code error;
+        return std::filesystem::equivalent(m.file.path, path, error);
+    });
     return found == files.end() ? nullptr : &*found;
 }
 
 }  // namespace
 
 InspectReport inspect(const InspectRequest& request) {
+    if (request.pair) {
+        requireReadableTwice(request.pair->first);
+        requireReadableTwice(request.pair->second);
+    }
     InspectReport report;
     std::vector<Measured> files;
     for (const std::string& path : request.files) files.push_back(measure(path, request.hints, false));

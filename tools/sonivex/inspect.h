@@ -25,6 +25,7 @@ struct InspectedFile {
     std::string path;
     std::string codec;                     ///< libavcodec's name
     std::vector<std::string> assumptions;  ///< of what a bare file does not say
+    std::vector<std::string> notes;        ///< on what is wrong with it, a line each
     AudioSpec spec;
     LevelReport levels;
 };

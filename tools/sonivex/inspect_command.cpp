@@ -22,7 +22,7 @@ constexpr char kFooter[] =
     "their channels and rate. Two files of one dump session (sonivex_EFFECT_input_ID.pcm and\n"
     "sonivex_EFFECT_output_ID.pcm) are compared with each other.\n"
     "Exit codes are those of `sonivex render`.\n";
-constexpr int kLowestRate_hz = 1000;
+constexpr int kLowestRate_hz = 4000;
 constexpr int kHighestRate_hz = 768000;
 
 struct Choices {

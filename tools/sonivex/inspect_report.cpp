@@ -45,6 +45,7 @@ std::string row(const std::string& name, const std::array<std::string, 4>& cells
 }
 
 std::string row(const std::string& name, const Levels& levels) {
+    if (!levels.isFinite) return row(name, {"not finite", "not finite", "not finite", "not finite"});
     const auto cell = [](const std::optional<double>& value, const char* unit) {
         return value ? fixed(*value, 1) + " " + unit : std::string("-");
     };
@@ -63,6 +64,7 @@ std::string fileText(const InspectedFile& file) {
             list += (list.empty() ? "" : " and ") + assumption;
         text += "  assumed, as the file does not say: " + list + " (see --channels, --rate)\n";
     }
+    for (const std::string& note : file.notes) text += "  " + note + "\n";
     text += row("channel", {"RMS", "sample peak", "true peak", "loudness"});
     for (size_t c = 0; c < file.levels.channels.size(); ++c)
         text += row(channelName(file.spec, c), file.levels.channels[c]);
@@ -86,6 +88,7 @@ Json orNull(const std::optional<double>& value) {
 
 Json levelsJson(const std::string& name, const Levels& levels) {
     return {{"channel", name},
+            {"finite", levels.isFinite},
             {"rms_dbfs", orNull(levels.rms_dbfs)},
             {"sample_peak_dbfs", orNull(levels.samplePeak_dbfs)},
             {"true_peak_dbtp", orNull(levels.truePeak_dbtp)},
@@ -102,6 +105,7 @@ Json fileJson(const InspectedFile& file) {
             {"channels", file.spec.channels()},
             {"channel_layout", layoutName(file.spec.layout)},
             {"assumed", file.assumptions},
+            {"notes", file.notes},
             {"frames", file.levels.frames},
             {"length_seconds", lengthSeconds(file)},
             {"levels", channels},

@@ -28,6 +28,7 @@ void LevelMeter::Closer::operator()(ebur128_state* state) const {
     ebur128_destroy(&state);
 }
 
+// The mix's meter is made first and refuses what the channels' could not measure either.
 LevelMeter::LevelMeter(const AudioSpec& spec) : mToPlanes(planesOf(spec)), mMix(spec) {
     for (int c = 0; c < spec.channels(); ++c) {
         constexpr int kMeasures = EBUR128_MODE_I | EBUR128_MODE_TRUE_PEAK;
@@ -70,6 +71,9 @@ LevelReport LevelMeter::result() const {
     double energy = 0.0;
     for (const Channel& channel : mChannels) {
         Levels& levels = report.channels.emplace_back();
+        energy += channel.energy;
+        levels.isFinite = std::isfinite(channel.energy);
+        if (!levels.isFinite) continue;
         double value = 0.0;
         levels.rms_dbfs = decibels(channel.energy / frames, 10.0);
         if (ebur128_sample_peak(channel.meter.get(), 0, &value) == EBUR128_SUCCESS)
@@ -80,7 +84,11 @@ LevelReport LevelMeter::result() const {
             levels.integrated_lufs = value;
         raise(report.all.samplePeak_dbfs, levels.samplePeak_dbfs);
         raise(report.all.truePeak_dbtp, levels.truePeak_dbtp);
-        energy += channel.energy;
+    }
+    if (!std::isfinite(energy)) {
+        report.all = {};
+        report.all.isFinite = false;
+        return report;
     }
     report.all.rms_dbfs = decibels(energy / frames / static_cast<double>(mChannels.size()), 10.0);
     report.all.integrated_lufs = mMix.result().integratedLufs;

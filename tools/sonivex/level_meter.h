@@ -15,6 +15,7 @@ namespace sonivex_tool {
 
 /** Levels of one channel or of all together; what cannot be said is missing. */
 struct Levels {
+    bool isFinite = true;                   ///< else a sample is no number, and nothing below can be said
     std::optional<double> rms_dbfs;         ///< 0 is a full-scale square wave; missing for digital silence
     std::optional<double> samplePeak_dbfs;  ///< likewise
     std::optional<double> truePeak_dbtp;    ///< ITU-R BS.1770, by oversampling; likewise
@@ -32,7 +33,7 @@ struct LevelReport {
 /** Measures levels of frames of one spec. */
 class LevelMeter {
   public:
-    /** @throw std::bad_alloc, here and below */
+    /** @throw Failure (UnsupportedAudio) for what is unmeasurable; std::bad_alloc, here and below */
     explicit LevelMeter(const AudioSpec& spec);
     ~LevelMeter();
 

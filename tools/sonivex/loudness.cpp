@@ -3,8 +3,16 @@
 #include <algorithm>
 #include <cmath>
 
+#include "failure.h"
+
 namespace sonivex_tool {
 namespace {
+
+// Below 3.4 kHz the weighting's shelf at 1.7 kHz has no room, so that libebur128's filter is unstable; from
+// 16 to 19 Hz it writes beyond its memory. Above the other two it makes no meter.
+constexpr int kLowestRate_hz = 4000;
+constexpr int kHighestRate_hz = 2822400;
+constexpr int kMostChannels = 64;
 
 AudioSpec doubleSpec(AudioSpec spec) {
     spec.format = AV_SAMPLE_FMT_DBL;
@@ -42,7 +50,21 @@ void LoudnessMeter::Closer::operator()(ebur128_state* state) const {
     ebur128_destroy(&state);
 }
 
+std::string whyUnmeasurable(const AudioSpec& spec) {
+    if (spec.rateHz < kLowestRate_hz || spec.rateHz > kHighestRate_hz) {
+        return "has " + std::to_string(spec.rateHz) + " Hz, levels are measured from " +
+               std::to_string(kLowestRate_hz) + " to " + std::to_string(kHighestRate_hz) + " Hz";
+    }
+    if (spec.channels() > kMostChannels) {
+        return "has " + std::to_string(spec.channels()) + " channels, levels are measured of " +
+               std::to_string(kMostChannels) + " at most";
+    }
+    return "";
+}
+
 LoudnessMeter::LoudnessMeter(const AudioSpec& spec) : mToDouble(doubleSpec(spec)) {
+    const std::string reason = whyUnmeasurable(spec);
+    if (!reason.empty()) throw Failure(ExitCode::UnsupportedAudio, "the audio " + reason);
     const int channels = spec.channels();
     mState.reset(
         allocated(ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(spec.rateHz),

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "format_converter.h"
 
@@ -15,10 +16,13 @@ struct Loudness {
     std::optional<double> samplePeakDbfs;  ///< missing for digital silence
 };
 
+/** Why loudness and levels of such audio cannot be measured, for the user; empty when they can. */
+std::string whyUnmeasurable(const AudioSpec& spec);
+
 /** Measures integrated loudness (EBU R128) and sample peak of frames of one spec. */
 class LoudnessMeter {
   public:
-    /** @throw std::bad_alloc, here and below */
+    /** @throw Failure (UnsupportedAudio) for what is unmeasurable; std::bad_alloc, here and below */
     explicit LoudnessMeter(const AudioSpec& spec);
     ~LoudnessMeter();
 

@@ -12,6 +12,8 @@ namespace {
 
 constexpr int kCompared_s = 10;
 constexpr double kLongestDelay_s = 0.5;
+// Of the transforms, which bounds their memory: 2^21 values take 32 MiB. From 200 kHz on the time is shorter.
+constexpr int64_t kMostTransformed_frames = int64_t{1} << 21;
 
 using Planes = std::vector<std::vector<float>>;
 
@@ -85,7 +87,8 @@ std::optional<int64_t> delayBetween(const ComparedSide& input, const ComparedSid
     const int longest = static_cast<int>(kLongestDelay_s * rate_hz);
     const int64_t from = std::max<int64_t>(*input.firstAudibleFrame - longest, 0);
     const int64_t length = std::max(input.frames, output.frames) - from;
-    const int64_t count = std::min<int64_t>(length, int64_t{kCompared_s} * rate_hz);
+    const int64_t count =
+        std::min({length, int64_t{kCompared_s} * rate_hz, kMostTransformed_frames - longest});
     Planes beforePlanes = readPlanes(before, from, count);
     Planes afterPlanes = readPlanes(after, from, count);
     if (beforePlanes.size() != afterPlanes.size()) {
@@ -108,7 +111,9 @@ PairDifference comparePair(const ComparedSide& input, const ComparedSide& output
     const int64_t count = std::min(input.frames - inputFrom, output.frames - outputFrom);
     const double before = energyOf(input.open(), inputFrom, count);
     const double after = energyOf(output.open(), outputFrom, count);
-    if (before > 0.0 && after > 0.0) difference.gain_db = 10.0 * std::log10(after / before);
+    const bool bothSound = before > 0.0 && after > 0.0;
+    if (bothSound && std::isfinite(before) && std::isfinite(after))
+        difference.gain_db = 10.0 * std::log10(after / before);
     return difference;
 }
 

@@ -35,13 +35,14 @@ PcmFile::PcmFile(const std::string& path, const PcmFormat& format) : mPath(path)
     if (error) failToRead(path, error.message());
     const std::uintmax_t frameBytes = static_cast<std::uintmax_t>(format.channels) * sizeof(int16_t);
     if (bytes == 0) throw Failure(ExitCode::NoAudio, path + ": is empty");
-    if (bytes % frameBytes != 0) {
-        throw Failure(ExitCode::NoAudio, path + ": its " + std::to_string(bytes) +
-                                             " bytes are no whole number of frames of " +
-                                             std::to_string(format.channels) +
-                                             (format.channels == 1 ? " channel" : " channels") +
-                                             " (--channels sets the number)");
-    }
+    mRestBytes = static_cast<int>(bytes % frameBytes);
+    if (mRestBytes == 0 || (format.brokenEnd == BrokenEnd::CutOff && bytes > frameBytes)) return;
+    throw Failure(
+        ExitCode::NoAudio,
+        path + ": its " + std::to_string(bytes) + " bytes are no whole number of frames of " +
+            std::to_string(frameBytes) + " bytes, " + std::to_string(format.channels) +
+            (format.channels == 1 ? " channel" : " channels") + " of 16 bits" +
+            (format.brokenEnd == BrokenEnd::WrongAssumption ? " (--channels sets the number)" : ""));
 }
 
 FramePtr PcmFile::read() {

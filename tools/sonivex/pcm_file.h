@@ -13,10 +13,14 @@ namespace sonivex_tool {
  */
 class PcmFile {
   public:
-    /** @throw Failure (InputNotReadable; NoAudio when it is empty or ends inside a frame) */
+    /** @throw Failure (InputNotReadable; NoAudio when it holds no whole frame, or ends inside one that was
+     * not simply cut off) */
     PcmFile(const std::string& path, const PcmFormat& format);
 
     const AudioSpec& spec() const { return mSpec; }
+
+    /** Bytes behind the last whole frame, which are not read. */
+    int restBytes() const { return mRestBytes; }
 
     /** The next frame, or null at the end. @throw Failure (InputNotReadable) */
     FramePtr read();
@@ -28,6 +32,7 @@ class PcmFile {
 
     std::string mPath;
     AudioSpec mSpec;
+    int mRestBytes = 0;
     std::unique_ptr<std::FILE, Closer> mFile;
 };
 

@@ -68,6 +68,7 @@ PcmGuess guessPcmFormat(const std::string& path, const PcmHints& hints, bool isO
     } else {
         guess.assumptions.push_back(std::to_string(guess.format.channels) + " channels");
     }
+    if (guess.assumptions.empty()) guess.format.brokenEnd = name ? BrokenEnd::CutOff : BrokenEnd::NoPcm;
     if (hints.rate_hz) {
         guess.format.rate_hz = *hints.rate_hz;
     } else {

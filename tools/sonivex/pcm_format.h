@@ -6,10 +6,18 @@
 
 namespace sonivex_tool {
 
+/** What a part of a frame at a file's end means. */
+enum class BrokenEnd {
+    WrongAssumption,  ///< the number of channels was but assumed
+    NoPcm,            ///< the user has named it, so this is no such file
+    CutOff,           ///< whoever dumped it was stopped, or the disk was full
+};
+
 /** What a file of bare samples does not say of itself. */
 struct PcmFormat {
     int channels = 2;
     int rate_hz = 48000;
+    BrokenEnd brokenEnd = BrokenEnd::WrongAssumption;
 };
 
 /** What the user says of such files. */

@@ -1,5 +1,6 @@
 #include "render.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 
@@ -92,6 +93,20 @@ void pushTail(Reframer& waiting, FilterRun& filter, int64_t tailFrames, int call
     pushCalls(waiting, filter, callFrames);
 }
 
+/** What the dump of a render lacks, as when the disk is full: both sides of the effect hold every call that
+ * was neither given up nor passed on untouched. */
+uint64_t missingDumpBytes(const DumpFolder& dumps, const RenderReport& report, int callFrames,
+                          int inputChannels, int outputChannels) {
+    const uint64_t unseen = std::min(report.dropped + report.bypassed, report.pushed);
+    const uint64_t sampleBytes =
+        (report.pushed - unseen) * static_cast<uint64_t>(callFrames) * sizeof(int16_t);
+    const auto missing = [&](bool isInput, int channels) {
+        const uint64_t expected = sampleBytes * static_cast<uint64_t>(channels);
+        return expected - std::min(expected, dumps.newBytes(isInput));
+    };
+    return missing(true, inputChannels) + missing(false, outputChannels);
+}
+
 }  // namespace
 
 RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
@@ -157,7 +172,11 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     report.bypassed = filter.counts().bypassed;
     report.silentFillFrames = filter.filledFrames();
     report.flushes = filter.counts().flushes;
-    if (dumps) report.dumps = dumps->newFiles();
+    if (dumps) {
+        report.dumps = dumps->newFiles();
+        report.dumpBytesMissing = missingDumpBytes(*dumps, report, settings.callFrames, input.channels(),
+                                                   filteredSpec(input, effect).channels());
+    }
     report.dumpFolder = settings.dumpFolder;
     for (const std::string& line : remarks(report)) note(line);
     return report;

@@ -103,6 +103,11 @@ std::vector<std::string> remarks(const RenderReport& report) {
     }
     if (!report.dumpFolder.empty() && report.dumps.empty())
         lines.push_back(report.dumpFolder + ": nothing was dumped (--verbose shows the filter's log)");
+    if (!report.dumps.empty() && report.dumpBytesMissing > 0) {
+        lines.push_back(report.dumpFolder + ": the dump is incomplete, " +
+                        std::to_string(report.dumpBytesMissing) +
+                        " bytes are missing (--verbose shows the filter's log)");
+    }
     return lines;
 }
 

@@ -35,6 +35,7 @@ struct RenderReport {
     uint64_t flushes = 0;            ///< of the filter, as asked for
     std::string dumpFolder;          ///< empty: no dump was asked for
     std::vector<std::string> dumps;  ///< names of the files written there
+    uint64_t dumpBytesMissing = 0;   ///< what the filter did not manage to write to them
     std::vector<std::string> notes;
 
     double lengthSeconds() const;

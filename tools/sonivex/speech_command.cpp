@@ -4,7 +4,9 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -60,6 +62,9 @@ Stereo readStereo(const std::string& path) {
         append(converter.convert(std::move(frame)));
     }
     append(converter.flush());
+    const auto isFinite = [](float sample) { return std::isfinite(sample); };
+    if (!std::all_of(stereo.samples.begin(), stereo.samples.end(), isFinite))
+        throw Failure(ExitCode::NoAudio, path + ": holds samples that are not finite");
     return stereo;
 }
 

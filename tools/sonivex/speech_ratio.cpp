@@ -187,13 +187,18 @@ double decibels(double ratio) {
     return 10.0 * std::log10(ratio);
 }
 
+bool isPower(double value) {
+    return value > 0.0 && std::isfinite(value);
+}
+
 template <typename Sample>
 SpeechRatio compare(std::span<const Sample> speech, std::span<const Sample> background,
                     std::span<const Sample> output, int rate_hz) {
     const std::vector<Tiles> bands = tilesOfAllBands(speech, background, output, rate_hz);
     const std::vector<bool> active = activeSegments(bands, &Tile::speech2);
     const Powers powers = powersWhere(active, bands);
-    if (powers.backgroundBefore <= 0.0 || powers.speechAfter <= 0.0 || powers.backgroundAfter <= 0.0)
+    if (!isPower(powers.speechBefore) || !isPower(powers.backgroundBefore) || !isPower(powers.speechAfter) ||
+        !isPower(powers.backgroundAfter) || !isPower(powers.output))
         return {};
     return {static_cast<std::size_t>(std::count(active.begin(), active.end(), true)),
             decibels(powers.speechBefore / powers.backgroundBefore),
@@ -216,7 +221,7 @@ double ratioOfParts_db(std::span<const float> speech, std::span<const float> bac
                        std::span<const float> speaker, int rate_hz) {
     const std::vector<Tiles> bands = tilesOfAllBands(speech, background, speaker, rate_hz);
     const Powers powers = powersWhere(activeSegments(bands, &Tile::output2), bands);
-    if (powers.speechBefore <= 0.0 || powers.backgroundBefore <= 0.0) return 0.0;
+    if (!isPower(powers.speechBefore) || !isPower(powers.backgroundBefore)) return 0.0;
     return decibels(powers.speechBefore / powers.backgroundBefore);
 }
 

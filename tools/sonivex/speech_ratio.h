@@ -17,8 +17,8 @@ namespace sonivex_tool {
  * over the tiles of those segments in which somebody speaks. What an effect does to both alike cancels out.
  */
 
-/** Speech against background in the band of speech. Without speech, background or either in the output, all
- * is 0.
+/** Speech against background in the band of speech. Without speech, background or either in the output, or
+ * with samples that are no numbers, all is 0.
  */
 struct SpeechRatio {
     std::size_t segments = 0;  ///< in which somebody speaks
@@ -46,7 +46,7 @@ SpeechRatio compareSpeech(std::span<const std::int16_t> speech, std::span<const 
  * over the segments in which `speaker` is active, so that it can be compared with that of the parts of
  * another mix.
  *  @param speaker what decides when somebody speaks; usually the speech before an effect
- *  @return 0 without any of the three
+ *  @return 0 without any of the three, or with samples that are no numbers
  *  @throw std::bad_alloc */
 double ratioOfParts_db(std::span<const float> speech, std::span<const float> background,
                        std::span<const float> speaker, int rate_hz);

@@ -149,7 +149,7 @@ TEST(SurroundMatchesDirectConvolution, ForSpeechFromEveryLoudspeaker) {
         const Pcm all = test::recordedSpeech(layout.channels);
         const auto start = all.begin() + 20000 * width;
         const Pcm in(start, start + static_cast<std::ptrdiff_t>(frames) * width);
-        model::Rendering rendering(layout.type, static_cast<std::size_t>(layout.channels), layout.mode);
+        model::Rendering rendering(layout.type, layout.channels, layout.mode);
         const std::vector<double> ears = rendering.process(model::toUnitScale(in));
         const auto handle = test::makeSurround(layout.channels, layout.type, layout.mode);
         expectSame(test::surrounded(handle.get(), in, layout.channels, test::callsOf(480, frames)),
@@ -164,7 +164,7 @@ class SurroundRings : public testing::TestWithParam<std::tuple<Layout, int>> {};
 TEST_P(SurroundRings, RefuseWhatCallsLongerThanTheyBring) {
     const auto [layout, limiter] = GetParam();
     const int channels = layout.channels;
-    model::Surround model(layout.type, static_cast<std::size_t>(channels), layout.mode, limiter == 1);
+    model::Surround model(layout.type, channels, layout.mode, limiter == 1);
     const auto handle = test::makeSurround(channels, layout.type, layout.mode, limiter);
     test::Random random(5);
     for (const int frames : {100, 41000, 30000, 11000, 7, 20000, 41000, 240, 40959}) {

@@ -1,0 +1,157 @@
+#include "inspect.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <nlohmann/json.hpp>
+
+#include "failure.h"
+#include "inspect_report.h"
+#include "support/signals.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using namespace sonivex_tool;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr char kInput[] = "sonivex_dialoguenhance_input_12345678.pcm";
+constexpr char kOutput[] = "sonivex_dialoguenhance_output_12345678.pcm";
+
+std::string noiseBytes(size_t bytes) {
+    const test::Pcm noise = test::noise(1, static_cast<int>(bytes / 2 + 1), 3000);
+    return std::string(reinterpret_cast<const char*>(noise.data()), bytes);
+}
+
+template <typename Number>
+std::string bytesOf(Number number) {
+    std::string bytes(sizeof number, '\0');
+    std::memcpy(bytes.data(), &number, sizeof number);
+    return bytes;
+}
+
+/** A WAV file of float samples, the same in every channel; on little-endian machines. */
+std::string floatWav(uint16_t channels, uint32_t rate_hz, const std::vector<float>& samples) {
+    std::string data;
+    for (const float sample : samples) {
+        for (int c = 0; c < channels; ++c) data += bytesOf(sample);
+    }
+    constexpr uint16_t kFloatFormat = 3;
+    const auto blockBytes = static_cast<uint16_t>(4 * channels);
+    const std::string format = bytesOf(kFloatFormat) + bytesOf(channels) + bytesOf(rate_hz) +
+                               bytesOf(rate_hz * blockBytes) + bytesOf(blockBytes) + bytesOf(uint16_t{32});
+    const std::string chunks = "WAVEfmt " + bytesOf(static_cast<uint32_t>(format.size())) + format + "data" +
+                               bytesOf(static_cast<uint32_t>(data.size())) + data;
+    return "RIFF" + bytesOf(static_cast<uint32_t>(chunks.size())) + chunks;
+}
+
+class Inspect : public testing::Test {
+  protected:
+    std::string written(const std::string& name, const std::string& content) const {
+        test::writeFile(folder.file(name), content);
+        return folder.file(name);
+    }
+
+    static InspectReport inspected(const std::vector<std::string>& files,
+                                   const std::vector<int>& channels = {}) {
+        return inspect({files, std::nullopt, {channels, std::nullopt}});
+    }
+
+    static void expectFailure(const InspectRequest& request, ExitCode exitCode, const std::string& part) {
+        try {
+            inspect(request);
+            FAIL() << "no failure: " << part;
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.exitCode(), exitCode);
+            EXPECT_THAT(failure.what(), HasSubstr(part));
+        }
+    }
+
+    test::TemporaryFolder folder;
+};
+
+TEST_F(Inspect, ComparesTheFilesOfASessionHoweverTheirFolderIsWritten) {
+    const std::string input = written(kInput, noiseBytes(4 * 4096));
+    written(kOutput, noiseBytes(4 * 4096));
+    const std::string name = std::filesystem::path(folder.path()).filename();
+    for (const std::string& way : {std::string("/"), std::string("//"), "/../" + name + "/./"})
+        EXPECT_EQ(inspected({input, folder.path() + way + kOutput}).pairs.size(), 1U) << way;
+}
+
+TEST_F(Inspect, ComparesNothingAcrossSessionsOrFolders) {
+    const test::TemporaryFolder other;
+    test::writeFile(other.file(kOutput), noiseBytes(4 * 4096));
+    const std::string input = written(kInput, noiseBytes(4 * 4096));
+    written(kOutput, noiseBytes(4 * 4096));
+    const std::string later = written("sonivex_dialoguenhance_output_12345679.pcm", noiseBytes(4 * 4096));
+    EXPECT_THAT(inspected({input, later, other.file(kOutput)}).pairs, IsEmpty());
+}
+
+TEST_F(Inspect, ReadsTheWholeFramesOfADumpThatIsCutOff) {
+    const auto report = inspected({written(kInput, noiseBytes(4 * 1000 + 3))});
+    EXPECT_EQ(report.files.at(0).levels.frames, 1000);
+    EXPECT_THAT(report.files[0].notes, ElementsAre(HasSubstr("left out at the end: 3")));
+    EXPECT_THAT(asText(report), HasSubstr("left out at the end: 3\n"));
+    EXPECT_EQ(nlohmann::json::parse(asJson(report))["files"][0]["notes"].size(), 1U);
+    // The user's word counts as much as the name's.
+    const std::string normalized = written("sonivex_normalizer_input_12345678.pcm", noiseBytes(12 * 10 + 7));
+    EXPECT_EQ(inspected({normalized}, {6}).files.at(0).levels.frames, 10);
+    EXPECT_THAT(inspected({written(kInput, noiseBytes(4 * 1000))}).files.at(0).notes, IsEmpty());
+}
+
+TEST_F(Inspect, RefusesABrokenFrameWhereItMayMeanOtherChannels) {
+    const std::string normalized = written("sonivex_normalizer_input_12345678.pcm", noiseBytes(4 * 10 + 2));
+    expectFailure({{normalized}, {}, {}}, ExitCode::NoAudio, "2 channels of 16 bits (--channels sets");
+    const std::string plain = written("plain.pcm", noiseBytes(5));
+    expectFailure({{plain}, {}, {}}, ExitCode::NoAudio, "(--channels sets the number)");
+    expectFailure({{plain}, {}, {{1}, {}}}, ExitCode::NoAudio, "frames of 2 bytes, 1 channel of 16 bits");
+    try {
+        inspected({plain}, {1});
+    } catch (const Failure& failure) {
+        EXPECT_THAT(failure.what(), testing::Not(HasSubstr("--channels")));
+    }
+    expectFailure({{written(kInput, noiseBytes(3))}, {}, {}}, ExitCode::NoAudio, "3 bytes");
+}
+
+TEST_F(Inspect, NamesTheFileWhoseLevelsCannotBeMeasured) {
+    const std::vector<float> samples(100, 0.1F);
+    for (const uint32_t rate_hz : {5U, 16U, 10000000U, 2147483647U}) {
+        const std::string path = written("rate.wav", floatWav(1, rate_hz, samples));
+        expectFailure({{path}, {}, {}}, ExitCode::UnsupportedAudio,
+                      "rate.wav: has " + std::to_string(rate_hz) + " Hz");
+    }
+    const std::string many = written("many.wav", floatWav(65, 48000, samples));
+    expectFailure({{many}, {}, {}}, ExitCode::UnsupportedAudio, "many.wav: has 65 channels");
+    EXPECT_EQ(inspected({written("rate.wav", floatWav(1, 4000, samples))}).files.at(0).levels.frames, 100);
+}
+
+TEST_F(Inspect, SaysWhereSamplesAreNoNumbers) {
+    for (const float bad :
+         {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
+        std::vector<float> samples(4800, 0.1F);
+        samples[7] = bad;
+        const auto report = inspected({written("bad.wav", floatWav(1, 48000, samples))});
+        EXPECT_FALSE(report.files.at(0).levels.channels.at(0).isFinite);
+        EXPECT_FALSE(report.files.at(0).levels.all.isFinite);
+        EXPECT_THAT(asText(report), HasSubstr("FC         not finite"));
+        const auto json = nlohmann::json::parse(asJson(report))["files"][0];
+        EXPECT_EQ(json["levels"][0]["finite"], false);
+        EXPECT_TRUE(json["all"]["sample_peak_dbfs"].is_null());
+    }
+}
+
+TEST_F(Inspect, WantsFilesThatCanBeReadTwiceForAPair) {
+    const std::string pipe = folder.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string file = written(kInput, noiseBytes(4 * 1000));
+    for (const auto& pair : {std::pair(pipe, file), std::pair(file, pipe)})
+        expectFailure({{}, pair, {}}, ExitCode::InputNotReadable, "pipe: is no regular file");
+}
+
+}  // namespace
