@@ -20,8 +20,8 @@ using Tag = hn::Rebind<float, DoubleTag>;
 using Doubles = hn::Vec<DoubleTag>;
 using Floats = hn::Vec<Tag>;
 
-/* Lanes that stand alone would hold a magnitude beyond float at its end, where a cast makes infinity. */
-constexpr bool kHasVectors = hn::MaxLanes(Tag()) > 1;
+/* Vectors made up of plain code hold a magnitude beyond float at its end, where a cast makes infinity. */
+constexpr bool kHasVectors = HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128;
 
 struct Bins {
     Floats re;
