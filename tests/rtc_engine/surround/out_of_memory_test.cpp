@@ -16,7 +16,8 @@ using test::AllocationWatch;
 constexpr const char* kNoMemoryLine =
     "[ZubrelAem]: (surround: 122) [KelvoSurround]::kv surround handle is created failed.\n";
 
-/* Of a handle, rings and responses included; and what its creation takes for a while, which is counted too. */
+/* Of a handle, rings and responses included; and what its creation takes for a while, which is counted too.
+ */
 constexpr std::size_t mostKib(int channels) {
     constexpr std::size_t kGivenBack = 8;
     return kGivenBack + (channels == 8 ? 2600 : (channels == 6 ? 2020 : 1200));
