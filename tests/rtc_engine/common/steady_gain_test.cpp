@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr float kThreshold = 1000.0F;
+constexpr float kThreshold = 1030.0F;
 
 /* The law of steady_gain.h, a sample at a time. */
 float limitOneByOne(float gain, float smoothed_gain, const std::vector<float>& in, std::vector<float>& out) {
@@ -113,13 +113,13 @@ TEST(SteadyGain, ExactlyTheThresholdIsNotTooLoud) {
         for (std::size_t place = 0; place < 100; ++place) {
             std::vector<float> in(100, 1.0F);
             std::vector<float> gains;
-            limitOneByOne(0.6F, 0.998F, in, gains);
+            limitOneByOne(0.96F, 0.998F, in, gains);
             const float gain = gains[place];
-            float sample = kThreshold / gain;
-            for (int units = 0; units < 3; ++units) {
+            float sample = std::nextafter(kThreshold / gain, 1e9F);
+            for (int units = 0; units < 4; ++units) {
                 if (gain * sample == kThreshold && kThreshold / sample != gain) {
                     in[place] = sample;
-                    expectSameAsOneByOne(0.6F, 0.998F, in);
+                    expectSameAsOneByOne(0.96F, 0.998F, in);
                     ++cases;
                 }
                 sample = std::nextafter(sample, 0.0F);
