@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 #include "pcm.h"
+#include "support/each_vector_target.h"
 
 namespace {
 
@@ -41,6 +44,61 @@ TEST(UnitScale, EachHalfHasItsFactorOnTheWayBack) {
     Pcm pcm(out.size());
     sonivex::floatToInt16(out.data(), static_cast<int>(out.size()), pcm.data());
     EXPECT_EQ(pcm, (Pcm{16383, -16384, 32767, -32768, 32767, -32768, 0}));
+}
+
+TEST(UnitScale, EveryVectorWidthRoundsTheQuotientOnce) {
+    test::forEachVectorTarget([] {
+        for (int s = -32768; s <= 32767; s += 37) {
+            for (std::size_t place = 0; place < 40; place += 13) {
+                Pcm pcm(40, -1);
+                pcm[place] = static_cast<std::int16_t>(s);
+                const double quotient = s < 0 ? s / 32768.0 : s / 32767.0;
+                Floats expected(40, -1.0F / 32768.0F);
+                expected[place] = static_cast<float>(quotient);
+                ASSERT_EQ(toUnitScale(pcm), expected) << s << " " << place;
+            }
+        }
+    });
+}
+
+TEST(UnitScale, EveryVectorWidthWritesAsManySamplesAsItIsGiven) {
+    test::forEachVectorTarget([] {
+        for (std::size_t count = 0; count <= 70; ++count) {
+            const Pcm pcm(70, -16384);
+            Floats scaled(70, 9.0F);
+            sonivex::int16ToUnitScale(pcm.data(), static_cast<int>(count), scaled.data());
+            Floats back(70, 9.0F);
+            sonivex::unitScaleToInt16Units(scaled.data(), static_cast<int>(count), back.data());
+            for (std::size_t i = 0; i < 70; ++i) {
+                ASSERT_EQ(scaled[i], i < count ? -0.5F : 9.0F) << count;
+                ASSERT_EQ(back[i], i < count ? -16384.0F : 9.0F) << count;
+            }
+        }
+    });
+}
+
+TEST(UnitScale, EveryVectorWidthKeepsTheSignOfZeroAndWhatIsNotFinite) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    constexpr float kNotANumber = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kSmallest = std::numeric_limits<float>::denorm_min();
+    test::forEachVectorTarget([&] {
+        for (std::size_t place = 0; place < 40; ++place) {
+            const auto back = [place](float sample) {
+                Floats in(40, 1.0F);
+                in[place] = sample;
+                Floats out(40);
+                sonivex::unitScaleToInt16Units(in.data(), 40, out.data());
+                return out[place];
+            };
+            ASSERT_EQ(std::bit_cast<std::uint32_t>(back(-0.0F)), 0x80000000U) << place;
+            ASSERT_EQ(std::bit_cast<std::uint32_t>(back(0.0F)), 0U) << place;
+            ASSERT_EQ(back(kInfinity), kInfinity) << place;
+            ASSERT_EQ(back(-kInfinity), -kInfinity) << place;
+            ASSERT_EQ(back(kSmallest), 32767 * kSmallest) << place;
+            ASSERT_EQ(back(-kSmallest), -32768 * kSmallest) << place;
+            ASSERT_TRUE(std::isnan(back(kNotANumber))) << place;
+        }
+    });
 }
 
 TEST(UnitScale, ClippingHoldsSamplesAndTheirSourceAtFullScale) {
