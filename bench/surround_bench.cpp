@@ -4,17 +4,25 @@
  *   p50_us, p99_us, worst_us   one call of 240 frames by the clock on the wall; the deadline is 5000 us
  *   heap_KiB   what a handle takes from the allocator, with its overhead
  *
+ * The kernels are run once for each set of vector instructions that this machine has.
+ *
  * Standard output holds the results alone. */
+#include "vector_targets.h"
+/* vector_targets.h comes first. */
 #include <benchmark/benchmark.h>
+#include <hwy/targets.h>
 #include <malloc.h>
 
 #include <algorithm>
 #include <chrono>
 #include <ctime>
+#include <string>
 #include <vector>
 
 #include "audiofft.h"
+#include "bank_arithmetic.h"
 #include "buffer.h"
+#include "lane_transform.h"
 #include "sonivex/surround.h"
 #include "spectrum_arithmetic.h"
 #include "support/signals.h"
@@ -158,6 +166,125 @@ void SpectrumArithmetic(benchmark::State& state) {
 }
 BENCHMARK(SpectrumArithmetic)->ArgName("pairs")->Arg(1)->Arg(34)->Arg(544);
 
+/* Runs with one set of vector instructions while it lives. */
+class AtTarget {
+  public:
+    AtTarget(benchmark::State& state, std::int64_t target) {
+        dispatchTo(target);
+        state.SetLabel(hwy::TargetName(target));
+    }
+    ~AtTarget() { dispatchTo(0); }
+    AtTarget(const AtTarget&) = delete;
+    AtTarget& operator=(const AtTarget&) = delete;
+
+  private:
+    static void dispatchTo(std::int64_t target) {
+        hwy::SetSupportedTargetsForTest(target);
+        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    }
+};
+
+/* What a bank of two channels and both ears does of 512 points for two blocks: 4 lanes forward, 8 back. */
+void LaneTransform(benchmark::State& state, std::int64_t target, bool is_forward) {
+    const AtTarget at_target(state, target);
+    constexpr std::size_t kBlock = 256;
+    const std::size_t lanes = is_forward ? 4 : 8;
+    const audiofft::details::TransformTables tables(2 * kBlock);
+    const std::vector<float> frames = floats(4, kBlock * lanes);
+    std::vector<float> spectra = floats(5, 2 * kBlock * lanes);
+    std::vector<float> out(2 * kBlock * lanes);
+    fftconvolver::Buffer<double> work;
+    work.resizeOrThrow(2 * kBlock * lanes);
+    const audiofft::LaneTransform& transform = audiofft::laneTransform();
+    float* const im = spectra.data() + kBlock * lanes;
+    for (auto _ : state) {
+        if (is_forward) {
+            transform.forward(tables, frames.data(), lanes, spectra.data(), im, work.data());
+        } else {
+            transform.inverse(tables, spectra.data(), im, lanes, out.data(), work.data());
+        }
+        benchmark::ClobberMemory();
+    }
+}
+
+/* The sums of all banks of a layout for two blocks: stereo's 51 partitions, 7.1's 34. */
+void BankArithmetic(benchmark::State& state, std::int64_t target, std::size_t banks, std::size_t partitions) {
+    using fftconvolver::Buffer;
+    const AtTarget at_target(state, target);
+    constexpr std::size_t kTiles = 512 / fftconvolver::kTileFloats;
+    constexpr std::size_t kTileFloats = fftconvolver::kTileSpectrumFloats;
+    struct Bank {
+        Buffer<float> inputs;
+        Buffer<float> responses;
+        Buffer<float> accumulated;
+    };
+    std::vector<Bank> memory(banks);
+    for (Bank& bank : memory) {
+        bank.inputs.resizeOrThrow(kTiles * (partitions - 1) * kTileFloats);
+        bank.responses.resizeOrThrow(kTiles * partitions * 2 * kTileFloats);
+        bank.accumulated.resizeOrThrow(kTiles * 2 * kTileFloats);
+        std::fill_n(bank.inputs.data(), bank.inputs.size(), 0.5F);
+        std::fill_n(bank.responses.data(), bank.responses.size(), 0.25F);
+    }
+    Buffer<float> in;
+    Buffer<float> out;
+    in.resizeOrThrow(2 * 1024);
+    out.resizeOrThrow(2 * 2048);
+    std::size_t newest = 0;
+    for (auto _ : state) {
+        for (Bank& bank : memory) {
+            fftconvolver::bankArithmetic().twoBlocks({.inputs = bank.inputs.data(),
+                                                      .responses = bank.responses.data(),
+                                                      .accumulated = bank.accumulated.data(),
+                                                      .tiles = kTiles,
+                                                      .partitions = partitions,
+                                                      .channels = 2,
+                                                      .rows = 2},
+                                                     fftconvolver::Ears::kRows, newest,
+                                                     {in.data(), in.data() + 1024},
+                                                     {out.data(), out.data() + 2048});
+        }
+        newest = fftconvolver::slotBefore(newest, partitions - 1);
+        benchmark::ClobberMemory();
+    }
+}
+
+/* Calls of 240 frames of noise, type 1. */
+void SurroundAtTarget(benchmark::State& state, std::int64_t target, int channels) {
+    const AtTarget at_target(state, target);
+    const test::Pcm in = test::noise(1, channels * kCallFrames * kCalls, 8000);
+    test::Pcm out(2 * kCallFrames);
+    void* const handle = aem_CreateSurround(channels, static_cast<int>(kRateHz), 1, 1, 1);
+    std::size_t i = 0;
+    for (auto _ : state) {
+        aem_ProcessSurround(handle, in.data() + i * static_cast<std::size_t>(channels * kCallFrames),
+                            out.data(), kCallFrames);
+        benchmark::ClobberMemory();
+        i = (i + 1) % kCalls;
+    }
+    aem_ReleaseSurround(handle);
+}
+
+void registerForEveryTarget() {
+    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
+        const std::string name = std::string("/") + hwy::TargetName(target);
+        benchmark::RegisterBenchmark(("LaneTransform/forward" + name).c_str(), LaneTransform, target, true);
+        benchmark::RegisterBenchmark(("LaneTransform/inverse" + name).c_str(), LaneTransform, target, false);
+        benchmark::RegisterBenchmark(("BankArithmetic/stereo" + name).c_str(), BankArithmetic, target, 1U,
+                                     51U);
+        benchmark::RegisterBenchmark(("BankArithmetic/7.1" + name).c_str(), BankArithmetic, target, 4U, 34U);
+        benchmark::RegisterBenchmark(("SurroundAtTarget/stereo" + name).c_str(), SurroundAtTarget, target, 2);
+        benchmark::RegisterBenchmark(("SurroundAtTarget/7.1" + name).c_str(), SurroundAtTarget, target, 8);
+    }
+}
+
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    registerForEveryTarget();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -23,6 +23,14 @@ target_compile_options(
         $<$<COMPILE_LANGUAGE:CXX>:-Wzero-as-null-pointer-constant>
         $<$<BOOL:${SONIVEX_DEVELOPER}>:-Werror>)
 
+# What the vector kernels' targets are tuned for, by linking `sonivex_kernel_tuning` privately. Tuned for no processor
+# in particular, GCC folds one load into several instructions and loads it every time. Which instructions there are, and
+# the bits, stay as they are.
+add_library(sonivex_kernel_tuning INTERFACE)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+    target_compile_options(sonivex_kernel_tuning INTERFACE $<$<CXX_COMPILER_ID:GNU>:-mtune=skylake>)
+endif()
+
 # libavutil's headers are C and ask for the macros that C++ long had behind this.
 target_compile_definitions(sonivex_plain_build_options INTERFACE __STDC_CONSTANT_MACROS)
 

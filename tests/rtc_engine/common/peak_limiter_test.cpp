@@ -150,24 +150,6 @@ TEST(PeakLimiter, EqualsTheScalarOneWhileTheGainRisesFromAnywhere) {
     });
 }
 
-TEST(PeakLimiter, EqualsTheScalarOneWhereTheRisingGainMeetsLoudSamples) {
-    test::forEachVectorTarget([] {
-        for (int place = 100; place < 180; ++place) {
-            SCOPED_TRACE(place);
-            LimiterPair pair;
-            pair.change([](Au2LimiterState& state) {
-                state.gain = 0.7F;
-                state.smoothedTarget = 40.0F;  // an idle gain that lets quiet calls pass the ceiling
-                state.idleGain = 40.0F;
-            });
-            std::vector<float> in(300, 100.0F);
-            in[static_cast<std::size_t>(place)] = -32000.0F;
-            in[static_cast<std::size_t>(place) + 3] = 32100.0F;
-            for (int call = 0; call < 10; ++call) pair.limit(in);
-        }
-    });
-}
-
 TEST(PeakLimiter, EqualsTheScalarOneForCallsShorterThanTheWindow) {
     test::forEachVectorTarget([] {
         for (std::size_t samples = 1; samples <= 130; ++samples) {
@@ -202,7 +184,7 @@ TEST(PeakLimiter, EqualsTheScalarOneForWhatIsNoOrdinaryNumber) {
 
 TEST(PeakLimiter, EqualsTheScalarOneForAnyThresholdAndIdleGain) {
     test::forEachVectorTarget([] {
-        for (const float threshold : {0.0F, -5.0F, 100.0F, kInfinity, kNotANumber}) {
+        for (const float threshold : {0.0F, 1e-40F, 100.0F, kInfinity, kNotANumber}) {
             for (const float idle_gain : {1.0F, 0.0F, -0.0F, -1.0F, 5.0F, kInfinity, kNotANumber}) {
                 SCOPED_TRACE(std::to_string(threshold) + " " + std::to_string(idle_gain));
                 test::Random random(14);

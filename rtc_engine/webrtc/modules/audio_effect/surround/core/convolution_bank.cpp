@@ -98,14 +98,28 @@ void interleaveBlocks(const float* first, const float* second, std::size_t frame
     }
 }
 
-/* [frame][term][ear], of `terms` at their distances, to neighbours. */
-template <std::size_t ear_count>
-void pack(const Outputs& from, std::size_t frames, std::size_t terms, float* __restrict to) {
+/* To neighbours, [frame][term][ear]. */
+template <std::size_t terms, std::size_t ear_count>
+void packTerms(const Outputs& from, std::size_t frames, float* __restrict to) {
+    const float* first = from.first;
     for (std::size_t frame = 0; frame < frames; ++frame) {
         for (std::size_t term = 0; term < terms; ++term) {
-            const float* const outputs = from.first + frame * from.frame_stride + term * from.term_stride;
-            for (std::size_t ear = 0; ear < ear_count; ++ear) *to++ = outputs[ear];
+            for (std::size_t ear = 0; ear < ear_count; ++ear) {
+                to[term * ear_count + ear] = first[term * from.term_stride + ear];
+            }
         }
+        first += from.frame_stride;
+        to += terms * ear_count;
+    }
+}
+
+void pack(const BankShape& shape, const Outputs& from, std::size_t frames, float* to) {
+    if (shape.responses() == 1) {
+        packTerms<1, 1>(from, frames, to);
+    } else if (shape.responses() == 2) {
+        packTerms<1, 2>(from, frames, to);
+    } else {
+        packTerms<2, 2>(from, frames, to);
     }
 }
 
@@ -273,8 +287,7 @@ void ConvolutionBank::output(const Step& step, const float* frames, float* ears,
     const Outputs second_half = {frames + block_frames_ * row, row, blocks * ear_count};
     mix(shape_, {frames + ear_count, row, blocks * ear_count}, second_half, step.frames_of_next, adds,
         ears + step.frames * ear_count);
-    const auto pack_ears = ear_count == 1 ? pack<1> : pack<2>;
-    pack_ears(second_half, block_frames_, terms, overlap_.data());
+    pack(shape_, second_half, block_frames_, overlap_.data());
 }
 
 void ConvolutionBank::advance(const Step& step) {

@@ -7,10 +7,11 @@ namespace audiofft::details {
 
 void makeRoots(double* table, int doubles, int* offsets) {
     const sonivex::UnitRoots roots(doubles);
+    double* next = table;
     for (int j = 0; j < doubles / 2; ++j) {
         const sonivex::UnitPoint point = roots.at(j);
-        table[2 * j] = point.cosine;
-        table[2 * j + 1] = point.sine;
+        *next++ = point.cosine;
+        *next++ = point.sine;
     }
     reversePointOrder(table, static_cast<std::size_t>(doubles / 2), offsets);
 }
