@@ -29,6 +29,9 @@ target_compile_options(
 add_library(sonivex_kernel_tuning INTERFACE)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
     target_compile_options(sonivex_kernel_tuning INTERFACE $<$<CXX_COMPILER_ID:GNU>:-mtune=skylake>)
+    if(SONIVEX_SANITIZE) # else each kernel is also built for emulated vectors, which takes a sanitizer a minute
+        target_compile_options(sonivex_kernel_tuning INTERFACE -mssse3)
+    endif()
 endif()
 
 # libavutil's headers are C and ask for the macros that C++ long had behind this.

@@ -27,6 +27,7 @@ std::string comparePcm(const Ears& ears, const std::vector<std::int16_t>& expect
     std::vector<float> units(ears.size());
     sonivex::unitScaleToInt16Units(ears.data(), static_cast<int>(ears.size()), units.data());
     for (std::size_t i = 0; i < units.size(); ++i) {
+        if (!std::isfinite(units[i])) throw std::runtime_error("not finite at sample " + std::to_string(i));
         const int deviation = std::abs(static_cast<int>(std::lround(units[i])) - expected[i]);
         furthest = std::max(furthest, deviation);
         equal += deviation == 0 ? 1 : 0;
@@ -43,10 +44,11 @@ std::string compareFloats(const Ears& ears, const std::vector<double>& expected)
     double furthest = 0;
     for (std::size_t i = 0; i < ears.size(); ++i) {
         const double deviation = std::abs(static_cast<double>(ears[i]) - expected[i]);
-        if (!(deviation <= furthest)) furthest = deviation;  // NaN is far away
-    }
-    if (!(furthest <= kFloatTolerance)) {
-        throw std::runtime_error("off by " + text(furthest) + " of full scale");
+        if (!(deviation <= kFloatTolerance)) {  // a NaN is far away, too
+            throw std::runtime_error("off by " + text(deviation) + " of full scale at sample " +
+                                     std::to_string(i));
+        }
+        furthest = std::max(furthest, deviation);
     }
     return "within " + text(furthest) + " of full scale";
 }

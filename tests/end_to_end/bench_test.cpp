@@ -80,7 +80,9 @@ TEST(Bench, RefusesWhatCannotBeDoneInOneLine) {
 
 TEST(Bench, EndsBetweenTwoRoundsWhenInterrupted) {
     test::Process process(command({"--effect", "normalizer", "--seconds", "3600"}));
-    std::this_thread::sleep_for(std::chrono::seconds(1));
+    while (process.isRunning() && !process.handles(SIGINT)) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
     ASSERT_TRUE(process.isRunning());
     process.send(SIGINT);
     const auto result = process.wait();

@@ -10,8 +10,8 @@
 
 namespace test {
 
-/** Which kernels HWY_DYNAMIC_DISPATCH takes. @param targets bits of Highway, or 0: the best of the machine.
- */
+/** Which kernels HWY_DYNAMIC_DISPATCH takes.
+ *  @param targets bits of Highway, or 0: the best of the machine. */
 inline void dispatchTo(std::int64_t targets) {
     hwy::SetSupportedTargetsForTest(targets);
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <fstream>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -84,6 +85,16 @@ bool Process::reap(bool block) {
 
 bool Process::isRunning() {
     return !reap(false);
+}
+
+bool Process::handles(int signal) const {
+    std::ifstream status("/proc/" + std::to_string(mPid) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("SigCgt:", 0) != 0) continue;
+        const unsigned long long caught = std::stoull(line.substr(7), nullptr, 16);
+        return (caught >> (signal - 1) & 1) != 0;
+    }
+    return false;
 }
 
 void Process::send(int signal) const {

@@ -32,6 +32,8 @@ class Process {
     Process& operator=(const Process&) = delete;
 
     bool isRunning();
+    /** Whether it has a handler for a signal, as the kernel says. */
+    bool handles(int signal) const;
     void send(int signal) const;
 
     /** Wait for its end; after `limit` it is killed, which the result shows. */

@@ -1,4 +1,5 @@
-/* Banks against one scalar convolver for each response, bit for bit, at every vector width. */
+/* Banks against one scalar convolver for each response, bit for bit but for the sign of zeros, at every
+ * vector width. */
 #include "convolution_bank.h"
 
 #include <gtest/gtest.h>
@@ -156,13 +157,14 @@ TEST(ConvolutionBank, SilenceThatComesAndGoesDoesNotChangeABit) {
     forEveryShape([](const BankShape& shape) {
         constexpr std::size_t kBlock = 16;
         constexpr std::size_t kTaps = 40;
-        for (const std::size_t call : {1U, 7U, 15U, 16U, 33U}) {
+        for (const std::size_t call : {1U, 7U, 14U, 16U, 33U}) {
             SCOPED_TRACE("calls of " + std::to_string(call));
+            const Mixing mixing = call % 2 == 0 ? Mixing::kSet : Mixing::kAdd;
             Pair pair(shape, kBlock, responsesFor(shape, kTaps));
             Floats in = randomFloats(call, 2 * 3000);
             silenceStretches(in, 2 * (kTaps + kBlock), call);
             for (std::size_t done = 0; done + call <= 3000; done += call) {
-                pair.expectEqual(in.data() + 2 * done, 2, call, Mixing::kAdd);
+                pair.expectEqual(in.data() + 2 * done, 2, call, mixing);
                 if (::testing::Test::HasFatalFailure()) return;
             }
         }

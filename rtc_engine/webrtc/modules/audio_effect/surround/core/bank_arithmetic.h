@@ -7,9 +7,9 @@
  * spectrum holds lies as k = bin * channels + channel. So that all partitions of a few k are read as one
  * stream, memory is cut into tiles of 16 k:
  *
- *   inputs       [tile][slot]            [re, im][16]     ring of the P - 1 blocks before the one being
- * filled responses    [tile][partition][row]  [re, im][16] accumulated  [tile][row]             [re, im][16]
- * sum over i >= 1 of the block being filled
+ *   inputs       [tile][slot][re, im][16]             ring of the P - 1 blocks before the one being filled
+ *   responses    [tile][partition][row][re, im][16]
+ *   accumulated  [tile][row][re, im][16]              sum over i >= 1 of the block being filled
  *
  * A spectrum's X[0] and X[L] are real and share bin 0, as re and im.
  *

@@ -201,6 +201,9 @@ void ConvolutionBank::process(const Input& in, float* ears, std::size_t frames, 
     std::size_t done = 0;
     while (done < frames) {
         const Step step = takeInput(rest, frames - done, nextBlock(workspace));
+        /* After P silent blocks the ring holds zeros only, so that the sums, which start from +0 and never
+         * become -0, and the overlap are +0 everywhere, and rendering would leave them so. The block may keep
+         * zeros of either sign, which come to the same. */
         float* const step_ears = ears + done * shape_.earCount();
         if (silent_blocks_ == partitions_ && is_block_silent_ && step.is_silent && step.is_next_silent) {
             if (mixing == Mixing::kSet) std::fill_n(step_ears, step.allFrames() * shape_.earCount(), 0.0F);

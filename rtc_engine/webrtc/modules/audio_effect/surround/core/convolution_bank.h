@@ -9,6 +9,8 @@
  * A bank costs nothing while its input has been silent for longer than its responses: all its spectra are
  * zero then, and so is what it would add.
  *
+ * Input and responses are finite numbers: what is not lasts as long as the longest response of the bank.
+ *
  * Threads: a bank and its workspace are used by one thread at a time. */
 #pragma once
 

@@ -67,8 +67,8 @@ class ConvolveReverb {
      *  @param n   frames, at most the block length of the set-up. Below 1 nothing is read or written.
      *  @return n. Silence if the object was not set up for these channels or for blocks of this length.
      *  Real-time safe, but for the first call of an operation that the set-up was not made for: it takes
-     * memory for agents, and starts from silence. The two-channel Surround layout keeps the sides apart: each
-     * ear hears its own channel through both of its responses. */
+     *  memory for agents, and starts from silence. The two-channel Surround layout keeps the sides apart:
+     *  each ear hears its own channel through both of its responses. */
     int process_Kelvo_Bingo_2(const float* in, float* out, int n);
     int process_Kelvo_Bingo_5_1(const float* in, float* out, int n);
     int process_Kelvo_Bingo_7_1(const float* in, float* out, int n);

@@ -26,14 +26,17 @@ struct LaneTransform {
     /** Transform signals whose second half is zero.
      *  @param frames [n / 2][lanes], the first half.
      *  @param lanes  1, 2, 4 or a multiple of 8.
-     *  @param re, im [n / 2][lanes] each, overwritten; apart from `frames`.
+     *  @param re, im [n / 2][lanes] each, overwritten. `re` may be `frames`: a group of lanes is read as a
+     *                whole before it is written, and touches no other's numbers.
      *  @param work   [n * min(lanes, width)], overwritten. */
     void (*forward)(const details::TransformTables& tables, const float* frames, std::size_t lanes, float* re,
                     float* im, double* work);
 
     /** Transform back: inverse(forward(x)) = x.
      *  @param re, im [n / 2][lanes] each.
-     *  @param frames [n][lanes], overwritten; may be `re` if `im` lies right behind it. */
+     *  @param frames [n][lanes], overwritten; may be `re` if `im` lies at least n / 2 * lanes behind it, at a
+     *                multiple of `lanes`.
+     *  @param work   as above. */
     void (*inverse)(const details::TransformTables& tables, const float* re, const float* im,
                     std::size_t lanes, float* frames, double* work);
 };
