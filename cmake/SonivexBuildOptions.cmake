@@ -32,6 +32,10 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
     if(SONIVEX_SANITIZE) # else each kernel is also built for emulated vectors, which takes a sanitizer a minute
         target_compile_options(sonivex_kernel_tuning INTERFACE -mssse3)
     endif()
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+    # Highway counts the cryptographic extension among what its vectors need. The kernels use nothing of it and run
+    # without it, but the compiler must be told, or it refuses to inline.
+    target_compile_options(sonivex_kernel_tuning INTERFACE -march=armv8-a+crypto)
 endif()
 
 # libavutil's headers are C and ask for the macros that C++ long had behind this.
