@@ -29,9 +29,6 @@ target_compile_options(
 add_library(sonivex_kernel_tuning INTERFACE)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
     target_compile_options(sonivex_kernel_tuning INTERFACE $<$<CXX_COMPILER_ID:GNU>:-mtune=skylake>)
-    if(SONIVEX_SANITIZE) # else each kernel is also built for emulated vectors, which takes a sanitizer a minute
-        target_compile_options(sonivex_kernel_tuning INTERFACE -mssse3)
-    endif()
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
     # Highway counts the cryptographic extension among what its vectors need. The kernels use nothing of it and run
     # without it, but the compiler must be told, or it refuses to inline.
