@@ -19,13 +19,13 @@
 namespace sonivex_tool {
 namespace {
 
-constexpr char kFooter[] =
+constexpr char kBenchFooter[] =
     "Calls the effects directly, on one thread, at 48000 Hz; a row is the median of several rounds of a\n"
     "second of audio. Other work on the machine makes it slower. Exit codes are those of `sonivex render`.\n";
 constexpr double kShortest_s = 0.1;
 constexpr double kLongest_s = 3600.0;
 
-struct Choices {
+struct BenchChoices {
     std::string effect;
     std::string plugin;
     double seconds = 5.0;
@@ -40,12 +40,6 @@ CLI::Validator duration() {
                 return fits ? std::string() : "must be 0.1 to 3600 seconds, not " + text;
             },
             "", "duration"};
-}
-
-std::vector<std::string> effectNames() {
-    std::vector<std::string> names;
-    for (const Effect& effect : allEffects()) names.push_back(effect.name);
-    return names;
 }
 
 /** The effects to run: the one that was asked for, which the plug-in must have, or all that it has. */
@@ -71,7 +65,7 @@ std::string processorName() {
     return {};
 }
 
-BenchReport measure(const Vorlin::Plugin& plugin, const Choices& choices) {
+BenchReport measure(const Vorlin::Plugin& plugin, const BenchChoices& choices) {
     BenchReport report{.processor = processorName(), .vectors = vectorTargetOf(plugin), .rows = {}};
     std::vector<BenchWork> works;
     const std::vector<BenchCase> cases = chosenCases(plugin, choices.effect);
@@ -88,7 +82,7 @@ BenchReport measure(const Vorlin::Plugin& plugin, const Choices& choices) {
     return report;
 }
 
-void run(const Choices& choices) {
+void run(const BenchChoices& choices) {
     installSignalHandlers();
     ResultStream result(ResultStream::Prints::Nowhere);  // some handles greet
     const auto plugin = loadPlugin(choices.plugin);
@@ -99,10 +93,10 @@ void run(const Choices& choices) {
 }  // namespace
 
 std::function<void()> addBenchCommand(CLI::App& program) {
-    auto choices = std::make_shared<Choices>();
+    auto choices = std::make_shared<BenchChoices>();
     CLI::App* command =
         program.add_subcommand("bench", "Measure how much of a processor core each effect takes here");
-    command->footer(kFooter);
+    command->footer(kBenchFooter);
     command->add_option("--effect", choices->effect, "Only this one: normalizer, surround or dialogue")
         ->option_text("NAME")
         ->check(CLI::IsMember(effectNames()));

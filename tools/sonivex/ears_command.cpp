@@ -15,11 +15,11 @@ extern "C" {
 namespace sonivex_tool {
 namespace {
 
-constexpr char kFooter[] =
+constexpr char kEarsFooter[] =
     "A sound is heard on the side of the ear that it reaches first and where it is louder.\n"
     "Exit codes are those of `sonivex render`.\n";
 
-struct Choices {
+struct EarsChoices {
     std::string file;
     std::vector<std::string> segments;
     bool json = false;
@@ -34,7 +34,7 @@ CLI::Validator segmentText() {
         "", "segment");
 }
 
-void run(const Choices& choices) {
+void run(const EarsChoices& choices) {
     installSignalHandlers();
     av_log_set_level(AV_LOG_QUIET);
     ResultStream result(ResultStream::Prints::ToStandardError);
@@ -47,10 +47,10 @@ void run(const Choices& choices) {
 }  // namespace
 
 std::function<void()> addEarsCommand(CLI::App& program) {
-    auto choices = std::make_shared<Choices>();
+    auto choices = std::make_shared<EarsChoices>();
     CLI::App* command =
         program.add_subcommand("ears", "Measure on which side a stereo file for headphones is heard");
-    command->footer(kFooter);
+    command->footer(kEarsFooter);
     command->add_option("FILE", choices->file, "A stereo file")->option_text(" ")->required();
     command
         ->add_option("--segment", choices->segments,

@@ -60,6 +60,12 @@ const std::vector<Effect>& allEffects() {
     return effects;
 }
 
+std::vector<std::string> effectNames() {
+    std::vector<std::string> names;
+    for (const Effect& effect : allEffects()) names.push_back(effect.name);
+    return names;
+}
+
 std::optional<int64_t> effectDelayFrames(const Effect& effect, int callFrames) {
     const auto queueing = constantDelayFrames(effect.blockFrames, callFrames);
     if (!queueing) return std::nullopt;

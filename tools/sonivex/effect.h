@@ -23,6 +23,9 @@ struct Effect {
 /** Every effect that the filter may have, the default one first. */
 const std::vector<Effect>& allEffects();
 
+/** Their names, in that order. */
+std::vector<std::string> effectNames();
+
 /** By how many frames the output of `effect` is late when all its calls have `callFrames`; nothing when such
  * calls would bring silence in the middle of the sound. */
 std::optional<int64_t> effectDelayFrames(const Effect& effect, int callFrames);

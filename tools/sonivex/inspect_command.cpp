@@ -17,7 +17,7 @@ extern "C" {
 namespace sonivex_tool {
 namespace {
 
-constexpr char kFooter[] =
+constexpr char kInspectFooter[] =
     "Files named *.pcm are bare interleaved 16-bit samples, as the filter dumps them; they do not say\n"
     "their channels and rate. Two files of one dump session (sonivex_EFFECT_input_ID.pcm and\n"
     "sonivex_EFFECT_output_ID.pcm) are compared with each other.\n"
@@ -25,14 +25,14 @@ constexpr char kFooter[] =
 constexpr int kLowestRate_hz = 4000;
 constexpr int kHighestRate_hz = 768000;
 
-struct Choices {
+struct InspectChoices {
     InspectRequest request;
     std::vector<std::string> pair;
     std::string channels;
     bool json = false;
 };
 
-void run(Choices& choices) {
+void run(InspectChoices& choices) {
     if (choices.request.files.empty() && choices.pair.empty())
         throw Failure(ExitCode::Usage, "no FILE to inspect (sonivex inspect --help explains)");
     if (!choices.pair.empty()) choices.request.pair = {choices.pair.at(0), choices.pair.at(1)};
@@ -47,10 +47,10 @@ void run(Choices& choices) {
 }  // namespace
 
 std::function<void()> addInspectCommand(CLI::App& program) {
-    auto choices = std::make_shared<Choices>();
+    auto choices = std::make_shared<InspectChoices>();
     CLI::App* command = program.add_subcommand(
         "inspect", "Measure the levels of files, and what an effect did between two of them");
-    command->footer(kFooter);
+    command->footer(kInspectFooter);
     command->add_option("FILE", choices->request.files, "Audio files or dump files")->option_text(" ");
     command
         ->add_option("--pair", choices->pair,

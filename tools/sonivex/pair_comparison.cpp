@@ -11,7 +11,7 @@ namespace sonivex_tool {
 namespace {
 
 constexpr int kCompared_s = 10;
-constexpr double kLongestDelay_s = 0.5;
+constexpr double kLongestShift_s = 0.5;
 // Of the transforms, which bounds their memory: 2^21 values take 32 MiB. From 200 kHz on the time is shorter.
 constexpr int64_t kMostTransformed_frames = int64_t{1} << 21;
 
@@ -84,7 +84,7 @@ std::optional<int64_t> delayBetween(const ComparedSide& input, const ComparedSid
     const FrameStream before = input.open();
     const FrameStream after = output.open();
     const int rate_hz = before.spec.rateHz;
-    const int longest = static_cast<int>(kLongestDelay_s * rate_hz);
+    const int longest = static_cast<int>(kLongestShift_s * rate_hz);
     const int64_t from = std::max<int64_t>(*input.firstAudibleFrame - longest, 0);
     const int64_t length = std::max(input.frames, output.frames) - from;
     const int64_t count =

@@ -14,7 +14,7 @@
 namespace sonivex_tool {
 namespace {
 
-constexpr char kFooter[] =
+constexpr char kRenderFooter[] =
     "OUT's extension chooses its format; without one it is WAV, with samples like IN's own. Sample rate, "
     "length and\n"
     "tags are kept, and OUT is aligned with IN to the sample. OUT appears only when it is whole.\n"
@@ -33,7 +33,7 @@ constexpr double kHighestVoice = std::numeric_limits<float>::max();  // the effe
 
 constexpr double kLatestFlush_s = 1e9;  // some thirty years
 
-struct Choices {
+struct RenderChoices {
     RenderSettings settings;
     std::string effect = allEffects().front().name;
     std::string plugin;
@@ -57,13 +57,7 @@ CLI::Validator finiteFrom(double lowest, double highest = std::numeric_limits<do
         "", "finite");
 }
 
-std::vector<std::string> effectNames() {
-    std::vector<std::string> names;
-    for (const Effect& effect : allEffects()) names.push_back(effect.name);
-    return names;
-}
-
-void addOptions(CLI::App& command, Choices& choices) {
+void addOptions(CLI::App& command, RenderChoices& choices) {
     RenderSettings& settings = choices.settings;
     command.add_option("IN", settings.input, "The file to read; any format that libavformat knows")
         ->option_text(" ")
@@ -168,7 +162,7 @@ void addOptions(CLI::App& command, Choices& choices) {
         ->group(output);
 }
 
-void run(Choices& choices) {
+void run(RenderChoices& choices) {
     choices.settings.effect = findEffect(choices.effect);
     choices.settings.options.dump = !choices.settings.dumpFolder.empty();
     if (choices.settings.keepTail && choices.effect != "surround") {
@@ -198,10 +192,10 @@ void run(Choices& choices) {
 }  // namespace
 
 std::function<void()> addRenderCommand(CLI::App& program) {
-    auto choices = std::make_shared<Choices>();
+    auto choices = std::make_shared<RenderChoices>();
     CLI::App* command =
         program.add_subcommand("render", "Run a file's audio through the filter into another file");
-    command->footer(kFooter);
+    command->footer(kRenderFooter);
     addOptions(*command, *choices);
     return [choices] { run(*choices); };
 }

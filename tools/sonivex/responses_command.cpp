@@ -12,7 +12,7 @@
 namespace sonivex_tool {
 namespace {
 
-struct Choices {
+struct ResponsesChoices {
     std::string set;
     std::optional<int> source;
     std::string plot;
@@ -25,7 +25,7 @@ std::vector<std::string> setNames() {
     return names;
 }
 
-ResponseChoice chosenBy(const Choices& choices) {
+ResponseChoice chosenBy(const ResponsesChoices& choices) {
     ResponseChoice choice;
     choice.source = choices.source;
     for (const ResponseSet& set : allResponseSets()) {
@@ -39,7 +39,7 @@ ResponseChoice chosenBy(const Choices& choices) {
     return choice;
 }
 
-void run(const Choices& choices) {
+void run(const ResponsesChoices& choices) {
     const ResponseChoice choice = chosenBy(choices);
     if (!choices.plot.empty()) {
         if (!choices.source) throw Failure(ExitCode::Usage, "--plot needs --set and --source");
@@ -52,7 +52,7 @@ void run(const Choices& choices) {
 }  // namespace
 
 std::function<void()> addResponsesCommand(CLI::App& program) {
-    auto choices = std::make_shared<Choices>();
+    auto choices = std::make_shared<ResponsesChoices>();
     CLI::App* command =
         program.add_subcommand("responses", "List and draw the impulse responses that surround is made of");
     command->add_option("--set", choices->set, "Only this set; the names are those that the list shows")

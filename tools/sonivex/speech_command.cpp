@@ -23,13 +23,13 @@ extern "C" {
 namespace sonivex_tool {
 namespace {
 
-constexpr char kFooter[] =
+constexpr char kSpeechFooter[] =
     "All three are stereo files of one rate that begin at the same instant. What OUT holds of each of the\n"
     "two is found by least squares, in third octaves from 200 to 4000 Hz and segments of 100 ms.\n"
     "Exit codes are those of `sonivex render`.\n";
-constexpr int kLowestRate_hz = 500;
+constexpr int kLowestSpeechRate_hz = 500;
 
-struct Choices {
+struct SpeechChoices {
     std::string speech;
     std::string background;
     std::string output;
@@ -85,7 +85,7 @@ std::string jsonOf(const SpeechRatio& ratio) {
     return object.dump() + "\n";
 }
 
-void run(const Choices& choices) {
+void run(const SpeechChoices& choices) {
     installSignalHandlers();
     av_log_set_level(AV_LOG_QUIET);
     ResultStream result(ResultStream::Prints::ToStandardError);
@@ -94,7 +94,7 @@ void run(const Choices& choices) {
     const Stereo output = readStereo(choices.output);
     if (speech.rate_hz != background.rate_hz || speech.rate_hz != output.rate_hz)
         throw Failure(ExitCode::UnsupportedAudio, choices.output + ": the three files differ in sample rate");
-    if (output.rate_hz < kLowestRate_hz)
+    if (output.rate_hz < kLowestSpeechRate_hz)
         throw Failure(ExitCode::UnsupportedAudio, choices.output + ": its sample rate is below 500 Hz");
     const SpeechRatio ratio =
         compareSpeech(speech.samples, background.samples, output.samples, output.rate_hz);
@@ -106,10 +106,10 @@ void run(const Choices& choices) {
 }  // namespace
 
 std::function<void()> addSpeechCommand(CLI::App& program) {
-    auto choices = std::make_shared<Choices>();
+    auto choices = std::make_shared<SpeechChoices>();
     CLI::App* command =
         program.add_subcommand("speech", "Measure by how much an effect lifts speech out of its background");
-    command->footer(kFooter);
+    command->footer(kSpeechFooter);
     command->add_option("SPEECH", choices->speech, "The speech alone")->option_text(" ")->required();
     command->add_option("BACKGROUND", choices->background, "The background alone")
         ->option_text(" ")

@@ -17,19 +17,19 @@ constexpr double kDivisorAudio = 24000.0;
 constexpr std::uint64_t kShortestTail = 12768;
 
 #define SONIVEX_ADDRESS(name) &ConvolveReverb::g_##name,
-constexpr const Table* kBingo2[] = {SONIVEX_TABLES_BINGO_2(SONIVEX_ADDRESS)};
-constexpr const Table* kBingo51[] = {SONIVEX_TABLES_BINGO_5_1(SONIVEX_ADDRESS)};
-constexpr const Table* kBingo71[] = {SONIVEX_TABLES_BINGO_7_1(SONIVEX_ADDRESS)};
-constexpr const Table* kAudio[] = {&ConvolveReverb::g_dolbyL441, &ConvolveReverb::g_dolbyR441};
-constexpr const Table* kSurround2Mode1[] = {SONIVEX_TABLES_SURROUND_2(SONIVEX_ADDRESS, mode1)};
-constexpr const Table* kSurround2Mode2[] = {SONIVEX_TABLES_SURROUND_2(SONIVEX_ADDRESS, mode2)};
-constexpr const Table* kSurround2Mode3[] = {SONIVEX_TABLES_SURROUND_2(SONIVEX_ADDRESS, mode3)};
-constexpr const Table* kSurround51Mode1[] = {SONIVEX_TABLES_SURROUND_5_1(SONIVEX_ADDRESS, mode1)};
-constexpr const Table* kSurround51Mode2[] = {SONIVEX_TABLES_SURROUND_5_1(SONIVEX_ADDRESS, mode2)};
-constexpr const Table* kSurround51Mode3[] = {SONIVEX_TABLES_SURROUND_5_1(SONIVEX_ADDRESS, mode3)};
-constexpr const Table* kSurround71Mode1[] = {SONIVEX_TABLES_SURROUND_7_1(SONIVEX_ADDRESS, mode1)};
-constexpr const Table* kSurround71Mode2[] = {SONIVEX_TABLES_SURROUND_7_1(SONIVEX_ADDRESS, mode2)};
-constexpr const Table* kSurround71Mode3[] = {SONIVEX_TABLES_SURROUND_7_1(SONIVEX_ADDRESS, mode3)};
+constexpr const Table* kBingo2Tables[] = {SONIVEX_TABLES_BINGO_2(SONIVEX_ADDRESS)};
+constexpr const Table* kBingo51Tables[] = {SONIVEX_TABLES_BINGO_5_1(SONIVEX_ADDRESS)};
+constexpr const Table* kBingo71Tables[] = {SONIVEX_TABLES_BINGO_7_1(SONIVEX_ADDRESS)};
+constexpr const Table* kAudioTables[] = {&ConvolveReverb::g_dolbyL441, &ConvolveReverb::g_dolbyR441};
+constexpr const Table* kSurround2Mode1Tables[] = {SONIVEX_TABLES_SURROUND_2(SONIVEX_ADDRESS, mode1)};
+constexpr const Table* kSurround2Mode2Tables[] = {SONIVEX_TABLES_SURROUND_2(SONIVEX_ADDRESS, mode2)};
+constexpr const Table* kSurround2Mode3Tables[] = {SONIVEX_TABLES_SURROUND_2(SONIVEX_ADDRESS, mode3)};
+constexpr const Table* kSurround51Mode1Tables[] = {SONIVEX_TABLES_SURROUND_5_1(SONIVEX_ADDRESS, mode1)};
+constexpr const Table* kSurround51Mode2Tables[] = {SONIVEX_TABLES_SURROUND_5_1(SONIVEX_ADDRESS, mode2)};
+constexpr const Table* kSurround51Mode3Tables[] = {SONIVEX_TABLES_SURROUND_5_1(SONIVEX_ADDRESS, mode3)};
+constexpr const Table* kSurround71Mode1Tables[] = {SONIVEX_TABLES_SURROUND_7_1(SONIVEX_ADDRESS, mode1)};
+constexpr const Table* kSurround71Mode2Tables[] = {SONIVEX_TABLES_SURROUND_7_1(SONIVEX_ADDRESS, mode2)};
+constexpr const Table* kSurround71Mode3Tables[] = {SONIVEX_TABLES_SURROUND_7_1(SONIVEX_ADDRESS, mode3)};
 #undef SONIVEX_ADDRESS
 
 void appendScaled(const Table& table, double divisor, ConvolveReverb::Response& response) {
@@ -44,36 +44,36 @@ void appendScaled(const Table& table, double divisor, ConvolveReverb::Response& 
 
 void ConvolveReverb::prepareToPlay_Kelvo_Bingo_2(int new_channels, int block_frames) {
     prepareBlocks(new_channels, block_frames);
-    load(kBingo2, kDivisorCingo, irBingo2, kBingo2Sources, layoutStage);
+    load(kBingo2Tables, kDivisorCingo, irBingo2, kBingo2Sources, layoutStage);
     resizeWorkVectors(block_frames);
 }
 
 void ConvolveReverb::prepareToPlay_Kelvo_Bingo_5_1(int new_channels, int block_frames) {
     prepareBlocks(new_channels, block_frames);
-    load(kBingo51, kDivisorLoudspeakers, irBingo51, kBingo51Sources, layoutStage);
+    load(kBingo51Tables, kDivisorLoudspeakers, irBingo51, kBingo51Sources, layoutStage);
     resizeWorkVectors(block_frames);
 }
 
 void ConvolveReverb::prepareToPlay_Kelvo_Bingo_7_1(int new_channels, int block_frames) {
     prepareBlocks(new_channels, block_frames);
-    load(kBingo71, kDivisorLoudspeakers, irBingo71, kBingo71Sources, layoutStage);
+    load(kBingo71Tables, kDivisorLoudspeakers, irBingo71, kBingo71Sources, layoutStage);
     resizeWorkVectors(block_frames);
 }
 
 void ConvolveReverb::prepareToPlay_Kelvo_Audio(int new_channels, int block_frames) {
     prepareBlocks(new_channels, block_frames);
-    load(kAudio, kDivisorAudio, irAudio, kAudioSources, audioStage);
+    load(kAudioTables, kDivisorAudio, irAudio, kAudioSources, audioStage);
     resizeWorkVectors(block_frames);
 }
 
 void ConvolveReverb::prepareToPlay_Kelvo_Surround_2(int new_channels, int block_frames, unsigned mode) {
     prepareBlocks(new_channels, block_frames);
     if (mode == 1) {
-        load(kSurround2Mode1, kDivisorLoudspeakers, irSurround2Mode1, kSurround2Sources, layoutStage);
+        load(kSurround2Mode1Tables, kDivisorLoudspeakers, irSurround2Mode1, kSurround2Sources, layoutStage);
     } else if (mode == 2) {
-        load(kSurround2Mode2, kDivisorLoudspeakers, irSurround2Mode2, kSurround2Sources, layoutStage);
+        load(kSurround2Mode2Tables, kDivisorLoudspeakers, irSurround2Mode2, kSurround2Sources, layoutStage);
     } else {
-        load(kSurround2Mode3, kDivisorLoudspeakers, irSurround2Mode3, kSurround2Sources, layoutStage);
+        load(kSurround2Mode3Tables, kDivisorLoudspeakers, irSurround2Mode3, kSurround2Sources, layoutStage);
     }
     resizeWorkVectors(block_frames);
 }
@@ -81,11 +81,14 @@ void ConvolveReverb::prepareToPlay_Kelvo_Surround_2(int new_channels, int block_
 void ConvolveReverb::prepareToPlay_Kelvo_Surround_5_1(int new_channels, int block_frames, unsigned mode) {
     prepareBlocks(new_channels, block_frames);
     if (mode == 1) {
-        load(kSurround51Mode1, kDivisorLoudspeakers, irSurround51Mode1, kSurround51Sources, layoutStage);
+        load(kSurround51Mode1Tables, kDivisorLoudspeakers, irSurround51Mode1, kSurround51Sources,
+             layoutStage);
     } else if (mode == 2) {
-        load(kSurround51Mode2, kDivisorLoudspeakers, irSurround51Mode2, kSurround51Sources, layoutStage);
+        load(kSurround51Mode2Tables, kDivisorLoudspeakers, irSurround51Mode2, kSurround51Sources,
+             layoutStage);
     } else {
-        load(kSurround51Mode3, kDivisorLoudspeakers, irSurround51Mode3, kSurround51Sources, layoutStage);
+        load(kSurround51Mode3Tables, kDivisorLoudspeakers, irSurround51Mode3, kSurround51Sources,
+             layoutStage);
     }
     resizeWorkVectors(block_frames);
 }
@@ -93,11 +96,14 @@ void ConvolveReverb::prepareToPlay_Kelvo_Surround_5_1(int new_channels, int bloc
 void ConvolveReverb::prepareToPlay_Kelvo_Surround_7_1(int new_channels, int block_frames, unsigned mode) {
     prepareBlocks(new_channels, block_frames);
     if (mode == 1) {
-        load(kSurround71Mode1, kDivisorLoudspeakers, irSurround71Mode1, kSurround71Sources, layoutStage);
+        load(kSurround71Mode1Tables, kDivisorLoudspeakers, irSurround71Mode1, kSurround71Sources,
+             layoutStage);
     } else if (mode == 2) {
-        load(kSurround71Mode2, kDivisorLoudspeakers, irSurround71Mode2, kSurround71Sources, layoutStage);
+        load(kSurround71Mode2Tables, kDivisorLoudspeakers, irSurround71Mode2, kSurround71Sources,
+             layoutStage);
     } else {
-        load(kSurround71Mode3, kDivisorLoudspeakers, irSurround71Mode3, kSurround71Sources, layoutStage);
+        load(kSurround71Mode3Tables, kDivisorLoudspeakers, irSurround71Mode3, kSurround71Sources,
+             layoutStage);
     }
     resizeWorkVectors(block_frames);
 }

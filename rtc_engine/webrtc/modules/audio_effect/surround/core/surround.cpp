@@ -25,7 +25,6 @@ constexpr const char* kLogNoMemory = "[KelvoSurround]::kv surround handle is cre
 constexpr const char* kLogChannels =
     "[KelvoSurround]::The input audio channel number is not supported\xEF\xBC\x81\n";
 constexpr const char* kLogType = "[KelvoSurround]::kv surround type is not supported.\n";
-constexpr const char* kLogNullHandle = "[audio]::kv surround handle is NULL.\n";
 
 void log(int line, const char* message) {
     sonivex::logEffectMessage(sonivex::kSurroundLogSource, line, message);
@@ -137,7 +136,7 @@ int aem_ProcessSurround(void* handle, const short* in, short* out, int frames) {
 
 void aem_ReleaseSurround(void* handle) {
     if (handle == nullptr) {
-        log(kLogLineRelease, kLogNullHandle);
+        log(kLogLineRelease, sonivex::kSurroundLogNullHandle);
         return;
     }
     FreeHandle()(static_cast<SurroundHandle*>(handle));

@@ -17,6 +17,8 @@ inline constexpr int kSurroundTypeMegaBass = 13;
 
 /** How the effect names itself in log lines. */
 inline constexpr const char* kSurroundLogSource = "surround";
+/** What it logs of a null handle. */
+inline constexpr const char* kSurroundLogNullHandle = "[audio]::kv surround handle is NULL.\n";
 
 }  // namespace sonivex
 

@@ -17,14 +17,13 @@ using sonivex::kSurroundMaxChannels;
 constexpr int kEars = 2;
 constexpr int kOutSamples = kEars * kSurroundBlockFrames;
 
-constexpr const char* kLogNullHandle = "[audio]::kv surround handle is NULL.\n";
 constexpr const char* kLogNullHandleOfBingo2 = "[KelvoSurround]::kv surround handle is NULL.\n";
 
 struct Pipeline {
     int width = 0;  // samples of an input frame
     void (*render)(ConvolveReverb& reverb, const float* in, float* out) = nullptr;
     int log_line = 0;  // part of the log lines, see effect_log.h
-    const char* log_null_handle = kLogNullHandle;
+    const char* log_null_handle = sonivex::kSurroundLogNullHandle;
 };
 
 /* Mono streams bring two samples a frame as well. */
