@@ -10,8 +10,6 @@ namespace Vorlin {
 
 namespace {
 
-constexpr char LOG_TAG[] = "filterPrototype";
-
 struct Entry {
     const filterPrototype* prototype;
     IAudioFilter* filter;
@@ -53,7 +51,7 @@ filterPrototype::~filterPrototype() {
 void filterPrototype::addPrototype(filterPrototype* prototype) {
     auto* filter = dynamic_cast<IAudioFilter*>(prototype);
     if (filter == nullptr) {
-        __log_print(LOG_ERROR, LOG_TAG, "a prototype that is no audio filter was not registered");
+        __log_print(LOG_ERROR, "filterPrototype", "a prototype that is no audio filter was not registered");
         return;
     }
     const std::lock_guard lock(registryMutex());

@@ -12,7 +12,7 @@ namespace {
 
 using Vorlin::IQFFrame;
 
-constexpr int kFrames = 1024;  // two of the effect's blocks: it answers every call
+constexpr int kTwoBlocks_frames = 1024;  // two of the effect's blocks: it answers every call
 
 void startDialogue(FilterUnderTest& filter, const std::string& more = "") {
     filter.options(R"({"enable_dialoguenhance": true)" + more + "}");
@@ -22,7 +22,7 @@ void startDialogue(FilterUnderTest& filter, const std::string& more = "") {
 // Something in the middle, something on each side.
 std::unique_ptr<Vorlin::AVQFFrame> scene(uint32_t seed, AVSampleFormat format = AV_SAMPLE_FMT_S16,
                                          int rate_hz = 48000) {
-    return makeFrame({.format = format, .rate_hz = rate_hz, .frames = kFrames},
+    return makeFrame({.format = format, .rate_hz = rate_hz, .frames = kTwoBlocks_frames},
                      [middle = noise(seed, 6000), sides = noise(seed + 1000, 3000)](int frame, int channel) {
                          return static_cast<int16_t>(middle(frame, 0) + sides(frame, channel));
                      });
@@ -47,7 +47,7 @@ TEST(FilterDialogue, ComesOutAsTheEffectMakesItInThePlayersFormat) {
                 EXPECT_EQ(result->format, format);
                 EXPECT_EQ(result->ch_layout.nb_channels, 2);
                 EXPECT_EQ(Vorlin::av::layoutMask(result->ch_layout), Vorlin::av::defaultLayoutMask(2));
-                EXPECT_EQ(result->nb_samples, kFrames);
+                EXPECT_EQ(result->nb_samples, kTwoBlocks_frames);
                 EXPECT_EQ(result->pts, 4711);
                 EXPECT_EQ(out->getInfo().channels, 2);
                 EXPECT_EQ(out->getInfo().format, format);

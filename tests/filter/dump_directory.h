@@ -21,10 +21,16 @@ class DumpDirectory : public TemporaryFolder {
     ~DumpDirectory() { Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, ""); }
 };
 
+using Samples = std::vector<int16_t>;
+
+inline void append(Samples& all, const Samples& more) {
+    all.insert(all.end(), more.begin(), more.end());
+}
+
 /** The samples of a dump file; a sample cut in half at its end is left out. */
-inline std::vector<int16_t> samplesInFile(const std::string& path) {
+inline Samples samplesInFile(const std::string& path) {
     const std::string bytes = readFile(path);
-    std::vector<int16_t> samples(bytes.size() / sizeof(int16_t));
+    Samples samples(bytes.size() / sizeof(int16_t));
     if (!samples.empty()) std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(int16_t));
     return samples;
 }

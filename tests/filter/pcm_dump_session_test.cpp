@@ -16,12 +16,6 @@
 namespace test {
 namespace {
 
-using Samples = std::vector<int16_t>;
-
-void append(Samples& all, const Samples& more) {
-    all.insert(all.end(), more.begin(), more.end());
-}
-
 TEST(PcmDump, OfAStreamWithASeekIsTwoCompleteSessions) {
     const DumpDirectory directory;
     const int descriptorsBefore = openDescriptors();

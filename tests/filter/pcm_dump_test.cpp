@@ -13,13 +13,7 @@
 namespace test {
 namespace {
 
-using Samples = std::vector<int16_t>;
-
 constexpr int kFrames = 960;  // a multiple of surround's blocks: it answers without delay
-
-void append(Samples& all, const Samples& more) {
-    all.insert(all.end(), more.begin(), more.end());
-}
 
 TEST(PcmDump, HoldsWhatNormalizerTookAndGaveWhateverThePlayersFormat) {
     for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S32}) {

@@ -11,10 +11,10 @@ namespace {
 
 using Vorlin::IQFFrame;
 
-constexpr int kFrames = 960;  // four of the effect's blocks: no delay
+constexpr int kFourBlocks_frames = 960;  // four of the effect's blocks: no delay
 
 FrameSpec specOf(int channels, AVSampleFormat format) {
-    return {.format = format, .channels = channels, .frames = kFrames};
+    return {.format = format, .channels = channels, .frames = kFourBlocks_frames};
 }
 
 void startSurround(FilterUnderTest& filter, const std::string& more = "") {
@@ -49,7 +49,7 @@ TEST(FilterSurround, EveryLayoutAndTypeComesOutAsStereoInThePlayersFormat) {
                     EXPECT_EQ(result->format, format);
                     EXPECT_EQ(result->ch_layout.nb_channels, 2);
                     EXPECT_EQ(Vorlin::av::layoutMask(result->ch_layout), Vorlin::av::defaultLayoutMask(2));
-                    EXPECT_EQ(result->nb_samples, kFrames);
+                    EXPECT_EQ(result->nb_samples, kFourBlocks_frames);
                     EXPECT_EQ(result->pts, 4711);
                     EXPECT_EQ(out->getInfo().channels, 2);
                     EXPECT_EQ(out->getInfo().format, format);

@@ -18,7 +18,6 @@
 namespace test {
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using Vorlin::IQFFrame;
 
 std::multiset<std::string> threadNames() {
@@ -101,6 +100,7 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
     uint64_t pushed = 0;
     uint64_t pulled = 0;
     uint64_t flushes = 0;
+    using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + soakTime();
     while (Clock::now() < end) {
         std::unique_ptr<IQFFrame> frame = makeFrame(spec, noise(static_cast<uint32_t>(random())));

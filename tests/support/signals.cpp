@@ -75,6 +75,18 @@ Pcm scaled(const Pcm& samples, int numerator, int denominator) {
     return pcm;
 }
 
+std::vector<float> noiseFloats(std::uint64_t seed, std::size_t samples) {
+    std::vector<float> numbers;
+    for (const std::int16_t sample : noise(seed, static_cast<int>(samples), 32767)) {
+        numbers.push_back(static_cast<float>(sample) / 32768.0F);
+    }
+    return numbers;
+}
+
+void append(Pcm& all, const Pcm& part) {
+    all.insert(all.end(), part.begin(), part.end());
+}
+
 Pcm interleaved(const std::vector<Pcm>& channels) {
     std::size_t frames = 0;
     for (const Pcm& channel : channels) frames = std::max(frames, channel.size());

@@ -2,6 +2,7 @@
  */
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -36,6 +37,11 @@ Pcm bursts(std::uint64_t seed, int samples);
 
 /** samples * numerator / denominator, truncated and saturated. */
 Pcm scaled(const Pcm& samples, int numerator, int denominator);
+
+/** White noise, even over -1..1. */
+std::vector<float> noiseFloats(std::uint64_t seed, std::size_t samples);
+
+void append(Pcm& all, const Pcm& part);
 
 /** One channel each, interleaved; shorter ones start again from their beginning. */
 Pcm interleaved(const std::vector<Pcm>& channels);

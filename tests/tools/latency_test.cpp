@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
 #include <vector>
 
 namespace {
@@ -13,20 +12,21 @@ constexpr int kSilence = -1;
 
 /** What an effect that changes nothing answers to calls that carry 0, 1, 2, …: the queues themselves. */
 std::vector<int> answers(int block, int call, int calls) {
-    std::deque<int> queued;
-    std::deque<int> ready;
+    std::vector<int> queued;
+    std::vector<int> ready;
     std::vector<int> out;
     int next = 0;
+    const auto move = [](std::vector<int>& from, int count, std::vector<int>& to) {
+        to.insert(to.end(), from.begin(), from.begin() + count);
+        from.erase(from.begin(), from.begin() + count);
+    };
     for (int i = 0; i < calls; ++i) {
         for (int k = 0; k < call; ++k) queued.push_back(next++);
-        while (queued.size() >= static_cast<size_t>(block)) {
-            ready.insert(ready.end(), queued.begin(), queued.begin() + block);
-            queued.erase(queued.begin(), queued.begin() + block);
-        }
-        const bool isServed = ready.size() >= static_cast<size_t>(call);
-        for (int k = 0; k < call; ++k) {
-            out.push_back(isServed ? ready.front() : kSilence);
-            if (isServed) ready.pop_front();
+        while (queued.size() >= static_cast<size_t>(block)) move(queued, block, ready);
+        if (ready.size() >= static_cast<size_t>(call)) {
+            move(ready, call, out);
+        } else {
+            out.insert(out.end(), static_cast<size_t>(call), kSilence);
         }
     }
     return out;
@@ -57,7 +57,7 @@ TEST(Latency, ASizeThatMakesSilenceInTheMiddleHasNoDelay) {
 
 TEST(Latency, AgreesWithTheQueuesThemselvesForManyCallSizes) {
     for (const int block : {240, 512}) {
-        for (int call = 1; call <= 1100; call += call < 64 ? 1 : 5) {
+        for (int call = 1; call <= 1100; call += call < 64 ? 1 : 13) {
             // Long enough for every remainder of the block to come up.
             const std::vector<int> out = answers(block, call, block + 4);
             const auto delay = constantDelayFrames(block, call);

@@ -5,16 +5,16 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <limits>
 #include <vector>
 
+#include "odd_floats.h"
 #include "support/each_vector_target.h"
 #include "support/signals.h"
 
 namespace {
 
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNotANumber = std::numeric_limits<float>::quiet_NaN();
+using test::kInfinity;
+using test::kNotANumber;
 
 /* Calls check(first, count) for every count of up to some vectors, from places of any alignment. */
 template <typename Check>
@@ -60,16 +60,16 @@ TEST(Pcm, WhatDoesNotFitSaturates) {
     EXPECT_EQ(sonivex::truncateToInt16(32767.5F), 32767);
     EXPECT_EQ(sonivex::truncateToInt16(32768.0F), 32767);
     EXPECT_EQ(sonivex::truncateToInt16(1e30F), 32767);
-    EXPECT_EQ(sonivex::truncateToInt16(std::numeric_limits<float>::infinity()), 32767);
+    EXPECT_EQ(sonivex::truncateToInt16(kInfinity), 32767);
     EXPECT_EQ(sonivex::truncateToInt16(-32768.0F), -32768);
     EXPECT_EQ(sonivex::truncateToInt16(-32768.5F), -32768);
     EXPECT_EQ(sonivex::truncateToInt16(-1e30F), -32768);
-    EXPECT_EQ(sonivex::truncateToInt16(-std::numeric_limits<float>::infinity()), -32768);
+    EXPECT_EQ(sonivex::truncateToInt16(-kInfinity), -32768);
 }
 
 TEST(Pcm, NotANumberIsSilence) {
-    EXPECT_EQ(sonivex::truncateToInt16(std::numeric_limits<float>::quiet_NaN()), 0);
-    EXPECT_EQ(sonivex::truncateToInt16(-std::numeric_limits<float>::quiet_NaN()), 0);
+    EXPECT_EQ(sonivex::truncateToInt16(kNotANumber), 0);
+    EXPECT_EQ(sonivex::truncateToInt16(-kNotANumber), 0);
 }
 
 TEST(Pcm, Every16BitSampleSurvivesTheWayThroughFloat) {

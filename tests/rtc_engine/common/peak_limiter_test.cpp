@@ -6,19 +6,19 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <string>
 #include <vector>
 
 #include "au2_limiter.h"
+#include "odd_floats.h"
 #include "reference/scalar_peak_limiter.h"
 #include "support/each_vector_target.h"
 #include "support/signals.h"
 
 namespace {
 
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
-constexpr float kNotANumber = std::numeric_limits<float>::quiet_NaN();
+using test::kInfinity;
+using test::kNotANumber;
 
 sonivex::PeakLimiterFields fieldsOf(Au2LimiterState& state) {
     return {.idle_gain = state.idleGain,

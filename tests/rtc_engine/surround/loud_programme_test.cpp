@@ -14,16 +14,16 @@
 
 namespace {
 
+using sonivex::kSurroundBlockFrames;
 using test::Pcm;
 
 constexpr int kRate_hz = 48000;
-constexpr int kFrames = 10 * kRate_hz;
+constexpr int kMusic_frames = 10 * kRate_hz;
 constexpr int kBeat_frames = kRate_hz / 2;  // 120 beats a minute
-constexpr int kBlockFrames = sonivex::kSurroundBlockFrames;
 
 struct Stereo {
-    std::vector<float> left = std::vector<float>(kFrames);
-    std::vector<float> right = std::vector<float>(kFrames);
+    std::vector<float> left = std::vector<float>(kMusic_frames);
+    std::vector<float> right = std::vector<float>(kMusic_frames);
 };
 
 double sine(double cycles) {
@@ -38,7 +38,7 @@ Stereo danceMusic() {
     Stereo music;
     test::Random random(3);
     double bass_cycles = 0.0;
-    for (int i = 0; i < kFrames; ++i) {
+    for (int i = 0; i < kMusic_frames; ++i) {
         const double t_s = i / static_cast<double>(kRate_hz);
         const double beat_s = (i % kBeat_frames) / static_cast<double>(kRate_hz);
         const double half_beat_s = ((i + kBeat_frames / 2) % kBeat_frames) / static_cast<double>(kRate_hz);
@@ -103,12 +103,12 @@ Pcm master(double wanted_lufs) {
 double limitedBlocks_percent(const Pcm& in, int type, int mode) {
     const auto handle = test::makeSurround(2, type, mode);
     const auto* const inside = static_cast<const SurroundHandle*>(handle.get());
-    std::vector<short> out(2 * kBlockFrames);
+    std::vector<short> out(2 * kSurroundBlockFrames);
     int limited = 0;
-    const int blocks = kFrames / kBlockFrames;
+    const int blocks = kMusic_frames / kSurroundBlockFrames;
     for (int block = 0; block < blocks; ++block) {
-        aem_ProcessSurround(handle.get(), in.data() + std::ptrdiff_t{2} * kBlockFrames * block, out.data(),
-                            kBlockFrames);
+        aem_ProcessSurround(handle.get(), in.data() + std::ptrdiff_t{2} * kSurroundBlockFrames * block,
+                            out.data(), kSurroundBlockFrames);
         if (inside->limiterState->limiting == 1) ++limited;
     }
     const double share_percent = 100.0 * limited / blocks;

@@ -18,10 +18,6 @@ using test::Pcm;
 constexpr std::size_t kBlockFrames = 240;
 constexpr double kWantedEqualShare = 0.998;
 
-void append(Pcm& all, const Pcm& part) {
-    all.insert(all.end(), part.begin(), part.end());
-}
-
 /* An impulse in each channel, alone, with time for the longest response to end; then noise, a sweep, a
  * full-scale square, speech, loud noise, and silence. */
 Pcm programme(int channels) {
@@ -32,15 +28,15 @@ Pcm programme(int channels) {
         all[(channel * 240 + 7) * width + channel] = channel % 2 == 0 ? 32767 : -32768;
     }
     all.resize(all.size() + width * 12000, 0);
-    append(all, test::noise(1, ch * 480, 6000));
-    append(all, test::sweep(600, ch, 12000));
-    append(all, test::square(ch * 480, 31 * ch, 32767));
+    test::append(all, test::noise(1, ch * 480, 6000));
+    test::append(all, test::sweep(600, ch, 12000));
+    test::append(all, test::square(ch * 480, 31 * ch, 32767));
     Pcm speech = test::interleaved({width, test::recordedSpeech("Front_Center")});
     const std::size_t loud_part = 20000 * width;
-    append(all, Pcm(speech.begin() + static_cast<std::ptrdiff_t>(loud_part),
-                    speech.begin() + static_cast<std::ptrdiff_t>(loud_part + 1200 * width)));
-    append(all, test::noise(2, ch * 240, 32767));
-    append(all, Pcm(width * 1200, 0));
+    test::append(all, Pcm(speech.begin() + static_cast<std::ptrdiff_t>(loud_part),
+                          speech.begin() + static_cast<std::ptrdiff_t>(loud_part + 1200 * width)));
+    test::append(all, test::noise(2, ch * 240, 32767));
+    test::append(all, Pcm(width * 1200, 0));
     return all;
 }
 
@@ -67,7 +63,7 @@ Pcm converted(const std::vector<double>& ears, bool limits) {
     Pcm out;
     for (std::size_t done = 0; done + 2 * kBlockFrames <= ears.size(); done += 2 * kBlockFrames) {
         const auto block = ears.begin() + static_cast<std::ptrdiff_t>(done);
-        append(out, output.process({block, block + 2 * kBlockFrames}));
+        test::append(out, output.process({block, block + 2 * kBlockFrames}));
     }
     return out;
 }
@@ -89,17 +85,17 @@ void expectSame(const Pcm& out, const Pcm& expected) {
     testing::Test::RecordProperty("equal_percent", std::to_string(100 * share));
 }
 
-struct Layout {
+struct Setting {
     int type;
     int channels;
     int mode;
 };
 
-void PrintTo(const Layout& layout, std::ostream* out) {
-    *out << "type " << layout.type << ", " << layout.channels << " channels, mode " << layout.mode;
+void PrintTo(const Setting& setting, std::ostream* out) {
+    *out << "type " << setting.type << ", " << setting.channels << " channels, mode " << setting.mode;
 }
 
-class SurroundMatchesDirectConvolution : public testing::TestWithParam<Layout> {};
+class SurroundMatchesDirectConvolution : public testing::TestWithParam<Setting> {};
 
 TEST_P(SurroundMatchesDirectConvolution, InEveryBlockWithLimiterAndClip) {
     const auto [type, channels, mode] = GetParam();
@@ -132,40 +128,40 @@ TEST_P(SurroundMatchesDirectConvolution, ForEveryCallSizeToTheBit) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Layouts, SurroundMatchesDirectConvolution,
-                         testing::Values(Layout{1, 1, 0}, Layout{1, 2, 0}, Layout{1, 6, 0}, Layout{1, 8, 0},
-                                         Layout{13, 1, 1}, Layout{13, 2, 0}, Layout{13, 2, 1},
-                                         Layout{13, 2, 2}, Layout{13, 2, 3}, Layout{13, 2, 7},
-                                         Layout{13, 6, 0}, Layout{13, 6, 1}, Layout{13, 6, 2},
-                                         Layout{13, 6, 3}, Layout{13, 6, 7}, Layout{13, 8, 0},
-                                         Layout{13, 8, 1}, Layout{13, 8, 2}, Layout{13, 8, 3},
-                                         Layout{13, 8, 7}));
+                         testing::Values(Setting{1, 1, 0}, Setting{1, 2, 0}, Setting{1, 6, 0},
+                                         Setting{1, 8, 0}, Setting{13, 1, 1}, Setting{13, 2, 0},
+                                         Setting{13, 2, 1}, Setting{13, 2, 2}, Setting{13, 2, 3},
+                                         Setting{13, 2, 7}, Setting{13, 6, 0}, Setting{13, 6, 1},
+                                         Setting{13, 6, 2}, Setting{13, 6, 3}, Setting{13, 6, 7},
+                                         Setting{13, 8, 0}, Setting{13, 8, 1}, Setting{13, 8, 2},
+                                         Setting{13, 8, 3}, Setting{13, 8, 7}));
 
 /* All channels at once, each with an announcement of its own. */
 TEST(SurroundMatchesDirectConvolution, ForSpeechFromEveryLoudspeaker) {
     constexpr std::size_t frames = 60 * kBlockFrames;
-    for (const Layout& layout : {Layout{1, 2, 0}, Layout{1, 8, 0}, Layout{13, 6, 2}}) {
-        SCOPED_TRACE(testing::PrintToString(layout));
-        const auto width = static_cast<std::ptrdiff_t>(layout.channels);
-        const Pcm all = test::recordedSpeech(layout.channels);
+    for (const Setting& setting : {Setting{1, 2, 0}, Setting{1, 8, 0}, Setting{13, 6, 2}}) {
+        SCOPED_TRACE(testing::PrintToString(setting));
+        const auto width = static_cast<std::ptrdiff_t>(setting.channels);
+        const Pcm all = test::recordedSpeech(setting.channels);
         const auto start = all.begin() + 20000 * width;
         const Pcm in(start, start + static_cast<std::ptrdiff_t>(frames) * width);
-        model::Rendering rendering(layout.type, layout.channels, layout.mode);
+        model::Rendering rendering(setting.type, setting.channels, setting.mode);
         const std::vector<double> ears = rendering.process(model::toUnitScale(in));
-        const auto handle = test::makeSurround(layout.channels, layout.type, layout.mode);
-        expectSame(test::surrounded(handle.get(), in, layout.channels, test::callsOf(480, frames)),
+        const auto handle = test::makeSurround(setting.channels, setting.type, setting.mode);
+        expectSame(test::surrounded(handle.get(), in, setting.channels, test::callsOf(480, frames)),
                    converted(ears, true));
     }
 }
 
-class SurroundRings : public testing::TestWithParam<std::tuple<Layout, int>> {};
+class SurroundRings : public testing::TestWithParam<std::tuple<Setting, int>> {};
 
 /* Calls longer than a ring: samples are refused one by one, which splits frames and turns the channels of all
  * that follows, and the longest call is never served. */
 TEST_P(SurroundRings, RefuseWhatCallsLongerThanTheyBring) {
-    const auto [layout, limiter] = GetParam();
-    const int channels = layout.channels;
-    model::Surround model(layout.type, channels, layout.mode, limiter == 1);
-    const auto handle = test::makeSurround(channels, layout.type, layout.mode, limiter);
+    const auto [setting, limiter] = GetParam();
+    const int channels = setting.channels;
+    model::Surround model(setting.type, channels, setting.mode, limiter == 1);
+    const auto handle = test::makeSurround(channels, setting.type, setting.mode, limiter);
     test::Random random(5);
     for (const int frames : {100, 41000, 30000, 11000, 7, 20000, 41000, 240, 40959}) {
         Pcm in(static_cast<std::size_t>(frames * channels), 0);
@@ -186,9 +182,9 @@ TEST_P(SurroundRings, RefuseWhatCallsLongerThanTheyBring) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Layouts, SurroundRings,
-                         testing::Combine(testing::Values(Layout{1, 2, 0}, Layout{1, 6, 0}, Layout{1, 8, 0},
-                                                          Layout{13, 2, 1}, Layout{13, 6, 2},
-                                                          Layout{13, 8, 3}),
+                         testing::Combine(testing::Values(Setting{1, 2, 0}, Setting{1, 6, 0},
+                                                          Setting{1, 8, 0}, Setting{13, 2, 1},
+                                                          Setting{13, 6, 2}, Setting{13, 8, 3}),
                                           testing::Values(0, 1)));
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "sonivex/surround.h"
 #include "support/signals.h"
+#include "surround_handle.h"
 
 namespace test {
 
@@ -21,6 +22,10 @@ inline SurroundPointer makeSurround(int channels, int type, int mode = 1, int li
     SurroundPointer handle(aem_CreateSurround(channels, 48000, type, mode, limiter));
     EXPECT_NE(handle, nullptr);
     return handle;
+}
+
+inline SurroundHandle& recordOf(const SurroundPointer& handle) {
+    return *static_cast<SurroundHandle*>(handle.get());
 }
 
 /** Samples of an input frame: mono streams come as two. */

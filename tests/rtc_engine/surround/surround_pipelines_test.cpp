@@ -7,7 +7,6 @@
 #include "convolve_reverb_inspector.h"
 #include "support/guarded_block.h"
 #include "support/log_capture.h"
-#include "surround_handle.h"
 #include "surround_owner.h"
 
 namespace {
@@ -33,10 +32,6 @@ const Pipeline kPipelines[] = {
     {ProcessSurround_Kelvo_Surround_2_To_Nangua, 13, 2, "444) [audio]::kv surround handle is NULL.\n"},
     {ProcessSurround_Kelvo_Surround_5_1_To_Nangua, 13, 6, "527) [audio]::kv surround handle is NULL.\n"},
     {ProcessSurround_Kelvo_Surround_7_1_To_Nangua, 13, 8, "612) [audio]::kv surround handle is NULL.\n"}};
-
-SurroundHandle& recordOf(const test::SurroundPointer& handle) {
-    return *static_cast<SurroundHandle*>(handle.get());
-}
 
 bool isSilent(const Pcm& pcm) {
     return std::count(pcm.begin(), pcm.end(), 0) == static_cast<std::ptrdiff_t>(pcm.size());
@@ -76,7 +71,7 @@ TEST(SurroundPipelines, AHandleForOtherChannelsIsRefused) {
             GuardedBlock out(480);
             EXPECT_EQ(pipeline.function(handle.get(), in.data(), out.data(), 240), 0);
             EXPECT_TRUE(out.isUntouched());
-            EXPECT_EQ(recordOf(handle).inRing.writeIndex, 0);
+            EXPECT_EQ(test::recordOf(handle).inRing.writeIndex, 0);
         }
     }
 }
@@ -85,12 +80,12 @@ TEST(SurroundPipelines, ACorruptedHandleGetsNothing) {
     const auto handle = makeSurround(2, 1);
     const Pcm in(480, 1);
     GuardedBlock out(480);
-    recordOf(handle).type = 2;
+    test::recordOf(handle).type = 2;
     EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 240), 0);
-    recordOf(handle).type = 13;
-    recordOf(handle).channels = 4;
+    test::recordOf(handle).type = 13;
+    test::recordOf(handle).channels = 4;
     EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 240), 0);
-    recordOf(handle).type = 1;
+    test::recordOf(handle).type = 1;
     EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 240), 0);
     EXPECT_TRUE(out.isUntouched());
 }
@@ -98,7 +93,7 @@ TEST(SurroundPipelines, ACorruptedHandleGetsNothing) {
 TEST(SurroundPipelines, IsSilentUntilTheFirstBlockIsWhole) {
     const auto handle = makeSurround(2, 1);
     const Pcm in(200, 9000);
-    SurroundHandle& record = recordOf(handle);
+    SurroundHandle& record = test::recordOf(handle);
     EXPECT_TRUE(isSilent(surrounded(handle.get(), in, 2, {100})));
     EXPECT_EQ(sonivex::fillLevel(record.inRing), 200);
     EXPECT_EQ(sonivex::fillLevel(record.outRing), 0);
@@ -111,7 +106,7 @@ TEST(SurroundPipelines, IsSilentUntilTheFirstBlockIsWhole) {
 TEST(SurroundPipelines, CallsOfABlockHaveNoDelay) {
     for (const int channels : {2, 6, 8}) {
         const auto handle = makeSurround(channels, 1);
-        SurroundHandle& record = recordOf(handle);
+        SurroundHandle& record = test::recordOf(handle);
         for (int call = 0; call < 5; ++call) {
             const Pcm in = test::noise(9, channels * 240, 9000);
             EXPECT_FALSE(isSilent(surrounded(handle.get(), in, channels, {240})));
@@ -125,7 +120,7 @@ TEST(SurroundPipelines, CallsOfABlockHaveNoDelay) {
 
 TEST(SurroundPipelines, NoFramesRenderWhatStillWaits) {
     const auto handle = makeSurround(2, 1);
-    SurroundHandle& record = recordOf(handle);
+    SurroundHandle& record = test::recordOf(handle);
     const Pcm waiting(700, 3000);
     sonivex::writeSamples(record.inRing, waiting.data(), 700);
     GuardedBlock out(1);
@@ -143,7 +138,7 @@ TEST(SurroundPipelines, NegativeFramesMeanThatNothingIsReadOrWritten) {
     EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), -1), -2);
     EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), -240), -480);
     EXPECT_TRUE(out.isUntouched());
-    EXPECT_EQ(recordOf(handle).inRing.writeIndex, 0);
+    EXPECT_EQ(test::recordOf(handle).inRing.writeIndex, 0);
 }
 
 TEST(SurroundPipelines, NullArgumentsAreRefused) {
@@ -156,7 +151,7 @@ TEST(SurroundPipelines, NullArgumentsAreRefused) {
     EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), nullptr, 240), 0);
     EXPECT_TRUE(out.isUntouched());
     EXPECT_TRUE(log.lines().empty());
-    EXPECT_EQ(recordOf(handle).inRing.writeIndex, 0);
+    EXPECT_EQ(test::recordOf(handle).inRing.writeIndex, 0);
 }
 
 TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRefused) {
@@ -169,7 +164,7 @@ TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRefused) {
         }
         EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), INT_MIN / channels),
                   INT_MIN / channels * 2);
-        EXPECT_EQ(recordOf(handle).inRing.writeIndex, 0);
+        EXPECT_EQ(test::recordOf(handle).inRing.writeIndex, 0);
     }
     EXPECT_TRUE(out.isUntouched());
 }
@@ -193,7 +188,7 @@ TEST(SurroundPipelines, NothingOutsideTheOutputIsWritten) {
 /* Stereo with one tap for each channel at its own ear, so that the conversions on both sides show. */
 Pcm throughGain(const Pcm& in, float gain, int limiter) {
     const auto handle = makeSurround(2, 1, 0, limiter);
-    ConvolveReverbInspector inspector(*recordOf(handle).reverb);
+    ConvolveReverbInspector inspector(*test::recordOf(handle).reverb);
     const float silence = 0.0F;
     inspector.agent(0).init(256, 12768, &gain, 1);
     inspector.agent(1).init(256, 12768, &silence, 1);

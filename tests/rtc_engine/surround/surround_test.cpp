@@ -5,7 +5,6 @@
 #include "convolve_reverb_inspector.h"
 #include "rejected_handle.h"
 #include "support/log_capture.h"
-#include "surround_handle.h"
 #include "surround_owner.h"
 
 namespace {
@@ -17,13 +16,9 @@ using test::surrounded;
 constexpr const char* kChannelsMessage =
     "[KelvoSurround]::The input audio channel number is not supported\xEF\xBC\x81\n";
 
-SurroundHandle& recordOf(const test::SurroundPointer& handle) {
-    return *static_cast<SurroundHandle*>(handle.get());
-}
-
 TEST(Surround, AHandleKeepsWhatItWasMadeWith) {
     const auto handle = test::SurroundPointer(aem_CreateSurround(6, 44100, 13, 2, 0));
-    const SurroundHandle& record = recordOf(handle);
+    const SurroundHandle& record = test::recordOf(handle);
     EXPECT_EQ(record.channels, 6);
     EXPECT_EQ(record.sampleRate, 44100);
     EXPECT_EQ(record.type, 13);
@@ -36,7 +31,7 @@ TEST(Surround, AHandleKeepsWhatItWasMadeWith) {
 
 TEST(Surround, StereoHoldsTheTwoChannelResponses) {
     const auto handle = makeSurround(2, 1, 0);
-    ConvolveReverbInspector inspector(*recordOf(handle).reverb);
+    ConvolveReverbInspector inspector(*test::recordOf(handle).reverb);
     EXPECT_EQ(inspector.bingo2()[0].size(), 13000U);
     for (std::size_t agent = 0; agent < 24; ++agent) EXPECT_EQ(inspector.isInitialised(agent), agent < 4);
     Pcm out(960);
@@ -46,7 +41,7 @@ TEST(Surround, StereoHoldsTheTwoChannelResponses) {
 TEST(Surround, EveryTypeAndLayoutSetsUpItsAgents) {
     const auto initialised = [](int channels, int type) {
         const auto handle = makeSurround(channels, type, 1);
-        ConvolveReverbInspector inspector(*recordOf(handle).reverb);
+        ConvolveReverbInspector inspector(*test::recordOf(handle).reverb);
         EXPECT_EQ(inspector.channels(), channels);
         EXPECT_EQ(inspector.headBlockSize(), 256U);
         EXPECT_EQ(inspector.workFrames(), 240U);

@@ -31,14 +31,6 @@ Spectrum transformed(const Floats& x) {
     return transformed(fft, x);
 }
 
-Floats randomFloats(std::uint64_t seed, std::size_t count) {
-    Floats numbers;
-    for (const std::int16_t sample : test::noise(seed, static_cast<int>(count), 32767)) {
-        numbers.push_back(static_cast<float>(sample) / 32768.0F);
-    }
-    return numbers;
-}
-
 std::complex<long double> exactBin(const Floats& x, std::size_t k) {
     std::complex<long double> sum = 0;
     for (std::size_t j = 0; j < x.size(); ++j) {
@@ -65,7 +57,7 @@ TEST(RealFft, SpectrumHasHalfTheLengthAndOneMoreBins) {
 TEST(RealFft, IsTheFourierSumRoundedToFloatOnce) {
     for (std::size_t length = 1; length <= 2048; length *= 2) {
         SCOPED_TRACE(length);
-        const Floats x = randomFloats(length, length);
+        const Floats x = test::noiseFloats(length, length);
         const Spectrum spectrum = transformed(x);
         for (std::size_t k = 0; k <= length / 2; ++k) {
             const std::complex<long double> exact = exactBin(x, k);
@@ -80,7 +72,7 @@ TEST(RealFft, IsTheFourierSumRoundedToFloatOnce) {
 }
 
 TEST(RealFft, IsTheFourierSumAtTheLengthOfTailPartitions) {
-    const Floats x = randomFloats(9, 32768);
+    const Floats x = test::noiseFloats(9, 32768);
     const Spectrum spectrum = transformed(x);
     for (std::size_t k = 0; k <= 16384; k += k < 8 ? 1 : 1021) {
         const std::complex<long double> exact = exactBin(x, k);
@@ -128,7 +120,7 @@ TEST(RealFft, TheInverseGivesTheSignalBack) {
     for (std::size_t length = 1; length <= 32768; length *= 2) {
         AudioFFT fft;
         fft.init(length);
-        const Floats x = randomFloats(length + 1, length);
+        const Floats x = test::noiseFloats(length + 1, length);
         const Spectrum spectrum = transformed(fft, x);
         Floats back(length, -1.0F);
         fft.ifft(back.data(), spectrum.re.data(), spectrum.im.data());
@@ -141,7 +133,7 @@ TEST(RealFft, TheInverseGivesTheSignalBack) {
 TEST(RealFft, TheInverseIgnoresWhatRealSignalsDoNotHave) {
     AudioFFT fft;
     fft.init(16);
-    Spectrum spectrum = transformed(fft, randomFloats(3, 16));
+    Spectrum spectrum = transformed(fft, test::noiseFloats(3, 16));
     Floats expected(16);
     fft.ifft(expected.data(), spectrum.re.data(), spectrum.im.data());
     spectrum.im[0] = 5.0F;
@@ -154,7 +146,7 @@ TEST(RealFft, TheInverseIgnoresWhatRealSignalsDoNotHave) {
 TEST(RealFft, TheSameLengthAgainChangesNothing) {
     AudioFFT fft;
     fft.init(64);
-    const Floats x = randomFloats(4, 64);
+    const Floats x = test::noiseFloats(4, 64);
     const Spectrum before = transformed(fft, x);
     fft.init(64);
     const Spectrum after = transformed(fft, x);
@@ -166,7 +158,7 @@ TEST(RealFft, LengthsCanFollowEachOther) {
     AudioFFT fft;
     for (const std::size_t length : {8U, 0U, 512U, 2U, 16U, 1U, 512U}) {
         fft.init(length);
-        const Floats x = randomFloats(5, length);
+        const Floats x = test::noiseFloats(5, length);
         EXPECT_EQ(transformed(fft, x).re, length == 0 ? Floats{-1.0F} : transformed(x).re) << length;
     }
 }
@@ -189,7 +181,7 @@ TEST(RealFft, OtherLengthsStayWithinTheirBounds) {
     for (const std::size_t length : {3U, 6U, 7U, 12U, 100U, 511U}) {
         AudioFFT fft;
         fft.init(length);
-        Floats x = randomFloats(6, length);
+        Floats x = test::noiseFloats(6, length);
         const Spectrum spectrum = transformed(fft, x);
         fft.ifft(x.data(), spectrum.re.data(), spectrum.im.data());
     }

@@ -26,14 +26,6 @@ constexpr BankShape kShapes[] = {{.channels = 1, .rows = 1},
                                  {.channels = 2, .rows = 2},
                                  {.channels = 2, .rows = 2, .ears = Ears::kChannels}};
 
-Floats randomFloats(std::uint64_t seed, std::size_t count) {
-    Floats numbers;
-    for (const std::int16_t sample : test::noise(seed, static_cast<int>(count), 32767)) {
-        numbers.push_back(static_cast<float>(sample) / 32768.0F);
-    }
-    return numbers;
-}
-
 /* Sound and silence in turn, in stretches that are shorter and longer than a response. */
 void silenceStretches(Floats& interleaved, std::size_t longest, std::uint64_t seed) {
     test::Random random(seed);
@@ -64,7 +56,7 @@ class Pair {
 
     /* @param in [frames][stride], of which the channels are the first ones. */
     void expectEqual(const float* in, std::size_t stride, std::size_t frames, Mixing mixing) {
-        Floats ears = randomFloats(frames, frames * shape_.earCount());
+        Floats ears = test::noiseFloats(frames, frames * shape_.earCount());
         for (float& ear : ears) ear += 2.0F;
         Floats expected = ears;
         if (mixing == Mixing::kSet) expected.assign(expected.size(), 0.0F);
@@ -101,7 +93,7 @@ std::vector<Floats> responsesFor(const BankShape& shape, std::size_t longest) {
     std::vector<Floats> responses;
     for (std::size_t i = 0; i < shape.responses(); ++i) {
         /* Not all of the same length. */
-        responses.push_back(randomFloats(50 + i, longest > 7 * i ? longest - 7 * i : 1));
+        responses.push_back(test::noiseFloats(50 + i, longest > 7 * i ? longest - 7 * i : 1));
         responses.back().back() = 0.25F;
     }
     return responses;
@@ -125,7 +117,7 @@ TEST(ConvolutionBank, HasTheBitsOfScalarConvolversForAnyLengths) {
                 SCOPED_TRACE("block " + std::to_string(block) + ", taps " + std::to_string(taps));
                 Pair pair(shape, block, responsesFor(shape, taps));
                 test::Random random(block + taps);
-                const Floats in = randomFloats(taps, 3 * 40 * block);
+                const Floats in = test::noiseFloats(taps, 3 * 40 * block);
                 std::size_t done = 0;
                 while (done < 40 * block) {
                     const auto n =
@@ -145,7 +137,7 @@ TEST(ConvolutionBank, HasTheBitsOfScalarConvolversAtSurroundsBlocks) {
     forEveryShape([](const BankShape& shape) {
         constexpr std::size_t kCall = 240;
         Pair pair(shape, 256, responsesFor(shape, 2000));
-        const Floats in = randomFloats(9, 2 * kCall * 40);
+        const Floats in = test::noiseFloats(9, 2 * kCall * 40);
         for (std::size_t call = 0; call < 40; ++call) {
             pair.expectEqual(in.data() + 2 * kCall * call, 2, kCall, Mixing::kAdd);
             if (::testing::Test::HasFatalFailure()) return;
@@ -161,7 +153,7 @@ TEST(ConvolutionBank, SilenceThatComesAndGoesDoesNotChangeABit) {
             SCOPED_TRACE("calls of " + std::to_string(call));
             const Mixing mixing = call % 2 == 0 ? Mixing::kSet : Mixing::kAdd;
             Pair pair(shape, kBlock, responsesFor(shape, kTaps));
-            Floats in = randomFloats(call, 2 * 3000);
+            Floats in = test::noiseFloats(call, 2 * 3000);
             silenceStretches(in, 2 * (kTaps + kBlock), call);
             for (std::size_t done = 0; done + call <= 3000; done += call) {
                 pair.expectEqual(in.data() + 2 * done, 2, call, mixing);
@@ -175,7 +167,7 @@ TEST(ConvolutionBank, OneSilentChannelDoesNotSilenceTheOther) {
     constexpr BankShape kPair = {.channels = 2, .rows = 2};
     for (const std::size_t silent : {0U, 1U}) {
         Pair pair(kPair, 16, responsesFor(kPair, 40));
-        Floats in = randomFloats(silent, 2 * 2000);
+        Floats in = test::noiseFloats(silent, 2 * 2000);
         for (std::size_t i = silent; i < in.size(); i += 2) in[i] = 0.0F;
         for (std::size_t done = 0; done < 2000; done += 20)
             pair.expectEqual(in.data() + 2 * done, 2, 20, Mixing::kAdd);
@@ -200,7 +192,7 @@ TEST(ConvolutionBank, SilenceIsExactOnceTheResponseHasEnded) {
     };
     const auto all_silent = static_cast<std::ptrdiff_t>(ears.size());
     const Floats silence(2 * kCall, 0.0F);
-    process(randomFloats(1, 2 * kCall));
+    process(test::noiseFloats(1, 2 * kCall));
     std::size_t calls = 0;
     while (process(silence) != all_silent) ++calls;
     EXPECT_GE(calls * kCall, kTaps - kCall);
@@ -208,12 +200,12 @@ TEST(ConvolutionBank, SilenceIsExactOnceTheResponseHasEnded) {
 }
 
 TEST(ConvolutionBank, InputMayBeOverwrittenByOutput) {
-    const Floats response = randomFloats(3, 100);
+    const Floats response = test::noiseFloats(3, 100);
     const Taps taps = {response.data(), response.size()};
     ConvolutionWorkspace workspace(16, BankShape{});
     ConvolutionBank apart(BankShape{}, &taps, 7, workspace);
     ConvolutionBank in_place(BankShape{}, &taps, 7, workspace);
-    Floats samples = randomFloats(4, 1000);
+    Floats samples = test::noiseFloats(4, 1000);
     Floats expected(1000);
     apart.process({.first = {samples.data()}, .stride = 1}, expected.data(), 1000, Mixing::kSet, workspace);
     in_place.process({.first = {samples.data()}, .stride = 1}, samples.data(), 1000, Mixing::kSet, workspace);

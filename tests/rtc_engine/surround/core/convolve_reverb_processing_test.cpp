@@ -20,14 +20,6 @@ constexpr Operation kEveryOperation[] = {
     &ConvolveReverb::process_Kelvo_Surround_5_1, &ConvolveReverb::process_Kelvo_Surround_7_1,
     &ConvolveReverb::process_kelvo_audio_};
 
-Floats randomFloats(std::uint64_t seed, std::size_t count) {
-    Floats numbers;
-    for (const std::int16_t sample : test::noise(seed, static_cast<int>(count), 32767)) {
-        numbers.push_back(static_cast<float>(sample) / 32768.0F);
-    }
-    return numbers;
-}
-
 Floats rendered(ConvolveReverb& reverb, Operation operation, const Floats& in, std::size_t width) {
     const std::size_t frames = in.size() / width;
     Floats out(2 * frames, kMark);
@@ -38,7 +30,7 @@ Floats rendered(ConvolveReverb& reverb, Operation operation, const Floats& in, s
 /* Only one channel of a block sounds. */
 Floats onlyChannel(std::size_t channel, std::size_t width) {
     Floats in(width * kBlock, 0.0F);
-    const Floats samples = randomFloats(channel + 1, kBlock);
+    const Floats samples = test::noiseFloats(channel + 1, kBlock);
     for (std::size_t i = 0; i < kBlock; ++i) in[i * width + channel] = samples[i];
     return in;
 }
@@ -81,7 +73,7 @@ TEST(ConvolveReverbProcessing, TwoChannelSurroundKeepsTheSidesApart) {
 
 /* The same single tap everywhere: Bingo gives both ears L + R, Surround each ear twice its own side. */
 TEST(ConvolveReverbProcessing, WithEqualResponsesTheTwoPairingsDiffer) {
-    const Floats in = randomFloats(3, 2 * kBlock);
+    const Floats in = test::noiseFloats(3, 2 * kBlock);
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
     const auto reset = [&] {
@@ -163,7 +155,7 @@ TEST(ConvolveReverbProcessing, OnlyBingoRendersTheLowFrequencyChannel) {
 }
 
 TEST(ConvolveReverbProcessing, TheOutputMayBeTheInput) {
-    const Floats in = randomFloats(4, 2 * kBlock);
+    const Floats in = test::noiseFloats(4, 2 * kBlock);
     ConvolveReverb apart;
     apart.prepareToPlay_Kelvo_Audio(2, kBlock);
     ConvolveReverb in_place;
@@ -184,14 +176,14 @@ TEST(ConvolveReverbProcessing, NoFramesMeanThatNothingIsReadOrWritten) {
 
 TEST(ConvolveReverbProcessing, WithoutASetUpTheOutputIsSilence) {
     ConvolveReverb reverb;
-    const Floats in = randomFloats(5, 8 * kBlock);
+    const Floats in = test::noiseFloats(5, 8 * kBlock);
     for (const Operation operation : kEveryOperation) {
         EXPECT_EQ(rendered(reverb, operation, in, 8), Floats(2 * kBlock, 0.0F));
     }
 }
 
 TEST(ConvolveReverbProcessing, ASetUpForOtherChannelsGivesSilenceWithinBounds) {
-    const Floats in = randomFloats(6, 8 * kBlock);
+    const Floats in = test::noiseFloats(6, 8 * kBlock);
     ConvolveReverb stereo;
     stereo.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
     EXPECT_EQ(rendered(stereo, &ConvolveReverb::process_Kelvo_Bingo_5_1, in, 8), Floats(2 * kBlock, 0.0F));
@@ -208,12 +200,12 @@ TEST(ConvolveReverbProcessing, ASetUpForOtherChannelsGivesSilenceWithinBounds) {
 TEST(ConvolveReverbProcessing, BlocksLongerThanTheSetUpGiveSilence) {
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Bingo_2(2, 100);
-    const Floats in = randomFloats(7, 2 * 101);
+    const Floats in = test::noiseFloats(7, 2 * 101);
     EXPECT_EQ(rendered(reverb, &ConvolveReverb::process_Kelvo_Bingo_2, in, 2), Floats(2 * 101, 0.0F));
 }
 
 TEST(ConvolveReverbProcessing, ShorterBlocksAreRenderedToo) {
-    const Floats in = randomFloats(8, 2 * kBlock);
+    const Floats in = test::noiseFloats(8, 2 * kBlock);
     ConvolveReverb whole;
     whole.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
     const Floats expected = rendered(whole, &ConvolveReverb::process_Kelvo_Bingo_2, in, 2);

@@ -15,17 +15,9 @@ using fftconvolver::FFTConvolver;
 using fftconvolver::TwoStageFFTConvolver;
 using Floats = std::vector<float>;
 
-Floats randomFloats(std::uint64_t seed, std::size_t count, float scale = 1.0F) {
-    Floats numbers;
-    for (const std::int16_t sample : test::noise(seed, static_cast<int>(count), 32767)) {
-        numbers.push_back(static_cast<float>(sample) / 32768.0F * scale);
-    }
-    return numbers;
-}
-
 /* Noise that dies away, with a last tap that is not silent. */
 Floats room(std::uint64_t seed, std::size_t taps) {
-    Floats response = randomFloats(seed, taps);
+    Floats response = test::noiseFloats(seed, taps);
     for (std::size_t i = 0; i < taps; ++i) {
         response[i] *= std::exp(-5.0F * static_cast<float>(i) / static_cast<float>(taps));
     }
@@ -56,7 +48,7 @@ void expectNear(const Floats& out, const std::vector<double>& exact, std::size_t
 TEST(FFTConvolver, IsConvolutionForAnyLengthsAndCalls) {
     for (const std::size_t taps : {1U, 2U, 63U, 64U, 65U, 200U, 700U}) {
         const Floats response = room(taps, taps);
-        const Floats in = randomFloats(taps + 1, 1500);
+        const Floats in = test::noiseFloats(taps + 1, 1500);
         const std::vector<double> exact = model::convolve(in, response);
         for (const std::size_t block : {1U, 3U, 16U, 64U, 256U}) {
             FFTConvolver convolver;
@@ -74,7 +66,7 @@ TEST(FFTConvolver, IsConvolutionForAnyLengthsAndCalls) {
 TEST(FFTConvolver, AUnitImpulseGivesTheInputBackWithoutDelay) {
     Floats response(300, 0.0F);
     response[0] = 1.0F;
-    const Floats in = randomFloats(1, 3000);
+    const Floats in = test::noiseFloats(1, 3000);
     for (const std::size_t call : {1U, 240U, 256U, 257U, 3000U}) {
         FFTConvolver convolver;
         convolver.init(256, response.data(), response.size());
@@ -85,7 +77,7 @@ TEST(FFTConvolver, AUnitImpulseGivesTheInputBackWithoutDelay) {
 
 TEST(FFTConvolver, SplittingTheInputDoesNotChangeTheOutputMuch) {
     const Floats response = room(2, 1000);
-    const Floats in = randomFloats(3, 4800);
+    const Floats in = test::noiseFloats(3, 4800);
     FFTConvolver whole;
     whole.init(256, response.data(), response.size());
     const Floats expected = convolved(whole, in, in.size());
@@ -114,7 +106,7 @@ TEST(FFTConvolver, PartitionsAreAsManyAsTheResponseFills) {
 }
 
 TEST(FFTConvolver, SilentTapsAtTheEndAreLeftOut) {
-    const Floats in = randomFloats(5, 1000);
+    const Floats in = test::noiseFloats(5, 1000);
     Floats response = room(6, 500);
     FFTConvolver shorter;
     shorter.init(256, response.data(), 500);
@@ -133,7 +125,7 @@ TEST(FFTConvolver, SilentMeansBelowAMillionth) {
     for (float& tap : response) tap = std::nextafter(-1e-6F, 0.0F);
     EXPECT_TRUE(convolver.init(256, response.data(), 300));
     EXPECT_EQ(convolver.partitionCount(), 0U);
-    EXPECT_EQ(convolved(convolver, randomFloats(7, 100), 100), Floats(100, 0.0F));
+    EXPECT_EQ(convolved(convolver, test::noiseFloats(7, 100), 100), Floats(100, 0.0F));
 }
 
 TEST(FFTConvolver, NoBlockSizeIsRefused) {
@@ -141,23 +133,23 @@ TEST(FFTConvolver, NoBlockSizeIsRefused) {
     FFTConvolver convolver;
     ASSERT_TRUE(convolver.init(4, response.data(), 10));
     EXPECT_FALSE(convolver.init(0, response.data(), 10));
-    EXPECT_EQ(convolved(convolver, randomFloats(9, 100), 30), Floats(100, 0.0F));
+    EXPECT_EQ(convolved(convolver, test::noiseFloats(9, 100), 30), Floats(100, 0.0F));
 }
 
 TEST(FFTConvolver, WithoutAResponseTheOutputIsSilence) {
     FFTConvolver convolver;
-    EXPECT_EQ(convolved(convolver, randomFloats(10, 100), 30), Floats(100, 0.0F));
+    EXPECT_EQ(convolved(convolver, test::noiseFloats(10, 100), 30), Floats(100, 0.0F));
     const Floats response = room(11, 10);
     convolver.init(4, response.data(), 10);
     convolver.reset();
     EXPECT_EQ(convolver.partitionLength(), 0U);
-    EXPECT_EQ(convolved(convolver, randomFloats(12, 100), 30), Floats(100, 0.0F));
+    EXPECT_EQ(convolved(convolver, test::noiseFloats(12, 100), 30), Floats(100, 0.0F));
 }
 
 TEST(FFTConvolver, LoadingAgainStartsFromSilence) {
     const Floats first = room(13, 2000);
     const Floats second = room(14, 300);
-    const Floats in = randomFloats(15, 1000);
+    const Floats in = test::noiseFloats(15, 1000);
     FFTConvolver fresh;
     fresh.init(64, second.data(), second.size());
     FFTConvolver used;
@@ -169,7 +161,7 @@ TEST(FFTConvolver, LoadingAgainStartsFromSilence) {
 
 TEST(FFTConvolver, TheOutputMayBeTheInput) {
     const Floats response = room(16, 500);
-    const Floats in = randomFloats(17, 2000);
+    const Floats in = test::noiseFloats(17, 2000);
     FFTConvolver apart;
     apart.init(256, response.data(), response.size());
     FFTConvolver in_place;
@@ -208,7 +200,7 @@ TEST(TwoStageConvolver, ALongResponseUsesEveryStageAndIsConvolution) {
 TEST(TwoStageConvolver, IsConvolutionForAnyLengthsAndCalls) {
     for (const std::size_t taps : {1U, 63U, 64U, 65U, 127U, 128U, 129U, 300U, 1000U}) {
         const Floats response = room(taps, taps);
-        const Floats in = randomFloats(taps + 1, 2000);
+        const Floats in = test::noiseFloats(taps + 1, 2000);
         const std::vector<double> exact = model::convolve(in, response);
         for (const std::size_t call : {1U, 8U, 33U, 240U, 2000U}) {
             SCOPED_TRACE("taps " + std::to_string(taps) + ", call " + std::to_string(call));
@@ -226,14 +218,14 @@ TEST(TwoStageConvolver, TheSmallerSizeIsTheHeads) {
     ASSERT_TRUE(convolver.init(50, 8, response.data(), response.size()));
     EXPECT_EQ(convolver.headPartitionLength(), 8U);
     EXPECT_EQ(convolver.tailPartitionLength(), 64U);
-    const Floats in = randomFloats(22, 500);
+    const Floats in = test::noiseFloats(22, 500);
     expectNear(convolved(convolver, in, 100), model::convolve(in, response));
 }
 
 TEST(TwoStageConvolver, NoSizeOrNoSoundIsSilence) {
     const Floats response = room(23, 300);
     const Floats quiet(300, 1e-7F);
-    const Floats in = randomFloats(24, 500);
+    const Floats in = test::noiseFloats(24, 500);
     TwoStageFFTConvolver convolver;
     ASSERT_TRUE(convolver.init(8, 16, response.data(), response.size()));
     EXPECT_FALSE(convolver.init(0, 16, response.data(), response.size()));
@@ -247,7 +239,7 @@ TEST(TwoStageConvolver, NoSizeOrNoSoundIsSilence) {
 
 TEST(IRAgent, ConvolvesAndOverwrites) {
     const Floats response = room(25, 600);
-    const Floats in = randomFloats(26, 480);
+    const Floats in = test::noiseFloats(26, 480);
     IRAgent agent;
     Floats out(480, 5.0F);
     agent.process(in.data(), out.data(), 480);
