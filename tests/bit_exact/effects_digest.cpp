@@ -45,25 +45,23 @@ class Digest {
 
 test::Pcm programme(int channels) {
     test::Pcm all;
-    const auto append = [&](const test::Pcm& part) { all.insert(all.end(), part.begin(), part.end()); };
-    append(test::noise(1, channels * 5000, 300));
-    append(test::sweep(10000, channels, 2900));
-    append(test::noise(2, channels * 5000, 6000));
-    append(test::bursts(3, channels * 30000));
-    append(test::sweep(10000, channels, 32767));
-    append(test::square(channels * 5000, 41, 32767));
-    append(test::bursts(4, channels * 30000));
+    test::append(all, test::noise(1, channels * 5000, 300));
+    test::append(all, test::sweep(10000, channels, 2900));
+    test::append(all, test::noise(2, channels * 5000, 6000));
+    test::append(all, test::bursts(3, channels * 30000));
+    test::append(all, test::sweep(10000, channels, 32767));
+    test::append(all, test::square(channels * 5000, 41, 32767));
+    test::append(all, test::bursts(4, channels * 30000));
     return all;
 }
 
 /* Shorter, for what costs more. */
 test::Pcm surroundProgramme(int channels) {
     test::Pcm all = test::sweep(2000, channels, 9000);
-    const auto append = [&](const test::Pcm& part) { all.insert(all.end(), part.begin(), part.end()); };
-    append(test::noise(1, channels * 3000, 3000));
-    append(test::bursts(2, channels * 6000));
-    append(test::square(channels * 2000, 41 * channels, 32767));
-    append(test::Pcm(static_cast<std::size_t>(channels) * 3000, 0));
+    test::append(all, test::noise(1, channels * 3000, 3000));
+    test::append(all, test::bursts(2, channels * 6000));
+    test::append(all, test::square(channels * 2000, 41 * channels, 32767));
+    test::append(all, test::Pcm(static_cast<std::size_t>(channels) * 3000, 0));
     return all;
 }
 

@@ -11,6 +11,7 @@
 namespace {
 
 constexpr int kSeconds = 4;
+constexpr int kCompared_frames = 48000;
 
 class RenderDialogue : public test::RenderTest {
   protected:
@@ -28,13 +29,12 @@ class RenderDialogue : public test::RenderTest {
     }
 };
 
-/** Where the correlation of a second of `in` with `out` is greatest, in frames within +-limit; left channels.
- */
+/** Where `in` correlates most with `out`, in frames within +-limit; left channels, up to kCompared_frames. */
 int lateness(const std::vector<float>& in, const std::vector<float>& out, int limit) {
     int best = 0;
     double highest = 0.0;
     const auto frames = static_cast<int>(std::min(in.size(), out.size()) / 2);
-    const int end = std::min(frames - limit, limit + 48000);
+    const int end = std::min(frames - limit, limit + kCompared_frames);
     for (int lag = -limit; lag <= limit; ++lag) {
         double sum = 0.0;
         for (int n = limit; n < end; ++n)

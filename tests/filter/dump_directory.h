@@ -23,7 +23,7 @@ class DumpDirectory : public TemporaryFolder {
 
 using Samples = std::vector<int16_t>;
 
-inline void append(Samples& all, const Samples& more) {
+inline void appendSamples(Samples& all, const Samples& more) {
     all.insert(all.end(), more.begin(), more.end());
 }
 

@@ -28,8 +28,8 @@ TEST(PcmDump, OfAStreamWithASeekIsTwoCompleteSessions) {
         Samples out;
         for (uint32_t call = 0; call < 3; ++call) {
             auto frame = makeFrame({}, noise(10 * session + call, 3000));
-            append(in, samplesOf(*frame));
-            append(out, engine.process(samplesOf(*frame)));
+            appendSamples(in, samplesOf(*frame));
+            appendSamples(out, engine.process(samplesOf(*frame)));
             ASSERT_NE(filter.pass(std::move(frame)), nullptr);
         }
         EXPECT_EQ(openDescriptors(), descriptorsBefore + 2);

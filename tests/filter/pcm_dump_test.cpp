@@ -30,8 +30,8 @@ TEST(PcmDump, HoldsWhatNormalizerTookAndGaveWhateverThePlayersFormat) {
                 auto frame =
                     makeFrame({.format = format, .channels = channels, .frames = 600}, noise(call, 2000));
                 const auto samples = samplesOf(*frame);
-                append(in, samples);
-                append(out, engine.process(samples));
+                appendSamples(in, samples);
+                appendSamples(out, engine.process(samples));
                 ASSERT_NE(filter.pass(std::move(frame)), nullptr);
             }
             const auto path = [&](const char* stage) {
@@ -54,8 +54,8 @@ TEST(PcmDump, OfSurroundTakes12BytesAFrameOf51InAnd4Out) {
     for (uint32_t call = 1; call <= 3; ++call) {
         auto frame =
             makeFrame({.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .frames = kFrames}, noise(call, 3000));
-        append(in, samplesOf(*frame));
-        append(out, engine.process(samplesOf(*frame)));
+        appendSamples(in, samplesOf(*frame));
+        appendSamples(out, engine.process(samplesOf(*frame)));
         ASSERT_NE(filter.pass(std::move(frame)), nullptr);
         const auto input = directory.file(dumpFileName("surround", "input", sessionOf(filter)));
         const auto output = directory.file(dumpFileName("surround", "output", sessionOf(filter)));
@@ -75,8 +75,8 @@ TEST(PcmDump, OfDialogueTakes4BytesAFrameOnEitherSide) {
     Samples out;
     for (uint32_t call = 1; call <= 5; ++call) {
         auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLTP, .rate_hz = 44100}, noise(call, 3000));
-        append(in, samplesOf(*frame));
-        append(out, engine.process(samplesOf(*frame)));
+        appendSamples(in, samplesOf(*frame));
+        appendSamples(out, engine.process(samplesOf(*frame)));
         ASSERT_NE(filter.pass(std::move(frame)), nullptr);
         const auto input = directory.file(dumpFileName("dialoguenhance", "input", sessionOf(filter)));
         const auto output = directory.file(dumpFileName("dialoguenhance", "output", sessionOf(filter)));
@@ -171,7 +171,7 @@ TEST(PcmDump, FollowsTheSwitchFrameByFrameWithinOneSession) {
     for (const bool isOn : {false, true, false, true}) {
         filter.options(isOn ? R"({"enable_dump": true})" : R"({"enable_dump": false})");
         auto frame = makeFrame({}, noise(isOn ? 1 : 2, 2000));
-        if (isOn) append(in, samplesOf(*frame));
+        if (isOn) appendSamples(in, samplesOf(*frame));
         ASSERT_NE(filter.pass(std::move(frame)), nullptr);
     }
     EXPECT_EQ(samplesInFile(directory.file(dumpFileName("normalizer", "input", sessionOf(filter)))), in);

@@ -57,7 +57,9 @@ TEST(Latency, ASizeThatMakesSilenceInTheMiddleHasNoDelay) {
 
 TEST(Latency, AgreesWithTheQueuesThemselvesForManyCallSizes) {
     for (const int block : {240, 512}) {
-        for (int call = 1; call <= 1100; call += call < 64 ? 1 : 13) {
+        std::vector<int> calls = {240, 256, 480, 512, 1024};
+        for (int call = 1; call <= 1100; call += call < 64 ? 1 : 13) calls.push_back(call);
+        for (const int call : calls) {
             // Long enough for every remainder of the block to come up.
             const std::vector<int> out = answers(block, call, block + 4);
             const auto delay = constantDelayFrames(block, call);

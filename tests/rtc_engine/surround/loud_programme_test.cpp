@@ -102,14 +102,14 @@ Pcm master(double wanted_lufs) {
 /* Share of the blocks in which the limiter was at work, in percent. */
 double limitedBlocks_percent(const Pcm& in, int type, int mode) {
     const auto handle = test::makeSurround(2, type, mode);
-    const auto* const inside = static_cast<const SurroundHandle*>(handle.get());
+    const SurroundHandle& inside = test::recordOf(handle);
     std::vector<short> out(2 * kSurroundBlockFrames);
     int limited = 0;
     const int blocks = kMusic_frames / kSurroundBlockFrames;
     for (int block = 0; block < blocks; ++block) {
         aem_ProcessSurround(handle.get(), in.data() + std::ptrdiff_t{2} * kSurroundBlockFrames * block,
                             out.data(), kSurroundBlockFrames);
-        if (inside->limiterState->limiting == 1) ++limited;
+        if (inside.limiterState->limiting == 1) ++limited;
     }
     const double share_percent = 100.0 * limited / blocks;
     testing::Test::RecordProperty("type" + std::to_string(type) + "mode" + std::to_string(mode),

@@ -85,17 +85,17 @@ void expectSame(const Pcm& out, const Pcm& expected) {
     testing::Test::RecordProperty("equal_percent", std::to_string(100 * share));
 }
 
-struct Setting {
+struct SurroundSetting {
     int type;
     int channels;
     int mode;
 };
 
-void PrintTo(const Setting& setting, std::ostream* out) {
+void PrintTo(const SurroundSetting& setting, std::ostream* out) {
     *out << "type " << setting.type << ", " << setting.channels << " channels, mode " << setting.mode;
 }
 
-class SurroundMatchesDirectConvolution : public testing::TestWithParam<Setting> {};
+class SurroundMatchesDirectConvolution : public testing::TestWithParam<SurroundSetting> {};
 
 TEST_P(SurroundMatchesDirectConvolution, InEveryBlockWithLimiterAndClip) {
     const auto [type, channels, mode] = GetParam();
@@ -127,19 +127,21 @@ TEST_P(SurroundMatchesDirectConvolution, ForEveryCallSizeToTheBit) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Layouts, SurroundMatchesDirectConvolution,
-                         testing::Values(Setting{1, 1, 0}, Setting{1, 2, 0}, Setting{1, 6, 0},
-                                         Setting{1, 8, 0}, Setting{13, 1, 1}, Setting{13, 2, 0},
-                                         Setting{13, 2, 1}, Setting{13, 2, 2}, Setting{13, 2, 3},
-                                         Setting{13, 2, 7}, Setting{13, 6, 0}, Setting{13, 6, 1},
-                                         Setting{13, 6, 2}, Setting{13, 6, 3}, Setting{13, 6, 7},
-                                         Setting{13, 8, 0}, Setting{13, 8, 1}, Setting{13, 8, 2},
-                                         Setting{13, 8, 3}, Setting{13, 8, 7}));
+INSTANTIATE_TEST_SUITE_P(
+    Layouts, SurroundMatchesDirectConvolution,
+    testing::Values(SurroundSetting{1, 1, 0}, SurroundSetting{1, 2, 0}, SurroundSetting{1, 6, 0},
+                    SurroundSetting{1, 8, 0}, SurroundSetting{13, 1, 1}, SurroundSetting{13, 2, 0},
+                    SurroundSetting{13, 2, 1}, SurroundSetting{13, 2, 2}, SurroundSetting{13, 2, 3},
+                    SurroundSetting{13, 2, 7}, SurroundSetting{13, 6, 0}, SurroundSetting{13, 6, 1},
+                    SurroundSetting{13, 6, 2}, SurroundSetting{13, 6, 3}, SurroundSetting{13, 6, 7},
+                    SurroundSetting{13, 8, 0}, SurroundSetting{13, 8, 1}, SurroundSetting{13, 8, 2},
+                    SurroundSetting{13, 8, 3}, SurroundSetting{13, 8, 7}));
 
 /* All channels at once, each with an announcement of its own. */
 TEST(SurroundMatchesDirectConvolution, ForSpeechFromEveryLoudspeaker) {
     constexpr std::size_t frames = 60 * kBlockFrames;
-    for (const Setting& setting : {Setting{1, 2, 0}, Setting{1, 8, 0}, Setting{13, 6, 2}}) {
+    for (const SurroundSetting& setting :
+         {SurroundSetting{1, 2, 0}, SurroundSetting{1, 8, 0}, SurroundSetting{13, 6, 2}}) {
         SCOPED_TRACE(testing::PrintToString(setting));
         const auto width = static_cast<std::ptrdiff_t>(setting.channels);
         const Pcm all = test::recordedSpeech(setting.channels);
@@ -153,7 +155,7 @@ TEST(SurroundMatchesDirectConvolution, ForSpeechFromEveryLoudspeaker) {
     }
 }
 
-class SurroundRings : public testing::TestWithParam<std::tuple<Setting, int>> {};
+class SurroundRings : public testing::TestWithParam<std::tuple<SurroundSetting, int>> {};
 
 /* Calls longer than a ring: samples are refused one by one, which splits frames and turns the channels of all
  * that follows, and the longest call is never served. */
@@ -182,9 +184,10 @@ TEST_P(SurroundRings, RefuseWhatCallsLongerThanTheyBring) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Layouts, SurroundRings,
-                         testing::Combine(testing::Values(Setting{1, 2, 0}, Setting{1, 6, 0},
-                                                          Setting{1, 8, 0}, Setting{13, 2, 1},
-                                                          Setting{13, 6, 2}, Setting{13, 8, 3}),
+                         testing::Combine(testing::Values(SurroundSetting{1, 2, 0}, SurroundSetting{1, 6, 0},
+                                                          SurroundSetting{1, 8, 0}, SurroundSetting{13, 2, 1},
+                                                          SurroundSetting{13, 6, 2},
+                                                          SurroundSetting{13, 8, 3}),
                                           testing::Values(0, 1)));
 
 }  // namespace
