@@ -7,33 +7,22 @@
  *
  * Standard output holds the results alone. */
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 #include <vector>
 
 #include "au2_limiter.h"
 #include "av_array.h"
 #include "real_transforms.h"
 #include "sonivex/dialoguenhance.h"
+#include "support/heap_bytes.h"
 #include "support/signals.h"
+#include "thread_time.h"
 
 namespace {
 
 constexpr int kHops = 128;  // then again from the start
-
-double threadCpuSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-std::size_t heapBytes() {
-    const auto info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-}
 
 /* Runs `hop(i)`, 0 <= i < kHops, and reports its cost. */
 template <typename Hop>
@@ -72,9 +61,9 @@ void Dialogue(benchmark::State& state) {
     const test::Pcm in = stereo(hop * kHops);
     test::Pcm out(static_cast<std::size_t>(2 * hop));
 
-    const std::size_t heap_before = heapBytes();
+    const std::size_t heap_before = test::heapBytes();
     void* const handle = aem_CreateDialoguEnhance(2, rate_hz, 1.0, 1.0, 1.0);
-    state.counters["heap_KiB"] = static_cast<double>(heapBytes() - heap_before) / 1024;
+    state.counters["heap_KiB"] = static_cast<double>(test::heapBytes() - heap_before) / 1024;
     measure(state, [&](int i) {
         aem_ProcessDialoguEnhance(handle, in.data() + static_cast<std::ptrdiff_t>(2) * hop * i, out.data(),
                                   hop, rate_hz);

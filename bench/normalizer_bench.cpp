@@ -12,12 +12,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <ctime>
 #include <vector>
 
 #include "au2_limiter.h"
 #include "sonivex/normalizer.h"
 #include "support/signals.h"
+#include "thread_time.h"
 
 namespace {
 
@@ -35,12 +35,6 @@ void* createNormalizer(int channels) {
     dup2(results, STDOUT_FILENO);
     close(results);
     return handle;
-}
-
-double threadCpuSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
 /* Runs `call(i)` for one call's worth of a signal that repeats after kCalls, and reports per frame. */

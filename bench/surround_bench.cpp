@@ -11,11 +11,9 @@
 /* vector_targets.h comes first. */
 #include <benchmark/benchmark.h>
 #include <hwy/targets.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <chrono>
-#include <ctime>
 #include <string>
 #include <vector>
 
@@ -25,24 +23,15 @@
 #include "lane_transform.h"
 #include "sonivex/surround.h"
 #include "spectrum_arithmetic.h"
+#include "support/heap_bytes.h"
 #include "support/signals.h"
+#include "thread_time.h"
 
 namespace {
 
 constexpr double kRateHz = 48000;
 constexpr int kCallFrames = 240;
 constexpr int kCalls = 200;  // a second, then again from the start
-
-double threadCpuSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-std::size_t heapBytes() {
-    const auto info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-}
 
 double percentile(std::vector<double>& values, double fraction) {
     const auto place = static_cast<std::ptrdiff_t>(fraction * static_cast<double>(values.size() - 1));
@@ -58,10 +47,10 @@ void Surround(benchmark::State& state) {
     const test::Pcm in = test::noise(1, width * kCallFrames * kCalls, 8000);
     test::Pcm out(2 * kCallFrames);
 
-    const std::size_t heap_before = heapBytes();
+    const std::size_t heap_before = test::heapBytes();
     void* const handle =
         aem_CreateSurround(channels, static_cast<int>(kRateHz), static_cast<int>(state.range(1)), 1, 1);
-    const std::size_t heap = heapBytes() - heap_before;
+    const std::size_t heap = test::heapBytes() - heap_before;
 
     using Clock = std::chrono::steady_clock;
     std::vector<double> calls_us;

@@ -1,13 +1,12 @@
 #include "surround_figures.h"
 
-#include <malloc.h>
-
 #include <algorithm>
 #include <ctime>
 
 #include "our_engine.h"
 #include "output_check.h"
 #include "sonivex/surround.h"
+#include "support/heap_bytes.h"
 #include "turns.h"
 
 namespace compare {
@@ -21,20 +20,15 @@ double wall_us() {
     return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) * 1e-3;
 }
 
-std::size_t heapBytes() {
-    const auto info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-}
-
 void* createHandle(std::size_t channels, int type) {
     return aem_CreateSurround(static_cast<int>(channels), static_cast<int>(kRate_hz), type, kMode, 1);
 }
 
 void measureHandle(Report& report, const Effort& effort, std::size_t channels, int type, Bounds heap_kib) {
     const std::string subject = makeLayout(channels, type).name + " type " + std::to_string(type);
-    const std::size_t before = heapBytes();
+    const std::size_t before = test::heapBytes();
     void* const handle = createHandle(channels, type);
-    const std::size_t heap = heapBytes() - before;
+    const std::size_t heap = test::heapBytes() - before;
     aem_ReleaseSurround(handle);
     report.row("heap of a handle", subject, static_cast<double>(heap) / 1024, "KiB", heap_kib);
 
