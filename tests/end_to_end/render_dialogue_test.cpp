@@ -7,11 +7,11 @@
 #include "end_to_end/dialogue_media.h"
 #include "end_to_end/media.h"
 #include "end_to_end/render_fixture.h"
+#include "support/lateness.h"
 
 namespace {
 
 constexpr int kSeconds = 4;
-constexpr int kCompared_frames = 48000;
 
 class RenderDialogue : public test::RenderTest {
   protected:
@@ -29,24 +29,6 @@ class RenderDialogue : public test::RenderTest {
     }
 };
 
-/** Where `in` correlates most with `out`, in frames within +-limit; left channels, up to kCompared_frames. */
-int lateness(const std::vector<float>& in, const std::vector<float>& out, int limit) {
-    int best = 0;
-    double highest = 0.0;
-    const auto frames = static_cast<int>(std::min(in.size(), out.size()) / 2);
-    const int end = std::min(frames - limit, limit + kCompared_frames);
-    for (int lag = -limit; lag <= limit; ++lag) {
-        double sum = 0.0;
-        for (int n = limit; n < end; ++n)
-            sum += static_cast<double>(in[2 * static_cast<size_t>(n)]) *
-                   static_cast<double>(out[2 * static_cast<size_t>(n + lag)]);
-        if (sum <= highest) continue;
-        highest = sum;
-        best = lag;
-    }
-    return best;
-}
-
 TEST_F(RenderDialogue, IsInLineWithTheInputAndAsLongForEveryCallSize) {
     const auto in = test::decode(file("mix.wav"));
     std::string expected;
@@ -59,7 +41,7 @@ TEST_F(RenderDialogue, IsInLineWithTheInputAndAsLongForEveryCallSize) {
         ASSERT_EQ(out.size(), in.size());
         if (expected.empty()) {
             expected = test::readFile(file("out.wav"));
-            EXPECT_EQ(lateness(in, out, 64), 0);
+            EXPECT_EQ(test::lateness(in, out, 64), 0);
         }
         EXPECT_TRUE(test::readFile(file("out.wav")) == expected) << size;
     }
@@ -68,7 +50,7 @@ TEST_F(RenderDialogue, IsInLineWithTheInputAndAsLongForEveryCallSize) {
 TEST_F(RenderDialogue, RawLatencyIsTheDelayThatTheReportNames) {
     render(
         {"--effect", "dialogue", "--raw-latency", "--frame-size", "256", file("mix.wav"), file("raw.wav")});
-    EXPECT_EQ(lateness(test::decode(file("mix.wav")), test::decode(file("raw.wav")), 2000), 1792);
+    EXPECT_EQ(test::lateness(test::decode(file("mix.wav")), test::decode(file("raw.wav")), 2000), 1792);
 }
 
 TEST_F(RenderDialogue, LiftsSpeechOutOfItsBackgroundAndMoreWithMoreVoice) {

@@ -12,7 +12,7 @@ namespace {
 
 using Vorlin::IQFFrame;
 
-constexpr int kTwoBlocks_frames = 1024;  // two of the effect's blocks: it answers every call
+constexpr int kTwoBlocks_frames = 1024;  // whole blocks: the effect answers every call
 
 void startDialogue(FilterUnderTest& filter, const std::string& more = "") {
     filter.options(R"({"enable_dialoguenhance": true)" + more + "}");

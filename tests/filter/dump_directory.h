@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/signals.h"
 #include "support/temporary_folder.h"
 #include "vorlin/global_settings.h"
 
@@ -21,16 +22,10 @@ class DumpDirectory : public TemporaryFolder {
     ~DumpDirectory() { Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, ""); }
 };
 
-using Samples = std::vector<int16_t>;
-
-inline void appendSamples(Samples& all, const Samples& more) {
-    all.insert(all.end(), more.begin(), more.end());
-}
-
 /** The samples of a dump file; a sample cut in half at its end is left out. */
-inline Samples samplesInFile(const std::string& path) {
+inline Pcm samplesInFile(const std::string& path) {
     const std::string bytes = readFile(path);
-    Samples samples(bytes.size() / sizeof(int16_t));
+    Pcm samples(bytes.size() / sizeof(int16_t));
     if (!samples.empty()) std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(int16_t));
     return samples;
 }

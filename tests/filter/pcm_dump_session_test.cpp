@@ -24,12 +24,12 @@ TEST(PcmDump, OfAStreamWithASeekIsTwoCompleteSessions) {
     std::set<std::string> ids;
     for (uint32_t session = 0; session < 2; ++session) {
         DirectNormalizer engine(2);
-        Samples in;
-        Samples out;
+        Pcm in;
+        Pcm out;
         for (uint32_t call = 0; call < 3; ++call) {
             auto frame = makeFrame({}, noise(10 * session + call, 3000));
-            appendSamples(in, samplesOf(*frame));
-            appendSamples(out, engine.process(samplesOf(*frame)));
+            append(in, samplesOf(*frame));
+            append(out, engine.process(samplesOf(*frame)));
             ASSERT_NE(filter.pass(std::move(frame)), nullptr);
         }
         EXPECT_EQ(openDescriptors(), descriptorsBefore + 2);

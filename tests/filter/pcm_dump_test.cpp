@@ -24,14 +24,14 @@ TEST(PcmDump, HoldsWhatNormalizerTookAndGaveWhateverThePlayersFormat) {
             FilterUnderTest filter;
             startDumping(filter, R"("enable_normalizer": true)");
             DirectNormalizer engine(channels);
-            Samples in;
-            Samples out;
+            Pcm in;
+            Pcm out;
             for (uint32_t call = 0; call < 4; ++call) {
                 auto frame =
                     makeFrame({.format = format, .channels = channels, .frames = 600}, noise(call, 2000));
                 const auto samples = samplesOf(*frame);
-                appendSamples(in, samples);
-                appendSamples(out, engine.process(samples));
+                append(in, samples);
+                append(out, engine.process(samples));
                 ASSERT_NE(filter.pass(std::move(frame)), nullptr);
             }
             const auto path = [&](const char* stage) {
@@ -49,13 +49,13 @@ TEST(PcmDump, OfSurroundTakes12BytesAFrameOf51InAnd4Out) {
     FilterUnderTest filter;
     startDumping(filter, R"("enable_surround": true)");
     DirectSurround engine(6, 1, 1, 1);
-    Samples in;
-    Samples out;
+    Pcm in;
+    Pcm out;
     for (uint32_t call = 1; call <= 3; ++call) {
         auto frame =
             makeFrame({.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .frames = kFrames}, noise(call, 3000));
-        appendSamples(in, samplesOf(*frame));
-        appendSamples(out, engine.process(samplesOf(*frame)));
+        append(in, samplesOf(*frame));
+        append(out, engine.process(samplesOf(*frame)));
         ASSERT_NE(filter.pass(std::move(frame)), nullptr);
         const auto input = directory.file(dumpFileName("surround", "input", sessionOf(filter)));
         const auto output = directory.file(dumpFileName("surround", "output", sessionOf(filter)));
@@ -71,12 +71,12 @@ TEST(PcmDump, OfDialogueTakes4BytesAFrameOnEitherSide) {
     FilterUnderTest filter;
     startDumping(filter, R"("enable_dialoguenhance": true, "dialoguenhance_voice": 2)");
     DirectDialogue engine(44100, 2);
-    Samples in;
-    Samples out;
+    Pcm in;
+    Pcm out;
     for (uint32_t call = 1; call <= 5; ++call) {
         auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLTP, .rate_hz = 44100}, noise(call, 3000));
-        appendSamples(in, samplesOf(*frame));
-        appendSamples(out, engine.process(samplesOf(*frame)));
+        append(in, samplesOf(*frame));
+        append(out, engine.process(samplesOf(*frame)));
         ASSERT_NE(filter.pass(std::move(frame)), nullptr);
         const auto input = directory.file(dumpFileName("dialoguenhance", "input", sessionOf(filter)));
         const auto output = directory.file(dumpFileName("dialoguenhance", "output", sessionOf(filter)));
@@ -167,11 +167,11 @@ TEST(PcmDump, FollowsTheSwitchFrameByFrameWithinOneSession) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     filter.startNormalizer();
-    Samples in;
+    Pcm in;
     for (const bool isOn : {false, true, false, true}) {
         filter.options(isOn ? R"({"enable_dump": true})" : R"({"enable_dump": false})");
         auto frame = makeFrame({}, noise(isOn ? 1 : 2, 2000));
-        if (isOn) appendSamples(in, samplesOf(*frame));
+        if (isOn) append(in, samplesOf(*frame));
         ASSERT_NE(filter.pass(std::move(frame)), nullptr);
     }
     EXPECT_EQ(samplesInFile(directory.file(dumpFileName("normalizer", "input", sessionOf(filter)))), in);

@@ -11,7 +11,7 @@ namespace {
 
 using Vorlin::IQFFrame;
 
-constexpr int kFourBlocks_frames = 960;  // four of the effect's blocks: no delay
+constexpr int kFourBlocks_frames = 960;  // whole blocks: no delay
 
 FrameSpec specOf(int channels, AVSampleFormat format) {
     return {.format = format, .channels = channels, .frames = kFourBlocks_frames};

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <numeric>
 #include <vector>
 
 namespace {
@@ -10,18 +12,19 @@ using sonivex_tool::constantDelayFrames;
 
 constexpr int kSilence = -1;
 
-/** What an effect that changes nothing answers to calls that carry 0, 1, 2, …: the queues themselves. */
-std::vector<int> answers(int block, int call, int calls) {
+/** What an effect that changes nothing answers to calls that carry the next of `numbers`: the queues
+ * themselves. */
+std::vector<int> answers(int block, int call, int calls, const std::vector<int>& numbers) {
     std::vector<int> queued;
     std::vector<int> ready;
     std::vector<int> out;
-    int next = 0;
     const auto move = [](std::vector<int>& from, int count, std::vector<int>& to) {
         to.insert(to.end(), from.begin(), from.begin() + count);
         from.erase(from.begin(), from.begin() + count);
     };
-    for (int i = 0; i < calls; ++i) {
-        for (int k = 0; k < call; ++k) queued.push_back(next++);
+    auto next = numbers.begin();
+    for (int i = 0; i < calls; ++i, next += call) {
+        queued.insert(queued.end(), next, next + call);
         while (queued.size() >= static_cast<size_t>(block)) move(queued, block, ready);
         if (ready.size() >= static_cast<size_t>(call)) {
             move(ready, call, out);
@@ -56,20 +59,19 @@ TEST(Latency, ASizeThatMakesSilenceInTheMiddleHasNoDelay) {
 }
 
 TEST(Latency, AgreesWithTheQueuesThemselvesForManyCallSizes) {
+    constexpr int kLongestCall = 1100;
+    std::vector<int> numbers((512 + 4) * kLongestCall);
+    std::iota(numbers.begin(), numbers.end(), 0);
     for (const int block : {240, 512}) {
-        std::vector<int> calls = {240, 256, 480, 512, 1024};
-        for (int call = 1; call <= 1100; call += call < 64 ? 1 : 13) calls.push_back(call);
-        for (const int call : calls) {
+        for (int call = 1; call <= kLongestCall; call += call < 64 ? 1 : 5) {
             // Long enough for every remainder of the block to come up.
-            const std::vector<int> out = answers(block, call, block + 4);
+            const std::vector<int> out = answers(block, call, block + 4, numbers);
             const auto delay = constantDelayFrames(block, call);
-            bool isConstant = true;
-            size_t silent = 0;
-            while (silent < out.size() && out[silent] == kSilence) ++silent;
-            for (size_t i = silent; i < out.size(); ++i) isConstant &= out[i] == static_cast<int>(i - silent);
+            const auto sound = std::find_if(out.begin(), out.end(), [](int n) { return n != kSilence; });
+            const bool isConstant = std::equal(sound, out.end(), numbers.begin());
             ASSERT_EQ(delay.has_value(), isConstant) << "block " << block << ", call " << call;
             if (!isConstant) continue;
-            ASSERT_EQ(*delay, static_cast<int64_t>(silent)) << "block " << block << ", call " << call;
+            ASSERT_EQ(*delay, sound - out.begin()) << "block " << block << ", call " << call;
         }
     }
 }
