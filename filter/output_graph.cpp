@@ -108,11 +108,17 @@ bool sonivexFilter::putBackInPlayersFormat(IQFFrame::audioInfo& info, AVFrame* f
     const OwnedFrame in = makeS16Frame(block, channels, frame->sample_rate, frames);
     if (!in) return false;
     const OwnedFrame out(av_frame_alloc());
-    const int error = out ? runOutputGraph(in.get(), out.get()) : AVERROR(ENOMEM);
+    int error = out ? runOutputGraph(in.get(), out.get()) : AVERROR(ENOMEM);
+    // libavfilter drops the options of a filter when it has no memory to parse them, and says nothing. Under
+    // the player's format such a result would have too few planes, or too short ones.
+    if (error >= 0 && (out->format != mSrcFormat || out->ch_layout.nb_channels != channels)) {
+        error = AVERROR(EINVAL);
+    }
     if (error < 0) {
         __log_print(LOG_WARNING, kFilterName,
                     "sonivex: output format conversion failed (ret=%d), fallback to S16", error);
-        // Samples left inside would come out with a later frame, and shift all that follow.
+        // Samples left inside would come out with a later frame, and shift all that follow; and a graph
+        // without its options never works.
         freeOutputGraph();
         return false;
     }
