@@ -141,6 +141,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     void* mSurroundHandle = nullptr;
     void* mDialogueHandle = nullptr;
     void* mNormalizerHandle = nullptr;
+    int32_t mHandleChannels = 0;  ///< channel count that the handles were made for
     std::string mCurrentTarget;
     Relaxed<int32_t> mSurroundType = 1;  ///< 1 "3DSurround", 13 "MegaBass"
     Relaxed<int32_t> mSurroundMode = 1;  ///< 1 to 3

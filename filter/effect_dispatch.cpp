@@ -1,5 +1,6 @@
 // Runs the selected effect on one block of 16-bit PCM and puts the result back into its frame. The handles of
-// the effects are made here, by the first frame that needs one, and live until `flush`.
+// the effects are made here, by the first frame that needs one, and live until `flush` or a frame of another
+// channel count.
 
 extern "C" {
 #include <libavutil/frame.h>
@@ -57,6 +58,11 @@ sonivexFilter::Outcome sonivexFilter::dispatch(Effect effect, IQFFrame::audioInf
     const bool isDumped = mEnableDump;
     const std::string dumpName = dumpNameOf(effect);
     if (isDumped) dumpPCMData(in.samples, in.channels, in.frames, dumpName, true);
+
+    // The input graph is built anew after a lost frame, perhaps for another stream without a flush in
+    // between.
+    if (mHandleChannels != in.channels) releaseHandles();
+    mHandleChannels = in.channels;
 
     int outChannels = info.channels;
     std::unique_ptr<short[]> block;

@@ -32,6 +32,13 @@ AVChannelLayout layoutOf(const IQFFrame::audioInfo& info) {
     return layout;
 }
 
+// The handles are made for the channel count of the description, and work on the loudspeakers of its default
+// layout.
+bool isAsEffectsTakeIt(const AVFrame* frame, int channels) {
+    return frame->format == AV_SAMPLE_FMT_S16 && frame->ch_layout.nb_channels == channels &&
+           av::layoutMask(frame->ch_layout) == av::defaultLayoutMask(channels);
+}
+
 }  // namespace
 
 int sonivexFilter::initAVFilter() {
@@ -127,7 +134,8 @@ int sonivexFilter::addFilter(AVFilterContext** last, const char* name, const cha
 }
 
 // Convert the samples of `frame` in place; everything else of it stays. @return 0, AVERROR(EAGAIN) or
-// AVERROR_EOF when the graph has nothing to give, or another negative AVERROR; each is logged.
+// AVERROR_EOF when the graph has nothing to give, or another negative AVERROR; each is logged. A graph that
+// refuses the frame holds nothing of it and stays; one that took it and does not give it back is freed.
 int sonivexFilter::convertToS16(const IQFFrame::audioInfo& info, AVFrame* frame) {
     FrameProperties properties;
     int error = properties.save(frame);
@@ -145,16 +153,19 @@ int sonivexFilter::convertToS16(const IQFFrame::audioInfo& info, AVFrame* frame)
     // A frame without reference counts was copied, not taken: what it still holds would be written over.
     av_frame_unref(frame);
     error = av_buffersink_get_frame(mAbuffersink_ctx, frame);
-    if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) {
-        __log_print(LOG_DEBUG, kFilterName, "sonivex av_buffersink_get_frame error %d\n", error);
-        return error;
-    }
-    // The handles are made for the channel count that the graph was built with.
-    if (error >= 0 && (frame->format != AV_SAMPLE_FMT_S16 || frame->ch_layout.nb_channels != info.channels)) {
-        error = AVERROR(EINVAL);
-    }
+    const bool hasNothingYet = error == AVERROR(EAGAIN) || error == AVERROR_EOF;
+    // libavfilter drops the options of a filter when it has no memory to parse them, and says nothing.
+    if (error >= 0 && !isAsEffectsTakeIt(frame, info.channels)) error = AVERROR(EINVAL);
     if (error >= 0) error = properties.restore(frame);
-    if (error < 0) __log_print(LOG_ERROR, kFilterName, "av_buffersink_get_frame error %d\n", error);
+    if (error >= 0) return error;
+
+    if (hasNothingYet) {
+        __log_print(LOG_DEBUG, kFilterName, "sonivex av_buffersink_get_frame error %d\n", error);
+    } else {
+        __log_print(LOG_ERROR, kFilterName, "av_buffersink_get_frame error %d\n", error);
+    }
+    // Samples left inside would come out with the next frame, and a graph without its options never works.
+    freeInputGraph();
     return error;
 }
 

@@ -1,10 +1,14 @@
 // Conversion graphs that fail once: at most one frame is lost or delivered as 16-bit, and no flush is needed.
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
+#include "engine_faults.h"
 #include "filter_under_test.h"
 #include "frame_checks.h"
 #include "graph_faults.h"
 #include "support/direct_normalizer.h"
+#include "vorlin/av_compat.h"
 
 namespace test {
 namespace {
@@ -39,6 +43,150 @@ TEST(OutputGraphFaults, AGraphThatIgnoresThePlayersFormatDeliversSixteenBitOnce)
         }
         EXPECT_EQ(log.count("24 sonivex: output format conversion failed (ret=-22), fallback to S16"), 1);
     }
+}
+
+TEST(InputGraphFaults, AGraphThatIgnoresSixteenBitCostsOneFrame) {
+    for (const AVSampleFormat format : kNotSixteenBit) {
+        SCOPED_TRACE(av_get_sample_fmt_name(format));
+        LogCapture log;
+        FilterUnderTest filter;
+        filter.startNormalizer();
+        DirectNormalizer engine(2);
+        WithGraphFaults faults;
+        faults->inputFormatsToLose = 1;
+        EXPECT_EQ(filter.pass(makeFrame({.format = format}, noise(3, 3000))), nullptr);
+        for (uint32_t seed = 4; seed < 7; ++seed) {
+            auto frame = makeFrame({.format = format}, noise(seed, 3000));
+            const auto expected = engine.process(samplesOf(*frame));
+            expectFrame(filter.pass(std::move(frame)), format, expected);
+        }
+        EXPECT_EQ(log.count("16 av_buffersink_get_frame error -22"), 1);
+    }
+}
+
+// 16-bit frames need no other format, but the effects take the loudspeakers of the default layout.
+TEST(InputGraphFaults, AGraphThatIgnoresTheDefaultLayoutCostsOneFrame) {
+    const FrameSpec wide{.channels = 8, .layout = "7.1(wide)"};
+    FilterUnderTest filter;
+    filter.startNormalizer();
+    WithGraphFaults faults;
+    faults->inputFormatsToLose = 1;
+    EXPECT_EQ(filter.pass(makeFrame(wide, noise(1))), nullptr);
+    const auto out = filter.pass(makeFrame(wide, noise(1)));
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(Vorlin::av::layoutMask(avFrameOf(out)->ch_layout), Vorlin::av::defaultLayoutMask(8));
+}
+
+TEST(InputGraphFaults, SamplesOfALostFrameNeverComeOutWithALaterOne) {
+    const struct {
+        int error;
+        const char* logLine;
+    } reads[] = {
+        {AVERROR(EAGAIN), "48 sonivex av_buffersink_get_frame error -11"},
+        {AVERROR_EOF, "48 sonivex av_buffersink_get_frame error -541478725"},
+        {AVERROR(ENOMEM), "16 av_buffersink_get_frame error -12"},
+    };
+    for (const auto& read : reads) {
+        for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
+            SCOPED_TRACE(std::string(read.logLine) + ", " + av_get_sample_fmt_name(format));
+            LogCapture log;
+            FilterUnderTest filter;
+            filter.startNormalizer();
+            DirectNormalizer engine(2);
+            WithGraphFaults faults;
+            faults->readError = read.error;
+            for (const int frames : {600, 100, 300, 1024}) {
+                const bool isLost = frames == 600;
+                faults->inputReadsToFail = isLost ? 1 : 0;
+                auto frame = makeFrame({.format = format, .frames = frames},
+                                       noise(static_cast<uint32_t>(frames), 3000));
+                const auto samples = samplesOf(*frame);
+                const auto out = filter.pass(std::move(frame));
+                if (isLost) {
+                    EXPECT_EQ(out, nullptr);
+                } else {
+                    expectFrame(out, format, engine.process(samples));
+                }
+            }
+            EXPECT_EQ(log.count(read.logLine), 1);
+        }
+    }
+}
+
+// The frame after a lost one says anew what the stream is: a player need not flush in between.
+class AfterALostFrame : public ::testing::Test {
+  protected:
+    AfterALostFrame() { resetEngineFaults(); }
+
+    void start(const std::string& options) {
+        filter.options("{" + options + "}");
+        filter->setInvalid(false);
+    }
+    void lose(const FrameSpec& spec) {
+        WithGraphFaults faults;
+        faults->inputReadsToFail = 1;
+        faults->readError = AVERROR(EAGAIN);
+        EXPECT_EQ(filter.pass(makeFrame(spec, noise(2))), nullptr);
+    }
+    std::unique_ptr<IQFFrame> pass(const FrameSpec& spec) { return filter.pass(makeFrame(spec, noise(2))); }
+
+    const FrameSpec mono{.channels = 1, .frames = 960};
+    const FrameSpec stereo{.channels = 2, .frames = 960};
+    const FrameSpec sixChannels{.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .frames = 960};
+    FilterUnderTest filter;
+};
+
+TEST_F(AfterALostFrame, TheNormalizerIsMadeAnewForAnotherChannelCount) {
+    start(R"("enable_normalizer": true)");
+    ASSERT_NE(pass(stereo), nullptr);
+    lose(stereo);
+    const auto out = pass(sixChannels);
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(out->getInfo().channels, 6);
+    EXPECT_EQ(engineFaults().creates, 2);
+    EXPECT_EQ(engineFaults().releases, 1);
+    EXPECT_EQ(engineFaults().channelsOfCalls, (std::vector<int>{2, 6}));
+}
+
+TEST_F(AfterALostFrame, SurroundIsMadeAnewForAnotherChannelCount) {
+    start(R"("enable_surround": true)");
+    ASSERT_NE(pass(sixChannels), nullptr);
+    lose(sixChannels);
+    for (const FrameSpec& other : {stereo, mono, sixChannels}) {
+        ASSERT_NE(pass(other), nullptr);
+        lose(other);
+    }
+    EXPECT_EQ(engineFaults().surroundCreates, 4);
+    EXPECT_EQ(engineFaults().surroundReleases, 3);
+}
+
+TEST_F(AfterALostFrame, AnEffectThatWasOffMeanwhileIsMadeAnewToo) {
+    start(R"("enable_normalizer": true)");
+    ASSERT_NE(pass(stereo), nullptr);
+    start(R"("enable_surround": true)");
+    lose(stereo);
+    ASSERT_NE(pass(sixChannels), nullptr);
+    start(R"("enable_normalizer": true)");
+    ASSERT_NE(pass(sixChannels), nullptr);
+    EXPECT_EQ(engineFaults().creates, 2);
+    EXPECT_EQ(engineFaults().releases, 1);
+    EXPECT_EQ(engineFaults().channelsOfCalls, (std::vector<int>{2, 6}));
+}
+
+TEST_F(AfterALostFrame, TheEffectGoesOnWhenTheChannelCountIsTheSame) {
+    start(R"("enable_dialoguenhance": true)");
+    ASSERT_NE(pass(stereo), nullptr);
+    lose(stereo);
+    ASSERT_NE(pass(stereo), nullptr);
+    EXPECT_EQ(engineFaults().dialogueCreates.size(), 1u);
+    EXPECT_EQ(engineFaults().dialogueReleases, 0);
+}
+
+TEST_F(AfterALostFrame, NoEffectIsReleasedThatWasNotMade) {
+    start(R"("enable_normalizer": true)");
+    lose(stereo);
+    ASSERT_NE(pass(sixChannels), nullptr);
+    EXPECT_EQ(engineFaults().releases + engineFaults().surroundReleases + engineFaults().dialogueReleases, 0);
 }
 
 }  // namespace
