@@ -22,9 +22,11 @@ bool planeHolds(const AVFrame* frame, int plane, std::size_t bytes) {
     const uint8_t* data = frame->extended_data[plane];
     if (data == nullptr) return false;
     // A frame without buffers keeps its samples elsewhere; its line size is all that is known of their
-    // extent.
-    if (frame->buf[0] == nullptr)
-        return frame->linesize[0] > 0 && static_cast<std::size_t>(frame->linesize[0]) >= bytes;
+    // extent. Nothing demands one: without it, a plane holds the frame's samples and no more.
+    if (frame->buf[0] == nullptr) {
+        const int lineBytes = frame->linesize[0];
+        return lineBytes == 0 || (lineBytes > 0 && static_cast<std::size_t>(lineBytes) >= bytes);
+    }
     const AVBufferRef* buffer = av_frame_get_plane_buffer(const_cast<AVFrame*>(frame), plane);
     return bytesBehind(buffer, data) >= bytes;
 }

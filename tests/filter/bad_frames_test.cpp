@@ -148,25 +148,64 @@ TEST(BadFrames, OfAnotherStreamWithoutAFlushAreRefusedAndTheOldStreamGoesOn) {
 }
 
 // A frame may point into memory that is not reference-counted: a player's own buffer.
-TEST(BadFrames, ThatAreNotReferenceCountedAreProcessedWithoutTouchingTheirMemory) {
-    std::vector<int16_t> memory(1024 * 2);
-    for (std::size_t i = 0; i < memory.size(); ++i) memory[i] = noise(8, 2000)(static_cast<int>(i), 0);
-    const std::vector<int16_t> before = memory;
-    FilterUnderTest filter;
-    filter.startNormalizer();
-    for (int i = 0; i < 3; ++i) {
+class PlayersOwnMemory : public ::testing::TestWithParam<AVSampleFormat> {
+  protected:
+    // A frame whose planes lie one after the other in `memory`, without anything behind them.
+    std::unique_ptr<AVQFFrame> pointInto(std::vector<uint8_t>& memory, const AVFrame* original,
+                                         int lineSize) {
+        const bool isPlanar = av_sample_fmt_is_planar(GetParam()) != 0;
+        const int planes = isPlanar ? original->ch_layout.nb_channels : 1;
+        const int planeBytes = av_samples_get_buffer_size(nullptr, original->ch_layout.nb_channels,
+                                                          original->nb_samples, GetParam(), 1) /
+                               planes;
+        memory.clear();
+        for (int plane = 0; plane < planes; ++plane) {
+            const uint8_t* data = original->extended_data[plane];
+            memory.insert(memory.end(), data, data + planeBytes);
+        }
         AVFrame* av = av_frame_alloc();
-        av->format = AV_SAMPLE_FMT_S16;
-        av->sample_rate = 48000;
-        av->nb_samples = 1024;
-        ASSERT_EQ(Vorlin::av::setFrameDefaultLayout(av, 2), 0);
-        av->data[0] = reinterpret_cast<uint8_t*>(memory.data());
-        av->linesize[0] = static_cast<int>(memory.size() * sizeof(int16_t));
-        const auto out = filter.pass(std::make_unique<AVQFFrame>(av));
-        ASSERT_NE(out, nullptr);
-        EXPECT_NE(avFrameOf(out)->data[0], reinterpret_cast<const uint8_t*>(memory.data()));
-        EXPECT_NE(samplesOf(avFrameOf(out)), before);
-        EXPECT_EQ(memory, before);
+        av->format = original->format;
+        av->sample_rate = original->sample_rate;
+        av->nb_samples = original->nb_samples;
+        EXPECT_EQ(Vorlin::av::setFrameLayout(av, original->ch_layout), 0);
+        for (int plane = 0; plane < planes; ++plane) av->data[plane] = memory.data() + plane * planeBytes;
+        av->linesize[0] = lineSize == kExact ? planeBytes : lineSize;
+        return std::make_unique<AVQFFrame>(av);
+    }
+
+    static constexpr int kExact = INT32_MAX;  // line size: the bytes of a plane
+};
+
+INSTANTIATE_TEST_SUITE_P(BadFrames, PlayersOwnMemory, ::testing::ValuesIn(allSampleFormats()),
+                         [](const auto& parameter) { return av_get_sample_fmt_name(parameter.param); });
+
+TEST_P(PlayersOwnMemory, IsProcessedAndLeftAloneWithAndWithoutALineSize) {
+    for (const int lineSize : {kExact, 0}) {
+        SCOPED_TRACE("line size " + std::to_string(lineSize));
+        FilterUnderTest filter;
+        filter.startNormalizer();
+        FilterUnderTest other;  // gets the same in reference-counted frames
+        other.startNormalizer();
+        for (uint32_t seed = 0; seed < 3; ++seed) {
+            auto counted = makeFrame({.format = GetParam()}, noise(seed, 2000));
+            std::vector<uint8_t> memory;
+            auto frame = pointInto(memory, *counted, lineSize);
+            const std::vector<uint8_t> before = memory;
+            const auto expected = other.pass(std::move(counted));
+            const auto out = filter.pass(std::move(frame));
+            ASSERT_NE(out, nullptr);
+            EXPECT_EQ(samplesOf(avFrameOf(out)), samplesOf(avFrameOf(expected)));
+            EXPECT_NE(avFrameOf(out)->extended_data[0], memory.data());
+            EXPECT_EQ(memory, before);
+        }
+    }
+}
+
+TEST_P(PlayersOwnMemory, OfALineSizeThatIsTooSmallIsGivenUp) {
+    for (const int lineSize : {1, 1023, -1, INT32_MIN}) {
+        const auto counted = makeFrame({.format = GetParam()}, noise(1));
+        std::vector<uint8_t> memory;
+        expectGivenUp(pointInto(memory, *counted, lineSize), kInvalidArgument, lie(2, 1024));
     }
 }
 
