@@ -1,10 +1,14 @@
 #include "vorlin/json_item.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <locale>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <sstream>
+#include <string_view>
 #include <utility>
 
 namespace Vorlin {
@@ -13,11 +17,61 @@ namespace {
 
 using nlohmann::json;
 
+// The number that `text` begins with, as JSON writes numbers; empty when it begins with none.
+std::string_view leadingNumber(std::string_view text) {
+    const auto skipOneOf = [&text](size_t at, std::string_view characters) {
+        return at < text.size() && characters.find(text[at]) != std::string_view::npos ? at + 1 : at;
+    };
+    const auto skipDigits = [&text](size_t at) {
+        return std::min(text.find_first_not_of("0123456789", at), text.size());
+    };
+    const size_t integer = skipOneOf(0, "-");
+    const size_t zero = skipOneOf(integer, "0");
+    size_t end = zero > integer ? zero : skipDigits(integer);
+    if (end == integer) return {};
+    const size_t fraction = skipOneOf(end, ".");
+    if (fraction > end && skipDigits(fraction) > fraction) end = skipDigits(fraction);
+    const size_t exponent = skipOneOf(end, "eE");
+    const size_t exponentDigits = skipOneOf(exponent, "+-");
+    if (exponent > end && skipDigits(exponentDigits) > exponentDigits) end = skipDigits(exponentDigits);
+    return text.substr(0, end);
+}
+
+bool isBeyondDouble(std::string_view number) {
+    std::istringstream stream{std::string(number)};
+    stream.imbue(std::locale::classic());  // strtod would ask the user's locale for the decimal point
+    double value = 0.0;
+    stream >> value;
+    return stream.fail() && std::abs(value) > 1.0;  // a number too small for a double is 0, and no failure
+}
+
+// The same text with the largest double in place of every number beyond it.
+std::string withSaturatedNumbers(std::string_view text) {
+    std::string result;
+    bool isInString = false;
+    while (!text.empty()) {
+        std::string_view next = isInString ? std::string_view() : leadingNumber(text);
+        const bool isNumber = !next.empty();
+        if (!isNumber) next = text.substr(0, isInString && text.front() == '\\' ? 2 : 1);
+        if (next == "\"") isInString = !isInString;
+        if (isNumber && isBeyondDouble(next)) {
+            result += next.front() == '-' ? "-1.7976931348623157e308" : "1.7976931348623157e308";
+        } else {
+            result += next;
+        }
+        text.remove_prefix(next.size());
+    }
+    return result;
+}
+
 json parse(const std::string& text) {
     // The parser takes a zero byte for the end of the text; no JSON text holds one.
     if (text.find('\0') != std::string::npos) return json(json::value_t::discarded);
     constexpr bool THROW = false;
-    return json::parse(text, nullptr, THROW);
+    json value = json::parse(text, nullptr, THROW);
+    // The parser refuses numbers beyond a double, which are valid JSON.
+    if (value.is_discarded()) value = json::parse(withSaturatedNumbers(text), nullptr, THROW);
+    return value;
 }
 
 template <typename Integer>
@@ -73,7 +127,7 @@ std::string VorlinJSONItem::getString(const std::string& name, const std::string
 
 int VorlinJSONItem::getInt(const std::string& name, int fallback) const {
     const json* member = mDocument ? mDocument->find(name) : nullptr;
-    return member != nullptr ? asInt(*member).value_or(fallback) : fallback;
+    return member != nullptr && member->is_number() ? asInt(*member).value_or(NO_INT) : fallback;
 }
 
 bool VorlinJSONItem::getBool(const std::string& name, bool fallback) const {

@@ -22,8 +22,9 @@ TEST(FilterOptions, TextThatIsNotJsonIsRefusedAndChangesNothing) {
     LogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"enable_normalizer": true, "surround_mode": 2})");
-    for (const char* text : {"", "surround", "{", R"({"enable_surround": true)",
-                             R"({"surround_mode": 1e999})", "{\"enable_surround\": true, \"x\": \"\xff\"}"}) {
+    for (const char* text :
+         {"", "surround", "{", R"({"enable_surround": true)", R"({"surround_mode": 1e999e1})",
+          "{\"enable_surround\": true, \"x\": \"\xff\"}"}) {
         EXPECT_FALSE(filter->setOption(filterPrototype::FILTER_OPTION, text, "")) << text;
     }
     EXPECT_EQ(log.count("24 options not json item"), 6);
@@ -68,12 +69,13 @@ TEST(FilterOptions, SurroundModesBeyondOneToThreeAreIgnoredWithoutALog) {
     filter.options(R"({"surround_mode": 3})");
     EXPECT_EQ(filter.field(Peer::surroundMode), 3);
     const auto before = log.lines().size();
-    for (const char* text :
-         {R"({"surround_mode": 4})", R"({"surround_mode": 0})", R"({"surround_mode": -1})"}) {
-        filter.options(text);
-        EXPECT_EQ(filter.field(Peer::surroundMode), 3) << text;
+    for (const char* number : {"4", "0", "-1", "2.5", "1.0000001", "4294967298", "-4294967295", "1e999"}) {
+        filter.options(std::string(R"({"surround_mode": )") + number + "}");
+        EXPECT_EQ(filter.field(Peer::surroundMode), 3) << number;
     }
     EXPECT_EQ(log.lines().size(), before);
+    filter.options(R"({"surround_mode": 2.0})");
+    EXPECT_EQ(filter.field(Peer::surroundMode), 2) << "an integer, however it is written";
 }
 
 TEST(FilterOptions, AMemberOfTheWrongTypeCountsAsItsDefault) {
@@ -85,6 +87,11 @@ TEST(FilterOptions, AMemberOfTheWrongTypeCountsAsItsDefault) {
     EXPECT_EQ(filter.field(Peer::surroundMode), 1);
     EXPECT_EQ(filter.field(Peer::surroundLimiter), 1);
     EXPECT_EQ(filter.field(Peer::voice), 1.0);
+    for (const char* other : {"true", "null", "{}", "[2]", "\"2\""}) {
+        filter.options(R"({"surround_mode": 3})");
+        filter.options(std::string(R"({"surround_mode": )") + other + "}");
+        EXPECT_EQ(filter.field(Peer::surroundMode), 1) << other;
+    }
     EXPECT_FALSE(filter.field(Peer::enableNormalizer));
     EXPECT_FALSE(filter.field(Peer::enableDump));
 }
@@ -93,8 +100,21 @@ TEST(FilterOptions, TheLimiterSwitchTakesAnyInt) {
     FilterUnderTest filter;
     filter.options(R"({"surround_limiter": -7})");
     EXPECT_EQ(filter.field(Peer::surroundLimiter), -7);
-    filter.options(R"({"surround_limiter": 99999999999})");
-    EXPECT_EQ(filter.field(Peer::surroundLimiter), 1) << "beyond an int: the default";
+    for (const char* number : {"99999999999", "4294967297", "1.5", "-1e999"}) {
+        filter.options(R"({"surround_limiter": 1})");
+        filter.options(std::string(R"({"surround_limiter": )") + number + "}");
+        EXPECT_NE(filter.field(Peer::surroundLimiter), 1) << number << " is not the 1 that switches it on";
+    }
+}
+
+TEST(FilterOptions, ANumberBeyondADoubleLeavesTheRestOfTheObjectInForce) {
+    FilterUnderTest filter;
+    filter.options(R"({"dialoguenhance_voice": 1e999, "enable_dialoguenhance": true})");
+    EXPECT_EQ(filter.field(Peer::voice), std::numeric_limits<double>::max());
+    EXPECT_TRUE(filter.field(Peer::enableDialogue));
+    filter.options(R"({"dialoguenhance_voice": -1e999, "surround_mode": 2})");
+    EXPECT_EQ(filter.field(Peer::voice), 1.0);
+    EXPECT_EQ(filter.field(Peer::surroundMode), 2);
 }
 
 TEST(FilterOptions, VoiceIsNeverBelowOne) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -9,10 +10,12 @@ namespace Vorlin {
 
 /** One JSON value, read member by member. No function throws for what the text holds.
  *
- *  Of members with the same name the last one counts. A number beyond a double makes the whole text invalid.
- */
+ *  Of members with the same name the last one counts. A number beyond a double counts as the largest one. */
 class VORLIN_API VorlinJSONItem {
   public:
+    /** What `getInt` gives for a number that is no int: one with a fraction, or beyond the range. */
+    static constexpr int NO_INT = std::numeric_limits<int>::min();
+
     explicit VorlinJSONItem(const std::string& text);
     VorlinJSONItem(VorlinJSONItem&&) noexcept;
     VorlinJSONItem& operator=(VorlinJSONItem&&) noexcept;
@@ -22,10 +25,9 @@ class VORLIN_API VorlinJSONItem {
     bool isValid() const;
     bool hasItem(const std::string& name) const;
 
-    // The value of a member; `fallback` when there is no such member, its type is another one, or its value
-    // does not fit the result.
+    // The value of a member; `fallback` when there is no such member or its type is another one.
     std::string getString(const std::string& name, const std::string& fallback = {}) const;
-    /** A number without a fraction that fits an int; 2.0 is such a number, 2.5 is not. */
+    /** 2.0 is an int, 2.5 is NO_INT: another number is neither the nearest int nor the fallback. */
     int getInt(const std::string& name, int fallback = 0) const;
     bool getBool(const std::string& name, bool fallback = false) const;
     double getDouble(const std::string& name, double fallback = 0.0) const;
