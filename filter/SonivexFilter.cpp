@@ -1,6 +1,7 @@
 #include "SonivexFilter.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "vorlin/av_compat.h"
 #include "vorlin/log.h"
@@ -38,12 +39,27 @@ sonivexFilter::~sonivexFilter() {
 
 bool sonivexFilter::init(uint64_t) {
     __log_print(LOG_INFO, kFilterName, "sonivex init");
-    if (mActive && !mThread) {
+    if (mActive && !mThread) startWorker();
+    return true;
+}
+
+// Without a thread the filter works inside `push`, until a later `init` finds one.
+void sonivexFilter::startWorker() {
+    mIsWithoutThread = false;  // before the worker runs, since it reads this
+    try {
         auto worker = std::make_unique<qfThread>([this] { return FilterLoop(); }, kFilterName);
         worker->start();
         mThread = std::move(worker);
+    } catch (const std::exception& error) {
+        mIsWithoutThread = true;
+        __log_print(LOG_ERROR, kFilterName,
+                    "sonivex: cannot start the worker thread: %s; frames are processed inside push",
+                    error.what());
     }
-    return true;
+}
+
+bool sonivexFilter::worksInsidePush() const {
+    return !mActive || mIsWithoutThread;
 }
 
 int sonivexFilter::push(std::unique_ptr<IQFFrame>& frame, uint64_t) {
@@ -53,7 +69,7 @@ int sonivexFilter::push(std::unique_ptr<IQFFrame>& frame, uint64_t) {
         (void)frame.release();  // the queue owns it now
         result = 0;
     }
-    if (!mActive) FilterLoop();
+    if (worksInsidePush()) FilterLoop();
     return result;
 }
 

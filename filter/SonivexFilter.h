@@ -36,10 +36,10 @@ enum class Effect { None, Dialogue, Surround, Normalizer };
  *      push -> mInQueue -> FilterLoop: checks -> input graph (to s16) -> effect -> output graph
  *           -> mOutQueue -> pull
  *
- *  Threads: the player's thread calls every public function; an active filter's worker runs `FilterLoop`, an
- *  inactive filter runs it inside `push`. The two queues are the only hand-over. Options are relaxed atomics;
- *  the graphs, the handles and what is remembered of the stream belong to the worker, and to `flush` while
- *  it pauses.
+ *  Threads: the player's thread calls every public function; an active filter's worker runs `FilterLoop`. An
+ *  inactive filter, or one that got no thread, runs it inside `push`. The two queues are the only hand-over.
+ *  Options are relaxed atomics; the graphs, the handles and what is remembered of the stream belong to the
+ *  worker, and to `flush` while it pauses.
  *
  *  Ownership: a frame belongs to the filter from a successful `push` until `pull`; timestamps, duration, side
  *  data and metadata of a frame come out as they went in. Options of an effect hold from the moment its
@@ -55,6 +55,8 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     /** Keys and values: see filterPrototype and docs/options.md. @return false only for FILTER_OPTION with a
      * text that is not JSON. @throws std::invalid_argument for a frame rate or speed that is no number. */
     bool setOption(const std::string& key, const std::string& value, const std::string& extra) override;
+    /** Start an active filter's worker. When the system gives no thread, the filter works inside `push` as an
+     * inactive one does, and a later `init` tries again. @return true always. */
     bool init(uint64_t flags) override;
     int push(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
     int pull(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
@@ -91,6 +93,10 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
         int sampleRate;  ///< Hz
         int frames;
     };
+
+    // SonivexFilter.cpp
+    void startWorker();
+    bool worksInsidePush() const;
 
     // worker_loop.cpp
     int FilterLoop();
@@ -157,6 +163,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     std::string mSessionId;  ///< of the dump; empty until a block is dumped
     std::vector<std::string> mSupportedNames{"sonivex"};
     std::unique_ptr<qfThread> mThread;
+    bool mIsWithoutThread = false;                ///< the last `init` of an active filter got none
     SpscQueue<IQFFrame*> mOutQueue{kQueueSlots};  ///< produced by the worker, consumed by `pull`
     SpscQueue<IQFFrame*> mInQueue{kQueueSlots};   ///< produced by `push`, consumed by the worker
     std::atomic<bool> mInvalid{true};

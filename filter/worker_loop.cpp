@@ -45,7 +45,7 @@ int sonivexFilter::FilterLoop() {
     for (;;) {
         IQFFrame* taken = nullptr;
         if (mOutQueue.sizeForProducer() > kMaxFinishedFrames || !mInQueue.pop(taken)) {
-            if (mActive) qf_msleep(kIdleSleep_ms);
+            if (!worksInsidePush()) qf_msleep(kIdleSleep_ms);
             return 0;
         }
         std::unique_ptr<IQFFrame> frame(taken);
@@ -118,7 +118,7 @@ sonivexFilter::Outcome sonivexFilter::handleFrame(IQFFrame* frame) {
     }
     if (const int error = convertToS16(info, avFrame); error < 0) {
         const bool hasNothingYet = error == AVERROR(EAGAIN) || error == AVERROR_EOF;
-        if (hasNothingYet && mActive) qf_msleep(kIdleSleep_ms);
+        if (hasNothingYet && !worksInsidePush()) qf_msleep(kIdleSleep_ms);
         return givenUp(hasNothingYet ? 0 : error);
     }
     return dispatch(effect, info, avFrame);

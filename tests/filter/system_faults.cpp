@@ -4,6 +4,9 @@
 
 #include <cerrno>
 #include <stdexcept>
+#include <system_error>
+
+#include "vorlin/thread.h"
 
 namespace test {
 namespace {
@@ -60,6 +63,24 @@ int __wrap_fsync(int file) {
         return -1;
     }
     return __real_fsync(file);
+}
+
+void __real_qf_msleep(int64_t milliseconds);
+
+void __wrap_qf_msleep(int64_t milliseconds) {
+    test::SystemFaults* faults = test::faultsInForce;
+    if (faults == nullptr) return __real_qf_msleep(milliseconds);
+    ++faults->sleeps;
+}
+
+void __real__ZN6Vorlin8qfThread5startEv(Vorlin::qfThread* thread);
+
+void __wrap__ZN6Vorlin8qfThread5startEv(Vorlin::qfThread* thread) {
+    test::SystemFaults* faults = test::faultsInForce;
+    if (faults != nullptr && test::takeOne(faults->threadsToRefuse)) {
+        throw std::system_error(EAGAIN, std::generic_category(), "no thread");
+    }
+    __real__ZN6Vorlin8qfThread5startEv(thread);
 }
 
 // A member function takes its object as a plain first argument on every system that this is built for.

@@ -1,0 +1,101 @@
+// A system that gives no thread: the filter works all the same, on the player's own.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "filter_under_test.h"
+#include "support/direct_normalizer.h"
+#include "system_faults.h"
+
+namespace test {
+namespace {
+
+using Vorlin::IQFFrame;
+
+constexpr char kNoThread[] =
+    "16 sonivex: cannot start the worker thread: no thread: Resource temporarily unavailable; frames are "
+    "processed "
+    "inside push";
+
+// A frame that the filter passes on, which tells the thread that looked at it.
+class WatchingFrame : public IQFFrame {
+  public:
+    explicit WatchingFrame(std::atomic<std::thread::id>& reader) : mReader(reader) {}
+    audioInfo& getInfo() override {
+        mReader = std::this_thread::get_id();
+        return IQFFrame::getInfo();
+    }
+
+  private:
+    std::atomic<std::thread::id>& mReader;
+};
+
+std::thread::id threadThatWorks(FilterUnderTest& filter) {
+    std::atomic<std::thread::id> reader;
+    EXPECT_NE(filter.pass(std::make_unique<WatchingFrame>(reader)), nullptr);
+    return reader;
+}
+
+TEST(WithoutAThread, AnActiveFilterWorksInsidePush) {
+    LogCapture log;
+    WithSystemFaults faults;
+    faults->threadsToRefuse = 1;
+    FilterUnderTest filter(Mode::Active);
+    EXPECT_EQ(log.count(kNoThread), 1);
+    EXPECT_EQ(filter.field(Peer::thread), nullptr);
+    filter.startNormalizer();
+    DirectNormalizer engine(2);
+    for (uint32_t seed = 0; seed < 4; ++seed) {
+        std::unique_ptr<IQFFrame> frame = makeFrame({}, noise(seed, 3000));
+        const auto expected = engine.process(samplesOf(avFrameOf(frame)));
+        ASSERT_EQ(filter->push(frame, 0), 0);
+        std::unique_ptr<IQFFrame> out;
+        ASSERT_EQ(filter->pull(out, 0), 0) << "at once";
+        EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
+    }
+    EXPECT_EQ(threadThatWorks(filter), std::this_thread::get_id());
+    EXPECT_EQ(faults->sleeps, 0) << "the player's thread is not the worker's to put to sleep";
+}
+
+TEST(WithoutAThread, AFilterThatWorksInsidePushIsFlushedAndDestroyedAsAnyOther) {
+    WithSystemFaults faults;
+    faults->threadsToRefuse = 1;
+    FilterUnderTest filter(Mode::Active);
+    filter.startNormalizer();
+    ASSERT_NE(filter.pass(makeFrame({.format = AV_SAMPLE_FMT_FLTP}, noise(1))), nullptr);
+    filter->flush();
+    EXPECT_EQ(filter.field(Peer::normalizerHandle), nullptr);
+    EXPECT_EQ(filter.field(Peer::thread), nullptr)
+        << "a flush starts the worker that was there, and no other";
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+}
+
+TEST(WithoutAThread, ALaterInitTriesAgainAndTheWorkerTakesOver) {
+    LogCapture log;
+    WithSystemFaults faults;
+    faults->threadsToRefuse = 2;
+    FilterUnderTest filter(Mode::Active);
+    EXPECT_TRUE(filter->init(0));
+    EXPECT_EQ(log.count(kNoThread), 2);
+    filter.startNormalizer();
+    DirectNormalizer engine(2);
+    std::vector<std::vector<int16_t>> expected;
+    for (uint32_t seed = 0; seed < 4; ++seed) {  // the last two wait in front of the effect
+        std::unique_ptr<IQFFrame> frame = makeFrame({}, noise(seed, 3000));
+        expected.push_back(engine.process(samplesOf(avFrameOf(frame))));
+        ASSERT_EQ(filter->push(frame, 0), 0);
+    }
+    EXPECT_TRUE(filter->init(0));
+    EXPECT_EQ(log.count(kNoThread), 2);
+    ASSERT_NE(filter.field(Peer::thread), nullptr);
+    for (const std::vector<int16_t>& samples : expected) {
+        const auto out = filter.pullPatiently();
+        ASSERT_NE(out, nullptr);
+        EXPECT_EQ(samplesOf(avFrameOf(out)), samples);
+    }
+    EXPECT_NE(threadThatWorks(filter), std::this_thread::get_id());
+}
+
+}  // namespace
+}  // namespace test
