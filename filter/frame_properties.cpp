@@ -8,22 +8,17 @@ extern "C" {
 
 namespace Vorlin {
 
-FrameProperties::~FrameProperties() {
-    av_frame_free(&mSaved);
-}
-
 int FrameProperties::save(const AVFrame* frame) {
-    av_frame_free(&mSaved);
-    mSaved = av_frame_alloc();
-    if (mSaved == nullptr) return AVERROR(ENOMEM);
-    return av_frame_copy_props(mSaved, frame);
+    mSaved.reset(av_frame_alloc());
+    if (!mSaved) return AVERROR(ENOMEM);
+    return av_frame_copy_props(mSaved.get(), frame);
 }
 
 int FrameProperties::restore(AVFrame* frame) const {
     // Copying adds to what is there, so what the graph left goes first.
     while (frame->nb_side_data > 0) av_frame_remove_side_data(frame, frame->side_data[0]->type);
     av_dict_free(&frame->metadata);
-    return av_frame_copy_props(frame, mSaved);
+    return av_frame_copy_props(frame, mSaved.get());
 }
 
 }  // namespace Vorlin

@@ -1,6 +1,6 @@
 #pragma once
 
-struct AVFrame;
+#include "vorlin/owned_av_frame.h"
 
 namespace Vorlin {
 
@@ -8,18 +8,13 @@ namespace Vorlin {
  * goes through a graph that rescales or rebuilds them. */
 class FrameProperties {
   public:
-    FrameProperties() = default;
-    FrameProperties(const FrameProperties&) = delete;
-    FrameProperties& operator=(const FrameProperties&) = delete;
-    ~FrameProperties();
-
     /** Keep the properties of `frame`. @return 0 or a negative AVERROR. */
     int save(const AVFrame* frame);
     /** Give `frame` exactly the properties that were saved. @return 0 or a negative AVERROR. */
     int restore(AVFrame* frame) const;
 
   private:
-    AVFrame* mSaved = nullptr;
+    OwnedAVFrame mSaved;
 };
 
 }  // namespace Vorlin

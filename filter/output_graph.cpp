@@ -20,24 +20,20 @@ extern "C" {
 #include "frame_checks.h"
 #include "vorlin/av_compat.h"
 #include "vorlin/log.h"
+#include "vorlin/owned_av_frame.h"
 #include "vorlin/sample_format.h"
 
 namespace Vorlin {
 
 namespace {
 
-struct FrameDeleter {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-};
-using OwnedFrame = std::unique_ptr<AVFrame, FrameDeleter>;
-
 std::size_t blockBytes(int channels, int frames) {
     return static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames) * sizeof(short);
 }
 
 // A frame that holds `block`; null, with a log, when there is no memory for it.
-OwnedFrame makeS16Frame(const short* block, int channels, int sampleRate_hz, int frames) {
-    OwnedFrame frame(av_frame_alloc());
+OwnedAVFrame makeS16Frame(const short* block, int channels, int sampleRate_hz, int frames) {
+    OwnedAVFrame frame(av_frame_alloc());
     if (!frame) {
         __log_print(LOG_WARNING, kFilterName, "sonivex: av_frame_alloc failed, fallback to S16");
         return nullptr;
@@ -105,9 +101,9 @@ int sonivexFilter::putBack(IQFFrame::audioInfo& info, AVFrame* frame, const shor
 bool sonivexFilter::putBackInPlayersFormat(IQFFrame::audioInfo& info, AVFrame* frame, const short* block,
                                            int channels, int frames) {
     if (!prepareOutputGraph(channels, frame->sample_rate)) return false;
-    const OwnedFrame in = makeS16Frame(block, channels, frame->sample_rate, frames);
+    const OwnedAVFrame in = makeS16Frame(block, channels, frame->sample_rate, frames);
     if (!in) return false;
-    const OwnedFrame out(av_frame_alloc());
+    const OwnedAVFrame out(av_frame_alloc());
     int error = out ? runOutputGraph(in.get(), out.get()) : AVERROR(ENOMEM);
     // libavfilter drops the options of a filter when it has no memory to parse them, and says nothing. Under
     // the player's format such a result would have too few planes, or too short ones.

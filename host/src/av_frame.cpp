@@ -6,9 +6,7 @@ namespace Vorlin {
 
 AVQFFrame::AVQFFrame(AVFrame* frame) : IQFFrame(describe(frame)), mFrame(frame) {}
 
-AVQFFrame::~AVQFFrame() {
-    av_frame_free(&mFrame);
-}
+AVQFFrame::~AVQFFrame() = default;
 
 IQFFrame::audioInfo AVQFFrame::describe(const AVFrame* frame) {
     audioInfo info;

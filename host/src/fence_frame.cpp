@@ -3,6 +3,7 @@
 #include <new>
 
 #include "vorlin/av_compat.h"
+#include "vorlin/owned_av_frame.h"
 
 extern "C" {
 #include <libavutil/samplefmt.h>
@@ -16,10 +17,6 @@ constexpr int FENCE_CHANNELS = 3;
 constexpr int FENCE_FRAMES = 1;
 constexpr int ANY_RATE_HZ = 48000;
 
-struct FreeFrame {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-};
-
 bool isSampleFormat(int format) {
     return format >= 0 && format < AV_SAMPLE_FMT_NB;
 }
@@ -27,7 +24,7 @@ bool isSampleFormat(int format) {
 }  // namespace
 
 std::unique_ptr<FenceFrame> FenceFrame::make(const audioInfo& stream, uint64_t number) {
-    std::unique_ptr<AVFrame, FreeFrame> frame(av_frame_alloc());
+    OwnedAVFrame frame(av_frame_alloc());
     if (!frame) return nullptr;
     frame->format = isSampleFormat(stream.format) ? stream.format : AV_SAMPLE_FMT_S16;
     frame->sample_rate = stream.sample_rate > 0 ? stream.sample_rate : ANY_RATE_HZ;

@@ -101,13 +101,12 @@ TEST_P(EveryFormat, LeavesABufferThatTheDecoderStillHoldsAsItWas) {
     FilterUnderTest filter;
     filter.startNormalizer();
     auto frame = makeFrame({.format = GetParam()}, noise(2, 3000));
-    AVFrame* decodersOwn = av_frame_clone(*frame);
-    const auto before = samplesOf(decodersOwn);
+    const Vorlin::OwnedAVFrame decodersOwn(av_frame_clone(*frame));
+    const auto before = samplesOf(decodersOwn.get());
     const auto out = filter.pass(std::move(frame));
     ASSERT_NE(out, nullptr);
-    EXPECT_EQ(samplesOf(decodersOwn), before);
+    EXPECT_EQ(samplesOf(decodersOwn.get()), before);
     EXPECT_NE(samplesOf(avFrameOf(out)), before);
-    av_frame_free(&decodersOwn);
 }
 
 TEST(Conversion, AFrameOfChangingLengthKeepsItsOwnLength) {

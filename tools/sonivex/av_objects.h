@@ -8,7 +8,6 @@ extern "C" {
 #include <libavutil/audio_fifo.h>
 #include <libavutil/dict.h>
 #include <libavutil/error.h>
-#include <libavutil/frame.h>
 #include <libswresample/swresample.h>
 }
 
@@ -16,17 +15,18 @@ extern "C" {
 #include <new>
 #include <string>
 
+#include "vorlin/owned_av_frame.h"
+
 namespace sonivex_tool {
 
 struct AvDeleter {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }
     void operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
     void operator()(SwrContext* resampler) const { swr_free(&resampler); }
     void operator()(AVAudioFifo* fifo) const { av_audio_fifo_free(fifo); }
 };
 
-using FramePtr = std::unique_ptr<AVFrame, AvDeleter>;
+using FramePtr = Vorlin::OwnedAVFrame;
 using PacketPtr = std::unique_ptr<AVPacket, AvDeleter>;
 using CodecContextPtr = std::unique_ptr<AVCodecContext, AvDeleter>;
 using ResamplerPtr = std::unique_ptr<SwrContext, AvDeleter>;

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "vorlin/frame.h"
-
-struct AVFrame;
+#include "vorlin/owned_av_frame.h"
 
 namespace Vorlin {
 
@@ -14,13 +13,14 @@ class VORLIN_API AVQFFrame : public IQFFrame {
     ~AVQFFrame() override;
 
     /** The AVFrame, still owned by this object; null for a frame without samples. */
-    operator AVFrame*() const { return mFrame; }  // NOLINT(google-explicit-constructor): the player's habit
+    // NOLINTNEXTLINE(google-explicit-constructor): the player's habit
+    operator AVFrame*() const { return mFrame.get(); }
 
     /** Describe an AVFrame: what `getInfo` of an AVQFFrame around it starts with. */
     static audioInfo describe(const AVFrame* frame);
 
   private:
-    AVFrame* mFrame;
+    OwnedAVFrame mFrame;
 };
 
 }  // namespace Vorlin
