@@ -12,7 +12,7 @@
 #include <chrono>
 #include <vector>
 
-#include "au2_limiter.h"
+#include "au2_limiter_owner.h"
 #include "av_array.h"
 #include "real_transforms.h"
 #include "sonivex/dialoguenhance.h"
@@ -114,14 +114,11 @@ void Limiter(benchmark::State& state) {
     std::vector<float> in;
     for (const std::int16_t sample : test::noise(4, samples, 8000)) in.push_back(static_cast<float>(sample));
     std::vector<float> out(in.size());
-    Au2LimiterState* limiter = nullptr;
-    au2_limiter_create(&limiter);
-    au2_limiter_reset(limiter);
+    const auto limiter = sonivex::makeAu2Limiter();
     measure(state, [&](int) {
-        au2_limiter_proc(limiter, in.data(), samples, out.data());
+        au2_limiter_proc(limiter.get(), in.data(), samples, out.data());
         benchmark::DoNotOptimize(out.data());
     });
-    au2_limiter_free(limiter);
 }
 BENCHMARK(Limiter)->ArgName("hop")->Arg(512);
 

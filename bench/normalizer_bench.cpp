@@ -14,7 +14,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "au2_limiter.h"
+#include "au2_limiter_owner.h"
 #include "sonivex/normalizer.h"
 #include "support/signals.h"
 #include "thread_time.h"
@@ -100,15 +100,13 @@ void OutputLimiter(benchmark::State& state) {
         in.push_back(static_cast<float>(sample) * scale);
     }
     std::vector<float> out(kSamples);
-    Au2LimiterState* limiter = nullptr;
-    au2_limiter_create(&limiter);
-    au2_limiter_reset(limiter);
+    const auto limiter = sonivex::makeAu2Limiter();
     measure(state, kFrames, [&](int i) {
-        au2_limiter_proc(limiter, in.data() + static_cast<std::size_t>(i) * kSamples, kSamples, out.data());
+        au2_limiter_proc(limiter.get(), in.data() + static_cast<std::size_t>(i) * kSamples, kSamples,
+                         out.data());
         benchmark::DoNotOptimize(out.data());
         benchmark::ClobberMemory();
     });
-    au2_limiter_free(limiter);
 }
 BENCHMARK(OutputLimiter)->ArgName("scale")->Arg(1)->Arg(3);
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "au2_limiter.h"
+#include "au2_limiter_owner.h"
 #include "audiofft.h"
 #include "bin_analysis.h"
 #include "centre_gains.h"
@@ -84,19 +84,16 @@ void digestNormalizer(int channels, int frames) {
 void digestLimiter(int lookahead) {
     constexpr std::size_t kBlock = 480;
     Digest digest;
-    Au2LimiterState* limiter = nullptr;
-    au2_limiter_create(&limiter);
-    au2_limiter_reset(limiter);
+    const auto limiter = sonivex::makeAu2Limiter();
     limiter->lookahead = lookahead;
     const test::Pcm pcm = programme(2);
     for (std::size_t done = 0; done + kBlock <= pcm.size(); done += kBlock) {
         float in[kBlock];
         float out[kBlock];
         for (std::size_t i = 0; i < kBlock; ++i) in[i] = static_cast<float>(pcm[done + i]) * 1.875F;
-        au2_limiter_proc(limiter, in, static_cast<int>(kBlock), out);
+        au2_limiter_proc(limiter.get(), in, static_cast<int>(kBlock), out);
         for (const float number : out) digest.add(number);
     }
-    au2_limiter_free(limiter);
     digest.print("output limiter, look-ahead " + std::to_string(lookahead));
 }
 

@@ -4,6 +4,7 @@
 
 #include <climits>
 
+#include "au2_limiter_owner.h"
 #include "convolve_reverb_inspector.h"
 #include "support/guarded_block.h"
 #include "support/log_capture.h"
@@ -214,14 +215,11 @@ TEST(SurroundPipelines, TheLimiterTakesSamplesInInt16UnitsWithAScaleForEachHalf)
     Pcm in(480, 0);
     in[0] = 32767;
     const float scaled = 0.5F * 32767.0F;
-    Au2LimiterState* limiter = nullptr;
-    au2_limiter_create(&limiter);
-    au2_limiter_reset(limiter);
+    const auto limiter = sonivex::makeAu2Limiter();
     std::vector<float> units(480, 0.0F);
     units[0] = scaled;
     std::vector<float> expected(480);
-    au2_limiter_proc(limiter, units.data(), 480, expected.data());
-    au2_limiter_free(limiter);
+    au2_limiter_proc(limiter.get(), units.data(), 480, expected.data());
     EXPECT_EQ(throughGain(in, 0.5F, 1)[0], static_cast<std::int16_t>(expected[0]));
 }
 

@@ -7,9 +7,9 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <vector>
 
+#include "au2_limiter_owner.h"
 #include "reference/normalizer_model.h"
 #include "support/signals.h"
 
@@ -19,18 +19,12 @@ constexpr float kCeiling = 32440.32F;
 /* ceiling / x * x rounds twice: it can end one unit in the last place above the ceiling. */
 constexpr float kCeilingWithRounding = 32440.3223F;
 
-struct FreeLimiter {
-    void operator()(Au2LimiterState* state) const { au2_limiter_free(state); }
-};
-using LimiterPointer = std::unique_ptr<Au2LimiterState, FreeLimiter>;
-
-LimiterPointer makeLimiter() {
-    Au2LimiterState* state = nullptr;
-    EXPECT_EQ(au2_limiter_create(&state), 0);
-    std::memset(static_cast<void*>(state), 0xA5,
-                sizeof *state);  // creation promises nothing about the contents
-    au2_limiter_reset(state);
-    return LimiterPointer(state);
+/* Reset of what creation may have left in the record: it promises nothing about the contents. */
+sonivex::Au2LimiterOwner makeLimiter() {
+    auto limiter = sonivex::makeAu2Limiter();
+    std::memset(static_cast<void*>(limiter.get()), 0xA5, sizeof *limiter);
+    au2_limiter_reset(limiter.get());
+    return limiter;
 }
 
 std::vector<float> limit(Au2LimiterState& state, const std::vector<float>& in, int expected_result) {
@@ -127,9 +121,9 @@ TEST(Au2Limiter, ANullStateIsAnErrorOfProcessAndFree) {
     EXPECT_EQ(au2_limiter_free(nullptr), -1);
 }
 
-TEST(Au2Limiter, FreeingAStateReturnsZero) {
+TEST(Au2Limiter, CreatingAndFreeingAStateReturnZero) {
     Au2LimiterState* state = nullptr;
-    au2_limiter_create(&state);
+    EXPECT_EQ(au2_limiter_create(&state), 0);
     EXPECT_EQ(au2_limiter_free(state), 0);
 }
 

@@ -4,9 +4,10 @@
 #include <cstdint>
 #include <cstdio>
 #include <limits>
+#include <memory>
 #include <new>
 
-#include "au2_limiter.h"
+#include "au2_limiter_owner.h"
 #include "effect_log.h"
 #include "gain_stage.h"
 #include "mixer.h"
@@ -28,24 +29,17 @@ constexpr const char* kLogNullHandle = "[audio]::kv normalizer handle is NULL.\n
 
 /* The whole state of one normalizer; all zero is an empty one. */
 struct NormalizerHandle {
+    ~NormalizerHandle() { mixfree(mixer); }
+
     std::int32_t channels;
     std::int32_t sampleRate;
-    MixerState* mixer;
-    Au2LimiterState* limiter;
+    MixerState* mixer;  // owned
+    sonivex::Au2LimiterOwner limiter;
     alignas(sonivex::kCacheLineBytes) float blockIn[kMaxBlockSamples];
     alignas(sonivex::kCacheLineBytes) float blockOut[kMaxBlockSamples];
     sonivex::SampleRing inRing;
     sonivex::SampleRing outRing;
 };
-
-void freeHandle(NormalizerHandle* handle) {
-    if (handle->mixer != nullptr) {
-        mixfree(handle->mixer);
-        handle->mixer = nullptr;
-    }
-    if (handle->limiter != nullptr) au2_limiter_free(handle->limiter);
-    delete handle;
-}
 
 void* reportFailedCreation() {
     std::puts("[audio]::kv normalizer handle is created failed.");
@@ -63,7 +57,7 @@ void processBlock(NormalizerHandle& handle, int block_samples) {
     ddagcproc_dB(handle.mixer, block, block_samples, gained, kStartGainDb);
 
     sonivex::int16ToFloat(gained, block_samples, handle.blockIn);
-    au2_limiter_proc(handle.limiter, handle.blockIn, block_samples, handle.blockOut);
+    au2_limiter_proc(handle.limiter.get(), handle.blockIn, block_samples, handle.blockOut);
     sonivex::floatToInt16(handle.blockOut, block_samples, block);
     sonivex::writeSamples(handle.outRing, block, block_samples);
 }
@@ -71,21 +65,20 @@ void processBlock(NormalizerHandle& handle, int block_samples) {
 }  // namespace
 
 void* aem_CreateNormalizer(int channels, int sampleRate) {
-    auto* handle = new (std::nothrow) NormalizerHandle{};
+    std::unique_ptr<NormalizerHandle> handle(new (std::nothrow) NormalizerHandle{});
     if (handle == nullptr) return reportFailedCreation();
     handle->channels = channels;
     handle->sampleRate = sampleRate;
 
     mixcreat(&handle->mixer);
-    au2_limiter_create(&handle->limiter);
-    if (handle->mixer == nullptr || handle->limiter == nullptr) {
-        freeHandle(handle);
+    if (handle->mixer == nullptr) return reportFailedCreation();
+    mixinit(handle->mixer, 1, 0, 1.0F);
+    try {
+        handle->limiter = sonivex::makeAu2Limiter();
+    } catch (const std::bad_alloc&) {
         return reportFailedCreation();
     }
-
-    mixinit(handle->mixer, 1, 0, 1.0F);
-    au2_limiter_reset(handle->limiter);
-    return handle;
+    return handle.release();
 }
 
 int aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels) {
@@ -119,5 +112,5 @@ void aem_ReleaseNormalizer(void* handle) {
         sonivex::logEffectMessage(kLogSource, kLogLineRelease, kLogNullHandle);
         return;
     }
-    freeHandle(static_cast<NormalizerHandle*>(handle));
+    delete static_cast<NormalizerHandle*>(handle);
 }

@@ -74,12 +74,12 @@ bool initTransforms(DialoguEnhanceHandle& handle) {
 
 /* False when memory runs out. */
 bool makeLimiter(DialoguEnhanceHandle& handle) {
-    Au2LimiterState* limiter = nullptr;
-    au2_limiter_create(&limiter);
-    if (limiter == nullptr) return false;
-    au2_limiter_reset(limiter);
-    handle.limiter.reset(limiter);
-    return true;
+    try {
+        handle.limiter = sonivex::makeAu2Limiter();
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 }  // namespace

@@ -2,9 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 
-#include "au2_limiter.h"
+#include "au2_limiter_owner.h"
 #include "av_array.h"
 #include "bin.h"
 #include "framing.h"
@@ -16,10 +15,6 @@ namespace sonivex {
 inline constexpr int kDialogueBlockCapacity = 10240;   // samples
 inline constexpr int kDialogueMaxBlockSamples = 4096;  // of the longest hop, both channels
 static_assert(kDialogueMaxBlockSamples <= kDialogueBlockCapacity);
-
-struct FreeLimiter {
-    void operator()(Au2LimiterState* limiter) const { au2_limiter_free(limiter); }
-};
 
 }  // namespace sonivex
 
@@ -43,7 +38,7 @@ struct DialoguEnhanceHandle {
     /* Of a frame only these are needed by the next one. Between blocks the last bin's are 0. */
     sonivex::AvArray<float> centreMagnitude, sideMagnitude;  // [K]
 
-    std::unique_ptr<Au2LimiterState, sonivex::FreeLimiter> limiter;
+    sonivex::Au2LimiterOwner limiter;
     sonivex::ForwardTransform forwardTx[2];  // left, right
     sonivex::InverseTransform inverseTx[2];
     float presence;  // smoothed, 0..1
