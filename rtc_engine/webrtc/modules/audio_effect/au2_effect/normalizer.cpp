@@ -13,6 +13,7 @@
 #include "mixer.h"
 #include "pcm.h"
 #include "sample_ring.h"
+#include "serve_call.h"
 
 namespace {
 
@@ -94,16 +95,12 @@ int aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames,
     if (channels < 1 || channels > kMaxChannels || samples < 1) return samples;
 
     auto& normalizer = *static_cast<NormalizerHandle*>(handle);
-    sonivex::writeSamples(normalizer.inRing, in, samples);
-
     const int block_samples = channels * kBlockFrames;
-    while (sonivex::fillLevel(normalizer.inRing) >= block_samples) processBlock(normalizer, block_samples);
-
-    if (sonivex::fillLevel(normalizer.outRing) >= samples) {
-        sonivex::readSamples(normalizer.outRing, out, samples);
-    } else {
-        std::fill_n(out, samples, short{0});
-    }
+    sonivex::serveCall(normalizer.inRing, normalizer.outRing, {in, samples}, {out, samples}, block_samples,
+                       [&](int /*blocks_waiting*/) {
+                           processBlock(normalizer, block_samples);
+                           return 1;
+                       });
     return samples;
 }
 

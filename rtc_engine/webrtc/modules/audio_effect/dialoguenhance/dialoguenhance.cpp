@@ -1,6 +1,5 @@
 #include "sonivex/dialoguenhance.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -11,6 +10,8 @@
 #include "dialoguenhance_handle.h"
 #include "effect_log.h"
 #include "framing.h"
+#include "sample_ring.h"
+#include "serve_call.h"
 #include "spectral_block.h"
 
 namespace {
@@ -82,6 +83,14 @@ bool makeLimiter(DialoguEnhanceHandle& handle) {
     }
 }
 
+/* One block from the input ring through the effect into the output ring. */
+void processBlock(DialoguEnhanceHandle& handle, int block_samples) {
+    std::int16_t block[sonivex::kDialogueMaxBlockSamples];
+    sonivex::readSamples(handle.inRing, block, block_samples);
+    sonivex::processDialogueBlock(handle, block);
+    sonivex::writeSamples(handle.outRing, block, block_samples);
+}
+
 }  // namespace
 
 void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
@@ -119,21 +128,12 @@ int aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int fra
     if (samples < 1) return samples;
 
     auto& enhancer = *static_cast<DialoguEnhanceHandle*>(handle);
-    sonivex::writeSamples(enhancer.inRing, in, samples);
-
     const int block_samples = kChannels * enhancer.hopSize;
-    while (sonivex::fillLevel(enhancer.inRing) >= block_samples) {
-        std::int16_t block[sonivex::kDialogueMaxBlockSamples];
-        sonivex::readSamples(enhancer.inRing, block, block_samples);
-        sonivex::processDialogueBlock(enhancer, block);
-        sonivex::writeSamples(enhancer.outRing, block, block_samples);
-    }
-
-    if (sonivex::fillLevel(enhancer.outRing) >= samples) {
-        sonivex::readSamples(enhancer.outRing, out, samples);
-    } else {
-        std::fill_n(out, samples, short{0});
-    }
+    sonivex::serveCall(enhancer.inRing, enhancer.outRing, {in, samples}, {out, samples}, block_samples,
+                       [&](int /*blocks_waiting*/) {
+                           processBlock(enhancer, block_samples);
+                           return 1;
+                       });
     return samples;
 }
 
