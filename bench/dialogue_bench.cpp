@@ -3,7 +3,7 @@
  *   us/hop      processor time of one hop (a quarter of the transform's points)
  *   x_realtime  the same against a stream of the rate
  *   worst_us    the slowest hop by the clock on the wall
- *   heap_KiB    what a handle takes from the allocator, with its overhead
+ *   heap_KiB    what a handle takes from the allocator, with its overhead, and maps
  *
  * Standard output holds the results alone. */
 #include <benchmark/benchmark.h>

@@ -2,7 +2,7 @@
  *
  *   cpu_ms/s   processor time per second of audio at 48 kHz
  *   p50_us, p99_us, worst_us   one call of 240 frames by the clock on the wall; the deadline is 5000 us
- *   heap_KiB   what a handle takes from the allocator, with its overhead
+ *   heap_KiB   what a handle takes from the allocator, with its overhead, and maps
  *
  * The kernels are run once for each set of vector instructions that this machine has.
  *
