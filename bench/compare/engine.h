@@ -33,6 +33,9 @@ class Engine {
     /** Append what the last call put out. */
     virtual void appendOutput(Ears& ears) = 0;
 
+    /** How late its output is in a stream of its own calls: frames of silence before the first sound. */
+    virtual std::size_t delay_frames() const { return 0; }
+
     /** Whether it limits peaks and puts out 16-bit PCM, as the library does. */
     virtual bool isLimitedPcm() const { return false; }
 

@@ -8,8 +8,8 @@
 namespace compare {
 namespace {
 
-constexpr std::size_t kShortCall_frames = 256;
-constexpr std::size_t kLongCall_frames = 1024;
+constexpr std::size_t kShortFrame_frames = 256;
+constexpr std::size_t kLongFrame_frames = 1024;
 
 /* Without a low-frequency channel, which headphone would not convolve. */
 std::string mainLayout(std::size_t channels) {
@@ -117,11 +117,11 @@ std::unique_ptr<Engine> makeAfir(const std::string& name, std::size_t call_frame
 }  // namespace
 
 std::unique_ptr<Engine> makeAfirEngine(const Layout& layout, const Material& material) {
-    return makeAfir("FFmpeg afir", kLongCall_frames, layout, material);
+    return makeAfir("FFmpeg afir", kLongFrame_frames, layout, material);
 }
 
 std::unique_ptr<Engine> makeShortFramesAfirEngine(const Layout& layout, const Material& material) {
-    return makeAfir("FFmpeg afir, frames of 256", kShortCall_frames, layout, material);
+    return makeAfir("FFmpeg afir, frames of 256", kShortFrame_frames, layout, material);
 }
 
 std::unique_ptr<Engine> makeHeadphoneEngine(const Layout& layout, const Material& material) {
@@ -132,7 +132,7 @@ std::unique_ptr<Engine> makeHeadphoneEngine(const Layout& layout, const Material
     const std::string graph =
         "[in][responses]headphone=map=" + places +
         ":type=freq:hrir=multich:size=1024:gain=" + std::to_string(3 * layout.channels()) + "[out]";
-    return std::make_unique<GraphEngine>("FFmpeg headphone", kLongCall_frames, AV_SAMPLE_FMT_FLT, layout,
+    return std::make_unique<GraphEngine>("FFmpeg headphone", kLongFrame_frames, AV_SAMPLE_FMT_FLT, layout,
                                          material, graph, 1);
 }
 

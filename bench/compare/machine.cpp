@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <fftw3.h>
 #include <hwy/targets.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -102,6 +103,16 @@ int threadsOfThisProcess() {
         threads += entry.is_directory() ? 1 : 0;
     }
     return threads;
+}
+
+std::optional<std::size_t> residentBytes() {
+    malloc_trim(0);
+    std::ifstream file("/proc/self/smaps_rollup");  // exact, where statm lags behind
+    for (std::string key; file >> key;) {
+        std::size_t resident_kib = 0;
+        if (key == "Rss:" && file >> resident_kib) return 1024 * resident_kib;
+    }
+    return {};
 }
 
 }  // namespace compare

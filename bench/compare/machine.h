@@ -1,7 +1,9 @@
 /* Where the figures come from: processor, vectors in use, versions of what is compared. */
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,5 +46,9 @@ void describeMachine(const Report& report);
 
 /** Threads of this process now. */
 int threadsOfThisProcess();
+
+/** Memory of this process that has pages now, in bytes; the allocator has given back what it can. None where
+ * the system does not tell. */
+std::optional<std::size_t> residentBytes();
 
 }  // namespace compare

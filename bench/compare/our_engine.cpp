@@ -8,28 +8,27 @@
 namespace compare {
 namespace {
 
-constexpr std::size_t kCall_frames = 240;
-
 struct Release {
     void operator()(void* handle) const { aem_ReleaseSurround(handle); }
 };
 
 class OurEngine : public Engine {
   public:
-    OurEngine(const Layout& layout, const Material& material)
-        : Engine("Sonivex"),
+    OurEngine(const Layout& layout, const Material& material, std::size_t call_frames)
+        : Engine("Sonivex, calls of " + std::to_string(call_frames)),
+          call_frames_(call_frames),
           material_(material),
-          out_(2 * kCall_frames),
+          out_(2 * call_frames),
           handle_(aem_CreateSurround(static_cast<int>(layout.channels()), static_cast<int>(kRate_hz),
                                      layout.type, kMode, 1)) {
         if (handle_ == nullptr) throw std::runtime_error("aem_CreateSurround failed");
     }
 
-    std::size_t callFrames() const override { return kCall_frames; }
+    std::size_t callFrames() const override { return call_frames_; }
 
     void process(std::size_t first_frame) override {
         aem_ProcessSurround(handle_.get(), material_.pcm.data() + first_frame * material_.channels,
-                            out_.data(), kCall_frames);
+                            out_.data(), static_cast<int>(call_frames_));
     }
 
     void appendOutput(Ears& ears) override {
@@ -38,9 +37,15 @@ class OurEngine : public Engine {
         ears.insert(ears.end(), samples.begin(), samples.end());
     }
 
+    /* A call is served whole or not at all, so that an incomplete block holds back all of the first one. */
+    std::size_t delay_frames() const override {
+        return call_frames_ % kShortCall_frames == 0 ? 0 : call_frames_;
+    }
+
     bool isLimitedPcm() const override { return true; }
 
   private:
+    std::size_t call_frames_;
     const Material& material_;
     std::vector<short> out_;
     std::unique_ptr<void, Release> handle_;
@@ -48,8 +53,9 @@ class OurEngine : public Engine {
 
 }  // namespace
 
-std::unique_ptr<Engine> makeOurEngine(const Layout& layout, const Material& material) {
-    return std::make_unique<OurEngine>(layout, material);
+std::unique_ptr<Engine> makeOurEngine(const Layout& layout, const Material& material,
+                                      std::size_t call_frames) {
+    return std::make_unique<OurEngine>(layout, material, call_frames);
 }
 
 }  // namespace compare

@@ -23,7 +23,8 @@ inline constexpr double kFloatTolerance = 1e-6;
 /** The same for 16-bit PCM, steps. */
 inline constexpr int kPcmTolerance = 1;
 
-/** Run a new engine through its material once and compare each sample.
+/** Run a new engine through its material once and compare each sample: silence for the engine's delay, then
+ *  the reference, as far as the material lasts.
  *  @return what was seen, for the table. Throws std::runtime_error when a sample is beyond the tolerance. */
 std::string checkOutput(Engine& engine, const Material& material, const Reference& reference);
 

@@ -34,7 +34,7 @@ Report::Report(Style style) : style_(style) {
 void Report::section(const std::string& title) {
     section_ = title;
     if (style_ == Csv) return;
-    std::printf("\n%s\n  %-42s %-14s %10s %-9s %9s %9s\n", title.c_str(), "", "", "measured", "", "floor",
+    std::printf("\n%s\n  %-52s %-14s %10s %-9s %9s %9s\n", title.c_str(), "", "", "measured", "", "floor",
                 "goal");
 }
 
@@ -47,7 +47,7 @@ void Report::row(const std::string& figure, const std::string& subject, double v
                     subject.c_str(), value, unit.c_str(), floor.c_str(), goal.c_str(), verdict(value, bounds),
                     remark.c_str());
     } else {
-        std::printf("  %-42s %-14s %10s %-9s %9s %9s  %s%s\n", figure.c_str(), subject.c_str(),
+        std::printf("  %-52s %-14s %10s %-9s %9s %9s  %s%s\n", figure.c_str(), subject.c_str(),
                     number(value).c_str(), unit.c_str(), floor.c_str(), goal.c_str(), verdict(value, bounds),
                     remark.c_str());
     }

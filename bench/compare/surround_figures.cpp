@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <ctime>
+#include <memory>
+#include <optional>
 
+#include "machine.h"
 #include "our_engine.h"
 #include "output_check.h"
 #include "sonivex/surround.h"
@@ -13,6 +16,21 @@ namespace compare {
 namespace {
 
 constexpr std::size_t kChannelCounts[] = {2, 6, 8};
+constexpr std::size_t kSecond_frames = 48000;
+
+struct MemoryBounds {
+    Bounds heap_kib;
+    Bounds resident_kib;
+};
+
+/* Memory comes in pages, some of which may be huge: a tenth more than the goal is granted for them. */
+MemoryBounds memoryBounds(double heap_floor_kib, double goal_kib) {
+    return {atMost(heap_floor_kib, goal_kib), atMost(1.1 * goal_kib, goal_kib)};
+}
+
+/* In the order of kChannelCounts. */
+const MemoryBounds kMemoryBounds[] = {memoryBounds(1250, 1199), memoryBounds(2150, 2017),
+                                      memoryBounds(2750, 2599)};
 
 double wall_us() {
     timespec now{};
@@ -24,13 +42,46 @@ void* createHandle(std::size_t channels, int type) {
     return aem_CreateSurround(static_cast<int>(channels), static_cast<int>(kRate_hz), type, kMode, 1);
 }
 
-void measureHandle(Report& report, const Effort& effort, std::size_t channels, int type, Bounds heap_kib) {
-    const std::string subject = makeLayout(channels, type).name + " type " + std::to_string(type);
+/* The pages of a handle that has worked for a second, in KiB: by how much the process grows with some
+ * handles. Others before them have brought in code and tables, and have filled the gaps that the allocator
+ * could not give back. */
+std::optional<double> residentHandle_kib(const Layout& layout) {
+    constexpr std::size_t kHandlesBefore = 16;
+    constexpr std::size_t kHandles = 8;
+    const Material material = makeMaterial(layout.channels(), layout.channels(), kSecond_frames, 1);
+    std::vector<std::unique_ptr<Engine>> engines;
+    engines.reserve(kHandlesBefore + kHandles);
+    const auto addWorn = [&](std::size_t count) {
+        for (; count > 0; --count) {
+            engines.push_back(makeOurEngine(layout, material, kShortCall_frames));
+            Engine& engine = *engines.back();
+            for (std::size_t frame = 0; frame < material.frames(); frame += engine.callFrames()) {
+                engine.process(frame);
+            }
+        }
+    };
+    addWorn(kHandlesBefore);
+    const std::optional<std::size_t> before = residentBytes();
+    addWorn(kHandles);
+    const std::optional<std::size_t> after = residentBytes();
+    if (!before || !after) return {};
+    return (static_cast<double>(*after) - static_cast<double>(*before)) / kHandles / 1024;
+}
+
+void measureHandle(Report& report, const Effort& effort, std::size_t channels, int type,
+                   const MemoryBounds& bounds) {
+    const Layout layout = makeLayout(channels, type);
+    const std::string subject = layout.name + " type " + std::to_string(type);
     const std::size_t before = test::heapBytes();
     void* const handle = createHandle(channels, type);
     const std::size_t heap = test::heapBytes() - before;
     aem_ReleaseSurround(handle);
-    report.row("heap of a handle", subject, static_cast<double>(heap) / 1024, "KiB", heap_kib);
+    report.row("heap of a handle", subject, static_cast<double>(heap) / 1024, "KiB", bounds.heap_kib);
+    if (const std::optional<double> resident_kib = residentHandle_kib(layout)) {
+        report.row("resident memory of a handle", subject, *resident_kib, "KiB", bounds.resident_kib);
+    } else {
+        report.note("resident memory of a handle: this system does not tell");
+    }
 
     std::vector<double> set_up_ms;
     for (int i = 0; i < effort.handles_timed; ++i) {
@@ -70,10 +121,11 @@ double dearestOfPattern_us(const std::vector<double>& calls_us) {
     return dearest_us;
 }
 
-void measureCalls(Report& report, const Effort& effort, std::size_t channels, int type) {
+void measureCalls(Report& report, const Effort& effort, std::size_t channels, int type,
+                  std::size_t call_frames) {
     const Layout layout = makeLayout(channels, type);
     const Material material = makeMaterial(channels, channels, kMaterialStep_frames, 1);
-    const auto engine = makeOurEngine(layout, material);
+    const auto engine = makeOurEngine(layout, material, call_frames);
     const std::string subject = layout.name + " type " + std::to_string(type);
 
     const std::vector<double> calls_us = timeCalls_us(*engine, material, effort.calls_timed);
@@ -81,7 +133,10 @@ void measureCalls(Report& report, const Effort& effort, std::size_t channels, in
     const double p99_us = quantile(calls_us, 0.99);
     report.row("median", subject, p50_us, "us");
     report.row("99 of 100 within", subject, p99_us, "us");
-    report.row("99 of 100 / median", subject, p99_us / p50_us, "", atMost(1.5, 1.2));
+    // Long calls do not have equal work to do: some make a block more than others.
+    const bool is_short = call_frames == kShortCall_frames;
+    report.row("99 of 100 / median", subject, p99_us / p50_us, "", is_short ? atMost(1.5, 1.2) : Bounds{});
+    if (!is_short) return;
     report.row("the dearest call of a pattern / median", subject, dearestOfPattern_us(calls_us) / p50_us, "");
 }
 
@@ -92,7 +147,7 @@ struct Subject {
         : name(std::move(subject_name)),
           layout(makeLayout(channels, 1)),
           material(makeMaterial(channels, sounding, frames, loudness)),
-          engine(makeOurEngine(layout, material)) {}
+          engine(makeOurEngine(layout, material, kShortCall_frames)) {}
 
     /* @return the peak of what the limiter gets. */
     double check() const {
@@ -142,15 +197,19 @@ void measureSignals(Report& report, const Effort& effort) {
 
 void measureSurround(Report& report, const Effort& effort) {
     report.section("A handle");
-    const Bounds heap_kib[] = {atMost(1250.0, 1200.0), atMost(2150.0, 2020.0), atMost(2750.0, 2600.0)};
     for (const int type : {1, 13}) {
         for (std::size_t i = 0; i < std::size(kChannelCounts); ++i) {
-            measureHandle(report, effort, kChannelCounts[i], type, heap_kib[i]);
+            measureHandle(report, effort, kChannelCounts[i], type, kMemoryBounds[i]);
         }
     }
-    report.section("Single calls of 240 frames by the clock on the wall; for a quiet machine");
-    for (const int type : {1, 13}) {
-        for (const std::size_t channels : kChannelCounts) measureCalls(report, effort, channels, type);
+    for (const std::size_t call_frames : {kShortCall_frames, kLongCall_frames}) {
+        report.section("Single calls of " + std::to_string(call_frames) +
+                       " frames by the clock on the wall; for a quiet machine");
+        for (const int type : {1, 13}) {
+            for (const std::size_t channels : kChannelCounts) {
+                measureCalls(report, effort, channels, type, call_frames);
+            }
+        }
     }
     measureSignals(report, effort);
 }

@@ -51,7 +51,7 @@ void compareLayout(Report& report, const Effort& effort, std::size_t channels) {
     for (const VectorWidth& width : vectorWidths()) {
         const HeldToWidth held(width);
         entrants.push_back({width.name + ", " + std::to_string(width.doubles) + " doubles",
-                            makeOurEngine(layout, material), width});
+                            makeOurEngine(layout, material, kShortCall_frames), width});
     }
 
     Ears expected;
