@@ -1,7 +1,7 @@
 /* Cost of surround per layout and type, and of what it is made of.
  *
  *   cpu_ms/s   processor time per second of audio at 48 kHz
- *   p50_us, p99_us, worst_us   one call of 240 frames by the clock on the wall; the deadline is 5000 us
+ *   p50_us, p99_us, worst_us   one call by the clock on the wall; the deadline of 240 frames is 5000 us
  *   heap_KiB   what a handle takes from the allocator, with its overhead, and maps
  *
  * The kernels are run once for each set of vector instructions that this machine has.
@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+#include "arena.h"
 #include "audiofft.h"
 #include "bank_arithmetic.h"
 #include "buffer.h"
@@ -31,7 +32,7 @@ namespace {
 
 constexpr double kRateHz = 48000;
 constexpr int kCallFrames = 240;
-constexpr int kCalls = 200;  // a second, then again from the start
+constexpr int kCalls = 200;  // of 240 frames a second; then again from the start
 
 double percentile(std::vector<double>& values, double fraction) {
     const auto place = static_cast<std::ptrdiff_t>(fraction * static_cast<double>(values.size() - 1));
@@ -39,13 +40,14 @@ double percentile(std::vector<double>& values, double fraction) {
     return values[static_cast<std::size_t>(place)];
 }
 
-/* Calls of 240 frames of noise, limiter on. */
+/* Calls with noise, limiter on. */
 void Surround(benchmark::State& state) {
     const int channels = static_cast<int>(state.range(0));
+    const int frames = static_cast<int>(state.range(2));
     const int width = std::max(channels, 2);
-    const auto call_samples = static_cast<std::size_t>(width * kCallFrames);
-    const test::Pcm in = test::noise(1, width * kCallFrames * kCalls, 8000);
-    test::Pcm out(2 * kCallFrames);
+    const auto call_samples = static_cast<std::size_t>(width * frames);
+    const test::Pcm in = test::noise(1, width * frames * kCalls, 8000);
+    test::Pcm out(static_cast<std::size_t>(2 * frames));
 
     const std::size_t heap_before = test::heapBytes();
     void* const handle =
@@ -58,7 +60,7 @@ void Surround(benchmark::State& state) {
     double cpu_s = 0;
     std::size_t i = 0;
     const auto call = [&] {
-        aem_ProcessSurround(handle, in.data() + i * call_samples, out.data(), kCallFrames);
+        aem_ProcessSurround(handle, in.data() + i * call_samples, out.data(), frames);
         benchmark::DoNotOptimize(out.data());
         benchmark::ClobberMemory();
         i = (i + 1) % kCalls;
@@ -73,14 +75,17 @@ void Surround(benchmark::State& state) {
     cpu_s = threadCpuSeconds() - cpu_before_s;
     aem_ReleaseSurround(handle);
 
-    const double audio_s = static_cast<double>(state.iterations()) * kCallFrames / kRateHz;
+    const double audio_s = static_cast<double>(state.iterations()) * frames / kRateHz;
     state.counters["cpu_ms/s"] = cpu_s * 1e3 / audio_s;
     state.counters["worst_us"] = *std::max_element(calls_us.begin(), calls_us.end());
     state.counters["p50_us"] = percentile(calls_us, 0.50);
     state.counters["p99_us"] = percentile(calls_us, 0.99);
     state.counters["heap_KiB"] = static_cast<double>(heap) / 1024;
 }
-BENCHMARK(Surround)->ArgNames({"channels", "type"})->ArgsProduct({{2, 6, 8}, {1, 13}})->MinTime(1);
+BENCHMARK(Surround)
+    ->ArgNames({"channels", "type", "frames"})
+    ->ArgsProduct({{2, 6, 8}, {1, 13}, {kCallFrames, 1024}})
+    ->MinTime(1);
 
 /* Creation, and release with the clock stopped. */
 void SurroundSetUp(benchmark::State& state) {
@@ -178,13 +183,13 @@ void LaneTransform(benchmark::State& state, std::int64_t target, bool is_forward
     const AtTarget at_target(state, target);
     constexpr std::size_t kBlock = 256;
     const std::size_t lanes = is_forward ? 4 : 8;
-    const audiofft::details::TransformTables tables(2 * kBlock);
+    const sonivex::TransformTables tables(2 * kBlock);
     const std::vector<float> frames = floats(4, kBlock * lanes);
     std::vector<float> spectra = floats(5, 2 * kBlock * lanes);
     std::vector<float> out(2 * kBlock * lanes);
     fftconvolver::Buffer<double> work;
     work.resizeOrThrow(2 * kBlock * lanes);
-    const audiofft::LaneTransform& transform = audiofft::laneTransform();
+    const sonivex::LaneTransform& transform = sonivex::laneTransform();
     float* const im = spectra.data() + kBlock * lanes;
     for (auto _ : state) {
         if (is_forward) {
@@ -196,44 +201,39 @@ void LaneTransform(benchmark::State& state, std::int64_t target, bool is_forward
     }
 }
 
-/* The sums of all banks of a layout for two blocks: stereo's 51 partitions, 7.1's 34. */
-void BankArithmetic(benchmark::State& state, std::int64_t target, std::size_t banks, std::size_t partitions) {
-    using fftconvolver::Buffer;
+/* The sums of all banks of a layout, stereo's 49 partitions or 7.1's 34, in calls of 240 frames: of one call,
+ * which begins one block, or of two together, which begin two. Two calls stand behind the time of the second.
+ */
+void BankArithmetic(benchmark::State& state, std::int64_t target, std::size_t banks, std::size_t partitions,
+                    std::size_t calls) {
     const AtTarget at_target(state, target);
-    constexpr std::size_t kTiles = 512 / fftconvolver::kTileFloats;
-    constexpr std::size_t kTileFloats = fftconvolver::kTileSpectrumFloats;
-    struct Bank {
-        Buffer<float> inputs;
-        Buffer<float> responses;
-        Buffer<float> accumulated;
-    };
-    std::vector<Bank> memory(banks);
-    for (Bank& bank : memory) {
-        bank.inputs.resizeOrThrow(kTiles * (partitions - 1) * kTileFloats);
-        bank.responses.resizeOrThrow(kTiles * partitions * 2 * kTileFloats);
-        bank.accumulated.resizeOrThrow(kTiles * 2 * kTileFloats);
-        std::fill_n(bank.inputs.data(), bank.inputs.size(), 0.5F);
-        std::fill_n(bank.responses.data(), bank.responses.size(), 0.25F);
+    constexpr std::size_t kTiles = 512 / sonivex::kTileFloats;
+    constexpr std::size_t kTileFloats = sonivex::kTileSpectrumFloats;
+    const std::size_t bank_floats = kTiles * ((partitions - 1) + 2 * partitions + 2) * kTileFloats;
+    sonivex::Arena arena(sonivex::Arena::bytesOf<float>(banks * bank_floats + 6 * 4096));
+    std::vector<sonivex::BankMemory> memory;
+    for (std::size_t bank = 0; bank < banks; ++bank) {
+        float* const inputs = arena.take<float>(kTiles * (partitions - 1) * kTileFloats);
+        float* const responses = arena.take<float>(kTiles * partitions * 2 * kTileFloats);
+        float* const accumulated = arena.take<float>(kTiles * 2 * kTileFloats);
+        std::fill_n(inputs, kTiles * (partitions - 1) * kTileFloats, 0.5F);
+        std::fill_n(responses, kTiles * partitions * 2 * kTileFloats, 0.25F);
+        memory.push_back({inputs, responses, accumulated, kTiles, partitions, 2, 2, false});
     }
-    Buffer<float> in;
-    Buffer<float> out;
-    in.resizeOrThrow(2 * 1024);
-    out.resizeOrThrow(2 * 2048);
+    float* const in = arena.take<float>(2 * 2048);
+    float* const out = arena.take<float>(4 * 2048);
+    const sonivex::LanePlanes planes[] = {{out, out + 2048}, {out + 4096, out + 6144}};
     std::size_t newest = 0;
     for (auto _ : state) {
-        for (Bank& bank : memory) {
-            fftconvolver::bankArithmetic().twoBlocks({.inputs = bank.inputs.data(),
-                                                      .responses = bank.responses.data(),
-                                                      .accumulated = bank.accumulated.data(),
-                                                      .tiles = kTiles,
-                                                      .partitions = partitions,
-                                                      .channels = 2,
-                                                      .rows = 2},
-                                                     fftconvolver::Ears::kRows, newest,
-                                                     {in.data(), in.data() + 1024},
-                                                     {out.data(), out.data() + 2048});
+        sonivex::Steps steps(256, 100, 240, calls);
+        const sonivex::Step step = steps.next();
+        for (const sonivex::BankMemory& bank : memory) {
+            sonivex::bankArithmetic().render(bank, sonivex::Ears::kRows, newest, step, {in, in + 2048},
+                                             planes);
         }
-        newest = fftconvolver::slotBefore(newest, partitions - 1);
+        for (std::size_t i = 0; i < step.finishedBlocks(); ++i) {
+            newest = sonivex::slotBefore(newest, partitions - 1);
+        }
         benchmark::ClobberMemory();
     }
 }
@@ -259,9 +259,13 @@ void registerForEveryTarget() {
         const std::string name = std::string("/") + hwy::TargetName(target);
         benchmark::RegisterBenchmark(("LaneTransform/forward" + name).c_str(), LaneTransform, target, true);
         benchmark::RegisterBenchmark(("LaneTransform/inverse" + name).c_str(), LaneTransform, target, false);
-        benchmark::RegisterBenchmark(("BankArithmetic/stereo" + name).c_str(), BankArithmetic, target, 1U,
-                                     51U);
-        benchmark::RegisterBenchmark(("BankArithmetic/7.1" + name).c_str(), BankArithmetic, target, 4U, 34U);
+        for (const std::size_t calls : {1U, 2U}) {
+            const std::string of_calls = (calls == 1 ? "/one_call" : "/two_calls") + name;
+            benchmark::RegisterBenchmark(("BankArithmetic/stereo" + of_calls).c_str(), BankArithmetic, target,
+                                         1U, 49U, calls);
+            benchmark::RegisterBenchmark(("BankArithmetic/7.1" + of_calls).c_str(), BankArithmetic, target,
+                                         4U, 34U, calls);
+        }
         benchmark::RegisterBenchmark(("SurroundAtTarget/stereo" + name).c_str(), SurroundAtTarget, target, 2);
         benchmark::RegisterBenchmark(("SurroundAtTarget/7.1" + name).c_str(), SurroundAtTarget, target, 8);
     }

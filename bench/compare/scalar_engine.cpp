@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "au2_limiter.h"
+#include "au2_limiter_owner.h"
+#include "fftconvolver.h"
 #include "pcm.h"
-#include "reference/scalar_convolver.h"
 #include "unit_scale.h"
 
 namespace compare {
@@ -13,24 +13,15 @@ namespace {
 
 constexpr std::size_t kBlock_frames = 240;
 
-struct FreeLimiter {
-    void operator()(Au2LimiterState* limiter) const { au2_limiter_free(limiter); }
-};
-
 class ScalarEngine : public Engine {
   public:
     ScalarEngine(const Layout& layout, const Material& material)
         : Engine("scalar"), material_(material), planes_(material.channels * kBlock_frames) {
         if (layout.stages.size() != 1) throw std::invalid_argument("a layout of one stage");
         for (const Path& path : layout.stages.front().paths) {
-            paths_.push_back({path.channel, path.ear, std::make_unique<model::ScalarConvolver>()});
+            paths_.push_back({path.channel, path.ear, std::make_unique<fftconvolver::FFTConvolver>()});
             paths_.back().convolver->init(kBlock_frames, path.response.data(), path.response.size());
         }
-        Au2LimiterState* limiter = nullptr;
-        au2_limiter_create(&limiter);
-        if (limiter == nullptr) throw std::bad_alloc();
-        limiter_.reset(limiter);
-        au2_limiter_reset(limiter);
     }
 
     std::size_t callFrames() const override { return kBlock_frames; }
@@ -69,12 +60,12 @@ class ScalarEngine : public Engine {
     struct Convolution {
         std::size_t channel;
         std::size_t ear;
-        std::unique_ptr<model::ScalarConvolver> convolver;
+        std::unique_ptr<fftconvolver::FFTConvolver> convolver;
     };
 
     const Material& material_;
     std::vector<Convolution> paths_;
-    std::unique_ptr<Au2LimiterState, FreeLimiter> limiter_;
+    sonivex::Au2LimiterOwner limiter_ = sonivex::makeAu2Limiter();
     std::vector<float> planes_;
     float in_[kMostChannels * kBlock_frames] = {};
     float ears_[kEarSamples] = {};

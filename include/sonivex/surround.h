@@ -22,7 +22,7 @@
  *  @return a handle that the caller releases with aem_ReleaseSurround, or null: memory has run out (logged;
  *          everything is freed), or type or channels are not supported (logged; up to 0.5 MiB stay allocated
  *          for ever, so do not try).
- *  Allocates up to 2.6 MiB; not real-time safe. */
+ *  Allocates up to 2.7 MiB; not real-time safe. */
 SONIVEX_API void* aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter);
 
 /** Render one call's worth of PCM.
@@ -30,9 +30,10 @@ SONIVEX_API void* aem_CreateSurround(int channels, int sampleRate, int type, int
  *  @param in     [frames][channels] interleaved signed 16-bit; only read. A handle made for 1 channel reads
  *                two samples a frame as well, left and right. Must not overlap `out`.
  *  @param out    [frames][2] interleaved signed 16-bit; the caller's memory, overwritten.
- *  @param frames samples per channel. At 0 and below nothing is read or written.
+ *  @param frames samples per channel. At 0 and below neither buffer is looked at, and both may be null.
  *  @return 2 * frames, also when the output is silence; 0, with nothing touched, for a null handle or buffer
- *          and for sample counts beyond an int.
+ *          and for sample counts beyond an int. Of frames below 1 always twice as many, or 0 where that is no
+ *          int.
  *
  *  Latency: input is rendered in blocks of 240 frames, and a call is served only when the whole of it can
  *  be; until then it gets silence. Calls of a multiple of 240 frames have no delay, other calls of more than
@@ -44,7 +45,8 @@ SONIVEX_API void* aem_CreateSurround(int channels, int sampleRate, int type, int
  *  At most 81919 samples wait on either side. What a call brings beyond that is dropped, sample by sample, so
  *  that a frame can be split; a call of more frames than 40959 is never served.
  *
- *  Real-time safe: no lock, no allocation, no system call. Needs about 5 KiB of stack. */
+ *  Real-time safe: no lock, no allocation, no system call. Needs about 10 KiB of stack. Calls of 480 frames
+ *  and more are cheaper by the frame: blocks that wait are rendered two at a time. */
 SONIVEX_API int aem_ProcessSurround(void* handle, const short* in, short* out, int frames);
 
 /** Free a surround effect. A null handle is logged and otherwise harmless. */

@@ -5,8 +5,8 @@
 #include <cstring>
 #include <functional>
 
-#include "../../reference/scalar_convolver.h"
 #include "convolve_reverb_inspector.h"
+#include "fftconvolver.h"
 #include "support/each_vector_target.h"
 #include "support/signals.h"
 
@@ -43,22 +43,22 @@ std::vector<Layout> everyLayout() {
     using R = ConvolveReverb;
     return {
         {"bingo 2", 2, [](R& r) { r.prepareToPlay_Kelvo_Bingo_2(2, 240); }, &R::process_Kelvo_Bingo_2,
-         [](const Inspector& i) { return i.bingo2(); }, bothEarsOf({0, 1})},
+         [](const Inspector& i) { return i.responses(); }, bothEarsOf({0, 1})},
         {"bingo 5.1", 6, [](R& r) { r.prepareToPlay_Kelvo_Bingo_5_1(6, 240); }, &R::process_Kelvo_Bingo_5_1,
-         [](const Inspector& i) { return i.bingo51(); }, bothEarsOf({0, 1, 2, 3, 4, 5})},
+         [](const Inspector& i) { return i.responses(); }, bothEarsOf({0, 1, 2, 3, 4, 5})},
         {"bingo 7.1", 8, [](R& r) { r.prepareToPlay_Kelvo_Bingo_7_1(8, 240); }, &R::process_Kelvo_Bingo_7_1,
-         [](const Inspector& i) { return i.bingo71(); }, bothEarsOf({0, 1, 2, 3, 4, 5, 6, 7})},
+         [](const Inspector& i) { return i.responses(); }, bothEarsOf({0, 1, 2, 3, 4, 5, 6, 7})},
         {"surround 2",
          2,
          [](R& r) { r.prepareToPlay_Kelvo_Surround_2(2, 240, 2); },
          &R::process_Kelvo_Surround_2,
-         [](const Inspector& i) { return i.surround2(2); },
+         [](const Inspector& i) { return i.responses(); },
          {{0, 0}, {1, 1}, {0, 0}, {1, 1}}},
         {"surround 5.1", 6, [](R& r) { r.prepareToPlay_Kelvo_Surround_5_1(6, 240, 1); },
-         &R::process_Kelvo_Surround_5_1, [](const Inspector& i) { return i.surround51(1); },
+         &R::process_Kelvo_Surround_5_1, [](const Inspector& i) { return i.responses(); },
          bothEarsOf({0, 1, 2, 4, 5})},
         {"surround 7.1", 8, [](R& r) { r.prepareToPlay_Kelvo_Surround_7_1(8, 240, 3); },
-         &R::process_Kelvo_Surround_7_1, [](const Inspector& i) { return i.surround71(3); },
+         &R::process_Kelvo_Surround_7_1, [](const Inspector& i) { return i.responses(); },
          bothEarsOf({0, 1, 2, 4, 5, 6, 7})},
         {"audio",
          2,
@@ -91,7 +91,7 @@ Floats scalarRendering(const Layout& layout, const Floats& in, const std::vector
     layout.set_up(reverb);
     const Inspector inspector(reverb);
     const Inspector::Responses responses = layout.responses(inspector);
-    std::vector<model::ScalarConvolver> convolvers(responses.size());
+    std::vector<fftconvolver::FFTConvolver> convolvers(responses.size());
     for (std::size_t i = 0; i < responses.size(); ++i) {
         convolvers[i].init(256, responses[i].data(), responses[i].size());
     }

@@ -63,16 +63,58 @@ TEST(SurroundPipelines, TheDispatchCallsThePipelineOfTypeAndChannels) {
     }
 }
 
-TEST(SurroundPipelines, AHandleForOtherChannelsIsRefused) {
-    for (const Pipeline& pipeline : kPipelines) {
-        for (const int channels : {1, 2, 6, 8}) {
-            if (static_cast<int>(test::surroundWidth(channels)) == pipeline.channels) continue;
-            const auto handle = makeSurround(channels, pipeline.type);
+struct MadeFor {
+    int type;
+    int channels;
+};
+
+constexpr MadeFor kEveryHandle[] = {{1, 1}, {1, 2}, {1, 6}, {1, 8}, {13, 1}, {13, 2}, {13, 6}, {13, 8}};
+
+/* All 48 combinations: six pipelines, eight kinds of handles. */
+TEST(SurroundPipelines, AHandleForOtherChannelsOrAnotherTypeIsRefused) {
+    int refused = 0;
+    for (const auto& [type, channels] : kEveryHandle) {
+        const auto handle = makeSurround(channels, type);
+        const SurroundHandle& record = test::recordOf(handle);
+        const auto width = static_cast<int>(test::surroundWidth(channels));
+        for (const Pipeline& pipeline : kPipelines) {
+            if (pipeline.type == type && pipeline.channels == width) continue;
+            ++refused;
+            const test::LogCapture log;
             Pcm in(8 * 240, 1);
             GuardedBlock out(480);
             EXPECT_EQ(pipeline.function(handle.get(), in.data(), out.data(), 240), 0);
+            EXPECT_EQ(pipeline.function(handle.get(), in.data(), out.data(), 1), 0);
+            EXPECT_EQ(pipeline.function(handle.get(), nullptr, nullptr, 240), 0);
             EXPECT_TRUE(out.isUntouched());
-            EXPECT_EQ(test::recordOf(handle).inRing.writeIndex, 0);
+            EXPECT_EQ(record.inRing->writeIndex, 0);
+            EXPECT_EQ(record.outRing->writeIndex, 0);
+            EXPECT_TRUE(log.lines().empty());
+        }
+    }
+    EXPECT_EQ(refused, 48 - 8);
+}
+
+/* Loud sound has just begun, so its tail would betray a call that rendered anything. */
+TEST(SurroundPipelines, ARefusedCallChangesNothingOfTheSoundAfterIt) {
+    for (const auto& [type, channels] : kEveryHandle) {
+        const std::size_t width = test::surroundWidth(channels);
+        const auto disturbed = makeSurround(channels, type);
+        const auto alone = makeSurround(channels, type);
+        for (std::uint64_t block = 0; block < 4; ++block) {
+            Pcm in =
+                block < 2 ? test::noise(block, static_cast<int>(300 * width), 20000) : Pcm(300 * width, 0);
+            EXPECT_EQ(surrounded(disturbed.get(), in, channels, {300}),
+                      surrounded(alone.get(), in, channels, {300}));
+            for (const Pipeline& pipeline : kPipelines) {
+                if (pipeline.type == type && pipeline.channels == static_cast<int>(width)) continue;
+                Pcm other(8 * 480, 15000);
+                Pcm out(2 * 480);
+                for (const int frames : {480, 240, 1, 0, -1}) {
+                    pipeline.function(disturbed.get(), other.data(), out.data(), frames);
+                }
+                EXPECT_EQ(out, Pcm(2 * 480, 0));
+            }
         }
     }
 }
@@ -81,14 +123,56 @@ TEST(SurroundPipelines, ACorruptedHandleGetsNothing) {
     const auto handle = makeSurround(2, 1);
     const Pcm in(480, 1);
     GuardedBlock out(480);
-    test::recordOf(handle).type = 2;
+    SurroundHandle& record = test::recordOf(handle);
+    record.layout = nullptr;
     EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 240), 0);
-    test::recordOf(handle).type = 13;
-    test::recordOf(handle).channels = 4;
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 240), 0);
-    test::recordOf(handle).type = 1;
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 240), 0);
+    EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 0), 0);
+    EXPECT_EQ(aem_ProcessSurround(handle.get(), nullptr, nullptr, -5), -10);
+    for (const Pipeline& pipeline : kPipelines) {
+        Pcm samples(8 * 240, 1);
+        EXPECT_EQ(pipeline.function(handle.get(), samples.data(), out.data(), 240), 0);
+        EXPECT_EQ(pipeline.function(handle.get(), nullptr, nullptr, -5), -5);
+    }
     EXPECT_TRUE(out.isUntouched());
+    EXPECT_EQ(record.inRing->writeIndex, 0);
+}
+
+TEST(SurroundPipelines, FramesBelowOneAreAnsweredBeforeAnythingElseIsLookedAt) {
+    const short in = 1;
+    GuardedBlock out(1);
+    const test::LogCapture log;
+    for (const auto& [type, channels] : kEveryHandle) {
+        const auto handle = makeSurround(channels, type);
+        for (void* const called : {handle.get(), static_cast<void*>(nullptr)}) {
+            for (const int frames : {0, -1, -5, -240, INT_MIN / 2}) {
+                EXPECT_EQ(aem_ProcessSurround(called, &in, out.data(), frames), 2 * frames);
+                EXPECT_EQ(aem_ProcessSurround(called, nullptr, out.data(), frames), 2 * frames);
+                EXPECT_EQ(aem_ProcessSurround(called, &in, nullptr, frames), 2 * frames);
+                EXPECT_EQ(aem_ProcessSurround(called, nullptr, nullptr, frames), 2 * frames);
+            }
+            EXPECT_EQ(aem_ProcessSurround(called, nullptr, nullptr, INT_MIN), 0);
+            EXPECT_EQ(aem_ProcessSurround(called, nullptr, nullptr, INT_MIN / 2 - 1), 0);
+        }
+        for (const Pipeline& pipeline : kPipelines) {
+            for (const int frames : {0, -1, -5, INT_MIN / 2, INT_MIN}) {
+                EXPECT_EQ(pipeline.function(handle.get(), nullptr, nullptr, frames), frames);
+            }
+        }
+        EXPECT_EQ(test::recordOf(handle).inRing->writeIndex, 0);
+    }
+    EXPECT_TRUE(out.isUntouched());
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST(SurroundPipelines, ANullHandleIsLoggedWhateverTheFrames) {
+    for (const Pipeline& pipeline : kPipelines) {
+        for (const int frames : {240, 1, 0, -1, INT_MIN}) {
+            const test::LogCapture log;
+            EXPECT_EQ(pipeline.function(nullptr, nullptr, nullptr, frames), 0);
+            ASSERT_EQ(log.lines().size(), 1U);
+            EXPECT_EQ(log.lines()[0], "[ZubrelAem]: (surround: " + pipeline.null_line);
+        }
+    }
 }
 
 TEST(SurroundPipelines, IsSilentUntilTheFirstBlockIsWhole) {
@@ -96,12 +180,12 @@ TEST(SurroundPipelines, IsSilentUntilTheFirstBlockIsWhole) {
     const Pcm in(200, 9000);
     SurroundHandle& record = test::recordOf(handle);
     EXPECT_TRUE(isSilent(surrounded(handle.get(), in, 2, {100})));
-    EXPECT_EQ(sonivex::fillLevel(record.inRing), 200);
-    EXPECT_EQ(sonivex::fillLevel(record.outRing), 0);
+    EXPECT_EQ(sonivex::fillLevel(*record.inRing), 200);
+    EXPECT_EQ(sonivex::fillLevel(*record.outRing), 0);
     EXPECT_TRUE(isSilent(surrounded(handle.get(), in, 2, {100})));
     EXPECT_FALSE(isSilent(surrounded(handle.get(), in, 2, {100})));
-    EXPECT_EQ(sonivex::fillLevel(record.inRing), 2 * 60);
-    EXPECT_EQ(sonivex::fillLevel(record.outRing), 280);
+    EXPECT_EQ(sonivex::fillLevel(*record.inRing), 2 * 60);
+    EXPECT_EQ(sonivex::fillLevel(*record.outRing), 280);
 }
 
 TEST(SurroundPipelines, CallsOfABlockHaveNoDelay) {
@@ -111,11 +195,11 @@ TEST(SurroundPipelines, CallsOfABlockHaveNoDelay) {
         for (int call = 0; call < 5; ++call) {
             const Pcm in = test::noise(9, channels * 240, 9000);
             EXPECT_FALSE(isSilent(surrounded(handle.get(), in, channels, {240})));
-            EXPECT_EQ(sonivex::fillLevel(record.inRing), 0);
-            EXPECT_EQ(sonivex::fillLevel(record.outRing), 0);
+            EXPECT_EQ(sonivex::fillLevel(*record.inRing), 0);
+            EXPECT_EQ(sonivex::fillLevel(*record.outRing), 0);
         }
-        EXPECT_EQ(record.inRing.writeIndex, 5 * 240 * channels % sonivex::kRingSamples);
-        EXPECT_EQ(record.outRing.writeIndex, 5 * 480);
+        EXPECT_EQ(record.inRing->writeIndex, 5 * 240 * channels % sonivex::kRingSamples);
+        EXPECT_EQ(record.outRing->writeIndex, 5 * 480);
     }
 }
 
@@ -123,13 +207,13 @@ TEST(SurroundPipelines, NoFramesRenderWhatStillWaits) {
     const auto handle = makeSurround(2, 1);
     SurroundHandle& record = test::recordOf(handle);
     const Pcm waiting(700, 3000);
-    sonivex::writeSamples(record.inRing, waiting.data(), 700);
+    sonivex::writeSamples(*record.inRing, waiting.data(), 700);
     GuardedBlock out(1);
     const short in = 1;
     EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), 0), 0);
     EXPECT_TRUE(out.isUntouched());
-    EXPECT_EQ(sonivex::fillLevel(record.inRing), 220);
-    EXPECT_EQ(sonivex::fillLevel(record.outRing), 480);
+    EXPECT_EQ(sonivex::fillLevel(*record.inRing), 220);
+    EXPECT_EQ(sonivex::fillLevel(*record.outRing), 480);
 }
 
 TEST(SurroundPipelines, NegativeFramesMeanThatNothingIsReadOrWritten) {
@@ -139,7 +223,7 @@ TEST(SurroundPipelines, NegativeFramesMeanThatNothingIsReadOrWritten) {
     EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), -1), -2);
     EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), -240), -480);
     EXPECT_TRUE(out.isUntouched());
-    EXPECT_EQ(test::recordOf(handle).inRing.writeIndex, 0);
+    EXPECT_EQ(test::recordOf(handle).inRing->writeIndex, 0);
 }
 
 TEST(SurroundPipelines, NullArgumentsAreRefused) {
@@ -152,7 +236,7 @@ TEST(SurroundPipelines, NullArgumentsAreRefused) {
     EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), nullptr, 240), 0);
     EXPECT_TRUE(out.isUntouched());
     EXPECT_TRUE(log.lines().empty());
-    EXPECT_EQ(test::recordOf(handle).inRing.writeIndex, 0);
+    EXPECT_EQ(test::recordOf(handle).inRing->writeIndex, 0);
 }
 
 TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRefused) {
@@ -160,12 +244,15 @@ TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRefused) {
     GuardedBlock out(1);
     for (const int channels : {2, 6, 8}) {
         const auto handle = makeSurround(channels, 1);
-        for (const int frames : {INT_MAX, INT_MAX / channels + 1, INT_MIN, INT_MIN / channels - 1}) {
+        for (const int frames : {INT_MAX, INT_MAX / channels + 1, INT_MIN, INT_MIN / 2 - 1}) {
             EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), frames), 0) << frames;
         }
-        EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), INT_MIN / channels),
-                  INT_MIN / channels * 2);
-        EXPECT_EQ(test::recordOf(handle).inRing.writeIndex, 0);
+        /* A negative count is only doubled. */
+        for (const int frames : {INT_MIN / 2, INT_MIN / channels - 1, INT_MIN / channels}) {
+            if (frames < INT_MIN / 2) continue;
+            EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), frames), 2 * frames) << frames;
+        }
+        EXPECT_EQ(test::recordOf(handle).inRing->writeIndex, 0);
     }
     EXPECT_TRUE(out.isUntouched());
 }
@@ -189,12 +276,9 @@ TEST(SurroundPipelines, NothingOutsideTheOutputIsWritten) {
 /* Stereo with one tap for each channel at its own ear, so that the conversions on both sides show. */
 Pcm throughGain(const Pcm& in, float gain, int limiter) {
     const auto handle = makeSurround(2, 1, 0, limiter);
-    ConvolveReverbInspector inspector(*test::recordOf(handle).reverb);
-    const float silence = 0.0F;
-    inspector.agent(0).init(256, 12768, &gain, 1);
-    inspector.agent(1).init(256, 12768, &silence, 1);
-    inspector.agent(2).init(256, 12768, &silence, 1);
-    inspector.agent(3).init(256, 12768, &gain, 1);
+    ConvolveReverbInspector(*test::recordOf(handle).reverb)
+        .plantGains(sonivex::kBingo2,
+                    [gain](std::size_t agent) { return agent == 0 || agent == 3 ? gain : 0.0F; });
     return surrounded(handle.get(), in, 2, {240});
 }
 

@@ -24,16 +24,18 @@ TEST(Surround, AHandleKeepsWhatItWasMadeWith) {
     EXPECT_EQ(record.type, 13);
     EXPECT_EQ(record.mode, 2);
     EXPECT_EQ(record.limiter, 0);
+    EXPECT_EQ(record.layout, &sonivex::kSurround51);
     EXPECT_NE(record.limiterState, nullptr);
-    EXPECT_EQ(sonivex::fillLevel(record.inRing), 0);
-    EXPECT_EQ(sonivex::fillLevel(record.outRing), 0);
+    EXPECT_EQ(sonivex::fillLevel(*record.inRing), 0);
+    EXPECT_EQ(sonivex::fillLevel(*record.outRing), 0);
 }
 
 TEST(Surround, StereoHoldsTheTwoChannelResponses) {
     const auto handle = makeSurround(2, 1, 0);
     ConvolveReverbInspector inspector(*test::recordOf(handle).reverb);
-    EXPECT_EQ(inspector.bingo2()[0].size(), 13000U);
-    for (std::size_t agent = 0; agent < 24; ++agent) EXPECT_EQ(inspector.isInitialised(agent), agent < 4);
+    EXPECT_EQ(inspector.layout(), &sonivex::kBingo2);
+    EXPECT_EQ(inspector.responses()[0].size(), 13000U);
+    for (std::size_t agent = 0; agent < 24; ++agent) EXPECT_EQ(inspector.isSetUp(agent), agent < 4);
     Pcm out(960);
     EXPECT_EQ(aem_ProcessSurround(handle.get(), Pcm(960, 50).data(), out.data(), 480), 960);
 }
@@ -44,9 +46,11 @@ TEST(Surround, EveryTypeAndLayoutSetsUpItsAgents) {
         ConvolveReverbInspector inspector(*test::recordOf(handle).reverb);
         EXPECT_EQ(inspector.channels(), channels);
         EXPECT_EQ(inspector.headBlockSize(), 256U);
-        EXPECT_EQ(inspector.workFrames(), 240U);
+        EXPECT_EQ(inspector.tailBlockSize(), 12768U);
+        EXPECT_EQ(inspector.blockFrames(), 240U);
+        EXPECT_EQ(inspector.hasAudioStage(), type == 13);
         int agents = 0;
-        for (std::size_t agent = 0; agent < 24; ++agent) agents += inspector.isInitialised(agent) ? 1 : 0;
+        for (std::size_t agent = 0; agent < 24; ++agent) agents += inspector.isSetUp(agent) ? 1 : 0;
         return agents;
     };
     EXPECT_EQ(initialised(1, 1), 4);

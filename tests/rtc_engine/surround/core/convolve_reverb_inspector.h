@@ -1,52 +1,61 @@
 #pragma once
 
+#include <array>
+#include <functional>
+#include <memory>
 #include <span>
 
 #include "convolve_reverb.h"
+#include "layouts.h"
 
 /** What a ConvolveReverb holds. */
 class ConvolveReverbInspector {
   public:
     using Responses = std::span<const ConvolveReverb::Response>;
+    using Layout = sonivex::Layout;
+
+    static constexpr std::size_t kAgents = 24;
 
     explicit ConvolveReverbInspector(ConvolveReverb& reverb) : reverb_(reverb) {}
 
     int channels() const { return reverb_.channels; }
     std::uint64_t headBlockSize() const { return reverb_.headBlockSize; }
     std::uint64_t tailBlockSize() const { return reverb_.tailBlockSize; }
-    IRAgent& agent(std::size_t number) { return reverb_.agents.at(number); }
-    bool isInitialised(std::size_t number) const { return reverb_.responseOfAgent.at(number) != nullptr; }
-    std::size_t workFrames() const { return reverb_.agentOut.size(); }
+    /** The longest block. */
+    std::size_t blockFrames() const { return reverb_.block_frames_; }
 
-    Responses bingo2() const { return reverb_.irBingo2; }
-    Responses bingo51() const { return reverb_.irBingo51; }
-    Responses bingo71() const { return reverb_.irBingo71; }
-    Responses audio() const { return reverb_.irAudio; }
-    Responses surround2(int mode) const {
-        return mode == 1
-                   ? Responses(reverb_.irSurround2Mode1)
-                   : (mode == 2 ? Responses(reverb_.irSurround2Mode2) : Responses(reverb_.irSurround2Mode3));
-    }
-    Responses surround51(int mode) const {
-        return mode == 1 ? Responses(reverb_.irSurround51Mode1)
-                         : (mode == 2 ? Responses(reverb_.irSurround51Mode2)
-                                      : Responses(reverb_.irSurround51Mode3));
-    }
-    Responses surround71(int mode) const {
-        return mode == 1 ? Responses(reverb_.irSurround71Mode1)
-                         : (mode == 2 ? Responses(reverb_.irSurround71Mode2)
-                                      : Responses(reverb_.irSurround71Mode3));
-    }
+    /** What the loudspeakers' stage is set up for, or null; never kAudio, which has a stage of its own. */
+    const Layout* layout() const { return reverb_.layoutStage.layout; }
+    bool hasAudioStage() const { return reverb_.audioStage.layout == &sonivex::kAudio; }
+    /** Of the loudspeakers' stage and of the Audio stage, in the order of their tables. */
+    Responses responses() const { return reverb_.layoutStage.responses; }
+    Responses audio() const { return reverb_.audioStage.responses; }
+    std::size_t loadedSets() const { return (responses().empty() ? 0U : 1U) + (audio().empty() ? 0U : 1U); }
 
-    /** Every set of responses. */
-    std::vector<Responses> all() const {
-        std::vector<Responses> sets = {bingo2(), bingo51(), bingo71(), audio()};
-        for (const int mode : {1, 2, 3}) {
-            sets.push_back(surround2(mode));
-            sets.push_back(surround51(mode));
-            sets.push_back(surround71(mode));
+    /** Whether a source of a stage that is set up has this agent. */
+    bool isSetUp(std::size_t number) const {
+        const auto agent = static_cast<int>(number);
+        for (const Layout* const layout : {reverb_.layoutStage.layout, reverb_.audioStage.layout}) {
+            if (layout == nullptr) continue;
+            for (const sonivex::Source& source : layout->sources) {
+                if (source.left_agent == agent || source.right_agent == agent) return true;
+            }
         }
-        return sets;
+        return false;
+    }
+
+    /** Gives every agent of a stage that is set up one tap in place of its response, and silence before. */
+    void plantGains(const Layout& layout, const std::function<float(std::size_t)>& gainOf) {
+        std::array<float, kAgents> gains{};
+        std::array<sonivex::Taps, kAgents> taps{};
+        for (std::size_t agent = 0; agent < kAgents; ++agent) {
+            gains[agent] = gainOf(agent);
+            taps[agent] = {&gains[agent], 1};
+        }
+        const auto block_frames = static_cast<std::size_t>(reverb_.headBlockSize);
+        const std::size_t bytes = sonivex::SourceBanks::bytesOf(layout.sources, taps, block_frames);
+        reverb_.stageOf(layout).banks.build(
+            layout.sources, taps, std::make_shared<sonivex::ConvolutionMemory>(block_frames, bytes));
     }
 
   private:

@@ -35,12 +35,20 @@ Floats onlyChannel(std::size_t channel, std::size_t width) {
     return in;
 }
 
-/* Gives the agent one tap in place of its response. */
-void setGain(ConvolveReverb& reverb, std::size_t agent, float gain) {
-    ConvolveReverbInspector(reverb).agent(agent).init(256, 12768, &gain, 1);
+/* Gains that are powers of two apart, or the agents' numbers themselves. */
+float powerOfTwo(std::size_t agent) {
+    return agent < 4 ? static_cast<float>(1 << agent) : 0.0F;
 }
 
-/* By every agent's gain, which channel reaches which ear through it: gains are powers of two apart. */
+float ownNumber(std::size_t agent) {
+    return static_cast<float>(agent);
+}
+
+void plant(ConvolveReverb& reverb, const sonivex::Layout& layout, float (*gainOf)(std::size_t)) {
+    ConvolveReverbInspector(reverb).plantGains(layout, gainOf);
+}
+
+/* By every agent's gain, which channel reaches which ear through it. */
 void expectGains(ConvolveReverb& reverb, Operation operation, std::size_t width, std::size_t channel,
                  float left, float right) {
     const Floats in = onlyChannel(channel, width);
@@ -56,32 +64,31 @@ void expectGains(ConvolveReverb& reverb, Operation operation, std::size_t width,
 TEST(ConvolveReverbProcessing, BingoFeedsBothEarsFromBothChannels) {
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
-    for (std::size_t agent = 0; agent < 4; ++agent) setGain(reverb, agent, static_cast<float>(1 << agent));
+    plant(reverb, sonivex::kBingo2, powerOfTwo);
     expectGains(reverb, &ConvolveReverb::process_Kelvo_Bingo_2, 2, 0, 1, 2);
-    for (std::size_t agent = 0; agent < 4; ++agent) setGain(reverb, agent, static_cast<float>(1 << agent));
+    plant(reverb, sonivex::kBingo2, powerOfTwo);
     expectGains(reverb, &ConvolveReverb::process_Kelvo_Bingo_2, 2, 1, 4, 8);
 }
 
 TEST(ConvolveReverbProcessing, TwoChannelSurroundKeepsTheSidesApart) {
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Surround_2(2, kBlock, 1);
-    for (std::size_t agent = 0; agent < 4; ++agent) setGain(reverb, agent, static_cast<float>(1 << agent));
+    plant(reverb, sonivex::kSurround2, powerOfTwo);
     expectGains(reverb, &ConvolveReverb::process_Kelvo_Surround_2, 2, 0, 1 + 4, 0);
-    for (std::size_t agent = 0; agent < 4; ++agent) setGain(reverb, agent, static_cast<float>(1 << agent));
+    plant(reverb, sonivex::kSurround2, powerOfTwo);
     expectGains(reverb, &ConvolveReverb::process_Kelvo_Surround_2, 2, 1, 0, 2 + 8);
 }
 
 /* The same single tap everywhere: Bingo gives both ears L + R, Surround each ear twice its own side. */
 TEST(ConvolveReverbProcessing, WithEqualResponsesTheTwoPairingsDiffer) {
     const Floats in = test::noiseFloats(3, 2 * kBlock);
+    const auto half = [](std::size_t) { return 0.5F; };
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
-    const auto reset = [&] {
-        for (std::size_t agent = 0; agent < 4; ++agent) setGain(reverb, agent, 0.5F);
-    };
-    reset();
+    plant(reverb, sonivex::kBingo2, half);
     const Floats bingo = rendered(reverb, &ConvolveReverb::process_Kelvo_Bingo_2, in, 2);
-    reset();
+    reverb.prepareToPlay_Kelvo_Surround_2(2, kBlock, 1);
+    plant(reverb, sonivex::kSurround2, half);
     const Floats surround = rendered(reverb, &ConvolveReverb::process_Kelvo_Surround_2, in, 2);
     for (std::size_t i = 0; i < in.size(); i += 2) {
         ASSERT_NEAR(bingo[i], 0.5F * (in[i] + in[i + 1]), 1e-6F);
@@ -94,12 +101,10 @@ TEST(ConvolveReverbProcessing, WithEqualResponsesTheTwoPairingsDiffer) {
 TEST(ConvolveReverbProcessing, TheAudioStageHasNoCrossTerms) {
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Audio(2, kBlock);
-    setGain(reverb, 4, 2.0F);
-    setGain(reverb, 7, 3.0F);
-    expectGains(reverb, &ConvolveReverb::process_kelvo_audio_, 2, 0, 2, 0);
-    setGain(reverb, 4, 2.0F);
-    setGain(reverb, 7, 3.0F);
-    expectGains(reverb, &ConvolveReverb::process_kelvo_audio_, 2, 1, 0, 3);
+    plant(reverb, sonivex::kAudio, ownNumber);
+    expectGains(reverb, &ConvolveReverb::process_kelvo_audio_, 2, 0, 4, 0);
+    plant(reverb, sonivex::kAudio, ownNumber);
+    expectGains(reverb, &ConvolveReverb::process_kelvo_audio_, 2, 1, 0, 7);
 }
 
 struct Multichannel {
@@ -132,9 +137,7 @@ TEST(ConvolveReverbProcessing, EveryChannelGoesThroughItsPairOfAgents) {
         for (std::size_t channel = 0; channel < layout.width; ++channel) {
             ConvolveReverb reverb;
             layout.set_up(reverb);
-            for (std::size_t agent = 8; agent < 24; ++agent) {
-                setGain(reverb, agent, static_cast<float>(agent));
-            }
+            plant(reverb, *ConvolveReverbInspector(reverb).layout(), ownNumber);
             const int agent = layout.first_agents[channel];
             const auto left = static_cast<float>(agent < 0 ? 0 : agent);
             const auto right = static_cast<float>(agent < 0 ? 0 : agent + 1);
@@ -195,6 +198,81 @@ TEST(ConvolveReverbProcessing, ASetUpForOtherChannelsGivesSilenceWithinBounds) {
     ConvolveReverb odd;
     odd.prepareToPlay_Kelvo_Bingo_5_1(2, kBlock);
     EXPECT_EQ(rendered(odd, &ConvolveReverb::process_Kelvo_Bingo_5_1, in, 8), Floats(2 * kBlock, 0.0F));
+}
+
+struct Named {
+    Operation operation;
+    const sonivex::Layout* layout;
+};
+
+constexpr Named kNamed[] = {{&ConvolveReverb::process_Kelvo_Bingo_2, &sonivex::kBingo2},
+                            {&ConvolveReverb::process_Kelvo_Bingo_5_1, &sonivex::kBingo51},
+                            {&ConvolveReverb::process_Kelvo_Bingo_7_1, &sonivex::kBingo71},
+                            {&ConvolveReverb::process_Kelvo_Surround_2, &sonivex::kSurround2},
+                            {&ConvolveReverb::process_Kelvo_Surround_5_1, &sonivex::kSurround51},
+                            {&ConvolveReverb::process_Kelvo_Surround_7_1, &sonivex::kSurround71},
+                            {&ConvolveReverb::process_kelvo_audio_, &sonivex::kAudio}};
+
+/* Between two blocks every operation but the right ones is called: what is heard next must be as if it had
+ * not been. */
+TEST(ConvolveReverbProcessing, AnOperationThatIsNotSetUpGivesSilenceAndDisturbsNoOther) {
+    for (const Named& right : kNamed) {
+        if (right.layout == &sonivex::kAudio) continue;
+        const auto width = static_cast<std::size_t>(right.layout->width);
+        const Floats in = test::noiseFloats(9, width * kBlock);
+        const Floats later = test::noiseFloats(10, width * kBlock);
+        const Floats sides = test::noiseFloats(11, 2 * kBlock);
+        ConvolveReverb disturbed;
+        ConvolveReverb alone;
+        for (ConvolveReverb* const reverb : {&disturbed, &alone}) {
+            reverb->prepare(*right.layout, right.layout->width, kBlock, 1);
+            reverb->prepareToPlay_Kelvo_Audio(right.layout->width, kBlock);
+        }
+        for (const Floats* const block : {&in, &later}) {
+            EXPECT_EQ(rendered(disturbed, right.operation, *block, width),
+                      rendered(alone, right.operation, *block, width));
+            EXPECT_EQ(rendered(disturbed, &ConvolveReverb::process_kelvo_audio_, sides, 2),
+                      rendered(alone, &ConvolveReverb::process_kelvo_audio_, sides, 2));
+            for (const Named& wrong : kNamed) {
+                if (wrong.layout == right.layout || wrong.layout == &sonivex::kAudio) continue;
+                EXPECT_EQ(rendered(disturbed, wrong.operation, test::noiseFloats(12, 8 * kBlock), 8),
+                          Floats(2 * kBlock, 0.0F));
+            }
+        }
+    }
+}
+
+TEST(ConvolveReverbProcessing, WithoutItsSetUpTheAudioStageIsSilentAndLeavesTheOtherAlone) {
+    const Floats in = test::noiseFloats(13, 2 * kBlock);
+    ConvolveReverb disturbed;
+    ConvolveReverb alone;
+    for (ConvolveReverb* const reverb : {&disturbed, &alone}) {
+        reverb->prepareToPlay_Kelvo_Surround_2(2, kBlock, 1);
+    }
+    for (int block = 0; block < 3; ++block) {
+        EXPECT_EQ(rendered(disturbed, &ConvolveReverb::process_Kelvo_Surround_2, in, 2),
+                  rendered(alone, &ConvolveReverb::process_Kelvo_Surround_2, in, 2));
+        EXPECT_EQ(rendered(disturbed, &ConvolveReverb::process_kelvo_audio_, in, 2),
+                  Floats(2 * kBlock, 0.0F));
+    }
+}
+
+TEST(ConvolveReverbProcessing, ASetUpForAnotherLayoutOrModeReplacesAndStartsFromSilence) {
+    const Floats in = test::noiseFloats(14, 2 * kBlock);
+    ConvolveReverb reused;
+    reused.prepareToPlay_Kelvo_Surround_2(2, kBlock, 1);
+    rendered(reused, &ConvolveReverb::process_Kelvo_Surround_2, in, 2);
+    reused.prepareToPlay_Kelvo_Surround_2(2, kBlock, 2);
+    ConvolveReverb fresh;
+    fresh.prepareToPlay_Kelvo_Surround_2(2, kBlock, 2);
+    EXPECT_EQ(rendered(reused, &ConvolveReverb::process_Kelvo_Surround_2, in, 2),
+              rendered(fresh, &ConvolveReverb::process_Kelvo_Surround_2, in, 2));
+    reused.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
+    ConvolveReverb bingo;
+    bingo.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
+    EXPECT_EQ(rendered(reused, &ConvolveReverb::process_Kelvo_Bingo_2, in, 2),
+              rendered(bingo, &ConvolveReverb::process_Kelvo_Bingo_2, in, 2));
+    EXPECT_EQ(rendered(reused, &ConvolveReverb::process_Kelvo_Surround_2, in, 2), Floats(2 * kBlock, 0.0F));
 }
 
 TEST(ConvolveReverbProcessing, BlocksLongerThanTheSetUpGiveSilence) {

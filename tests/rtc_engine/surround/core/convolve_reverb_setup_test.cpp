@@ -10,10 +10,10 @@ namespace {
 using Inspector = ConvolveReverbInspector;
 using Table = ConvolveReverb::Table;
 
-std::set<std::size_t> initialisedAgents(Inspector& inspector) {
+std::set<std::size_t> agentsSetUp(const Inspector& inspector) {
     std::set<std::size_t> numbers;
-    for (std::size_t agent = 0; agent < 24; ++agent) {
-        if (inspector.isInitialised(agent)) numbers.insert(agent);
+    for (std::size_t agent = 0; agent < Inspector::kAgents; ++agent) {
+        if (inspector.isSetUp(agent)) numbers.insert(agent);
     }
     return numbers;
 }
@@ -22,14 +22,6 @@ std::set<std::size_t> range(std::size_t first, std::size_t last) {
     std::set<std::size_t> numbers;
     for (std::size_t i = first; i <= last; ++i) numbers.insert(i);
     return numbers;
-}
-
-std::size_t loadedSets(const Inspector& inspector) {
-    std::size_t loaded = 0;
-    for (const Inspector::Responses& set : inspector.all()) {
-        if (!set.front().empty()) ++loaded;
-    }
-    return loaded;
 }
 
 void expectResponse(const ConvolveReverb::Response& response, const Table& table, double divisor) {
@@ -88,8 +80,11 @@ TEST(ConvolveReverbSetUp, StartsEmpty) {
     EXPECT_EQ(inspector.channels(), 0);
     EXPECT_EQ(inspector.headBlockSize(), 0U);
     EXPECT_EQ(inspector.tailBlockSize(), 0U);
-    EXPECT_EQ(loadedSets(inspector), 0U);
-    EXPECT_TRUE(initialisedAgents(inspector).empty());
+    EXPECT_EQ(inspector.loadedSets(), 0U);
+    EXPECT_EQ(inspector.layout(), nullptr);
+    EXPECT_FALSE(inspector.hasAudioStage());
+    EXPECT_EQ(inspector.blockFrames(), 0U);
+    EXPECT_TRUE(agentsSetUp(inspector).empty());
 }
 
 TEST(ConvolveReverbSetUp, BlockSizesFollowFromTheBlockLength) {
@@ -107,7 +102,7 @@ TEST(ConvolveReverbSetUp, BlockSizesFollowFromTheBlockLength) {
         Inspector inspector(reverb);
         EXPECT_EQ(inspector.headBlockSize(), head);
         EXPECT_EQ(inspector.tailBlockSize(), tail);
-        EXPECT_EQ(inspector.workFrames(), static_cast<std::size_t>(std::max(block_frames, 0)));
+        EXPECT_EQ(inspector.blockFrames(), static_cast<std::size_t>(std::max(block_frames, 0)));
     }
 }
 
@@ -116,12 +111,14 @@ TEST(ConvolveReverbSetUp, TwoChannelBingoLoadsItsFourResponses) {
     reverb.prepareToPlay_Kelvo_Bingo_2(1, 240);
     Inspector inspector(reverb);
     EXPECT_EQ(inspector.channels(), 1);
-    EXPECT_EQ(loadedSets(inspector), 1U);
-    EXPECT_EQ(initialisedAgents(inspector), range(0, 3));
-    expectResponse(inspector.bingo2()[0], ConvolveReverb::g_cingoLL48, 10000);
-    expectResponse(inspector.bingo2()[1], ConvolveReverb::g_cingoLR48, 10000);
-    expectResponse(inspector.bingo2()[2], ConvolveReverb::g_cingoRL48, 10000);
-    expectResponse(inspector.bingo2()[3], ConvolveReverb::g_cingoRR48, 10000);
+    EXPECT_EQ(inspector.layout(), &sonivex::kBingo2);
+    EXPECT_FALSE(inspector.hasAudioStage());
+    EXPECT_EQ(inspector.loadedSets(), 1U);
+    EXPECT_EQ(agentsSetUp(inspector), range(0, 3));
+    expectResponse(inspector.responses()[0], ConvolveReverb::g_cingoLL48, 10000);
+    expectResponse(inspector.responses()[1], ConvolveReverb::g_cingoLR48, 10000);
+    expectResponse(inspector.responses()[2], ConvolveReverb::g_cingoRL48, 10000);
+    expectResponse(inspector.responses()[3], ConvolveReverb::g_cingoRR48, 10000);
 }
 
 TEST(ConvolveReverbSetUp, FiveOneBingoLoadsSixPairs) {
@@ -129,40 +126,23 @@ TEST(ConvolveReverbSetUp, FiveOneBingoLoadsSixPairs) {
     reverb.prepareToPlay_Kelvo_Bingo_5_1(6, 240);
     Inspector inspector(reverb);
     EXPECT_EQ(inspector.channels(), 6);
-    EXPECT_EQ(loadedSets(inspector), 1U);
-    EXPECT_EQ(initialisedAgents(inspector), range(8, 19));
-    expectResponse(inspector.bingo51()[0], ConvolveReverb::g_5_1_1_h_cL48, 20000);
-    expectResponse(inspector.bingo51()[5], ConvolveReverb::g_5_1_3_h_cR48, 20000);
-    expectResponse(inspector.bingo51()[11], ConvolveReverb::g_5_1_6_h_cR48, 20000);
+    EXPECT_EQ(inspector.layout(), &sonivex::kBingo51);
+    EXPECT_EQ(inspector.loadedSets(), 1U);
+    EXPECT_EQ(agentsSetUp(inspector), range(8, 19));
+    expectResponse(inspector.responses()[0], ConvolveReverb::g_5_1_1_h_cL48, 20000);
+    expectResponse(inspector.responses()[5], ConvolveReverb::g_5_1_3_h_cR48, 20000);
+    expectResponse(inspector.responses()[11], ConvolveReverb::g_5_1_6_h_cR48, 20000);
 }
 
 TEST(ConvolveReverbSetUp, SevenOneBingoLoadsEightPairs) {
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Bingo_7_1(8, 240);
     Inspector inspector(reverb);
-    EXPECT_EQ(loadedSets(inspector), 1U);
-    EXPECT_EQ(initialisedAgents(inspector), range(8, 23));
-    expectResponse(inspector.bingo71()[1], ConvolveReverb::g_7_1_1_h_cR48, 20000);
-    expectResponse(inspector.bingo71()[14], ConvolveReverb::g_7_1_8_h_cL48, 20000);
-}
-
-/* Agents in the order of the table: what an ear hears of an impulse in a channel is the response of that
- * pair. */
-TEST(ConvolveReverbSetUp, EveryAgentConvolvesWithItsOwnResponse) {
-    for (std::size_t channel = 0; channel < 8; ++channel) {
-        ConvolveReverb reverb;
-        reverb.prepareToPlay_Kelvo_Bingo_7_1(8, 240);
-        std::vector<float> in(8 * 240, 0.0F);
-        in[channel] = 1.0F;
-        std::vector<float> out(2 * 240);
-        reverb.process_Kelvo_Bingo_7_1(in.data(), out.data(), 240);
-        const Inspector inspector(reverb);
-        for (std::size_t k = 0; k < 240; ++k) {
-            ASSERT_NEAR(out[2 * k], inspector.bingo71()[2 * channel][k], 1e-6F) << "channel " << channel;
-            ASSERT_NEAR(out[2 * k + 1], inspector.bingo71()[2 * channel + 1][k], 1e-6F)
-                << "channel " << channel;
-        }
-    }
+    EXPECT_EQ(inspector.layout(), &sonivex::kBingo71);
+    EXPECT_EQ(inspector.loadedSets(), 1U);
+    EXPECT_EQ(agentsSetUp(inspector), range(8, 23));
+    expectResponse(inspector.responses()[1], ConvolveReverb::g_7_1_1_h_cR48, 20000);
+    expectResponse(inspector.responses()[14], ConvolveReverb::g_7_1_8_h_cL48, 20000);
 }
 
 TEST(ConvolveReverbSetUp, MegaBassOfSixChannelsLoadsFivePairsAndTheAudioStage) {
@@ -172,37 +152,55 @@ TEST(ConvolveReverbSetUp, MegaBassOfSixChannelsLoadsFivePairsAndTheAudioStage) {
     Inspector inspector(reverb);
     EXPECT_EQ(inspector.channels(), 6);
     EXPECT_EQ(inspector.headBlockSize(), 256U);
-    EXPECT_EQ(loadedSets(inspector), 2U);
+    EXPECT_EQ(inspector.loadedSets(), 2U);
     std::set<std::size_t> expected = range(8, 17);
     expected.insert({4, 7});
-    EXPECT_EQ(initialisedAgents(inspector), expected);
+    EXPECT_EQ(agentsSetUp(inspector), expected);
     expectResponse(inspector.audio()[0], ConvolveReverb::g_dolbyL441, 24000);
     expectResponse(inspector.audio()[1], ConvolveReverb::g_dolbyR441, 24000);
-    expectResponse(inspector.surround51(2)[0], ConvolveReverb::g_5_1_1_h_mode2L48, 20000);
-    expectResponse(inspector.surround51(2)[9], ConvolveReverb::g_5_1_5_h_mode2R48, 20000);
+    expectResponse(inspector.responses()[0], ConvolveReverb::g_5_1_1_h_mode2L48, 20000);
+    expectResponse(inspector.responses()[9], ConvolveReverb::g_5_1_5_h_mode2R48, 20000);
 }
 
+/* By the first and the last table of every mode. */
+struct ModeTables {
+    const Table* first;
+    const Table* last;
+};
+
 TEST(ConvolveReverbSetUp, EveryModeButOneAndTwoIsThree) {
+    using R = ConvolveReverb;
+    constexpr ModeTables kStereo[] = {{&R::g_2_1_h_mode1L48, &R::g_2_2_h_mode1R48},
+                                      {&R::g_2_1_h_mode2L48, &R::g_2_2_h_mode2R48},
+                                      {&R::g_2_1_h_mode3L48, &R::g_2_2_h_mode3R48}};
+    constexpr ModeTables kFiveOne[] = {{&R::g_5_1_1_h_mode1L48, &R::g_5_1_5_h_mode1R48},
+                                       {&R::g_5_1_1_h_mode2L48, &R::g_5_1_5_h_mode2R48},
+                                       {&R::g_5_1_1_h_mode3L48, &R::g_5_1_5_h_mode3R48}};
+    constexpr ModeTables kSevenOne[] = {{&R::g_7_1_1_h_mode1L48, &R::g_7_1_7_h_mode1R48},
+                                        {&R::g_7_1_1_h_mode2L48, &R::g_7_1_7_h_mode2R48},
+                                        {&R::g_7_1_1_h_mode3L48, &R::g_7_1_7_h_mode3R48}};
+    const auto expectSet = [](const Inspector& inspector, const ModeTables& tables, std::size_t last) {
+        EXPECT_EQ(inspector.loadedSets(), 1U);
+        ASSERT_EQ(inspector.responses().size(), last + 1);
+        expectResponse(inspector.responses()[0], *tables.first, 20000);
+        expectResponse(inspector.responses()[last], *tables.last, 20000);
+        EXPECT_EQ(inspector.responses()[last].size(), 7000U);
+    };
     for (const unsigned mode : {0U, 1U, 2U, 3U, 7U, 0xFFFFFFFFU}) {
         SCOPED_TRACE(mode);
-        const int set = mode == 1 ? 1 : (mode == 2 ? 2 : 3);
-        ConvolveReverb stereo;
+        const std::size_t set = mode == 1 ? 0 : (mode == 2 ? 1 : 2);
+        R stereo;
         stereo.prepareToPlay_Kelvo_Surround_2(2, 240, mode);
-        Inspector of_stereo(stereo);
-        EXPECT_EQ(loadedSets(of_stereo), 1U);
-        EXPECT_EQ(of_stereo.surround2(set)[3].size(), 7000U);
-        EXPECT_EQ(initialisedAgents(of_stereo), range(0, 3));
-        ConvolveReverb five_one;
+        expectSet(Inspector(stereo), kStereo[set], 3);
+        EXPECT_EQ(agentsSetUp(Inspector(stereo)), range(0, 3));
+        R five_one;
         five_one.prepareToPlay_Kelvo_Surround_5_1(6, 240, mode);
-        Inspector of_five_one(five_one);
-        EXPECT_EQ(loadedSets(of_five_one), 1U);
-        EXPECT_EQ(of_five_one.surround51(set)[9].size(), 7000U);
-        ConvolveReverb seven_one;
+        expectSet(Inspector(five_one), kFiveOne[set], 9);
+        EXPECT_EQ(agentsSetUp(Inspector(five_one)), range(8, 17));
+        R seven_one;
         seven_one.prepareToPlay_Kelvo_Surround_7_1(8, 240, mode);
-        Inspector of_seven_one(seven_one);
-        EXPECT_EQ(loadedSets(of_seven_one), 1U);
-        EXPECT_EQ(of_seven_one.surround71(set)[13].size(), 7000U);
-        EXPECT_EQ(initialisedAgents(of_seven_one), range(8, 21));
+        expectSet(Inspector(seven_one), kSevenOne[set], 13);
+        EXPECT_EQ(agentsSetUp(Inspector(seven_one)), range(8, 21));
     }
 }
 
@@ -215,7 +213,23 @@ TEST(ConvolveReverbSetUp, ASecondSetUpAppendsToTheResponses) {
     for (std::size_t i = 0; i < 6000; ++i) {
         ASSERT_EQ(inspector.audio()[0][i], inspector.audio()[0][6000 + i]) << i;
     }
-    EXPECT_GT(inspector.agent(4).stages().head().partitionCount(), 24U);
+}
+
+TEST(ConvolveReverbSetUp, ASetUpForAnotherLayoutOrModeDropsTheFormerResponses) {
+    ConvolveReverb reverb;
+    const Inspector inspector(reverb);
+    reverb.prepareToPlay_Kelvo_Audio(2, 240);
+    reverb.prepareToPlay_Kelvo_Surround_2(2, 240, 1);
+    reverb.prepareToPlay_Kelvo_Surround_2(2, 240, 2);
+    ASSERT_EQ(inspector.responses().size(), 4U);
+    expectResponse(inspector.responses()[0], ConvolveReverb::g_2_1_h_mode2L48, 20000);
+    reverb.prepareToPlay_Kelvo_Bingo_5_1(6, 240);
+    ASSERT_EQ(inspector.responses().size(), 12U);
+    expectResponse(inspector.responses()[11], ConvolveReverb::g_5_1_6_h_cR48, 20000);
+    EXPECT_EQ(inspector.layout(), &sonivex::kBingo51);
+    /* The Audio stage is another one and keeps what it had. */
+    ASSERT_EQ(inspector.audio().size(), 2U);
+    expectResponse(inspector.audio()[0], ConvolveReverb::g_dolbyL441, 24000);
 }
 
 /* Full scale of the tables, by hand: -32768 / 10000 and -32768 / 24000 as floats. */
@@ -242,7 +256,7 @@ TEST(ConvolveReverbSetUp, TheLowestSampleIsScaledByTheDivisorOfItsSet) {
     reverb.prepareToPlay_Kelvo_Bingo_2(2, 240);
     reverb.prepareToPlay_Kelvo_Audio(2, 240);
     Inspector inspector(reverb);
-    EXPECT_EQ(inspector.bingo2()[0][0], -3.2768F);
+    EXPECT_EQ(inspector.responses()[0][0], -3.2768F);
     EXPECT_EQ(inspector.audio()[0][0], -1.3653333F);
 }
 
@@ -252,7 +266,7 @@ TEST(ConvolveReverbSetUp, SamplesAreDividedInDoubleAndRoundedOnce) {
     Inspector inspector(reverb);
     for (std::size_t i = 0; i < 13000; ++i) {
         const double quotient = ConvolveReverb::g_cingoRR48[i] / 10000.0;
-        ASSERT_EQ(inspector.bingo2()[3][i], static_cast<float>(quotient));
+        ASSERT_EQ(inspector.responses()[3][i], static_cast<float>(quotient));
     }
 }
 

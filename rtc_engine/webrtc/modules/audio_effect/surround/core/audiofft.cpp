@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "fft_passes.h"
+#include "fft_roots.h"
 #include "float_rules.h"
-#include "transform_tables.h"
 
 namespace audiofft {
 namespace details {

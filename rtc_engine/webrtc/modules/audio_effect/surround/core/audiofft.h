@@ -1,4 +1,5 @@
-/* Forward and inverse Fourier transform of real floats, of any power of two.
+/* Forward and inverse Fourier transform of real floats, of any power of two: the scalar definition of right.
+ * The shipped path transforms in lanes (transform/), held to this one bit for bit.
  *
  *   X[k] = sum x[j] e^(-2 pi i jk / n), k = 0 .. n/2,   as separate real and imaginary parts, not scaled
  *   ifft(fft(x)) = x

@@ -1,4 +1,5 @@
-/* The arithmetic of the real Fourier transform, in place on doubles: no state, no memory of its own.
+/* The arithmetic of the scalar Fourier transform (audiofft.h), in place on doubles: no state, no memory of
+ * its own. What ships is transform/lane_transform.h, held to it bit for bit.
  *
  *   Z[k] = sum z[j] e^(+2 pi i jk / N),  N points, a power of two, complex numbers as (re, im) pairs
  *
@@ -27,23 +28,8 @@
 
 namespace audiofft::details {
 
-/** Put point k at the place of its index with the binary digits in reverse.
- *  @param points  [count] complex numbers.
- *  @param count   a power of two.
- *  @param offsets work area of sqrt(count) ints, overwritten. */
-void reversePointOrder(double* points, std::size_t count, int* offsets);
-
 /** The sign of i in the formulas above. */
 enum class Turn { kForward, kBackward };
-
-/** t, t2 and t3 of a block of a pass with e^(+i); the other direction has their conjugates. */
-struct BlockRoots {
-    double re[3];
-    double im[3];
-};
-
-/** @param roots as radix4Pass takes them, for j = 0 .. block / 2; not read for blocks 0 and 1. */
-BlockRoots rootsOfBlock(const double* roots, std::size_t block);
 
 /** One pass of radix 4 over blocks of 4 * distance points.
  *  @param points   [count] complex numbers; count is a power of two and a multiple of 4 * distance.

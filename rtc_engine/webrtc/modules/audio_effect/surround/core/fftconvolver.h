@@ -1,4 +1,5 @@
-/* Convolution of a stream with a fixed response, by uniform partitions of both in the frequency domain.
+/* Convolution of a stream with a fixed response, by uniform partitions of both in the frequency domain: the
+ * scalar definition of right. The shipped path runs banks of these (convolution/), held to it bit for bit.
  *
  *   L          partition length, P partitions of the response, transforms of 2L
  *   H[i]       spectrum of samples iL .. iL+L-1 of the response, zeros behind
@@ -9,16 +10,16 @@
  * over the older blocks, i >= 1, is made once per block and kept.
  * Source: overlap-add with a frequency-domain delay line, Gardner, JAES 43 (1995); Wefers (2015).
  *
- * The arithmetic is that of a ConvolutionBank with one response.
- *
  * Use: FFTConvolver c; c.init(256, ir, 8640); c.process(in, out, n) for every call.
  * Threads: an object is used by one thread at a time. */
 #pragma once
 
 #include <cstddef>
 #include <memory>
+#include <vector>
 
-#include "convolution_bank.h"
+#include "audiofft.h"
+#include "buffer.h"
 
 namespace fftconvolver {
 
@@ -32,7 +33,7 @@ class FFTConvolver {
     /** Load a response; what was loaded is dropped first.
      *  @param new_block_size samples of a partition, rounded up to a power of two.
      *  @param ir             [irLen], copied; taps below 1e-6 at its end are left out. If nothing is left,
-     * the output is silence.
+     *                        the output is silence.
      *  @return false, and the output is silence, for a block size of 0.
      *  Throws std::bad_alloc, and the output is silence, when memory runs out. */
     bool init(std::size_t new_block_size, const float* ir, std::size_t irLen);
@@ -50,10 +51,27 @@ class FFTConvolver {
     std::size_t partitionCount() const { return segmentCount; }
 
   private:
-    std::size_t blockSize = 0;
-    std::size_t segmentCount = 0;
-    std::unique_ptr<ConvolutionWorkspace> workspace;
-    std::unique_ptr<ConvolutionBank> bank;  // of one response
+    using Spectra = std::vector<std::unique_ptr<SplitComplex>>;
+
+    void transformResponse(const float* ir, std::size_t irLen, std::size_t partitions);
+    void transformInput();
+    void accumulateOlderBlocks();
+    void finishBlock();
+
+    std::size_t blockSize = 0;     // L
+    std::size_t segmentSize = 0;   // 2L
+    std::size_t segmentCount = 0;  // P
+    std::size_t complexSize = 0;   // L + 1 bins
+    Spectra inputSegments;         // ring of the input blocks' spectra
+    Spectra irSegments;            // the response's partitions
+    Buffer<float> fftBuffer;       // 2L samples on the way into or out of a transform
+    audiofft::AudioFFT fft;
+    SplitComplex accumulated;  // sum of the older blocks
+    SplitComplex convolved;    // the same with the newest
+    Buffer<float> overlap;     // second half of the last finished block's inverse transform
+    std::size_t current = 0;   // place of the newest block in the ring; the older ones follow
+    Buffer<float> inputBuffer;
+    std::size_t inputFill = 0;
 };
 
 }  // namespace fftconvolver

@@ -1,18 +1,23 @@
 #include "sonivex/surround.h"
 
+#include <algorithm>
+#include <climits>
 #include <exception>
 #include <memory>
-#include <new>
 
+#include "au2_limiter_owner.h"
 #include "effect_log.h"
+#include "layouts.h"
 #include "surround_handle.h"
 #include "surround_pipelines.h"
 
 namespace {
 
-using sonivex::kSurroundBlockFrames;
+using sonivex::Arena;
 using sonivex::kSurroundType3D;
 using sonivex::kSurroundTypeMegaBass;
+using sonivex::Layout;
+using sonivex::SampleRing;
 
 /* Part of the log lines, see effect_log.h. */
 constexpr int kLogLineNoMemory = 122;
@@ -25,6 +30,7 @@ constexpr const char* kLogNoMemory = "[KelvoSurround]::kv surround handle is cre
 constexpr const char* kLogChannels =
     "[KelvoSurround]::The input audio channel number is not supported\xEF\xBC\x81\n";
 constexpr const char* kLogType = "[KelvoSurround]::kv surround type is not supported.\n";
+constexpr const char* kLogReleaseOfNull = "[audio]::kv surround handle is NULL.\n";
 
 void log(int line, const char* message) {
     sonivex::logEffectMessage(sonivex::kSurroundLogSource, line, message);
@@ -39,43 +45,22 @@ struct FreeHandle {
 };
 using HandlePointer = std::unique_ptr<SurroundHandle, FreeHandle>;
 
-bool prepareMegaBass(ConvolveReverb& reverb, int channels, int mode) {
-    const auto mode_set = static_cast<unsigned>(mode);
-    if (channels == 1 || channels == 2) {
-        reverb.prepareToPlay_Kelvo_Surround_2(channels, kSurroundBlockFrames, mode_set);
-    } else if (channels == 8) {
-        reverb.prepareToPlay_Kelvo_Surround_7_1(channels, kSurroundBlockFrames, mode_set);
-    } else if (channels == 6) {
-        reverb.prepareToPlay_Kelvo_Surround_5_1(channels, kSurroundBlockFrames, mode_set);
-    } else {
-        log(kLogLineChannelsOfMegaBass, kLogChannels);
-        return false;
+/* Null, and logged, if there is none. */
+const Layout* layoutOf(int type, int channels) {
+    for (const Layout* const layout : {&sonivex::kBingo2, &sonivex::kBingo51, &sonivex::kBingo71}) {
+        if (type == kSurroundType3D && takesChannels(*layout, channels)) return layout;
     }
-    reverb.prepareToPlay_Kelvo_Audio(channels, kSurroundBlockFrames);
-    return true;
-}
-
-bool prepare3D(ConvolveReverb& reverb, int channels) {
-    if (channels == 1 || channels == 2) {
-        reverb.prepareToPlay_Kelvo_Bingo_2(channels, kSurroundBlockFrames);
-    } else if (channels == 8) {
-        reverb.prepareToPlay_Kelvo_Bingo_7_1(channels, kSurroundBlockFrames);
-    } else if (channels == 6) {
-        reverb.prepareToPlay_Kelvo_Bingo_5_1(channels, kSurroundBlockFrames);
-    } else {
+    for (const Layout* const layout : {&sonivex::kSurround2, &sonivex::kSurround51, &sonivex::kSurround71}) {
+        if (type == kSurroundTypeMegaBass && takesChannels(*layout, channels)) return layout;
+    }
+    if (type == kSurroundType3D) {
         log(kLogLineChannelsOf3D, kLogChannels);
-        return false;
+    } else if (type == kSurroundTypeMegaBass) {
+        log(kLogLineChannelsOfMegaBass, kLogChannels);
+    } else {
+        log(kLogLineType, kLogType);
     }
-    return true;
-}
-
-bool prepare(const SurroundHandle& handle) {
-    if (handle.type == kSurroundTypeMegaBass) {
-        return prepareMegaBass(*handle.reverb, handle.channels, handle.mode);
-    }
-    if (handle.type == kSurroundType3D) return prepare3D(*handle.reverb, handle.channels);
-    log(kLogLineType, kLogType);
-    return false;
+    return nullptr;
 }
 
 /* Throws when memory runs out. */
@@ -86,33 +71,22 @@ void* createHandle(int channels, int sample_rate, int type, int mode, int limite
     handle->type = type;
     handle->mode = mode;
     handle->limiter = limiter;
-    handle->reverb = new ConvolveReverb();
-    if (!prepare(*handle)) {
+    handle->reverb = new ConvolveReverb(2 * Arena::bytesOf<SampleRing>(1));
+    handle->layout = layoutOf(type, channels);
+    if (handle->layout == nullptr) {
         /* A rejected handle has always been left allocated, and hosts see the same use of memory. */
         static_cast<void>(handle.release());
         return nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the leak is meant
     }
-    au2_limiter_create(&handle->limiterState);
-    if (handle->limiterState == nullptr) throw std::bad_alloc();
-    au2_limiter_reset(handle->limiterState);
+    const Layout& layout = *handle->layout;
+    handle->reverb->prepare(layout, channels, sonivex::kSurroundBlockFrames, static_cast<unsigned>(mode));
+    if (layout.has_audio_stage) {
+        handle->reverb->prepare(sonivex::kAudio, channels, sonivex::kSurroundBlockFrames, 0);
+    }
+    handle->inRing = handle->reverb->arena().take<SampleRing>(1);
+    handle->outRing = handle->reverb->arena().take<SampleRing>(1);
+    handle->limiterState = sonivex::makeAu2Limiter().release();
     return handle.release();
-}
-
-using PipelineFunction = int (*)(void*, short*, short*, int);
-
-/* Null if there is none. */
-PipelineFunction pipelineFor(int type, int channels) {
-    if (type == kSurroundTypeMegaBass) {
-        if (channels == 1 || channels == 2) return ProcessSurround_Kelvo_Surround_2_To_Nangua;
-        if (channels == 6) return ProcessSurround_Kelvo_Surround_5_1_To_Nangua;
-        if (channels == 8) return ProcessSurround_Kelvo_Surround_7_1_To_Nangua;
-    }
-    if (type == kSurroundType3D) {
-        if (channels == 1 || channels == 2) return ProcessSurround_Kelvo_Bingo_2;
-        if (channels == 6) return ProcessSurround_Kelvo_Bingo_5_1;
-        if (channels == 8) return ProcessSurround_Kelvo_Bingo_7_1;
-    }
-    return nullptr;
 }
 
 }  // namespace
@@ -127,16 +101,15 @@ void* aem_CreateSurround(int channels, int sampleRate, int type, int mode, int l
 }
 
 int aem_ProcessSurround(void* handle, const short* in, short* out, int frames) {
-    if (handle == nullptr) return 0;
-    const auto& surround = *static_cast<const SurroundHandle*>(handle);
-    const PipelineFunction pipeline = pipelineFor(surround.type, surround.channels);
-    if (pipeline == nullptr) return 0;
-    return 2 * pipeline(handle, const_cast<short*>(in), out, frames);  // which only reads it
+    if (frames < INT_MIN / 2) return 0;  // twice as many is no int
+    const auto* const surround = static_cast<const SurroundHandle*>(handle);
+    if (surround == nullptr || surround->layout == nullptr) return 2 * std::min(frames, 0);
+    return 2 * sonivex::processSurround(*surround->layout, handle, in, out, frames);
 }
 
 void aem_ReleaseSurround(void* handle) {
     if (handle == nullptr) {
-        log(kLogLineRelease, sonivex::kSurroundLogNullHandle);
+        log(kLogLineRelease, kLogReleaseOfNull);
         return;
     }
     FreeHandle()(static_cast<SurroundHandle*>(handle));

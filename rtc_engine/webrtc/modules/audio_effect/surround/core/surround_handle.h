@@ -11,14 +11,15 @@ namespace sonivex {
 
 inline constexpr int kSurroundBlockFrames = 240;
 inline constexpr int kSurroundMaxChannels = 8;
+/** What is rendered together at the most: more is hardly quicker. */
+inline constexpr int kSurroundMostBlocks = 2;
+inline constexpr int kSurroundMostFrames = kSurroundMostBlocks * kSurroundBlockFrames;
 
 inline constexpr int kSurroundType3D = 1;
 inline constexpr int kSurroundTypeMegaBass = 13;
 
 /** How the effect names itself in log lines. */
 inline constexpr const char* kSurroundLogSource = "surround";
-/** What it logs of a null handle. */
-inline constexpr const char* kSurroundLogNullHandle = "[audio]::kv surround handle is NULL.\n";
 
 }  // namespace sonivex
 
@@ -29,10 +30,11 @@ struct SurroundHandle {
     std::int32_t type;
     std::int32_t mode;
     std::int32_t limiter;           // 1: limit the output; else clip it
+    const sonivex::Layout* layout;  // that of type and channels
     ConvolveReverb* reverb;         // owned
     Au2LimiterState* limiterState;  // owned
-    float inBlock[sonivex::kSurroundMaxChannels * sonivex::kSurroundBlockFrames];
-    float outBlock[2 * sonivex::kSurroundBlockFrames];
-    sonivex::SampleRing inRing;
-    sonivex::SampleRing outRing;
+    float inBlock[sonivex::kSurroundMaxChannels * sonivex::kSurroundMostFrames];
+    float outBlock[2 * sonivex::kSurroundMostFrames];
+    sonivex::SampleRing* inRing;  // both in the reverb's arena
+    sonivex::SampleRing* outRing;
 };

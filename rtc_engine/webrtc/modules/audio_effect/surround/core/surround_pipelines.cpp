@@ -5,149 +5,97 @@
 #include <limits>
 
 #include "effect_log.h"
+#include "layouts.h"
 #include "pcm.h"
+#include "serve_call.h"
 #include "surround_handle.h"
 #include "unit_scale.h"
 
+namespace sonivex {
 namespace {
 
-using sonivex::kSurroundBlockFrames;
-using sonivex::kSurroundMaxChannels;
-
 constexpr int kEars = 2;
-constexpr int kOutSamples = kEars * kSurroundBlockFrames;
-
-constexpr const char* kLogNullHandleOfBingo2 = "[KelvoSurround]::kv surround handle is NULL.\n";
-
-struct Pipeline {
-    int width = 0;  // samples of an input frame
-    void (*render)(ConvolveReverb& reverb, const float* in, float* out) = nullptr;
-    int log_line = 0;  // part of the log lines, see effect_log.h
-    const char* log_null_handle = sonivex::kSurroundLogNullHandle;
-};
-
-/* Mono streams bring two samples a frame as well. */
-bool isMadeFor(const SurroundHandle& handle, int width) {
-    return handle.channels == width || (handle.channels == 1 && width == 2);
-}
+constexpr int kBlockOutSamples = kEars * kSurroundBlockFrames;
 
 bool fitsInt(std::int64_t number) {
-    return number <= std::numeric_limits<int>::max() && number >= std::numeric_limits<int>::min();
+    return number <= std::numeric_limits<int>::max();
 }
 
-void toInt16(SurroundHandle& handle, std::int16_t* out) {
+/* One block: the limiter goes by the peak of what it is given at once. */
+void toInt16(SurroundHandle& handle, float* samples, std::int16_t* out) {
     if (handle.limiter == 1) {
-        sonivex::unitScaleToInt16Units(handle.outBlock, kOutSamples, handle.inBlock);
-        au2_limiter_proc(handle.limiterState, handle.inBlock, kOutSamples, handle.outBlock);
-        sonivex::floatToInt16(handle.outBlock, kOutSamples, out);
+        unitScaleToInt16Units(samples, kBlockOutSamples, handle.inBlock);
+        au2_limiter_proc(handle.limiterState, handle.inBlock, kBlockOutSamples, samples);
+        floatToInt16(samples, kBlockOutSamples, out);
     } else {
-        sonivex::clipToInt16(handle.outBlock, kOutSamples, out);
+        clipToInt16(samples, kBlockOutSamples, out);
     }
 }
 
-void processBlock(SurroundHandle& handle, const Pipeline& pipeline) {
-    std::int16_t in[kSurroundMaxChannels * kSurroundBlockFrames];
-    const int in_samples = pipeline.width * kSurroundBlockFrames;
-    sonivex::readSamples(handle.inRing, in, in_samples);
-    sonivex::int16ToUnitScale(in, in_samples, handle.inBlock);
+/* As many of the waiting blocks as are rendered together. @return how many. */
+int renderBlocks(SurroundHandle& handle, int blocks_waiting) {
+    const Layout& layout = *handle.layout;
+    const int blocks = std::min(blocks_waiting, kSurroundMostBlocks);
+    std::int16_t in[kSurroundMaxChannels * kSurroundMostFrames];
+    const int in_samples = layout.width * kSurroundBlockFrames * blocks;
+    readSamples(*handle.inRing, in, in_samples);
+    int16ToUnitScale(in, in_samples, handle.inBlock);
 
-    pipeline.render(*handle.reverb, handle.inBlock, handle.outBlock);
+    handle.reverb->process(layout, handle.inBlock, handle.outBlock, kSurroundBlockFrames, blocks);
+    if (layout.has_audio_stage) {
+        handle.reverb->process(kAudio, handle.outBlock, handle.outBlock, kSurroundBlockFrames, blocks);
+    }
 
-    std::int16_t out[kOutSamples];
-    toInt16(handle, out);
-    sonivex::writeSamples(handle.outRing, out, kOutSamples);
+    float* rendered = handle.outBlock;
+    for (int block = 0; block < blocks; ++block, rendered += kBlockOutSamples) {
+        std::int16_t out[kBlockOutSamples];
+        toInt16(handle, rendered, out);
+        writeSamples(*handle.outRing, out, kBlockOutSamples);
+    }
+    return blocks;
 }
-
-int run(const Pipeline& pipeline, void* handle, const short* in, short* out, int frames) {
-    if (handle == nullptr) {
-        sonivex::logEffectMessage(sonivex::kSurroundLogSource, pipeline.log_line, pipeline.log_null_handle);
-        return 0;
-    }
-    auto& surround = *static_cast<SurroundHandle*>(handle);
-    if (in == nullptr || out == nullptr || !isMadeFor(surround, pipeline.width)) return 0;
-    const std::int64_t in_samples = std::int64_t{frames} * pipeline.width;
-    if (!fitsInt(in_samples)) return 0;
-    const int out_samples = frames * kEars;
-
-    sonivex::writeSamples(surround.inRing, in, static_cast<int>(in_samples));
-    while (sonivex::fillLevel(surround.inRing) >= pipeline.width * kSurroundBlockFrames) {
-        processBlock(surround, pipeline);
-    }
-    if (frames < 1) return frames;
-    if (sonivex::fillLevel(surround.outRing) >= out_samples) {
-        sonivex::readSamples(surround.outRing, out, out_samples);
-    } else {
-        std::fill_n(out, out_samples, short{0});
-    }
-    return frames;
-}
-
-constexpr Pipeline kBingo2 = {
-    .width = 2,
-    .render = [](ConvolveReverb& reverb, const float* in,
-                 float* out) { reverb.process_Kelvo_Bingo_2(in, out, kSurroundBlockFrames); },
-    .log_line = 194,
-    .log_null_handle = kLogNullHandleOfBingo2};
-
-constexpr Pipeline kBingo51 = {
-    .width = 6,
-    .render = [](ConvolveReverb& reverb, const float* in,
-                 float* out) { reverb.process_Kelvo_Bingo_5_1(in, out, kSurroundBlockFrames); },
-    .log_line = 276};
-
-constexpr Pipeline kBingo71 = {
-    .width = 8,
-    .render = [](ConvolveReverb& reverb, const float* in,
-                 float* out) { reverb.process_Kelvo_Bingo_7_1(in, out, kSurroundBlockFrames); },
-    .log_line = 360};
-
-constexpr Pipeline kSurround2 = {.width = 2,
-                                 .render =
-                                     [](ConvolveReverb& reverb, const float* in, float* out) {
-                                         reverb.process_Kelvo_Surround_2(in, out, kSurroundBlockFrames);
-                                         reverb.process_kelvo_audio_(out, out, kSurroundBlockFrames);
-                                     },
-                                 .log_line = 444};
-
-constexpr Pipeline kSurround51 = {.width = 6,
-                                  .render =
-                                      [](ConvolveReverb& reverb, const float* in, float* out) {
-                                          reverb.process_Kelvo_Surround_5_1(in, out, kSurroundBlockFrames);
-                                          reverb.process_kelvo_audio_(out, out, kSurroundBlockFrames);
-                                      },
-                                  .log_line = 527};
-
-constexpr Pipeline kSurround71 = {.width = 8,
-                                  .render =
-                                      [](ConvolveReverb& reverb, const float* in, float* out) {
-                                          reverb.process_Kelvo_Surround_7_1(in, out, kSurroundBlockFrames);
-                                          reverb.process_kelvo_audio_(out, out, kSurroundBlockFrames);
-                                      },
-                                  .log_line = 612};
 
 }  // namespace
 
+int processSurround(const Layout& layout, void* handle, const short* in, short* out, int frames) {
+    if (handle == nullptr) {
+        logEffectMessage(kSurroundLogSource, layout.log_line, layout.log_null_handle);
+        return 0;
+    }
+    auto& surround = *static_cast<SurroundHandle*>(handle);
+    if (surround.layout != &layout) return std::min(frames, 0);
+    const int taken_frames = std::max(frames, 0);  // of fewer than one, neither buffer is looked at
+    const std::int64_t in_samples = std::int64_t{taken_frames} * layout.width;
+    if (frames > 0 && (in == nullptr || out == nullptr || !fitsInt(in_samples))) return 0;
+    serveCall(*surround.inRing, *surround.outRing, {in, static_cast<int>(in_samples)},
+              {out, taken_frames * kEars}, layout.width * kSurroundBlockFrames,
+              [&](int blocks_waiting) { return renderBlocks(surround, blocks_waiting); });
+    return frames;
+}
+
+}  // namespace sonivex
+
 /* Their parameters are part of the exported names, hence `short*` for what is only read. */
 int ProcessSurround_Kelvo_Bingo_2(void* handle, short* in, short* out, int frames) {
-    return run(kBingo2, handle, in, out, frames);
+    return sonivex::processSurround(sonivex::kBingo2, handle, in, out, frames);
 }
 
 int ProcessSurround_Kelvo_Bingo_5_1(void* handle, short* in, short* out, int frames) {
-    return run(kBingo51, handle, in, out, frames);
+    return sonivex::processSurround(sonivex::kBingo51, handle, in, out, frames);
 }
 
 int ProcessSurround_Kelvo_Bingo_7_1(void* handle, short* in, short* out, int frames) {
-    return run(kBingo71, handle, in, out, frames);
+    return sonivex::processSurround(sonivex::kBingo71, handle, in, out, frames);
 }
 
 int ProcessSurround_Kelvo_Surround_2_To_Nangua(void* handle, short* in, short* out, int frames) {
-    return run(kSurround2, handle, in, out, frames);
+    return sonivex::processSurround(sonivex::kSurround2, handle, in, out, frames);
 }
 
 int ProcessSurround_Kelvo_Surround_5_1_To_Nangua(void* handle, short* in, short* out, int frames) {
-    return run(kSurround51, handle, in, out, frames);
+    return sonivex::processSurround(sonivex::kSurround51, handle, in, out, frames);
 }
 
 int ProcessSurround_Kelvo_Surround_7_1_To_Nangua(void* handle, short* in, short* out, int frames) {
-    return run(kSurround71, handle, in, out, frames);
+    return sonivex::processSurround(sonivex::kSurround71, handle, in, out, frames);
 }

@@ -1,4 +1,6 @@
-/* Convolution with a long response: its head in short partitions without delay, its tail in long ones.
+/* Convolution with a long response: its head in short partitions without delay, its tail in long ones. Part
+ * of the scalar definition of right: the shipped path runs banks (convolution/), held bit for bit to the head
+ * stage, which holds every response that ships whole.
  *
  *   response   [0, T)     [T, 2T)            [2T, ..)
  *   stage      head       first tail         tail

@@ -13,10 +13,11 @@
 
 namespace {
 
-using audiofft::details::TransformTables;
+using sonivex::laneTransform;
+using sonivex::TransformTables;
 using Floats = std::vector<float>;
 
-constexpr std::size_t kLanes[] = {1, 2, 4, 8, 16};
+constexpr std::size_t kLanes[] = {1, 2, 4, 8};
 constexpr std::size_t kLargest = 2048;
 
 /* Numbers of very different sizes, zeros of either sign among them. */
@@ -76,12 +77,12 @@ void expectForwardEqualsScalar(std::size_t n, std::size_t lanes) {
     const std::size_t half = n / 2;
     const Floats frames = wideRange(n + lanes, half * lanes);
     fftconvolver::Buffer<double> work;
-    work.resizeOrThrow(n * std::min(lanes, audiofft::laneTransform().width));
+    work.resizeOrThrow(sonivex::LaneTransform::workDoubles(n));
     /* One float beyond an aligned place: floats may lie anywhere. */
     Floats unaligned(1 + 2 * half * lanes, 99.0F);
     float* const re = unaligned.data() + 1;
     float* const im = re + half * lanes;
-    audiofft::laneTransform().forward(tables, frames.data(), lanes, re, im, work.data());
+    laneTransform().forward(tables, frames.data(), lanes, re, im, work.data());
     for (std::size_t number = 0; number < lanes; ++number) {
         const Spectrum expected = scalarSpectrum(lane(frames, number, lanes));
         for (std::size_t bin = 0; bin < half; ++bin) {
@@ -100,9 +101,9 @@ void expectInverseEqualsScalar(std::size_t n, std::size_t lanes) {
     const Floats re = wideRange(3 * n + lanes, half * lanes);
     const Floats im = wideRange(5 * n + lanes, half * lanes);
     fftconvolver::Buffer<double> work;
-    work.resizeOrThrow(n * std::min(lanes, audiofft::laneTransform().width));
+    work.resizeOrThrow(sonivex::LaneTransform::workDoubles(n));
     Floats frames(n * lanes);
-    audiofft::laneTransform().inverse(tables, re.data(), im.data(), lanes, frames.data(), work.data());
+    laneTransform().inverse(tables, re.data(), im.data(), lanes, frames.data(), work.data());
     for (std::size_t number = 0; number < lanes; ++number) {
         Spectrum spectrum = {lane(re, number, lanes), lane(im, number, lanes)};
         spectrum.re.push_back(0.0F);
@@ -116,8 +117,8 @@ void expectInverseEqualsScalar(std::size_t n, std::size_t lanes) {
 
     Floats in_place = re;
     in_place.insert(in_place.end(), im.begin(), im.end());
-    audiofft::laneTransform().inverse(tables, in_place.data(), in_place.data() + half * lanes, lanes,
-                                      in_place.data(), work.data());
+    laneTransform().inverse(tables, in_place.data(), in_place.data() + half * lanes, lanes, in_place.data(),
+                            work.data());
     EXPECT_EQ(in_place, frames);
 }
 
@@ -151,11 +152,11 @@ TEST(LaneTransform, ForwardAndBackGivesTheInput) {
         for (const std::int16_t sample : pcm) in.push_back(static_cast<float>(sample) / 32768.0F);
         Floats memory(2 * kHalf * kLane);
         fftconvolver::Buffer<double> work;
-        work.resizeOrThrow(2 * kHalf * kLane);
+        work.resizeOrThrow(sonivex::LaneTransform::workDoubles(2 * kHalf));
         float* const re = memory.data();
         float* const im = re + kHalf * kLane;
-        audiofft::laneTransform().forward(tables, in.data(), kLane, re, im, work.data());
-        audiofft::laneTransform().inverse(tables, re, im, kLane, memory.data(), work.data());
+        laneTransform().forward(tables, in.data(), kLane, re, im, work.data());
+        laneTransform().inverse(tables, re, im, kLane, memory.data(), work.data());
         for (std::size_t i = 0; i < in.size(); ++i) ASSERT_NEAR(memory[i], in[i], 1e-6F) << i;
         for (std::size_t i = in.size(); i < memory.size(); ++i) ASSERT_NEAR(memory[i], 0.0F, 1e-6F) << i;
     });
@@ -163,9 +164,9 @@ TEST(LaneTransform, ForwardAndBackGivesTheInput) {
 
 TEST(LaneTransform, WiderVectorsTakeMoreLanesAtOnce) {
     std::vector<std::size_t> widths;
-    test::forEachVectorTarget([&] { widths.push_back(audiofft::laneTransform().width); });
+    test::forEachVectorTarget([&] { widths.push_back(laneTransform().width); });
     for (const std::size_t width : widths) EXPECT_TRUE(width == 1 || width == 2 || width == 4 || width == 8);
-    EXPECT_EQ(audiofft::laneTransform().width, *std::max_element(widths.begin(), widths.end()));
+    EXPECT_EQ(laneTransform().width, *std::max_element(widths.begin(), widths.end()));
 }
 
 }  // namespace

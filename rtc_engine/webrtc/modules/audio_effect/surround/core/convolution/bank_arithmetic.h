@@ -9,26 +9,34 @@
  *
  *   inputs       [tile][slot][re, im][16]             ring of the P - 1 blocks before the one being filled
  *   responses    [tile][partition][row][re, im][16]
- *   accumulated  [tile][row][re, im][16]              sum over i >= 1 of the block being filled
+ *                [tile][partition][re, im][8]         of two channels that share one: k = bin
+ *   accumulated  [tile][row][re, im][16]              sum over i >= 1 of the block begun last
  *
  * A spectrum's X[0] and X[L] are real and share bin 0, as re and im.
  *
- * A call does one block, or two at once: A, which it finishes, and B, which follows. Their forward transforms
- * come in, and their sums go out, as lanes of lane_transform.h:
+ * A call renders a few snapshots of blocks (steps.h) together. Of two blocks that begin in it the older
+ * partitions are summed up together, so that responses and inputs are loaded once for both. Forward
+ * transforms come in, and sums go out, as lanes of lane_transform.h:
  *
- *   in    [bin][block][channel]
- *   out   [bin][term][block][ear]   (term, ear) = (channel, row) or (row, channel)
+ *   in    [bin][snapshot][channel]
+ *   out   [bin][term][snapshot][ear]   (term, ear) = (channel, row) or (row, channel); the third and the
+ * fourth snapshot in planes of their own
  *
  * Real-time safe. */
 #pragma once
 
 #include <cstddef>
 
-namespace fftconvolver {
+#include "steps.h"
+
+namespace sonivex {
 
 inline constexpr std::size_t kTileFloats = 16;
 /** Of one spectrum in a tile. */
 inline constexpr std::size_t kTileSpectrumFloats = 2 * kTileFloats;
+
+/** Snapshots whose sums share their planes. */
+inline constexpr std::size_t kSnapshotsOfPlanes = 2;
 
 /** What a bank keeps, as the kernels see it. Each array starts at a multiple of 64 bytes. */
 struct BankMemory {
@@ -39,6 +47,7 @@ struct BankMemory {
     std::size_t partitions;  // P
     std::size_t channels;    // 1 or 2
     std::size_t rows;        // 1 or 2
+    bool shares_response;    // two channels of one row have the same response
 };
 
 /** Spectra as lanes. Both planes are padded to whole tiles. */
@@ -47,21 +56,21 @@ struct LanePlanes {
     float* im;
 };
 
-/** Which of a bank's outputs are the left ear and the right. With one row and one channel there is one ear,
- *  and it counts as kRows. */
-enum class Ears { kRows, kChannels };
+/** Which of a bank's outputs are the left ear and the right. */
+enum class Ears {
+    kRows,      // a row each
+    kChannels,  // a channel each
+    kBoth,      // one row and one channel: both ears hear the same
+};
 
 struct BankArithmetic {
-    /** One block.
-     *  @param newest the ring's slot of the last finished block; older ones follow.
-     *  @param is_new the block has just begun: sum the older ones up and keep that.
-     *  @param is_finished the block is complete: put it into the ring in place of the oldest one, before
-     *                `newest`. */
-    void (*oneBlock)(const BankMemory& memory, Ears ears, std::size_t newest, bool is_new, bool is_finished,
-                     const LanePlanes& in, const LanePlanes& out);
-    /** The block being filled, which is complete now, and the one that follows. */
-    void (*twoBlocks)(const BankMemory& memory, Ears ears, std::size_t newest, const LanePlanes& in,
-                      const LanePlanes& out);
+    /** The sums of a step's snapshots. Finished blocks take the places of the oldest ones in the ring.
+     *  @param newest the ring's slot of the block finished last; older ones follow. It moves on by
+     *                step.finishedBlocks() slots.
+     *  @param in     of step.lanes() snapshots; those that the step does not have may hold anything.
+     *  @param out    of the first two snapshots and of the others. */
+    void (*render)(const BankMemory& memory, Ears ears, std::size_t newest, const Step& step,
+                   const LanePlanes& in, const LanePlanes (&out)[kMostSnapshots / kSnapshotsOfPlanes]);
 };
 
 /** Where a ring of `slots` puts the block that follows `newest`. */
@@ -72,4 +81,4 @@ inline std::size_t slotBefore(std::size_t newest, std::size_t slots) {
 /** That of the best instructions this processor has. Looks the processor up at its first call. */
 const BankArithmetic& bankArithmetic();
 
-}  // namespace fftconvolver
+}  // namespace sonivex

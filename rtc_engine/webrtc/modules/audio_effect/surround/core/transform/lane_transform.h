@@ -7,7 +7,8 @@
  * Every lane sees the operations of fft_passes.h in their order, each rounded by itself, and nothing passes
  * from one lane to another: the bits are the same for every vector width and in every lane, and equal to the
  * scalar transform's up to the sign of i. What saves time besides: the second half of the input is zero and
- * is not there, reordering and conversion happen inside the first and the last pass.
+ * is not there, reordering and conversion happen inside the first and the last pass, and lanes that would
+ * leave half of a vector empty go through it with two points at a time.
  *
  * Real-time safe. */
 #pragma once
@@ -16,20 +17,25 @@
 
 #include "transform_tables.h"
 
-namespace audiofft {
+namespace sonivex {
 
 /** The transforms of one set of vector instructions. */
 struct LaneTransform {
+    static constexpr std::size_t kMostWidth = 8;
+
     /** Doubles in its widest vector: lanes go through a pass in groups of at most that many. */
     std::size_t width;
 
+    /** Doubles of working memory that are enough for every set of instructions. */
+    static constexpr std::size_t workDoubles(std::size_t samples) { return kMostWidth * samples; }
+
     /** Transform signals whose second half is zero.
      *  @param frames [n / 2][lanes], the first half.
-     *  @param lanes  1, 2, 4 or a multiple of 8.
+     *  @param lanes  1, 2, 4 or 8.
      *  @param re, im [n / 2][lanes] each, overwritten. `re` may be `frames`: a group of lanes is read as a
      *                whole before it is written, and touches no other's numbers.
-     *  @param work   [n * min(lanes, width)], overwritten. */
-    void (*forward)(const details::TransformTables& tables, const float* frames, std::size_t lanes, float* re,
+     *  @param work   [workDoubles(n)], overwritten. */
+    void (*forward)(const TransformTables& tables, const float* frames, std::size_t lanes, float* re,
                     float* im, double* work);
 
     /** Transform back: inverse(forward(x)) = x.
@@ -37,11 +43,11 @@ struct LaneTransform {
      *  @param frames [n][lanes], overwritten; may be `re` if `im` lies at least n / 2 * lanes behind it, at a
      *                multiple of `lanes`.
      *  @param work   as above. */
-    void (*inverse)(const details::TransformTables& tables, const float* re, const float* im,
-                    std::size_t lanes, float* frames, double* work);
+    void (*inverse)(const TransformTables& tables, const float* re, const float* im, std::size_t lanes,
+                    float* frames, double* work);
 };
 
 /** That of the best instructions this processor has. Looks the processor up at its first call. */
 const LaneTransform& laneTransform();
 
-}  // namespace audiofft
+}  // namespace sonivex

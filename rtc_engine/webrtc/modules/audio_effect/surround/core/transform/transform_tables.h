@@ -1,23 +1,18 @@
-/* Constants of the real transform of one length: roots of unity, half cosines and the order of the points.
- * The formulas they belong to are in fft_passes.h. */
+/* What the transform in lanes looks up, for one length and in the order in which it is needed. */
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
-#include "fft_passes.h"
+namespace sonivex {
 
-namespace audiofft::details {
-
-/** e^(i pi/4 * j / (doubles / 2)) as (cos, sin) pairs in bit-reversed order.
- *  @param table   [doubles], overwritten.
- *  @param doubles a power of two, at least 2.
- *  @param offsets work area of sqrt(doubles / 2) ints, overwritten. */
-void makeRoots(double* table, int doubles, int* offsets);
-
-/** cos(pi/2 * j / count) / 2 for j = 0 .. count - 1; count is a power of two. */
-void makeHalfCosines(double* table, int count);
+/** t, t2 and t3 of a block of a pass with e^(+i), see fft_passes.h; the other direction has their conjugates.
+ */
+struct BlockRoots {
+    double re[3];
+    double im[3];
+};
 
 struct PairFactor {
     double re;
@@ -49,4 +44,4 @@ class TransformTables {
     std::vector<std::uint32_t> block_order_;
 };
 
-}  // namespace audiofft::details
+}  // namespace sonivex

@@ -1,0 +1,81 @@
+#include "arena.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <new>
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
+namespace sonivex {
+namespace {
+
+constexpr std::size_t kHugePageBytes = std::size_t{2} << 20;
+/* What may stay unused of a huge page: memory that the handle holds for speed alone. */
+constexpr std::size_t kMostUnusedBytes = kHugePageBytes / 8;
+
+std::size_t hugePagesOf(std::size_t bytes) {
+    return (bytes + kMostUnusedBytes) / kHugePageBytes;
+}
+
+#if defined(__linux__)
+/* Memory whose first pages are huge ones, if the system likes; null if it gives none. */
+std::byte* mapWithHugePages(std::size_t bytes, std::size_t huge_pages) {
+    const std::size_t reserved = bytes + kHugePageBytes;
+    void* const map = mmap(nullptr, reserved, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (map == MAP_FAILED) return nullptr;
+    const auto address = reinterpret_cast<std::uintptr_t>(map);
+    const std::size_t before = (kHugePageBytes - address % kHugePageBytes) % kHugePageBytes;
+    std::byte* const memory = static_cast<std::byte*>(map) + before;
+    if (before > 0) munmap(map, before);
+    munmap(memory + bytes, reserved - before - bytes);
+    madvise(memory, huge_pages * kHugePageBytes, MADV_HUGEPAGE);
+    return memory;
+}
+
+std::size_t wholePages(std::size_t bytes) {
+    constexpr std::size_t kPageBytes = 4096;
+    return (bytes + kPageBytes - 1) / kPageBytes * kPageBytes;
+}
+#endif
+
+}  // namespace
+
+Arena::Arena(std::size_t bytes) {
+#if defined(__linux__)
+    if (const std::size_t huge_pages = hugePagesOf(bytes); huge_pages > 0) {
+        bytes_ = std::max(wholePages(bytes), huge_pages * kHugePageBytes);
+        memory_ = mapWithHugePages(bytes_, huge_pages);
+        is_mapped_ = memory_ != nullptr;
+    }
+#endif
+    if (!is_mapped_) {
+        bytes_ = bytes;
+        memory_ = static_cast<std::byte*>(::operator new (bytes, std::align_val_t{kAlignment}, std::nothrow));
+        if (memory_ == nullptr) throw std::bad_alloc();
+    }
+    std::memset(memory_, 0,
+                bytes_);  // mapped pages too: no call of an effect shall wait for the system to give one
+    room_ = bytes_;
+}
+
+Arena::~Arena() {
+#if defined(__linux__)
+    if (is_mapped_) {
+        munmap(memory_, bytes_);
+        return;
+    }
+#endif
+    ::operator delete (memory_, std::align_val_t{kAlignment});
+}
+
+void* Arena::takeBytes(std::size_t bytes) {
+    if (bytes > room_) throw std::bad_alloc();
+    void* const array = memory_ + (bytes_ - room_);
+    room_ -= bytes;
+    return array;
+}
+
+}  // namespace sonivex

@@ -1,0 +1,157 @@
+#include "convolve_reverb.h"
+
+#include <algorithm>
+#include <array>
+
+#include "float_rules.h"
+#include "layouts.h"
+#include "response_length.h"
+
+namespace {
+
+using sonivex::Layout;
+using sonivex::Taps;
+
+constexpr std::size_t kAgents = 24;
+
+/* Shortest tail partition, before it is rounded up to a power of two. At the blocks that surround uses it
+ * holds every response whole, so that all of a response is in the head stage, and banks need no other. */
+constexpr std::uint64_t kShortestTail = 12768;
+
+void appendScaled(const ConvolveReverb::Table& table, std::size_t samples, double divisor,
+                  ConvolveReverb::Response& response) {
+    const std::size_t loaded = response.size();
+    response.resize(loaded + samples);
+    for (std::size_t i = 0; i < samples; ++i) {
+        response[loaded + i] = static_cast<float>(static_cast<double>(table[i]) / divisor);
+    }
+}
+
+std::array<Taps, kAgents> tapsOfAgents(const Layout& layout,
+                                       const std::vector<ConvolveReverb::Response>& responses) {
+    std::array<Taps, kAgents> taps{};
+    auto response = responses.begin();
+    for (const sonivex::Source& source : layout.sources) {
+        for (const int agent : {source.left_agent, source.right_agent}) {
+            if (agent == sonivex::kNoAgent) continue;
+            taps[static_cast<std::size_t>(agent)] = {response->data(), response->size()};
+            ++response;
+        }
+    }
+    return taps;
+}
+
+}  // namespace
+
+ConvolveReverb::Stage& ConvolveReverb::stageOf(const Layout& layout) {
+    return &layout == &sonivex::kAudio ? audioStage : layoutStage;
+}
+
+/* The Audio stage comes with a set-up of its own, and shall lie with the stage before it. */
+std::size_t ConvolveReverb::bytesForLater(const Layout& layout) const {
+    if (!layout.has_audio_stage) return owner_bytes_;
+    constexpr sonivex::BankShape kAudioShape = {
+        .channels = 2, .rows = 1, .ears = sonivex::Ears::kChannels, .shares_response = true};
+    const std::size_t partitions = fftconvolver::partitionsOf(sonivex::kAudio.samples, headBlockSize);
+    return owner_bytes_ + sonivex::ConvolutionBank::bytesOf(kAudioShape, partitions, headBlockSize);
+}
+
+void ConvolveReverb::prepare(const Layout& layout, int new_channels, int block_frames, unsigned mode) {
+    channels = new_channels;
+    block_frames_ = static_cast<std::size_t>(std::max(block_frames, 0));
+    headBlockSize = fftconvolver::powerOfTwoNotBelow(block_frames_);
+    tailBlockSize = std::max(kShortestTail, 2 * headBlockSize);
+
+    Stage& stage = stageOf(layout);
+    const auto tables = sonivex::tablesOf(layout, mode);
+    if (stage.tables.data() != tables.data()) stage.responses.assign(tables.size(), {});
+    stage.layout = &layout;
+    stage.tables = tables;
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        appendScaled(*tables[i], layout.samples, layout.divisor, stage.responses[i]);
+    }
+
+    const std::array<Taps, kAgents> taps = tapsOfAgents(layout, stage.responses);
+    const std::size_t bytes = sonivex::SourceBanks::bytesOf(layout.sources, taps, headBlockSize);
+    if (memory_ == nullptr || memory_->workspace.blockFrames() != headBlockSize ||
+        memory_->arena.room() < bytes) {
+        memory_ = std::make_shared<sonivex::ConvolutionMemory>(headBlockSize, bytes + bytesForLater(layout));
+    }
+    stage.banks.build(layout.sources, taps, memory_);
+}
+
+bool ConvolveReverb::isReady(const Stage& stage, const Layout& layout, std::size_t frames) const {
+    const bool takes_channels = &layout == &sonivex::kAudio ? channels > 0 : takesChannels(layout, channels);
+    return stage.layout == &layout && takes_channels && frames <= block_frames_;
+}
+
+int ConvolveReverb::process(const Layout& layout, const float* in, float* out, int n, int blocks) {
+    if (n < 1) return n;
+    const auto frames = static_cast<std::size_t>(n);
+    const auto calls = static_cast<std::size_t>(blocks);
+    Stage& stage = stageOf(layout);
+    if (!isReady(stage, layout, frames)) {
+        std::fill_n(out, 2 * frames * calls, 0.0F);
+        return n;
+    }
+    stage.banks.render(in, static_cast<std::size_t>(layout.width), frames, calls, out);
+    return n;
+}
+
+/* ---- by name ---- */
+
+void ConvolveReverb::prepareToPlay_Kelvo_Bingo_2(int new_channels, int block_frames) {
+    prepare(sonivex::kBingo2, new_channels, block_frames, 0);
+}
+
+void ConvolveReverb::prepareToPlay_Kelvo_Bingo_5_1(int new_channels, int block_frames) {
+    prepare(sonivex::kBingo51, new_channels, block_frames, 0);
+}
+
+void ConvolveReverb::prepareToPlay_Kelvo_Bingo_7_1(int new_channels, int block_frames) {
+    prepare(sonivex::kBingo71, new_channels, block_frames, 0);
+}
+
+void ConvolveReverb::prepareToPlay_Kelvo_Surround_2(int new_channels, int block_frames, unsigned mode) {
+    prepare(sonivex::kSurround2, new_channels, block_frames, mode);
+}
+
+void ConvolveReverb::prepareToPlay_Kelvo_Surround_5_1(int new_channels, int block_frames, unsigned mode) {
+    prepare(sonivex::kSurround51, new_channels, block_frames, mode);
+}
+
+void ConvolveReverb::prepareToPlay_Kelvo_Surround_7_1(int new_channels, int block_frames, unsigned mode) {
+    prepare(sonivex::kSurround71, new_channels, block_frames, mode);
+}
+
+void ConvolveReverb::prepareToPlay_Kelvo_Audio(int new_channels, int block_frames) {
+    prepare(sonivex::kAudio, new_channels, block_frames, 0);
+}
+
+int ConvolveReverb::process_Kelvo_Bingo_2(const float* in, float* out, int n) {
+    return process(sonivex::kBingo2, in, out, n);
+}
+
+int ConvolveReverb::process_Kelvo_Bingo_5_1(const float* in, float* out, int n) {
+    return process(sonivex::kBingo51, in, out, n);
+}
+
+int ConvolveReverb::process_Kelvo_Bingo_7_1(const float* in, float* out, int n) {
+    return process(sonivex::kBingo71, in, out, n);
+}
+
+int ConvolveReverb::process_Kelvo_Surround_2(const float* in, float* out, int n) {
+    return process(sonivex::kSurround2, in, out, n);
+}
+
+int ConvolveReverb::process_Kelvo_Surround_5_1(const float* in, float* out, int n) {
+    return process(sonivex::kSurround51, in, out, n);
+}
+
+int ConvolveReverb::process_Kelvo_Surround_7_1(const float* in, float* out, int n) {
+    return process(sonivex::kSurround71, in, out, n);
+}
+
+int ConvolveReverb::process_kelvo_audio_(const float* in, float* out, int n) {
+    return process(sonivex::kAudio, in, out, n);
+}

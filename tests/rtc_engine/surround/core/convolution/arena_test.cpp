@@ -1,0 +1,91 @@
+#include "arena.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <new>
+#include <vector>
+
+namespace {
+
+using sonivex::Arena;
+
+constexpr std::size_t kMib = std::size_t{1} << 20;
+/* From here on an arena has pages of its own. */
+constexpr std::size_t kLeastOfHugePages = 2 * kMib - kMib / 4;
+
+constexpr std::size_t kArenaSizes[] = {
+    64, 4096, kMib, kLeastOfHugePages - 64, kLeastOfHugePages, 2 * kMib, 5 * kMib / 2, 4 * kMib};
+
+TEST(Arena, ArraysAreAlignedAndZeroAndDoNotOverlap) {
+    for (const std::size_t bytes : kArenaSizes) {
+        SCOPED_TRACE(bytes);
+        Arena arena(bytes);
+        EXPECT_GE(arena.room(), bytes);
+        std::vector<unsigned char*> arrays;
+        std::vector<std::size_t> sizes;
+        for (std::size_t size = 1; arena.room() >= Arena::bytesOf<unsigned char>(size);
+             size = 2 * size + 13) {
+            arrays.push_back(arena.take<unsigned char>(size));
+            sizes.push_back(size);
+        }
+        for (std::size_t i = 0; i < arrays.size(); ++i) {
+            EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arrays[i]) % Arena::kAlignment, 0U);
+            EXPECT_EQ(std::count(arrays[i], arrays[i] + sizes[i], 0), static_cast<std::ptrdiff_t>(sizes[i]));
+            std::fill_n(arrays[i], sizes[i], static_cast<unsigned char>(i + 1));
+        }
+        for (std::size_t i = 0; i < arrays.size(); ++i) {
+            EXPECT_EQ(std::count(arrays[i], arrays[i] + sizes[i], static_cast<unsigned char>(i + 1)),
+                      static_cast<std::ptrdiff_t>(sizes[i]));
+        }
+    }
+}
+
+TEST(Arena, AnArrayTakesWholeAlignedPieces) {
+    EXPECT_EQ(Arena::bytesOf<float>(0), 0U);
+    EXPECT_EQ(Arena::bytesOf<float>(1), 64U);
+    EXPECT_EQ(Arena::bytesOf<float>(16), 64U);
+    EXPECT_EQ(Arena::bytesOf<float>(17), 128U);
+    EXPECT_EQ(Arena::bytesOf<double>(17), 192U);
+    Arena arena(256);
+    arena.take<float>(17);
+    EXPECT_EQ(arena.room(), 128U);
+    arena.take<char>(1);
+    EXPECT_EQ(arena.room(), 64U);
+}
+
+TEST(Arena, WithoutRoomTheNextArrayIsRefusedAndASmallerOneStillFits) {
+    for (const std::size_t bytes : kArenaSizes) {
+        SCOPED_TRACE(bytes);
+        Arena arena(bytes);
+        const std::size_t room = arena.room();
+        EXPECT_THROW(arena.take<unsigned char>(room + 1), std::bad_alloc);
+        EXPECT_EQ(arena.room(), room);
+        EXPECT_NE(arena.take<unsigned char>(room), nullptr);
+        EXPECT_EQ(arena.room(), 0U);
+        EXPECT_THROW(arena.take<unsigned char>(1), std::bad_alloc);
+    }
+}
+
+TEST(Arena, AllOfItCanBeWritten) {
+    for (const std::size_t bytes : kArenaSizes) {
+        Arena arena(bytes);
+        const std::size_t room = arena.room();
+        std::fill_n(arena.take<unsigned char>(room), room, static_cast<unsigned char>(7));
+    }
+}
+
+TEST(Arena, FromSevenEighthsOfAHugePageOnItFillsHugePages) {
+    EXPECT_EQ(Arena(kLeastOfHugePages - 64).room(), kLeastOfHugePages - 64);
+#if defined(__linux__)
+    EXPECT_EQ(Arena(kLeastOfHugePages).room(), 2 * kMib);
+    EXPECT_EQ(Arena(2 * kMib).room(), 2 * kMib);
+    EXPECT_EQ(Arena(5 * kMib / 2 + 1).room(), 5 * kMib / 2 + 4096);  // the rest in whole small pages
+    EXPECT_EQ(Arena(2 * kMib + kLeastOfHugePages).room(), 4 * kMib);
+    Arena arena(kLeastOfHugePages);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arena.take<char>(1)) % (2 * kMib), 0U);
+#endif
+}
+
+}  // namespace
