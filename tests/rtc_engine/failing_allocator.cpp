@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace {
@@ -13,6 +14,9 @@ int requests = 0;
 int living = 0;
 std::size_t requested_bytes = 0;
 
+/* New memory holds what others have left there, and not the zeros that come fresh from the system. */
+constexpr int kUsedBefore = 0xA5;
+
 void* allocate(std::size_t bytes, std::size_t alignment = alignof(std::max_align_t)) noexcept {
     if (is_watching) {
         ++requests;
@@ -21,7 +25,9 @@ void* allocate(std::size_t bytes, std::size_t alignment = alignof(std::max_align
     }
     const std::size_t whole_units = (std::max(bytes, std::size_t{1}) + alignment - 1) / alignment * alignment;
     void* const memory = std::aligned_alloc(alignment, whole_units);
-    if (is_watching && memory != nullptr) ++living;
+    if (memory == nullptr) return nullptr;
+    if (is_watching) ++living;
+    std::memset(memory, kUsedBefore, bytes);
     return memory;
 }
 
