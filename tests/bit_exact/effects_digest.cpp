@@ -1,5 +1,6 @@
 /* Prints a digest of what the effects make of a fixed set of signals, one line for each. The signals come
  * from integer arithmetic, so a difference is the effects' own. */
+#include <algorithm>
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
@@ -251,6 +252,26 @@ void digestDialogueKernels(int points) {
     window_digest.print("dialogue window of " + std::to_string(points));
 }
 
+/* Calls of random lengths: blocks are rendered alone and in pairs, and calls end anywhere within them. */
+void digestSurroundInRandomCalls(int channels, int type, int longest) {
+    Digest digest;
+    void* const handle = aem_CreateSurround(channels, 48000, type, 1, 1);
+    const int width = channels == 1 ? 2 : channels;
+    const test::Pcm in = surroundProgramme(width);
+    const int total_frames = static_cast<int>(in.size()) / width;
+    test::Pcm out(static_cast<std::size_t>(2 * longest));
+    test::Random random(static_cast<std::uint64_t>(longest));
+    for (int done = 0; done < total_frames;) {
+        const int frames = std::min(random.between(1, longest), total_frames - done);
+        aem_ProcessSurround(handle, in.data() + done * width, out.data(), frames);
+        for (int i = 0; i < 2 * frames; ++i) digest.add(out[static_cast<std::size_t>(i)]);
+        done += frames;
+    }
+    aem_ReleaseSurround(handle);
+    digest.print("surround " + std::to_string(type) + ", " + std::to_string(channels) +
+                 " channels, calls of up to " + std::to_string(longest) + " frames");
+}
+
 }  // namespace
 
 int main() {
@@ -269,5 +290,12 @@ int main() {
     digestLimiter(0);
     digestLimiter(1);
     digestMixer();
+    for (const int channels : {2, 6, 8}) {
+        for (const int type : {1, 13}) {
+            digestSurround(channels, type, 1, 1, 480);
+            digestSurroundInRandomCalls(channels, type, 240);
+            digestSurroundInRandomCalls(channels, type, 3000);
+        }
+    }
     return 0;
 }
