@@ -1,5 +1,5 @@
 /* Hosts often let their audio threads take numbers that are too small to be normal for zero, which is quicker
- * on some processors. The sound must not depend on it. */
+ * on some processors, and may have set another rounding mode. The sound must not depend on either. */
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -28,20 +28,34 @@ Pcm fromLoudToSilent(int channels, int silent_frames) {
     return all;
 }
 
+struct HostSettings {
+    SmallNumbers small_numbers;
+    int rounding;
+    const char* name;
+};
+
+constexpr HostSettings kSmallNumbersAreZero = {SmallNumbers::kZero, FE_TONEAREST, "small numbers are zero"};
+constexpr HostSettings kEverySetting[] = {
+    kSmallNumbersAreZero,
+    {SmallNumbers::kKept, FE_TOWARDZERO, "rounding toward zero"},
+    {SmallNumbers::kKept, FE_UPWARD, "rounding upward"},
+    {SmallNumbers::kZero, FE_DOWNWARD, "rounding downward, small are zero"}};
+
 /* The setting is there while an effect works, and while it is made, too, or is not. */
 template <typename Make, typename Output>
-void expectSameBits(Make make, Output outputOf) {
+void expectSameBits(const HostSettings& host, Make make, Output outputOf) {
+    SCOPED_TRACE(host.name);
     auto as_usual = make();
     const auto expected = outputOf(as_usual.get());
     EXPECT_NE(*std::max_element(expected.begin(), expected.end()), 0);
     {
         auto effect = make();
-        const FloatSettings settings(SmallNumbers::kZero, FE_TONEAREST);
-        ASSERT_EQ(outputOf(effect.get()), expected) << "set after creation";
+        const FloatSettings settings(host.small_numbers, host.rounding);
+        EXPECT_TRUE(outputOf(effect.get()) == expected) << "set after creation";
     }
-    const FloatSettings settings(SmallNumbers::kZero, FE_TONEAREST);
+    const FloatSettings settings(host.small_numbers, host.rounding);
     auto effect = make();
-    ASSERT_EQ(outputOf(effect.get()), expected) << "set before creation";
+    EXPECT_TRUE(outputOf(effect.get()) == expected) << "set before creation";
 }
 
 /* The tests below would pass if the setting did nothing at all. */
@@ -63,7 +77,7 @@ TEST(HostFloatSettings, AreInForceAsLongAsATestAsksForThem) {
     EXPECT_EQ(one / -3.0F, -third);
 }
 
-TEST(HostFloatSettings, SurroundSoundsTheSameWhereSmallNumbersAreZero) {
+TEST(HostFloatSettings, SurroundSoundsTheSameUnderEverySetting) {
     for (const int type : {1, 13}) {
         for (const int channels : {1, 2, 6, 8}) {
             for (const int limiter : {0, 1}) {
@@ -71,22 +85,28 @@ TEST(HostFloatSettings, SurroundSoundsTheSameWhereSmallNumbersAreZero) {
                              ", limiter " + std::to_string(limiter));
                 const auto width = static_cast<int>(test::surroundWidth(channels));
                 const Pcm in = fromLoudToSilent(width, 24000);
-                expectSameBits([&] { return test::makeSurround(channels, type, 1, limiter); },
-                               [&](void* handle) {
-                                   const std::size_t frames = in.size() / static_cast<std::size_t>(width);
-                                   return test::surrounded(handle, in, channels, test::callsOf(480, frames));
-                               });
+                for (const HostSettings& host : kEverySetting) {
+                    expectSameBits(
+                        host, [&] { return test::makeSurround(channels, type, 1, limiter); },
+                        [&](void* handle) {
+                            const std::size_t frames = in.size() / static_cast<std::size_t>(width);
+                            return test::surrounded(handle, in, channels, test::callsOf(480, frames));
+                        });
+                }
             }
         }
     }
 }
 
-TEST(HostFloatSettings, TheNormalizerSoundsTheSameWhereSmallNumbersAreZero) {
+TEST(HostFloatSettings, TheNormalizerSoundsTheSameUnderEverySetting) {
     for (const int channels : {1, 2, 6, 8}) {
         SCOPED_TRACE(std::to_string(channels) + " channels");
         const Pcm in = fromLoudToSilent(channels, 20 * 48000);
-        expectSameBits([&] { return test::makeNormalizer(channels); },
-                       [&](void* handle) { return test::normalized(handle, in, channels, 1024); });
+        for (const HostSettings& host : kEverySetting) {
+            expectSameBits(
+                host, [&] { return test::makeNormalizer(channels); },
+                [&](void* handle) { return test::normalized(handle, in, channels, 1024); });
+        }
     }
 }
 
@@ -98,6 +118,7 @@ TEST(HostFloatSettings, TheLimiterGivesTheSameBitsWhereSmallNumbersAreZero) {
             in.push_back(1.3F * static_cast<float>(sample));
         }
         expectSameBits(
+            kSmallNumbersAreZero,
             [&] {
                 auto limiter = sonivex::makeAu2Limiter();
                 limiter->lookahead = lookahead;
@@ -111,6 +132,23 @@ TEST(HostFloatSettings, TheLimiterGivesTheSameBitsWhereSmallNumbersAreZero) {
                 return out;
             });
     }
+}
+
+TEST(HostFloatSettings, AreTheHostsOwnAgainAfterEveryCall) {
+    const auto surround = test::makeSurround(2, 1, 0, 1);
+    const auto normalizer = test::makeNormalizer(2);
+    const Pcm in = test::noise(9, 2 * 1024, 20000);
+    Pcm out(2 * 1024);
+    volatile float one = 1.0F;
+    const float third = one / 3.0F;
+    const FloatSettings settings(SmallNumbers::kZero, FE_UPWARD);
+    aem_ProcessSurround(surround.get(), in.data(), out.data(), 1024);
+    EXPECT_NE(one / -3.0F, -third);
+    aem_ProcessNormalizer(normalizer.get(), in.data(), out.data(), 1024, 2);
+    EXPECT_NE(one / -3.0F, -third);
+    test::makeSurround(6, 13, 1, 1);
+    test::makeNormalizer(2);
+    EXPECT_NE(one / -3.0F, -third);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "gain_stage.h"
 #include "mixer.h"
 #include "pcm.h"
+#include "rounding.h"
 #include "sample_ring.h"
 #include "serve_call.h"
 
@@ -66,6 +67,7 @@ void processBlock(NormalizerHandle& handle, int block_samples) {
 }  // namespace
 
 void* aem_CreateNormalizer(int channels, int sampleRate) {
+    const sonivex::RoundingToNearest rounding;
     std::unique_ptr<NormalizerHandle> handle(new (std::nothrow) NormalizerHandle{});
     if (handle == nullptr) return reportFailedCreation();
     handle->channels = channels;
@@ -83,6 +85,7 @@ void* aem_CreateNormalizer(int channels, int sampleRate) {
 }
 
 int aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels) {
+    const sonivex::RoundingToNearest rounding;
     if (handle == nullptr) {
         sonivex::logEffectMessage(kLogSource, kLogLineProcess, kLogNullHandle);
         return -1;

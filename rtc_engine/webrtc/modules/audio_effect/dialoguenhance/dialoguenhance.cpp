@@ -10,6 +10,7 @@
 #include "dialoguenhance_handle.h"
 #include "effect_log.h"
 #include "framing.h"
+#include "rounding.h"
 #include "sample_ring.h"
 #include "serve_call.h"
 #include "spectral_block.h"
@@ -95,6 +96,7 @@ void processBlock(DialoguEnhanceHandle& handle, int block_samples) {
 
 void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
                                double voiceLevel) {
+    const sonivex::RoundingToNearest rounding;
     if (!isFiniteAsFloat(gainFloor) || !isFiniteAsFloat(gainScale) || !isFiniteAsFloat(voiceLevel)) {
         return nullptr;
     }
@@ -117,6 +119,7 @@ void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, d
 }
 
 int aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames, int /*sampleRate*/) {
+    const sonivex::RoundingToNearest rounding;
     if (handle == nullptr) {
         sonivex::logEffectMessage(kLogSource, kLogLineProcess, kLogNullHandle);
         return -1;

@@ -8,6 +8,7 @@
 #include "au2_limiter_owner.h"
 #include "effect_log.h"
 #include "layouts.h"
+#include "rounding.h"
 #include "surround_handle.h"
 #include "surround_pipelines.h"
 
@@ -92,6 +93,7 @@ void* createHandle(int channels, int sample_rate, int type, int mode, int limite
 }  // namespace
 
 void* aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter) {
+    const sonivex::RoundingToNearest rounding;
     try {
         return createHandle(channels, sampleRate, type, mode, limiter);
     } catch (const std::exception&) {

@@ -7,6 +7,7 @@
 #include "effect_log.h"
 #include "layouts.h"
 #include "pcm.h"
+#include "rounding.h"
 #include "serve_call.h"
 #include "surround_handle.h"
 #include "unit_scale.h"
@@ -58,6 +59,7 @@ int renderBlocks(SurroundHandle& handle, int blocks_waiting) {
 }  // namespace
 
 int processSurround(const Layout& layout, void* handle, const short* in, short* out, int frames) {
+    const RoundingToNearest rounding;
     if (handle == nullptr) {
         logEffectMessage(kSurroundLogSource, layout.log_line, layout.log_null_handle);
         return 0;

@@ -1,0 +1,85 @@
+/* Rounding to nearest while an effect works, whatever a host has set for the thread.
+ *
+ * The limiters feed back what they have rounded, so that another rounding mode changes up to a quarter of the
+ * samples, by up to 24 steps. Every exported function of an effect therefore begins with
+ *
+ *   const RoundingToNearest rounding;
+ *
+ * which gives the host its own mode back at the end. Whether small numbers count as zero is left as the host
+ * has it: that changes no bit. A few cycles; real-time safe. */
+#pragma once
+
+#include <cstdint>
+
+#if defined(__SSE2__)
+#include <xmmintrin.h>
+#elif !defined(__aarch64__)
+#include <cfenv>
+#endif
+
+namespace sonivex {
+
+class RoundingToNearest {
+  public:
+    RoundingToNearest() : hosts_mode_(mode()) {
+        if (hosts_mode_ != kNearest) setMode(kNearest);
+    }
+    ~RoundingToNearest() {
+        if (hosts_mode_ != kNearest) setMode(hosts_mode_);
+    }
+    RoundingToNearest(const RoundingToNearest&) = delete;
+    RoundingToNearest& operator=(const RoundingToNearest&) = delete;
+
+  private:
+    /* No access to memory, and so no arithmetic on samples, moves past a change of the mode. */
+    static void keepOrder() { asm volatile("" ::: "memory"); }
+
+#if defined(__SSE2__)
+    using Mode = unsigned;
+    static constexpr Mode kNearest = 0;
+    static constexpr unsigned kModeBits = 0x6000;  // of MXCSR; the standard library's mode is that of the x87
+
+    static Mode mode() {
+        return _mm_getcsr() & kModeBits;
+    }
+    static void setMode(Mode wanted) {
+        keepOrder();
+        _mm_setcsr((_mm_getcsr() & ~kModeBits) | wanted);
+        keepOrder();
+    }
+#elif defined(__aarch64__)
+    using Mode = std::uint64_t;
+    static constexpr Mode kNearest = 0;
+    static constexpr Mode kModeBits = std::uint64_t{3} << 22;  // of FPCR
+
+    static std::uint64_t control() {
+        std::uint64_t control = 0;
+        asm volatile("mrs %0, fpcr" : "=r"(control));
+        return control;
+    }
+    static Mode mode() {
+        return control() & kModeBits;
+    }
+    static void setMode(Mode wanted) {
+        keepOrder();
+        asm volatile("msr fpcr, %0" ::"r"((control() & ~kModeBits) | wanted));
+        keepOrder();
+    }
+#else
+    using Mode = int;
+    static constexpr Mode kNearest = FE_TONEAREST;
+
+    static Mode mode() {
+        return std::fegetround();
+    }
+    static void setMode(Mode wanted) {
+        keepOrder();
+        std::fesetround(wanted);
+        keepOrder();
+    }
+#endif
+
+    Mode hosts_mode_;
+};
+
+}  // namespace sonivex
