@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <new>
 
 #if defined(__linux__)
@@ -44,6 +45,7 @@ std::size_t wholePages(std::size_t bytes) {
 }  // namespace
 
 Arena::Arena(std::size_t bytes) {
+    if (bytes > std::numeric_limits<std::size_t>::max() - 2 * kHugePageBytes) throw std::bad_alloc();
 #if defined(__linux__)
     if (const std::size_t huge_pages = hugePagesOf(bytes); huge_pages > 0) {
         bytes_ = std::max(wholePages(bytes), huge_pages * kHugePageBytes);

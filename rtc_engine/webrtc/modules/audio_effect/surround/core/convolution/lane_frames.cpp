@@ -19,9 +19,9 @@ namespace hn = hwy::HWY_NAMESPACE;
 /* Frames of one channel are moved as 32 bits, those of two as 64: moving leaves every bit as it is. */
 template <class D>
 HWY_INLINE hn::Vec<D> loadFrames(D d, const LaneSource& source, std::size_t channels, std::size_t i) {
+    if (i >= source.filled) return hn::Zero(d);
     const auto* const frames = reinterpret_cast<const hn::TFromD<D>*>(source.first + i * channels);
     if (i + hn::Lanes(d) <= source.filled) return hn::LoadU(d, frames);
-    if (i >= source.filled) return hn::Zero(d);
     HWY_ALIGN hn::TFromD<D> some[hn::MaxLanes(D())] = {};
     std::copy_n(frames, source.filled - i, some);
     return hn::Load(d, some);

@@ -11,7 +11,7 @@ namespace {
 using fftconvolver::lengthWithoutSilentEnd;
 using fftconvolver::partitionsOf;
 
-constexpr std::size_t kMostSources = 4;
+constexpr std::size_t kMostSources = 4;  // of a bank
 
 /* One bank's share of the sources. */
 struct Plan {
@@ -48,9 +48,11 @@ Plan planOfBothEars(std::span<const Source> sources, std::span<const Taps> respo
     return plan;
 }
 
-/* Left and right in turn: the channels are the ears. */
+/* Left and right in turn: the channels are the ears. A second pair of the same channels is a second row. */
 Plan planOfSides(std::span<const Source> sources, std::span<const Taps> responses) {
-    const std::size_t count = std::min(sources.size(), kMostSources);
+    const bool are_two_pairs = sources.size() >= kMostSources && sources[2].plane == sources[0].plane &&
+                               sources[3].plane == sources[1].plane;
+    const std::size_t count = are_two_pairs ? kMostSources : 2;
     Plan plan = {.shape = {.channels = 2, .rows = count / 2, .ears = Ears::kChannels}, .sources = count};
     for (std::size_t i = 0; i < count; ++i) plan.agents[i] = onlyAgent(sources[i]);
     const auto tapsOf = [&](int agent) { return responses[static_cast<std::size_t>(agent)]; };
