@@ -20,7 +20,7 @@
  *  @param mode       room of type 13: 1 small, 2 middle, every other value large. Type 1 ignores it.
  *  @param limiter    1: limit peaks; every other value: clip them.
  *  @return a handle that the caller releases with aem_ReleaseSurround, or null: memory has run out (logged;
- *          everything is freed), or type or channels are not supported (logged; up to 0.5 MiB stay allocated
+ *          everything is freed), or type or channels are not supported (logged; some 20 KiB stay allocated
  *          for ever, so do not try).
  *  Allocates up to 2.7 MiB; not real-time safe. */
 SONIVEX_API void* aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter);

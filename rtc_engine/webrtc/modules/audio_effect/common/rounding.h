@@ -1,7 +1,7 @@
 /* Rounding to nearest while an effect works, whatever a host has set for the thread.
  *
  * The limiters feed back what they have rounded, so that another rounding mode changes up to a quarter of the
- * samples, by up to 24 steps. Every exported function of an effect therefore begins with
+ * samples, by up to 24 steps. Every exported function of an effect that computes therefore begins with
  *
  *   const RoundingToNearest rounding;
  *
@@ -37,7 +37,7 @@ class RoundingToNearest {
 #if defined(__SSE2__)
     using Mode = unsigned;
     static constexpr Mode kNearest = 0;
-    static constexpr unsigned kModeBits = 0x6000;  // of MXCSR; the standard library's mode is that of the x87
+    static constexpr unsigned kModeBits = 0x6000;  // of MXCSR; std::fegetround reads the x87 unit's
 
     static Mode mode() {
         return _mm_getcsr() & kModeBits;

@@ -42,7 +42,8 @@ std::vector<StageFloats> responsesOfAgents(std::size_t agents, const std::vector
     return responses;
 }
 
-void expectScalarSums(const std::vector<Source>& sources, const std::vector<StageFloats>& responses) {
+void expectScalarSums(const std::vector<Source>& sources, const std::vector<StageFloats>& responses,
+                      std::size_t width = kStageWidth) {
     SourceBanks banks = builtBanks(sources, responses);
     std::vector<fftconvolver::FFTConvolver> scalar(responses.size());
     for (std::size_t i = 0; i < responses.size(); ++i) {
@@ -52,7 +53,7 @@ void expectScalarSums(const std::vector<Source>& sources, const std::vector<Stag
     for (int render = 0; render < 60; ++render) {
         const auto frames = static_cast<std::size_t>(random.between(1, 40));
         const auto calls = static_cast<std::size_t>(random.between(1, 3));
-        const StageFloats in = test::noiseFloats(random.bits(), kStageWidth * frames * calls);
+        const StageFloats in = test::noiseFloats(random.bits(), width * frames * calls);
         StageFloats expected(2 * frames * calls, 0.0F);
         for (std::size_t call = 0; call < calls; ++call) {
             for (const Source& source : sources) {
@@ -61,7 +62,7 @@ void expectScalarSums(const std::vector<Source>& sources, const std::vector<Stag
                     if (agents[ear] == kNoAgent) continue;
                     StageFloats plane(frames);
                     for (std::size_t i = 0; i < frames; ++i) {
-                        plane[i] = in[(call * frames + i) * kStageWidth + source.plane];
+                        plane[i] = in[(call * frames + i) * width + source.plane];
                     }
                     scalar[static_cast<std::size_t>(agents[ear])].process(plane.data(), plane.data(), frames);
                     for (std::size_t i = 0; i < frames; ++i)
@@ -70,7 +71,7 @@ void expectScalarSums(const std::vector<Source>& sources, const std::vector<Stag
             }
         }
         StageFloats ears(2 * frames * calls, 9.0F);
-        banks.render(in.data(), kStageWidth, frames, calls, ears.data());
+        banks.render(in.data(), width, frames, calls, ears.data());
         ASSERT_EQ(ears, expected) << calls << " calls of " << frames;
     }
 }
@@ -124,6 +125,18 @@ TEST(SourceBanks, ASourceThatBothEarsHearAlikeTakesABankOfItsOwn) {
 TEST(SourceBanks, OneSourceAloneIsRendered) {
     expectScalarSums({{4, 1, 0}}, responsesOfAgents(2, {}));
     expectScalarSums({{4, 0, 1}}, responsesOfAgents(2, {0}));
+}
+
+/* Two channels side by side are taken as they lie, unless they are wanted the other way round. */
+TEST(SourceBanks, SourcesMayComeInAnyOrderOfTheChannels) {
+    expectScalarSums({{0, 0, 1}, {1, 2, 3}}, responsesOfAgents(4, {}), 2);
+    expectScalarSums({{1, 0, 1}, {0, 2, 3}}, responsesOfAgents(4, {}), 2);
+    expectScalarSums({{1, 0, kNoAgent}, {0, kNoAgent, 1}}, responsesOfAgents(2, {}), 2);
+}
+
+TEST(SourceBanks, ASecondPairOfOneEarEachMayHaveOtherChannels) {
+    expectScalarSums({{2, 0, kNoAgent}, {1, kNoAgent, 3}, {0, 1, kNoAgent}, {3, kNoAgent, 2}},
+                     responsesOfAgents(4, {}));
 }
 
 TEST(SourceBanks, SourcesOfOneEarEachKeepTheSidesApart) {

@@ -162,11 +162,4 @@ TEST(LaneTransform, ForwardAndBackGivesTheInput) {
     });
 }
 
-TEST(LaneTransform, WiderVectorsTakeMoreLanesAtOnce) {
-    std::vector<std::size_t> widths;
-    test::forEachVectorTarget([&] { widths.push_back(laneTransform().width); });
-    for (const std::size_t width : widths) EXPECT_TRUE(width == 1 || width == 2 || width == 4 || width == 8);
-    EXPECT_EQ(laneTransform().width, *std::max_element(widths.begin(), widths.end()));
-}
-
 }  // namespace

@@ -1,4 +1,5 @@
-/* Memory of the convolvers: aligned arrays of floats, and spectra made of two of them. */
+/* Memory of the scalar convolvers (fftconvolver.h), which are the definition of right and do not ship:
+ * aligned arrays of floats, and spectra made of two of them. */
 #pragma once
 
 #include <algorithm>
@@ -50,7 +51,7 @@ class Buffer {
         clear();
     }
 
-    /** resize for who cannot go on without memory: throws std::bad_alloc, and is empty then. */
+    /** Like resize, but throws std::bad_alloc, and is empty then, when there is no memory. */
     void resizeOrThrow(std::size_t count) {
         resize(count);
         if (count > 0 && data_ == nullptr) {

@@ -50,10 +50,12 @@ ConvolveReverb::Stage& ConvolveReverb::stageOf(const Layout& layout) {
 /* The Audio stage comes with a set-up of its own, and shall lie with the stage before it. */
 std::size_t ConvolveReverb::bytesForLater(const Layout& layout) const {
     if (!layout.has_audio_stage) return owner_bytes_;
-    constexpr sonivex::BankShape kAudioShape = {
-        .channels = 2, .rows = 1, .ears = sonivex::Ears::kChannels, .shares_response = true};
+    const sonivex::BankShape audio_shape = {.channels = 2,
+                                            .rows = 1,
+                                            .ears = sonivex::Ears::kChannels,
+                                            .shares_response = g_dolbyL441 == g_dolbyR441};
     const std::size_t partitions = fftconvolver::partitionsOf(sonivex::kAudio.samples, headBlockSize);
-    return owner_bytes_ + sonivex::ConvolutionBank::bytesOf(kAudioShape, partitions, headBlockSize);
+    return owner_bytes_ + sonivex::ConvolutionBank::bytesOf(audio_shape, partitions, headBlockSize);
 }
 
 void ConvolveReverb::prepare(const Layout& layout, int new_channels, int block_frames, unsigned mode) {
@@ -74,7 +76,7 @@ void ConvolveReverb::prepare(const Layout& layout, int new_channels, int block_f
     const std::array<Taps, kAgents> taps = tapsOfAgents(layout, stage.responses);
     const std::size_t bytes = sonivex::SourceBanks::bytesOf(layout.sources, taps, headBlockSize);
     if (memory_ == nullptr || memory_->workspace.blockFrames() != headBlockSize ||
-        memory_->arena.room() < bytes) {
+        memory_->arena.room() < bytes + owner_bytes_) {
         memory_ = std::make_shared<sonivex::ConvolutionMemory>(headBlockSize, bytes + bytesForLater(layout));
     }
     stage.banks.build(layout.sources, taps, memory_);
@@ -96,62 +98,4 @@ int ConvolveReverb::process(const Layout& layout, const float* in, float* out, i
     }
     stage.banks.render(in, static_cast<std::size_t>(layout.width), frames, calls, out);
     return n;
-}
-
-/* ---- by name ---- */
-
-void ConvolveReverb::prepareToPlay_Kelvo_Bingo_2(int new_channels, int block_frames) {
-    prepare(sonivex::kBingo2, new_channels, block_frames, 0);
-}
-
-void ConvolveReverb::prepareToPlay_Kelvo_Bingo_5_1(int new_channels, int block_frames) {
-    prepare(sonivex::kBingo51, new_channels, block_frames, 0);
-}
-
-void ConvolveReverb::prepareToPlay_Kelvo_Bingo_7_1(int new_channels, int block_frames) {
-    prepare(sonivex::kBingo71, new_channels, block_frames, 0);
-}
-
-void ConvolveReverb::prepareToPlay_Kelvo_Surround_2(int new_channels, int block_frames, unsigned mode) {
-    prepare(sonivex::kSurround2, new_channels, block_frames, mode);
-}
-
-void ConvolveReverb::prepareToPlay_Kelvo_Surround_5_1(int new_channels, int block_frames, unsigned mode) {
-    prepare(sonivex::kSurround51, new_channels, block_frames, mode);
-}
-
-void ConvolveReverb::prepareToPlay_Kelvo_Surround_7_1(int new_channels, int block_frames, unsigned mode) {
-    prepare(sonivex::kSurround71, new_channels, block_frames, mode);
-}
-
-void ConvolveReverb::prepareToPlay_Kelvo_Audio(int new_channels, int block_frames) {
-    prepare(sonivex::kAudio, new_channels, block_frames, 0);
-}
-
-int ConvolveReverb::process_Kelvo_Bingo_2(const float* in, float* out, int n) {
-    return process(sonivex::kBingo2, in, out, n);
-}
-
-int ConvolveReverb::process_Kelvo_Bingo_5_1(const float* in, float* out, int n) {
-    return process(sonivex::kBingo51, in, out, n);
-}
-
-int ConvolveReverb::process_Kelvo_Bingo_7_1(const float* in, float* out, int n) {
-    return process(sonivex::kBingo71, in, out, n);
-}
-
-int ConvolveReverb::process_Kelvo_Surround_2(const float* in, float* out, int n) {
-    return process(sonivex::kSurround2, in, out, n);
-}
-
-int ConvolveReverb::process_Kelvo_Surround_5_1(const float* in, float* out, int n) {
-    return process(sonivex::kSurround51, in, out, n);
-}
-
-int ConvolveReverb::process_Kelvo_Surround_7_1(const float* in, float* out, int n) {
-    return process(sonivex::kSurround71, in, out, n);
-}
-
-int ConvolveReverb::process_kelvo_audio_(const float* in, float* out, int n) {
-    return process(sonivex::kAudio, in, out, n);
 }

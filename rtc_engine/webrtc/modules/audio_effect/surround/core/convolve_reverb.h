@@ -4,8 +4,8 @@
  *   ear[i] = sum over the sources of (source * response(source, ear))[i]
  *
  * A set-up loads the responses of a layout (layouts.h) into banks of convolvers (convolution/), which give
- * the bits of one scalar convolver (IRAgent.h) for each pair of a source and an ear. Those pairs are
- * numbered:
+ * the bits of one scalar convolver (fftconvolver.h) for each pair of a source and an ear. Those pairs have
+ * the numbers of their agents (IRAgent.h):
  *
  *   0-3    two channels
  *   4, 7   Audio stage, left and right

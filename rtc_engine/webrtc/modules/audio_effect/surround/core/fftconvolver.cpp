@@ -54,7 +54,7 @@ bool FFTConvolver::init(std::size_t new_block_size, const float* ir, std::size_t
 void FFTConvolver::transformResponse(const float* ir, std::size_t irLen, std::size_t partitions) {
     irSegments.reserve(partitions);
     for (std::size_t i = 0; i < partitions; ++i) {
-        /* The count is made in float: of a response of more than 2^24 taps it may be one too many. */
+        /* The count is made in float: of a response of more than 2^24 taps it may be off by one. */
         const std::size_t first = std::min(i * blockSize, irLen);
         const std::size_t taps = std::min(irLen - first, blockSize);
         fftBuffer.clear();

@@ -75,7 +75,7 @@ void* createHandle(int channels, int sample_rate, int type, int mode, int limite
     handle->reverb = new ConvolveReverb(2 * Arena::bytesOf<SampleRing>(1));
     handle->layout = layoutOf(type, channels);
     if (handle->layout == nullptr) {
-        /* A rejected handle has always been left allocated, and hosts see the same use of memory. */
+        /* A rejected handle has always been left allocated. */
         static_cast<void>(handle.release());
         return nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the leak is meant
     }

@@ -11,7 +11,7 @@ namespace sonivex {
 
 inline constexpr int kSurroundBlockFrames = 240;
 inline constexpr int kSurroundMaxChannels = 8;
-/** What is rendered together at the most: more is hardly quicker. */
+/** Blocks that are rendered together: more than two are hardly quicker. */
 inline constexpr int kSurroundMostBlocks = 2;
 inline constexpr int kSurroundMostFrames = kSurroundMostBlocks * kSurroundBlockFrames;
 
@@ -25,12 +25,13 @@ inline constexpr const char* kSurroundLogSource = "surround";
 
 /** All zero is an empty one. */
 struct SurroundHandle {
+    /* As given at creation. Only limiter is read again: the layout says the rest. */
     std::int32_t channels;
-    std::int32_t sampleRate;  // not used: the responses are the same at every rate
+    std::int32_t sampleRate;  // the responses are the same at every rate
     std::int32_t type;
     std::int32_t mode;
     std::int32_t limiter;           // 1: limit the output; else clip it
-    const sonivex::Layout* layout;  // that of type and channels
+    const sonivex::Layout* layout;  // chosen by type and channels; null only in a broken record
     ConvolveReverb* reverb;         // owned
     Au2LimiterState* limiterState;  // owned
     float inBlock[sonivex::kSurroundMaxChannels * sonivex::kSurroundMostFrames];

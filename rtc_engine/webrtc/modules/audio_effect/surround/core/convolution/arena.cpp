@@ -8,6 +8,7 @@
 
 #if defined(__linux__)
 #include <sys/mman.h>
+#include <unistd.h>
 #endif
 
 namespace sonivex {
@@ -37,8 +38,8 @@ std::byte* mapWithHugePages(std::size_t bytes, std::size_t huge_pages) {
 }
 
 std::size_t wholePages(std::size_t bytes) {
-    constexpr std::size_t kPageBytes = 4096;
-    return (bytes + kPageBytes - 1) / kPageBytes * kPageBytes;
+    const auto page_bytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return (bytes + page_bytes - 1) / page_bytes * page_bytes;
 }
 #endif
 
@@ -58,8 +59,8 @@ Arena::Arena(std::size_t bytes) {
         memory_ = static_cast<std::byte*>(::operator new (bytes, std::align_val_t{kAlignment}, std::nothrow));
         if (memory_ == nullptr) throw std::bad_alloc();
     }
-    std::memset(memory_, 0,
-                bytes_);  // mapped pages too: no call of an effect shall wait for the system to give one
+    /* Mapped pages, too: no call of an effect shall wait for the system to give one. */
+    std::memset(memory_, 0, bytes_);
     room_ = bytes_;
 }
 

@@ -23,7 +23,7 @@ class Arena {
     Arena& operator=(const Arena&) = delete;
     ~Arena();
 
-    /** What an array takes of an arena. */
+    /** The bytes that an array takes of an arena. */
     template <typename Number>
     static constexpr std::size_t bytesOf(std::size_t count) {
         return (count * sizeof(Number) + kAlignment - 1) / kAlignment * kAlignment;

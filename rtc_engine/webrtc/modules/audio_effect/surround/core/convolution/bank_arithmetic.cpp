@@ -109,7 +109,8 @@ struct OlderPartitions {
     }
 };
 
-/* Of all vectors of a place for one block; for two, vector by vector: there are not registers for more.
+/* Sums up all vectors of a place for one block, and vector by vector for two: there are not registers for
+ * more.
  * @param newest slot of the block before the first one.
  * @param first  spectrum of the first block, for the second one. */
 template <class Responses, std::size_t blocks, bool has_reals>

@@ -32,7 +32,7 @@
 namespace sonivex {
 
 inline constexpr std::size_t kTileFloats = 16;
-/** Of one spectrum in a tile. */
+/** Floats that one spectrum takes in a tile. */
 inline constexpr std::size_t kTileSpectrumFloats = 2 * kTileFloats;
 
 /** Snapshots whose sums share their planes. */
@@ -78,7 +78,7 @@ inline std::size_t slotBefore(std::size_t newest, std::size_t slots) {
     return newest == 0 ? slots - 1 : newest - 1;
 }
 
-/** That of the best instructions this processor has. Looks the processor up at its first call. */
+/** The kernels for the best instructions of this processor. The first call looks the processor up. */
 const BankArithmetic& bankArithmetic();
 
 }  // namespace sonivex

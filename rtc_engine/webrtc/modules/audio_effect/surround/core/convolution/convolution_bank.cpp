@@ -20,7 +20,7 @@ std::size_t planeFloats(const BankShape& shape, std::size_t block_frames, std::s
     return tilesOf(shape, block_frames) * kTileFloats * lanes;
 }
 
-/* Of one partition in a tile. */
+/* Floats that the responses of one partition take in a tile. */
 std::size_t responseFloats(const BankShape& shape) {
     return shape.shares_response ? kTileFloats : shape.rows * kTileSpectrumFloats;
 }
@@ -38,7 +38,8 @@ bool areZeros(const float* numbers, std::size_t count) {
 
 template <std::size_t channels>
 void gather(const ConvolutionBank::Input& in, std::size_t frames, float* to) {
-    if (in.stride == channels) {  // neighbours, and so together what is wanted
+    const bool are_neighbours = channels == 1 || in.first[1] == in.first[0] + 1;
+    if (in.stride == channels && are_neighbours) {  // which together are what is wanted
         std::copy_n(in.first[0], frames * channels, to);
         return;
     }
@@ -68,7 +69,7 @@ struct Outputs {
 };
 
 /* Every output is the sum of two blocks that overlap: the first half of its own and the second half of the
- * block before. To neighbours. */
+ * block before. The outputs of all frames go side by side. */
 template <std::size_t terms, std::size_t ear_lanes>
 void sumHalves(const Outputs& first_halves, const Outputs& second_halves, std::size_t frames,
                float* __restrict to) {
@@ -101,7 +102,7 @@ void addTerms(const float* __restrict outputs, std::size_t frames, float* __rest
     }
 }
 
-/* To neighbours. */
+/* Moves the outputs of all frames side by side. */
 template <std::size_t terms, std::size_t ear_lanes>
 void packTerms(const Outputs& from, std::size_t frames, float* __restrict to) {
     const float* first = from.first;
@@ -141,13 +142,13 @@ class RenderedFrames {
           term_stride_(std::min(step.lanes(), kSnapshotsOfPlanes) * ear_lanes_),
           frame_stride_(shape.terms() * term_stride_) {}
 
-    /* From a frame on, 0..2 L - 1. */
+    /* The outputs of a snapshot from a frame on, 0..2 L - 1. */
     Outputs of(std::size_t snapshot, std::size_t frame) const {
         const float* const planes = frames_ + snapshot / kSnapshotsOfPlanes * floats_of_planes_;
         return {planes + frame * frame_stride_ + snapshot % kSnapshotsOfPlanes * ear_lanes_, frame_stride_,
                 term_stride_};
     }
-    /* What a finished block leaves to the next one, from a frame on. */
+    /* The second half of a finished block, which overlaps the next one, from a frame of that on. */
     Outputs secondHalfOf(std::size_t block, std::size_t frame) const {
         std::size_t last = step_.count - 1;
         while (step_.snapshots[last].block > block) --last;

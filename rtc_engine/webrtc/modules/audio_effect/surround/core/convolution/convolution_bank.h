@@ -43,7 +43,7 @@ struct BankShape {
     std::size_t terms() const { return outputs() / earLanes(); }
 };
 
-/** What banks of one block length need during a call and not between calls: they share one. */
+/** Memory that banks of one block length need during a call and not between calls: they share it. */
 class ConvolutionWorkspace {
   public:
     /** The largest bank there is. */
@@ -53,7 +53,7 @@ class ConvolutionWorkspace {
      *  Throws std::bad_alloc when memory runs out. */
     ConvolutionWorkspace(std::size_t block_frames, Arena& arena);
 
-    /** What it takes of an arena. */
+    /** The bytes that it takes of an arena. */
     static std::size_t bytesOf(std::size_t block_frames);
 
     std::size_t blockFrames() const { return tables_.points(); }
@@ -81,7 +81,7 @@ class ConvolutionBank {
     ConvolutionBank(const BankShape& shape, const Taps* responses, std::size_t partitions,
                     ConvolutionWorkspace& workspace, Arena& arena);
 
-    /** What a bank takes of an arena. */
+    /** The bytes that a bank takes of an arena. */
     static std::size_t bytesOf(const BankShape& shape, std::size_t partitions, std::size_t block_frames);
 
     /** Interleaved or plane by plane: sample i of a channel is first[i * stride]. */

@@ -6,8 +6,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #include "lane_frames.h"
 
@@ -23,7 +23,7 @@ HWY_INLINE hn::Vec<D> loadFrames(D d, const LaneSource& source, std::size_t chan
     const auto* const frames = reinterpret_cast<const hn::TFromD<D>*>(source.first + i * channels);
     if (i + hn::Lanes(d) <= source.filled) return hn::LoadU(d, frames);
     HWY_ALIGN hn::TFromD<D> some[hn::MaxLanes(D())] = {};
-    std::copy_n(frames, source.filled - i, some);
+    std::memcpy(some, frames, (source.filled - i) * sizeof some[0]);
     return hn::Load(d, some);
 }
 

@@ -17,7 +17,7 @@
 
 namespace sonivex {
 
-/** What banks lie in, and what they share during a call. */
+/** The memory that banks lie in and the workspace that they share during a call. */
 struct ConvolutionMemory {
     /** @param bytes beside the workspace.
      *  Throws std::bad_alloc when memory runs out. */
@@ -32,7 +32,7 @@ class SourceBanks {
   public:
     /** @param sources   all with two ears, or left and right in turn.
      *  @param responses by agent number.
-     *  @return what their banks take of an arena. */
+     *  @return the bytes that their banks take of an arena. */
     static std::size_t bytesOf(std::span<const Source> sources, std::span<const Taps> responses,
                                std::size_t block_frames);
 
@@ -51,7 +51,7 @@ class SourceBanks {
 
   private:
     struct PlanesOfBank {
-        std::size_t planes[ConvolutionBank::kMostChannels];
+        std::size_t planes[ConvolutionBank::kMostChannels] = {};
         ConvolutionBank bank;
     };
 

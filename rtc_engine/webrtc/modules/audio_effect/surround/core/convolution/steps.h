@@ -8,9 +8,9 @@
  *   snapshots                 A 0..240        A 240..256        B 224..256        C 208..256
  *                                             B 0..224          C 0..208          D 0..192
  *
- * The snapshots of up to two calls form a step. It may begin two blocks and render as many frames as two
- * blocks have, not more. Where the cuts between calls lie decides the bits of the output; how snapshots are
- * gathered in steps does not. */
+ * Up to four snapshots form a step: those of two calls, or of more if they are short. It may begin two blocks
+ * and render as many frames as two blocks have, not more. Where the cuts between calls lie decides the bits
+ * of the output; how snapshots are gathered in steps does not. */
 #pragma once
 
 #include <algorithm>

@@ -1,5 +1,6 @@
-/* What the forward and the inverse transform in lanes are made of: complex numbers in lanes, working memory,
- * and the passes of radix 4. Included once for every set of vector instructions, see lane_transform.cpp.
+/* The parts that the forward and the inverse transform in lanes share: complex numbers in lanes, working
+ * memory, and the passes of radix 4. Included once for every set of vector instructions, see
+ * lane_transform.cpp.
  *
  * A vector holds the lanes of one point, or, where they would leave half of it empty, of two neighbours: a
  * pair of points. Passes whose butterflies have neighbours in the same block take both alike, so only the
@@ -111,7 +112,7 @@ HWY_INLINE void storeFloats([[maybe_unused]] D d, hn::Vec<D> value, float* to) {
 /* ---- pairs; a set without vectors has none, and never comes to the code that asks for them ---- */
 
 #if HWY_TARGET != HWY_SCALAR
-/* Of a, then of b. */
+/* The first halves of two vectors side by side, and the second halves. */
 template <class D>
 HWY_INLINE hn::Vec<D> firstHalves(D d, hn::Vec<D> a, hn::Vec<D> b) {
     return hn::ConcatLowerLower(d, b, a);

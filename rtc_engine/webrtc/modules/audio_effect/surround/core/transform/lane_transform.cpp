@@ -64,8 +64,7 @@ void inverse(const TransformTables& tables, const float* re, const float* im, st
 }
 
 const LaneTransform* transforms() {
-    static constexpr LaneTransform kTransforms = {
-        hn::MaxLanes(hn::CappedTag<double, LaneTransform::kMostWidth>()), forward, inverse};
+    static constexpr LaneTransform kTransforms = {forward, inverse};
     return &kTransforms;
 }
 

@@ -21,13 +21,10 @@ namespace sonivex {
 
 /** The transforms of one set of vector instructions. */
 struct LaneTransform {
-    static constexpr std::size_t kMostWidth = 8;
-
-    /** Doubles in its widest vector: lanes go through a pass in groups of at most that many. */
-    std::size_t width;
+    static constexpr std::size_t kMostLanes = 8;
 
     /** Doubles of working memory that are enough for every set of instructions. */
-    static constexpr std::size_t workDoubles(std::size_t samples) { return kMostWidth * samples; }
+    static constexpr std::size_t workDoubles(std::size_t samples) { return kMostLanes * samples; }
 
     /** Transform signals whose second half is zero.
      *  @param frames [n / 2][lanes], the first half.
@@ -47,7 +44,7 @@ struct LaneTransform {
                     float* frames, double* work);
 };
 
-/** That of the best instructions this processor has. Looks the processor up at its first call. */
+/** The kernels for the best instructions of this processor. The first call looks the processor up. */
 const LaneTransform& laneTransform();
 
 }  // namespace sonivex

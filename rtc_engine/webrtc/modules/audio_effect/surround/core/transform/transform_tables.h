@@ -1,4 +1,4 @@
-/* What the transform in lanes looks up, for one length and in the order in which it is needed. */
+/* Constants of the transform in lanes for one length, in the order in which it needs them. */
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ struct PairFactor {
     double im;
 };
 
-/** What the passes of a transform look up, ready to be used. Only read after construction. */
+/** Roots, factors and the order of points, ready to be used. They are only read after construction. */
 class TransformTables {
   public:
     /** @param samples length of the real signal, a power of two and at least 2.

@@ -1,4 +1,4 @@
-/* What the convolvers ask of the length of a response and of a block. */
+/* Lengths of responses and blocks, for all convolvers. */
 #pragma once
 
 #include <cmath>
@@ -23,7 +23,7 @@ inline std::size_t powerOfTwoNotBelow(std::size_t number) {
 }
 
 /** Partitions of `block` samples that a response of `taps` samples takes: taps / block, rounded up, in float.
- * Beyond 2^24 taps that may be one too many. */
+ * Beyond 2^24 taps that may be one too many or too few. */
 inline std::size_t partitionsOf(std::size_t taps, std::size_t block) {
     return static_cast<std::size_t>(std::ceil(static_cast<float>(taps) / static_cast<float>(block)));
 }
