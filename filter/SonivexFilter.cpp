@@ -87,6 +87,7 @@ void sonivexFilter::flush() {
         while (queue->pop(frame)) delete frame;
     }
     freeInputGraph();
+    mHasStream = false;
     releaseHandles();
     freeOutputGraph();
     mSrcFormat = -1;

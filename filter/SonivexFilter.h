@@ -125,6 +125,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     void selectOnly(Effect effect);
 
     // input_graph.cpp
+    void takeOnStream(const IQFFrame::audioInfo& info);
     int initAVFilter();
     int createSrcBufferFilter();
     AVFilterContext* createFilter(const char* name, const char* args);
@@ -147,7 +148,8 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     void* mSurroundHandle = nullptr;
     void* mDialogueHandle = nullptr;
     void* mNormalizerHandle = nullptr;
-    int32_t mHandleChannels = 0;  ///< channel count that the handles were made for
+    int32_t mHandleChannels = 0;    ///< channel count that the handles were made for
+    int32_t mHandleSampleRate = 0;  ///< Hz, that the handles were made for
     std::string mCurrentTarget;
     Relaxed<int32_t> mSurroundType = 1;  ///< 1 "3DSurround", 13 "MegaBass"
     Relaxed<int32_t> mSurroundMode = 1;  ///< 1 to 3
@@ -176,8 +178,9 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     AVFilterGraph* mFilterGraph = nullptr;
     AVFilterContext* mAbuffer_ctx = nullptr;
     AVFilterContext* mAbuffersink_ctx = nullptr;
+    bool mHasStream = false;  ///< `mSource` describes the stream that the last input graph was made for
     bool mIsPrototype = false;
-    int32_t mSrcFormat = -1;  ///< AVSampleFormat of the first frame seen; -1 = none yet
+    int32_t mSrcFormat = -1;  ///< AVSampleFormat to deliver: of the stream's first frame; -1 = none yet
     AVFilterGraph* mOutFilterGraph = nullptr;
     AVFilterContext* mOutAbuffer_ctx = nullptr;
     AVFilterContext* mOutAbuffersink_ctx = nullptr;

@@ -1,6 +1,6 @@
 // Runs the selected effect on one block of 16-bit PCM and puts the result back into its frame. The handles of
 // the effects are made here, by the first frame that needs one, and live until `flush` or a frame of another
-// channel count.
+// channel count or sample rate.
 
 extern "C" {
 #include <libavutil/frame.h>
@@ -61,8 +61,9 @@ sonivexFilter::Outcome sonivexFilter::dispatch(Effect effect, IQFFrame::audioInf
 
     // The input graph is built anew after a lost frame, perhaps for another stream without a flush in
     // between.
-    if (mHandleChannels != in.channels) releaseHandles();
+    if (mHandleChannels != in.channels || mHandleSampleRate != in.sampleRate) releaseHandles();
     mHandleChannels = in.channels;
+    mHandleSampleRate = in.sampleRate;
 
     int outChannels = info.channels;
     std::unique_ptr<short[]> block;

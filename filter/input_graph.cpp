@@ -41,6 +41,18 @@ bool isAsEffectsTakeIt(const AVFrame* frame, int channels) {
 
 }  // namespace
 
+// Go by the description of this frame from now on. When there was an input graph since the last flush, it
+// went with a lost frame, and the player may have changed the stream without a flush: the format to deliver
+// changes with it then. As long as the stream is the same, its first frame has settled that format.
+void sonivexFilter::takeOnStream(const IQFFrame::audioInfo& info) {
+    if (mHasStream && info.format != mSource.format) {
+        mSrcFormat = info.format;
+        freeOutputGraph();
+    }
+    mSource = info;
+    mHasStream = true;
+}
+
 int sonivexFilter::initAVFilter() {
     mFilterGraph = avfilter_graph_alloc();
     if (mFilterGraph == nullptr) return AVERROR(ENOMEM);

@@ -106,7 +106,7 @@ sonivexFilter::Outcome sonivexFilter::handleFrame(IQFFrame* frame) {
     }
 
     if (mFilterGraph == nullptr || mAbuffer_ctx == nullptr) {
-        mSource = info;
+        takeOnStream(info);
         if (const int error = initAVFilter(); error < 0) {
             __log_print(LOG_ERROR, kFilterName, "init AVFilter error %d\n", error);
             return givenUp(error);

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 
+#include "direct_effects.h"
 #include "engine_faults.h"
 #include "filter_under_test.h"
 #include "frame_checks.h"
@@ -129,10 +130,22 @@ class AfterALostFrame : public ::testing::Test {
         EXPECT_EQ(filter.pass(makeFrame(spec, noise(2))), nullptr);
     }
     std::unique_ptr<IQFFrame> pass(const FrameSpec& spec) { return filter.pass(makeFrame(spec, noise(2))); }
+    /** Several calls of a stream sound as `engine` makes them, in the stream's own format. */
+    template <typename Engine>
+    void expectSoundsLike(Engine& engine, const FrameSpec& spec) {
+        SCOPED_TRACE(std::to_string(spec.rate_hz) + " Hz, " + av_get_sample_fmt_name(spec.format));
+        for (uint32_t seed = 3; seed < 7; ++seed) {
+            auto frame = makeFrame(spec, noise(seed, 3000));
+            const auto expected = engine.process(samplesOf(*frame));
+            expectFrame(filter.pass(std::move(frame)), spec.format, expected);
+        }
+    }
 
     const FrameSpec mono{.channels = 1, .frames = 960};
     const FrameSpec stereo{.channels = 2, .frames = 960};
     const FrameSpec sixChannels{.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .frames = 960};
+    const FrameSpec at48000{.rate_hz = 48000};
+    const FrameSpec at44100{.rate_hz = 44100};
     FilterUnderTest filter;
 };
 
@@ -187,6 +200,102 @@ TEST_F(AfterALostFrame, NoEffectIsReleasedThatWasNotMade) {
     lose(stereo);
     ASSERT_NE(pass(sixChannels), nullptr);
     EXPECT_EQ(engineFaults().releases + engineFaults().surroundReleases + engineFaults().dialogueReleases, 0);
+}
+
+TEST_F(AfterALostFrame, DialogueEnhancementIsMadeAnewForAnotherSampleRate) {
+    start(R"("enable_dialoguenhance": true)");
+    ASSERT_NE(pass(at48000), nullptr);
+    lose(at48000);
+    DirectDialogue fresh(44100, 1);
+    resetEngineFaults();
+    expectSoundsLike(fresh, at44100);
+    EXPECT_EQ(engineFaults().dialogueCreates, (std::vector<DialogueSettings>{{2, 44100, 1.0, 1.0, 1.0}}));
+    EXPECT_EQ(engineFaults().dialogueReleases, 1);
+}
+
+TEST_F(AfterALostFrame, TheNormalizerIsMadeAnewForAnotherSampleRate) {
+    start(R"("enable_normalizer": true)");
+    ASSERT_NE(pass(at48000), nullptr);
+    FrameSpec before = at48000;
+    for (const FrameSpec& other : {FrameSpec{.rate_hz = 16000}, at44100, at48000}) {
+        lose(before);
+        before = other;
+        DirectNormalizer fresh(2, other.rate_hz);
+        resetEngineFaults();
+        expectSoundsLike(fresh, other);
+        EXPECT_EQ(engineFaults().creates, 1);
+        EXPECT_EQ(engineFaults().releases, 1);
+    }
+}
+
+TEST_F(AfterALostFrame, NothingOfAStreamSoundsInOneOfAnotherSampleRate) {
+    start(R"("enable_surround": true)");
+    ASSERT_NE(pass(at48000), nullptr);
+    lose(at48000);
+    DirectSurround fresh(2, 1, 1, 1);
+    resetEngineFaults();
+    expectSoundsLike(fresh, at44100);
+    EXPECT_EQ(engineFaults().surroundCreates, 1);
+    EXPECT_EQ(engineFaults().surroundReleases, 1);
+}
+
+TEST_F(AfterALostFrame, AnEffectThatWasOffWhenTheSampleRateChangedIsMadeAnewToo) {
+    start(R"("enable_normalizer": true)");
+    ASSERT_NE(pass(at48000), nullptr);
+    start(R"("enable_dialoguenhance": true)");
+    lose(at48000);
+    ASSERT_NE(pass(at44100), nullptr);
+    start(R"("enable_normalizer": true)");
+    ASSERT_NE(pass(at44100), nullptr);
+    EXPECT_EQ(engineFaults().creates, 2);
+    EXPECT_EQ(engineFaults().releases, 1);
+    EXPECT_EQ(engineFaults().dialogueReleases, 0) << "no dialogue enhancement was made at 48000 Hz";
+}
+
+TEST_F(AfterALostFrame, TheNextStreamComesOutInItsOwnSampleFormat) {
+    start(R"("enable_normalizer": true)");
+    DirectNormalizer engine(2);
+    AVSampleFormat before = AV_SAMPLE_FMT_S16;
+    for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S16,
+                                        AV_SAMPLE_FMT_S32, AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S16}) {
+        SCOPED_TRACE(std::string("after ") + av_get_sample_fmt_name(before));
+        lose({.format = before});
+        expectSoundsLike(engine, {.format = format});
+        EXPECT_EQ(filter.field(Peer::outFilterGraph) == nullptr, format == AV_SAMPLE_FMT_S16)
+            << "16-bit audio needs no conversion back";
+        before = format;
+    }
+}
+
+TEST_F(AfterALostFrame, TheNextStreamComesOutInItsOwnFormatAfterFramesThatWerePassedOn) {
+    start(R"("enable_normalizer": true)");
+    const FrameSpec isFloat{.format = AV_SAMPLE_FMT_FLTP};
+    ASSERT_NE(pass(isFloat), nullptr);
+    lose(isFloat);
+    ASSERT_NE(pass({.format = AV_SAMPLE_FMT_S32, .channels = 3}), nullptr);
+    const auto out = pass(at48000);
+    ASSERT_NE(out, nullptr);
+    EXPECT_EQ(out->getInfo().format, AV_SAMPLE_FMT_S16);
+}
+
+// The first frame of a stream settles the format, whether it went through an effect or not.
+TEST_F(AfterALostFrame, TheSameStreamComesOutInTheFormatItHadBefore) {
+    const FrameSpec isFloat{.format = AV_SAMPLE_FMT_FLTP};
+    for (const bool isLostBeforeFlush : {false, true}) {
+        SCOPED_TRACE(isLostBeforeFlush);
+        start(R"("enable_normalizer": true)");
+        if (isLostBeforeFlush) lose(at48000);
+        filter->flush();
+        filter->setInvalid(true);
+        ASSERT_NE(pass(at48000), nullptr);
+        filter->setInvalid(false);
+        for (int round = 0; round < 2; ++round) {
+            const auto out = pass(isFloat);
+            ASSERT_NE(out, nullptr);
+            EXPECT_EQ(out->getInfo().format, AV_SAMPLE_FMT_S16);
+            lose(isFloat);
+        }
+    }
 }
 
 }  // namespace
