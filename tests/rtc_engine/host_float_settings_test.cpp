@@ -7,6 +7,7 @@
 
 #include "au2_effect/normalizer_owner.h"
 #include "au2_limiter_owner.h"
+#include "dialoguenhance/dialogue_owner.h"
 #include "float_settings.h"
 #include "surround/surround_owner.h"
 
@@ -110,6 +111,18 @@ TEST(HostFloatSettings, TheNormalizerSoundsTheSameUnderEverySetting) {
     }
 }
 
+TEST(HostFloatSettings, DialogueEnhancementSoundsTheSameUnderEverySetting) {
+    const Pcm in = fromLoudToSilent(2, 20 * 48000);
+    for (const int frames : {512, 1024}) {
+        SCOPED_TRACE("calls of " + std::to_string(frames));
+        for (const HostSettings& host : kEverySetting) {
+            expectSameBits(
+                host, [&] { return test::makeDialogue({.voice_level = 2.5}); },
+                [&](void* handle) { return test::enhanced(handle, in, frames); });
+        }
+    }
+}
+
 TEST(HostFloatSettings, TheLimiterGivesTheSameBitsWhereSmallNumbersAreZero) {
     for (const std::int32_t lookahead : {0, 1}) {
         SCOPED_TRACE(lookahead);
@@ -137,6 +150,7 @@ TEST(HostFloatSettings, TheLimiterGivesTheSameBitsWhereSmallNumbersAreZero) {
 TEST(HostFloatSettings, AreTheHostsOwnAgainAfterEveryCall) {
     const auto surround = test::makeSurround(2, 1, 0, 1);
     const auto normalizer = test::makeNormalizer(2);
+    const auto dialogue = test::makeDialogue();
     const Pcm in = test::noise(9, 2 * 1024, 20000);
     Pcm out(2 * 1024);
     volatile float one = 1.0F;
@@ -146,8 +160,11 @@ TEST(HostFloatSettings, AreTheHostsOwnAgainAfterEveryCall) {
     EXPECT_NE(one / -3.0F, -third);
     aem_ProcessNormalizer(normalizer.get(), in.data(), out.data(), 1024, 2);
     EXPECT_NE(one / -3.0F, -third);
+    aem_ProcessDialoguEnhance(dialogue.get(), in.data(), out.data(), 1024, 48000);
+    EXPECT_NE(one / -3.0F, -third);
     test::makeSurround(6, 13, 1, 1);
     test::makeNormalizer(2);
+    test::makeDialogue();
     EXPECT_NE(one / -3.0F, -third);
 }
 
