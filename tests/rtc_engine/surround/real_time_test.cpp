@@ -85,11 +85,14 @@ void expectNeedsNoMemory(Work work) {
     EXPECT_EQ(mallinfo2().uordblks, heap_before);
 }
 
-/* Many blocks by calls of several sizes, with the limiter at work. */
-void processForAWhile(void* handle, const Pcm& in, Pcm& out, int channels) {
-    const int width = static_cast<int>(test::surroundWidth(channels));
-    for (const int frames : {240, 1, 100, 480, 1024, 45000, 240}) {
-        if (static_cast<std::size_t>(frames * width) > in.size()) continue;
+constexpr int kLongestCall_frames = 45000;
+static_assert(2 * kLongestCall_frames > sonivex::kRingCapacitySamples,
+              "the longest call is more than a ring holds, whatever the channels");
+
+/* Many blocks by calls of several sizes, with the limiter at work. `in` holds the longest call in eight
+ * channels. */
+void processForAWhile(void* handle, const Pcm& in, Pcm& out) {
+    for (const int frames : {240, 1, 100, 480, 1024, kLongestCall_frames, 240}) {
         aem_ProcessSurround(handle, in.data(), out.data(), frames);
     }
 }
@@ -99,11 +102,11 @@ TEST(SurroundRealTime, ProcessingAllocatesNothing) {
         for (const int type : {1, 13}) {
             for (const int limiter : {0, 1}) {
                 const auto handle = test::makeSurround(channels, type, 1, limiter);
-                const Pcm in = test::bursts(1, 8 * 2000);
-                Pcm out(2 * 45000);
+                const Pcm in = test::bursts(1, 8 * kLongestCall_frames);
+                Pcm out(2 * kLongestCall_frames);
                 const std::size_t heap_before = mallinfo2().uordblks;
                 const test::AllocationWatch watch;
-                processForAWhile(handle.get(), in, out, channels);
+                processForAWhile(handle.get(), in, out);
                 EXPECT_EQ(watch.requested(), 0);
                 EXPECT_EQ(mallinfo2().uordblks, heap_before);
             }
@@ -209,14 +212,14 @@ TEST(SurroundRealTime, ProcessingMakesNoSystemCall) {
     for (const int channels : {2, 6, 8}) {
         for (const int type : {1, 13}) {
             const auto handle = test::makeSurround(channels, type);
-            const Pcm in = test::bursts(2, 8 * 2000);
+            const Pcm in = test::bursts(2, 8 * kLongestCall_frames);
             Pcm wrong(8 * 1024, 12000);
-            Pcm out(2 * 45000);
+            Pcm out(2 * kLongestCall_frames);
             const pid_t child = fork();
             ASSERT_GE(child, 0);
             if (child == 0) {
                 if (prctl(PR_SET_SECCOMP, SECCOMP_MODE_STRICT) != 0) _exit(77);
-                processForAWhile(handle.get(), in, out, channels);
+                processForAWhile(handle.get(), in, out);
                 callWrongly(handle.get(), {type, channels}, wrong, out.data());
                 syscall(SYS_exit, 0);
             }
