@@ -15,7 +15,7 @@ HWY_BEFORE_NAMESPACE();
 namespace sonivex::HWY_NAMESPACE {
 
 /* Partitions between the one that is worked on and the one that is fetched. */
-constexpr std::size_t kPrefetchDistance = 16;
+constexpr std::size_t kPrefetchDistance = 32;
 
 /* ---- responses in a tile ---- */
 
