@@ -10,12 +10,11 @@ extern "C" {
 #include <string>
 #include <vector>
 
+#include "vorlin/owned_av_frame.h"
+
 namespace compare {
 
-struct FreeFrame {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-};
-using Frame = std::unique_ptr<AVFrame, FreeFrame>;
+using Frame = Vorlin::OwnedAVFrame;
 
 struct Format {
     AVSampleFormat sample_format;

@@ -21,7 +21,7 @@ std::string text(double value) {
     return buffer;
 }
 
-/* What comes out of an engine that is this late while the whole stream goes in. */
+/* The output of an engine that is this late, while the whole stream goes in. */
 template <typename Sample>
 std::vector<Sample> delayed(const std::vector<Sample>& ears, std::size_t delay_frames) {
     std::vector<Sample> late(ears.size(), Sample{});

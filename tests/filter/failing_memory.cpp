@@ -70,7 +70,7 @@ FOR_LIBRARIES int swr_init(SwrContext* resampler) {
     return result;
 }
 
-// What the libraries themselves forget when they run short: libavfilter the name of a filter that it could
+// The libraries themselves forget memory when they run short: libavfilter the name of a filter that it could
 // not make, libswresample a buffer that it could not enlarge. Told by whole stacks, which the leak checker
 // keeps only if asked.
 FOR_LIBRARIES const char* __asan_default_options() {

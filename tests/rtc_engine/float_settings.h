@@ -1,4 +1,4 @@
-/* What a host may have done to the floating-point unit of its threads. */
+/* Settings of the floating-point unit that a host may have made for its threads. */
 #pragma once
 
 #include <cfenv>

@@ -17,7 +17,7 @@ using test::FloatSettings;
 using test::Pcm;
 using test::SmallNumbers;
 
-/* What small numbers come from: full scale, one step above silence, and silence for long enough that
+/* Small numbers come from these: full scale, one step above silence, and silence for long enough that
  * everything that decays has decayed. */
 Pcm fromLoudToSilent(int channels, int silent_frames) {
     Pcm all = test::bursts(5, channels * 24000);

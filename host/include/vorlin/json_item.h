@@ -13,7 +13,7 @@ namespace Vorlin {
  *  Of members with the same name the last one counts. A number beyond a double counts as the largest one. */
 class VORLIN_API VorlinJSONItem {
   public:
-    /** What `getInt` gives for a number that is no int: one with a fraction, or beyond the range. */
+    /** `getInt` gives this for a number that is no int: one with a fraction, or beyond the range. */
     static constexpr int NO_INT = std::numeric_limits<int>::min();
 
     explicit VorlinJSONItem(const std::string& text);

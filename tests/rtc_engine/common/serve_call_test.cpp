@@ -42,7 +42,7 @@ class PassingEffect {
 
     int inputQueued() const { return sonivex::fillLevel(*in_ring_); }
     int outputQueued() const { return sonivex::fillLevel(*out_ring_); }
-    /** What render was told, since the last time this was asked. */
+    /** The numbers of blocks that render was told since this was asked last. */
     std::vector<int> waiting() { return std::exchange(waiting_, {}); }
 
   private:

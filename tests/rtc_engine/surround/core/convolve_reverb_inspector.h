@@ -8,7 +8,7 @@
 #include "convolve_reverb.h"
 #include "layouts.h"
 
-/** What a ConvolveReverb holds. */
+/** Looks into a ConvolveReverb. */
 class ConvolveReverbInspector {
   public:
     using Responses = std::span<const ConvolveReverb::Response>;
@@ -24,7 +24,7 @@ class ConvolveReverbInspector {
     /** The longest block. */
     std::size_t blockFrames() const { return reverb_.block_frames_; }
 
-    /** What the loudspeakers' stage is set up for, or null; never kAudio, which has a stage of its own. */
+    /** The layout that the loudspeakers' stage is set up for, or null. kAudio has a stage of its own. */
     const Layout* layout() const { return reverb_.layoutStage.layout; }
     bool hasAudioStage() const { return reverb_.audioStage.layout == &sonivex::kAudio; }
     /** Of the loudspeakers' stage and of the Audio stage, in the order of their tables. */

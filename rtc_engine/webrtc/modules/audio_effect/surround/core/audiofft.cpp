@@ -19,7 +19,7 @@ std::size_t pointsOf(int n) {
     return static_cast<std::size_t>(n / 2);
 }
 
-/* What the passes of radix 4 have left over. */
+/* Does the pass that those of radix 4 have left over. */
 void finishTransform(int n, int done, double* a) {
     if (done < n) radix2LastPass(a, pointsOf(n));
 }

@@ -16,7 +16,7 @@
 namespace audiofft {
 namespace details {
 
-/** What AudioFFT needs of a transform. */
+/** A transform, as AudioFFT needs it. */
 class AudioFFTImpl {
   public:
     AudioFFTImpl() = default;

@@ -84,7 +84,7 @@ class ConvolveReverb {
     int process_Kelvo_Surround_7_1(const float* in, float* out, int n);
     int process_kelvo_audio_(const float* in, float* out, int n);
 
-    /** What the last set-up lies in; there must have been one. */
+    /** The memory of the last set-up; there must have been one. */
     sonivex::Arena& arena() {
         return memory_->arena;
     }

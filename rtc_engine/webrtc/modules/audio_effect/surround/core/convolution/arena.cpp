@@ -15,7 +15,7 @@ namespace sonivex {
 namespace {
 
 constexpr std::size_t kHugePageBytes = std::size_t{2} << 20;
-/* What may stay unused of a huge page: memory that the handle holds for speed alone. */
+/* Bytes of a huge page that may stay unused: memory that the handle holds for speed alone. */
 constexpr std::size_t kMostUnusedBytes = kHugePageBytes / 8;
 
 std::size_t hugePagesOf(std::size_t bytes) {

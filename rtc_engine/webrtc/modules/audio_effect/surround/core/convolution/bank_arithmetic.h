@@ -38,7 +38,7 @@ inline constexpr std::size_t kTileSpectrumFloats = 2 * kTileFloats;
 /** Snapshots whose sums share their planes. */
 inline constexpr std::size_t kSnapshotsOfPlanes = 2;
 
-/** What a bank keeps, as the kernels see it. Each array starts at a multiple of 64 bytes. */
+/** The memory of a bank, as the kernels see it. Each array starts at a multiple of 64 bytes. */
 struct BankMemory {
     float* inputs;
     const float* responses;

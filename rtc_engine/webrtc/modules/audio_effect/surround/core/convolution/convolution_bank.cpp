@@ -166,7 +166,7 @@ class RenderedFrames {
 
 constexpr std::size_t kPairsOfSnapshots = kMostSnapshots / kSnapshotsOfPlanes;
 
-/* What the workspace for the largest bank is made of. */
+/* Lengths of the workspace's arrays, which serve the largest bank. */
 struct WorkspaceSizes {
     std::size_t input;
     std::size_t lanes;

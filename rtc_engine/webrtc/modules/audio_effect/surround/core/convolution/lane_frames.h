@@ -12,7 +12,7 @@
 
 namespace sonivex {
 
-/** What one lane is filled with. */
+/** The frames of one lane. */
 struct LaneSource {
     const float* first;  // [filled][channels]
     std::size_t filled;  // frames, at most block_frames
