@@ -126,7 +126,7 @@ std::vector<AgentsOfLayout> everyNumbering() {
 #undef TABLE
 }
 
-/* What an ear hears of an impulse in a channel: the sum of its agents' tables. */
+/* An ear hears the sum of its agents' tables when a channel brings an impulse. */
 std::vector<float> heardOfImpulse(const AgentsOfLayout& agents, std::size_t channel, std::size_t ear) {
     std::vector<float> heard(kAgentBlock, 0.0F);
     std::size_t table = 0;

@@ -67,8 +67,8 @@ Step randomStep(test::Random& random, std::size_t block_frames, std::size_t fill
     return step;
 }
 
-/* What tells one kind of step from another: whether its first block begins in it, to which blocks the
- * snapshots belong, and whether the last one is finished. */
+/* Kinds of steps differ in whether the first block begins in them, in the blocks that the snapshots belong
+ * to, and in whether the last one is finished. */
 std::string kindOf(const Step& step) {
     std::string kind = step.beginsABlock() ? "fresh " : "continued ";
     for (std::size_t i = 0; i < step.count; ++i) kind += std::to_string(step.snapshots[i].block);
