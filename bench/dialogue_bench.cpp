@@ -1,11 +1,11 @@
-/* Cost of the dialogue enhancer, and of the four transforms and the limiter within it.
- *
- *   us/hop      processor time of one hop (a quarter of the transform's points)
- *   x_realtime  the same against a stream of the rate
- *   worst_us    the slowest hop by the clock on the wall
- *   heap_KiB    what a handle takes from the allocator, with its overhead, and maps
- *
- * Standard output holds the results alone. */
+// Cost of the dialogue enhancer, and of the four transforms and the limiter within it.
+//
+//   us/hop      processor time of one hop (a quarter of the transform's points)
+//   x_realtime  the same against a stream of the rate
+//   worst_us    the slowest hop by the clock on the wall
+//   heap_KiB    what a handle takes from the allocator, with its overhead, and maps
+//
+// Standard output holds the results alone.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -24,7 +24,7 @@ namespace {
 
 constexpr int kHops = 128;  // then again from the start
 
-/* Runs `hop(i)`, 0 <= i < kHops, and reports its cost. */
+// Runs `hop(i)`, 0 <= i < kHops, and reports its cost.
 template <typename Hop>
 void measure(benchmark::State& state, Hop hop) {
     using Clock = std::chrono::steady_clock;
@@ -45,7 +45,7 @@ void measure(benchmark::State& state, Hop hop) {
     state.counters["worst_us"] = worst_us;
 }
 
-/* Noise that is partly in the centre, so that the presence is at work. */
+// Noise that is partly in the centre, so that the presence is at work.
 test::Pcm stereo(int frames) {
     test::Pcm left = test::noise(1, frames, 8000);
     test::Pcm right = test::noise(2, frames, 8000);
@@ -79,7 +79,7 @@ BENCHMARK(Dialogue)
     ->Args({192000, 2048})
     ->MinTime(1);
 
-/* What a hop cannot do without. */
+// What a hop cannot do without.
 void FourTransforms(benchmark::State& state) {
     const int points = static_cast<int>(state.range(0));
     const int bins = points / 2 + 1;
@@ -108,7 +108,7 @@ void FourTransforms(benchmark::State& state) {
 }
 BENCHMARK(FourTransforms)->ArgName("points")->Arg(2048)->Arg(4096)->Arg(8192)->MinTime(1);
 
-/* The output limiter on the samples of a hop, below its ceiling. */
+// The output limiter on the samples of a hop, below its ceiling.
 void Limiter(benchmark::State& state) {
     const int samples = 2 * static_cast<int>(state.range(0));
     std::vector<float> in;

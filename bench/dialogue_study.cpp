@@ -1,10 +1,10 @@
-/* How much speech in the middle rises against what is at the sides, over the voice level.
- *
- *   rise      of speech over background in the band of speech, measured on the engine's output
- *   parts     the same, of what the model's gains make of speech and of background by themselves
- *   presence  mean over the blocks in which somebody speaks, of the model
- *
- * Usage: dialogue_study [--plot FILE.png]     The table goes to standard output. */
+// How much speech in the middle rises against what is at the sides, over the voice level.
+//
+//   rise      of speech over background in the band of speech, measured on the engine's output
+//   parts     the same, of what the model's gains make of speech and of background by themselves
+//   presence  mean over the blocks in which somebody speaks, of the model
+//
+// Usage: dialogue_study [--plot FILE.png]     The table goes to standard output.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -28,7 +28,7 @@ constexpr int kRate_hz = 48000;
 constexpr int kHopFrames = 512;
 constexpr int kGreatestVoiceLevel = 10;
 constexpr std::ptrdiff_t kDelaySamples = std::ptrdiff_t{2} * 3 * kHopFrames;
-/* 20 dB below the mean power, as in compareSpeech. */
+// 20 dB below the mean power, as in compareSpeech.
 constexpr double kActiveShare = 0.01;
 
 struct Case {
@@ -51,7 +51,7 @@ struct Release {
     void operator()(void* handle) const { aem_ReleaseDialoguEnhance(handle); }
 };
 
-/* With the delay taken out. Empty if there is no memory for a handle. */
+// With the delay taken out. Empty if there is no memory for a handle.
 Pcm enhanced(const Pcm& mix, double voice_level) {
     const std::unique_ptr<void, Release> handle(aem_CreateDialoguEnhance(2, kRate_hz, 1, 1, voice_level));
     if (handle == nullptr) return {};
@@ -66,7 +66,7 @@ Pcm enhanced(const Pcm& mix, double voice_level) {
     return out;
 }
 
-/* Power of the speech of each block. */
+// Power of the speech of each block.
 std::vector<double> blockPowers(const Pcm& speech) {
     std::vector<double> powers(speech.size() / (std::size_t{2} * kHopFrames));
     for (std::size_t i = 0; i < powers.size() * 2 * kHopFrames; ++i) {

@@ -12,11 +12,11 @@ constexpr int kRate_hz = 48000;
 constexpr int kVariety = 16;  // blocks of different noise
 
 void filterFrame(benchmark::State& state, AVSampleFormat format, int channels, const std::string& effect) {
-    const bool isBypassed = effect == "bypassed";
+    const bool is_bypassed = effect == "bypassed";
     Vorlin::sonivexFilter filter({}, {}, false);
     filter.init(0);
     filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_)" + effect + R"(": true})", "");
-    filter.setInvalid(isBypassed);
+    filter.setInvalid(is_bypassed);
 
     std::vector<std::unique_ptr<Vorlin::AVQFFrame>> material;
     for (uint32_t seed = 0; seed < kVariety; ++seed) {

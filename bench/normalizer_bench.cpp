@@ -1,11 +1,11 @@
-/* Cost of the normalizer per channel count, and of the output limiter alone.
- *
- *   ns/frame    processor time of one instant of all channels
- *   x_realtime  the same against a stream of 48 kHz
- *   worst_us    the slowest single call by the clock on the wall, which has to meet the deadline of its
- * frames
- *
- * Standard output holds the results alone. */
+// Cost of the normalizer per channel count, and of the output limiter alone.
+//
+//   ns/frame    processor time of one instant of all channels
+//   x_realtime  the same against a stream of 48 kHz
+//   worst_us    the slowest single call by the clock on the wall, which has to meet the deadline of its
+// frames
+//
+// Standard output holds the results alone.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -25,7 +25,7 @@ constexpr double kRateHz = 48000;
 constexpr int kCallFrames = 1024;
 constexpr int kCalls = 64;
 
-/* The mixer prints its version when it is made: to standard error here. */
+// The mixer prints its version when it is made: to standard error here.
 void* createNormalizer(int channels) {
     std::fflush(stdout);
     const int results = dup(STDOUT_FILENO);
@@ -37,7 +37,7 @@ void* createNormalizer(int channels) {
     return handle;
 }
 
-/* Runs `call(i)` for one call's worth of a signal that repeats after kCalls, and reports per frame. */
+// Runs `call(i)` for one call's worth of a signal that repeats after kCalls, and reports per frame.
 template <typename Call>
 void measure(benchmark::State& state, int frames_per_call, Call call) {
     using Clock = std::chrono::steady_clock;
@@ -60,7 +60,7 @@ void measure(benchmark::State& state, int frames_per_call, Call call) {
     state.counters["deadline_us"] = frames_per_call / kRateHz * 1e6;
 }
 
-/* The cost of `in`, kCalls calls of interleaved samples. */
+// The cost of `in`, kCalls calls of interleaved samples.
 void measureNormalizer(benchmark::State& state, int channels, const test::Pcm& in) {
     const auto call_samples = static_cast<std::size_t>(channels * kCallFrames);
     test::Pcm out(call_samples);
@@ -74,14 +74,14 @@ void measureNormalizer(benchmark::State& state, int channels, const test::Pcm& i
     aem_ReleaseNormalizer(handle);
 }
 
-/* Keeps the limiters busy: bursts at the gain of 0 dB that a loud passage leaves. */
+// Keeps the limiters busy: bursts at the gain of 0 dB that a loud passage leaves.
 void Normalizer(benchmark::State& state) {
     const int channels = static_cast<int>(state.range(0));
     measureNormalizer(state, channels, test::bursts(1, channels * kCallFrames * kCalls));
 }
 BENCHMARK(Normalizer)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Arg(8);
 
-/* What most programmes are: a peak of -1 dBFS, below the ceiling. */
+// What most programmes are: a peak of -1 dBFS, below the ceiling.
 void NormalizerBelowCeiling(benchmark::State& state) {
     constexpr int kPeak = 29204;
     const int channels = static_cast<int>(state.range(0));
@@ -89,8 +89,7 @@ void NormalizerBelowCeiling(benchmark::State& state) {
 }
 BENCHMARK(NormalizerBelowCeiling)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Arg(8);
 
-/* Stereo blocks as surround sends them. Scale 1 stays mostly below the ceiling, 3 keeps the limiter engaged.
- */
+// Stereo blocks as surround sends them. Scale 1 stays mostly below the ceiling, 3 keeps the limiter engaged.
 void OutputLimiter(benchmark::State& state) {
     constexpr int kFrames = 240;
     constexpr int kSamples = 2 * kFrames;

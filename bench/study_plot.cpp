@@ -15,7 +15,7 @@ struct Colour {
 };
 constexpr Colour kInk{0.13, 0.13, 0.15};
 constexpr Colour kGrid{0.87, 0.87, 0.89};
-/* Apart for colour-blind eyes as well (Okabe & Ito 2008). */
+// Apart for colour-blind eyes as well (Okabe & Ito 2008).
 constexpr std::array<Colour, 4> kCurves{Colour{0.00, 0.45, 0.70}, Colour{0.34, 0.71, 0.91},
                                         Colour{0.84, 0.37, 0.00}, Colour{0.90, 0.62, 0.00}};
 

@@ -1,14 +1,14 @@
-/* Cost of surround per layout and type, and of what it is made of.
- *
- *   cpu_ms/s   processor time per second of audio at 48 kHz
- *   p50_us, p99_us, worst_us   one call by the clock on the wall; the deadline of 240 frames is 5000 us
- *   heap_KiB   what a handle takes from the allocator, with its overhead, and maps
- *
- * The kernels are run once for each set of vector instructions that this machine has.
- *
- * Standard output holds the results alone. */
+// Cost of surround per layout and type, and of what it is made of.
+//
+//   cpu_ms/s   processor time per second of audio at 48 kHz
+//   p50_us, p99_us, worst_us   one call by the clock on the wall; the deadline of 240 frames is 5000 us
+//   heap_KiB   what a handle takes from the allocator, with its overhead, and maps
+//
+// The kernels are run once for each set of vector instructions that this machine has.
+//
+// Standard output holds the results alone.
 #include "vector_targets.h"
-/* vector_targets.h comes first. */
+// vector_targets.h comes first.
 #include <benchmark/benchmark.h>
 #include <hwy/targets.h>
 
@@ -40,7 +40,7 @@ double percentile(std::vector<double>& values, double fraction) {
     return values[static_cast<std::size_t>(place)];
 }
 
-/* Calls with noise, limiter on. */
+// Calls with noise, limiter on.
 void Surround(benchmark::State& state) {
     const int channels = static_cast<int>(state.range(0));
     const int frames = static_cast<int>(state.range(2));
@@ -87,7 +87,7 @@ BENCHMARK(Surround)
     ->ArgsProduct({{2, 6, 8}, {1, 13}, {kCallFrames, 1024}})
     ->MinTime(1);
 
-/* Creation, and release with the clock stopped. */
+// Creation, and release with the clock stopped.
 void SurroundSetUp(benchmark::State& state) {
     for (auto _ : state) {
         void* const handle = aem_CreateSurround(static_cast<int>(state.range(0)), static_cast<int>(kRateHz),
@@ -138,7 +138,7 @@ void InverseTransform(benchmark::State& state) {
 }
 BENCHMARK(InverseTransform)->ArgName("points")->Arg(512)->Arg(32768);
 
-/* One product of spectra of 257 bins, out of so many that they are spread as in a handle. */
+// One product of spectra of 257 bins, out of so many that they are spread as in a handle.
 void SpectrumArithmetic(benchmark::State& state) {
     constexpr std::size_t kBins = 257;
     const auto count = static_cast<std::size_t>(state.range(0));
@@ -160,7 +160,7 @@ void SpectrumArithmetic(benchmark::State& state) {
 }
 BENCHMARK(SpectrumArithmetic)->ArgName("pairs")->Arg(1)->Arg(34)->Arg(544);
 
-/* Runs with one set of vector instructions while it lives. */
+// Runs with one set of vector instructions while it lives.
 class AtTarget {
   public:
     AtTarget(benchmark::State& state, std::int64_t target) {
@@ -178,7 +178,7 @@ class AtTarget {
     }
 };
 
-/* What a bank of two channels and both ears does of 512 points for two blocks: 4 lanes forward, 8 back. */
+// What a bank of two channels and both ears does of 512 points for two blocks: 4 lanes forward, 8 back.
 void LaneTransform(benchmark::State& state, std::int64_t target, bool is_forward) {
     const AtTarget at_target(state, target);
     constexpr std::size_t kBlock = 256;
@@ -201,9 +201,8 @@ void LaneTransform(benchmark::State& state, std::int64_t target, bool is_forward
     }
 }
 
-/* The sums of all banks of a layout, stereo's 49 partitions or 7.1's 34, in calls of 240 frames: of one call,
- * which begins one block, or of two together, which begin two. Two calls stand behind the time of the second.
- */
+// The sums of all banks of a layout, stereo's 49 partitions or 7.1's 34, in calls of 240 frames: of one call,
+// which begins one block, or of two together, which begin two. Two calls stand behind the time of the second.
 void BankArithmetic(benchmark::State& state, std::int64_t target, std::size_t banks, std::size_t partitions,
                     std::size_t calls) {
     const AtTarget at_target(state, target);
@@ -238,7 +237,7 @@ void BankArithmetic(benchmark::State& state, std::int64_t target, std::size_t ba
     }
 }
 
-/* Calls of 240 frames of noise, type 1. */
+// Calls of 240 frames of noise, type 1.
 void SurroundAtTarget(benchmark::State& state, std::int64_t target, int channels) {
     const AtTarget at_target(state, target);
     const test::Pcm in = test::noise(1, channels * kCallFrames * kCalls, 8000);

@@ -76,9 +76,9 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     /** What becomes of a frame that the loop has taken, and what the loop then answers. */
     struct Outcome {
         enum Way {
-            PassedOn,   ///< into the output queue as it is; the loop ends
-            Processed,  ///< into the output queue; the loop takes the next frame
-            GivenUp,    ///< destroyed; the loop ends with `result`
+            PassedOn,   // into the output queue as it is; the loop ends
+            Processed,  // into the output queue; the loop takes the next frame
+            GivenUp,    // destroyed; the loop ends with `result`
         } way = GivenUp;
         int result = kFrameLost;
     };
@@ -90,7 +90,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     struct InputBlock {
         const short* samples;
         int channels;
-        int sampleRate;  ///< Hz
+        int sampleRate;  // Hz
         int frames;
     };
 
@@ -107,12 +107,12 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     // effect_dispatch.cpp
     Outcome dispatch(Effect effect, IQFFrame::audioInfo& info, AVFrame* frame);
     std::unique_ptr<short[]> enhanceDialogue(const InputBlock& in);
-    std::unique_ptr<short[]> renderSurround(const InputBlock& in, int outChannels);
+    std::unique_ptr<short[]> renderSurround(const InputBlock& in, int out_channels);
     std::unique_ptr<short[]> normalize(const InputBlock& in);
     void releaseHandles();
 
     // pcm_dump.cpp
-    void dumpPCMData(const short* pcm, int channels, int samples, const std::string& effect, bool isInput);
+    void dumpPCMData(const short* pcm, int channels, int samples, const std::string& effect, bool is_input);
     static std::string getDumpDirectory();
     static std::string generateSessionId();
     void startDumpSession(const std::string& directory, const std::string& effect);
@@ -148,44 +148,44 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     void* mSurroundHandle = nullptr;
     void* mDialogueHandle = nullptr;
     void* mNormalizerHandle = nullptr;
-    int32_t mHandleChannels = 0;    ///< channel count that the handles were made for
-    int32_t mHandleSampleRate = 0;  ///< Hz, that the handles were made for
+    int32_t mHandleChannels = 0;    // channel count that the handles were made for
+    int32_t mHandleSampleRate = 0;  // Hz, that the handles were made for
     std::string mCurrentTarget;
-    Relaxed<int32_t> mSurroundType = 1;  ///< 1 "3DSurround", 13 "MegaBass"
-    Relaxed<int32_t> mSurroundMode = 1;  ///< 1 to 3
+    Relaxed<int32_t> mSurroundType = 1;  // 1 "3DSurround", 13 "MegaBass"
+    Relaxed<int32_t> mSurroundMode = 1;  // 1 to 3
     Relaxed<int32_t> mSurroundLimiter = 1;
     Relaxed<bool> mEnableSurround = false;
     Relaxed<bool> mEnableDialogue = false;
     Relaxed<bool> mEnableNormalizer = false;
-    Relaxed<double> mVoice = 1.0;  ///< dialogue voice level, never below 1
+    Relaxed<double> mVoice = 1.0;  // dialogue voice level, never below 1
     Relaxed<bool> mEnableDump = false;
-    std::map<std::string, int> mDumpFds;          ///< descriptors by file name, as the next two
-    std::map<std::string, uint64_t> mDumpTotals;  ///< bytes
+    std::map<std::string, int> mDumpFds;          // descriptors by file name, as the next two
+    std::map<std::string, uint64_t> mDumpTotals;  // bytes
     std::map<std::string, std::string> mDumpPaths;
-    std::string mSessionId;  ///< of the dump; empty until a block is dumped
+    std::string mSessionId;  // of the dump; empty until a block is dumped
     std::vector<std::string> mSupportedNames{"sonivex"};
     std::unique_ptr<qfThread> mThread;
-    bool mIsWithoutThread = false;                ///< the last `init` of an active filter got none
-    SpscQueue<IQFFrame*> mOutQueue{kQueueSlots};  ///< produced by the worker, consumed by `pull`
-    SpscQueue<IQFFrame*> mInQueue{kQueueSlots};   ///< produced by `push`, consumed by the worker
+    bool mIsWithoutThread = false;                // the last `init` of an active filter got none
+    SpscQueue<IQFFrame*> mOutQueue{kQueueSlots};  // produced by the worker, consumed by `pull`
+    SpscQueue<IQFFrame*> mInQueue{kQueueSlots};   // produced by `push`, consumed by the worker
     std::atomic<bool> mInvalid{true};
     bool mOverFps = false;
-    std::deque<uint64_t> mCostWindow;  ///< squared excess, ms²
-    uint64_t mCostSum = 0;             ///< ms²
+    std::deque<uint64_t> mCostWindow;  // squared excess, ms²
+    uint64_t mCostSum = 0;             // ms²
     int32_t mFps = 0;
     int32_t mSpeed = 1;
-    int32_t mChannels = 0;  ///< of the last frame taken
+    int32_t mChannels = 0;  // of the last frame taken
     AVFilterGraph* mFilterGraph = nullptr;
     AVFilterContext* mAbuffer_ctx = nullptr;
     AVFilterContext* mAbuffersink_ctx = nullptr;
-    bool mHasStream = false;  ///< `mSource` describes the stream that the last input graph was made for
+    bool mHasStream = false;  // `mSource` describes the stream that the last input graph was made for
     bool mIsPrototype = false;
-    int32_t mSrcFormat = -1;  ///< AVSampleFormat to deliver: of the stream's first frame; -1 = none yet
+    int32_t mSrcFormat = -1;  // AVSampleFormat to deliver: of the stream's first frame; -1 = none yet
     AVFilterGraph* mOutFilterGraph = nullptr;
     AVFilterContext* mOutAbuffer_ctx = nullptr;
     AVFilterContext* mOutAbuffersink_ctx = nullptr;
     int32_t mOutChannels = -1;
-    int32_t mOutSampleRate = -1;  ///< Hz
+    int32_t mOutSampleRate = -1;  // Hz
 
     static constexpr std::size_t kQueueSlots = 11;
 };

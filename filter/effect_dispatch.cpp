@@ -55,9 +55,9 @@ sonivexFilter::Outcome sonivexFilter::dispatch(Effect effect, IQFFrame::audioInf
     const InputBlock in{reinterpret_cast<const short*>(frame->extended_data[0]), info.channels,
                         info.sample_rate, frame->nb_samples};
     // Read once: a switch in between would leave an input without its output, or the reverse.
-    const bool isDumped = mEnableDump;
-    const std::string dumpName = dumpNameOf(effect);
-    if (isDumped) dumpPCMData(in.samples, in.channels, in.frames, dumpName, true);
+    const bool is_dumped = mEnableDump;
+    const std::string dump_name = dumpNameOf(effect);
+    if (is_dumped) dumpPCMData(in.samples, in.channels, in.frames, dump_name, true);
 
     // The input graph is built anew after a lost frame, perhaps for another stream without a flush in
     // between.
@@ -65,15 +65,15 @@ sonivexFilter::Outcome sonivexFilter::dispatch(Effect effect, IQFFrame::audioInf
     mHandleChannels = in.channels;
     mHandleSampleRate = in.sampleRate;
 
-    int outChannels = info.channels;
+    int out_channels = info.channels;
     std::unique_ptr<short[]> block;
     switch (effect) {
         case Effect::Dialogue:
             block = enhanceDialogue(in);
             break;
         case Effect::Surround:
-            outChannels = surroundOutputChannels(mSurroundType);
-            block = renderSurround(in, outChannels);
+            out_channels = surroundOutputChannels(mSurroundType);
+            block = renderSurround(in, out_channels);
             break;
         case Effect::Normalizer:
             block = normalize(in);
@@ -82,8 +82,8 @@ sonivexFilter::Outcome sonivexFilter::dispatch(Effect effect, IQFFrame::audioInf
             return processed();
     }
     if (!block) return givenUp(kFrameLost);
-    if (putBack(info, frame, block.get(), outChannels, in.frames) < 0) return givenUp(kFrameLost);
-    if (isDumped) dumpPCMData(block.get(), outChannels, in.frames, dumpName, false);
+    if (putBack(info, frame, block.get(), out_channels, in.frames) < 0) return givenUp(kFrameLost);
+    if (is_dumped) dumpPCMData(block.get(), out_channels, in.frames, dump_name, false);
     return processed();
 }
 
@@ -112,7 +112,7 @@ std::unique_ptr<short[]> sonivexFilter::enhanceDialogue(const InputBlock& in) {
 }
 
 // @return the rendered block, [frames][outChannels]; null when the frame is lost.
-std::unique_ptr<short[]> sonivexFilter::renderSurround(const InputBlock& in, int outChannels) {
+std::unique_ptr<short[]> sonivexFilter::renderSurround(const InputBlock& in, int out_channels) {
     if (mSurroundHandle == nullptr) {
         const int type = mSurroundType;
         const int mode = mSurroundMode;
@@ -137,7 +137,7 @@ std::unique_ptr<short[]> sonivexFilter::renderSurround(const InputBlock& in, int
             *stereo++ = in.samples[i];
         }
     }
-    auto out = makeBlock(outChannels, in.frames);
+    auto out = makeBlock(out_channels, in.frames);
     const short* samples = widened ? widened.get() : in.samples;
     const int result = aem_ProcessSurround(mSurroundHandle, samples, out.get(), in.frames);
     if (result < 0) {

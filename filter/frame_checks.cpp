@@ -24,8 +24,8 @@ bool planeHolds(const AVFrame* frame, int plane, std::size_t bytes) {
     // A frame without buffers keeps its samples elsewhere; its line size is all that is known of their
     // extent. Nothing demands one: without it, a plane holds the frame's samples and no more.
     if (frame->buf[0] == nullptr) {
-        const int lineBytes = frame->linesize[0];
-        return lineBytes == 0 || (lineBytes > 0 && static_cast<std::size_t>(lineBytes) >= bytes);
+        const int line_bytes = frame->linesize[0];
+        return line_bytes == 0 || (line_bytes > 0 && static_cast<std::size_t>(line_bytes) >= bytes);
     }
     const AVBufferRef* buffer = av_frame_get_plane_buffer(const_cast<AVFrame*>(frame), plane);
     return bytesBehind(buffer, data) >= bytes;
@@ -36,21 +36,21 @@ bool planeHolds(const AVFrame* frame, int plane, std::size_t bytes) {
 bool frameMatchesDescription(const IQFFrame::audioInfo& info, const AVFrame* frame) {
     if (info.format < 0 || info.format >= AV_SAMPLE_FMT_NB) return false;
     const auto format = static_cast<AVSampleFormat>(info.format);
-    const int sampleBytes = av_get_bytes_per_sample(format);
+    const int sample_bytes = av_get_bytes_per_sample(format);
     if (frame->format != info.format) return false;
     if (info.channels <= 0 || frame->ch_layout.nb_channels != info.channels) return false;
     if (info.channel_layout != 0 && std::popcount(info.channel_layout) != info.channels) return false;
     if (info.sample_rate <= 0 || frame->sample_rate != info.sample_rate) return false;
     if (frame->nb_samples <= 0 || frame->extended_data == nullptr) return false;
 
-    const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
-    const int planes = isPlanar ? info.channels : 1;
-    const int samplesPerFrame = isPlanar ? 1 : info.channels;
-    const std::size_t planeBytes = static_cast<std::size_t>(frame->nb_samples) *
-                                   static_cast<std::size_t>(samplesPerFrame) *
-                                   static_cast<std::size_t>(sampleBytes);
+    const bool is_planar = av_sample_fmt_is_planar(format) != 0;
+    const int planes = is_planar ? info.channels : 1;
+    const int samples_per_frame = is_planar ? 1 : info.channels;
+    const std::size_t plane_bytes = static_cast<std::size_t>(frame->nb_samples) *
+                                    static_cast<std::size_t>(samples_per_frame) *
+                                    static_cast<std::size_t>(sample_bytes);
     for (int plane = 0; plane < planes; ++plane) {
-        if (!planeHolds(frame, plane, planeBytes)) return false;
+        if (!planeHolds(frame, plane, plane_bytes)) return false;
     }
     return true;
 }

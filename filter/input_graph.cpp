@@ -101,11 +101,11 @@ int sonivexFilter::createSrcBufferFilter() {
     mAbuffer_ctx = avfilter_graph_alloc_filter(mFilterGraph, filter, "src");
     if (mAbuffer_ctx == nullptr) return AVERROR(EINVAL);
 
-    char layoutText[64];
+    char layout_text[64];
     AVChannelLayout layout = layoutOf(mSource);
-    av_channel_layout_describe(&layout, layoutText, sizeof(layoutText));
+    av_channel_layout_describe(&layout, layout_text, sizeof(layout_text));
     av_channel_layout_uninit(&layout);
-    av_opt_set(mAbuffer_ctx, "channel_layout", layoutText, AV_OPT_SEARCH_CHILDREN);
+    av_opt_set(mAbuffer_ctx, "channel_layout", layout_text, AV_OPT_SEARCH_CHILDREN);
     av_opt_set(mAbuffer_ctx, "sample_fmt", qf_get_sample_fmt_name(mSource.format), AV_OPT_SEARCH_CHILDREN);
     av_opt_set_q(mAbuffer_ctx, "time_base", AVRational{1, 1'000'000}, AV_OPT_SEARCH_CHILDREN);
     av_opt_set_int(mAbuffer_ctx, "sample_rate", mSource.sample_rate, AV_OPT_SEARCH_CHILDREN);
@@ -165,13 +165,13 @@ int sonivexFilter::convertToS16(const IQFFrame::audioInfo& info, AVFrame* frame)
     // A frame without reference counts was copied, not taken: what it still holds would be written over.
     av_frame_unref(frame);
     error = av_buffersink_get_frame(mAbuffersink_ctx, frame);
-    const bool hasNothingYet = error == AVERROR(EAGAIN) || error == AVERROR_EOF;
+    const bool has_nothing_yet = error == AVERROR(EAGAIN) || error == AVERROR_EOF;
     // libavfilter drops the options of a filter when it has no memory to parse them, and says nothing.
     if (error >= 0 && !isAsEffectsTakeIt(frame, info.channels)) error = AVERROR(EINVAL);
     if (error >= 0) error = properties.restore(frame);
     if (error >= 0) return error;
 
-    if (hasNothingYet) {
+    if (has_nothing_yet) {
         __log_print(LOG_DEBUG, kFilterName, "sonivex av_buffersink_get_frame error %d\n", error);
     } else {
         __log_print(LOG_ERROR, kFilterName, "av_buffersink_get_frame error %d\n", error);

@@ -35,15 +35,15 @@ void sonivexFilter::setInvalid(bool invalid) {
 
 bool sonivexFilter::isOverFps() {
     const int64_t rate_fps = int64_t{mSpeed} * mFps;
-    const bool isOver = rate_fps >= kOverLimit_fps;
+    const bool is_over = rate_fps >= kOverLimit_fps;
     if (!mInvalid.load() && mEventCallback) {
-        if (!mOverFps && isOver) {
+        if (!mOverFps && is_over) {
             notify(FILTER_INVALID_OVER_FPS);
-        } else if (mOverFps && !isOver) {
+        } else if (mOverFps && !is_over) {
             notify(FILTER_VALID_RECOVERY);
         }
     }
-    return isOver;
+    return is_over;
 }
 
 void sonivexFilter::checkTimeConsume(uint64_t elapsed) {

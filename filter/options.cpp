@@ -94,20 +94,21 @@ bool sonivexFilter::setFilterOptions(const std::string& json) {
     const struct {
         const char* member;
         Effect effect;
-        Relaxed<bool>& isOn;
+        Relaxed<bool>& is_on;
     } switches[] = {
         {"enable_surround", Effect::Surround, mEnableSurround},
         {"enable_dialoguenhance", Effect::Dialogue, mEnableDialogue},
         {"enable_normalizer", Effect::Normalizer, mEnableNormalizer},
     };
-    for (const auto& effectSwitch : switches) {
-        if (!options.hasItem(effectSwitch.member)) continue;
-        if (options.getBool(effectSwitch.member, false)) {
-            selectOnly(effectSwitch.effect);
-            __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: true, disabled others", effectSwitch.member);
+    for (const auto& effect_switch : switches) {
+        if (!options.hasItem(effect_switch.member)) continue;
+        if (options.getBool(effect_switch.member, false)) {
+            selectOnly(effect_switch.effect);
+            __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: true, disabled others",
+                        effect_switch.member);
         } else {
-            effectSwitch.isOn = false;
-            __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: false", effectSwitch.member);
+            effect_switch.is_on = false;
+            __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: false", effect_switch.member);
         }
     }
 

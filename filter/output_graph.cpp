@@ -32,7 +32,7 @@ std::size_t blockBytes(int channels, int frames) {
 }
 
 // A frame that holds `block`; null, with a log, when there is no memory for it.
-OwnedAVFrame makeS16Frame(const short* block, int channels, int sampleRate_hz, int frames) {
+OwnedAVFrame makeS16Frame(const short* block, int channels, int sample_rate_hz, int frames) {
     OwnedAVFrame frame(av_frame_alloc());
     if (!frame) {
         __log_print(LOG_WARNING, kFilterName, "sonivex: av_frame_alloc failed, fallback to S16");
@@ -40,7 +40,7 @@ OwnedAVFrame makeS16Frame(const short* block, int channels, int sampleRate_hz, i
     }
     frame->format = AV_SAMPLE_FMT_S16;
     av::setFrameDefaultLayout(frame.get(), channels);
-    frame->sample_rate = sampleRate_hz;
+    frame->sample_rate = sample_rate_hz;
     frame->nb_samples = frames;
     if (const int error = av_frame_get_buffer(frame.get(), 0); error < 0) {
         __log_print(LOG_WARNING, kFilterName, "sonivex: av_frame_get_buffer failed (ret=%d), fallback to S16",
@@ -92,8 +92,8 @@ int putBackAsS16(IQFFrame::audioInfo& info, AVFrame* frame, const short* block, 
 
 int sonivexFilter::putBack(IQFFrame::audioInfo& info, AVFrame* frame, const short* block, int channels,
                            int frames) {
-    const bool isPlayersFormatS16 = mSrcFormat == -1 || mSrcFormat == AV_SAMPLE_FMT_S16;
-    if (!isPlayersFormatS16 && putBackInPlayersFormat(info, frame, block, channels, frames)) return 0;
+    const bool is_players_format_s16 = mSrcFormat == -1 || mSrcFormat == AV_SAMPLE_FMT_S16;
+    if (!is_players_format_s16 && putBackInPlayersFormat(info, frame, block, channels, frames)) return 0;
     return putBackAsS16(info, frame, block, channels, frames);
 }
 
@@ -164,12 +164,12 @@ int sonivexFilter::initOutputAVFilter(int channels, int sampleRate) {
         error = avfilter_graph_create_filter(&mOutAbuffersink_ctx, sink, "out_sink", nullptr, nullptr,
                                              mOutFilterGraph);
     }
-    const char* formatName = qf_get_sample_fmt_name(mSrcFormat);
-    if (error >= 0 && formatName == nullptr) error = AVERROR(EINVAL);
+    const char* format_name = qf_get_sample_fmt_name(mSrcFormat);
+    if (error >= 0 && format_name == nullptr) error = AVERROR(EINVAL);
     AVFilterContext* aformat = nullptr;
     if (error >= 0) {
         std::snprintf(args, sizeof(args), "sample_fmts=%s:sample_rates=%d:channel_layouts=0x%" PRIx64,
-                      formatName, sampleRate, layout);
+                      format_name, sampleRate, layout);
         error = avfilter_graph_create_filter(&aformat, format, "out_aformat", args, nullptr, mOutFilterGraph);
     }
     if (error >= 0) error = avfilter_link(mOutAbuffer_ctx, 0, aformat, 0);
@@ -181,7 +181,7 @@ int sonivexFilter::initOutputAVFilter(int channels, int sampleRate) {
     }
     __log_print(LOG_INFO, kFilterName,
                 "sonivex: output filter graph initialized. S16 -> %s, channels=%d, sample_rate=%d",
-                formatName, channels, sampleRate);
+                format_name, channels, sampleRate);
     return 0;
 }
 

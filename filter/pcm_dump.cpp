@@ -55,8 +55,8 @@ std::string textOf(int error) {
     return std::generic_category().message(error);  // unlike strerror fit for any thread
 }
 
-std::string fileNameOf(const std::string& effect, const char* stage, const std::string& sessionId) {
-    return "sonivex_" + effect + "_" + stage + "_" + sessionId + ".pcm";
+std::string fileNameOf(const std::string& effect, const char* stage, const std::string& session_id) {
+    return "sonivex_" + effect + "_" + stage + "_" + session_id + ".pcm";
 }
 
 // The directory may be shared and the name guessed: a planted link is refused, and a planted pipe without a
@@ -91,17 +91,17 @@ std::string sonivexFilter::getDumpDirectory() {
 std::string sonivexFilter::generateSessionId() {
     std::random_device device;
     std::mt19937 generator(device());
-    std::uniform_int_distribution<int> eightDigits(10'000'000, 99'999'999);
-    return std::to_string(eightDigits(generator));
+    std::uniform_int_distribution<int> eight_digits(10'000'000, 99'999'999);
+    return std::to_string(eight_digits(generator));
 }
 
 void sonivexFilter::dumpPCMData(const short* pcm, int channels, int samples, const std::string& effect,
-                                bool isInput) {
+                                bool is_input) {
     if (pcm == nullptr || effect.empty() || channels <= 0 || samples <= 0) return;
     try {
         const std::string directory = getDumpDirectory();
         if (mSessionId.empty()) startDumpSession(directory, effect);
-        const char* stage = isInput ? "input" : "output";
+        const char* stage = is_input ? "input" : "output";
         const std::string name = fileNameOf(effect, stage, mSessionId);
         if (mDumpFds.find(name) == mDumpFds.end()) {
             const std::string path = directory + "/" + name;

@@ -26,7 +26,7 @@ class SpscQueue {
     std::size_t sizeForConsumer() const { return mRing.read_available(); }
 
   private:
-    std::size_t mCapacity;  ///< elements
+    std::size_t mCapacity;  // elements
     boost::lockfree::spsc_queue<T> mRing;
 };
 

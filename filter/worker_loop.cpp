@@ -24,15 +24,15 @@ bool isSupportedChannelCount(int channels) {
 }
 
 // Whether `effect` works on such a stream.
-bool isSupportedStream(Effect effect, int channels, int sampleRate_hz) {
-    const bool isCommonRate = sampleRate_hz == 44100 || sampleRate_hz == 48000;
+bool isSupportedStream(Effect effect, int channels, int sample_rate_hz) {
+    const bool is_common_rate = sample_rate_hz == 44100 || sample_rate_hz == 48000;
     switch (effect) {
         case Effect::Surround:
-            return isSupportedChannelCount(channels) && isCommonRate;
+            return isSupportedChannelCount(channels) && is_common_rate;
         case Effect::Dialogue:
-            return channels == 2 && isCommonRate;
+            return channels == 2 && is_common_rate;
         case Effect::Normalizer:
-            return isSupportedChannelCount(channels) && (isCommonRate || sampleRate_hz == 16000);
+            return isSupportedChannelCount(channels) && (is_common_rate || sample_rate_hz == 16000);
         case Effect::None:
             break;
     }
@@ -85,7 +85,7 @@ sonivexFilter::Outcome sonivexFilter::handleFrame(IQFFrame* frame) {
     IQFFrame::audioInfo& info = frame->getInfo();
     if (mSrcFormat == -1) mSrcFormat = info.format;
     const auto* holder = dynamic_cast<AVQFFrame*>(frame);
-    AVFrame* avFrame = holder != nullptr ? static_cast<AVFrame*>(*holder) : nullptr;
+    AVFrame* av_frame = holder != nullptr ? static_cast<AVFrame*>(*holder) : nullptr;
     mChannels = info.channels;
 
     if (mInvalid.load()) return passedOn();
@@ -98,7 +98,7 @@ sonivexFilter::Outcome sonivexFilter::handleFrame(IQFFrame* frame) {
         return passedOn();
     }
     // Before a graph is made from the description: a frame that lies about itself must not shape it.
-    if (avFrame != nullptr && !frameMatchesDescription(info, avFrame)) {
+    if (av_frame != nullptr && !frameMatchesDescription(info, av_frame)) {
         __log_print(LOG_ERROR, kFilterName,
                     "sonivex: frame does not hold what it describes. channels %d, samples %d", info.channels,
                     info.nb_samples);
@@ -112,16 +112,16 @@ sonivexFilter::Outcome sonivexFilter::handleFrame(IQFFrame* frame) {
             return givenUp(error);
         }
     }
-    if (mAbuffer_ctx == nullptr || avFrame == nullptr) {
+    if (mAbuffer_ctx == nullptr || av_frame == nullptr) {
         __log_print(LOG_ERROR, kFilterName, "mAbuffer_ctx is nullptr or avframe is nullptr");
         return passedOn();
     }
-    if (const int error = convertToS16(info, avFrame); error < 0) {
-        const bool hasNothingYet = error == AVERROR(EAGAIN) || error == AVERROR_EOF;
-        if (hasNothingYet && !worksInsidePush()) qf_msleep(kIdleSleep_ms);
-        return givenUp(hasNothingYet ? 0 : error);
+    if (const int error = convertToS16(info, av_frame); error < 0) {
+        const bool has_nothing_yet = error == AVERROR(EAGAIN) || error == AVERROR_EOF;
+        if (has_nothing_yet && !worksInsidePush()) qf_msleep(kIdleSleep_ms);
+        return givenUp(has_nothing_yet ? 0 : error);
     }
-    return dispatch(effect, info, avFrame);
+    return dispatch(effect, info, av_frame);
 }
 
 // The switches are three separate stores of another thread, so two may be seen on: one reading per frame,

@@ -29,7 +29,7 @@ Frame allocatedFrame() {
     return frame;
 }
 
-/* The sample of a frame and channel in the frame's own format. */
+// The sample of a frame and channel in the frame's own format.
 void store(AVFrame& frame, int index, int channel, float sample) {
     const auto format = static_cast<AVSampleFormat>(frame.format);
     const bool is_planar = av_sample_fmt_is_planar(format) != 0;

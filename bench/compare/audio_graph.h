@@ -1,4 +1,4 @@
-/* A graph of libavfilter on the caller's thread: sources for float or double PCM, one sink. */
+// A graph of libavfilter on the caller's thread: sources for float or double PCM, one sink.
 #pragma once
 
 extern "C" {

@@ -25,7 +25,7 @@ struct Release {
     void operator()(void* handle) const { aem_ReleaseDialoguEnhance(handle); }
 };
 
-/* A real transform of libavutil with arrays of its own. */
+// A real transform of libavutil with arrays of its own.
 class Transform {
   public:
     explicit Transform(bool is_inverse) : in_(makeArray()), out_(makeArray()) {

@@ -1,4 +1,4 @@
-/* Dialogue enhancement against the four transforms that each of its hops has to do. */
+// Dialogue enhancement against the four transforms that each of its hops has to do.
 #pragma once
 
 #include "effort.h"

@@ -1,7 +1,7 @@
-/* What the comparison asks of everything that convolves some channels to two ears.
- *
- * An engine is made for one material and brings its input into the form that it takes by itself, before any
- * clock runs. */
+// What the comparison asks of everything that convolves some channels to two ears.
+//
+// An engine is made for one material and brings its input into the form that it takes by itself, before any
+// clock runs.
 #pragma once
 
 #include <cstddef>

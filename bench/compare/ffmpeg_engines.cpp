@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kShortFrame_frames = 256;
 constexpr std::size_t kLongFrame_frames = 1024;
 
-/* Without a low-frequency channel, which headphone would not convolve. */
+// Without a low-frequency channel, which headphone would not convolve.
 std::string mainLayout(std::size_t channels) {
     return channels == 2 ? "stereo" : channels == 6 ? "hexagonal" : "octagonal";
 }
@@ -20,7 +20,7 @@ std::string countLayout(std::size_t channels) {
     return std::to_string(channels) + "C";
 }
 
-/* [taps][channel][ear] */
+// [taps][channel][ear]
 std::vector<float> responsesSideBySide(const Stage& stage) {
     const std::size_t width = 2 * stage.channels;
     std::vector<float> samples(stage.longestResponse() * width, 0.0F);
@@ -83,7 +83,7 @@ class GraphEngine : public Engine {
     const AVFrame* out_ = nullptr;  // the graph's
 };
 
-/* "pan=4C|c0=c0|c1=c0|c2=c1|c3=c1" */
+// "pan=4C|c0=c0|c1=c0|c2=c1|c3=c1"
 std::string eachChannelTwice(std::size_t channels) {
     std::string pan = "pan=" + countLayout(2 * channels);
     for (std::size_t i = 0; i < 2 * channels; ++i) {
@@ -92,7 +92,7 @@ std::string eachChannelTwice(std::size_t channels) {
     return pan;
 }
 
-/* "pan=stereo|c0=c0+c2|c1=c1+c3" */
+// "pan=stereo|c0=c0+c2|c1=c1+c3"
 std::string sumOfEachEar(std::size_t channels) {
     std::string pan = "pan=stereo";
     for (std::size_t ear = 0; ear < 2; ++ear) {

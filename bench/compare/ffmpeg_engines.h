@@ -1,10 +1,10 @@
-/* FFmpeg's two convolution filters, each as a user would put it into a graph. Layouts of one stage.
- *
- *   afir       pan (each channel twice) -> afir, a response for every ear of every channel -> pan (sums)
- *   headphone  alone, in the frequency domain
- *
- * afir works in partitions of 256 frames, headphone in blocks of 1024. Both are handed frames of 1024, as a
- * player's decoder does; afir takes shorter ones as well, which makes it less late and dearer. */
+// FFmpeg's two convolution filters, each as a user would put it into a graph. Layouts of one stage.
+//
+//   afir       pan (each channel twice) -> afir, a response for every ear of every channel -> pan (sums)
+//   headphone  alone, in the frequency domain
+//
+// afir works in partitions of 256 frames, headphone in blocks of 1024. Both are handed frames of 1024, as a
+// player's decoder does; afir takes shorter ones as well, which makes it less late and dearer.
 #pragma once
 
 #include "engine.h"

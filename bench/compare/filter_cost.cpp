@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kFrame_frames = 1024;
 constexpr std::size_t kChannels = 2;
 
-/* Surround by itself, as the filter calls it. */
+// Surround by itself, as the filter calls it.
 class Effect {
   public:
     explicit Effect(const Material& material)
@@ -43,7 +43,7 @@ class Effect {
     void* handle_;
 };
 
-/* An inactive filter, so that the work is done in `push`. */
+// An inactive filter, so that the work is done in `push`.
 class Filter {
   public:
     Filter(const Material& material, AVSampleFormat format) : filter_({}, {}, false) {
@@ -58,7 +58,7 @@ class Filter {
         }
     }
 
-    /* A reference to the same samples, as a decoder hands out what it may still need itself. */
+    // A reference to the same samples, as a decoder hands out what it may still need itself.
     std::unique_ptr<Vorlin::IQFFrame> process(std::size_t index) {
         std::unique_ptr<Vorlin::IQFFrame> in =
             std::make_unique<Vorlin::AVQFFrame>(av_frame_clone(frames_[index].get()));
@@ -76,7 +76,7 @@ class Filter {
     std::vector<Frame> frames_;
 };
 
-/* In 16 bit the filter puts out what the effect does. */
+// In 16 bit the filter puts out what the effect does.
 void check(const Material& material) {
     Effect effect(material);
     Filter filter(material, AV_SAMPLE_FMT_S16);

@@ -1,4 +1,4 @@
-/* What the filter adds to the effect in it: queues, conversion to 16 bit and back. */
+// What the filter adds to the effect in it: queues, conversion to 16 bit and back.
 #pragma once
 
 #include "effort.h"

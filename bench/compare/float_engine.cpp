@@ -22,7 +22,7 @@ struct FreeByFftw {
 template <typename Element>
 using FftwArray = std::unique_ptr<Element[], FreeByFftw>;
 
-/* Aligned as FFTW likes it. */
+// Aligned as FFTW likes it.
 template <typename Element>
 FftwArray<Element> makeArray(std::size_t count) {
     auto* const memory = static_cast<Element*>(fftwf_malloc(count * sizeof(Element)));
@@ -32,7 +32,7 @@ FftwArray<Element> makeArray(std::size_t count) {
 
 using Tiles = std::vector<Tile>;  // zeroed
 
-/* Real transforms of `count` signals beside each other: [signal][480] to [signal][241]. */
+// Real transforms of `count` signals beside each other: [signal][480] to [signal][241].
 class Transforms {
   public:
     explicit Transforms(std::size_t count)
@@ -64,7 +64,7 @@ class Transforms {
     fftwf_plan inverse_;
 };
 
-/* From FFTW's order into tiles that are `stride` apart. */
+// From FFTW's order into tiles that are `stride` apart.
 void toTiles(const fftwf_complex* spectrum, Tile* tiles, std::size_t stride) {
     for (std::size_t tile = 0; tile < kTiles; ++tile, tiles += stride) {
         const std::size_t first = tile * kTileBins;
@@ -100,7 +100,7 @@ class FloatConvolver {
         for (const Path& path : stage.paths) load(path);
     }
 
-    /* Where a channel's next 240 samples go. */
+    // Where a channel's next 240 samples go.
     float* in(std::size_t channel) { return in_.time(channel) + kBlock_frames; }
     const float* out(std::size_t ear) { return out_.time(ear) + kBlock_frames; }
 

@@ -1,5 +1,5 @@
 #include "vector_targets.h"
-/* vector_targets.h comes first: the targets named here have to be the library's. */
+// vector_targets.h comes first: the targets named here have to be the library's.
 #include "machine.h"
 
 #include <fcntl.h>
@@ -39,7 +39,7 @@ int doublesOf(std::int64_t target) {
     return 2;
 }
 
-/* Highway numbers targets from the best. */
+// Highway numbers targets from the best.
 void allow(std::int64_t targets) {
     hwy::SetSupportedTargetsForTest(targets);
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());

@@ -1,4 +1,4 @@
-/* Where the figures come from: processor, vectors in use, versions of what is compared. */
+// Where the figures come from: processor, vectors in use, versions of what is compared.
 #pragma once
 
 #include <cstddef>

@@ -1,16 +1,16 @@
-/* Compares the library with other ways to do the same work, in one process and in turns.
- *
- *   peer_comparison [--quick] [--csv]
- *
- *   --quick  under a minute; the ratios scatter more
- *   --csv    the same rows for a program to read; lines with # are for people
- *
- * Every output is checked before it is timed: the library's being wrong ends the program with exit code 1, a
- * peer that is wrong is left out.
- * Surround takes part twice: in calls of 240 frames, its own blocks, and of 1024, the frames of many
- * decoders.
- * Peers get their input in their own format before the clock runs and give floats; the library takes and
- * gives 16-bit PCM, limits, and has its conversions timed. */
+// Compares the library with other ways to do the same work, in one process and in turns.
+//
+//   peer_comparison [--quick] [--csv]
+//
+//   --quick  under a minute; the ratios scatter more
+//   --csv    the same rows for a program to read; lines with # are for people
+//
+// Every output is checked before it is timed: the library's being wrong ends the program with exit code 1, a
+// peer that is wrong is left out.
+// Surround takes part twice: in calls of 240 frames, its own blocks, and of 1024, the frames of many
+// decoders.
+// Peers get their input in their own format before the clock runs and give floats; the library takes and
+// gives 16-bit PCM, limits, and has its conversions timed.
 #include <cstdio>
 #include <cstring>
 #include <exception>

@@ -30,7 +30,7 @@ const Table* const kSurround71[] = {SONIVEX_TABLES_SURROUND_7_1(ADDRESS, mode1)}
 
 constexpr std::size_t kLowFrequencyChannel = 3;
 
-/* Two responses of the same path are one. */
+// Two responses of the same path are one.
 void add(Stage& stage, std::size_t channel, std::size_t ear, const Table& table, double divisor) {
     std::vector<float> response;
     for (const std::int16_t sample : table) response.push_back(static_cast<float>(sample / divisor));
@@ -43,7 +43,7 @@ void add(Stage& stage, std::size_t channel, std::size_t ear, const Table& table,
     stage.paths.push_back({channel, ear, response});
 }
 
-/* Source by source, left ear before right. */
+// Source by source, left ear before right.
 Stage toBothEars(std::size_t channels, Tables tables, double divisor, bool has_low_frequency) {
     Stage stage{channels, {}};
     std::size_t channel = 0;
@@ -56,7 +56,7 @@ Stage toBothEars(std::size_t channels, Tables tables, double divisor, bool has_l
     return stage;
 }
 
-/* Each side stays at its own ear. */
+// Each side stays at its own ear.
 Stage toOwnEar(Tables tables, double divisor) {
     Stage stage{2, {}};
     for (std::size_t i = 0; i < tables.size(); ++i) add(stage, i % 2, i % 2, *tables[i], divisor);

@@ -1,4 +1,4 @@
-/* What every engine works on: one signal, and the library's own responses. */
+// What every engine works on: one signal, and the library's own responses.
 #pragma once
 
 #include <cstddef>

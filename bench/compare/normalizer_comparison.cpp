@@ -47,7 +47,7 @@ std::vector<double> speech(std::size_t frames) {
     return samples;
 }
 
-/* Plucked chords that die away, some of it different on each side, and a beat of noise. */
+// Plucked chords that die away, some of it different on each side, and a beat of noise.
 std::vector<double> music(std::size_t frames) {
     constexpr double kChord_hz[] = {110, 220, 277.2, 329.6, 440, 554.4, 880};
     constexpr std::size_t kBeat_frames = 12000;
@@ -84,7 +84,7 @@ class OurNormalizer {
         for (std::size_t i = 0; i < pcm_.size(); i += out_.size()) call(i);
     }
 
-    /* A new one against the model of the normalizer, to the bit. */
+    // A new one against the model of the normalizer, to the bit.
     void check() {
         model::Normalizer model(kChannels);
         for (std::size_t i = 0; i < pcm_.size(); i += out_.size()) {
@@ -135,7 +135,7 @@ class Alimiter {
         }
     }
 
-    /* Of double: never above the ceiling, and where nothing has to be limited the input, later. */
+    // Of double: never above the ceiling, and where nothing has to be limited the input, later.
     void check() {
         std::vector<double> out;
         for (const Frame& frame : frames_) {

@@ -1,4 +1,4 @@
-/* The library through its public functions: 16-bit PCM in and out, limiter on. */
+// The library through its public functions: 16-bit PCM in and out, limiter on.
 #pragma once
 
 #include "engine.h"

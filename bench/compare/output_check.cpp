@@ -14,14 +14,14 @@ namespace {
 
 constexpr std::size_t kLimiterBlockSamples = 480;
 
-/* To three figures. */
+// To three figures.
 std::string text(double value) {
     char buffer[32];
     std::snprintf(buffer, sizeof(buffer), "%.3g", value);
     return buffer;
 }
 
-/* The output of an engine that is this late, while the whole stream goes in. */
+// The output of an engine that is this late, while the whole stream goes in.
 template <typename Sample>
 std::vector<Sample> delayed(const std::vector<Sample>& ears, std::size_t delay_frames) {
     std::vector<Sample> late(ears.size(), Sample{});

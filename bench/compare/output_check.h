@@ -1,4 +1,4 @@
-/* Every engine's output against convolution by its definition, in double. */
+// Every engine's output against convolution by its definition, in double.
 #pragma once
 
 #include <string>

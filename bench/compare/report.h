@@ -1,4 +1,4 @@
-/* What the comparison prints: rows of figures, with what is asked of them beside, as text or as CSV. */
+// What the comparison prints: rows of figures, with what is asked of them beside, as text or as CSV.
 #pragma once
 
 #include <optional>

@@ -1,5 +1,5 @@
-/* The library's scheme without vectors, one convolver for each path: what its fast path is measured against,
- * and has to equal to the bit. Layouts of one stage. */
+// The library's scheme without vectors, one convolver for each path: what its fast path is measured against,
+// and has to equal to the bit. Layouts of one stage.
 #pragma once
 
 #include "engine.h"

@@ -19,11 +19,11 @@ namespace {
 
 using MakeEngine = std::unique_ptr<Engine> (*)(const Layout&, const Material&);
 
-/* The calls that the library is fed with, and the places of these contestants. */
+// The calls that the library is fed with, and the places of these contestants.
 constexpr std::size_t kOurCalls_frames[] = {kShortCall_frames, kLongCall_frames};
 constexpr std::size_t kOurs = std::size(kOurCalls_frames);
 
-/* By layout; what is not in it has no bounds. */
+// By layout; what is not in it has no bounds.
 using LayoutBounds = std::map<std::string, Bounds>;
 
 struct Peer {
@@ -65,7 +65,7 @@ Contestant contestantFor(Engine& engine, const Material& material) {
     return {engine.name(), pass, static_cast<double>(material.frames()) / kRate_hz};
 }
 
-/* How late an engine that works in blocks is in a stream that comes in calls of ours. */
+// How late an engine that works in blocks is in a stream that comes in calls of ours.
 std::size_t delayBehindOurCalls_frames(const Engine& engine, std::size_t our_call_frames) {
     return engine.callFrames() - std::gcd(engine.callFrames(), our_call_frames);
 }
@@ -78,7 +78,7 @@ std::string delayInOurCalls(const Engine& peer) {
     return "late by " + text(kShortCall_frames) + ", by " + text(kLongCall_frames);
 }
 
-/* One that takes part: its output has been found right. */
+// One that takes part: its output has been found right.
 struct Entrant {
     std::unique_ptr<Engine> engine;
     std::string check;
@@ -97,7 +97,7 @@ std::vector<Entrant> admitOurs(const Layout& layout, const Material& material, c
     return entrants;
 }
 
-/* A peer of another release may refuse its options or have another gain: it is left out then, and said so. */
+// A peer of another release may refuse its options or have another gain: it is left out then, and said so.
 void admitPeers(std::vector<Entrant>& entrants, const Report& report, const Layout& layout,
                 const Material& material, const Reference& reference) {
     for (const Peer& peer : peersOf(layout.type)) {

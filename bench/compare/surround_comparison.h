@@ -1,4 +1,4 @@
-/* Surround against others that convolve. */
+// Surround against others that convolve.
 #pragma once
 
 #include "effort.h"

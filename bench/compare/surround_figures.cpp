@@ -23,12 +23,12 @@ struct MemoryBounds {
     Bounds resident_kib;
 };
 
-/* Memory comes in pages, some of which may be huge: a tenth more than the goal is granted for them. */
+// Memory comes in pages, some of which may be huge: a tenth more than the goal is granted for them.
 MemoryBounds memoryBounds(double heap_floor_kib, double goal_kib) {
     return {atMost(heap_floor_kib, goal_kib), atMost(1.1 * goal_kib, goal_kib)};
 }
 
-/* In the order of kChannelCounts. */
+// In the order of kChannelCounts.
 const MemoryBounds kMemoryBounds[] = {memoryBounds(1250, 1199), memoryBounds(2150, 2017),
                                       memoryBounds(2750, 2599)};
 
@@ -42,16 +42,16 @@ void* createHandle(std::size_t channels, int type) {
     return aem_CreateSurround(static_cast<int>(channels), static_cast<int>(kRate_hz), type, kMode, 1);
 }
 
-/* The pages of a handle that has worked for a second, in KiB: by how much the process grows with some
- * handles. Others before them have brought in code and tables, and have filled the gaps that the allocator
- * could not give back. */
+// The pages of a handle that has worked for a second, in KiB: by how much the process grows with some
+// handles. Others before them have brought in code and tables, and have filled the gaps that the allocator
+// could not give back.
 std::optional<double> residentHandle_kib(const Layout& layout) {
     constexpr std::size_t kHandlesBefore = 16;
     constexpr std::size_t kHandles = 8;
     const Material material = makeMaterial(layout.channels(), layout.channels(), kSecond_frames, 1);
     std::vector<std::unique_ptr<Engine>> engines;
     engines.reserve(kHandlesBefore + kHandles);
-    const auto addWorn = [&](std::size_t count) {
+    const auto add_worn = [&](std::size_t count) {
         for (; count > 0; --count) {
             engines.push_back(makeOurEngine(layout, material, kShortCall_frames));
             Engine& engine = *engines.back();
@@ -60,9 +60,9 @@ std::optional<double> residentHandle_kib(const Layout& layout) {
             }
         }
     };
-    addWorn(kHandlesBefore);
+    add_worn(kHandlesBefore);
     const std::optional<std::size_t> before = residentBytes();
-    addWorn(kHandles);
+    add_worn(kHandles);
     const std::optional<std::size_t> after = residentBytes();
     if (!before || !after) return {};
     return (static_cast<double>(*after) - static_cast<double>(*before)) / kHandles / 1024;
@@ -93,7 +93,7 @@ void measureHandle(Report& report, const Effort& effort, std::size_t channels, i
     report.row("set-up, median", subject, median(set_up_ms), "ms", atMost(5.0, 1.0));
 }
 
-/* Single calls by the clock on the wall, one number each. */
+// Single calls by the clock on the wall, one number each.
 std::vector<double> timeCalls_us(Engine& engine, const Material& material, int calls) {
     std::vector<double> calls_us;
     std::size_t frame = 0;
@@ -108,8 +108,8 @@ std::vector<double> timeCalls_us(Engine& engine, const Material& material, int c
     return calls_us;
 }
 
-/* Calls of 240 frames meet partitions of 256 in the same way again after 16 calls. The dearest of those by
- * its median shows what the engine itself makes uneven, whatever else the machine does. */
+// Calls of 240 frames meet partitions of 256 in the same way again after 16 calls. The dearest of those by
+// its median shows what the engine itself makes uneven, whatever else the machine does.
 double dearestOfPattern_us(const std::vector<double>& calls_us) {
     constexpr std::size_t kPatternCalls = 16;
     double dearest_us = 0;
@@ -140,7 +140,7 @@ void measureCalls(Report& report, const Effort& effort, std::size_t channels, in
     report.row("the dearest call of a pattern / median", subject, dearestOfPattern_us(calls_us) / p50_us, "");
 }
 
-/* Contestants keep references to what is in here. */
+// Contestants keep references to what is in here.
 struct Subject {
     Subject(std::string subject_name, std::size_t channels, std::size_t sounding, int loudness,
             std::size_t frames)
@@ -149,7 +149,7 @@ struct Subject {
           material(makeMaterial(channels, sounding, frames, loudness)),
           engine(makeOurEngine(layout, material, kShortCall_frames)) {}
 
-    /* @return the peak of what the limiter gets. */
+    // @return the peak of what the limiter gets.
     double check() const {
         const Reference reference = convolveDirectly(layout, material);
         checkOutput(*engine, material, reference);
@@ -170,7 +170,7 @@ struct Subject {
     std::unique_ptr<Engine> engine;
 };
 
-/* What the signal changes: silent channels cost less, a limiter at work costs more. */
+// What the signal changes: silent channels cost less, a limiter at work costs more.
 void measureSignals(Report& report, const Effort& effort) {
     report.section("What the signal changes, type 1; outputs checked");
     const std::size_t frames = effort.material_steps * kMaterialStep_frames;

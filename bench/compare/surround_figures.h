@@ -1,4 +1,4 @@
-/* Surround's own figures: memory, set-up, single calls, what the signal changes. */
+// Surround's own figures: memory, set-up, single calls, what the signal changes.
 #pragma once
 
 #include "effort.h"

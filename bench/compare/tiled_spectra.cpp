@@ -1,4 +1,4 @@
-/* Compiled once for every set of vector instructions; the best one of the processor is taken at run time. */
+// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "tiled_spectra.cpp"
 #include <hwy/foreach_target.h>  // must come first
@@ -11,8 +11,8 @@ namespace compare::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-/* Both ears at once: eight sums that stay in registers while X and H stream by. Two for each number, so that
- * no product waits for the one before. */
+// Both ears at once: eight sums that stay in registers while X and H stream by. Two for each number, so that
+// no product waits for the one before.
 void sumOfProducts(const Tile* x, const Tile* h, std::size_t tiles, std::size_t channels,
                    std::size_t partitions, std::size_t newest, Tile* y) {
     const hn::CappedTag<float, kTileBins> d;

@@ -1,10 +1,10 @@
-/* The sums of products of the float engine, see float_engine.h.
- *
- * A tile is 16 neighbouring bins, real parts then imaginary parts. All tiles of the lowest bins come first:
- *
- *   X  [tile][channel][slot]             slot: a ring of blocks, twice, so that a history is read in one go
- *   H  [tile][channel][partition][ear]
- *   Y  [tile][ear] */
+// The sums of products of the float engine, see float_engine.h.
+//
+// A tile is 16 neighbouring bins, real parts then imaginary parts. All tiles of the lowest bins come first:
+//
+//   X  [tile][channel][slot]             slot: a ring of blocks, twice, so that a history is read in one go
+//   H  [tile][channel][partition][ear]
+//   Y  [tile][ear]
 #pragma once
 
 #include <cstddef>

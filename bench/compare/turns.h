@@ -1,5 +1,5 @@
-/* Timing in turns: every contestant runs once, then all of them again, so that whatever else the machine does
- * meets each alike; what counts is the median over the turns. */
+// Timing in turns: every contestant runs once, then all of them again, so that whatever else the machine does
+// meets each alike; what counts is the median over the turns.
 #pragma once
 
 #include <functional>

@@ -12,11 +12,11 @@
 namespace compare {
 namespace {
 
-/* What scalar over vector has to be, by doubles in a vector. */
+// What scalar over vector has to be, by doubles in a vector.
 const std::map<int, Bounds> kRatios = {
     {2, atLeast(2.2, 2.8)}, {4, atLeast(3.8, 5.0)}, {8, atLeast(4.9, 7.0)}};
 
-/* An engine and the width it works at; none: as it comes. */
+// An engine and the width it works at; none: as it comes.
 struct Entrant {
     std::string name;
     std::unique_ptr<Engine> engine;

@@ -1,4 +1,4 @@
-/* Surround held to each width of vectors that the processor has, against the scalar way. */
+// Surround held to each width of vectors that the processor has, against the scalar way.
 #pragma once
 
 #include "effort.h"

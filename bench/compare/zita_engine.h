@@ -1,4 +1,4 @@
-/* zita-convolver with partitions of 256 frames throughout. A stage follows the other. */
+// zita-convolver with partitions of 256 frames throughout. A stage follows the other.
 #pragma once
 
 #include "engine.h"

@@ -1,9 +1,9 @@
-/* How an effect says something.
- *
- *   line = "[ZubrelAem]: (<source>: <line>) " + message
- *
- * Use: sonivex::logEffectMessage("normalizer", kLineNullHandle, "...\n"). The line numbers are part of what
- * users and their log filters see, so they are literal constants and stay when code moves. */
+// How an effect says something.
+//
+//   line = "[ZubrelAem]: (<source>: <line>) " + message
+//
+// Use: sonivex::logEffectMessage("normalizer", kLineNullHandle, "...\n"). The line numbers are part of what
+// users and their log filters see, so they are literal constants and stay when code moves.
 #pragma once
 
 namespace sonivex {

@@ -11,12 +11,12 @@ namespace Vorlin {
 
 namespace {
 
-constexpr char LOG_TAG[] = "Player";
+constexpr char kLogTag[] = "Player";
 
 // Not std::to_string: its decimal point depends on the locale, and it writes six places whatever the number.
 std::string numberText(double value) {
-    constexpr size_t LONGEST_DOUBLE_BYTES = 32;
-    std::array<char, LONGEST_DOUBLE_BYTES> text{};
+    constexpr size_t kLongestDoubleBytes = 32;
+    std::array<char, kLongestDoubleBytes> text{};
     const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
     return {text.data(), end};
 }
@@ -55,16 +55,16 @@ void BypassControl::endReason(bool& reason) {
 bool BypassControl::reportRate(const std::string& key, double value) {
     // Recovery is announced by a valid filter only.
     if (mOverFps && !mListener && !mOverload) mFilter.setInvalid(false);
-    bool isUnderstood = true;
+    bool is_understood = true;
     try {
         mFilter.setOption(key, numberText(value), {});
     } catch (const std::exception& refusal) {
-        __log_print(LOG_WARNING, LOG_TAG, "%s refused %s = %g: %s", mEventPrefix.c_str(), key.c_str(), value,
+        __log_print(LOG_WARNING, kLogTag, "%s refused %s = %g: %s", mEventPrefix.c_str(), key.c_str(), value,
                     refusal.what());
-        isUnderstood = false;
+        is_understood = false;
     }
     apply();
-    return isUnderstood;
+    return is_understood;
 }
 
 void BypassControl::obey(const std::string& event) {
@@ -75,7 +75,7 @@ void BypassControl::obey(const std::string& event) {
     } else if (event == mEventPrefix + filterPrototype::FILTER_INVALID_PERFORMANCE) {
         mOverload = true;
     } else {
-        __log_print(LOG_DEBUG, LOG_TAG, "unknown event %s", event.c_str());
+        __log_print(LOG_DEBUG, kLogTag, "unknown event %s", event.c_str());
         return;
     }
     apply();

@@ -13,9 +13,9 @@ namespace Vorlin {
 
 namespace {
 
-constexpr int FENCE_CHANNELS = 3;
-constexpr int FENCE_FRAMES = 1;
-constexpr int ANY_RATE_HZ = 48000;
+constexpr int kFenceChannels = 3;
+constexpr int kFenceFrames = 1;
+constexpr int kAnyRate_hz = 48000;
 
 bool isSampleFormat(int format) {
     return format >= 0 && format < AV_SAMPLE_FMT_NB;
@@ -27,12 +27,12 @@ std::unique_ptr<FenceFrame> FenceFrame::make(const audioInfo& stream, uint64_t n
     OwnedAVFrame frame(av_frame_alloc());
     if (!frame) return nullptr;
     frame->format = isSampleFormat(stream.format) ? stream.format : AV_SAMPLE_FMT_S16;
-    frame->sample_rate = stream.sample_rate > 0 ? stream.sample_rate : ANY_RATE_HZ;
-    frame->nb_samples = FENCE_FRAMES;
-    if (av::setFrameDefaultLayout(frame.get(), FENCE_CHANNELS) < 0) return nullptr;
+    frame->sample_rate = stream.sample_rate > 0 ? stream.sample_rate : kAnyRate_hz;
+    frame->nb_samples = kFenceFrames;
+    if (av::setFrameDefaultLayout(frame.get(), kFenceChannels) < 0) return nullptr;
     if (av_frame_get_buffer(frame.get(), 0) < 0) return nullptr;
     const auto format = static_cast<AVSampleFormat>(frame->format);
-    av_samples_set_silence(frame->extended_data, 0, FENCE_FRAMES, FENCE_CHANNELS, format);
+    av_samples_set_silence(frame->extended_data, 0, kFenceFrames, kFenceChannels, format);
 
     std::unique_ptr<FenceFrame> fence(new (std::nothrow) FenceFrame(frame.get(), number));
     if (fence) (void)frame.release();  // the fence's own now

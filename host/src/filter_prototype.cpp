@@ -29,10 +29,10 @@ Registry& registry() {
 
 // Call with the registry's mutex held. @return null when no prototype supports `name`.
 IAudioFilter* findNewest(const std::string& name) {
-    constexpr int NO_CODEC_HINT = 0;
+    constexpr int kNoCodecHint = 0;
     const auto& entries = registry().entries;
     const auto found = std::find_if(entries.rbegin(), entries.rend(), [&](const Entry& entry) {
-        return entry.filter->is_supported(name, NO_CODEC_HINT, NO_CODEC_HINT, NO_CODEC_HINT);
+        return entry.filter->is_supported(name, kNoCodecHint, kNoCodecHint, kNoCodecHint);
     });
     return found == entries.rend() ? nullptr : found->filter;
 }

@@ -16,8 +16,8 @@ namespace {
 using std::chrono::nanoseconds;
 using std::chrono::steady_clock;
 
-constexpr int TRY_AGAIN = -35;  // the filters' own number, not this system's EAGAIN
-constexpr int64_t POLL_MS = 1;
+constexpr int kTryAgain = -35;  // the filters' own number, not this system's EAGAIN
+constexpr int64_t kPoll_ms = 1;
 
 // Measures how long nothing has moved.
 class StallWatch {
@@ -35,25 +35,26 @@ class StallWatch {
 }  // namespace
 
 FilterPump::FilterPump(IAudioFilter& filter, bool active, const BypassControl& bypass,
-                       WorkingTime& workingTime, std::chrono::milliseconds stallLimit, Player::Output output)
+                       WorkingTime& working_time, std::chrono::milliseconds stall_limit,
+                       Player::Output output)
     : mFilter(filter),
       mActive(active),
       mBypass(bypass),
-      mWorkingTime(workingTime),
-      mStallLimit(stallLimit),
+      mWorkingTime(working_time),
+      mStallLimit(stall_limit),
       mOutput(std::move(output)) {}
 
 int FilterPump::push(std::unique_ptr<IQFFrame>& frame) {
     StallWatch stall(mStallLimit);
     for (;;) {
         const Attempt attempt = tryPush(frame);
-        if (attempt.result != TRY_AGAIN) return attempt.result;
-        if (attempt.hasMovedAFrame) {
+        if (attempt.result != kTryAgain) return attempt.result;
+        if (attempt.has_moved_a_frame) {
             stall.restart();
         } else if (stall.isOver()) {
             return AVERROR(ETIMEDOUT);
         } else {
-            qf_msleep(POLL_MS);
+            qf_msleep(kPoll_ms);
         }
     }
 }
@@ -72,7 +73,7 @@ int FilterPump::passFence(const IQFFrame::audioInfo& stream) {
         } else if (stall.isOver()) {
             return AVERROR(ETIMEDOUT);
         } else {
-            qf_msleep(POLL_MS);
+            qf_msleep(kPoll_ms);
         }
     }
     return 0;
@@ -83,25 +84,25 @@ int FilterPump::passFence(const IQFFrame::audioInfo& stream) {
 // It has the same number: when it comes out, the first one has.
 bool FilterPump::runOnce(std::unique_ptr<IQFFrame>& nudge, const IQFFrame::audioInfo& stream) {
     if (!nudge) nudge = FenceFrame::make(stream, mNewestFence);
-    return nudge && tryPush(nudge).hasMovedAFrame;
+    return nudge && tryPush(nudge).has_moved_a_frame;
 }
 
 FilterPump::Attempt FilterPump::tryPush(std::unique_ptr<IQFFrame>& frame) {
-    constexpr uint64_t DO_NOT_WAIT_MS = 0;
+    constexpr uint64_t kDoNotWait_ms = 0;
     mWasBypassed = mBypass.isBypassed();
     const auto begin = steady_clock::now();
-    const int result = mFilter.push(frame, DO_NOT_WAIT_MS);
-    const nanoseconds pushCall = steady_clock::now() - begin;
-    return {result, pullReady(pushCall)};
+    const int result = mFilter.push(frame, kDoNotWait_ms);
+    const nanoseconds push_call = steady_clock::now() - begin;
+    return {result, pullReady(push_call)};
 }
 
 // @return whether anything came out, a fence included.
-bool FilterPump::pullReady(nanoseconds pushCall) {
-    constexpr uint64_t DO_NOT_WAIT_MS = 0;
+bool FilterPump::pullReady(nanoseconds push_call) {
+    constexpr uint64_t kDoNotWait_ms = 0;
     uint64_t frames = 0;
     uint64_t fences = 0;
     std::unique_ptr<IQFFrame> frame;
-    while (mFilter.pull(frame, DO_NOT_WAIT_MS) == 0) {
+    while (mFilter.pull(frame, kDoNotWait_ms) == 0) {
         if (const auto* fence = dynamic_cast<const FenceFrame*>(frame.get())) {
             mNewestFenceOut = std::max(mNewestFenceOut, fence->number());
             frame.reset();
@@ -112,7 +113,7 @@ bool FilterPump::pullReady(nanoseconds pushCall) {
             mOutput(std::move(frame));
         }
     }
-    mWorkingTime.framesCameOut(frames, pushCall);
+    mWorkingTime.framesCameOut(frames, push_call);
     return frames + fences > 0;
 }
 

@@ -15,8 +15,8 @@ namespace Vorlin {
  */
 class FilterPump {
   public:
-    FilterPump(IAudioFilter& filter, bool active, const BypassControl& bypass, WorkingTime& workingTime,
-               std::chrono::milliseconds stallLimit, Player::Output output);
+    FilterPump(IAudioFilter& filter, bool active, const BypassControl& bypass, WorkingTime& working_time,
+               std::chrono::milliseconds stall_limit, Player::Output output);
 
     /** Push until the filter takes the frame. @return 0, AVERROR(ETIMEDOUT), or the filter's own error. */
     int push(std::unique_ptr<IQFFrame>& frame);
@@ -33,11 +33,11 @@ class FilterPump {
   private:
     struct Attempt {
         int result;
-        bool hasMovedAFrame;
+        bool has_moved_a_frame;
     };
 
     Attempt tryPush(std::unique_ptr<IQFFrame>& frame);
-    bool pullReady(std::chrono::nanoseconds pushCall);
+    bool pullReady(std::chrono::nanoseconds push_call);
     bool runOnce(std::unique_ptr<IQFFrame>& nudge, const IQFFrame::audioInfo& stream);
 
     IAudioFilter& mFilter;

@@ -19,21 +19,21 @@ using nlohmann::json;
 
 // The number that `text` begins with, as JSON writes numbers; empty when it begins with none.
 std::string_view leadingNumber(std::string_view text) {
-    const auto skipOneOf = [&text](size_t at, std::string_view characters) {
+    const auto skip_one_of = [&text](size_t at, std::string_view characters) {
         return at < text.size() && characters.find(text[at]) != std::string_view::npos ? at + 1 : at;
     };
-    const auto skipDigits = [&text](size_t at) {
+    const auto skip_digits = [&text](size_t at) {
         return std::min(text.find_first_not_of("0123456789", at), text.size());
     };
-    const size_t integer = skipOneOf(0, "-");
-    const size_t zero = skipOneOf(integer, "0");
-    size_t end = zero > integer ? zero : skipDigits(integer);
+    const size_t integer = skip_one_of(0, "-");
+    const size_t zero = skip_one_of(integer, "0");
+    size_t end = zero > integer ? zero : skip_digits(integer);
     if (end == integer) return {};
-    const size_t fraction = skipOneOf(end, ".");
-    if (fraction > end && skipDigits(fraction) > fraction) end = skipDigits(fraction);
-    const size_t exponent = skipOneOf(end, "eE");
-    const size_t exponentDigits = skipOneOf(exponent, "+-");
-    if (exponent > end && skipDigits(exponentDigits) > exponentDigits) end = skipDigits(exponentDigits);
+    const size_t fraction = skip_one_of(end, ".");
+    if (fraction > end && skip_digits(fraction) > fraction) end = skip_digits(fraction);
+    const size_t exponent = skip_one_of(end, "eE");
+    const size_t exponent_digits = skip_one_of(exponent, "+-");
+    if (exponent > end && skip_digits(exponent_digits) > exponent_digits) end = skip_digits(exponent_digits);
     return text.substr(0, end);
 }
 
@@ -48,13 +48,13 @@ bool isBeyondDouble(std::string_view number) {
 // The same text with the largest double in place of every number beyond it.
 std::string withSaturatedNumbers(std::string_view text) {
     std::string result;
-    bool isInString = false;
+    bool is_in_string = false;
     while (!text.empty()) {
-        std::string_view next = isInString ? std::string_view() : leadingNumber(text);
-        const bool isNumber = !next.empty();
-        if (!isNumber) next = text.substr(0, isInString && text.front() == '\\' ? 2 : 1);
-        if (next == "\"") isInString = !isInString;
-        if (isNumber && isBeyondDouble(next)) {
+        std::string_view next = is_in_string ? std::string_view() : leadingNumber(text);
+        const bool is_number = !next.empty();
+        if (!is_number) next = text.substr(0, is_in_string && text.front() == '\\' ? 2 : 1);
+        if (next == "\"") is_in_string = !is_in_string;
+        if (is_number && isBeyondDouble(next)) {
             result += next.front() == '-' ? "-1.7976931348623157e308" : "1.7976931348623157e308";
         } else {
             result += next;
@@ -67,10 +67,10 @@ std::string withSaturatedNumbers(std::string_view text) {
 json parse(const std::string& text) {
     // The parser takes a zero byte for the end of the text; no JSON text holds one.
     if (text.find('\0') != std::string::npos) return json(json::value_t::discarded);
-    constexpr bool THROW = false;
-    json value = json::parse(text, nullptr, THROW);
+    constexpr bool kThrow = false;
+    json value = json::parse(text, nullptr, kThrow);
     // The parser refuses numbers beyond a double, which are valid JSON.
-    if (value.is_discarded()) value = json::parse(withSaturatedNumbers(text), nullptr, THROW);
+    if (value.is_discarded()) value = json::parse(withSaturatedNumbers(text), nullptr, kThrow);
     return value;
 }
 
@@ -82,9 +82,9 @@ std::optional<int> integerAsInt(Integer value) {
 
 std::optional<int> fractionAsInt(double value) {
     // Both limits of an int are exact as doubles; NaN fails the comparisons.
-    constexpr double LOWEST = std::numeric_limits<int>::min();
-    constexpr double HIGHEST = std::numeric_limits<int>::max();
-    if (!(value >= LOWEST && value <= HIGHEST) || std::trunc(value) != value) return std::nullopt;
+    constexpr double kLowest = std::numeric_limits<int>::min();
+    constexpr double kHighest = std::numeric_limits<int>::max();
+    if (!(value >= kLowest && value <= kHighest) || std::trunc(value) != value) return std::nullopt;
     return static_cast<int>(value);
 }
 
@@ -127,7 +127,7 @@ std::string VorlinJSONItem::getString(const std::string& name, const std::string
 
 int VorlinJSONItem::getInt(const std::string& name, int fallback) const {
     const json* member = mDocument ? mDocument->find(name) : nullptr;
-    return member != nullptr && member->is_number() ? asInt(*member).value_or(NO_INT) : fallback;
+    return member != nullptr && member->is_number() ? asInt(*member).value_or(kNoInt) : fallback;
 }
 
 bool VorlinJSONItem::getBool(const std::string& name, bool fallback) const {

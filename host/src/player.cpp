@@ -25,13 +25,13 @@ bool isSameStream(const IQFFrame::audioInfo& a, const IQFFrame::audioInfo& b) {
 class FilterPlayer final : public Player {
   public:
     FilterPlayer(std::shared_ptr<Plugin> plugin, std::unique_ptr<IAudioFilter> filter,
-                 std::unique_ptr<BypassControl> bypass, std::shared_ptr<const qfThreadClock> worker,
+                 std::unique_ptr<BypassControl> bypass, std::shared_ptr<const QfThreadClock> worker,
                  const PlayerConfig& config, Output output)
         : mPlugin(std::move(plugin)),
           mBypass(std::move(bypass)),
           mFilter(std::move(filter)),
           mWorkingTime(*mFilter, *mBypass, config.active, std::move(worker)),
-          mPump(*mFilter, config.active, *mBypass, mWorkingTime, config.stallLimit, std::move(output)) {}
+          mPump(*mFilter, config.active, *mBypass, mWorkingTime, config.stall_limit, std::move(output)) {}
 
     bool setOptions(const std::string& json) override {
         return mFilter->setOption(filterPrototype::FILTER_OPTION, json, {});
@@ -111,18 +111,18 @@ Player::~Player() = default;
 std::unique_ptr<Player> Player::create(std::shared_ptr<Plugin> plugin, const PlayerConfig& config,
                                        Output output) {
     auto filter =
-        filterPrototype::createFilter(config.filterName, config.source, config.source, config.active);
+        filterPrototype::createFilter(config.filter_name, config.source, config.source, config.active);
     if (!filter) return nullptr;
     auto bypass = std::make_unique<BypassControl>(*filter);
 
-    const auto clockBefore = qfThread::clockOfNewest();
-    constexpr uint64_t NO_FLAGS = 0;
-    if (!filter->init(NO_FLAGS)) {
+    const auto clock_before = qfThread::clockOfNewest();
+    constexpr uint64_t kNoFlags = 0;
+    if (!filter->init(kNoFlags)) {
         filter.reset();  // before `bypass`, which its callback refers to
         return nullptr;
     }
     auto worker = qfThread::clockOfNewest();
-    if (worker == clockBefore) worker = nullptr;
+    if (worker == clock_before) worker = nullptr;
 
     bypass->apply();
     return std::make_unique<FilterPlayer>(std::move(plugin), std::move(filter), std::move(bypass),

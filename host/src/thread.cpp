@@ -21,7 +21,7 @@ nanoseconds readClock(clockid_t clock) {
 }
 
 // The sum over all operating-system threads that one qfThread had, one after the other.
-class WorkerClock final : public qfThreadClock {
+class WorkerClock final : public QfThreadClock {
   public:
     nanoseconds cpuTime() const override {
         const std::lock_guard lock(mMutex);
@@ -48,23 +48,23 @@ class WorkerClock final : public qfThreadClock {
     nanoseconds mEnded{};
 };
 
-thread_local std::shared_ptr<const qfThreadClock> newestClock;
+thread_local std::shared_ptr<const QfThreadClock> newest_clock;
 
 void nameThisThread(const std::string& name) {
-    constexpr size_t LONGEST_NAME_BYTES = 15;
-    pthread_setname_np(pthread_self(), name.substr(0, LONGEST_NAME_BYTES).c_str());
+    constexpr size_t kLongestNameBytes = 15;
+    pthread_setname_np(pthread_self(), name.substr(0, kLongestNameBytes).c_str());
 }
 
 }  // namespace
 
-qfThreadClock::~qfThreadClock() = default;
+QfThreadClock::~QfThreadClock() = default;
 
 // Shared with the worker, so that a body may destroy its own qfThread.
 struct qfThread::State {
     enum class Request { Pause, Run, Stop };
 
-    State(std::function<int()> threadBody, std::string threadName)
-        : body(std::move(threadBody)), name(std::move(threadName)) {}
+    State(std::function<int()> thread_body, std::string thread_name)
+        : body(std::move(thread_body)), name(std::move(thread_name)) {}
 
     const std::function<int()> body;
     const std::string name;
@@ -73,7 +73,7 @@ struct qfThread::State {
     std::mutex mutex;  // guards what follows
     std::condition_variable changed;
     Request request = Request::Pause;
-    bool bodyRuns = false;
+    bool body_runs = false;
     std::thread thread;
 
     bool isCalledByWorker() const { return thread.get_id() == std::this_thread::get_id(); }
@@ -85,11 +85,11 @@ struct qfThread::State {
         for (;;) {
             changed.wait(lock, [this] { return request != Request::Pause; });
             if (request == Request::Stop) break;
-            bodyRuns = true;
+            body_runs = true;
             lock.unlock();
             body();
             lock.lock();
-            bodyRuns = false;
+            body_runs = false;
             if (request != Request::Run) changed.notify_all();
         }
         lock.unlock();
@@ -99,7 +99,7 @@ struct qfThread::State {
 
 qfThread::qfThread(std::function<int()> body, const std::string& name)
     : mState(std::make_shared<State>(std::move(body), name)) {
-    newestClock = mState->clock;
+    newest_clock = mState->clock;
 }
 
 qfThread::~qfThread() {
@@ -125,7 +125,7 @@ void qfThread::pause() {
     std::unique_lock lock(mState->mutex);
     if (mState->request == State::Request::Run) mState->request = State::Request::Pause;
     if (mState->isCalledByWorker()) return;
-    mState->changed.wait(lock, [this] { return !mState->bodyRuns; });
+    mState->changed.wait(lock, [this] { return !mState->body_runs; });
 }
 
 void qfThread::stop() {
@@ -138,12 +138,12 @@ void qfThread::stop() {
     if (mState->thread.joinable()) mState->thread.join();
 }
 
-std::shared_ptr<const qfThreadClock> qfThread::clock() const {
+std::shared_ptr<const QfThreadClock> qfThread::clock() const {
     return mState->clock;
 }
 
-std::shared_ptr<const qfThreadClock> qfThread::clockOfNewest() {
-    return newestClock;
+std::shared_ptr<const QfThreadClock> qfThread::clockOfNewest() {
+    return newest_clock;
 }
 
 }  // namespace Vorlin

@@ -9,7 +9,7 @@ using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
 WorkingTime::WorkingTime(IAudioFilter& filter, const BypassControl& bypass, bool active,
-                         std::shared_ptr<const qfThreadClock> worker)
+                         std::shared_ptr<const QfThreadClock> worker)
     : mFilter(filter), mBypass(bypass), mActive(active), mWorker(std::move(worker)) {}
 
 void WorkingTime::forget() {
@@ -28,9 +28,9 @@ bool WorkingTime::isWatching() const {
     return !mBypass.isBypassed() && std::trunc(mFps) * std::trunc(mSpeed) > 0.0;
 }
 
-void WorkingTime::framesCameOut(uint64_t frames, nanoseconds pushCall) {
+void WorkingTime::framesCameOut(uint64_t frames, nanoseconds push_call) {
     if (!mActive) {
-        tell(frames, pushCall);
+        tell(frames, push_call);
     } else if (mWorker && frames > 0) {
         mUntold += growthOfWorker();
         if (isWatching()) {

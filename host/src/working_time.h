@@ -21,7 +21,7 @@ class WorkingTime {
     /** @param worker the clock of the filter's worker; null for a filter that has none. Without a clock an
      *  active filter is told nothing. */
     WorkingTime(IAudioFilter& filter, const BypassControl& bypass, bool active,
-                std::shared_ptr<const qfThreadClock> worker);
+                std::shared_ptr<const QfThreadClock> worker);
 
     void setVideoFps(double fps) { mFps = fps; }
     void setSpeed(double speed) { mSpeed = speed; }
@@ -29,8 +29,8 @@ class WorkingTime {
     /** No frame is under way: what the worker has used so far belongs to none. */
     void forget();
 
-    /** `frames` frames came out after a `push` that took `pushCall` (0 when there was none). */
-    void framesCameOut(uint64_t frames, std::chrono::nanoseconds pushCall);
+    /** `frames` frames came out after a `push` that took `push_call` (0 when there was none). */
+    void framesCameOut(uint64_t frames, std::chrono::nanoseconds push_call);
 
   private:
     std::chrono::nanoseconds growthOfWorker();
@@ -40,7 +40,7 @@ class WorkingTime {
     IAudioFilter& mFilter;
     const BypassControl& mBypass;
     const bool mActive;
-    const std::shared_ptr<const qfThreadClock> mWorker;
+    const std::shared_ptr<const QfThreadClock> mWorker;
     std::chrono::nanoseconds mWorkerSeen{};  // reading of the clock up to which frames were charged
     std::chrono::nanoseconds mUntold{};      // worker time below a millisecond, kept for the next frame
     double mFps = 0.0;

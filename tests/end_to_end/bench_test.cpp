@@ -29,7 +29,7 @@ test::ProcessResult bench(const std::vector<std::string>& arguments) {
 
 TEST(Bench, MeasuresEveryEffectAndLayout) {
     const auto result = bench({"--seconds", "0.1", "--json"});
-    ASSERT_EQ(result.exitCode, 0) << result.err;
+    ASSERT_EQ(result.exit_code, 0) << result.err;
     EXPECT_EQ(result.err, "");
     const auto json = nlohmann::json::parse(result.out);
     EXPECT_NE(json["vectors"].get<std::string>(), "");
@@ -40,7 +40,7 @@ TEST(Bench, MeasuresEveryEffectAndLayout) {
         EXPECT_NEAR(row["times_real_time"].get<double>() * row["core_percent"].get<double>(), 100.0, 1e-6)
             << row;
     }
-    const auto costOf = [&](const std::string& effect, int channels) {
+    const auto cost_of = [&](const std::string& effect, int channels) {
         for (const auto& row : json["rows"]) {
             if (row["effect"] == effect && row["channels"] == channels)
                 return row["cpu_ms_per_s"].get<double>();
@@ -48,13 +48,13 @@ TEST(Bench, MeasuresEveryEffectAndLayout) {
         return 0.0;
     };
     // Far enough apart to hold on any machine.
-    EXPECT_GT(costOf("surround", 8), costOf("surround", 2));
-    EXPECT_GT(costOf("surround", 8), costOf("normalizer", 1));
+    EXPECT_GT(cost_of("surround", 8), cost_of("surround", 2));
+    EXPECT_GT(cost_of("surround", 8), cost_of("normalizer", 1));
 }
 
 TEST(Bench, MeasuresOnlyTheEffectAskedForAndPrintsATable) {
     const auto result = bench({"--effect", "dialogue", "--seconds", "0.1"});
-    ASSERT_EQ(result.exitCode, 0) << result.err;
+    ASSERT_EQ(result.exit_code, 0) << result.err;
     EXPECT_THAT(result.out, HasSubstr("; vectors: "));
     EXPECT_THAT(result.out, HasSubstr("times real time  of one core\ndialogue    -                  2 "));
     EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 3);
@@ -63,7 +63,7 @@ TEST(Bench, MeasuresOnlyTheEffectAskedForAndPrintsATable) {
 TEST(Bench, RefusesWhatCannotBeDoneInOneLine) {
     struct Case {
         std::vector<std::string> arguments;
-        int exitCode;
+        int exit_code;
     };
     for (const Case& bad :
          {Case{{"--effect", "reverb"}, 2}, Case{{"--seconds", "0"}, 2}, Case{{"--seconds", "nan"}, 2},
@@ -71,7 +71,7 @@ TEST(Bench, RefusesWhatCannotBeDoneInOneLine) {
           Case{{"--plugin", "/nowhere.so"}, 10}, Case{{"--plugin", SONIVEX_PLUGIN_WITHOUT_EFFECTS}, 11},
           Case{{"--plugin", SONIVEX_PLUGIN_WITHOUT_EFFECTS, "--effect", "surround"}, 11}}) {
         const auto result = bench(bad.arguments);
-        EXPECT_EQ(result.exitCode, bad.exitCode) << bad.arguments.back() << ": " << result.err;
+        EXPECT_EQ(result.exit_code, bad.exit_code) << bad.arguments.back() << ": " << result.err;
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err.find("sonivex: "), 0U);
         EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << result.err;
@@ -86,7 +86,7 @@ TEST(Bench, EndsBetweenTwoRoundsWhenInterrupted) {
     ASSERT_TRUE(process.isRunning());
     process.send(SIGINT);
     const auto result = process.wait();
-    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_EQ(result.exit_code, 130);
     EXPECT_EQ(result.out, "");
 }
 

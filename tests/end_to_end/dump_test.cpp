@@ -23,24 +23,24 @@ class Dump : public test::RenderTest {
     }
 
     nlohmann::json inspectDumps(const std::vector<std::string>& arguments = {}) {
-        std::vector<std::string> all = dumps.names();
-        for (auto& name : all) name = dumps.file(name);
+        std::vector<std::string> all = dumps_.names();
+        for (auto& name : all) name = dumps_.file(name);
         all.insert(all.end(), arguments.begin(), arguments.end());
         all.emplace_back("--json");
         const auto result = inspect(all);
-        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.exit_code, 0) << result.err;
         return nlohmann::json::parse(result.out);
     }
 
-    test::TemporaryFolder dumps;
+    test::TemporaryFolder dumps_;
 };
 
 TEST_F(Dump, OfDialogueShowsItsDelayAndItsGain) {
     test::makeDialogueMix(file("speech.wav"), file("background.wav"), file("mix.wav"), 2);
     const auto report =
-        render({"--effect", "dialogue", "--dump", dumps.path(), file("mix.wav"), file("out.wav")});
-    EXPECT_EQ(report["dump_folder"], dumps.path());
-    EXPECT_EQ(report["dump_files"].get<std::vector<std::string>>(), dumps.names());
+        render({"--effect", "dialogue", "--dump", dumps_.path(), file("mix.wav"), file("out.wav")});
+    EXPECT_EQ(report["dump_folder"], dumps_.path());
+    EXPECT_EQ(report["dump_files"].get<std::vector<std::string>>(), dumps_.names());
     EXPECT_TRUE(report["notes"].empty()) << report["notes"];
     const auto seen = inspectDumps();
     ASSERT_EQ(seen["files"].size(), 2U);
@@ -53,14 +53,14 @@ TEST_F(Dump, OfDialogueShowsItsDelayAndItsGain) {
 TEST_F(Dump, OfTheNormalizerHoldsWhatWentInAndWhatCameOut) {
     test::makeQuietSpeech(file("in.wav"), 1);
     const auto report =
-        render({"--dump", dumps.path(), "--frame-size", "256", file("in.wav"), file("out.wav")});
+        render({"--dump", dumps_.path(), "--frame-size", "256", file("in.wav"), file("out.wav")});
     EXPECT_TRUE(report["notes"].empty()) << report["notes"];
-    ASSERT_EQ(dumps.names().size(), 2U);
+    ASSERT_EQ(dumps_.names().size(), 2U);
     const auto seen = inspectDumps({"--channels", "1"});
     EXPECT_EQ(seen["pairs"][0]["latency_frames"], 256);
     EXPECT_NEAR(seen["pairs"][0]["gain_db"].get<double>(), 20.0, 0.1);
     // The input is the file, then silence.
-    const std::string pcm = test::readFile(dumps.file(dumps.names().front()));
+    const std::string pcm = test::readFile(dumps_.file(dumps_.names().front()));
     const std::string wav = test::readFile(file("in.wav"));
     const std::string samples = wav.substr(wav.find("data") + 8);
     EXPECT_EQ(pcm.substr(0, samples.size()), samples);
@@ -68,7 +68,7 @@ TEST_F(Dump, OfTheNormalizerHoldsWhatWentInAndWhatCameOut) {
 
 TEST_F(Dump, OfSurroundTellsItsChannelsByTheSizes) {
     test::makeQuietSpeech(file("in.wav"), 6);
-    const auto report = render({"--effect", "surround", "--dump", dumps.path(), "--frame-size", "480",
+    const auto report = render({"--effect", "surround", "--dump", dumps_.path(), "--frame-size", "480",
                                 file("in.wav"), file("out.wav")});
     EXPECT_TRUE(report["notes"].empty()) << report["notes"];
     const auto seen = inspectDumps({"--rate", "48000"});
@@ -83,13 +83,13 @@ TEST_F(Dump, OfSurroundTellsItsChannelsByTheSizes) {
 TEST_F(Dump, AFlushOnTheWayEndsOneSessionAndBeginsAnother) {
     test::makeDialogueMix(file("speech.wav"), file("background.wav"), file("mix.wav"), 4);
     for (const char* way : {"--raw-latency", "--threaded"}) {
-        const auto before = dumps.names();
-        const auto report = render({"--effect", "dialogue", way, "--flush-at", "1.5", "--dump", dumps.path(),
+        const auto before = dumps_.names();
+        const auto report = render({"--effect", "dialogue", way, "--flush-at", "1.5", "--dump", dumps_.path(),
                                     "--force", file("mix.wav"), file("out.wav")});
         EXPECT_EQ(report["flushes"], 1);
         EXPECT_EQ(report["frames_dropped"], 0);
         ASSERT_EQ(report["dump_files"].size(), 4U);
-        EXPECT_EQ(dumps.names().size(), before.size() + 4);
+        EXPECT_EQ(dumps_.names().size(), before.size() + 4);
         EXPECT_TRUE(report["notes"].empty()) << report["notes"];
     }
     const auto seen = inspectDumps();
@@ -110,8 +110,8 @@ TEST_F(Dump, AFlushSilencesWhatTheEffectHeldBackAndMovesNothing) {
     const auto out = test::decode(file("out.wav"));
     ASSERT_EQ(out.size(), in.size());
     const size_t flush = 70 * 1024;
-    const auto isSilent = [&](size_t frame) { return out[2 * frame] == 0.0F && out[2 * frame + 1] == 0.0F; };
-    for (size_t frame = flush - 1536; frame < flush; ++frame) ASSERT_TRUE(isSilent(frame)) << frame;
+    const auto is_silent = [&](size_t frame) { return out[2 * frame] == 0.0F && out[2 * frame + 1] == 0.0F; };
+    for (size_t frame = flush - 1536; frame < flush; ++frame) ASSERT_TRUE(is_silent(frame)) << frame;
     const auto result = inspect({"--pair", file("mix.wav"), file("out.wav"), "--json"});
     EXPECT_EQ(nlohmann::json::parse(result.out)["pairs"][0]["latency_frames"], 0);
 }
@@ -121,11 +121,11 @@ TEST_F(Dump, SaysWhatDidNotFitOnTheDisk) {
     test::ffmpeg({"-f", "lavfi", "-i", "anullsrc=sample_rate=48000:channel_layout=stereo", "-t", "1",
                   file("in.flac")});
     test::ProcessOptions options;
-    options.fileSizeLimitBytes = 64 * 1024;
+    options.file_size_limit_bytes = 64 * 1024;
     const auto result =
-        run({"--effect", "dialogue", "--dump", dumps.path(), "--json", file("in.flac"), file("out.flac")},
+        run({"--effect", "dialogue", "--dump", dumps_.path(), "--json", file("in.flac"), file("out.flac")},
             options);
-    ASSERT_EQ(result.exitCode, 0) << result.err;
+    ASSERT_EQ(result.exit_code, 0) << result.err;
     // 48000 frames and a delay of 1536 make 49 calls of 1024 frames of 4 bytes, in either file.
     const std::string missing = std::to_string(2 * (49 * 1024 * 4 - 64 * 1024)) + " bytes are missing";
     EXPECT_THAT(result.err, HasSubstr(missing));
@@ -140,7 +140,7 @@ TEST_F(Dump, NeedsAFolderThatIsThere) {
     test::writeFile(file("plain"), "");
     for (const std::string& path : {file("none"), file("plain"), std::string()}) {
         const auto result = run({"--dump", path, file("in.wav"), file("out.wav")});
-        EXPECT_EQ(result.exitCode, path.empty() ? 2 : 7) << path;
+        EXPECT_EQ(result.exit_code, path.empty() ? 2 : 7) << path;
         EXPECT_THAT(result.err, HasSubstr("--dump"));
         EXPECT_FALSE(std::filesystem::exists(file("out.wav")));
         EXPECT_FALSE(std::filesystem::exists(file("none")));
@@ -153,11 +153,11 @@ TEST_F(Dump, InspectRefusesWhatCannotBeReadInOneLine) {
     test::writeFile(file("text.wav"), "no sound");
     struct Case {
         std::vector<std::string> arguments;
-        int exitCode;
+        int exit_code;
         std::string part;
     };
     for (const Case& bad : {Case{{}, 2, "FILE"}, Case{{file("none.pcm")}, 3, "No such file"},
-                            Case{{file("none.wav")}, 3, "No such"}, Case{{folder.path()}, 3, "is a folder"},
+                            Case{{file("none.wav")}, 3, "No such"}, Case{{folder_.path()}, 3, "is a folder"},
                             Case{{file("empty.pcm")}, 4, "is empty"}, Case{{file("odd.pcm")}, 4, "5 bytes"},
                             Case{{file("text.wav")}, 3, "text.wav"},
                             Case{{"--channels", "0", file("odd.pcm")}, 2, "--channels"},
@@ -166,7 +166,7 @@ TEST_F(Dump, InspectRefusesWhatCannotBeReadInOneLine) {
                             Case{{"--rate", "x", file("odd.pcm")}, 2, "--rate"},
                             Case{{"--pair", file("odd.pcm")}, 2, "--pair"}}) {
         const auto result = inspect(bad.arguments);
-        EXPECT_EQ(result.exitCode, bad.exitCode) << result.err;
+        EXPECT_EQ(result.exit_code, bad.exit_code) << result.err;
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err.find("sonivex: "), 0U);
         EXPECT_THAT(result.err, HasSubstr(bad.part));
@@ -179,7 +179,7 @@ TEST_F(Dump, InspectSaysWhatItAssumesAndThatNothingMatches) {
     test::ffmpeg({"-f", "lavfi", "-i", "anoisesrc=duration=1:sample_rate=48000:seed=5", "-ac", "2", "-f",
                   "s16le", file("other.pcm")});
     const auto result = inspect({"--pair", file("in.wav"), file("other.pcm")});
-    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.exit_code, 0);
     EXPECT_THAT(result.out, HasSubstr("assumed"));
     EXPECT_THAT(result.out, HasSubstr("2 channels and 48000 Hz"));
     EXPECT_THAT(result.out, HasSubstr("no clear match"));

@@ -28,7 +28,7 @@ TEST_F(Ears, MeasureEachSegmentOfAFile) {
          "[c]anullsink;[e][g]concat=n=2:v=0:a=1",
          path});
     const auto result = ears({path, "--segment", "first=0-1.5", "--segment", "second=1.5-3", "--json"});
-    ASSERT_EQ(result.exitCode, 0) << result.err;
+    ASSERT_EQ(result.exit_code, 0) << result.err;
     const auto rows = nlohmann::json::parse(result.out);
     ASSERT_EQ(rows.size(), 2U);
     EXPECT_EQ(rows[0]["name"], "first");
@@ -43,7 +43,7 @@ TEST_F(Ears, MeasureEachSegmentOfAFile) {
 TEST_F(Ears, WithoutSegmentsTheWholeFileIsOne) {
     test::makeQuietSpeech(file("in.flac"), 2);
     const auto result = ears({file("in.flac")});
-    ASSERT_EQ(result.exitCode, 0) << result.err;
+    ASSERT_EQ(result.exit_code, 0) << result.err;
     EXPECT_NE(result.out.find("whole file  "), std::string::npos) << result.out;
 }
 
@@ -52,13 +52,13 @@ TEST_F(Ears, RefuseWhatCannotBeMeasuredInOneLine) {
     test::makeQuietSpeech(file("stereo.wav"), 2);
     struct Case {
         std::vector<std::string> arguments;
-        int exitCode;
+        int exit_code;
     };
     for (const Case& bad : {Case{{file("missing.wav")}, 3}, Case{{file("mono.wav")}, 5},
                             Case{{file("stereo.wav"), "--segment", "x=1-99"}, 2},
                             Case{{file("stereo.wav"), "--segment", "x=2-1"}, 2}, Case{{}, 2}}) {
         const auto result = ears(bad.arguments);
-        EXPECT_EQ(result.exitCode, bad.exitCode);
+        EXPECT_EQ(result.exit_code, bad.exit_code);
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err.find("sonivex: "), 0U);
         EXPECT_EQ(result.err.find('\n'), result.err.size() - 1);

@@ -11,7 +11,7 @@ namespace {
 
 std::string outputOf(const std::vector<std::string>& command) {
     const ProcessResult result = runProcess(command);
-    if (result.exitCode != 0) throw std::runtime_error(command.front() + " failed: " + result.err);
+    if (result.exit_code != 0) throw std::runtime_error(command.front() + " failed: " + result.err);
     return result.out;
 }
 
@@ -36,7 +36,8 @@ std::vector<float> decode(const std::string& path) {
     return samples;
 }
 
-void makeQuietSpeech(const std::string& path, int channels, const std::vector<std::string>& outputArguments) {
+void makeQuietSpeech(const std::string& path, int channels,
+                     const std::vector<std::string>& output_arguments) {
     constexpr std::array<const char*, 8> kAnnouncements = {"Front_Left",  "Front_Right", "Front_Center",
                                                            "Rear_Center", "Rear_Left",   "Rear_Right",
                                                            "Side_Left",   "Side_Right"};
@@ -53,7 +54,7 @@ void makeQuietSpeech(const std::string& path, int channels, const std::vector<st
     const std::string merge = channels == 1 ? "" : "amerge=inputs=" + std::to_string(channels) + ",";
     arguments.insert(arguments.end(),
                      {"-filter_complex", merge + "aformat=channel_layouts=" + layout + ",volume=-26dB"});
-    arguments.insert(arguments.end(), outputArguments.begin(), outputArguments.end());
+    arguments.insert(arguments.end(), output_arguments.begin(), output_arguments.end());
     arguments.push_back(path);
     ffmpeg(arguments);
 }

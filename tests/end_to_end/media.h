@@ -17,8 +17,8 @@ nlohmann::json probe(const std::string& path);
 std::vector<float> decode(const std::string& path);
 
 /** Recorded speech at about -50 LUFS, one announcement per channel; a bit over one second at 48000 Hz.
- *  @param channels 1, 2, 3, 6 or 8. @param outputArguments of ffmpeg, before the file. */
+ *  @param channels 1, 2, 3, 6 or 8. @param output_arguments of ffmpeg, before the file. */
 void makeQuietSpeech(const std::string& path, int channels,
-                     const std::vector<std::string>& outputArguments = {});
+                     const std::vector<std::string>& output_arguments = {});
 
 }  // namespace test

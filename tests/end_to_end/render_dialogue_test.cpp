@@ -24,7 +24,7 @@ class RenderDialogue : public test::RenderTest {
         command.insert(command.end(), arguments.begin(), arguments.end());
         command.emplace_back("--json");
         const auto result = test::runProcess(command);
-        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.exit_code, 0) << result.err;
         return nlohmann::json::parse(result.out);
     }
 };
@@ -73,7 +73,7 @@ TEST_F(RenderDialogue, SpeechOfSamplesThatAreNoNumbersIsRefused) {
                   "pcm_f32le", file("broken.wav")});
     const auto result = test::runProcess(
         {SONIVEX_PROGRAM, "speech", file("speech.wav"), file("broken.wav"), file("mix.wav")});
-    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_EQ(result.exit_code, 4);
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err, "sonivex: " + file("broken.wav") + ": holds samples that are not finite\n");
 }
@@ -90,11 +90,11 @@ TEST_F(RenderDialogue, NeutralLevelIsTwoAndAHalfDecibels) {
 TEST_F(RenderDialogue, TakesStereoOnlyAndVoiceFromOneUp) {
     test::makeQuietSpeech(file("six.wav"), 6);
     const auto six = run({"--effect", "dialogue", file("six.wav"), file("out.wav")});
-    EXPECT_EQ(six.exitCode, 5);
+    EXPECT_EQ(six.exit_code, 5);
     EXPECT_NE(six.err.find("2 channels, not 6"), std::string::npos) << six.err;
     for (const char* voice : {"0.99", "-1", "nan", "inf", "1e300", "loud", ""}) {
         const auto result = run({"--effect", "dialogue", "--voice", voice, file("mix.wav"), file("out.wav")});
-        EXPECT_EQ(result.exitCode, 2) << voice;
+        EXPECT_EQ(result.exit_code, 2) << voice;
         EXPECT_NE(result.err.find("--voice"), std::string::npos) << result.err;
     }
 }

@@ -15,18 +15,18 @@ using testing::StartsWith;
 
 class RenderFailure : public test::RenderTest {
   protected:
-    void expectFailure(const std::vector<std::string>& arguments, int exitCode, const std::string& part,
+    void expectFailure(const std::vector<std::string>& arguments, int exit_code, const std::string& part,
                        const test::ProcessOptions& options = {}) {
-        const auto before = folder.names();
+        const auto before = folder_.names();
         std::vector<std::string> all = arguments;
         all.emplace_back("--quiet");
         const auto result = run(all, options);
-        EXPECT_EQ(result.exitCode, exitCode) << result.err;
+        EXPECT_EQ(result.exit_code, exit_code) << result.err;
         EXPECT_EQ(result.out, "");
         EXPECT_THAT(result.err, StartsWith("sonivex: "));
         EXPECT_THAT(result.err, HasSubstr(part));
         EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
-        EXPECT_EQ(folder.names(), before);
+        EXPECT_EQ(folder_.names(), before);
     }
 };
 
@@ -53,7 +53,7 @@ TEST_F(RenderFailure, WrongUsage) {
 
 TEST_F(RenderFailure, InputNotReadable) {
     expectFailure({file("none.wav"), file("out.wav")}, 3, "none.wav: No such file");
-    expectFailure({folder.path(), file("out.wav")}, 3, "is a folder");
+    expectFailure({folder_.path(), file("out.wav")}, 3, "is a folder");
     test::writeFile(file("text.wav"), "This is no sound at all.\n");
     expectFailure({file("text.wav"), file("out.wav")}, 3, "text.wav");
     test::writeFile(file("empty.wav"), "");
@@ -82,8 +82,8 @@ TEST_F(RenderFailure, OutputExists) {
     expectFailure({file("in.wav"), file("out.wav")}, 6, "--force");
     EXPECT_EQ(test::readFile(file("out.wav")), "precious");
     expectFailure({file("in.wav"), "/dev/null", "--force"}, 6, "not a regular file");
-    expectFailure({file("in.wav"), folder.path(), "--force"}, 6, "is a folder");
-    EXPECT_EQ(run({file("in.wav"), file("out.wav"), "--force"}).exitCode, 0);
+    expectFailure({file("in.wav"), folder_.path(), "--force"}, 6, "is a folder");
+    EXPECT_EQ(run({file("in.wav"), file("out.wav"), "--force"}).exit_code, 0);
     EXPECT_NE(test::readFile(file("out.wav")), "precious");
 }
 
@@ -95,7 +95,7 @@ TEST_F(RenderFailure, OutputNotWritable) {
 TEST_F(RenderFailure, NoSpace) {
     test::makeQuietSpeech(file("in.wav"), 2);
     test::ProcessOptions options;
-    options.fileSizeLimitBytes = 64 * 1024;
+    options.file_size_limit_bytes = 64 * 1024;
     for (const char* name : {"out.wav", "out.flac", "out.aiff"}) {
         expectFailure({file("in.wav"), file(name)}, 8, "cannot be written: File too large", options);
     }
@@ -105,7 +105,7 @@ TEST_F(RenderFailure, AFailedReplacementLeavesTheOldFile) {
     test::makeQuietSpeech(file("in.wav"), 2);
     test::writeFile(file("out.wav"), "precious");
     test::ProcessOptions options;
-    options.fileSizeLimitBytes = 64 * 1024;
+    options.file_size_limit_bytes = 64 * 1024;
     expectFailure({file("in.wav"), file("out.wav"), "--force"}, 8, "out.wav", options);
     EXPECT_EQ(test::readFile(file("out.wav")), "precious");
 }

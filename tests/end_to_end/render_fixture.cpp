@@ -24,7 +24,7 @@ nlohmann::json RenderTest::render(const std::vector<std::string>& arguments) {
     std::vector<std::string> all = arguments;
     all.emplace_back("--json");
     const ProcessResult result = run(all);
-    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.exit_code, 0) << result.err;
     return nlohmann::json::parse(result.out);
 }
 

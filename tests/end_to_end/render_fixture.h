@@ -14,7 +14,7 @@ namespace test {
 /** A folder of its own, and the program. */
 class RenderTest : public testing::Test {
   protected:
-    std::string file(const std::string& name) const { return folder.file(name); }
+    std::string file(const std::string& name) const { return folder_.file(name); }
 
     /** The command line `sonivex render <arguments>`. */
     static std::vector<std::string> command(const std::vector<std::string>& arguments);
@@ -27,7 +27,7 @@ class RenderTest : public testing::Test {
     /** Run with --json, which must succeed, and parse what it prints. */
     static nlohmann::json render(const std::vector<std::string>& arguments);
 
-    TemporaryFolder folder;
+    TemporaryFolder folder_;
 };
 
 }  // namespace test

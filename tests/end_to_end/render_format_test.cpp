@@ -13,12 +13,12 @@ namespace {
 struct Format {
     std::string name;
     int channels;
-    std::string input;                        ///< file name
-    std::vector<std::string> inputArguments;  ///< of ffmpeg, to make it
+    std::string input;                         // file name
+    std::vector<std::string> input_arguments;  // of ffmpeg, to make it
     std::string output;
-    std::string outputCodec;         ///< as ffprobe calls it
-    std::string outputSampleFormat;  ///< likewise
-    int extraFrames = 0;  ///< how much longer the output may be, where its format only holds whole blocks
+    std::string output_codec;          // as ffprobe calls it
+    std::string output_sample_format;  // likewise
+    int extra_frames = 0;  // how much longer the output may be, where its format only holds whole blocks
 };
 
 void PrintTo(const Format& format, std::ostream* stream) {
@@ -32,24 +32,24 @@ TEST_P(RenderFormat, KeepsRateChannelsAndLengthAndRaisesTheLevel) {
     const Format& format = GetParam();
     const std::string in = file(format.input);
     const std::string out = file(format.output);
-    test::makeQuietSpeech(in, format.channels, format.inputArguments);
+    test::makeQuietSpeech(in, format.channels, format.input_arguments);
     const auto report = render({in, out});
 
-    const auto streamIn = test::probe(in)["streams"][0];
-    const auto streamOut = test::probe(out)["streams"][0];
-    EXPECT_EQ(streamOut["codec_name"], format.outputCodec);
-    EXPECT_EQ(streamOut["sample_fmt"], format.outputSampleFormat);
-    EXPECT_EQ(streamOut["sample_rate"], streamIn["sample_rate"]);
-    EXPECT_EQ(streamOut["channels"], format.channels);
+    const auto stream_in = test::probe(in)["streams"][0];
+    const auto stream_out = test::probe(out)["streams"][0];
+    EXPECT_EQ(stream_out["codec_name"], format.output_codec);
+    EXPECT_EQ(stream_out["sample_fmt"], format.output_sample_format);
+    EXPECT_EQ(stream_out["sample_rate"], stream_in["sample_rate"]);
+    EXPECT_EQ(stream_out["channels"], format.channels);
 
-    const auto samplesIn = test::decode(in);
-    const auto samplesOut = test::decode(out);
-    const auto framesIn = static_cast<int64_t>(samplesIn.size()) / format.channels;
-    const auto framesOut = static_cast<int64_t>(samplesOut.size()) / format.channels;
-    EXPECT_GE(framesOut, framesIn);
-    EXPECT_LE(framesOut, framesIn + format.extraFrames);
-    EXPECT_EQ(report["input"]["frames"], framesIn);
-    EXPECT_EQ(report["output"]["frames"], framesIn);
+    const auto samples_in = test::decode(in);
+    const auto samples_out = test::decode(out);
+    const auto frames_in = static_cast<int64_t>(samples_in.size()) / format.channels;
+    const auto frames_out = static_cast<int64_t>(samples_out.size()) / format.channels;
+    EXPECT_GE(frames_out, frames_in);
+    EXPECT_LE(frames_out, frames_in + format.extra_frames);
+    EXPECT_EQ(report["input"]["frames"], frames_in);
+    EXPECT_EQ(report["output"]["frames"], frames_in);
 
     // The speech peaks at about -30 dBFS, so that the gain stays at 20 dB throughout. Lossy encoders take
     // some of the quietest sound away, the second one more than the first.
@@ -58,7 +58,7 @@ TEST_P(RenderFormat, KeepsRateChannelsAndLengthAndRaisesTheLevel) {
         for (const float sample : samples) sum += static_cast<double>(sample) * sample;
         return sum;
     };
-    EXPECT_NEAR(10.0 * std::log10(energy(samplesOut) / energy(samplesIn)), 20.0, 0.5);
+    EXPECT_NEAR(10.0 * std::log10(energy(samples_out) / energy(samples_in)), 20.0, 0.5);
     EXPECT_NEAR(
         report["output"]["integrated_lufs"].get<double>() - report["input"]["integrated_lufs"].get<double>(),
         20.0, 0.5);
@@ -108,8 +108,8 @@ TEST_F(RenderSamples, EverySampleStaysInItsPlace) {
     const auto before = test::decode(in);
     const auto after = test::decode(file("out.wav"));
     ASSERT_EQ(after.size(), before.size());
-    const float idleLimiter = 0.0999F / 0.1001F;
-    const float gain = 10.0F * idleLimiter * idleLimiter;
+    const float idle_limiter = 0.0999F / 0.1001F;
+    const float gain = 10.0F * idle_limiter * idle_limiter;
     const float tolerance = 3.0F / 32768.0F;
     size_t wrong = 0;
     for (size_t i = 0; i < before.size(); ++i)

@@ -21,10 +21,10 @@ class RenderInterrupt : public test::RenderTest {
         // The filter's own thread paces itself at a few times real time.
         test::Process process(command({file("in.wav"), file("out.wav"), "--threaded", "--quiet"}));
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (folder.names().size() < 2 && std::chrono::steady_clock::now() < deadline) {
+        while (folder_.names().size() < 2 && std::chrono::steady_clock::now() < deadline) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
-        EXPECT_EQ(folder.names().size(), 2U) << "no temporary file was seen";
+        EXPECT_EQ(folder_.names().size(), 2U) << "no temporary file was seen";
         EXPECT_TRUE(process.isRunning());
         process.send(SIGSTOP);
         for (const int signal : signals) process.send(signal);
@@ -35,23 +35,23 @@ class RenderInterrupt : public test::RenderTest {
 
 TEST_F(RenderInterrupt, CtrlCLeavesNothingBehind) {
     const auto result = interrupt({SIGINT});
-    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_EQ(result.exit_code, 130);
     EXPECT_THAT(result.err, HasSubstr("interrupted"));
-    EXPECT_THAT(folder.names(), ElementsAre("in.wav"));
+    EXPECT_THAT(folder_.names(), ElementsAre("in.wav"));
 }
 
 TEST_F(RenderInterrupt, SoDoesTermination) {
-    EXPECT_EQ(interrupt({SIGTERM}).exitCode, 143);
-    EXPECT_THAT(folder.names(), ElementsAre("in.wav"));
+    EXPECT_EQ(interrupt({SIGTERM}).exit_code, 143);
+    EXPECT_THAT(folder_.names(), ElementsAre("in.wav"));
 }
 
 // A program that hangs never sees the first signal; so the second one does not wait for it, which shows in
 // that it leaves out the message.
 TEST_F(RenderInterrupt, TheSecondSignalEndsTheProgramAtOnceAndLeavesNothingBehind) {
     const auto result = interrupt({SIGINT, SIGTERM});
-    EXPECT_THAT(result.exitCode, testing::AnyOf(130, 143));
+    EXPECT_THAT(result.exit_code, testing::AnyOf(130, 143));
     EXPECT_EQ(result.err, "");
-    EXPECT_THAT(folder.names(), ElementsAre("in.wav"));
+    EXPECT_THAT(folder_.names(), ElementsAre("in.wav"));
 }
 
 }  // namespace

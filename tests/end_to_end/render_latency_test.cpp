@@ -14,22 +14,22 @@ class RenderLatency : public test::RenderTest {
     std::string rendered(const std::string& name, const std::vector<std::string>& options) {
         std::vector<std::string> arguments = {file("in.wav"), file(name)};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        report = render(arguments);
+        report_ = render(arguments);
         return test::readFile(file(name));
     }
 
-    nlohmann::json report;
+    nlohmann::json report_;
 };
 
 TEST_F(RenderLatency, EveryCallSizeGivesTheSameFile) {
     const std::string expected = rendered("out.wav", {});
-    EXPECT_EQ(report["delay_frames"], 0);
+    EXPECT_EQ(report_["delay_frames"], 0);
     const std::vector<std::pair<int, int>> delays = {{64, 448}, {256, 256}, {512, 0}, {768, 768}, {4096, 0}};
     for (const auto& [size, delay] : delays) {
         EXPECT_TRUE(rendered("out" + std::to_string(size) + ".wav", {"--frame-size", std::to_string(size)}) ==
                     expected)
             << size;
-        EXPECT_EQ(report["delay_frames"], delay) << size;
+        EXPECT_EQ(report_["delay_frames"], delay) << size;
     }
 }
 
@@ -42,7 +42,7 @@ TEST_F(RenderLatency, TheFiltersOwnThreadGivesTheSameFile) {
 TEST_F(RenderLatency, RawLatencyKeepsTheDelayAndNothingElseChanges) {
     rendered("out.wav", {});
     rendered("raw.wav", {"--raw-latency", "--frame-size", "256"});
-    EXPECT_EQ(report["delay_removed"], false);
+    EXPECT_EQ(report_["delay_removed"], false);
     const auto aligned = test::decode(file("out.wav"));
     const auto raw = test::decode(file("raw.wav"));
     const size_t delay = 256 * 2;
@@ -53,14 +53,14 @@ TEST_F(RenderLatency, RawLatencyKeepsTheDelayAndNothingElseChanges) {
 
 TEST_F(RenderLatency, ACallSizeThatTearsHolesIsRefused) {
     const auto result = run({file("in.wav"), file("out.wav"), "--frame-size", "300"});
-    EXPECT_EQ(result.exitCode, 2);
-    EXPECT_EQ(folder.names(), std::vector<std::string>{"in.wav"});
+    EXPECT_EQ(result.exit_code, 2);
+    EXPECT_EQ(folder_.names(), std::vector<std::string>{"in.wav"});
 }
 
 TEST_F(RenderLatency, AFilterThatStandsAsideChangesNothing) {
     rendered("out.wav", {"--fps", "60", "--speed", "2", "--frame-size", "256"});
-    EXPECT_GT(report["frames_pushed"], 0);
-    EXPECT_EQ(report["frames_bypassed"], report["frames_pushed"]);
+    EXPECT_GT(report_["frames_pushed"], 0);
+    EXPECT_EQ(report_["frames_bypassed"], report_["frames_pushed"]);
     EXPECT_EQ(test::decode(file("out.wav")), test::decode(file("in.wav")));
 }
 

@@ -22,7 +22,7 @@ class RenderMessage : public test::RenderTest {
         std::vector<std::string> arguments = {file("in.wav"), file("out.wav"), "--force"};
         arguments.insert(arguments.end(), options.begin(), options.end());
         const auto result = run(arguments);
-        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.exit_code, 0) << result.err;
         return result;
     }
 };
@@ -89,10 +89,10 @@ TEST_F(RenderMessage, ASummaryThatCannotBeWrittenIsAFailureAfterTheOutputIsWhole
     for (const char* output : {">&-", ">/dev/full"}) {
         const std::string out = file("unheard" + std::to_string(number++) + ".wav");
         const auto result = runRedirected(output, {file("in.wav"), out});
-        EXPECT_EQ(result.exitCode, 1) << output;
+        EXPECT_EQ(result.exit_code, 1) << output;
         EXPECT_THAT(result.err, HasSubstr("sonivex: standard output cannot be written")) << output;
         EXPECT_TRUE(test::readFile(out) == expected) << output;
-        EXPECT_EQ(runRedirected(output, {file("in.wav"), out, "--force", "--quiet"}).exitCode, 0) << output;
+        EXPECT_EQ(runRedirected(output, {file("in.wav"), out, "--force", "--quiet"}).exit_code, 0) << output;
     }
 }
 
@@ -102,7 +102,7 @@ TEST_F(RenderMessage, HelpAndVersionGoToStandardOutput) {
         std::vector<std::string> all = {SONIVEX_PROGRAM};
         all.insert(all.end(), options.begin(), options.end());
         const auto result = test::runProcess(all);
-        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.exit_code, 0);
         EXPECT_NE(result.out, "");
         EXPECT_EQ(result.err, "");
     }

@@ -61,7 +61,7 @@ TEST_F(RenderSource, DamageIsSkippedCountedAndSaid) {
     std::fill_n(bytes.begin() + static_cast<ptrdiff_t>(bytes.size() / 2), 2000, '\x5a');
     test::writeFile(file("damaged.flac"), bytes);
     const auto result = run({file("damaged.flac"), file("out.wav"), "--json"});
-    ASSERT_EQ(result.exitCode, 0) << result.err;
+    ASSERT_EQ(result.exit_code, 0) << result.err;
     EXPECT_GT(nlohmann::json::parse(result.out)["decode_errors"], 0);
     EXPECT_NE(result.err.find("damaged"), std::string::npos);
     EXPECT_FALSE(test::decode(file("out.wav")).empty());

@@ -19,8 +19,8 @@ struct Case {
     std::string layout;
     std::string type;
     int64_t tail;
-    double left;   ///< where a click of the first channel arrives at the left ear, in frames after it
-    double right;  ///< likewise; negative: it does not arrive there
+    double left;   // where a click of the first channel arrives at the left ear, in frames after it
+    double right;  // likewise; negative: it does not arrive there
 };
 
 void PrintTo(const Case& test, std::ostream* stream) {
@@ -135,7 +135,7 @@ TEST_F(RenderSurround, TheLimiterHoldsALoudMixBelowFullScaleAndClippingDoesNot) 
 TEST_F(RenderSurround, TailIsRefusedForAnEffectWithoutOne) {
     test::makeQuietSpeech(file("in.wav"), 2);
     const auto result = run({"--effect", "normalizer", "--tail", file("in.wav"), file("out.wav")});
-    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.exit_code, 2);
     EXPECT_NE(result.err.find("--tail"), std::string::npos);
 }
 

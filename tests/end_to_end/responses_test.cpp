@@ -21,12 +21,12 @@ class Responses : public testing::Test {
         return test::runProcess(command);
     }
 
-    test::TemporaryFolder folder;
+    test::TemporaryFolder folder_;
 };
 
 TEST_F(Responses, ListEveryTable) {
     const auto result = responses({"--json"});
-    ASSERT_EQ(result.exitCode, 0) << result.err;
+    ASSERT_EQ(result.exit_code, 0) << result.err;
     const auto rows = nlohmann::json::parse(result.out);
     EXPECT_EQ(rows.size(), 117U);  // 58 pairs and the one of the Audio stage
     for (const auto& row : rows) {
@@ -37,7 +37,7 @@ TEST_F(Responses, ListEveryTable) {
 
 TEST_F(Responses, OfAFrontLoudspeakerReachTheNearEarFirstAndLouder) {
     const auto result = responses({"--set", "cingo", "--source", "2", "--json"});
-    ASSERT_EQ(result.exitCode, 0) << result.err;
+    ASSERT_EQ(result.exit_code, 0) << result.err;
     const auto rows = nlohmann::json::parse(result.out);
     ASSERT_EQ(rows.size(), 2U);
     EXPECT_EQ(rows[0]["ear"], "left");
@@ -46,39 +46,39 @@ TEST_F(Responses, OfAFrontLoudspeakerReachTheNearEarFirstAndLouder) {
 }
 
 TEST_F(Responses, ArePlottedIntoAPngFile) {
-    const std::string path = folder.file("pair.png");
+    const std::string path = folder_.file("pair.png");
     const auto result = responses({"--set", "7.1-mode1", "--source", "5", "--plot", path});
-    ASSERT_EQ(result.exitCode, 0) << result.err;
+    ASSERT_EQ(result.exit_code, 0) << result.err;
     std::ifstream stream(path, std::ios::binary);
     const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
     ASSERT_GT(bytes.size(), 20000U);  // an empty picture has some 5000
     EXPECT_EQ(std::string(bytes.data(), 8), "\x89PNG\r\n\x1a\n");
-    const auto bigEndian = [&](size_t offset) {
+    const auto big_endian = [&](size_t offset) {
         std::uint32_t value = 0;
         for (size_t i = 0; i < 4; ++i) value = value << 8U | static_cast<unsigned char>(bytes.at(offset + i));
         return value;
     };
-    EXPECT_EQ(bigEndian(16), 1200U);
-    EXPECT_EQ(bigEndian(20), 1350U);
+    EXPECT_EQ(big_endian(16), 1200U);
+    EXPECT_EQ(big_endian(20), 1350U);
 }
 
 TEST_F(Responses, RefuseWhatCannotBeDoneInOneLineAndLeaveNothing) {
     struct Case {
         std::vector<std::string> arguments;
-        int exitCode;
+        int exit_code;
     };
-    const std::string path = folder.file("pair.png");
+    const std::string path = folder_.file("pair.png");
     for (const Case& bad :
          {Case{{"--set", "nothing"}, 2}, Case{{"--source", "1"}, 2},
           Case{{"--set", "cingo", "--source", "3"}, 2}, Case{{"--set", "cingo", "--plot", path}, 2},
-          Case{{"--set", "cingo", "--source", "1", "--plot", folder.file("no/pair.png")}, 7}}) {
+          Case{{"--set", "cingo", "--source", "1", "--plot", folder_.file("no/pair.png")}, 7}}) {
         const auto result = responses(bad.arguments);
-        EXPECT_EQ(result.exitCode, bad.exitCode) << result.err;
+        EXPECT_EQ(result.exit_code, bad.exit_code) << result.err;
         EXPECT_EQ(result.out, "");
         EXPECT_EQ(result.err.find("sonivex: "), 0U);
         EXPECT_EQ(result.err.find('\n'), result.err.size() - 1);
     }
-    EXPECT_TRUE(std::filesystem::is_empty(folder.file("")));
+    EXPECT_TRUE(std::filesystem::is_empty(folder_.file("")));
 }
 
 }  // namespace

@@ -18,20 +18,20 @@ using Vorlin::IQFFrame;
 constexpr int kInvalidArgument = -22;
 
 // The result of the loop for one frame, which is not passed on.
-void expectGivenUp(std::unique_ptr<IQFFrame> frame, int result, const std::string& logLine) {
+void expectGivenUp(std::unique_ptr<IQFFrame> frame, int result, const std::string& log_line) {
     Vorlin::sonivexFilter filter({}, {}, true);  // not initialised: the test is the worker
     filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
     filter.setInvalid(false);
     LogCapture log;
     ASSERT_EQ(filter.push(frame, 0), 0);
-    EXPECT_EQ((filter.*Peer::filterLoop)(), result);
-    EXPECT_EQ(log.lines(), std::vector<std::string>{logLine});
+    EXPECT_EQ((filter.*Peer::kFilterLoop)(), result);
+    EXPECT_EQ(log.lines(), std::vector<std::string>{log_line});
     std::unique_ptr<IQFFrame> out;
     EXPECT_EQ(filter.pull(out, 0), -35);
 
     std::unique_ptr<IQFFrame> good = makeFrame({}, noise(1));
     ASSERT_EQ(filter.push(good, 0), 0);
-    EXPECT_EQ((filter.*Peer::filterLoop)(), 0);
+    EXPECT_EQ((filter.*Peer::kFilterLoop)(), 0);
     EXPECT_EQ(filter.pull(out, 0), 0);
 }
 
@@ -122,14 +122,14 @@ TEST(BadFrames, OfAnotherStreamWithoutAFlushAreRefusedAndTheOldStreamGoesOn) {
     for (const FrameSpec& change : changes) {
         SCOPED_TRACE(std::string(av_get_sample_fmt_name(change.format)) + " " +
                      std::to_string(change.rate_hz) + " " + std::to_string(change.channels) + change.layout);
-        for (const bool isUnspecified : {false, true}) {
-            if (isUnspecified && change.channels == 2) continue;
+        for (const bool is_unspecified : {false, true}) {
+            if (is_unspecified && change.channels == 2) continue;
             FilterUnderTest filter;
             filter.startNormalizer();
             ASSERT_NE(filter.pass(makeFrame(first, noise(1))), nullptr);
             LogCapture log;
             auto other = makeFrame(change, noise(2));
-            if (isUnspecified) {
+            if (is_unspecified) {
                 AVFrame* av = *other;
                 const AVChannelLayout unspecified{.order = AV_CHANNEL_ORDER_UNSPEC,
                                                   .nb_channels = change.channels,
@@ -152,24 +152,24 @@ class PlayersOwnMemory : public ::testing::TestWithParam<AVSampleFormat> {
   protected:
     // A frame whose planes lie one after the other in `memory`, without anything behind them.
     std::unique_ptr<AVQFFrame> pointInto(std::vector<uint8_t>& memory, const AVFrame* original,
-                                         int lineSize) {
-        const bool isPlanar = av_sample_fmt_is_planar(GetParam()) != 0;
-        const int planes = isPlanar ? original->ch_layout.nb_channels : 1;
-        const int planeBytes = av_samples_get_buffer_size(nullptr, original->ch_layout.nb_channels,
-                                                          original->nb_samples, GetParam(), 1) /
-                               planes;
+                                         int line_size) {
+        const bool is_planar = av_sample_fmt_is_planar(GetParam()) != 0;
+        const int planes = is_planar ? original->ch_layout.nb_channels : 1;
+        const int plane_bytes = av_samples_get_buffer_size(nullptr, original->ch_layout.nb_channels,
+                                                           original->nb_samples, GetParam(), 1) /
+                                planes;
         memory.clear();
         for (int plane = 0; plane < planes; ++plane) {
             const uint8_t* data = original->extended_data[plane];
-            memory.insert(memory.end(), data, data + planeBytes);
+            memory.insert(memory.end(), data, data + plane_bytes);
         }
         AVFrame* av = av_frame_alloc();
         av->format = original->format;
         av->sample_rate = original->sample_rate;
         av->nb_samples = original->nb_samples;
         EXPECT_EQ(Vorlin::av::setFrameLayout(av, original->ch_layout), 0);
-        for (int plane = 0; plane < planes; ++plane) av->data[plane] = memory.data() + plane * planeBytes;
-        av->linesize[0] = lineSize == kExact ? planeBytes : lineSize;
+        for (int plane = 0; plane < planes; ++plane) av->data[plane] = memory.data() + plane * plane_bytes;
+        av->linesize[0] = line_size == kExact ? plane_bytes : line_size;
         return std::make_unique<AVQFFrame>(av);
     }
 
@@ -180,8 +180,8 @@ INSTANTIATE_TEST_SUITE_P(BadFrames, PlayersOwnMemory, ::testing::ValuesIn(allSam
                          [](const auto& parameter) { return av_get_sample_fmt_name(parameter.param); });
 
 TEST_P(PlayersOwnMemory, IsProcessedAndLeftAloneWithAndWithoutALineSize) {
-    for (const int lineSize : {kExact, 0}) {
-        SCOPED_TRACE("line size " + std::to_string(lineSize));
+    for (const int line_size : {kExact, 0}) {
+        SCOPED_TRACE("line size " + std::to_string(line_size));
         FilterUnderTest filter;
         filter.startNormalizer();
         FilterUnderTest other;  // gets the same in reference-counted frames
@@ -189,7 +189,7 @@ TEST_P(PlayersOwnMemory, IsProcessedAndLeftAloneWithAndWithoutALineSize) {
         for (uint32_t seed = 0; seed < 3; ++seed) {
             auto counted = makeFrame({.format = GetParam()}, noise(seed, 2000));
             std::vector<uint8_t> memory;
-            auto frame = pointInto(memory, *counted, lineSize);
+            auto frame = pointInto(memory, *counted, line_size);
             const std::vector<uint8_t> before = memory;
             const auto expected = other.pass(std::move(counted));
             const auto out = filter.pass(std::move(frame));
@@ -202,10 +202,10 @@ TEST_P(PlayersOwnMemory, IsProcessedAndLeftAloneWithAndWithoutALineSize) {
 }
 
 TEST_P(PlayersOwnMemory, OfALineSizeThatIsTooSmallIsGivenUp) {
-    for (const int lineSize : {1, 1023, -1, INT32_MIN}) {
+    for (const int line_size : {1, 1023, -1, INT32_MIN}) {
         const auto counted = makeFrame({.format = GetParam()}, noise(1));
         std::vector<uint8_t> memory;
-        expectGivenUp(pointInto(memory, *counted, lineSize), kInvalidArgument, lie(2, 1024));
+        expectGivenUp(pointInto(memory, *counted, line_size), kInvalidArgument, lie(2, 1024));
     }
 }
 

@@ -25,82 +25,82 @@ std::unique_ptr<IQFFrame> anyFrame() {
 TEST(FilterContract, DerivesFromTheAudioFilterFirstAndThePrototypeSecond) {
     static_assert(std::is_base_of_v<IFilter, IAudioFilter>);
     FilterUnderTest filter;
-    const auto* audioFilter = static_cast<const IAudioFilter*>(&*filter);
+    const auto* audio_filter = static_cast<const IAudioFilter*>(&*filter);
     const auto* prototype = static_cast<const filterPrototype*>(&*filter);
-    EXPECT_EQ(static_cast<const void*>(audioFilter), static_cast<const void*>(&*filter));
-    EXPECT_GT(static_cast<const void*>(prototype), static_cast<const void*>(audioFilter));
+    EXPECT_EQ(static_cast<const void*>(audio_filter), static_cast<const void*>(&*filter));
+    EXPECT_GT(static_cast<const void*>(prototype), static_cast<const void*>(audio_filter));
     EXPECT_EQ(dynamic_cast<const sonivexFilter*>(prototype), &*filter);
 }
 
 TEST(FilterContract, StartsWithTheDocumentedFieldValues) {
     FilterUnderTest filter;
-    EXPECT_EQ(filter.field(Peer::surroundHandle), nullptr);
-    EXPECT_EQ(filter.field(Peer::dialogueHandle), nullptr);
-    EXPECT_EQ(filter.field(Peer::normalizerHandle), nullptr);
-    EXPECT_EQ(filter.field(Peer::currentTarget), "");
-    EXPECT_EQ(filter.field(Peer::surroundType), 1);
-    EXPECT_EQ(filter.field(Peer::surroundMode), 1);
-    EXPECT_EQ(filter.field(Peer::surroundLimiter), 1);
-    EXPECT_FALSE(filter.field(Peer::enableSurround));
-    EXPECT_FALSE(filter.field(Peer::enableDialogue));
-    EXPECT_FALSE(filter.field(Peer::enableNormalizer));
-    EXPECT_EQ(filter.field(Peer::voice), 1.0);
-    EXPECT_FALSE(filter.field(Peer::enableDump));
-    EXPECT_TRUE(filter.field(Peer::dumpFds).empty());
-    EXPECT_TRUE(filter.field(Peer::dumpTotals).empty());
-    EXPECT_TRUE(filter.field(Peer::dumpPaths).empty());
-    EXPECT_EQ(filter.field(Peer::sessionId), "");
-    EXPECT_EQ(filter.field(Peer::supportedNames), std::vector<std::string>{"sonivex"});
-    EXPECT_EQ(filter.field(Peer::thread), nullptr) << "an inactive filter has no worker";
-    EXPECT_TRUE(filter.field(Peer::invalid));
-    EXPECT_FALSE(filter.field(Peer::overFps));
-    EXPECT_TRUE(filter.field(Peer::costWindow).empty());
-    EXPECT_EQ(filter.field(Peer::costSum), 0u);
-    EXPECT_EQ(filter.field(Peer::fps), 0);
-    EXPECT_EQ(filter.field(Peer::speed), 1);
-    EXPECT_EQ(filter.field(Peer::filterGraph), nullptr);
-    EXPECT_FALSE(filter.field(Peer::isPrototype));
-    EXPECT_EQ(filter.field(Peer::srcFormat), -1);
-    EXPECT_EQ(filter.field(Peer::outFilterGraph), nullptr);
-    EXPECT_EQ(filter.field(Peer::outChannels), -1);
-    EXPECT_EQ(filter.field(Peer::outSampleRate), -1);
+    EXPECT_EQ(filter.field(Peer::kSurroundHandle), nullptr);
+    EXPECT_EQ(filter.field(Peer::kDialogueHandle), nullptr);
+    EXPECT_EQ(filter.field(Peer::kNormalizerHandle), nullptr);
+    EXPECT_EQ(filter.field(Peer::kCurrentTarget), "");
+    EXPECT_EQ(filter.field(Peer::kSurroundType), 1);
+    EXPECT_EQ(filter.field(Peer::kSurroundMode), 1);
+    EXPECT_EQ(filter.field(Peer::kSurroundLimiter), 1);
+    EXPECT_FALSE(filter.field(Peer::kEnableSurround));
+    EXPECT_FALSE(filter.field(Peer::kEnableDialogue));
+    EXPECT_FALSE(filter.field(Peer::kEnableNormalizer));
+    EXPECT_EQ(filter.field(Peer::kVoice), 1.0);
+    EXPECT_FALSE(filter.field(Peer::kEnableDump));
+    EXPECT_TRUE(filter.field(Peer::kDumpFds).empty());
+    EXPECT_TRUE(filter.field(Peer::kDumpTotals).empty());
+    EXPECT_TRUE(filter.field(Peer::kDumpPaths).empty());
+    EXPECT_EQ(filter.field(Peer::kSessionId), "");
+    EXPECT_EQ(filter.field(Peer::kSupportedNames), std::vector<std::string>{"sonivex"});
+    EXPECT_EQ(filter.field(Peer::kThread), nullptr) << "an inactive filter has no worker";
+    EXPECT_TRUE(filter.field(Peer::kInvalid));
+    EXPECT_FALSE(filter.field(Peer::kOverFps));
+    EXPECT_TRUE(filter.field(Peer::kCostWindow).empty());
+    EXPECT_EQ(filter.field(Peer::kCostSum), 0u);
+    EXPECT_EQ(filter.field(Peer::kFps), 0);
+    EXPECT_EQ(filter.field(Peer::kSpeed), 1);
+    EXPECT_EQ(filter.field(Peer::kFilterGraph), nullptr);
+    EXPECT_FALSE(filter.field(Peer::kIsPrototype));
+    EXPECT_EQ(filter.field(Peer::kSrcFormat), -1);
+    EXPECT_EQ(filter.field(Peer::kOutFilterGraph), nullptr);
+    EXPECT_EQ(filter.field(Peer::kOutChannels), -1);
+    EXPECT_EQ(filter.field(Peer::kOutSampleRate), -1);
 }
 
 TEST(FilterContract, KeepsItsFieldsInTheDocumentedOrder) {
     FilterUnderTest filter;
     const void* const addresses[] = {
-        &filter.field(Peer::surroundHandle),
-        &filter.field(Peer::dialogueHandle),
-        &filter.field(Peer::normalizerHandle),
-        &filter.field(Peer::currentTarget),
-        &filter.field(Peer::surroundType),
-        &filter.field(Peer::surroundMode),
-        &filter.field(Peer::surroundLimiter),
-        &filter.field(Peer::enableSurround),
-        &filter.field(Peer::enableDialogue),
-        &filter.field(Peer::enableNormalizer),
-        &filter.field(Peer::voice),
-        &filter.field(Peer::enableDump),
-        &filter.field(Peer::dumpFds),
-        &filter.field(Peer::dumpTotals),
-        &filter.field(Peer::dumpPaths),
-        &filter.field(Peer::sessionId),
-        &filter.field(Peer::supportedNames),
-        &filter.field(Peer::thread),
-        &filter.field(Peer::outQueue),
-        &filter.field(Peer::inQueue),
-        &filter.field(Peer::invalid),
-        &filter.field(Peer::overFps),
-        &filter.field(Peer::costWindow),
-        &filter.field(Peer::costSum),
-        &filter.field(Peer::fps),
-        &filter.field(Peer::speed),
-        &filter.field(Peer::filterGraph),
-        &filter.field(Peer::isPrototype),
-        &filter.field(Peer::srcFormat),
-        &filter.field(Peer::outFilterGraph),
-        &filter.field(Peer::outChannels),
-        &filter.field(Peer::outSampleRate),
+        &filter.field(Peer::kSurroundHandle),
+        &filter.field(Peer::kDialogueHandle),
+        &filter.field(Peer::kNormalizerHandle),
+        &filter.field(Peer::kCurrentTarget),
+        &filter.field(Peer::kSurroundType),
+        &filter.field(Peer::kSurroundMode),
+        &filter.field(Peer::kSurroundLimiter),
+        &filter.field(Peer::kEnableSurround),
+        &filter.field(Peer::kEnableDialogue),
+        &filter.field(Peer::kEnableNormalizer),
+        &filter.field(Peer::kVoice),
+        &filter.field(Peer::kEnableDump),
+        &filter.field(Peer::kDumpFds),
+        &filter.field(Peer::kDumpTotals),
+        &filter.field(Peer::kDumpPaths),
+        &filter.field(Peer::kSessionId),
+        &filter.field(Peer::kSupportedNames),
+        &filter.field(Peer::kThread),
+        &filter.field(Peer::kOutQueue),
+        &filter.field(Peer::kInQueue),
+        &filter.field(Peer::kInvalid),
+        &filter.field(Peer::kOverFps),
+        &filter.field(Peer::kCostWindow),
+        &filter.field(Peer::kCostSum),
+        &filter.field(Peer::kFps),
+        &filter.field(Peer::kSpeed),
+        &filter.field(Peer::kFilterGraph),
+        &filter.field(Peer::kIsPrototype),
+        &filter.field(Peer::kSrcFormat),
+        &filter.field(Peer::kOutFilterGraph),
+        &filter.field(Peer::kOutChannels),
+        &filter.field(Peer::kOutSampleRate),
     };
     for (std::size_t i = 1; i < std::size(addresses); ++i)
         EXPECT_LT(addresses[i - 1], addresses[i]) << "field " << i;
@@ -121,28 +121,28 @@ TEST(FilterContract, IsFoundByNameAndClonedIntoAWorkingFilter) {
     ASSERT_NE(clone, nullptr);
     auto* filter = dynamic_cast<sonivexFilter*>(clone.get());
     ASSERT_NE(filter, nullptr);
-    EXPECT_FALSE(filter->*Peer::isPrototype);
+    EXPECT_FALSE(filter->*Peer::kIsPrototype);
     EXPECT_TRUE(clone->init(0));
-    EXPECT_NE(filter->*Peer::thread, nullptr);
+    EXPECT_NE(filter->*Peer::kThread, nullptr);
 }
 
 TEST(FilterContract, InitTwiceKeepsTheOneWorker) {
     FilterUnderTest filter(Mode::Active);
-    const auto* worker = filter.field(Peer::thread).get();
+    const auto* worker = filter.field(Peer::kThread).get();
     EXPECT_TRUE(filter->init(0));
-    EXPECT_EQ(filter.field(Peer::thread).get(), worker);
+    EXPECT_EQ(filter.field(Peer::kThread).get(), worker);
 }
 
 TEST(FilterContract, StoresTheTargetAndNothingElse) {
     FilterUnderTest filter;
     filter->setCurrentTarget("a film");
-    EXPECT_EQ(filter.field(Peer::currentTarget), "a film");
+    EXPECT_EQ(filter.field(Peer::kCurrentTarget), "a film");
 }
 
 TEST(FilterContract, SaysNothingAboutItsOwnValidity) {
     FilterUnderTest filter;
     EXPECT_FALSE(filter->isInvalid()) << "the player keeps its own record";
-    EXPECT_TRUE(filter.field(Peer::invalid));
+    EXPECT_TRUE(filter.field(Peer::kInvalid));
 }
 
 TEST(FilterQueues, PullOnAnEmptyQueueLeavesTheCallersFrame) {
@@ -181,7 +181,7 @@ TEST(FilterQueues, PushWithThreeFramesWaitingForPullLeavesTheFrameWithTheCaller)
     sonivexFilter filter({}, {}, true);
     for (int i = 0; i < 3; ++i) {
         // Queued for pull behind the loop's back, which itself rests at two.
-        ASSERT_TRUE((filter.*Peer::outQueue).push(anyFrame().release()));
+        ASSERT_TRUE((filter.*Peer::kOutQueue).push(anyFrame().release()));
     }
     auto frame = anyFrame();
     EXPECT_EQ(filter.push(frame, 0), kTryAgain);
@@ -197,8 +197,8 @@ TEST(FilterQueues, TheLoopRestsWhileTwoFramesWaitForPull) {
         auto frame = anyFrame();
         EXPECT_EQ(filter->push(frame, 0), 0) << i;
     }
-    EXPECT_EQ(filter.field(Peer::outQueue).sizeForConsumer(), 2u);
-    EXPECT_EQ(filter.field(Peer::inQueue).sizeForConsumer(), 2u);
+    EXPECT_EQ(filter.field(Peer::kOutQueue).sizeForConsumer(), 2u);
+    EXPECT_EQ(filter.field(Peer::kInQueue).sizeForConsumer(), 2u);
 }
 
 TEST(FilterQueues, HoldTenFramesEachAndThenStoreNothing) {
@@ -233,7 +233,7 @@ TEST(FilterQueues, HandOutEveryFrameInOrder) {
             auto frame = filter.pullPatiently();
             if (!frame) {
                 ASSERT_EQ(static_cast<int>(mode), static_cast<int>(Mode::Inactive));
-                ((*filter).*Peer::filterLoop)();
+                ((*filter).*Peer::kFilterLoop)();
                 continue;
             }
             pulled.push_back(std::move(frame));

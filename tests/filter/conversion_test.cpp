@@ -75,9 +75,9 @@ TEST_P(EveryFormat, KeepsTimestampsSideDataAndMetadata) {
         av->time_base = AVRational{1, 90000};
         Vorlin::av::setFrameDuration(av, 1920);
         av_dict_set(&av->metadata, "title", "an announcement", 0);
-        AVFrameSideData* sideData = av_frame_new_side_data(av, AV_FRAME_DATA_REPLAYGAIN, 3);
-        ASSERT_NE(sideData, nullptr);
-        std::copy_n("abc", 3, sideData->data);
+        AVFrameSideData* side_data = av_frame_new_side_data(av, AV_FRAME_DATA_REPLAYGAIN, 3);
+        ASSERT_NE(side_data, nullptr);
+        std::copy_n("abc", 3, side_data->data);
 
         const auto out = filter.pass(std::move(frame));
         ASSERT_NE(out, nullptr);
@@ -101,11 +101,11 @@ TEST_P(EveryFormat, LeavesABufferThatTheDecoderStillHoldsAsItWas) {
     FilterUnderTest filter;
     filter.startNormalizer();
     auto frame = makeFrame({.format = GetParam()}, noise(2, 3000));
-    const Vorlin::OwnedAVFrame decodersOwn(av_frame_clone(*frame));
-    const auto before = samplesOf(decodersOwn.get());
+    const Vorlin::OwnedAVFrame decoders_own(av_frame_clone(*frame));
+    const auto before = samplesOf(decoders_own.get());
     const auto out = filter.pass(std::move(frame));
     ASSERT_NE(out, nullptr);
-    EXPECT_EQ(samplesOf(decodersOwn.get()), before);
+    EXPECT_EQ(samplesOf(decoders_own.get()), before);
     EXPECT_NE(samplesOf(avFrameOf(out)), before);
 }
 
@@ -127,8 +127,8 @@ TEST(Conversion, SixteenBitMaterialNeedsNoOutputGraph) {
     FilterUnderTest filter;
     filter.startNormalizer();
     ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
-    EXPECT_NE(filter.field(Peer::filterGraph), nullptr);
-    EXPECT_EQ(filter.field(Peer::outFilterGraph), nullptr);
+    EXPECT_NE(filter.field(Peer::kFilterGraph), nullptr);
+    EXPECT_EQ(filter.field(Peer::kOutFilterGraph), nullptr);
 }
 
 TEST(Conversion, AFirstFrameInSixteenBitKeepsTheOutputThereUntilTheNextFlush) {
@@ -142,7 +142,7 @@ TEST(Conversion, AFirstFrameInSixteenBitKeepsTheOutputThereUntilTheNextFlush) {
     ASSERT_NE(out, nullptr);
     EXPECT_EQ(avFrameOf(out)->format, AV_SAMPLE_FMT_S16);
     EXPECT_EQ(out->getInfo().format, AV_SAMPLE_FMT_S16);
-    EXPECT_EQ(filter.field(Peer::outFilterGraph), nullptr);
+    EXPECT_EQ(filter.field(Peer::kOutFilterGraph), nullptr);
     filter->flush();
     out = filter.pass(makeFrame(floats, noise(1, 3000)));
     ASSERT_NE(out, nullptr);
@@ -158,8 +158,8 @@ TEST(Conversion, OneOutputGraphServesTheWholeStream) {
     EXPECT_EQ(
         log.count("32 sonivex: output filter graph initialized. S16 -> dblp, channels=2, sample_rate=48000"),
         1);
-    EXPECT_EQ(filter.field(Peer::outChannels), 2);
-    EXPECT_EQ(filter.field(Peer::outSampleRate), 48000);
+    EXPECT_EQ(filter.field(Peer::kOutChannels), 2);
+    EXPECT_EQ(filter.field(Peer::kOutSampleRate), 48000);
 }
 
 TEST(Conversion, AFormatThatNoOutputGraphCanMakeFallsBackToSixteenBit) {
@@ -169,7 +169,7 @@ TEST(Conversion, AFormatThatNoOutputGraphCanMakeFallsBackToSixteenBit) {
     strange->getInfo().format = 99;
     strange->getInfo().channels = 3;  // passed on, but its format is remembered
     ASSERT_NE(filter.pass(std::move(strange)), nullptr);
-    EXPECT_EQ(filter.field(Peer::srcFormat), 99);
+    EXPECT_EQ(filter.field(Peer::kSrcFormat), 99);
     auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLT}, noise(1, 3000));
     const auto expected = DirectNormalizer(2).process(samplesOf(*frame));
     const auto out = filter.pass(std::move(frame));
@@ -185,19 +185,19 @@ TEST(Conversion, AFailedOutputConversionDeliversSixteenBitAndTheNextFrameRecover
     filter.startNormalizer();
     DirectNormalizer engine(2);
     const FrameSpec doubles{.format = AV_SAMPLE_FMT_DBL, .frames = kFrames};
-    for (const bool isShortOfMemory : {true, false, true, false}) {
+    for (const bool is_short_of_memory : {true, false, true, false}) {
         auto frame = makeFrame(doubles, noise(4, 3000));
         static_cast<AVFrame*>(*frame)->pts = 777;
         const auto expected = engine.process(samplesOf(*frame));
         std::unique_ptr<IQFFrame> out;
         {
             // Room for the 16-bit block, none for the doubles; an old graph would have its buffers already.
-            if (isShortOfMemory) filter.field(Peer::outSampleRate) = -1;
-            const AllocationLimit limit(isShortOfMemory ? kFrames * 2 * 4 : INT_MAX);
+            if (is_short_of_memory) filter.field(Peer::kOutSampleRate) = -1;
+            const AllocationLimit limit(is_short_of_memory ? kFrames * 2 * 4 : INT_MAX);
             out = filter.pass(std::move(frame));
         }
         ASSERT_NE(out, nullptr) << "no frame is lost to the conversion";
-        EXPECT_EQ(avFrameOf(out)->format, isShortOfMemory ? AV_SAMPLE_FMT_S16 : AV_SAMPLE_FMT_DBL);
+        EXPECT_EQ(avFrameOf(out)->format, is_short_of_memory ? AV_SAMPLE_FMT_S16 : AV_SAMPLE_FMT_DBL);
         EXPECT_EQ(out->getInfo().format, avFrameOf(out)->format);
         EXPECT_EQ(avFrameOf(out)->pts, 777);
         EXPECT_EQ(samplesOf(avFrameOf(out)), expected);

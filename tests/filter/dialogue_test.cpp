@@ -35,7 +35,7 @@ TEST(FilterDialogue, ComesOutAsTheEffectMakesItInThePlayersFormat) {
             FilterUnderTest filter;
             startDialogue(filter, R"(, "dialoguenhance_voice": 1.75)");
             DirectDialogue engine(rate_hz, 1.75);
-            bool hasSounded = false;
+            bool has_sounded = false;
             for (uint32_t call = 0; call < 6; ++call) {
                 auto frame = scene(call, format, rate_hz);
                 static_cast<AVFrame*>(*frame)->pts = 4711;
@@ -53,9 +53,9 @@ TEST(FilterDialogue, ComesOutAsTheEffectMakesItInThePlayersFormat) {
                 EXPECT_EQ(out->getInfo().format, format);
                 EXPECT_EQ(samplesOf(result), expected);
                 EXPECT_NE(expected, in);
-                hasSounded = hasSounded || expected != std::vector<int16_t>(expected.size());
+                has_sounded = has_sounded || expected != std::vector<int16_t>(expected.size());
             }
-            EXPECT_TRUE(hasSounded);
+            EXPECT_TRUE(has_sounded);
         }
     }
 }
@@ -68,19 +68,19 @@ TEST(FilterDialogue, MakesOneHandleForTheStreamAndReleasesItOnFlush) {
     for (uint32_t call = 0; call < 3; ++call)
         ASSERT_NE(filter.pass(scene(call, AV_SAMPLE_FMT_S16, 44100)), nullptr);
     const DialogueSettings first{2, 44100, 1.0, 1.0, 2.5};
-    EXPECT_EQ(engineFaults().dialogueCreates, std::vector{first});
+    EXPECT_EQ(engineFaults().dialogue_creates, std::vector{first});
     EXPECT_EQ(
         log.count("48 sonivex creating dialoguenhance handler. channels=2, sampleRate=44100, voice=2.500000"),
         1);
     filter.options(R"({"dialoguenhance_voice": 4})");
     ASSERT_NE(filter.pass(scene(3, AV_SAMPLE_FMT_S16, 44100)), nullptr);
-    EXPECT_EQ(engineFaults().dialogueCreates, std::vector{first}) << "the voice holds until the next flush";
-    EXPECT_EQ(engineFaults().dialogueReleases, 0);
+    EXPECT_EQ(engineFaults().dialogue_creates, std::vector{first}) << "the voice holds until the next flush";
+    EXPECT_EQ(engineFaults().dialogue_releases, 0);
     filter->flush();
-    EXPECT_EQ(filter.field(Peer::dialogueHandle), nullptr);
-    EXPECT_EQ(engineFaults().dialogueReleases, 1);
+    EXPECT_EQ(filter.field(Peer::kDialogueHandle), nullptr);
+    EXPECT_EQ(engineFaults().dialogue_releases, 1);
     ASSERT_NE(filter.pass(scene(4)), nullptr);
-    EXPECT_EQ(engineFaults().dialogueCreates, (std::vector{first, {2, 48000, 1.0, 1.0, 4.0}}));
+    EXPECT_EQ(engineFaults().dialogue_creates, (std::vector{first, {2, 48000, 1.0, 1.0, 4.0}}));
 }
 
 TEST(FilterDialogue, AFailedCreationDropsExactlyTheFrameThatTried) {
@@ -89,14 +89,14 @@ TEST(FilterDialogue, AFailedCreationDropsExactlyTheFrameThatTried) {
     Vorlin::sonivexFilter filter({}, {}, true);  // not initialised: the test is the worker
     filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_dialoguenhance": true})", "");
     filter.setInvalid(false);
-    engineFaults().dialogueCreatesToFail = 2;
+    engineFaults().dialogue_creates_to_fail = 2;
     for (const int expected : {-1, -1, 0}) {
         std::unique_ptr<IQFFrame> frame = scene(1);
         ASSERT_EQ(filter.push(frame, 0), 0);
-        EXPECT_EQ((filter.*Peer::filterLoop)(), expected);
+        EXPECT_EQ((filter.*Peer::kFilterLoop)(), expected);
         EXPECT_EQ(filter.pull(frame, 0), expected == 0 ? 0 : -35);
     }
-    EXPECT_EQ(engineFaults().dialogueCreates.size(), 3u);
+    EXPECT_EQ(engineFaults().dialogue_creates.size(), 3u);
     EXPECT_EQ(log.count("24 sonivex createDialoguEnhance failed!"), 2);
 }
 
@@ -117,13 +117,13 @@ TEST(FilterDialogue, AFailedCallDropsTheFrameAndKeepsTheHandle) {
     filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_dialoguenhance": true})", "");
     filter.setInvalid(false);
     for (const int result : {0, -7, 0}) {
-        engineFaults().dialogueResult = result;
+        engineFaults().dialogue_result = result;
         std::unique_ptr<IQFFrame> frame = scene(1);
         ASSERT_EQ(filter.push(frame, 0), 0);
-        EXPECT_EQ((filter.*Peer::filterLoop)(), result == 0 ? 0 : -1);
+        EXPECT_EQ((filter.*Peer::kFilterLoop)(), result == 0 ? 0 : -1);
         EXPECT_EQ(filter.pull(frame, 0), result == 0 ? 0 : -35);
     }
-    EXPECT_EQ(engineFaults().dialogueCreates.size(), 1u);
+    EXPECT_EQ(engineFaults().dialogue_creates.size(), 1u);
     EXPECT_EQ(log.count("16 sonivex ProcessDialoguEnhance failed! ret=-7"), 1);
 }
 
@@ -154,18 +154,18 @@ TEST(FilterDialogue, EveryEffectGoesOnWhereItWasWhenSwitchedBackTo) {
         ASSERT_NE(out, nullptr);
         EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
     }
-    EXPECT_EQ(engineFaults().dialogueCreates.size(), 1u);
-    EXPECT_EQ(engineFaults().surroundCreates, 1);
+    EXPECT_EQ(engineFaults().dialogue_creates.size(), 1u);
+    EXPECT_EQ(engineFaults().surround_creates, 1);
     EXPECT_EQ(engineFaults().creates, 1);
-    EXPECT_EQ(engineFaults().dialogueReleases, 0);
-    EXPECT_EQ(engineFaults().surroundReleases, 0);
+    EXPECT_EQ(engineFaults().dialogue_releases, 0);
+    EXPECT_EQ(engineFaults().surround_releases, 0);
     EXPECT_EQ(engineFaults().releases, 0);
     filter->flush();
-    EXPECT_EQ(filter.field(Peer::dialogueHandle), nullptr);
-    EXPECT_EQ(filter.field(Peer::surroundHandle), nullptr);
-    EXPECT_EQ(filter.field(Peer::normalizerHandle), nullptr);
-    EXPECT_EQ(engineFaults().dialogueReleases, 1);
-    EXPECT_EQ(engineFaults().surroundReleases, 1);
+    EXPECT_EQ(filter.field(Peer::kDialogueHandle), nullptr);
+    EXPECT_EQ(filter.field(Peer::kSurroundHandle), nullptr);
+    EXPECT_EQ(filter.field(Peer::kNormalizerHandle), nullptr);
+    EXPECT_EQ(engineFaults().dialogue_releases, 1);
+    EXPECT_EQ(engineFaults().surround_releases, 1);
     EXPECT_EQ(engineFaults().releases, 1);
 }
 
@@ -176,7 +176,7 @@ TEST(FilterDialogue, NeverGetsABlockOfAnotherChannelCountThanTheGraphWasMadeFor)
     ASSERT_NE(filter.pass(makeFrame({.channels = 6}, noise(1))), nullptr);
     filter.options(R"({"enable_dialoguenhance": true})");
     EXPECT_EQ(filter.pass(scene(1)), nullptr) << "another stream without the flush that belongs to it";
-    EXPECT_TRUE(engineFaults().dialogueCreates.empty());
+    EXPECT_TRUE(engineFaults().dialogue_creates.empty());
     filter->flush();
     EXPECT_NE(filter.pass(scene(1)), nullptr);
 }

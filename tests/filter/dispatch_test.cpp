@@ -11,21 +11,21 @@ class Dispatch : public ::testing::Test {
   protected:
     Dispatch() {
         resetEngineFaults();
-        filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
-        filter.setInvalid(false);
+        filter_.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
+        filter_.setInvalid(false);
     }
     int passThroughLoop(const FrameSpec& spec) {
         std::unique_ptr<Vorlin::IQFFrame> frame = makeFrame(spec, noise(1));
-        EXPECT_EQ(filter.push(frame, 0), 0);
-        return (filter.*Peer::filterLoop)();
+        EXPECT_EQ(filter_.push(frame, 0), 0);
+        return (filter_.*Peer::kFilterLoop)();
     }
     bool hasOutput() {
         std::unique_ptr<Vorlin::IQFFrame> out;
-        return filter.pull(out, 0) == 0;
+        return filter_.pull(out, 0) == 0;
     }
 
-    Vorlin::sonivexFilter filter{{}, {}, true};  // not initialised: the test is the worker
-    LogCapture log;
+    Vorlin::sonivexFilter filter_{{}, {}, true};  // not initialised: the test is the worker
+    LogCapture log_;
 };
 
 TEST_F(Dispatch, MakesOneHandleForTheStreamAndReleasesItOnFlush) {
@@ -34,15 +34,15 @@ TEST_F(Dispatch, MakesOneHandleForTheStreamAndReleasesItOnFlush) {
         EXPECT_TRUE(hasOutput());
     }
     EXPECT_EQ(engineFaults().creates, 1);
-    EXPECT_EQ(engineFaults().channelsOfCalls, std::vector<int>(4, 6));
-    EXPECT_EQ(log.count("48 sonivex creating normalizer handler. channels=6, sampleRate=44100"), 1);
-    filter.flush();
+    EXPECT_EQ(engineFaults().channels_of_calls, std::vector<int>(4, 6));
+    EXPECT_EQ(log_.count("48 sonivex creating normalizer handler. channels=6, sampleRate=44100"), 1);
+    filter_.flush();
     EXPECT_EQ(passThroughLoop({}), 0);
     EXPECT_EQ(engineFaults().creates, 2);
 }
 
 TEST_F(Dispatch, AFailedCreationDropsExactlyTheFrameThatTried) {
-    engineFaults().createsToFail = 2;
+    engineFaults().creates_to_fail = 2;
     for (int attempt = 0; attempt < 2; ++attempt) {
         EXPECT_EQ(passThroughLoop({}), -1);
         EXPECT_FALSE(hasOutput());
@@ -50,36 +50,36 @@ TEST_F(Dispatch, AFailedCreationDropsExactlyTheFrameThatTried) {
     EXPECT_EQ(passThroughLoop({}), 0);
     EXPECT_TRUE(hasOutput());
     EXPECT_EQ(engineFaults().creates, 3);
-    EXPECT_EQ(log.count("24 sonivex createNormalizer failed!"), 2);
+    EXPECT_EQ(log_.count("24 sonivex createNormalizer failed!"), 2);
 }
 
 TEST_F(Dispatch, AFailedCallDropsTheFrameAndKeepsTheHandle) {
     EXPECT_EQ(passThroughLoop({}), 0);
     EXPECT_TRUE(hasOutput());
-    engineFaults().processResult = -5;
+    engineFaults().process_result = -5;
     EXPECT_EQ(passThroughLoop({}), -1);
     EXPECT_FALSE(hasOutput());
-    engineFaults().processResult = 0;
+    engineFaults().process_result = 0;
     EXPECT_EQ(passThroughLoop({}), 0);
     EXPECT_TRUE(hasOutput());
     EXPECT_EQ(engineFaults().creates, 1);
-    EXPECT_EQ(log.count("16 sonivex ProcessNormalizer failed! ret=-5"), 1);
+    EXPECT_EQ(log_.count("16 sonivex ProcessNormalizer failed! ret=-5"), 1);
 }
 
 TEST_F(Dispatch, SwitchingTheEffectOffKeepsItsHandleUntilFlush) {
     EXPECT_EQ(passThroughLoop({}), 0);
     EXPECT_TRUE(hasOutput());
-    const void* handle = filter.*Peer::normalizerHandle;
-    filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": false})", "");
+    const void* handle = filter_.*Peer::kNormalizerHandle;
+    filter_.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": false})", "");
     EXPECT_EQ(passThroughLoop({}), 0);
     EXPECT_TRUE(hasOutput());
-    EXPECT_EQ(filter.*Peer::normalizerHandle, handle);
-    filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
+    EXPECT_EQ(filter_.*Peer::kNormalizerHandle, handle);
+    filter_.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
     EXPECT_EQ(passThroughLoop({}), 0);
     EXPECT_TRUE(hasOutput());
     EXPECT_EQ(engineFaults().creates, 1);
-    filter.flush();
-    EXPECT_EQ(filter.*Peer::normalizerHandle, nullptr);
+    filter_.flush();
+    EXPECT_EQ(filter_.*Peer::kNormalizerHandle, nullptr);
 }
 
 }  // namespace

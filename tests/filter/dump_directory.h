@@ -37,8 +37,8 @@ inline int openDescriptors() {
 }
 
 inline std::string dumpFileName(const std::string& effect, const std::string& stage,
-                                const std::string& sessionId) {
-    return "sonivex_" + effect + "_" + stage + "_" + sessionId + ".pcm";
+                                const std::string& session_id) {
+    return "sonivex_" + effect + "_" + stage + "_" + session_id + ".pcm";
 }
 
 }  // namespace test

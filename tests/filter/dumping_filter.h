@@ -13,7 +13,7 @@ inline void startDumping(FilterUnderTest& filter, const std::string& options) {
 }
 
 inline std::string sessionOf(FilterUnderTest& filter) {
-    return filter.field(Peer::sessionId);
+    return filter.field(Peer::kSessionId);
 }
 
 }  // namespace test

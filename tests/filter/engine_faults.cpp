@@ -21,8 +21,8 @@ int __real_aem_ProcessNormalizer(void* handle, const short* in, short* out, int 
 void* __wrap_aem_CreateNormalizer(int channels, int sampleRate) {
     test::EngineFaults& faults = test::engineFaults();
     ++faults.creates;
-    if (faults.createsToFail > 0) {
-        --faults.createsToFail;
+    if (faults.creates_to_fail > 0) {
+        --faults.creates_to_fail;
         return nullptr;
     }
     return __real_aem_CreateNormalizer(channels, sampleRate);
@@ -30,8 +30,8 @@ void* __wrap_aem_CreateNormalizer(int channels, int sampleRate) {
 
 int __wrap_aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels) {
     test::EngineFaults& faults = test::engineFaults();
-    faults.channelsOfCalls.push_back(channels);
-    if (faults.processResult < 0) return faults.processResult;
+    faults.channels_of_calls.push_back(channels);
+    if (faults.process_result < 0) return faults.process_result;
     return __real_aem_ProcessNormalizer(handle, in, out, frames, channels);
 }
 
@@ -47,23 +47,23 @@ int __real_aem_ProcessSurround(void* handle, const short* in, short* out, int fr
 
 void* __wrap_aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter) {
     test::EngineFaults& faults = test::engineFaults();
-    ++faults.surroundCreates;
-    if (faults.surroundCreatesToFail > 0) {
-        --faults.surroundCreatesToFail;
+    ++faults.surround_creates;
+    if (faults.surround_creates_to_fail > 0) {
+        --faults.surround_creates_to_fail;
         return nullptr;
     }
     return __real_aem_CreateSurround(channels, sampleRate, type, mode, limiter);
 }
 
 int __wrap_aem_ProcessSurround(void* handle, const short* in, short* out, int frames) {
-    const int result = test::engineFaults().surroundResult;
+    const int result = test::engineFaults().surround_result;
     return result < 0 ? result : __real_aem_ProcessSurround(handle, in, out, frames);
 }
 
 void __real_aem_ReleaseSurround(void* handle);
 
 void __wrap_aem_ReleaseSurround(void* handle) {
-    ++test::engineFaults().surroundReleases;
+    ++test::engineFaults().surround_releases;
     __real_aem_ReleaseSurround(handle);
 }
 
@@ -74,23 +74,23 @@ int __real_aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, 
 void* __wrap_aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
                                       double voiceLevel) {
     test::EngineFaults& faults = test::engineFaults();
-    faults.dialogueCreates.push_back({channels, sampleRate, gainFloor, gainScale, voiceLevel});
-    if (faults.dialogueCreatesToFail > 0) {
-        --faults.dialogueCreatesToFail;
+    faults.dialogue_creates.push_back({channels, sampleRate, gainFloor, gainScale, voiceLevel});
+    if (faults.dialogue_creates_to_fail > 0) {
+        --faults.dialogue_creates_to_fail;
         return nullptr;
     }
     return __real_aem_CreateDialoguEnhance(channels, sampleRate, gainFloor, gainScale, voiceLevel);
 }
 
 int __wrap_aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames, int sampleRate) {
-    const int result = test::engineFaults().dialogueResult;
+    const int result = test::engineFaults().dialogue_result;
     return result < 0 ? result : __real_aem_ProcessDialoguEnhance(handle, in, out, frames, sampleRate);
 }
 
 void __real_aem_ReleaseDialoguEnhance(void* handle);
 
 void __wrap_aem_ReleaseDialoguEnhance(void* handle) {
-    ++test::engineFaults().dialogueReleases;
+    ++test::engineFaults().dialogue_releases;
     __real_aem_ReleaseDialoguEnhance(handle);
 }
 }

@@ -22,16 +22,17 @@ namespace {
 
 using Which = test::FailingMemory::Which;
 
-thread_local bool isCounting = false;
-thread_local bool isInsideSwrInit = false;
-thread_local int firstToFail = 0;
-thread_local Which whichFail = Which::One;
-thread_local int requestsSoFar = 0;
+thread_local bool is_counting = false;
+thread_local bool is_inside_swr_init = false;
+thread_local int first_to_fail = 0;
+thread_local Which which_fail = Which::One;
+thread_local int requests_so_far = 0;
 
 bool isRefused() {
-    if (!isCounting || isInsideSwrInit) return false;
-    ++requestsSoFar;
-    return requestsSoFar == firstToFail || (whichFail == Which::AllFromThere && requestsSoFar > firstToFail);
+    if (!is_counting || is_inside_swr_init) return false;
+    ++requests_so_far;
+    return requests_so_far == first_to_fail ||
+           (which_fail == Which::AllFromThere && requests_so_far > first_to_fail);
 }
 
 template <typename Function>
@@ -64,9 +65,9 @@ FOR_LIBRARIES void* realloc(void* memory, size_t bytes) noexcept {
 
 FOR_LIBRARIES int swr_init(SwrContext* resampler) {
     static const auto real = nextOf<int (*)(SwrContext*)>("swr_init");
-    isInsideSwrInit = true;
+    is_inside_swr_init = true;
     const int result = real(resampler);
-    isInsideSwrInit = false;
+    is_inside_swr_init = false;
     return result;
 }
 
@@ -87,18 +88,18 @@ FOR_LIBRARIES const char* __lsan_default_suppressions() {
 namespace test {
 
 FailingMemory::FailingMemory(int first, Which which) {
-    firstToFail = first;
-    whichFail = which;
-    requestsSoFar = 0;
-    isCounting = true;
+    first_to_fail = first;
+    which_fail = which;
+    requests_so_far = 0;
+    is_counting = true;
 }
 
 FailingMemory::~FailingMemory() {
-    isCounting = false;
+    is_counting = false;
 }
 
 int FailingMemory::requests() const {
-    return requestsSoFar;
+    return requests_so_far;
 }
 
 }  // namespace test

@@ -11,42 +11,42 @@ namespace Vorlin {
 
 /** Reads what the filter keeps to itself. */
 struct SonivexFilterPeer {
-    static constexpr auto surroundHandle = &sonivexFilter::mSurroundHandle;
-    static constexpr auto dialogueHandle = &sonivexFilter::mDialogueHandle;
-    static constexpr auto normalizerHandle = &sonivexFilter::mNormalizerHandle;
-    static constexpr auto currentTarget = &sonivexFilter::mCurrentTarget;
-    static constexpr auto surroundType = &sonivexFilter::mSurroundType;
-    static constexpr auto surroundMode = &sonivexFilter::mSurroundMode;
-    static constexpr auto surroundLimiter = &sonivexFilter::mSurroundLimiter;
-    static constexpr auto enableSurround = &sonivexFilter::mEnableSurround;
-    static constexpr auto enableDialogue = &sonivexFilter::mEnableDialogue;
-    static constexpr auto enableNormalizer = &sonivexFilter::mEnableNormalizer;
-    static constexpr auto voice = &sonivexFilter::mVoice;
-    static constexpr auto enableDump = &sonivexFilter::mEnableDump;
-    static constexpr auto dumpFds = &sonivexFilter::mDumpFds;
-    static constexpr auto dumpTotals = &sonivexFilter::mDumpTotals;
-    static constexpr auto dumpPaths = &sonivexFilter::mDumpPaths;
-    static constexpr auto sessionId = &sonivexFilter::mSessionId;
-    static constexpr auto supportedNames = &sonivexFilter::mSupportedNames;
-    static constexpr auto thread = &sonivexFilter::mThread;
-    static constexpr auto outQueue = &sonivexFilter::mOutQueue;
-    static constexpr auto inQueue = &sonivexFilter::mInQueue;
-    static constexpr auto invalid = &sonivexFilter::mInvalid;
-    static constexpr auto overFps = &sonivexFilter::mOverFps;
-    static constexpr auto costWindow = &sonivexFilter::mCostWindow;
-    static constexpr auto costSum = &sonivexFilter::mCostSum;
-    static constexpr auto fps = &sonivexFilter::mFps;
-    static constexpr auto speed = &sonivexFilter::mSpeed;
-    static constexpr auto filterGraph = &sonivexFilter::mFilterGraph;
-    static constexpr auto isPrototype = &sonivexFilter::mIsPrototype;
-    static constexpr auto srcFormat = &sonivexFilter::mSrcFormat;
-    static constexpr auto outFilterGraph = &sonivexFilter::mOutFilterGraph;
-    static constexpr auto outChannels = &sonivexFilter::mOutChannels;
-    static constexpr auto outSampleRate = &sonivexFilter::mOutSampleRate;
-    static constexpr auto filterLoop = &sonivexFilter::FilterLoop;
-    static constexpr auto dumpPCMData = &sonivexFilter::dumpPCMData;
-    static constexpr auto getDumpDirectory = &sonivexFilter::getDumpDirectory;
-    static constexpr auto generateSessionId = &sonivexFilter::generateSessionId;
+    static constexpr auto kSurroundHandle = &sonivexFilter::mSurroundHandle;
+    static constexpr auto kDialogueHandle = &sonivexFilter::mDialogueHandle;
+    static constexpr auto kNormalizerHandle = &sonivexFilter::mNormalizerHandle;
+    static constexpr auto kCurrentTarget = &sonivexFilter::mCurrentTarget;
+    static constexpr auto kSurroundType = &sonivexFilter::mSurroundType;
+    static constexpr auto kSurroundMode = &sonivexFilter::mSurroundMode;
+    static constexpr auto kSurroundLimiter = &sonivexFilter::mSurroundLimiter;
+    static constexpr auto kEnableSurround = &sonivexFilter::mEnableSurround;
+    static constexpr auto kEnableDialogue = &sonivexFilter::mEnableDialogue;
+    static constexpr auto kEnableNormalizer = &sonivexFilter::mEnableNormalizer;
+    static constexpr auto kVoice = &sonivexFilter::mVoice;
+    static constexpr auto kEnableDump = &sonivexFilter::mEnableDump;
+    static constexpr auto kDumpFds = &sonivexFilter::mDumpFds;
+    static constexpr auto kDumpTotals = &sonivexFilter::mDumpTotals;
+    static constexpr auto kDumpPaths = &sonivexFilter::mDumpPaths;
+    static constexpr auto kSessionId = &sonivexFilter::mSessionId;
+    static constexpr auto kSupportedNames = &sonivexFilter::mSupportedNames;
+    static constexpr auto kThread = &sonivexFilter::mThread;
+    static constexpr auto kOutQueue = &sonivexFilter::mOutQueue;
+    static constexpr auto kInQueue = &sonivexFilter::mInQueue;
+    static constexpr auto kInvalid = &sonivexFilter::mInvalid;
+    static constexpr auto kOverFps = &sonivexFilter::mOverFps;
+    static constexpr auto kCostWindow = &sonivexFilter::mCostWindow;
+    static constexpr auto kCostSum = &sonivexFilter::mCostSum;
+    static constexpr auto kFps = &sonivexFilter::mFps;
+    static constexpr auto kSpeed = &sonivexFilter::mSpeed;
+    static constexpr auto kFilterGraph = &sonivexFilter::mFilterGraph;
+    static constexpr auto kIsPrototype = &sonivexFilter::mIsPrototype;
+    static constexpr auto kSrcFormat = &sonivexFilter::mSrcFormat;
+    static constexpr auto kOutFilterGraph = &sonivexFilter::mOutFilterGraph;
+    static constexpr auto kOutChannels = &sonivexFilter::mOutChannels;
+    static constexpr auto kOutSampleRate = &sonivexFilter::mOutSampleRate;
+    static constexpr auto kFilterLoop = &sonivexFilter::FilterLoop;
+    static constexpr auto kDumpPcmData = &sonivexFilter::dumpPCMData;
+    static constexpr auto kGetDumpDirectory = &sonivexFilter::getDumpDirectory;
+    static constexpr auto kGenerateSessionId = &sonivexFilter::generateSessionId;
 };
 
 }  // namespace Vorlin
@@ -62,11 +62,11 @@ class FilterUnderTest {
   public:
     explicit FilterUnderTest(Mode mode = Mode::Inactive);
 
-    Vorlin::sonivexFilter* operator->() { return mFilter.get(); }
-    Vorlin::sonivexFilter& operator*() { return *mFilter; }
+    Vorlin::sonivexFilter* operator->() { return filter_.get(); }
+    Vorlin::sonivexFilter& operator*() { return *filter_; }
     template <typename Field>
     auto& field(Field member) {
-        return (*mFilter).*member;
+        return (*filter_).*member;
     }
 
     void options(const std::string& json);
@@ -82,8 +82,8 @@ class FilterUnderTest {
                        std::vector<std::unique_ptr<Vorlin::IQFFrame>>& out);
 
   private:
-    Mode mMode;
-    std::unique_ptr<Vorlin::sonivexFilter> mFilter;
+    Mode mode_;
+    std::unique_ptr<Vorlin::sonivexFilter> filter_;
 };
 
 /** Collects what the filter logs while it lives, as "level message". */
@@ -96,7 +96,7 @@ class LogCapture {
 
   private:
     struct Lines;
-    std::shared_ptr<Lines> mLines;
+    std::shared_ptr<Lines> lines_;
 };
 
 }  // namespace test

@@ -10,22 +10,22 @@ extern "C" {
 namespace test {
 namespace {
 
-thread_local GraphFaults* graphFaultsInForce = nullptr;
+thread_local GraphFaults* graph_faults_in_force = nullptr;
 
 bool isDue(int GraphFaults::*countdown) {
-    if (graphFaultsInForce == nullptr || graphFaultsInForce->*countdown == 0) return false;
-    --(graphFaultsInForce->*countdown);
+    if (graph_faults_in_force == nullptr || graph_faults_in_force->*countdown == 0) return false;
+    --(graph_faults_in_force->*countdown);
     return true;
 }
 
 }  // namespace
 
 WithGraphFaults::WithGraphFaults() {
-    graphFaultsInForce = &mFaults;
+    graph_faults_in_force = &faults_;
 }
 
 WithGraphFaults::~WithGraphFaults() {
-    graphFaultsInForce = nullptr;
+    graph_faults_in_force = nullptr;
 }
 
 }  // namespace test
@@ -39,22 +39,23 @@ int __real_av_buffersink_get_frame(AVFilterContext* sink, AVFrame* frame);
 
 // The input graph makes its filters in two steps, the output graph in one.
 int __wrap_avfilter_init_str(AVFilterContext* filter, const char* args) {
-    const bool isFormat = std::string_view(filter->filter->name) == "aformat";
-    const bool isLost = isFormat && test::isDue(&test::GraphFaults::inputFormatsToLose);
-    return __real_avfilter_init_str(filter, isLost ? nullptr : args);
+    const bool is_format = std::string_view(filter->filter->name) == "aformat";
+    const bool is_lost = is_format && test::isDue(&test::GraphFaults::input_formats_to_lose);
+    return __real_avfilter_init_str(filter, is_lost ? nullptr : args);
 }
 
 int __wrap_avfilter_graph_create_filter(AVFilterContext** context, const AVFilter* filter, const char* name,
                                         const char* args, void* opaque, AVFilterGraph* graph) {
-    const bool isFormat = std::string_view(filter->name) == "aformat";
-    const bool isLost = isFormat && test::isDue(&test::GraphFaults::outputFormatsToLose);
-    return __real_avfilter_graph_create_filter(context, filter, name, isLost ? nullptr : args, opaque, graph);
+    const bool is_format = std::string_view(filter->name) == "aformat";
+    const bool is_lost = is_format && test::isDue(&test::GraphFaults::output_formats_to_lose);
+    return __real_avfilter_graph_create_filter(context, filter, name, is_lost ? nullptr : args, opaque,
+                                               graph);
 }
 
 int __wrap_av_buffersink_get_frame(AVFilterContext* sink, AVFrame* frame) {
-    const bool isInput = std::string_view(sink->name) == "abuffersink";
-    if (isInput && test::isDue(&test::GraphFaults::inputReadsToFail)) {
-        return test::graphFaultsInForce->readError;
+    const bool is_input = std::string_view(sink->name) == "abuffersink";
+    if (is_input && test::isDue(&test::GraphFaults::input_reads_to_fail)) {
+        return test::graph_faults_in_force->read_error;
     }
     return __real_av_buffersink_get_frame(sink, frame);
 }

@@ -6,10 +6,10 @@ namespace test {
 struct GraphFaults {
     /** Filters "aformat" that start without their options, as when libavfilter has no memory to parse them.
      */
-    int inputFormatsToLose = 0;
-    int outputFormatsToLose = 0;
-    int inputReadsToFail = 0;  ///< what the graph holds stays inside
-    int readError = 0;         ///< the negative AVERROR of those reads
+    int input_formats_to_lose = 0;
+    int output_formats_to_lose = 0;
+    int input_reads_to_fail = 0;  // what the graph holds stays inside
+    int read_error = 0;           // the negative AVERROR of those reads
 };
 
 /** In force while it lives. One at a time. */
@@ -19,10 +19,10 @@ class WithGraphFaults {
     ~WithGraphFaults();
     WithGraphFaults(const WithGraphFaults&) = delete;
     WithGraphFaults& operator=(const WithGraphFaults&) = delete;
-    GraphFaults* operator->() { return &mFaults; }
+    GraphFaults* operator->() { return &faults_; }
 
   private:
-    GraphFaults mFaults;
+    GraphFaults faults_;
 };
 
 }  // namespace test

@@ -36,7 +36,7 @@ TEST(OutputGraphFaults, AGraphThatIgnoresThePlayersFormatDeliversSixteenBitOnce)
         filter.startNormalizer();
         DirectNormalizer engine(2);
         WithGraphFaults faults;
-        faults->outputFormatsToLose = 1;
+        faults->output_formats_to_lose = 1;
         for (const AVSampleFormat delivered : {AV_SAMPLE_FMT_S16, format, format}) {
             auto frame = makeFrame({.format = format}, noise(4, 3000));
             const auto expected = engine.process(samplesOf(*frame));
@@ -54,7 +54,7 @@ TEST(InputGraphFaults, AGraphThatIgnoresSixteenBitCostsOneFrame) {
         filter.startNormalizer();
         DirectNormalizer engine(2);
         WithGraphFaults faults;
-        faults->inputFormatsToLose = 1;
+        faults->input_formats_to_lose = 1;
         EXPECT_EQ(filter.pass(makeFrame({.format = format}, noise(3, 3000))), nullptr);
         for (uint32_t seed = 4; seed < 7; ++seed) {
             auto frame = makeFrame({.format = format}, noise(seed, 3000));
@@ -71,7 +71,7 @@ TEST(InputGraphFaults, AGraphThatIgnoresTheDefaultLayoutCostsOneFrame) {
     FilterUnderTest filter;
     filter.startNormalizer();
     WithGraphFaults faults;
-    faults->inputFormatsToLose = 1;
+    faults->input_formats_to_lose = 1;
     EXPECT_EQ(filter.pass(makeFrame(wide, noise(1))), nullptr);
     const auto out = filter.pass(makeFrame(wide, noise(1)));
     ASSERT_NE(out, nullptr);
@@ -81,7 +81,7 @@ TEST(InputGraphFaults, AGraphThatIgnoresTheDefaultLayoutCostsOneFrame) {
 TEST(InputGraphFaults, SamplesOfALostFrameNeverComeOutWithALaterOne) {
     const struct {
         int error;
-        const char* logLine;
+        const char* log_line;
     } reads[] = {
         {AVERROR(EAGAIN), "48 sonivex av_buffersink_get_frame error -11"},
         {AVERROR_EOF, "48 sonivex av_buffersink_get_frame error -541478725"},
@@ -89,27 +89,27 @@ TEST(InputGraphFaults, SamplesOfALostFrameNeverComeOutWithALaterOne) {
     };
     for (const auto& read : reads) {
         for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
-            SCOPED_TRACE(std::string(read.logLine) + ", " + av_get_sample_fmt_name(format));
+            SCOPED_TRACE(std::string(read.log_line) + ", " + av_get_sample_fmt_name(format));
             LogCapture log;
             FilterUnderTest filter;
             filter.startNormalizer();
             DirectNormalizer engine(2);
             WithGraphFaults faults;
-            faults->readError = read.error;
+            faults->read_error = read.error;
             for (const int frames : {600, 100, 300, 1024}) {
-                const bool isLost = frames == 600;
-                faults->inputReadsToFail = isLost ? 1 : 0;
+                const bool is_lost = frames == 600;
+                faults->input_reads_to_fail = is_lost ? 1 : 0;
                 auto frame = makeFrame({.format = format, .frames = frames},
                                        noise(static_cast<uint32_t>(frames), 3000));
                 const auto samples = samplesOf(*frame);
                 const auto out = filter.pass(std::move(frame));
-                if (isLost) {
+                if (is_lost) {
                     EXPECT_EQ(out, nullptr);
                 } else {
                     expectFrame(out, format, engine.process(samples));
                 }
             }
-            EXPECT_EQ(log.count(read.logLine), 1);
+            EXPECT_EQ(log.count(read.log_line), 1);
         }
     }
 }
@@ -120,16 +120,16 @@ class AfterALostFrame : public ::testing::Test {
     AfterALostFrame() { resetEngineFaults(); }
 
     void start(const std::string& options) {
-        filter.options("{" + options + "}");
-        filter->setInvalid(false);
+        filter_.options("{" + options + "}");
+        filter_->setInvalid(false);
     }
     void lose(const FrameSpec& spec) {
         WithGraphFaults faults;
-        faults->inputReadsToFail = 1;
-        faults->readError = AVERROR(EAGAIN);
-        EXPECT_EQ(filter.pass(makeFrame(spec, noise(2))), nullptr);
+        faults->input_reads_to_fail = 1;
+        faults->read_error = AVERROR(EAGAIN);
+        EXPECT_EQ(filter_.pass(makeFrame(spec, noise(2))), nullptr);
     }
-    std::unique_ptr<IQFFrame> pass(const FrameSpec& spec) { return filter.pass(makeFrame(spec, noise(2))); }
+    std::unique_ptr<IQFFrame> pass(const FrameSpec& spec) { return filter_.pass(makeFrame(spec, noise(2))); }
     /** Several calls of a stream sound as `engine` makes them, in the stream's own format. */
     template <typename Engine>
     void expectSoundsLike(Engine& engine, const FrameSpec& spec) {
@@ -137,87 +137,88 @@ class AfterALostFrame : public ::testing::Test {
         for (uint32_t seed = 3; seed < 7; ++seed) {
             auto frame = makeFrame(spec, noise(seed, 3000));
             const auto expected = engine.process(samplesOf(*frame));
-            expectFrame(filter.pass(std::move(frame)), spec.format, expected);
+            expectFrame(filter_.pass(std::move(frame)), spec.format, expected);
         }
     }
 
-    const FrameSpec mono{.channels = 1, .frames = 960};
-    const FrameSpec stereo{.channels = 2, .frames = 960};
-    const FrameSpec sixChannels{.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .frames = 960};
-    const FrameSpec at48000{.rate_hz = 48000};
-    const FrameSpec at44100{.rate_hz = 44100};
-    FilterUnderTest filter;
+    const FrameSpec mono_{.channels = 1, .frames = 960};
+    const FrameSpec stereo_{.channels = 2, .frames = 960};
+    const FrameSpec six_channels_{.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .frames = 960};
+    const FrameSpec at48000_{.rate_hz = 48000};
+    const FrameSpec at44100_{.rate_hz = 44100};
+    FilterUnderTest filter_;
 };
 
 TEST_F(AfterALostFrame, TheNormalizerIsMadeAnewForAnotherChannelCount) {
     start(R"("enable_normalizer": true)");
-    ASSERT_NE(pass(stereo), nullptr);
-    lose(stereo);
-    const auto out = pass(sixChannels);
+    ASSERT_NE(pass(stereo_), nullptr);
+    lose(stereo_);
+    const auto out = pass(six_channels_);
     ASSERT_NE(out, nullptr);
     EXPECT_EQ(out->getInfo().channels, 6);
     EXPECT_EQ(engineFaults().creates, 2);
     EXPECT_EQ(engineFaults().releases, 1);
-    EXPECT_EQ(engineFaults().channelsOfCalls, (std::vector<int>{2, 6}));
+    EXPECT_EQ(engineFaults().channels_of_calls, (std::vector<int>{2, 6}));
 }
 
 TEST_F(AfterALostFrame, SurroundIsMadeAnewForAnotherChannelCount) {
     start(R"("enable_surround": true)");
-    ASSERT_NE(pass(sixChannels), nullptr);
-    lose(sixChannels);
-    for (const FrameSpec& other : {stereo, mono, sixChannels}) {
+    ASSERT_NE(pass(six_channels_), nullptr);
+    lose(six_channels_);
+    for (const FrameSpec& other : {stereo_, mono_, six_channels_}) {
         ASSERT_NE(pass(other), nullptr);
         lose(other);
     }
-    EXPECT_EQ(engineFaults().surroundCreates, 4);
-    EXPECT_EQ(engineFaults().surroundReleases, 3);
+    EXPECT_EQ(engineFaults().surround_creates, 4);
+    EXPECT_EQ(engineFaults().surround_releases, 3);
 }
 
 TEST_F(AfterALostFrame, AnEffectThatWasOffMeanwhileIsMadeAnewToo) {
     start(R"("enable_normalizer": true)");
-    ASSERT_NE(pass(stereo), nullptr);
+    ASSERT_NE(pass(stereo_), nullptr);
     start(R"("enable_surround": true)");
-    lose(stereo);
-    ASSERT_NE(pass(sixChannels), nullptr);
+    lose(stereo_);
+    ASSERT_NE(pass(six_channels_), nullptr);
     start(R"("enable_normalizer": true)");
-    ASSERT_NE(pass(sixChannels), nullptr);
+    ASSERT_NE(pass(six_channels_), nullptr);
     EXPECT_EQ(engineFaults().creates, 2);
     EXPECT_EQ(engineFaults().releases, 1);
-    EXPECT_EQ(engineFaults().channelsOfCalls, (std::vector<int>{2, 6}));
+    EXPECT_EQ(engineFaults().channels_of_calls, (std::vector<int>{2, 6}));
 }
 
 TEST_F(AfterALostFrame, TheEffectGoesOnWhenTheChannelCountIsTheSame) {
     start(R"("enable_dialoguenhance": true)");
-    ASSERT_NE(pass(stereo), nullptr);
-    lose(stereo);
-    ASSERT_NE(pass(stereo), nullptr);
-    EXPECT_EQ(engineFaults().dialogueCreates.size(), 1u);
-    EXPECT_EQ(engineFaults().dialogueReleases, 0);
+    ASSERT_NE(pass(stereo_), nullptr);
+    lose(stereo_);
+    ASSERT_NE(pass(stereo_), nullptr);
+    EXPECT_EQ(engineFaults().dialogue_creates.size(), 1u);
+    EXPECT_EQ(engineFaults().dialogue_releases, 0);
 }
 
 TEST_F(AfterALostFrame, NoEffectIsReleasedThatWasNotMade) {
     start(R"("enable_normalizer": true)");
-    lose(stereo);
-    ASSERT_NE(pass(sixChannels), nullptr);
-    EXPECT_EQ(engineFaults().releases + engineFaults().surroundReleases + engineFaults().dialogueReleases, 0);
+    lose(stereo_);
+    ASSERT_NE(pass(six_channels_), nullptr);
+    EXPECT_EQ(engineFaults().releases + engineFaults().surround_releases + engineFaults().dialogue_releases,
+              0);
 }
 
 TEST_F(AfterALostFrame, DialogueEnhancementIsMadeAnewForAnotherSampleRate) {
     start(R"("enable_dialoguenhance": true)");
-    ASSERT_NE(pass(at48000), nullptr);
-    lose(at48000);
+    ASSERT_NE(pass(at48000_), nullptr);
+    lose(at48000_);
     DirectDialogue fresh(44100, 1);
     resetEngineFaults();
-    expectSoundsLike(fresh, at44100);
-    EXPECT_EQ(engineFaults().dialogueCreates, (std::vector<DialogueSettings>{{2, 44100, 1.0, 1.0, 1.0}}));
-    EXPECT_EQ(engineFaults().dialogueReleases, 1);
+    expectSoundsLike(fresh, at44100_);
+    EXPECT_EQ(engineFaults().dialogue_creates, (std::vector<DialogueSettings>{{2, 44100, 1.0, 1.0, 1.0}}));
+    EXPECT_EQ(engineFaults().dialogue_releases, 1);
 }
 
 TEST_F(AfterALostFrame, TheNormalizerIsMadeAnewForAnotherSampleRate) {
     start(R"("enable_normalizer": true)");
-    ASSERT_NE(pass(at48000), nullptr);
-    FrameSpec before = at48000;
-    for (const FrameSpec& other : {FrameSpec{.rate_hz = 16000}, at44100, at48000}) {
+    ASSERT_NE(pass(at48000_), nullptr);
+    FrameSpec before = at48000_;
+    for (const FrameSpec& other : {FrameSpec{.rate_hz = 16000}, at44100_, at48000_}) {
         lose(before);
         before = other;
         DirectNormalizer fresh(2, other.rate_hz);
@@ -230,26 +231,26 @@ TEST_F(AfterALostFrame, TheNormalizerIsMadeAnewForAnotherSampleRate) {
 
 TEST_F(AfterALostFrame, NothingOfAStreamSoundsInOneOfAnotherSampleRate) {
     start(R"("enable_surround": true)");
-    ASSERT_NE(pass(at48000), nullptr);
-    lose(at48000);
+    ASSERT_NE(pass(at48000_), nullptr);
+    lose(at48000_);
     DirectSurround fresh(2, 1, 1, 1);
     resetEngineFaults();
-    expectSoundsLike(fresh, at44100);
-    EXPECT_EQ(engineFaults().surroundCreates, 1);
-    EXPECT_EQ(engineFaults().surroundReleases, 1);
+    expectSoundsLike(fresh, at44100_);
+    EXPECT_EQ(engineFaults().surround_creates, 1);
+    EXPECT_EQ(engineFaults().surround_releases, 1);
 }
 
 TEST_F(AfterALostFrame, AnEffectThatWasOffWhenTheSampleRateChangedIsMadeAnewToo) {
     start(R"("enable_normalizer": true)");
-    ASSERT_NE(pass(at48000), nullptr);
+    ASSERT_NE(pass(at48000_), nullptr);
     start(R"("enable_dialoguenhance": true)");
-    lose(at48000);
-    ASSERT_NE(pass(at44100), nullptr);
+    lose(at48000_);
+    ASSERT_NE(pass(at44100_), nullptr);
     start(R"("enable_normalizer": true)");
-    ASSERT_NE(pass(at44100), nullptr);
+    ASSERT_NE(pass(at44100_), nullptr);
     EXPECT_EQ(engineFaults().creates, 2);
     EXPECT_EQ(engineFaults().releases, 1);
-    EXPECT_EQ(engineFaults().dialogueReleases, 0) << "no dialogue enhancement was made at 48000 Hz";
+    EXPECT_EQ(engineFaults().dialogue_releases, 0) << "no dialogue enhancement was made at 48000 Hz";
 }
 
 TEST_F(AfterALostFrame, TheNextStreamComesOutInItsOwnSampleFormat) {
@@ -261,7 +262,7 @@ TEST_F(AfterALostFrame, TheNextStreamComesOutInItsOwnSampleFormat) {
         SCOPED_TRACE(std::string("after ") + av_get_sample_fmt_name(before));
         lose({.format = before});
         expectSoundsLike(engine, {.format = format});
-        EXPECT_EQ(filter.field(Peer::outFilterGraph) == nullptr, format == AV_SAMPLE_FMT_S16)
+        EXPECT_EQ(filter_.field(Peer::kOutFilterGraph) == nullptr, format == AV_SAMPLE_FMT_S16)
             << "16-bit audio needs no conversion back";
         before = format;
     }
@@ -269,31 +270,31 @@ TEST_F(AfterALostFrame, TheNextStreamComesOutInItsOwnSampleFormat) {
 
 TEST_F(AfterALostFrame, TheNextStreamComesOutInItsOwnFormatAfterFramesThatWerePassedOn) {
     start(R"("enable_normalizer": true)");
-    const FrameSpec isFloat{.format = AV_SAMPLE_FMT_FLTP};
-    ASSERT_NE(pass(isFloat), nullptr);
-    lose(isFloat);
+    const FrameSpec is_float{.format = AV_SAMPLE_FMT_FLTP};
+    ASSERT_NE(pass(is_float), nullptr);
+    lose(is_float);
     ASSERT_NE(pass({.format = AV_SAMPLE_FMT_S32, .channels = 3}), nullptr);
-    const auto out = pass(at48000);
+    const auto out = pass(at48000_);
     ASSERT_NE(out, nullptr);
     EXPECT_EQ(out->getInfo().format, AV_SAMPLE_FMT_S16);
 }
 
 // The first frame of a stream settles the format, whether it went through an effect or not.
 TEST_F(AfterALostFrame, TheSameStreamComesOutInTheFormatItHadBefore) {
-    const FrameSpec isFloat{.format = AV_SAMPLE_FMT_FLTP};
-    for (const bool isLostBeforeFlush : {false, true}) {
-        SCOPED_TRACE(isLostBeforeFlush);
+    const FrameSpec is_float{.format = AV_SAMPLE_FMT_FLTP};
+    for (const bool is_lost_before_flush : {false, true}) {
+        SCOPED_TRACE(is_lost_before_flush);
         start(R"("enable_normalizer": true)");
-        if (isLostBeforeFlush) lose(at48000);
-        filter->flush();
-        filter->setInvalid(true);
-        ASSERT_NE(pass(at48000), nullptr);
-        filter->setInvalid(false);
+        if (is_lost_before_flush) lose(at48000_);
+        filter_->flush();
+        filter_->setInvalid(true);
+        ASSERT_NE(pass(at48000_), nullptr);
+        filter_->setInvalid(false);
         for (int round = 0; round < 2; ++round) {
-            const auto out = pass(isFloat);
+            const auto out = pass(is_float);
             ASSERT_NE(out, nullptr);
             EXPECT_EQ(out->getInfo().format, AV_SAMPLE_FMT_S16);
-            lose(isFloat);
+            lose(is_float);
         }
     }
 }

@@ -81,7 +81,7 @@ TEST(Layouts, TheDefaultLayoutsKeepEveryLoudspeakerInItsPlace) {
 // it has one, else folded into their neighbours.
 struct Mapping {
     const char* layout;
-    std::vector<std::vector<int>> heardAt;
+    std::vector<std::vector<int>> heard_at;
 };
 
 // Default layouts: FL FR FC LFE BL BR and FL FR FC LFE BL BR SL SR.
@@ -99,11 +99,11 @@ const Mapping kMappings[] = {
 
 TEST(Layouts, NamedLoudspeakersAreHeardWhereTheDefaultLayoutHasThemOrTheirNeighbours) {
     for (const Mapping& mapping : kMappings) {
-        const int channels = static_cast<int>(mapping.heardAt.size());
+        const int channels = static_cast<int>(mapping.heard_at.size());
         for (int speaker = 0; speaker < channels; ++speaker) {
             const FrameSpec spec{
                 .format = AV_SAMPLE_FMT_FLTP, .channels = channels, .layout = mapping.layout};
-            EXPECT_EQ(soundingChannels(spec, speaker), mapping.heardAt[static_cast<std::size_t>(speaker)])
+            EXPECT_EQ(soundingChannels(spec, speaker), mapping.heard_at[static_cast<std::size_t>(speaker)])
                 << mapping.layout << ", loudspeaker " << speaker;
         }
     }

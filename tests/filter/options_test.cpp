@@ -28,9 +28,9 @@ TEST(FilterOptions, TextThatIsNotJsonIsRefusedAndChangesNothing) {
         EXPECT_FALSE(filter->setOption(filterPrototype::FILTER_OPTION, text, "")) << text;
     }
     EXPECT_EQ(log.count("24 options not json item"), 6);
-    EXPECT_TRUE(filter.field(Peer::enableNormalizer));
-    EXPECT_FALSE(filter.field(Peer::enableSurround));
-    EXPECT_EQ(filter.field(Peer::surroundMode), 2);
+    EXPECT_TRUE(filter.field(Peer::kEnableNormalizer));
+    EXPECT_FALSE(filter.field(Peer::kEnableSurround));
+    EXPECT_EQ(filter.field(Peer::kSurroundMode), 2);
 }
 
 TEST(FilterOptions, JsonThatIsNoObjectIsAcceptedAndChangesNothing) {
@@ -39,8 +39,8 @@ TEST(FilterOptions, JsonThatIsNoObjectIsAcceptedAndChangesNothing) {
     for (const char* text :
          {"1", "null", "true", "\"enable_surround\"", "[]", R"([{"enable_surround": true}])", "{}"}) {
         filter.options(text);
-        EXPECT_TRUE(filter.field(Peer::enableNormalizer)) << text;
-        EXPECT_FALSE(filter.field(Peer::enableSurround)) << text;
+        EXPECT_TRUE(filter.field(Peer::kEnableNormalizer)) << text;
+        EXPECT_FALSE(filter.field(Peer::kEnableSurround)) << text;
     }
 }
 
@@ -48,15 +48,15 @@ TEST(FilterOptions, SurroundTypesAreKnownByExactName) {
     LogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"surround_effect_type": "MegaBass"})");
-    EXPECT_EQ(filter.field(Peer::surroundType), 13);
+    EXPECT_EQ(filter.field(Peer::kSurroundType), 13);
     for (const char* name : {"megabass", "MegaBass ", "", "13"}) {
         filter.options(std::string(R"({"surround_effect_type": ")") + name + "\"}");
-        EXPECT_EQ(filter.field(Peer::surroundType), 13) << name;
+        EXPECT_EQ(filter.field(Peer::kSurroundType), 13) << name;
     }
     filter.options(R"({"surround_effect_type": 1})");
-    EXPECT_EQ(filter.field(Peer::surroundType), 13) << "a number is no name";
+    EXPECT_EQ(filter.field(Peer::kSurroundType), 13) << "a number is no name";
     filter.options(R"({"surround_effect_type": "3DSurround"})");
-    EXPECT_EQ(filter.field(Peer::surroundType), 1);
+    EXPECT_EQ(filter.field(Peer::kSurroundType), 1);
     EXPECT_EQ(log.count("48 sonivex set surround_effect_type: MegaBass -> 13"), 1);
     EXPECT_EQ(log.count("48 sonivex set surround_effect_type: 3DSurround -> 1"), 1);
     EXPECT_EQ(
@@ -67,15 +67,15 @@ TEST(FilterOptions, SurroundModesBeyondOneToThreeAreIgnoredWithoutALog) {
     LogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"surround_mode": 3})");
-    EXPECT_EQ(filter.field(Peer::surroundMode), 3);
+    EXPECT_EQ(filter.field(Peer::kSurroundMode), 3);
     const auto before = log.lines().size();
     for (const char* number : {"4", "0", "-1", "2.5", "1.0000001", "4294967298", "-4294967295", "1e999"}) {
         filter.options(std::string(R"({"surround_mode": )") + number + "}");
-        EXPECT_EQ(filter.field(Peer::surroundMode), 3) << number;
+        EXPECT_EQ(filter.field(Peer::kSurroundMode), 3) << number;
     }
     EXPECT_EQ(log.lines().size(), before);
     filter.options(R"({"surround_mode": 2.0})");
-    EXPECT_EQ(filter.field(Peer::surroundMode), 2) << "an integer, however it is written";
+    EXPECT_EQ(filter.field(Peer::kSurroundMode), 2) << "an integer, however it is written";
 }
 
 TEST(FilterOptions, AMemberOfTheWrongTypeCountsAsItsDefault) {
@@ -84,57 +84,57 @@ TEST(FilterOptions, AMemberOfTheWrongTypeCountsAsItsDefault) {
                        "enable_normalizer": true, "enable_dump": true})");
     filter.options(R"({"surround_mode": "3", "surround_limiter": [0], "dialoguenhance_voice": "5",
                        "enable_normalizer": 1, "enable_dump": "yes"})");
-    EXPECT_EQ(filter.field(Peer::surroundMode), 1);
-    EXPECT_EQ(filter.field(Peer::surroundLimiter), 1);
-    EXPECT_EQ(filter.field(Peer::voice), 1.0);
+    EXPECT_EQ(filter.field(Peer::kSurroundMode), 1);
+    EXPECT_EQ(filter.field(Peer::kSurroundLimiter), 1);
+    EXPECT_EQ(filter.field(Peer::kVoice), 1.0);
     for (const char* other : {"true", "null", "{}", "[2]", "\"2\""}) {
         filter.options(R"({"surround_mode": 3})");
         filter.options(std::string(R"({"surround_mode": )") + other + "}");
-        EXPECT_EQ(filter.field(Peer::surroundMode), 1) << other;
+        EXPECT_EQ(filter.field(Peer::kSurroundMode), 1) << other;
     }
-    EXPECT_FALSE(filter.field(Peer::enableNormalizer));
-    EXPECT_FALSE(filter.field(Peer::enableDump));
+    EXPECT_FALSE(filter.field(Peer::kEnableNormalizer));
+    EXPECT_FALSE(filter.field(Peer::kEnableDump));
 }
 
 TEST(FilterOptions, TheLimiterSwitchTakesAnyInt) {
     FilterUnderTest filter;
     filter.options(R"({"surround_limiter": -7})");
-    EXPECT_EQ(filter.field(Peer::surroundLimiter), -7);
+    EXPECT_EQ(filter.field(Peer::kSurroundLimiter), -7);
     for (const char* number : {"99999999999", "4294967297", "1.5", "-1e999"}) {
         filter.options(R"({"surround_limiter": 1})");
         filter.options(std::string(R"({"surround_limiter": )") + number + "}");
-        EXPECT_NE(filter.field(Peer::surroundLimiter), 1) << number << " is not the 1 that switches it on";
+        EXPECT_NE(filter.field(Peer::kSurroundLimiter), 1) << number << " is not the 1 that switches it on";
     }
 }
 
 TEST(FilterOptions, ANumberBeyondADoubleLeavesTheRestOfTheObjectInForce) {
     FilterUnderTest filter;
     filter.options(R"({"dialoguenhance_voice": 1e999, "enable_dialoguenhance": true})");
-    EXPECT_EQ(filter.field(Peer::voice), std::numeric_limits<double>::max());
-    EXPECT_TRUE(filter.field(Peer::enableDialogue));
+    EXPECT_EQ(filter.field(Peer::kVoice), std::numeric_limits<double>::max());
+    EXPECT_TRUE(filter.field(Peer::kEnableDialogue));
     filter.options(R"({"dialoguenhance_voice": -1e999, "surround_mode": 2})");
-    EXPECT_EQ(filter.field(Peer::voice), 1.0);
-    EXPECT_EQ(filter.field(Peer::surroundMode), 2);
+    EXPECT_EQ(filter.field(Peer::kVoice), 1.0);
+    EXPECT_EQ(filter.field(Peer::kSurroundMode), 2);
 }
 
 TEST(FilterOptions, VoiceIsNeverBelowOne) {
     LogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"dialoguenhance_voice": 2.5})");
-    EXPECT_EQ(filter.field(Peer::voice), 2.5);
+    EXPECT_EQ(filter.field(Peer::kVoice), 2.5);
     filter.options(R"({"dialoguenhance_voice": 0.5})");
-    EXPECT_EQ(filter.field(Peer::voice), 1.0);
+    EXPECT_EQ(filter.field(Peer::kVoice), 1.0);
     EXPECT_EQ(log.count("48 sonivex set dialoguenhance_voice: 1.000000"), 1);
     filter.options(R"({"dialoguenhance_voice": -1e300})");
-    EXPECT_EQ(filter.field(Peer::voice), 1.0);
+    EXPECT_EQ(filter.field(Peer::kVoice), 1.0);
 }
 
 TEST(FilterOptions, SwitchingOneEffectOnSwitchesTheOthersOff) {
     LogCapture log;
     FilterUnderTest filter;
     const auto state = [&filter] {
-        return std::vector<bool>{filter.field(Peer::enableSurround), filter.field(Peer::enableDialogue),
-                                 filter.field(Peer::enableNormalizer)};
+        return std::vector<bool>{filter.field(Peer::kEnableSurround), filter.field(Peer::kEnableDialogue),
+                                 filter.field(Peer::kEnableNormalizer)};
     };
     using State = std::vector<bool>;
     filter.options(R"({"enable_surround": true})");
@@ -156,21 +156,21 @@ TEST(FilterOptions, SwitchingOneEffectOnSwitchesTheOthersOff) {
 TEST(FilterOptions, OfSeveralEffectsTheLastOfTheFixedOrderWins) {
     FilterUnderTest filter;
     filter.options(R"({"enable_normalizer": true, "enable_surround": true})");
-    EXPECT_TRUE(filter.field(Peer::enableNormalizer));
-    EXPECT_FALSE(filter.field(Peer::enableSurround));
+    EXPECT_TRUE(filter.field(Peer::kEnableNormalizer));
+    EXPECT_FALSE(filter.field(Peer::kEnableSurround));
     filter.options(R"({"enable_dialoguenhance": true, "enable_surround": true})");
-    EXPECT_TRUE(filter.field(Peer::enableDialogue));
-    EXPECT_FALSE(filter.field(Peer::enableSurround));
-    EXPECT_FALSE(filter.field(Peer::enableNormalizer));
+    EXPECT_TRUE(filter.field(Peer::kEnableDialogue));
+    EXPECT_FALSE(filter.field(Peer::kEnableSurround));
+    EXPECT_FALSE(filter.field(Peer::kEnableNormalizer));
 }
 
 TEST(FilterOptions, DumpSwitchIsStored) {
     LogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"enable_dump": true})");
-    EXPECT_TRUE(filter.field(Peer::enableDump));
+    EXPECT_TRUE(filter.field(Peer::kEnableDump));
     filter.options(R"({"enable_dump": false})");
-    EXPECT_FALSE(filter.field(Peer::enableDump));
+    EXPECT_FALSE(filter.field(Peer::kEnableDump));
     EXPECT_EQ(log.count("48 sonivex set enable_dump: 1"), 1);
     EXPECT_EQ(log.count("48 sonivex set enable_dump: 0"), 1);
 }
@@ -180,11 +180,11 @@ TEST(FilterOptions, FrameRateAndSpeedAreTruncatedTowardZero) {
     FilterUnderTest filter;
     const auto fps = [&filter](const char* text) {
         EXPECT_TRUE(filter->setOption(filterPrototype::VIDEO_FPS_OPTION, text, ""));
-        return filter.field(Peer::fps);
+        return filter.field(Peer::kFps);
     };
     const auto speed = [&filter](const char* text) {
         EXPECT_TRUE(filter->setOption(filterPrototype::PLAYER_SPEED_OPTION, text, ""));
-        return filter.field(Peer::speed);
+        return filter.field(Peer::kSpeed);
     };
     EXPECT_EQ(fps("29.97"), 29);
     EXPECT_EQ(fps("-29.97"), -29);
@@ -207,9 +207,9 @@ TEST(FilterOptions, NumbersBeyondAnIntSaturateAndNotANumberIsZero) {
                  {"nan", 0},     {"1e999", kMax}, {"1e-999", 0}};
     for (const auto& example : cases) {
         filter->setOption(filterPrototype::VIDEO_FPS_OPTION, example.text, "");
-        EXPECT_EQ(filter.field(Peer::fps), example.value) << example.text;
+        EXPECT_EQ(filter.field(Peer::kFps), example.value) << example.text;
         filter->setOption(filterPrototype::PLAYER_SPEED_OPTION, example.text, "");
-        EXPECT_EQ(filter.field(Peer::speed), example.value) << example.text;
+        EXPECT_EQ(filter.field(Peer::kSpeed), example.value) << example.text;
         filter->checkTimeConsume(1000);
     }
 }
@@ -222,8 +222,8 @@ TEST(FilterOptions, AMalformedNumberRaisesTheParseException) {
         EXPECT_THROW(filter->setOption(filterPrototype::PLAYER_SPEED_OPTION, text, ""), std::invalid_argument)
             << text;
     }
-    EXPECT_EQ(filter.field(Peer::fps), 0);
-    EXPECT_EQ(filter.field(Peer::speed), 1);
+    EXPECT_EQ(filter.field(Peer::kFps), 0);
+    EXPECT_EQ(filter.field(Peer::kSpeed), 1);
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ class OutOfMemory : public ::testing::TestWithParam<FrameSpec> {
     struct Passed {
         std::vector<int16_t> samples;  // what went in
         std::unique_ptr<IQFFrame> out;
-        bool wasProcessed = false;  // even if the result was lost
+        bool was_processed = false;  // even if the result was lost
     };
 
     static std::unique_ptr<IQFFrame> frameOf(int number, int frames) {
@@ -36,9 +36,9 @@ class OutOfMemory : public ::testing::TestWithParam<FrameSpec> {
     static Passed pass(FilterUnderTest& filter, std::unique_ptr<IQFFrame> frame) {
         Passed passed;
         passed.samples = samplesOf(avFrameOf(frame));
-        const std::size_t callsBefore = engineFaults().channelsOfCalls.size();
+        const std::size_t calls_before = engineFaults().channels_of_calls.size();
         passed.out = filter.pass(std::move(frame));
-        passed.wasProcessed = engineFaults().channelsOfCalls.size() > callsBefore;
+        passed.was_processed = engineFaults().channels_of_calls.size() > calls_before;
         return passed;
     }
 
@@ -58,7 +58,7 @@ class OutOfMemory : public ::testing::TestWithParam<FrameSpec> {
         FilterUnderTest filter;
         filter.startNormalizer();
         DirectNormalizer engine(GetParam().channels);
-        bool isReached = false;
+        bool is_reached = false;
         for (int number = 0; number <= hit + kFramesAfter; ++number) {
             // The hit is longer than the frames before it, for which the graphs have buffers already, and
             // than those after it, which it would make late if any of it stayed behind.
@@ -67,17 +67,17 @@ class OutOfMemory : public ::testing::TestWithParam<FrameSpec> {
             if (number == hit) {
                 const FailingMemory memory(first, which);
                 passed = pass(filter, std::move(frame));
-                isReached = memory.requests() >= first;
+                is_reached = memory.requests() >= first;
             } else {
                 passed = pass(filter, std::move(frame));
                 const int format = passed.out ? avFrameOf(passed.out)->format : AV_SAMPLE_FMT_NONE;
                 EXPECT_EQ(format, GetParam().format) << "only the frame that met the failure may suffer";
             }
-            if (!passed.wasProcessed) continue;
+            if (!passed.was_processed) continue;
             const auto expected = engine.process(passed.samples);
             if (passed.out) expectWhole(passed.out->getInfo(), avFrameOf(passed.out), expected);
         }
-        return isReached;
+        return is_reached;
     }
 
     static void failEverywhere(int hit) {

@@ -22,34 +22,34 @@ namespace {
 class PcmDumpFailure : public ::testing::Test {
   protected:
     PcmDumpFailure() {
-        filter.options(R"({"enable_normalizer": true, "enable_dump": true})");
-        filter->setInvalid(false);
+        filter_.options(R"({"enable_normalizer": true, "enable_dump": true})");
+        filter_->setInvalid(false);
     }
 
     // Playback goes on: the next frame comes out as the effect makes it. 4096 bytes on either side.
     void expectToPlay() {
-        auto frame = makeFrame({}, noise(mPlayed++, 2000));
-        const auto expected = mEngine.process(samplesOf(*frame));
-        const auto out = filter.pass(std::move(frame));
+        auto frame = makeFrame({}, noise(played_++, 2000));
+        const auto expected = engine_.process(samplesOf(*frame));
+        const auto out = filter_.pass(std::move(frame));
         ASSERT_NE(out, nullptr);
         EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
     }
     std::string nameOf(const char* stage) {
-        return dumpFileName("normalizer", stage, filter.field(Peer::sessionId));
+        return dumpFileName("normalizer", stage, filter_.field(Peer::kSessionId));
     }
     int linesWith(const std::string& text) const {
-        const auto lines = log.lines();
+        const auto lines = log_.lines();
         return static_cast<int>(std::count_if(lines.begin(), lines.end(), [&text](const std::string& line) {
             return line.find(text) != std::string::npos;
         }));
     }
 
-    LogCapture log;
-    FilterUnderTest filter;
+    LogCapture log_;
+    FilterUnderTest filter_;
 
   private:
-    DirectNormalizer mEngine{2};
-    uint32_t mPlayed = 0;
+    DirectNormalizer engine_{2};
+    uint32_t played_ = 0;
 };
 
 TEST_F(PcmDumpFailure, AMissingDirectoryIsLoggedAtEveryCallUntilItIsThere) {
@@ -58,8 +58,8 @@ TEST_F(PcmDumpFailure, AMissingDirectoryIsLoggedAtEveryCallUntilItIsThere) {
     Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, directory);
     for (int i = 0; i < 3; ++i) expectToPlay();
     for (const char* stage : {"input", "output"}) {
-        EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + directory + "/" + nameOf(stage) +
-                            ", errno=2 (No such file or directory)"),
+        EXPECT_EQ(log_.count("16 sonivex: failed to open dump file " + directory + "/" + nameOf(stage) +
+                             ", errno=2 (No such file or directory)"),
                   3);
     }
     ASSERT_TRUE(std::filesystem::create_directory(directory));
@@ -80,7 +80,7 @@ TEST_F(PcmDumpFailure, ADirectoryThatIsAFileIsLogged) {
 /** A folder that the calling thread may enter but not write to, not even as root. */
 class WriteProtected {
   public:
-    explicit WriteProtected(const std::string& folder) : mFolder(folder) {
+    explicit WriteProtected(const std::string& folder) : folder_(folder) {
         EXPECT_EQ(chmod(folder.c_str(), 0555), 0);
         if (geteuid() != 0) return;
         setfsuid(kNobody);
@@ -90,7 +90,7 @@ class WriteProtected {
     WriteProtected& operator=(const WriteProtected&) = delete;
     ~WriteProtected() {
         setfsuid(geteuid());
-        EXPECT_EQ(chmod(mFolder.c_str(), 0755), 0);
+        EXPECT_EQ(chmod(folder_.c_str(), 0755), 0);
     }
 
   private:
@@ -98,7 +98,7 @@ class WriteProtected {
     // An impossible user changes nothing and is answered with the present one.
     static uid_t currentUser() { return static_cast<uid_t>(setfsuid(static_cast<uid_t>(-1))); }
 
-    std::string mFolder;
+    std::string folder_;
 };
 
 TEST_F(PcmDumpFailure, AWriteProtectedDirectoryIsLoggedUntilItIsOpened) {
@@ -107,8 +107,8 @@ TEST_F(PcmDumpFailure, AWriteProtectedDirectoryIsLoggedUntilItIsOpened) {
         const WriteProtected folder(directory.path());
         expectToPlay();
         for (const char* stage : {"input", "output"}) {
-            EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + directory.file(nameOf(stage)) +
-                                ", errno=13 (Permission denied)"),
+            EXPECT_EQ(log_.count("16 sonivex: failed to open dump file " + directory.file(nameOf(stage)) +
+                                 ", errno=13 (Permission denied)"),
                       1);
         }
         EXPECT_EQ(directory.names(), std::vector<std::string>{});
@@ -120,15 +120,15 @@ TEST_F(PcmDumpFailure, AWriteProtectedDirectoryIsLoggedUntilItIsOpened) {
 TEST_F(PcmDumpFailure, APlantedLinkIsRefusedAndItsTargetLeftAlone) {
     const DumpDirectory directory;
     WithSystemFaults faults;
-    faults->randomNumbers = {1, 1};
-    const auto id = Peer::generateSessionId();
+    faults->random_numbers = {1, 1};
+    const auto id = Peer::kGenerateSessionId();
     writeFile(directory.file("target"), "precious");
     std::filesystem::create_symlink(directory.file("target"),
                                     directory.file(dumpFileName("normalizer", "output", id)));
     std::filesystem::create_symlink(directory.file("nowhere"),
                                     directory.file(dumpFileName("normalizer", "input", id)));
     expectToPlay();
-    EXPECT_EQ(filter.field(Peer::sessionId), id);
+    EXPECT_EQ(filter_.field(Peer::kSessionId), id);
     EXPECT_EQ(linesWith("errno=40 (Too many levels of symbolic links)"), 2);
     EXPECT_EQ(readFile(directory.file("target")), "precious");
     EXPECT_FALSE(std::filesystem::exists(directory.file("nowhere")));
@@ -137,12 +137,12 @@ TEST_F(PcmDumpFailure, APlantedLinkIsRefusedAndItsTargetLeftAlone) {
 TEST_F(PcmDumpFailure, APlantedPipeDoesNotHoldTheWorker) {
     const DumpDirectory directory;
     WithSystemFaults faults;
-    faults->randomNumbers = {1, 1};
-    const auto id = Peer::generateSessionId();
+    faults->random_numbers = {1, 1};
+    const auto id = Peer::kGenerateSessionId();
     ASSERT_EQ(mkfifo(directory.file(dumpFileName("normalizer", "output", id)).c_str(), 0644), 0);
     expectToPlay();
-    EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + directory.file(nameOf("output")) +
-                        ", errno=6 (No such device or address)"),
+    EXPECT_EQ(log_.count("16 sonivex: failed to open dump file " + directory.file(nameOf("output")) +
+                         ", errno=6 (No such device or address)"),
               1);
 }
 
@@ -150,17 +150,18 @@ TEST_F(PcmDumpFailure, APlantedPipeDoesNotHoldTheWorker) {
 TEST_F(PcmDumpFailure, APlantedPipeThatIsReadGetsNothing) {
     const DumpDirectory directory;
     WithSystemFaults faults;
-    faults->randomNumbers = {1, 1};
-    const auto id = Peer::generateSessionId();
+    faults->random_numbers = {1, 1};
+    const auto id = Peer::kGenerateSessionId();
     const auto path = directory.file(dumpFileName("normalizer", "output", id));
     ASSERT_EQ(mkfifo(path.c_str(), 0644), 0);
     const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
     ASSERT_NE(reader, -1);
-    const int descriptorsBefore = openDescriptors();
+    const int descriptors_before = openDescriptors();
     for (int i = 0; i < 2; ++i) expectToPlay();
-    EXPECT_EQ(filter.field(Peer::sessionId), id);
-    EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + path + ", errno=22 (Invalid argument)"), 2);
-    EXPECT_EQ(openDescriptors(), descriptorsBefore + 1) << "the input's file";
+    EXPECT_EQ(filter_.field(Peer::kSessionId), id);
+    EXPECT_EQ(log_.count("16 sonivex: failed to open dump file " + path + ", errno=22 (Invalid argument)"),
+              2);
+    EXPECT_EQ(openDescriptors(), descriptors_before + 1) << "the input's file";
     char heard[1];
     EXPECT_EQ(read(reader, heard, sizeof(heard)), 0) << "nobody writes";
     EXPECT_EQ(close(reader), 0);
@@ -170,14 +171,14 @@ TEST_F(PcmDumpFailure, APlantedPipeThatIsReadGetsNothing) {
 TEST_F(PcmDumpFailure, AFileWithAnotherNameIsRefusedAndLeftAlone) {
     const DumpDirectory directory;
     WithSystemFaults faults;
-    faults->randomNumbers = {1, 1};
-    const auto id = Peer::generateSessionId();
+    faults->random_numbers = {1, 1};
+    const auto id = Peer::kGenerateSessionId();
     const auto path = directory.file(dumpFileName("normalizer", "output", id));
     writeFile(directory.file("target"), "precious");
     std::filesystem::create_hard_link(directory.file("target"), path);
     expectToPlay();
-    EXPECT_EQ(filter.field(Peer::sessionId), id);
-    EXPECT_EQ(log.count("16 sonivex: failed to open dump file " + path + ", errno=31 (Too many links)"), 1);
+    EXPECT_EQ(filter_.field(Peer::kSessionId), id);
+    EXPECT_EQ(log_.count("16 sonivex: failed to open dump file " + path + ", errno=31 (Too many links)"), 1);
     EXPECT_EQ(readFile(directory.file("target")), "precious");
     ASSERT_TRUE(std::filesystem::remove(directory.file("target")));
     expectToPlay();
@@ -188,21 +189,21 @@ TEST_F(PcmDumpFailure, AFileWithAnotherNameIsRefusedAndLeftAlone) {
 class FileSizeLimit {
   public:
     explicit FileSizeLimit(rlim_t bytes) {
-        mSignalBefore = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &mBefore);
-        const rlimit limit{bytes, mBefore.rlim_max};
+        signal_before_ = std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
         EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
     }
     FileSizeLimit(const FileSizeLimit&) = delete;
     FileSizeLimit& operator=(const FileSizeLimit&) = delete;
     ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &mBefore);
-        std::signal(SIGXFSZ, mSignalBefore);
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, signal_before_);
     }
 
   private:
-    rlimit mBefore{};
-    void (*mSignalBefore)(int) = SIG_DFL;
+    rlimit before_{};
+    void (*signal_before_)(int) = SIG_DFL;
 };
 
 TEST_F(PcmDumpFailure, AFileThatFillsUpIsCountedToItsEndAndThenLogged) {
@@ -215,15 +216,15 @@ TEST_F(PcmDumpFailure, AFileThatFillsUpIsCountedToItsEndAndThenLogged) {
         SCOPED_TRACE(stage);
         const auto name = nameOf(stage);
         EXPECT_EQ(std::filesystem::file_size(directory.file(name)), 6144u);
-        EXPECT_EQ(filter.field(Peer::dumpTotals)[name], 6144u);
-        EXPECT_EQ(log.count("16 sonivex: write failed for " + name + ", errno=0 (short write)"), 1);
-        EXPECT_EQ(log.count("32 sonivex: dumped 2048 bytes to " + directory.file(name) +
-                            " (total: 6144 bytes, channels: 2, samples: 1024)"),
+        EXPECT_EQ(filter_.field(Peer::kDumpTotals)[name], 6144u);
+        EXPECT_EQ(log_.count("16 sonivex: write failed for " + name + ", errno=0 (short write)"), 1);
+        EXPECT_EQ(log_.count("32 sonivex: dumped 2048 bytes to " + directory.file(name) +
+                             " (total: 6144 bytes, channels: 2, samples: 1024)"),
                   1);
-        EXPECT_EQ(log.count("16 sonivex: write failed for " + name + ", errno=27 (File too large)"), 1);
+        EXPECT_EQ(log_.count("16 sonivex: write failed for " + name + ", errno=27 (File too large)"), 1);
     }
     expectToPlay();
-    filter->flush();
+    filter_->flush();
     EXPECT_EQ(linesWith("total size: 10240 bytes"), 2) << "with room again the dump goes on";
 }
 
@@ -232,26 +233,26 @@ TEST_F(PcmDumpFailure, AFullDiskIsLoggedAndNotCounted) {
     expectToPlay();
     {
         WithSystemFaults faults;
-        faults->writeError = ENOSPC;
+        faults->write_error = ENOSPC;
         for (int i = 0; i < 2; ++i) expectToPlay();
         EXPECT_EQ(faults->syncs, 0) << "nothing was written";
     }
     for (const char* stage : {"input", "output"}) {
-        EXPECT_EQ(log.count("16 sonivex: write failed for " + nameOf(stage) +
-                            ", errno=28 (No space left on device)"),
+        EXPECT_EQ(log_.count("16 sonivex: write failed for " + nameOf(stage) +
+                             ", errno=28 (No space left on device)"),
                   2);
-        EXPECT_EQ(filter.field(Peer::dumpTotals)[nameOf(stage)], 4096u);
+        EXPECT_EQ(filter_.field(Peer::kDumpTotals)[nameOf(stage)], 4096u);
     }
 }
 
 TEST_F(PcmDumpFailure, AnInterruptedWriteIsMadeAgain) {
     const DumpDirectory directory;
     WithSystemFaults faults;
-    faults->writesToInterrupt = 5;
-    faults->syncsToInterrupt = 3;
+    faults->writes_to_interrupt = 5;
+    faults->syncs_to_interrupt = 3;
     expectToPlay();
-    EXPECT_EQ(faults->writesToInterrupt, 0);
-    EXPECT_EQ(faults->syncsToInterrupt, 0);
+    EXPECT_EQ(faults->writes_to_interrupt, 0);
+    EXPECT_EQ(faults->syncs_to_interrupt, 0);
     EXPECT_EQ(linesWith("failed"), 0);
     EXPECT_EQ(std::filesystem::file_size(directory.file(nameOf("input"))), 4096u);
     EXPECT_EQ(std::filesystem::file_size(directory.file(nameOf("output"))), 4096u);
@@ -260,13 +261,14 @@ TEST_F(PcmDumpFailure, AnInterruptedWriteIsMadeAgain) {
 TEST_F(PcmDumpFailure, ABlockThatIsNotOnTheDiskYetCountsAllTheSame) {
     const DumpDirectory directory;
     WithSystemFaults faults;
-    faults->syncError = EIO;
+    faults->sync_error = EIO;
     for (int i = 0; i < 2; ++i) expectToPlay();
     EXPECT_EQ(faults->syncs, 4) << "after every block";
     for (const char* stage : {"input", "output"}) {
         EXPECT_EQ(
-            log.count("24 sonivex: fsync failed for " + nameOf(stage) + ", errno=5 (Input/output error)"), 2);
-        EXPECT_EQ(filter.field(Peer::dumpTotals)[nameOf(stage)], 8192u);
+            log_.count("24 sonivex: fsync failed for " + nameOf(stage) + ", errno=5 (Input/output error)"),
+            2);
+        EXPECT_EQ(filter_.field(Peer::kDumpTotals)[nameOf(stage)], 8192u);
     }
     EXPECT_EQ(linesWith("sonivex: dumped 4096 bytes"), 4);
 }
@@ -275,11 +277,11 @@ TEST_F(PcmDumpFailure, WithoutRandomnessTheDumpIsSkippedUntilThereIsSome) {
     const DumpDirectory directory;
     {
         WithSystemFaults faults;
-        faults->hasNoRandomness = true;
+        faults->has_no_randomness = true;
         for (int i = 0; i < 2; ++i) expectToPlay();
     }
-    EXPECT_EQ(log.count("16 sonivex: dump skipped: no randomness"), 4);
-    EXPECT_EQ(filter.field(Peer::sessionId), "");
+    EXPECT_EQ(log_.count("16 sonivex: dump skipped: no randomness"), 4);
+    EXPECT_EQ(filter_.field(Peer::kSessionId), "");
     EXPECT_EQ(directory.names(), std::vector<std::string>{});
     expectToPlay();
     EXPECT_EQ(directory.names().size(), 2u);

@@ -18,7 +18,7 @@ namespace {
 
 TEST(PcmDump, OfAStreamWithASeekIsTwoCompleteSessions) {
     const DumpDirectory directory;
-    const int descriptorsBefore = openDescriptors();
+    const int descriptors_before = openDescriptors();
     FilterUnderTest filter;
     startDumping(filter, R"("enable_normalizer": true)");
     std::set<std::string> ids;
@@ -32,17 +32,17 @@ TEST(PcmDump, OfAStreamWithASeekIsTwoCompleteSessions) {
             append(out, engine.process(samplesOf(*frame)));
             ASSERT_NE(filter.pass(std::move(frame)), nullptr);
         }
-        EXPECT_EQ(openDescriptors(), descriptorsBefore + 2);
+        EXPECT_EQ(openDescriptors(), descriptors_before + 2);
         const auto id = sessionOf(filter);
         ids.insert(id);
         filter->flush();
-        EXPECT_EQ(openDescriptors(), descriptorsBefore);
+        EXPECT_EQ(openDescriptors(), descriptors_before);
         EXPECT_EQ(samplesInFile(directory.file(dumpFileName("normalizer", "input", id))), in);
         EXPECT_EQ(samplesInFile(directory.file(dumpFileName("normalizer", "output", id))), out);
         EXPECT_EQ(sessionOf(filter), "");
-        EXPECT_TRUE(filter.field(Peer::dumpFds).empty());
-        EXPECT_TRUE(filter.field(Peer::dumpTotals).empty());
-        EXPECT_TRUE(filter.field(Peer::dumpPaths).empty());
+        EXPECT_TRUE(filter.field(Peer::kDumpFds).empty());
+        EXPECT_TRUE(filter.field(Peer::kDumpTotals).empty());
+        EXPECT_TRUE(filter.field(Peer::kDumpPaths).empty());
     }
     EXPECT_EQ(ids.size(), 2u);
     EXPECT_EQ(directory.names().size(), 4u);
@@ -51,7 +51,7 @@ TEST(PcmDump, OfAStreamWithASeekIsTwoCompleteSessions) {
 TEST(PcmDump, IsClosedWhenTheFilterGoes) {
     for (const Mode mode : {Mode::Inactive, Mode::Active}) {
         const DumpDirectory directory;
-        const int descriptorsBefore = openDescriptors();
+        const int descriptors_before = openDescriptors();
         LogCapture log;
         {
             FilterUnderTest filter(mode);
@@ -61,7 +61,7 @@ TEST(PcmDump, IsClosedWhenTheFilterGoes) {
             constexpr int kSlowDisk_ms = 20'000;
             ASSERT_NE(filter.pullPatiently(kSlowDisk_ms), nullptr);
         }
-        EXPECT_EQ(openDescriptors(), descriptorsBefore);
+        EXPECT_EQ(openDescriptors(), descriptors_before);
         ASSERT_EQ(directory.names().size(), 2u);
         for (const std::string& name : directory.names()) {
             EXPECT_EQ(log.count("32 sonivex: closed dump file " + name + ", total size: 4096 bytes"), 1);
@@ -83,10 +83,12 @@ TEST(PcmDump, IsToldInTheLogFromOpeningToClosing) {
     filter->flush();
     const auto in = dumpFileName("surround", "input", id);
     const auto out = dumpFileName("surround", "output", id);
-    const auto isOfDump = [](const std::string& line) { return line.find("sonivex: ") != std::string::npos; };
+    const auto is_of_dump = [](const std::string& line) {
+        return line.find("sonivex: ") != std::string::npos;
+    };
     std::vector<std::string> lines;
     for (const auto& line : log.lines()) {
-        if (isOfDump(line)) lines.push_back(line);
+        if (is_of_dump(line)) lines.push_back(line);
     }
     EXPECT_EQ(lines, (std::vector<std::string>{
                          "32 sonivex: using session ID: " + id,
@@ -114,7 +116,7 @@ TEST(PcmDump, CountsBeyond32Bits) {
     startDumping(filter, R"("enable_normalizer": true)");
     ASSERT_NE(filter.pass(makeFrame({.frames = 100}, noise(1))), nullptr);
     const auto name = dumpFileName("normalizer", "input", sessionOf(filter));
-    filter.field(Peer::dumpTotals)[name] = 5'000'000'000;  // as after hours of playback
+    filter.field(Peer::kDumpTotals)[name] = 5'000'000'000;  // as after hours of playback
     ASSERT_NE(filter.pass(makeFrame({.frames = 100}, noise(1))), nullptr);
     EXPECT_EQ(log.count("32 sonivex: dumped 400 bytes to " + directory.file(name) +
                         " (total: 5000000400 bytes, channels: 2, samples: 100)"),
@@ -127,23 +129,23 @@ TEST(PcmDump, CountsBeyond32Bits) {
 
 TEST(PcmDumpSession, IdsAreEightDigitsAllOverTheRange) {
     std::set<std::string> ids;
-    std::set<char> firstDigits;
+    std::set<char> first_digits;
     for (int i = 0; i < 400; ++i) {
-        const std::string id = Peer::generateSessionId();
+        const std::string id = Peer::kGenerateSessionId();
         ASSERT_EQ(id.size(), 8u) << id;
         for (const char digit : id) ASSERT_TRUE(std::isdigit(static_cast<unsigned char>(digit))) << id;
         ids.insert(id);
-        firstDigits.insert(id[0]);
+        first_digits.insert(id[0]);
     }
-    EXPECT_EQ(firstDigits, (std::set<char>{'1', '2', '3', '4', '5', '6', '7', '8', '9'}));
+    EXPECT_EQ(first_digits, (std::set<char>{'1', '2', '3', '4', '5', '6', '7', '8', '9'}));
     EXPECT_GT(ids.size(), 390u) << "the same one twice is rare";
 }
 
 TEST(PcmDumpSession, TakesAnotherIdWhenTheFileIsThere) {
     WithSystemFaults faults;
-    faults->randomNumbers = {1, 2};
-    const std::string taken = Peer::generateSessionId();
-    const std::string free = Peer::generateSessionId();
+    faults->random_numbers = {1, 2};
+    const std::string taken = Peer::kGenerateSessionId();
+    const std::string free = Peer::kGenerateSessionId();
     ASSERT_NE(taken, free);
     const DumpDirectory directory;
     const auto existing = directory.file(dumpFileName("normalizer", "input", taken));
@@ -151,7 +153,7 @@ TEST(PcmDumpSession, TakesAnotherIdWhenTheFileIsThere) {
     LogCapture log;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_normalizer": true)");
-    faults->randomNumbers = {1, 1, 1, 2};
+    faults->random_numbers = {1, 1, 1, 2};
     ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
     EXPECT_EQ(sessionOf(filter), free);
     EXPECT_EQ(readFile(existing), "somebody's");
@@ -161,17 +163,17 @@ TEST(PcmDumpSession, TakesAnotherIdWhenTheFileIsThere) {
 
 TEST(PcmDumpSession, KeepsTheLastOfElevenIdsThoughItsFileIsThere) {
     WithSystemFaults faults;
-    faults->randomNumbers = {1, 2};
-    const std::string taken = Peer::generateSessionId();
-    const std::string neverReached = Peer::generateSessionId();
+    faults->random_numbers = {1, 2};
+    const std::string taken = Peer::kGenerateSessionId();
+    const std::string never_reached = Peer::kGenerateSessionId();
     const DumpDirectory directory;
     const auto existing = directory.file(dumpFileName("normalizer", "input", taken));
     writeFile(existing, std::string(10'000, 'x'));
     LogCapture log;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_normalizer": true)");
-    faults->randomNumbers = std::deque<uint32_t>(11, 1);
-    faults->randomNumbers.push_back(2);
+    faults->random_numbers = std::deque<uint32_t>(11, 1);
+    faults->random_numbers.push_back(2);
     auto frame = makeFrame({}, noise(1));
     const auto in = samplesOf(*frame);
     ASSERT_NE(filter.pass(std::move(frame)), nullptr);
@@ -187,7 +189,7 @@ TEST(PcmDumpSession, KeepsTheLastOfElevenIdsThoughItsFileIsThere) {
 class HomeOf {
   public:
     explicit HomeOf(const char* home) {
-        if (const char* before = std::getenv("HOME")) mBefore = before;
+        if (const char* before = std::getenv("HOME")) before_ = before;
         if (home != nullptr) {
             setenv("HOME", home, 1);
         } else {
@@ -196,29 +198,29 @@ class HomeOf {
     }
     HomeOf(const HomeOf&) = delete;
     HomeOf& operator=(const HomeOf&) = delete;
-    ~HomeOf() { mBefore.empty() ? unsetenv("HOME") : setenv("HOME", mBefore.c_str(), 1); }
+    ~HomeOf() { before_.empty() ? unsetenv("HOME") : setenv("HOME", before_.c_str(), 1); }
 
   private:
-    std::string mBefore;
+    std::string before_;
 };
 
 TEST(PcmDumpDirectory, IsThePlayersPropertyElseDocumentsElseTmp) {
     {
         const HomeOf home("/somewhere");
-        EXPECT_EQ(Peer::getDumpDirectory(), "/somewhere/Documents");
+        EXPECT_EQ(Peer::kGetDumpDirectory(), "/somewhere/Documents");
         const DumpDirectory directory;
-        EXPECT_EQ(Peer::getDumpDirectory(), directory.path());
+        EXPECT_EQ(Peer::kGetDumpDirectory(), directory.path());
     }
     const HomeOf none(nullptr);
-    EXPECT_EQ(Peer::getDumpDirectory(), "/tmp");
+    EXPECT_EQ(Peer::kGetDumpDirectory(), "/tmp");
     const HomeOf empty("");
-    EXPECT_EQ(Peer::getDumpDirectory(), "/Documents");
+    EXPECT_EQ(Peer::kGetDumpDirectory(), "/Documents");
 }
 
 TEST(PcmDumpDirectory, DocumentsReceiveTheFilesOfAPlayerWithoutTheProperty) {
     const TemporaryFolder home;
     ASSERT_TRUE(std::filesystem::create_directory(home.file("Documents")));
-    const HomeOf atHome(home.path().c_str());
+    const HomeOf at_home(home.path().c_str());
     FilterUnderTest filter;
     startDumping(filter, R"("enable_normalizer": true)");
     ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
@@ -230,18 +232,18 @@ TEST(PcmDumpFile, IsTheOwnersToWriteAndNotInheritedByChildren) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_normalizer": true)");
-    const mode_t maskBefore = umask(0);
+    const mode_t mask_before = umask(0);
     const auto out = filter.pass(makeFrame({}, noise(1)));
-    umask(maskBefore);
+    umask(mask_before);
     ASSERT_NE(out, nullptr);
-    ASSERT_EQ(filter.field(Peer::dumpFds).size(), 2u);
-    for (const auto& [name, descriptor] : filter.field(Peer::dumpFds)) {
+    ASSERT_EQ(filter.field(Peer::kDumpFds).size(), 2u);
+    for (const auto& [name, descriptor] : filter.field(Peer::kDumpFds)) {
         EXPECT_EQ(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC) << name;
         EXPECT_EQ(fcntl(descriptor, F_GETFL) & O_ACCMODE, O_WRONLY) << name;
         struct stat status {};
         ASSERT_EQ(fstat(descriptor, &status), 0);
         EXPECT_EQ(status.st_mode & 07777u, 0644u) << name;
-        EXPECT_EQ(filter.field(Peer::dumpPaths)[name], directory.file(name));
+        EXPECT_EQ(filter.field(Peer::kDumpPaths)[name], directory.file(name));
     }
 }
 

@@ -137,7 +137,7 @@ TEST(PcmDump, OfAFrameThatTheEffectLosesIsItsInputAlone) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_normalizer": true)");
-    engineFaults().processResult = -2;
+    engineFaults().process_result = -2;
     EXPECT_EQ(filter.pass(makeFrame({.frames = 100}, noise(1))), nullptr);
     resetEngineFaults();
     EXPECT_EQ(directory.names(),
@@ -168,10 +168,10 @@ TEST(PcmDump, FollowsTheSwitchFrameByFrameWithinOneSession) {
     FilterUnderTest filter;
     filter.startNormalizer();
     Pcm in;
-    for (const bool isOn : {false, true, false, true}) {
-        filter.options(isOn ? R"({"enable_dump": true})" : R"({"enable_dump": false})");
-        auto frame = makeFrame({}, noise(isOn ? 1 : 2, 2000));
-        if (isOn) append(in, samplesOf(*frame));
+    for (const bool is_on : {false, true, false, true}) {
+        filter.options(is_on ? R"({"enable_dump": true})" : R"({"enable_dump": false})");
+        auto frame = makeFrame({}, noise(is_on ? 1 : 2, 2000));
+        if (is_on) append(in, samplesOf(*frame));
         ASSERT_NE(filter.pass(std::move(frame)), nullptr);
     }
     EXPECT_EQ(samplesInFile(directory.file(dumpFileName("normalizer", "input", sessionOf(filter)))), in);
@@ -197,7 +197,7 @@ TEST(PcmDump, OfNothingDoesNothing) {
     FilterUnderTest filter;
     const short samples[4] = {1, 2, 3, 4};
     const auto dump = [&](const short* pcm, int channels, int frames, const char* effect) {
-        ((*filter).*Peer::dumpPCMData)(pcm, channels, frames, effect, true);
+        ((*filter).*Peer::kDumpPcmData)(pcm, channels, frames, effect, true);
     };
     dump(nullptr, 2, 2, "surround");
     dump(samples, 2, 2, "");

@@ -87,24 +87,24 @@ TEST(SonivexPlugin, ComesBackAfterTooHighAFrameRate) {
                 if (samplesOf(avFrameOf(frame))[0] != 100) ++processed;
             });
         player->setOptions(R"({"enable_normalizer": true})");
-        const auto pushSome = [&player] {
+        const auto push_some = [&player] {
             for (int i = 0; i < 5; ++i) player->push(makeFrame({}, [](int, int) { return int16_t{100}; }));
             EXPECT_EQ(player->drain(), 0);
         };
         player->setVideoFps(25);
-        pushSome();
+        push_some();
         EXPECT_EQ(processed, 5u);
         player->setVideoFps(120);
         EXPECT_TRUE(player->isBypassed());
-        pushSome();
+        push_some();
         EXPECT_EQ(processed, 5u);
         player->setVideoFps(70);
         EXPECT_TRUE(player->isBypassed()) << "still too fast";
-        pushSome();
+        push_some();
         EXPECT_EQ(processed, 5u);
         player->setVideoFps(30);
         EXPECT_FALSE(player->isBypassed());
-        pushSome();
+        push_some();
         EXPECT_EQ(processed, 10u);
         EXPECT_EQ(player->counts().bypassed, 10u);
     }

@@ -65,12 +65,12 @@ TEST(FilterSurround, MonoSoundsLikeTheSameSoundOnBothSides) {
     FilterUnderTest stereo;
     startSurround(mono);
     startSurround(stereo);
-    const auto sameOnBothSides = [random = noise(7, 5000)](int frame, int) { return random(frame, 0); };
-    const auto fromMono = mono.pass(makeFrame(specOf(1, AV_SAMPLE_FMT_S16), sameOnBothSides));
-    const auto fromStereo = stereo.pass(makeFrame(specOf(2, AV_SAMPLE_FMT_S16), sameOnBothSides));
-    ASSERT_NE(fromMono, nullptr);
-    ASSERT_NE(fromStereo, nullptr);
-    EXPECT_EQ(samplesOf(avFrameOf(fromMono)), samplesOf(avFrameOf(fromStereo)));
+    const auto same_on_both_sides = [random = noise(7, 5000)](int frame, int) { return random(frame, 0); };
+    const auto from_mono = mono.pass(makeFrame(specOf(1, AV_SAMPLE_FMT_S16), same_on_both_sides));
+    const auto from_stereo = stereo.pass(makeFrame(specOf(2, AV_SAMPLE_FMT_S16), same_on_both_sides));
+    ASSERT_NE(from_mono, nullptr);
+    ASSERT_NE(from_stereo, nullptr);
+    EXPECT_EQ(samplesOf(avFrameOf(from_mono)), samplesOf(avFrameOf(from_stereo)));
 }
 
 TEST(FilterSurround, PassesRatesOnThatItsResponsesAreNotMadeFor) {
@@ -97,9 +97,9 @@ TEST(FilterSurround, AChangeOfTypeTakesEffectAfterTheNextFlush) {
     filter.options(R"({"surround_effect_type": "MegaBass", "surround_mode": 3})");
     EXPECT_EQ(samplesOf(avFrameOf(filter.pass(in()))), neutral.process(samples));
     filter->flush();
-    EXPECT_EQ(filter.field(Peer::surroundHandle), nullptr);
+    EXPECT_EQ(filter.field(Peer::kSurroundHandle), nullptr);
     EXPECT_EQ(samplesOf(avFrameOf(filter.pass(in()))), bass.process(samples));
-    EXPECT_EQ(engineFaults().surroundCreates, 2);
+    EXPECT_EQ(engineFaults().surround_creates, 2);
 }
 
 TEST(FilterSurround, EachEffectKeepsItsOwnHandleAndAFrameGoesThroughOneOnly) {
@@ -108,17 +108,17 @@ TEST(FilterSurround, EachEffectKeepsItsOwnHandleAndAFrameGoesThroughOneOnly) {
     startSurround(filter);
     LogCapture log;
     const auto in = [] { return makeFrame(specOf(6, AV_SAMPLE_FMT_FLTP), noise(2, 3000)); };
-    const auto channelsAfter = [&](const char* options) {
+    const auto channels_after = [&](const char* options) {
         filter.options(options);
         const auto out = filter.pass(in());
         return out ? avFrameOf(out)->ch_layout.nb_channels : 0;
     };
-    EXPECT_EQ(channelsAfter(R"({"enable_surround": true})"), 2);
-    EXPECT_EQ(channelsAfter(R"({"enable_normalizer": true})"), 6) << "the output graph follows the channels";
-    EXPECT_EQ(channelsAfter(R"({"enable_surround": true})"), 2);
-    EXPECT_EQ(engineFaults().surroundCreates, 1);
+    EXPECT_EQ(channels_after(R"({"enable_surround": true})"), 2);
+    EXPECT_EQ(channels_after(R"({"enable_normalizer": true})"), 6) << "the output graph follows the channels";
+    EXPECT_EQ(channels_after(R"({"enable_surround": true})"), 2);
+    EXPECT_EQ(engineFaults().surround_creates, 1);
     EXPECT_EQ(engineFaults().creates, 1);
-    EXPECT_EQ(engineFaults().channelsOfCalls.size(), 1u);
+    EXPECT_EQ(engineFaults().channels_of_calls.size(), 1u);
     EXPECT_EQ(
         log.count(
             "48 sonivex creating surround handler. channels=6, sampleRate=48000, type=1, mode=1, limiter=1"),
@@ -131,14 +131,14 @@ TEST(FilterSurround, AFailedCreationOrCallDropsTheFrameAndSaysSo) {
     startSurround(filter);
     LogCapture log;
     const auto in = [] { return makeFrame(specOf(2, AV_SAMPLE_FMT_S16), noise(2, 3000)); };
-    engineFaults().surroundCreatesToFail = 1;
+    engineFaults().surround_creates_to_fail = 1;
     EXPECT_EQ(filter.pass(in()), nullptr);
     EXPECT_EQ(log.count("24 sonivex createSurround failed!"), 1);
     EXPECT_NE(filter.pass(in()), nullptr);
-    engineFaults().surroundResult = -3;
+    engineFaults().surround_result = -3;
     EXPECT_EQ(filter.pass(in()), nullptr);
     EXPECT_EQ(log.count("16 sonivex ProcessSurround failed! ret=-3"), 1);
-    engineFaults().surroundResult = 0;
+    engineFaults().surround_result = 0;
     EXPECT_NE(filter.pass(in()), nullptr);
 }
 

@@ -11,7 +11,7 @@
 namespace test {
 namespace {
 
-thread_local SystemFaults* faultsInForce = nullptr;
+thread_local SystemFaults* faults_in_force = nullptr;
 
 bool takeOne(int& countdown) {
     if (countdown == 0) return false;
@@ -22,11 +22,11 @@ bool takeOne(int& countdown) {
 }  // namespace
 
 WithSystemFaults::WithSystemFaults() {
-    faultsInForce = &mFaults;
+    faults_in_force = &faults_;
 }
 
 WithSystemFaults::~WithSystemFaults() {
-    faultsInForce = nullptr;
+    faults_in_force = nullptr;
 }
 
 }  // namespace test
@@ -38,28 +38,28 @@ int __real_fsync(int file);
 unsigned __real__ZNSt13random_device9_M_getvalEv(void* device);
 
 ssize_t __wrap_write(int file, const void* data, size_t bytes) {
-    test::SystemFaults* faults = test::faultsInForce;
-    if (faults != nullptr && test::takeOne(faults->writesToInterrupt)) {
+    test::SystemFaults* faults = test::faults_in_force;
+    if (faults != nullptr && test::takeOne(faults->writes_to_interrupt)) {
         errno = EINTR;
         return -1;
     }
-    if (faults != nullptr && faults->writeError != 0) {
-        errno = faults->writeError;
+    if (faults != nullptr && faults->write_error != 0) {
+        errno = faults->write_error;
         return -1;
     }
     return __real_write(file, data, bytes);
 }
 
 int __wrap_fsync(int file) {
-    test::SystemFaults* faults = test::faultsInForce;
+    test::SystemFaults* faults = test::faults_in_force;
     if (faults == nullptr) return __real_fsync(file);
-    if (test::takeOne(faults->syncsToInterrupt)) {
+    if (test::takeOne(faults->syncs_to_interrupt)) {
         errno = EINTR;
         return -1;
     }
     ++faults->syncs;
-    if (faults->syncError != 0) {
-        errno = faults->syncError;
+    if (faults->sync_error != 0) {
+        errno = faults->sync_error;
         return -1;
     }
     return __real_fsync(file);
@@ -68,7 +68,7 @@ int __wrap_fsync(int file) {
 void __real_qf_msleep(int64_t milliseconds);
 
 void __wrap_qf_msleep(int64_t milliseconds) {
-    test::SystemFaults* faults = test::faultsInForce;
+    test::SystemFaults* faults = test::faults_in_force;
     if (faults == nullptr) return __real_qf_msleep(milliseconds);
     ++faults->sleeps;
 }
@@ -76,8 +76,8 @@ void __wrap_qf_msleep(int64_t milliseconds) {
 void __real__ZN6Vorlin8qfThread5startEv(Vorlin::qfThread* thread);
 
 void __wrap__ZN6Vorlin8qfThread5startEv(Vorlin::qfThread* thread) {
-    test::SystemFaults* faults = test::faultsInForce;
-    if (faults != nullptr && test::takeOne(faults->threadsToRefuse)) {
+    test::SystemFaults* faults = test::faults_in_force;
+    if (faults != nullptr && test::takeOne(faults->threads_to_refuse)) {
         throw std::system_error(EAGAIN, std::generic_category(), "no thread");
     }
     __real__ZN6Vorlin8qfThread5startEv(thread);
@@ -85,11 +85,11 @@ void __wrap__ZN6Vorlin8qfThread5startEv(Vorlin::qfThread* thread) {
 
 // A member function takes its object as a plain first argument on every system that this is built for.
 unsigned __wrap__ZNSt13random_device9_M_getvalEv(void* device) {
-    test::SystemFaults* faults = test::faultsInForce;
-    if (faults != nullptr && faults->hasNoRandomness) throw std::runtime_error("no randomness");
-    if (faults != nullptr && !faults->randomNumbers.empty()) {
-        const uint32_t number = faults->randomNumbers.front();
-        faults->randomNumbers.pop_front();
+    test::SystemFaults* faults = test::faults_in_force;
+    if (faults != nullptr && faults->has_no_randomness) throw std::runtime_error("no randomness");
+    if (faults != nullptr && !faults->random_numbers.empty()) {
+        const uint32_t number = faults->random_numbers.front();
+        faults->random_numbers.pop_front();
         return number;
     }
     return __real__ZNSt13random_device9_M_getvalEv(device);

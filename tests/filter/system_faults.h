@@ -7,15 +7,15 @@ namespace test {
 
 /** Makes what the filter asks of the system fail on demand, on the calling thread, and counts. */
 struct SystemFaults {
-    int writesToInterrupt = 0;  ///< by a signal, before anything is written
-    int writeError = 0;         ///< errno of every write; 0: they go through
-    int syncsToInterrupt = 0;
-    int syncError = 0;        ///< errno of every fsync; 0: they go through
-    int syncs = 0;            ///< fsync calls so far
-    int threadsToRefuse = 0;  ///< qfThreads that do not start
-    int sleeps = 0;           ///< qf_msleep calls so far; none of them takes its time
-    bool hasNoRandomness = false;
-    std::deque<uint32_t> randomNumbers{};  ///< given out instead of random ones, as far as they go
+    int writes_to_interrupt = 0;  // by a signal, before anything is written
+    int write_error = 0;          // errno of every write; 0: they go through
+    int syncs_to_interrupt = 0;
+    int sync_error = 0;         // errno of every fsync; 0: they go through
+    int syncs = 0;              // fsync calls so far
+    int threads_to_refuse = 0;  // qfThreads that do not start
+    int sleeps = 0;             // qf_msleep calls so far; none of them takes its time
+    bool has_no_randomness = false;
+    std::deque<uint32_t> random_numbers{};  // given out instead of random ones, as far as they go
 };
 
 /** In force while it lives. One at a time. */
@@ -25,10 +25,10 @@ class WithSystemFaults {
     ~WithSystemFaults();
     WithSystemFaults(const WithSystemFaults&) = delete;
     WithSystemFaults& operator=(const WithSystemFaults&) = delete;
-    SystemFaults* operator->() { return &mFaults; }
+    SystemFaults* operator->() { return &faults_; }
 
   private:
-    SystemFaults mFaults;
+    SystemFaults faults_;
 };
 
 }  // namespace test

@@ -41,9 +41,9 @@ TEST(FilterThreads, AnActiveFilterAddsOneThreadOfItsNameHoweverMuchItConverts) {
             const auto out = filter.pass(makeFrame({.format = format, .channels = 8}, noise(1)));
             ASSERT_NE(out, nullptr);
         }
-        EXPECT_NE(filter.field(Peer::filterGraph), nullptr)
+        EXPECT_NE(filter.field(Peer::kFilterGraph), nullptr)
             << "both graphs are alive while the threads are counted";
-        EXPECT_NE(filter.field(Peer::outFilterGraph), nullptr);
+        EXPECT_NE(filter.field(Peer::kOutFilterGraph), nullptr);
         auto expected = before;
         expected.insert("SonivexFilter");
         EXPECT_EQ(threadNames(), expected);
@@ -76,7 +76,7 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
         given != nullptr ? static_cast<uint32_t>(std::stoul(given)) : std::random_device{}();
     std::cerr << "seed " << seed << std::endl;
     std::mt19937 random(seed);
-    const auto chance = [&random](unsigned oneIn) { return random() % oneIn == 0; };
+    const auto chance = [&random](unsigned one_in) { return random() % one_in == 0; };
     const char* const options[] = {
         R"({"enable_normalizer": true})",
         R"({"enable_surround": true})",
@@ -89,7 +89,7 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
         R"({"enable_dialoguenhance": true, "enable_dump": true})",
     };
     const auto formats = allSampleFormats();
-    const int channelCounts[] = {1, 2, 3, 6, 8};
+    const int channel_counts[] = {1, 2, 3, 6, 8};
     const int rates_hz[] = {16000, 44100, 48000, 96000};
 
     const DumpDirectory dumps;
@@ -103,10 +103,10 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
     // A dump is rare and may keep chance longer than the soak lasts.
-    const auto isOver = [&](Clock::duration since) {
+    const auto is_over = [&](Clock::duration since) {
         return since >= 10 * soakTime() || (since >= soakTime() && !dumps.names().empty());
     };
-    while (!isOver(Clock::now() - start)) {
+    while (!is_over(Clock::now() - start)) {
         std::unique_ptr<IQFFrame> frame = makeFrame(spec, noise(static_cast<uint32_t>(random())));
         pushed += filter->push(frame, 0) == 0 ? 1u : 0u;
         std::unique_ptr<IQFFrame> out;
@@ -128,7 +128,7 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
         }
         if (chance(150)) {  // another stream, with the flush that belongs to it or without
             spec = {.format = formats[random() % formats.size()],
-                    .channels = channelCounts[random() % std::size(channelCounts)],
+                    .channels = channel_counts[random() % std::size(channel_counts)],
                     .rate_hz = rates_hz[random() % std::size(rates_hz)],
                     .frames = static_cast<int>(1 + random() % 2000)};
             if (chance(2)) filter->flush();
@@ -148,7 +148,7 @@ TEST(FilterThreads, DumpInputAndOutputInPairsHoweverTheSwitchMovesAndTheStreamIs
     const DumpDirectory dumps;
     FilterUnderTest filter(Mode::Active);
     std::vector<std::unique_ptr<IQFFrame>> out;
-    uintmax_t dumpedBytes = 0;
+    uintmax_t dumped_bytes = 0;
     for (int session = 0; session < 12; ++session) {
         filter.startNormalizer();
         for (uint32_t i = 0; i < 12; ++i) {
@@ -164,14 +164,14 @@ TEST(FilterThreads, DumpInputAndOutputInPairsHoweverTheSwitchMovesAndTheStreamIs
             sizes[name] = std::filesystem::file_size(dumps.file(name));
         for (auto [name, size] : sizes) {
             EXPECT_EQ(size % kFrameBytes, 0u) << name;
-            dumpedBytes += size;
+            dumped_bytes += size;
             const auto stage = name.find("_input_");
             if (stage == std::string::npos) continue;
             const auto output = std::string(name).replace(stage, std::strlen("_input_"), "_output_");
             EXPECT_EQ(sizes[output], size) << name;
         }
     }
-    EXPECT_GT(dumpedBytes, 10 * kFrameBytes);
+    EXPECT_GT(dumped_bytes, 10 * kFrameBytes);
 }
 
 }  // namespace

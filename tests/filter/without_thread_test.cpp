@@ -21,14 +21,14 @@ constexpr char kNoThread[] =
 // A frame that the filter passes on, which tells the thread that looked at it.
 class WatchingFrame : public IQFFrame {
   public:
-    explicit WatchingFrame(std::atomic<std::thread::id>& reader) : mReader(reader) {}
+    explicit WatchingFrame(std::atomic<std::thread::id>& reader) : reader_(reader) {}
     audioInfo& getInfo() override {
-        mReader = std::this_thread::get_id();
+        reader_ = std::this_thread::get_id();
         return IQFFrame::getInfo();
     }
 
   private:
-    std::atomic<std::thread::id>& mReader;
+    std::atomic<std::thread::id>& reader_;
 };
 
 std::thread::id threadThatWorks(FilterUnderTest& filter) {
@@ -40,10 +40,10 @@ std::thread::id threadThatWorks(FilterUnderTest& filter) {
 TEST(WithoutAThread, AnActiveFilterWorksInsidePush) {
     LogCapture log;
     WithSystemFaults faults;
-    faults->threadsToRefuse = 1;
+    faults->threads_to_refuse = 1;
     FilterUnderTest filter(Mode::Active);
     EXPECT_EQ(log.count(kNoThread), 1);
-    EXPECT_EQ(filter.field(Peer::thread), nullptr);
+    EXPECT_EQ(filter.field(Peer::kThread), nullptr);
     filter.startNormalizer();
     DirectNormalizer engine(2);
     for (uint32_t seed = 0; seed < 4; ++seed) {
@@ -60,13 +60,13 @@ TEST(WithoutAThread, AnActiveFilterWorksInsidePush) {
 
 TEST(WithoutAThread, AFilterThatWorksInsidePushIsFlushedAndDestroyedAsAnyOther) {
     WithSystemFaults faults;
-    faults->threadsToRefuse = 1;
+    faults->threads_to_refuse = 1;
     FilterUnderTest filter(Mode::Active);
     filter.startNormalizer();
     ASSERT_NE(filter.pass(makeFrame({.format = AV_SAMPLE_FMT_FLTP}, noise(1))), nullptr);
     filter->flush();
-    EXPECT_EQ(filter.field(Peer::normalizerHandle), nullptr);
-    EXPECT_EQ(filter.field(Peer::thread), nullptr)
+    EXPECT_EQ(filter.field(Peer::kNormalizerHandle), nullptr);
+    EXPECT_EQ(filter.field(Peer::kThread), nullptr)
         << "a flush starts the worker that was there, and no other";
     ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
 }
@@ -74,7 +74,7 @@ TEST(WithoutAThread, AFilterThatWorksInsidePushIsFlushedAndDestroyedAsAnyOther) 
 TEST(WithoutAThread, ALaterInitTriesAgainAndTheWorkerTakesOver) {
     LogCapture log;
     WithSystemFaults faults;
-    faults->threadsToRefuse = 2;
+    faults->threads_to_refuse = 2;
     FilterUnderTest filter(Mode::Active);
     EXPECT_TRUE(filter->init(0));
     EXPECT_EQ(log.count(kNoThread), 2);
@@ -88,7 +88,7 @@ TEST(WithoutAThread, ALaterInitTriesAgainAndTheWorkerTakesOver) {
     }
     EXPECT_TRUE(filter->init(0));
     EXPECT_EQ(log.count(kNoThread), 2);
-    ASSERT_NE(filter.field(Peer::thread), nullptr);
+    ASSERT_NE(filter.field(Peer::kThread), nullptr);
     for (const std::vector<int16_t>& samples : expected) {
         const auto out = filter.pullPatiently();
         ASSERT_NE(out, nullptr);

@@ -13,12 +13,12 @@ using Vorlin::IQFFrame;
 // What must be the same for a frame that was passed on.
 struct Fingerprint {
     explicit Fingerprint(const std::unique_ptr<IQFFrame>& frame) {
-        const AVFrame* avFrame = avFrameOf(frame);
+        const AVFrame* av_frame = avFrameOf(frame);
         identity = frame.get();
-        av = avFrame;
-        data = avFrame->extended_data[0];
-        format = avFrame->format;
-        samples = samplesOf(avFrame);
+        av = av_frame;
+        data = av_frame->extended_data[0];
+        format = av_frame->format;
+        samples = samplesOf(av_frame);
         const IQFFrame::audioInfo& info = frame->getInfo();
         description = {info.format, info.channels, info.sample_rate, info.nb_samples,
                        static_cast<int64_t>(info.channel_layout)};
@@ -115,7 +115,7 @@ TEST(WorkerLoop, PassesEverythingButStereoOnWhenDialogueIsEnabled) {
         expectPassedOn(filter, quietNoise({.channels = channels}), std::to_string(channels) + " channels");
     for (const int rate_hz : {16000, 32000, 96000})
         expectPassedOn(filter, quietNoise({.rate_hz = rate_hz}), std::to_string(rate_hz) + " Hz");
-    EXPECT_EQ(filter.field(Peer::filterGraph), nullptr) << "passed on before conversion";
+    EXPECT_EQ(filter.field(Peer::kFilterGraph), nullptr) << "passed on before conversion";
 }
 
 TEST(WorkerLoop, OneCallWorksThroughWhatIsQueuedAndStopsAtAFrameItPassesOn) {
@@ -123,19 +123,19 @@ TEST(WorkerLoop, OneCallWorksThroughWhatIsQueuedAndStopsAtAFrameItPassesOn) {
     Vorlin::sonivexFilter filter({}, {}, true);
     filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
     filter.setInvalid(false);
-    const auto queueTwo = [&filter](int channels) {
+    const auto queue_two = [&filter](int channels) {
         for (int i = 0; i < 2; ++i) {
             std::unique_ptr<IQFFrame> frame = quietNoise({.channels = channels});
             EXPECT_EQ(filter.push(frame, 0), 0);
         }
     };
-    queueTwo(2);
-    EXPECT_EQ((filter.*Peer::filterLoop)(), 0);
-    EXPECT_EQ((filter.*Peer::outQueue).sizeForConsumer(), 2u);
+    queue_two(2);
+    EXPECT_EQ((filter.*Peer::kFilterLoop)(), 0);
+    EXPECT_EQ((filter.*Peer::kOutQueue).sizeForConsumer(), 2u);
     filter.flush();
-    queueTwo(3);
-    EXPECT_EQ((filter.*Peer::filterLoop)(), 0);
-    EXPECT_EQ((filter.*Peer::outQueue).sizeForConsumer(), 1u);
+    queue_two(3);
+    EXPECT_EQ((filter.*Peer::kFilterLoop)(), 0);
+    EXPECT_EQ((filter.*Peer::kOutQueue).sizeForConsumer(), 1u);
 }
 
 TEST(WorkerLoop, ANullFrameIsLoggedAndPassedOn) {
@@ -152,12 +152,12 @@ TEST(WorkerLoop, ANullFrameIsLoggedAndPassedOn) {
 
 TEST(WorkerLoop, AFrameWithoutAnAvFrameIsLoggedAndPassedOn) {
     struct OtherFrame : IQFFrame {};
-    for (const bool isOtherClass : {false, true}) {
+    for (const bool is_other_class : {false, true}) {
         LogCapture log;
         FilterUnderTest filter;
         filter.startNormalizer();
         std::unique_ptr<IQFFrame> frame;
-        if (isOtherClass) {
+        if (is_other_class) {
             frame = std::make_unique<OtherFrame>();
         } else {
             frame = std::make_unique<AVQFFrame>(nullptr);
@@ -174,9 +174,9 @@ TEST(WorkerLoop, AFrameWithoutAnAvFrameIsLoggedAndPassedOn) {
 // ------------------------------------------------------------------------------------
 
 struct CountedFrame : IQFFrame {
-    explicit CountedFrame(int& alive) : mAlive(alive) { ++mAlive; }
-    ~CountedFrame() override { --mAlive; }
-    int& mAlive;
+    explicit CountedFrame(int& count) : alive(count) { ++alive; }
+    ~CountedFrame() override { --alive; }
+    int& alive;
 };
 
 TEST(Flush, DestroysEveryFrameInBothQueues) {
@@ -208,17 +208,17 @@ TEST(Flush, ForgetsHandlesGraphsAndFormat) {
     FilterUnderTest filter;
     filter.startNormalizer();
     ASSERT_NE(filter.pass(quietNoise({.format = AV_SAMPLE_FMT_FLTP})), nullptr);
-    EXPECT_NE(filter.field(Peer::normalizerHandle), nullptr);
-    EXPECT_NE(filter.field(Peer::filterGraph), nullptr);
-    EXPECT_NE(filter.field(Peer::outFilterGraph), nullptr);
-    EXPECT_EQ(filter.field(Peer::srcFormat), AV_SAMPLE_FMT_FLTP);
-    EXPECT_EQ(filter.field(Peer::outChannels), 2);
+    EXPECT_NE(filter.field(Peer::kNormalizerHandle), nullptr);
+    EXPECT_NE(filter.field(Peer::kFilterGraph), nullptr);
+    EXPECT_NE(filter.field(Peer::kOutFilterGraph), nullptr);
+    EXPECT_EQ(filter.field(Peer::kSrcFormat), AV_SAMPLE_FMT_FLTP);
+    EXPECT_EQ(filter.field(Peer::kOutChannels), 2);
     filter->flush();
-    EXPECT_EQ(filter.field(Peer::normalizerHandle), nullptr);
-    EXPECT_EQ(filter.field(Peer::filterGraph), nullptr);
-    EXPECT_EQ(filter.field(Peer::outFilterGraph), nullptr);
-    EXPECT_EQ(filter.field(Peer::srcFormat), -1);
-    EXPECT_EQ(filter.field(Peer::outChannels), -1);
+    EXPECT_EQ(filter.field(Peer::kNormalizerHandle), nullptr);
+    EXPECT_EQ(filter.field(Peer::kFilterGraph), nullptr);
+    EXPECT_EQ(filter.field(Peer::kOutFilterGraph), nullptr);
+    EXPECT_EQ(filter.field(Peer::kSrcFormat), -1);
+    EXPECT_EQ(filter.field(Peer::kOutChannels), -1);
 }
 
 TEST(Flush, OfAFilterWithoutHandlesLogsNothing) {

@@ -15,13 +15,13 @@ extern "C" {
 namespace Vorlin {
 namespace {
 
-AVFrame* makeFrame(AVSampleFormat format, const char* layoutName, int rateHz, int frames) {
+AVFrame* makeFrame(AVSampleFormat format, const char* layout_name, int rate_hz, int frames) {
     AVFrame* frame = av_frame_alloc();
     frame->format = format;
-    frame->sample_rate = rateHz;
+    frame->sample_rate = rate_hz;
     frame->nb_samples = frames;
     AVChannelLayout layout{};
-    EXPECT_EQ(av_channel_layout_from_string(&layout, layoutName), 0);
+    EXPECT_EQ(av_channel_layout_from_string(&layout, layout_name), 0);
     EXPECT_EQ(av::setFrameLayout(frame, layout), 0);
     av_channel_layout_uninit(&layout);
     EXPECT_EQ(av_frame_get_buffer(frame, 0), 0);

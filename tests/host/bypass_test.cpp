@@ -12,7 +12,7 @@ class PlayerBypass : public PlayerFixture {
     // What the player says and what it told the filter must agree.
     void expectBypassed(const Player& player, bool expected) const {
         EXPECT_EQ(player.isBypassed(), expected);
-        EXPECT_EQ(script->isInvalid, expected);
+        EXPECT_EQ(script_->is_invalid, expected);
     }
 };
 INSTANTIATE_TEST_SUITE_P(Filter, PlayerBypass, testing::Bool(), activity);
@@ -29,9 +29,9 @@ TEST_P(PlayerBypass, PassesFramesThroughUntouchedWhileTheListenerWantsIt) {
     expectBypassed(*player, false);
     pushFrames(*player, 5);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(script->processed, 8);
+    EXPECT_EQ(script_->processed, 8);
     EXPECT_EQ(player->counts().bypassed, 4u);
-    EXPECT_EQ(numbersOut, firstNumbers(12));
+    EXPECT_EQ(numbers_out_, firstNumbers(12));
 }
 
 TEST_P(PlayerBypass, MakesANewFilterValid) {
@@ -85,10 +85,10 @@ TEST_P(PlayerBypass, IsNotMadeValidForANewRateWhileTheListenerBypasses) {
     const auto player = makePlayer();
     player->setVideoFps(120);
     player->setBypass(true);
-    const int timesMadeValid = script->timesMadeValid;
+    const int times_made_valid = script_->times_made_valid;
     player->setVideoFps(30);
     player->setVideoFps(120);
-    EXPECT_EQ(script->timesMadeValid, timesMadeValid) << "frames could slip through the effect";
+    EXPECT_EQ(script_->times_made_valid, times_made_valid) << "frames could slip through the effect";
     player->setBypass(false);
     expectBypassed(*player, true);
 }
@@ -102,33 +102,33 @@ TEST_P(PlayerBypass, EndsNothingThatNeverBegan) {
 }
 
 TEST_P(PlayerBypass, StaysAwayAfterAnOverloadUntilToldToTryAgain) {
-    script->overloadFromMs = 0;
+    script_->overload_from_ms = 0;
     const auto player = makePlayer();
     player->setVideoFps(25);
     pushFrames(*player, 1);
     EXPECT_EQ(player->drain(), 0);
     expectBypassed(*player, true);
-    EXPECT_EQ(script->samplesMs.size(), 1u);
+    EXPECT_EQ(script_->samples_ms.size(), 1u);
 
     player->setVideoFps(24);
     expectBypassed(*player, true);
     player->seek();
     pushFrames(*player, 3);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(script->samplesMs.size(), 1u) << "a bypassed filter was fed";
+    EXPECT_EQ(script_->samples_ms.size(), 1u) << "a bypassed filter was fed";
     EXPECT_EQ(player->counts().bypassed, 3u);
 
-    script->overloadFromMs = std::numeric_limits<uint64_t>::max();
+    script_->overload_from_ms = std::numeric_limits<uint64_t>::max();
     player->retryAfterOverload();
     expectBypassed(*player, false);
     pushFrames(*player, 2);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(script->processed, 3);
+    EXPECT_EQ(script_->processed, 3);
     EXPECT_EQ(player->counts().bypassed, 3u);
 }
 
 TEST_P(PlayerBypass, RemembersARateThatRoseDuringAnOverload) {
-    script->overloadFromMs = 0;
+    script_->overload_from_ms = 0;
     const auto player = makePlayer();
     player->setVideoFps(25);
     pushFrames(*player, 1);
@@ -159,7 +159,7 @@ TEST_P(PlayerBypass, WritesNumbersSoThatEveryLocaleReadsThemAlike) {
     const auto player = makePlayer();
     player->setVideoFps(29.97);
     player->setSpeed(0.5);
-    EXPECT_THAT(script->options, testing::ElementsAre("video_fps=29.97", "player_speed=0.5"));
+    EXPECT_THAT(script_->options, testing::ElementsAre("video_fps=29.97", "player_speed=0.5"));
 }
 
 }  // namespace

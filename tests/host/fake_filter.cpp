@@ -8,10 +8,10 @@ namespace Vorlin::test {
 
 namespace {
 
-constexpr int TRY_AGAIN = -35;
-constexpr int GIVEN_UP = -1;
-constexpr int FIRST_PRODUCT_OVER = 62;
-constexpr int64_t IDLE_MS = 2;
+constexpr int kTryAgain = -35;
+constexpr int kGivenUp = -1;
+constexpr int kFirstProductOver = 62;
+constexpr int64_t kIdle_ms = 2;
 
 bool isFence(const IQFFrame& frame) {
     return dynamic_cast<const NumberedFrame*>(&frame) == nullptr;
@@ -19,62 +19,62 @@ bool isFence(const IQFFrame& frame) {
 
 }  // namespace
 
-FakeFilter::FakeFilter(std::string supportedName, std::shared_ptr<Script> script)
-    : mSupportedName(std::move(supportedName)), mScript(std::move(script)), mIsPrototype(true) {
+FakeFilter::FakeFilter(std::string supported_name, std::shared_ptr<Script> script)
+    : supported_name_(std::move(supported_name)), script_(std::move(script)), is_prototype_(true) {
     addPrototype(this);
 }
 
 FakeFilter::FakeFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active,
                        std::shared_ptr<Script> script)
-    : IAudioFilter(src, dst, active), mScript(std::move(script)) {}
+    : IAudioFilter(src, dst, active), script_(std::move(script)) {}
 
 FakeFilter::~FakeFilter() {
-    mThread.reset();
-    if (!mIsPrototype) mScript->isDestroyed = true;
+    thread_.reset();
+    if (!is_prototype_) script_->is_destroyed = true;
 }
 
 IAudioFilter* FakeFilter::clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) {
-    return new FakeFilter(src, dst, active, mScript);
+    return new FakeFilter(src, dst, active, script_);
 }
 
 bool FakeFilter::init(uint64_t) {
-    if (!mScript->initSucceeds) return false;
+    if (!script_->init_succeeds) return false;
     if (mActive) {
-        mThread = std::make_unique<qfThread>([this] { return loop(); }, NAME);
-        mScript->workerClock = mThread->clock();
-        mThread->start();
+        thread_ = std::make_unique<qfThread>([this] { return loop(); }, kName);
+        script_->worker_clock = thread_->clock();
+        thread_->start();
     }
     return true;
 }
 
 bool FakeFilter::setOption(const std::string& key, const std::string& value, const std::string&) {
-    mScript->options.push_back(key + "=" + value);
+    script_->options.push_back(key + "=" + value);
     if (key == VIDEO_FPS_OPTION) {
-        mFps = static_cast<int>(std::stod(value));
-        mOverFps = isOverFps();
+        fps_ = static_cast<int>(std::stod(value));
+        over_fps_ = isOverFps();
     } else if (key == PLAYER_SPEED_OPTION) {
-        mSpeed = static_cast<int>(std::stof(value));
-        mOverFps = isOverFps();
+        speed_ = static_cast<int>(std::stof(value));
+        over_fps_ = isOverFps();
     }
     return key != FILTER_OPTION || !value.empty();
 }
 
 int FakeFilter::push(std::unique_ptr<IQFFrame>& frame, uint64_t) {
-    int result = TRY_AGAIN;
+    int result = kTryAgain;
     {
-        const std::lock_guard lock(mMutex);
-        if (mIn.size() <= 1 && mOut.size() < 3) {
+        const std::lock_guard lock(mutex_);
+        if (in_.size() <= 1 && out_.size() < 3) {
             if (isFence(*frame)) {
-                mScript->fences.push_back(frame->getInfo());
-                const auto* avFrame = dynamic_cast<AVQFFrame*>(frame.get());
-                if (avFrame == nullptr || static_cast<AVFrame*>(*avFrame) == nullptr) {
-                    mScript->fencesHoldSamples = false;
+                script_->fences.push_back(frame->getInfo());
+                const auto* av_frame = dynamic_cast<AVQFFrame*>(frame.get());
+                if (av_frame == nullptr || static_cast<AVFrame*>(*av_frame) == nullptr) {
+                    script_->fences_hold_samples = false;
                 }
             }
-            mIn.push_back(std::move(frame));
+            in_.push_back(std::move(frame));
             result = 0;
         } else {
-            ++mScript->refusals;
+            ++script_->refusals;
         }
     }
     if (!mActive) loop();
@@ -82,62 +82,62 @@ int FakeFilter::push(std::unique_ptr<IQFFrame>& frame, uint64_t) {
 }
 
 int FakeFilter::pull(std::unique_ptr<IQFFrame>& frame, uint64_t) {
-    const std::lock_guard lock(mMutex);
-    if (mOut.empty()) return TRY_AGAIN;
-    frame = std::move(mOut.front());
-    mOut.pop_front();
+    const std::lock_guard lock(mutex_);
+    if (out_.empty()) return kTryAgain;
+    frame = std::move(out_.front());
+    out_.pop_front();
     return 0;
 }
 
 void FakeFilter::flush() {
-    ++mScript->flushes;
-    if (mThread) mThread->pause();
-    mIn.clear();
-    mOut.clear();
-    if (mThread) mThread->start();
+    ++script_->flushes;
+    if (thread_) thread_->pause();
+    in_.clear();
+    out_.clear();
+    if (thread_) thread_->start();
 }
 
 std::unique_ptr<IQFFrame> FakeFilter::take() {
-    const std::lock_guard lock(mMutex);
-    if (mScript->isStuck || mIn.empty() || mOut.size() > 1) return nullptr;
-    auto frame = std::move(mIn.front());
-    mIn.pop_front();
+    const std::lock_guard lock(mutex_);
+    if (script_->is_stuck || in_.empty() || out_.size() > 1) return nullptr;
+    auto frame = std::move(in_.front());
+    in_.pop_front();
     return frame;
 }
 
 // @return false when the frame is given up.
 bool FakeFilter::treat(const IQFFrame& frame) {
     const auto* numbered = dynamic_cast<const NumberedFrame*>(&frame);
-    if (numbered == nullptr) return !mScript->eatsFences;
-    if (mInvalid) return true;
-    if (!mScript->keeps(*numbered)) return false;
-    mScript->work();
-    ++mScript->processed;
+    if (numbered == nullptr) return !script_->eats_fences;
+    if (invalid_) return true;
+    if (!script_->keeps(*numbered)) return false;
+    script_->work();
+    ++script_->processed;
     return true;
 }
 
 int FakeFilter::loop() {
-    if (mScript->runsToSkip > 0) {
-        --mScript->runsToSkip;
+    if (script_->runs_to_skip > 0) {
+        --script_->runs_to_skip;
         return 0;
     }
-    for (int taken = 0; taken < mScript->framesPerRun; ++taken) {
+    for (int taken = 0; taken < script_->frames_per_run; ++taken) {
         auto frame = take();
         if (!frame) {
-            if (mActive) qf_msleep(IDLE_MS);
+            if (mActive) qf_msleep(kIdle_ms);
             return 0;
         }
-        if (!treat(*frame)) return GIVEN_UP;
-        const std::lock_guard lock(mMutex);
-        mOut.push_back(std::move(frame));
+        if (!treat(*frame)) return kGivenUp;
+        const std::lock_guard lock(mutex_);
+        out_.push_back(std::move(frame));
     }
     return 0;
 }
 
 void FakeFilter::setInvalid(bool invalid) {
-    mInvalid = invalid;
-    mScript->isInvalid = invalid;
-    if (!invalid) ++mScript->timesMadeValid;
+    invalid_ = invalid;
+    script_->is_invalid = invalid;
+    if (!invalid) ++script_->times_made_valid;
 }
 
 void FakeFilter::send(const char* event) {
@@ -145,14 +145,14 @@ void FakeFilter::send(const char* event) {
 }
 
 bool FakeFilter::isOverFps() {
-    const bool isOver = mSpeed * mFps >= FIRST_PRODUCT_OVER;
-    if (!mInvalid && isOver != mOverFps) send(isOver ? FILTER_INVALID_OVER_FPS : FILTER_VALID_RECOVERY);
-    return isOver;
+    const bool is_over = speed_ * fps_ >= kFirstProductOver;
+    if (!invalid_ && is_over != over_fps_) send(is_over ? FILTER_INVALID_OVER_FPS : FILTER_VALID_RECOVERY);
+    return is_over;
 }
 
 void FakeFilter::checkTimeConsume(uint64_t elapsed) {
-    mScript->samplesMs.push_back(elapsed);
-    if (mInvalid || elapsed < mScript->overloadFromMs) return;
+    script_->samples_ms.push_back(elapsed);
+    if (invalid_ || elapsed < script_->overload_from_ms) return;
     setInvalid(true);
     send(FILTER_INVALID_PERFORMANCE);
 }

@@ -19,42 +19,42 @@ namespace Vorlin::test {
 /** A frame that is known again by its number. */
 class NumberedFrame final : public IQFFrame {
   public:
-    NumberedFrame(int frameNumber, const audioInfo& info) : IQFFrame(info), number(frameNumber) {}
+    NumberedFrame(int frame_number, const audioInfo& info) : IQFFrame(info), number(frame_number) {}
     const int number;
 };
 
 /** What a FakeFilter does, and what it saw. Shared by the test and the clone; set it before frames flow. */
 struct Script {
     std::function<bool(const NumberedFrame&)> keeps = [](const NumberedFrame&) { return true; };
-    std::function<void()> work = [] {};  ///< for each frame that is neither bypassed nor given up
-    bool initSucceeds = true;
-    bool eatsFences = false;
-    int framesPerRun = std::numeric_limits<int>::max();  ///< an inactive filter's run ends after so many
-    uint64_t overloadFromMs = std::numeric_limits<uint64_t>::max();  ///< a sample that trips the load guard
-    std::atomic<bool> isStuck{false};                                ///< nothing moves inside
-    std::atomic<int> runsToSkip{0};                                  ///< so many runs do nothing
+    std::function<void()> work = [] {};  // for each frame that is neither bypassed nor given up
+    bool init_succeeds = true;
+    bool eats_fences = false;
+    int frames_per_run = std::numeric_limits<int>::max();  // an inactive filter's run ends after so many
+    uint64_t overload_from_ms = std::numeric_limits<uint64_t>::max();  // a sample that trips the load guard
+    std::atomic<bool> is_stuck{false};                                 // nothing moves inside
+    std::atomic<int> runs_to_skip{0};                                  // so many runs do nothing
 
     std::atomic<int> processed{0};
-    int refusals = 0;  ///< pushes answered "try again"
+    int refusals = 0;  // pushes answered "try again"
     int flushes = 0;
-    bool isInvalid = true;
-    int timesMadeValid = 0;
-    bool isDestroyed = false;
-    std::vector<IQFFrame::audioInfo> fences;  ///< frames pushed that are not the test's
-    bool fencesHoldSamples = true;
-    std::vector<uint64_t> samplesMs;  ///< what checkTimeConsume was told
+    bool is_invalid = true;
+    int times_made_valid = 0;
+    bool is_destroyed = false;
+    std::vector<IQFFrame::audioInfo> fences;  // frames pushed that are not the test's
+    bool fences_hold_samples = true;
+    std::vector<uint64_t> samples_ms;  // what checkTimeConsume was told
     std::vector<std::string> options;
-    std::shared_ptr<const qfThreadClock> workerClock;
+    std::shared_ptr<const QfThreadClock> worker_clock;
 };
 
 /** A filter with the queues, the loop and the load guard's events of a real one, whose processing is a
  *  script. */
 class FakeFilter final : public IAudioFilter, public filterPrototype {
   public:
-    static constexpr char NAME[] = "FakeFilter";
+    static constexpr char kName[] = "FakeFilter";
 
-    /** The prototype, registered under `supportedName`. */
-    FakeFilter(std::string supportedName, std::shared_ptr<Script> script);
+    /** The prototype, registered under `supported_name`. */
+    FakeFilter(std::string supported_name, std::shared_ptr<Script> script);
     FakeFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active,
                std::shared_ptr<Script> script);
     ~FakeFilter() override;
@@ -64,8 +64,8 @@ class FakeFilter final : public IAudioFilter, public filterPrototype {
     int push(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
     int pull(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
     void flush() override;
-    std::string getName() override { return NAME; }
-    bool is_supported(const std::string& name, int, int, int) override { return name == mSupportedName; }
+    std::string getName() override { return kName; }
+    bool is_supported(const std::string& name, int, int, int) override { return name == supported_name_; }
     IAudioFilter* clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) override;
     void setInvalid(bool invalid) override;
     void setCurrentTarget(const std::string&) override {}
@@ -80,17 +80,17 @@ class FakeFilter final : public IAudioFilter, public filterPrototype {
     bool treat(const IQFFrame& frame);
     void send(const char* event);
 
-    const std::string mSupportedName;
-    const std::shared_ptr<Script> mScript;
-    bool mIsPrototype = false;
-    std::mutex mMutex;  // guards both queues
-    Queue mIn;
-    Queue mOut;
-    std::atomic<bool> mInvalid{true};
-    bool mOverFps = false;
-    int mFps = 0;
-    int mSpeed = 1;
-    std::unique_ptr<qfThread> mThread;  // last: it ends first
+    const std::string supported_name_;
+    const std::shared_ptr<Script> script_;
+    bool is_prototype_ = false;
+    std::mutex mutex_;  // guards both queues
+    Queue in_;
+    Queue out_;
+    std::atomic<bool> invalid_{true};
+    bool over_fps_ = false;
+    int fps_ = 0;
+    int speed_ = 1;
+    std::unique_ptr<qfThread> thread_;  // last: it ends first
 };
 
 }  // namespace Vorlin::test

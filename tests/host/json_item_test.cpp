@@ -50,12 +50,12 @@ TEST(JsonItem, GivesAnIntOnlyForAWholeNumberThatFits) {
     for (const char* number : {"2147483648", "-2147483649", "4294967298", "2147483648.0",
                                "9223372036854775808", "18446744073709551616", "-9223372036854775809", "1e300",
                                "1e999", "-1e999", "2.5", "1e-9", "-0.5"}) {
-        EXPECT_EQ(read(number), VorlinJSONItem::NO_INT) << number;
+        EXPECT_EQ(read(number), VorlinJSONItem::kNoInt) << number;
     }
 }
 
 TEST(JsonItem, TakesNumbersBeyondADoubleAsTheLargestOnes) {
-    constexpr double LARGEST = std::numeric_limits<double>::max();
+    constexpr double kLargest = std::numeric_limits<double>::max();
     const auto read = [](const std::string& number) {
         const VorlinJSONItem item(R"({"s":"\"1e999\\","n":)" + number + R"(,"m":[-1e999,1e999],"last":7})");
         EXPECT_TRUE(item.isValid()) << number;
@@ -65,11 +65,11 @@ TEST(JsonItem, TakesNumbersBeyondADoubleAsTheLargestOnes) {
     };
     for (const std::string& number : {"1e999"s, "1E+999"s, "1.5e309"s, "0.001e999999999999999999999"s,
                                       std::string(400, '9'), std::string(400, '9') + ".5"}) {
-        EXPECT_EQ(read(number), LARGEST) << number;
-        EXPECT_EQ(read("-" + number), -LARGEST) << number;
+        EXPECT_EQ(read(number), kLargest) << number;
+        EXPECT_EQ(read("-" + number), -kLargest) << number;
         EXPECT_TRUE(VorlinJSONItem(number).isValid()) << number;
     }
-    EXPECT_EQ(read("1.7976931348623157e308"), LARGEST);
+    EXPECT_EQ(read("1.7976931348623157e308"), kLargest);
     EXPECT_EQ(read("1e-999"), 0.0);
     EXPECT_EQ(read("0e999"), 0.0);
 }
@@ -83,9 +83,9 @@ TEST(JsonItem, RefusesWhatOnlyBeginsLikeANumberBeyondADouble) {
 }
 
 TEST(JsonItem, ReadsATextFullOfNumbersBeyondADouble) {
-    constexpr size_t NUMBERS = 200'000;
+    constexpr size_t kNumbers = 200'000;
     std::string text = R"({"a":[0)";
-    for (size_t i = 0; i < NUMBERS; ++i) text += ",1e999";
+    for (size_t i = 0; i < kNumbers; ++i) text += ",1e999";
     const VorlinJSONItem item(text + R"(],"b":7})");
     EXPECT_EQ(item.getInt("b"), 7);
 }
@@ -135,15 +135,15 @@ TEST(JsonItem, CountsTheLastOfMembersWithTheSameName) {
 }
 
 TEST(JsonItem, SurvivesADepthOfAHundredThousand) {
-    constexpr size_t DEPTH = 100'000;
-    const std::string open(DEPTH, '[');
+    constexpr size_t kDepth = 100'000;
+    const std::string open(kDepth, '[');
     EXPECT_FALSE(VorlinJSONItem(open).isValid());
-    const VorlinJSONItem nested(R"({"a":)" + open + std::string(DEPTH, ']') + R"(,"b":7})");
+    const VorlinJSONItem nested(R"({"a":)" + open + std::string(kDepth, ']') + R"(,"b":7})");
     EXPECT_TRUE(nested.isValid());
     EXPECT_EQ(nested.getInt("a", 5), 5);
     EXPECT_EQ(nested.getInt("b"), 7);
     std::string objects;
-    for (size_t i = 0; i < DEPTH; ++i) objects += R"({"a":)";
+    for (size_t i = 0; i < kDepth; ++i) objects += R"({"a":)";
     EXPECT_FALSE(VorlinJSONItem(objects).isValid());
 }
 

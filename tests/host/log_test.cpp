@@ -23,17 +23,17 @@ class Log : public testing::Test {
 
     void collectLines() {
         setLogSink([this](int level, const std::string& tag, const std::string& message) {
-            lines.push_back(std::to_string(level) + " " + tag + ": " + message);
+            lines_.push_back(std::to_string(level) + " " + tag + ": " + message);
         });
     }
 
-    std::vector<std::string> lines;
+    std::vector<std::string> lines_;
 };
 
 TEST_F(Log, IsQuietUntilAskedToSpeak) {
     collectLines();
     __log_print(LOG_ERROR, "tag", "lost");
-    EXPECT_TRUE(lines.empty());
+    EXPECT_TRUE(lines_.empty());
 }
 
 TEST_F(Log, LetsTheThresholdAndMoreUrgentLevelsThrough) {
@@ -43,26 +43,26 @@ TEST_F(Log, LetsTheThresholdAndMoreUrgentLevelsThrough) {
     __log_print(LOG_WARNING, "tag", "w");
     __log_print(LOG_INFO, "tag", "i");
     __log_print(LOG_DEBUG, "tag", "d");
-    EXPECT_THAT(lines, ElementsAre("16 tag: e", "24 tag: w"));
+    EXPECT_THAT(lines_, ElementsAre("16 tag: e", "24 tag: w"));
 }
 
 TEST_F(Log, FormatsAMessageOfAnyLengthAndDropsItsNewline) {
     collectLines();
     setLogLevel(LOG_DEBUG);
-    const std::string longText(100'000, 'x');
+    const std::string long_text(100'000, 'x');
     __log_print(LOG_INFO, "tag", "%d %s\n", 7, "seven");
-    __log_print(LOG_INFO, "tag", "%s", longText.c_str());
+    __log_print(LOG_INFO, "tag", "%s", long_text.c_str());
     __log_print(LOG_INFO, "tag", "two\n\n");
-    EXPECT_THAT(lines, ElementsAre("32 tag: 7 seven", "32 tag: " + longText, "32 tag: two\n"));
+    EXPECT_THAT(lines_, ElementsAre("32 tag: 7 seven", "32 tag: " + long_text, "32 tag: two\n"));
 }
 
 TEST_F(Log, TakesANullTagAndIgnoresANullFormat) {
     collectLines();
     setLogLevel(LOG_DEBUG);
-    void (*const logUnchecked)(int, const char*, const char*, ...) = &__log_print;  // as a C caller may
+    void (*const log_unchecked)(int, const char*, const char*, ...) = &__log_print;  // as a C caller may
     __log_print(LOG_INFO, nullptr, "text");
-    logUnchecked(LOG_INFO, "tag", nullptr);
-    EXPECT_THAT(lines, ElementsAre("32 : text"));
+    log_unchecked(LOG_INFO, "tag", nullptr);
+    EXPECT_THAT(lines_, ElementsAre("32 : text"));
 }
 
 TEST_F(Log, WritesToStandardErrorByDefault) {
@@ -72,7 +72,7 @@ TEST_F(Log, WritesToStandardErrorByDefault) {
     testing::internal::CaptureStderr();
     __log_print(LOG_INFO, "tag", "hello %d\n", 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "tag: hello 1\n");
-    EXPECT_TRUE(lines.empty());
+    EXPECT_TRUE(lines_.empty());
 }
 
 TEST_F(Log, LetsASinkLogAndReplaceItself) {
@@ -82,7 +82,7 @@ TEST_F(Log, LetsASinkLogAndReplaceItself) {
         if (level == LOG_ERROR) __log_print(LOG_INFO, "sink", "inner");
     });
     __log_print(LOG_ERROR, "tag", "outer");
-    EXPECT_THAT(lines, ElementsAre("32 sink: inner"));
+    EXPECT_THAT(lines_, ElementsAre("32 sink: inner"));
 }
 
 TEST_F(Log, SurvivesASinkThatThrows) {
@@ -93,22 +93,22 @@ TEST_F(Log, SurvivesASinkThatThrows) {
 
 TEST_F(Log, MayBeCalledAndChangedByManyThreads) {
     setLogLevel(LOG_DEBUG);
-    constexpr int MESSAGES = 2000;
+    constexpr int kMessages = 2000;
     std::atomic<int> received{0};
     const LogSink count = [&received](int, const std::string&, const std::string&) { ++received; };
     setLogSink(count);
     std::vector<std::thread> writers;
     for (int i = 0; i < 3; ++i) {
         writers.emplace_back([] {
-            for (int n = 0; n < MESSAGES; ++n) __log_print(LOG_INFO, "tag", "%d", n);
+            for (int n = 0; n < kMessages; ++n) __log_print(LOG_INFO, "tag", "%d", n);
         });
     }
-    for (int n = 0; n < MESSAGES; ++n) {
+    for (int n = 0; n < kMessages; ++n) {
         setLogSink(count);
         setLogLevel(n % 2 == 0 ? LOG_DEBUG : LOG_INFO);
     }
     for (auto& writer : writers) writer.join();
-    EXPECT_EQ(received, 3 * MESSAGES);
+    EXPECT_EQ(received, 3 * kMessages);
 }
 
 }  // namespace

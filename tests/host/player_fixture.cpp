@@ -4,21 +4,21 @@
 
 namespace Vorlin::test {
 
-std::unique_ptr<Player> PlayerFixture::makePlayer(bool active, std::chrono::milliseconds stallLimit) {
+std::unique_ptr<Player> PlayerFixture::makePlayer(bool active, std::chrono::milliseconds stall_limit) {
     PlayerConfig config;
-    config.filterName = "fake";
+    config.filter_name = "fake";
     config.active = active;
-    config.source = STEREO_48K;
-    config.stallLimit = stallLimit;
+    config.source = kStereo48k;
+    config.stall_limit = stall_limit;
     return Player::create(nullptr, config, [this](std::unique_ptr<IQFFrame> frame) {
         const auto* numbered = dynamic_cast<const NumberedFrame*>(frame.get());
         ASSERT_NE(numbered, nullptr) << "a frame came out that the test never pushed";
-        numbersOut.push_back(numbered->number);
+        numbers_out_.push_back(numbered->number);
     });
 }
 
 int PlayerFixture::pushFrame(Player& player, const IQFFrame::audioInfo& info) {
-    return player.push(std::make_unique<NumberedFrame>(mNextNumber++, info));
+    return player.push(std::make_unique<NumberedFrame>(next_number_++, info));
 }
 
 void PlayerFixture::pushFrames(Player& player, int count, const IQFFrame::audioInfo& info) {

@@ -21,34 +21,34 @@ TEST_P(PlayerPump, HandsOutEveryFrameInOrder) {
     ASSERT_TRUE(player);
     pushFrames(*player, 200);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(numbersOut, firstNumbers(200));
+    EXPECT_EQ(numbers_out_, firstNumbers(200));
     EXPECT_EQ(player->counts().pushed, 200u);
     EXPECT_EQ(player->counts().pulled, 200u);
     EXPECT_EQ(player->counts().bypassed, 0u);
     EXPECT_EQ(player->counts().dropped, 0u);
     EXPECT_EQ(player->counts().discarded, 0u);
     EXPECT_EQ(player->counts().flushes, 0u);
-    EXPECT_EQ(script->processed, 200);
+    EXPECT_EQ(script_->processed, 200);
 }
 
 TEST_P(PlayerPump, HandsOutFramesAsSoonAsTheyAreReady) {
     const auto player = makePlayer(false);
     pushFrames(*player, 3);
-    EXPECT_EQ(numbersOut, firstNumbers(3));
+    EXPECT_EQ(numbers_out_, firstNumbers(3));
 }
 
 TEST_P(PlayerPump, AnswersTryAgainUntilTheFilterHasRoom) {
-    script->runsToSkip = isActive() ? 0 : 10;
-    script->work = [] { qf_msleep(3); };
+    script_->runs_to_skip = isActive() ? 0 : 10;
+    script_->work = [] { qf_msleep(3); };
     const auto player = makePlayer();
     pushFrames(*player, 20);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_GT(script->refusals, 0);
-    EXPECT_EQ(numbersOut, firstNumbers(20));
+    EXPECT_GT(script_->refusals, 0);
+    EXPECT_EQ(numbers_out_, firstNumbers(20));
 }
 
 TEST_P(PlayerPump, CountsTheFramesThatTheFilterGaveUp) {
-    script->keeps = [](const NumberedFrame& frame) { return frame.number % 3 != 0; };
+    script_->keeps = [](const NumberedFrame& frame) { return frame.number % 3 != 0; };
     const auto player = makePlayer();
     pushFrames(*player, 31);
     EXPECT_EQ(player->drain(), 0);
@@ -62,16 +62,16 @@ TEST_P(PlayerPump, CountsTheFramesThatTheFilterGaveUp) {
 
 TEST_P(PlayerPump, DrainsWithAFenceLikeTheStream) {
     const auto player = makePlayer();
-    IQFFrame::audioInfo info = STEREO_48K;
+    IQFFrame::audioInfo info = kStereo48k;
     info.format = 8;  // fltp
     info.sample_rate = 44100;
     pushFrames(*player, 2, info);
     EXPECT_EQ(player->drain(), 0);
-    ASSERT_FALSE(script->fences.empty());
-    EXPECT_EQ(script->fences[0].channels, 3);
-    EXPECT_EQ(script->fences[0].format, 8);
-    EXPECT_EQ(script->fences[0].sample_rate, 44100);
-    EXPECT_TRUE(script->fencesHoldSamples);
+    ASSERT_FALSE(script_->fences.empty());
+    EXPECT_EQ(script_->fences[0].channels, 3);
+    EXPECT_EQ(script_->fences[0].format, 8);
+    EXPECT_EQ(script_->fences[0].sample_rate, 44100);
+    EXPECT_TRUE(script_->fences_hold_samples);
     EXPECT_EQ(player->counts().pushed, 2u);
     EXPECT_EQ(player->counts().pulled, 2u);
 }
@@ -80,7 +80,7 @@ TEST_P(PlayerPump, DrainsAStreamOfUnknownFormat) {
     const auto player = makePlayer();
     pushFrames(*player, 2, IQFFrame::audioInfo{});
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(numbersOut, firstNumbers(2));
+    EXPECT_EQ(numbers_out_, firstNumbers(2));
 }
 
 TEST_P(PlayerPump, SendsNoFenceWhenNothingWasPushed) {
@@ -89,30 +89,30 @@ TEST_P(PlayerPump, SendsNoFenceWhenNothingWasPushed) {
     pushFrames(*player, 1);
     player->seek();
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_TRUE(script->fences.empty());
+    EXPECT_TRUE(script_->fences.empty());
 }
 
 TEST_P(PlayerPump, LetsTheOldFramesOutAndFlushesWhenTheStreamChanges) {
-    IQFFrame::audioInfo otherFormat = STEREO_48K;
-    otherFormat.format = 3;
-    IQFFrame::audioInfo otherRate = otherFormat;
-    otherRate.sample_rate = 44100;
-    IQFFrame::audioInfo otherChannels = otherRate;
-    otherChannels.channels = 6;
-    IQFFrame::audioInfo otherLayout = otherChannels;
-    otherLayout.channel_layout = 0x60f;
+    IQFFrame::audioInfo other_format = kStereo48k;
+    other_format.format = 3;
+    IQFFrame::audioInfo other_rate = other_format;
+    other_rate.sample_rate = 44100;
+    IQFFrame::audioInfo other_channels = other_rate;
+    other_channels.channels = 6;
+    IQFFrame::audioInfo other_layout = other_channels;
+    other_layout.channel_layout = 0x60f;
 
     const auto player = makePlayer();
     pushFrames(*player, 4);
     int flushes = 0;
-    for (const auto& info : {otherFormat, otherRate, otherChannels, otherLayout}) {
+    for (const auto& info : {other_format, other_rate, other_channels, other_layout}) {
         pushFrames(*player, 4, info);
-        EXPECT_EQ(script->flushes, ++flushes);
-        EXPECT_GE(numbersOut.size(), 4u * static_cast<size_t>(flushes))
+        EXPECT_EQ(script_->flushes, ++flushes);
+        EXPECT_GE(numbers_out_.size(), 4u * static_cast<size_t>(flushes))
             << "old frames were not let out first";
     }
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(numbersOut, firstNumbers(20));
+    EXPECT_EQ(numbers_out_, firstNumbers(20));
     EXPECT_EQ(player->counts().flushes, 4u);
     EXPECT_EQ(player->counts().discarded, 0u);
 }
@@ -120,23 +120,23 @@ TEST_P(PlayerPump, LetsTheOldFramesOutAndFlushesWhenTheStreamChanges) {
 TEST_P(PlayerPump, TakesFramesOfAnyLengthWithoutAFlush) {
     const auto player = makePlayer();
     for (const int frames : {1024, 1, 4096}) {
-        IQFFrame::audioInfo info = STEREO_48K;
+        IQFFrame::audioInfo info = kStereo48k;
         info.nb_samples = frames;
         pushFrames(*player, 1, info);
     }
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(script->flushes, 0);
+    EXPECT_EQ(script_->flushes, 0);
 }
 
 TEST_P(PlayerPump, ThrowsAwayWhatIsUnderWayOnASeek) {
-    script->isStuck = true;
+    script_->is_stuck = true;
     const auto player = makePlayer();
     pushFrames(*player, 2);
     player->seek();
-    script->isStuck = false;
+    script_->is_stuck = false;
     pushFrames(*player, 3);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_THAT(numbersOut, ElementsAre(2, 3, 4));
+    EXPECT_THAT(numbers_out_, ElementsAre(2, 3, 4));
     EXPECT_EQ(player->counts().discarded, 2u);
     EXPECT_EQ(player->counts().dropped, 0u);
     EXPECT_EQ(player->counts().flushes, 1u);
@@ -146,15 +146,15 @@ TEST_P(PlayerPump, FlushesOnlyOnceWhenASeekLeadsIntoAnotherFormat) {
     const auto player = makePlayer();
     pushFrames(*player, 2);
     player->seek();
-    IQFFrame::audioInfo mono = STEREO_48K;
+    IQFFrame::audioInfo mono = kStereo48k;
     mono.channels = 1;
     pushFrames(*player, 2, mono);
-    EXPECT_EQ(script->flushes, 1);
+    EXPECT_EQ(script_->flushes, 1);
     EXPECT_EQ(player->counts().flushes, 1u);
 }
 
 TEST_P(PlayerPump, GivesUpOnAFilterThatMovesNothing) {
-    script->isStuck = true;
+    script_->is_stuck = true;
     const auto player = makePlayer(isActive(), milliseconds(60));
     EXPECT_EQ(pushFrame(*player), 0);
     EXPECT_EQ(pushFrame(*player), 0);
@@ -165,26 +165,26 @@ TEST_P(PlayerPump, GivesUpOnAFilterThatMovesNothing) {
     EXPECT_EQ(player->counts().pushed, 2u);
     EXPECT_EQ(player->counts().dropped, 0u) << "known only after a drain that succeeded";
 
-    script->isStuck = false;
+    script_->is_stuck = false;
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(numbersOut, firstNumbers(2));
+    EXPECT_EQ(numbers_out_, firstNumbers(2));
 }
 
 TEST_P(PlayerPump, GivesUpOnAFilterThatKeepsTheFence) {
-    script->eatsFences = true;
+    script_->eats_fences = true;
     const auto player = makePlayer(isActive(), milliseconds(60));
     pushFrames(*player, 2);
     EXPECT_EQ(player->drain(), AVERROR(ETIMEDOUT));
-    EXPECT_EQ(numbersOut, firstNumbers(2));
+    EXPECT_EQ(numbers_out_, firstNumbers(2));
 }
 
 // Two frames and the fence are under way when the drain begins: longer than the limit in all, but not each.
 TEST_F(PlayerPump, MeasuresAStallFromTheLastProgress) {
-    script->work = [] { qf_msleep(200); };
+    script_->work = [] { qf_msleep(200); };
     const auto player = makePlayer(true, milliseconds(320));
     pushFrames(*player, 4);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(numbersOut, firstNumbers(4));
+    EXPECT_EQ(numbers_out_, firstNumbers(4));
 }
 
 TEST_P(PlayerPump, RefusesANullFrame) {
@@ -195,42 +195,42 @@ TEST_P(PlayerPump, RefusesANullFrame) {
 
 // A frame that is given up ends a run early: what waits behind it, the fence too, needs another push to move.
 TEST_F(PlayerPump, DrainsAnInactiveFilterThatStillHoldsFrames) {
-    script->framesPerRun = 1;
-    script->runsToSkip = 1;
+    script_->frames_per_run = 1;
+    script_->runs_to_skip = 1;
     const auto player = makePlayer(false);
     pushFrames(*player, 5);
-    EXPECT_LT(numbersOut.size(), 5u);
+    EXPECT_LT(numbers_out_.size(), 5u);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(numbersOut, firstNumbers(5));
+    EXPECT_EQ(numbers_out_, firstNumbers(5));
     pushFrames(*player, 5);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(numbersOut, firstNumbers(10));
+    EXPECT_EQ(numbers_out_, firstNumbers(10));
 }
 
 TEST_F(PlayerPump, DrainsAnInactiveFilterThatGivesUpTheLastFrames) {
-    script->keeps = [](const NumberedFrame& frame) { return frame.number < 3; };
-    script->runsToSkip = 2;
+    script_->keeps = [](const NumberedFrame& frame) { return frame.number < 3; };
+    script_->runs_to_skip = 2;
     const auto player = makePlayer(false);
     pushFrames(*player, 7);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(numbersOut, firstNumbers(3));
+    EXPECT_EQ(numbers_out_, firstNumbers(3));
     EXPECT_EQ(player->counts().dropped, 4u);
 }
 
 TEST_F(PlayerPump, IsNotMadeWithoutAFilterThatStarts) {
     PlayerConfig config;
-    config.filterName = "nobody answers to this";
+    config.filter_name = "nobody answers to this";
     EXPECT_EQ(Player::create(nullptr, config, [](std::unique_ptr<IQFFrame>) {}), nullptr);
-    script->initSucceeds = false;
+    script_->init_succeeds = false;
     EXPECT_EQ(makePlayer(true), nullptr);
-    EXPECT_TRUE(script->isDestroyed);
+    EXPECT_TRUE(script_->is_destroyed);
 }
 
 TEST_F(PlayerPump, PassesTheOptionsOn) {
     const auto player = makePlayer(false);
     EXPECT_TRUE(player->setOptions("{}"));
     EXPECT_FALSE(player->setOptions(""));
-    EXPECT_THAT(script->options, ElementsAre("filter_option={}", "filter_option="));
+    EXPECT_THAT(script_->options, ElementsAre("filter_option={}", "filter_option="));
 }
 
 }  // namespace

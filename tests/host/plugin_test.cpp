@@ -27,8 +27,8 @@ bool isInMemory(const char* path) {
     return handle != nullptr;
 }
 
-std::string nameOfNewest(const std::string& supportedName) {
-    const auto filter = filterPrototype::createFilter(supportedName, {}, {}, false);
+std::string nameOfNewest(const std::string& supported_name) {
+    const auto filter = filterPrototype::createFilter(supported_name, {}, {}, false);
     return filter ? filter->getName() : "none";
 }
 
@@ -85,27 +85,27 @@ TEST(Plugin, ItsClonesAreKnownByTypeAcrossTheLibraryBorder) {
 
 TEST(Plugin, StaysLoadedAsLongAsAPlayerHoldsItsFilter) {
     PlayerConfig config;
-    config.filterName = "echo_a";
+    config.filter_name = "echo_a";
     config.active = false;
-    int framesOut = 0;
+    int frames_out = 0;
     auto player =
-        Player::create(loadOrFail(ECHO_PLUGIN_A), config, [&](std::unique_ptr<IQFFrame>) { ++framesOut; });
+        Player::create(loadOrFail(ECHO_PLUGIN_A), config, [&](std::unique_ptr<IQFFrame>) { ++frames_out; });
     ASSERT_TRUE(player);
     EXPECT_TRUE(isInMemory(ECHO_PLUGIN_A));
     EXPECT_EQ(player->push(std::make_unique<AVQFFrame>(nullptr)), 0);
-    EXPECT_EQ(framesOut, 1);
+    EXPECT_EQ(frames_out, 1);
     player.reset();
     EXPECT_FALSE(isInMemory(ECHO_PLUGIN_A));
 }
 
 TEST(Plugin, CanBeUnloadedWhileAnotherThreadLooksForFilters) {
     auto stays = loadOrFail(ECHO_PLUGIN_B);
-    std::atomic<bool> isDone{false};
+    std::atomic<bool> is_done{false};
     std::thread seeker([&] {
-        while (!isDone) EXPECT_NE(nameOfNewest("echo_b"), "none");
+        while (!is_done) EXPECT_NE(nameOfNewest("echo_b"), "none");
     });
     for (int round = 0; round < 50; ++round) loadOrFail(ECHO_PLUGIN_A);
-    isDone = true;
+    is_done = true;
     seeker.join();
     EXPECT_FALSE(isInMemory(ECHO_PLUGIN_A));
 }

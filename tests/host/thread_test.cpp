@@ -15,59 +15,59 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
-constexpr char NAME[] = "test worker";
+constexpr char kName[] = "test worker";
 
 template <typename Condition>
 void waitUntil(Condition condition) {
     while (!condition()) qf_msleep(1);  // the test's own time limit ends a wait that never comes true
 }
 
-void burn(milliseconds cpuTime) {
+void burn(milliseconds cpu_time) {
     timespec now{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     const auto read = [&] {
         clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
         return std::chrono::seconds(now.tv_sec) + nanoseconds(now.tv_nsec);
     };
-    const auto end = read() + cpuTime;
+    const auto end = read() + cpu_time;
     while (read() < end) {
     }
 }
 
 TEST(Thread, RunsNothingBeforeItIsStarted) {
     std::atomic<int> runs{0};
-    qfThread thread([&] { return ++runs; }, NAME);
+    qfThread thread([&] { return ++runs; }, kName);
     qf_msleep(20);
     EXPECT_EQ(runs, 0);
 }
 
 TEST(Thread, RunsItsBodyAgainAndAgain) {
     std::atomic<int> runs{0};
-    qfThread thread([&] { return ++runs; }, NAME);
+    qfThread thread([&] { return ++runs; }, kName);
     thread.start();
     waitUntil([&] { return runs > 100; });
 }
 
 TEST(Thread, PauseReturnsOnlyWhenTheBodyIsNotRunning) {
-    std::atomic<bool> isInside{false};
+    std::atomic<bool> is_inside{false};
     std::atomic<int> runs{0};
     qfThread thread(
         [&] {
-            isInside = true;
+            is_inside = true;
             qf_msleep(5);
             ++runs;
-            isInside = false;
+            is_inside = false;
             return 0;
         },
-        NAME);
+        kName);
     for (int round = 0; round < 20; ++round) {
         thread.start();
-        waitUntil([&] { return isInside.load(); });
+        waitUntil([&] { return is_inside.load(); });
         thread.pause();
-        EXPECT_FALSE(isInside);
-        const int runsAtPause = runs;
+        EXPECT_FALSE(is_inside);
+        const int runs_at_pause = runs;
         qf_msleep(8);
-        EXPECT_EQ(runs, runsAtPause) << "the body ran while paused";
+        EXPECT_EQ(runs, runs_at_pause) << "the body ran while paused";
     }
 }
 
@@ -79,14 +79,14 @@ TEST(Thread, GoesOnAfterAPauseOnTheSameThread) {
             worker = std::this_thread::get_id();
             return ++runs;
         },
-        NAME);
+        kName);
     thread.start();
     waitUntil([&] { return runs > 0; });
     const auto before = worker.load();
     thread.pause();
-    const int runsAtPause = runs;
+    const int runs_at_pause = runs;
     thread.start();
-    waitUntil([&] { return runs > runsAtPause; });
+    waitUntil([&] { return runs > runs_at_pause; });
     EXPECT_EQ(worker.load(), before);
     EXPECT_NE(before, std::this_thread::get_id());
 }
@@ -99,7 +99,7 @@ TEST(Thread, MayBePausedByItsOwnBody) {
             self->pause();
             return ++runs;
         },
-        NAME);
+        kName);
     self = &thread;
     for (int expected = 1; expected <= 3; ++expected) {
         thread.start();
@@ -117,7 +117,7 @@ TEST(Thread, MayBeStoppedByItsOwnBodyAndStartedAgain) {
             self->stop();
             return ++runs;
         },
-        NAME);
+        kName);
     self = &thread;
     thread.start();
     waitUntil([&] { return runs == 1; });
@@ -126,23 +126,23 @@ TEST(Thread, MayBeStoppedByItsOwnBodyAndStartedAgain) {
 }
 
 TEST(Thread, StopWaitsForTheBodyAndStartBeginsAnew) {
-    std::atomic<bool> isInside{false};
+    std::atomic<bool> is_inside{false};
     std::atomic<int> runs{0};
     qfThread thread(
         [&] {
-            isInside = true;
+            is_inside = true;
             qf_msleep(5);
             ++runs;
-            isInside = false;
+            is_inside = false;
             return 0;
         },
-        NAME);
+        kName);
     for (int round = 0; round < 5; ++round) {
-        const int runsBefore = runs;
+        const int runs_before = runs;
         thread.start();
-        waitUntil([&] { return runs > runsBefore; });
+        waitUntil([&] { return runs > runs_before; });
         thread.stop();
-        EXPECT_FALSE(isInside);
+        EXPECT_FALSE(is_inside);
     }
     thread.stop();
     thread.pause();
@@ -151,31 +151,31 @@ TEST(Thread, StopWaitsForTheBodyAndStartBeginsAnew) {
 TEST(Thread, DestructionEndsARunningAPausedAndAnUnstartedThread) {
     std::atomic<int> runs{0};
     {
-        qfThread running([&] { return ++runs; }, NAME);
+        qfThread running([&] { return ++runs; }, kName);
         running.start();
-        qfThread paused([&] { return ++runs; }, NAME);
+        qfThread paused([&] { return ++runs; }, kName);
         paused.start();
         paused.pause();
-        const qfThread unstarted([&] { return ++runs; }, NAME);
+        const qfThread unstarted([&] { return ++runs; }, kName);
     }
-    const int runsAtEnd = runs;
+    const int runs_at_end = runs;
     qf_msleep(10);
-    EXPECT_EQ(runs, runsAtEnd);
+    EXPECT_EQ(runs, runs_at_end);
 }
 
 TEST(Thread, CarriesItsNameCutToWhatTheSystemShows) {
     std::array<char, 32> shown{};
-    std::atomic<bool> isRead{false};
+    std::atomic<bool> is_read{false};
     qfThread thread(
         [&] {
-            if (!isRead) pthread_getname_np(pthread_self(), shown.data(), shown.size());
-            isRead = true;
+            if (!is_read) pthread_getname_np(pthread_self(), shown.data(), shown.size());
+            is_read = true;
             qf_msleep(1);
             return 0;
         },
         "a name of more than fifteen bytes");
     thread.start();
-    waitUntil([&] { return isRead.load(); });
+    waitUntil([&] { return is_read.load(); });
     EXPECT_STREQ(shown.data(), "a name of more ");
 }
 
@@ -187,7 +187,7 @@ TEST(ThreadClock, CountsProcessorTimeAndNotSleep) {
             qf_msleep(2);
             return ++runs;
         },
-        NAME);
+        kName);
     const auto clock = thread.clock();
     EXPECT_EQ(clock->cpuTime(), nanoseconds(0));
     thread.start();
@@ -198,7 +198,7 @@ TEST(ThreadClock, CountsProcessorTimeAndNotSleep) {
 }
 
 TEST(ThreadClock, HardlyMovesWhilePaused) {
-    qfThread thread([] { return 0; }, NAME);
+    qfThread thread([] { return 0; }, kName);
     thread.start();
     qf_msleep(2);
     thread.pause();
@@ -208,57 +208,57 @@ TEST(ThreadClock, HardlyMovesWhilePaused) {
 }
 
 TEST(ThreadClock, StandsStillAfterItsThreadEndedAndGoesOnWithTheNext) {
-    std::shared_ptr<const qfThreadClock> clock;
+    std::shared_ptr<const QfThreadClock> clock;
     {
         std::atomic<int> runs{0};
-        const auto burnOnce = [&] {
+        const auto burn_once = [&] {
             burn(milliseconds(5));
             return ++runs;
         };
-        qfThread thread(burnOnce, NAME);
+        qfThread thread(burn_once, kName);
         clock = thread.clock();
         thread.start();
         waitUntil([&] { return runs > 0; });
         thread.stop();
-        const auto atStop = clock->cpuTime();
-        EXPECT_GE(atStop, milliseconds(5));
+        const auto at_stop = clock->cpuTime();
+        EXPECT_GE(at_stop, milliseconds(5));
         burn(milliseconds(10));
-        EXPECT_EQ(clock->cpuTime(), atStop);
-        const int runsAtStop = runs;
+        EXPECT_EQ(clock->cpuTime(), at_stop);
+        const int runs_at_stop = runs;
         thread.start();
-        waitUntil([&] { return runs > runsAtStop; });
-        EXPECT_GE(clock->cpuTime(), atStop + milliseconds(5));
+        waitUntil([&] { return runs > runs_at_stop; });
+        EXPECT_GE(clock->cpuTime(), at_stop + milliseconds(5));
     }
-    const auto atEnd = clock->cpuTime();
+    const auto at_end = clock->cpuTime();
     qf_msleep(5);
-    EXPECT_EQ(clock->cpuTime(), atEnd);
+    EXPECT_EQ(clock->cpuTime(), at_end);
 }
 
 TEST(ThreadClock, OfTheNewestIsKnownForEachCallingThread) {
-    qfThread first([] { return 0; }, NAME);
+    qfThread first([] { return 0; }, kName);
     EXPECT_EQ(qfThread::clockOfNewest(), first.clock());
-    qfThread second([] { return 0; }, NAME);
+    qfThread second([] { return 0; }, kName);
     EXPECT_EQ(qfThread::clockOfNewest(), second.clock());
     std::thread([] { EXPECT_EQ(qfThread::clockOfNewest(), nullptr); }).join();
 }
 
 TEST(Thread, SurvivesRandomStartsPausesAndStops) {
-    constexpr unsigned SEED = 20240611;
-    SCOPED_TRACE("seed " + std::to_string(SEED));
-    std::mt19937 random(SEED);
+    constexpr unsigned kSeed = 20240611;
+    SCOPED_TRACE("seed " + std::to_string(kSeed));
+    std::mt19937 random(kSeed);
     int plain = 0;  // not atomic: pause and stop promise that nobody else touches it
     std::atomic<bool> mayRun{false};
-    std::atomic<bool> ranWrongly{false};
+    std::atomic<bool> ran_wrongly{false};
     qfThread thread(
         [&] {
-            if (!mayRun) ranWrongly = true;
+            if (!mayRun) ran_wrongly = true;
             return ++plain;
         },
-        NAME);
-    std::atomic<bool> isDone{false};
+        kName);
+    std::atomic<bool> is_done{false};
     std::thread watcher([&, clock = thread.clock()] {
         nanoseconds last{};
-        while (!isDone) {
+        while (!is_done) {
             const auto now = clock->cpuTime();
             EXPECT_GE(now, last) << "processor time went back";
             last = now;
@@ -276,9 +276,9 @@ TEST(Thread, SurvivesRandomStartsPausesAndStops) {
         }
     }
     thread.stop();
-    isDone = true;
+    is_done = true;
     watcher.join();
-    EXPECT_FALSE(ranWrongly);
+    EXPECT_FALSE(ran_wrongly);
     EXPECT_GT(plain, 0);
 }
 

@@ -17,8 +17,8 @@ nanoseconds cpuTimeOfThisThread() {
     return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
 }
 
-void burn(nanoseconds cpuTime) {
-    const auto end = cpuTimeOfThisThread() + cpuTime;
+void burn(nanoseconds cpu_time) {
+    const auto end = cpuTimeOfThisThread() + cpu_time;
     while (cpuTimeOfThisThread() < end) {
     }
 }
@@ -26,18 +26,18 @@ void burn(nanoseconds cpuTime) {
 class PlayerWorkingTime : public PlayerFixture {
   protected:
     uint64_t toldMs() const {
-        return std::accumulate(script->samplesMs.begin(), script->samplesMs.end(), uint64_t{0});
+        return std::accumulate(script_->samples_ms.begin(), script_->samples_ms.end(), uint64_t{0});
     }
 };
 INSTANTIATE_TEST_SUITE_P(Filter, PlayerWorkingTime, testing::Bool(), activity);
 
 TEST_P(PlayerWorkingTime, IsToldOnceForEveryFrameThatComesOut) {
-    script->keeps = [](const NumberedFrame& frame) { return frame.number % 4 != 0; };
+    script_->keeps = [](const NumberedFrame& frame) { return frame.number % 4 != 0; };
     const auto player = makePlayer();
     player->setVideoFps(25);
     pushFrames(*player, 40);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(script->samplesMs.size(), 30u);
+    EXPECT_EQ(script_->samples_ms.size(), 30u);
 }
 
 TEST_P(PlayerWorkingTime, IsNotToldWhileNoBudgetIsKnown) {
@@ -48,11 +48,11 @@ TEST_P(PlayerWorkingTime, IsNotToldWhileNoBudgetIsKnown) {
     player->setSpeed(0.75);  // counts as 0
     pushFrames(*player, 3);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_TRUE(script->samplesMs.empty());
+    EXPECT_TRUE(script_->samples_ms.empty());
     player->setSpeed(1.5);
     pushFrames(*player, 3);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(script->samplesMs.size(), 3u);
+    EXPECT_EQ(script_->samples_ms.size(), 3u);
 }
 
 TEST_P(PlayerWorkingTime, IsNotToldWhileTheFilterIsBypassed) {
@@ -61,39 +61,39 @@ TEST_P(PlayerWorkingTime, IsNotToldWhileTheFilterIsBypassed) {
     player->setBypass(true);
     pushFrames(*player, 5);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_TRUE(script->samplesMs.empty());
+    EXPECT_TRUE(script_->samples_ms.empty());
 }
 
 TEST_F(PlayerWorkingTime, OfAnInactiveFilterIsThePushThatWorked) {
-    script->work = [] { qf_msleep(12); };
+    script_->work = [] { qf_msleep(12); };
     const auto player = makePlayer(false);
     player->setVideoFps(25);
     pushFrames(*player, 3);
-    ASSERT_EQ(script->samplesMs.size(), 3u);
-    for (const uint64_t sample : script->samplesMs) EXPECT_GE(sample, 12u);
+    ASSERT_EQ(script_->samples_ms.size(), 3u);
+    for (const uint64_t sample : script_->samples_ms) EXPECT_GE(sample, 12u);
 }
 
 TEST_F(PlayerWorkingTime, OfAnActiveFilterIsProcessorTimeDownToFractionsOfAMillisecond) {
-    constexpr int FRAMES = 20;
-    constexpr nanoseconds WORK = std::chrono::microseconds(3400);
-    script->work = [=] { burn(WORK); };
+    constexpr int kFrames = 20;
+    constexpr nanoseconds kWork = std::chrono::microseconds(3400);
+    script_->work = [=] { burn(kWork); };
     const auto player = makePlayer(true);
     player->setVideoFps(25);
-    pushFrames(*player, FRAMES);
+    pushFrames(*player, kFrames);
     EXPECT_EQ(player->drain(), 0);
-    const nanoseconds used = script->workerClock->cpuTime();
-    ASSERT_EQ(script->samplesMs.size(), static_cast<size_t>(FRAMES));
-    EXPECT_GE(milliseconds(toldMs()), FRAMES * WORK - milliseconds(1)) << "remainders were lost";
+    const nanoseconds used = script_->worker_clock->cpuTime();
+    ASSERT_EQ(script_->samples_ms.size(), static_cast<size_t>(kFrames));
+    EXPECT_GE(milliseconds(toldMs()), kFrames * kWork - milliseconds(1)) << "remainders were lost";
     EXPECT_LE(milliseconds(toldMs()), used) << "more was told than was used";
 }
 
 TEST_F(PlayerWorkingTime, OfAnActiveFilterLeavesItsSleepsOut) {
-    script->work = [] { qf_msleep(30); };
+    script_->work = [] { qf_msleep(30); };
     const auto player = makePlayer(true);
     player->setVideoFps(25);
     pushFrames(*player, 5);
     EXPECT_EQ(player->drain(), 0);
-    ASSERT_EQ(script->samplesMs.size(), 5u);
+    ASSERT_EQ(script_->samples_ms.size(), 5u);
     EXPECT_LT(toldMs(), 5u * 30u / 2u);
 }
 
@@ -103,7 +103,7 @@ TEST_F(PlayerWorkingTime, OfAnActiveFilterLeavesOutWhatWasUsedWhileNoFrameWasUnd
     player->setBypass(true);
     pushFrames(*player, 1);
     EXPECT_EQ(player->drain(), 0);
-    script->keeps = [](const NumberedFrame& frame) {
+    script_->keeps = [](const NumberedFrame& frame) {
         if (frame.number == 1) burn(milliseconds(40));
         return frame.number != 1;
     };
@@ -112,8 +112,8 @@ TEST_F(PlayerWorkingTime, OfAnActiveFilterLeavesOutWhatWasUsedWhileNoFrameWasUnd
     EXPECT_EQ(player->drain(), 0);
     pushFrames(*player, 1);
     EXPECT_EQ(player->drain(), 0);
-    ASSERT_EQ(script->samplesMs.size(), 1u);
-    EXPECT_LT(script->samplesMs[0], 20u);
+    ASSERT_EQ(script_->samples_ms.size(), 1u);
+    EXPECT_LT(script_->samples_ms[0], 20u);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-/* Every table of impulse responses as compiled in, with its name and length, by set and in the order of the
- * sources: left ear, right ear of source 1, of source 2 and so on. */
+// Every table of impulse responses as compiled in, with its name and length, by set and in the order of the
+// sources: left ear, right ear of source 1, of source 2 and so on.
 #pragma once
 
 #include <cstddef>

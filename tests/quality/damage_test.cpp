@@ -1,5 +1,4 @@
-/* The measures notice what they are there for: each way to spoil the responses breaks the row that is named.
- */
+// The measures notice what they are there for: each way to spoil the responses breaks the row that is named.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -23,7 +22,7 @@ constexpr std::size_t kMode2Of51 = 2;
 /** cingo, Bingo 5.1 and mode 2 of 5.1: one set of each kind, to be quick. */
 Responses oneSetOfEachKind() {
     Responses all = compiledResponses();
-    return {{all.sets[0], all.sets[1], all.sets[7]}, all.audioStage};
+    return {{all.sets[0], all.sets[1], all.sets[7]}, all.audio_stage};
 }
 
 struct Damage {
@@ -175,8 +174,8 @@ const Damage kDamages[] = {
      constantParts},
     {"NoBassFromTheAudioStage",
      [](Responses& r) {
-         std::fill(r.audioStage.begin(), r.audioStage.end(), 0.0);
-         r.audioStage[40] = 1.0;
+         std::fill(r.audio_stage.begin(), r.audio_stage.end(), 0.0);
+         r.audio_stage[40] = 1.0;
      },
      bassLifts},
     {"OtherDivisorInPinkSound",

@@ -65,25 +65,25 @@ struct Line {
 
 Line fitLine(std::span<const double> y) {
     const auto count = static_cast<double>(y.size());
-    const double meanX = (count - 1.0) / 2.0;
-    const double meanY = sumOf(y) / count;
+    const double mean_x = (count - 1.0) / 2.0;
+    const double mean_y = sumOf(y) / count;
     double xy = 0.0;
     double xx = 0.0;
     for (std::size_t i = 0; i < y.size(); ++i) {
-        const double x = static_cast<double>(i) - meanX;
-        xy += x * (y[i] - meanY);
+        const double x = static_cast<double>(i) - mean_x;
+        xy += x * (y[i] - mean_y);
         xx += x * x;
     }
-    return {meanY - xy / xx * meanX, xy / xx};
+    return {mean_y - xy / xx * mean_x, xy / xx};
 }
 
 /** Energy that an exponential decay still holds where the curve ends. */
 double missingEnergy(const Signal& energy, double time_s) {
-    const double perSample = std::pow(10.0, -6.0 / (kRate_hz * time_s));
+    const double per_sample = std::pow(10.0, -6.0 / (kRate_hz * time_s));
     double sum = 0.0;  // of the energies as they would be at the end
-    for (const double value : energy) sum = (sum + value) * perSample;
-    const double atEnd = sum / static_cast<double>(energy.size());
-    return atEnd * time_s * kRate_hz / (6.0 * std::numbers::ln10);
+    for (const double value : energy) sum = (sum + value) * per_sample;
+    const double at_end = sum / static_cast<double>(energy.size());
+    return at_end * time_s * kRate_hz / (6.0 * std::numbers::ln10);
 }
 
 /** Schroeder's integral in dB: at each place the energy from there on. */
@@ -98,10 +98,10 @@ Signal integrated_db(const Signal& energy, double missing) {
 }
 
 /** Energies in dB of the steps between the tail's start and its closing fade. */
-Signal tailSteps_db(const Ears& ears, double fadedPart, double step_s) {
+Signal tailSteps_db(const Ears& ears, double faded_part, double step_s) {
     const Signal curve = energyCurve(ears);
     const std::size_t step = samplesIn(step_s);
-    const std::size_t end = fadeStart(curve, fadedPart);
+    const std::size_t end = fadeStart(curve, faded_part);
     Signal levels_db;
     for (std::size_t n = tailStart(ears); n + step <= end; n += step) {
         levels_db.push_back(10.0 * std::log10(sumOf(std::span(curve).subspan(n, step))));
@@ -153,9 +153,9 @@ double strongestReflection_db(const Ears& ears) {
     return 10.0 * std::log10(strongest / comparedEnergy(directSound(ears)));
 }
 
-double reverberationTime_s(const Ears& ears, double octave_hz, double fadedPart) {
+double reverberationTime_s(const Ears& ears, double octave_hz, double faded_part) {
     const std::size_t from = firstOnset(ears) + samplesIn(kDecayFrom_s);
-    const std::size_t to = fadeStart(ears[0], fadedPart);
+    const std::size_t to = fadeStart(ears[0], faded_part);
     Signal energy(to - from, 0.0);
     for (const Signal& ear : ears) {
         const Signal band = octaveBand(ear, octave_hz, kRate_hz);
@@ -171,12 +171,12 @@ double reverberationTime_s(const Ears& ears, double octave_hz, double fadedPart)
     return time_s;
 }
 
-std::size_t fadeStart(const Signal& ear, double fadedPart) {
-    return static_cast<std::size_t>((1.0 - fadedPart) * static_cast<double>(ear.size()));
+std::size_t fadeStart(const Signal& ear, double faded_part) {
+    return static_cast<std::size_t>((1.0 - faded_part) * static_cast<double>(ear.size()));
 }
 
-double tailUnevenness_db(const Ears& ears, double fadedPart) {
-    const Signal levels_db = tailSteps_db(ears, fadedPart, kUnevennessStep_s);
+double tailUnevenness_db(const Ears& ears, double faded_part) {
+    const Signal levels_db = tailSteps_db(ears, faded_part, kUnevennessStep_s);
     const Line line = fitLine(levels_db);
     double sum = 0.0;
     for (std::size_t i = 0; i < levels_db.size(); ++i) {
@@ -186,8 +186,8 @@ double tailUnevenness_db(const Ears& ears, double fadedPart) {
     return std::sqrt(sum / static_cast<double>(levels_db.size()));
 }
 
-double tailRise_db(const Ears& ears, double fadedPart) {
-    const Signal levels_db = tailSteps_db(ears, fadedPart, kRiseStep_s);
+double tailRise_db(const Ears& ears, double faded_part) {
+    const Signal levels_db = tailSteps_db(ears, faded_part, kRiseStep_s);
     double largest_db = -1000.0;
     for (std::size_t i = 1; i < levels_db.size(); ++i) {
         largest_db = std::max(largest_db, levels_db[i] - levels_db[i - 1]);

@@ -1,5 +1,5 @@
-/* How a room's answer falls away: its energy against the direct sound's, its reverberation time, how straight
- * it is. */
+// How a room's answer falls away: its energy against the direct sound's, its reverberation time, how straight
+// it is.
 #pragma once
 
 #include <cstddef>
@@ -25,17 +25,17 @@ double strongestReflection_db(const Ears& ears);
  * onset to the closing fade and drawn out to 60 dB. What the fade takes away is added as the rest of an
  * exponential decay, as ISO 3382-1 does for a decay that ends in noise; else short tables would seem to decay
  * faster than they do.
- * @param fadedPart of the length, at the end */
-double reverberationTime_s(const Ears& ears, double octave_hz, double fadedPart);
+ * @param faded_part of the length, at the end */
+double reverberationTime_s(const Ears& ears, double octave_hz, double faded_part);
 
 /** The first sample of the closing fade. */
-std::size_t fadeStart(const Signal& ear, double fadedPart);
+std::size_t fadeStart(const Signal& ear, double faded_part);
 
 /** Root mean square of the distance of the tail's 5 ms energies from a straight line in dB. */
-double tailUnevenness_db(const Ears& ears, double fadedPart);
+double tailUnevenness_db(const Ears& ears, double faded_part);
 
 /** The largest step upwards between neighbouring 10 ms energies of the tail; negative if it falls always. */
-double tailRise_db(const Ears& ears, double fadedPart);
+double tailRise_db(const Ears& ears, double faded_part);
 
 /** Time from the earlier ear's onset at which the tail is taken to begin. */
 inline constexpr double kTailFrom_s = 0.020;

@@ -29,11 +29,11 @@ double bandCorrelation(const Spectrum& a, const Spectrum& b, double low_hz, doub
 }
 
 /** The tail without its decay, up to the closing fade. */
-Signal steadyTail(const Signal& ear, std::size_t start, double reverberationTime_s, double fadedPart) {
+Signal steadyTail(const Signal& ear, std::size_t start, double reverberation_time_s, double faded_part) {
     Signal tail = tailOf(ear, start);
-    tail.resize(fadeStart(ear, fadedPart));
+    tail.resize(fadeStart(ear, faded_part));
     for (std::size_t n = start; n < tail.size(); ++n) {
-        tail[n] *= std::pow(10.0, 3.0 * static_cast<double>(n - start) / kRate_hz / reverberationTime_s);
+        tail[n] *= std::pow(10.0, 3.0 * static_cast<double>(n - start) / kRate_hz / reverberation_time_s);
     }
     return tail;
 }
@@ -46,11 +46,11 @@ double diffuseCoherence(double frequency_hz) {
     return std::sin(2.2 * kd) / (2.2 * kd) / std::sqrt(1.0 + std::pow(kd / 2.0, 4.0));
 }
 
-double coherenceError(const Ears& ears, double reverberationTime_s, double fadedPart) {
+double coherenceError(const Ears& ears, double reverberation_time_s, double faded_part) {
     const std::size_t start = tailStart(ears);
     const std::size_t points = powerOfTwoFrom(ears[0].size());
-    const Spectrum left = spectrumOf(steadyTail(ears[0], start, reverberationTime_s, fadedPart), points);
-    const Spectrum right = spectrumOf(steadyTail(ears[1], start, reverberationTime_s, fadedPart), points);
+    const Spectrum left = spectrumOf(steadyTail(ears[0], start, reverberation_time_s, faded_part), points);
+    const Spectrum right = spectrumOf(steadyTail(ears[1], start, reverberation_time_s, faded_part), points);
     double sum = 0.0;
     for (int i = 0; i < kHalfOctaves; ++i) {
         const double centre_hz = kLowest_hz * std::exp2(0.5 * i);

@@ -1,4 +1,4 @@
-/* How alike two ears, or two responses, are: what makes a room heard around the head and not inside it. */
+// How alike two ears, or two responses, are: what makes a room heard around the head and not inside it.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ double diffuseCoherence(double frequency_hz);
  * 20 ms to the closing fade and that of a diffuse field. The decay is taken out first, so that the whole tail
  * counts: of a decaying tail so little would count that even a perfectly diffuse one would show 0.2 by
  * chance. */
-double coherenceError(const Ears& ears, double reverberationTime_s, double fadedPart);
+double coherenceError(const Ears& ears, double reverberation_time_s, double faded_part);
 
 /** Correlation coefficient of two signals between two frequencies, without delay. */
 double correlation(const Signal& a, const Signal& b, double low_hz, double high_hz);

@@ -39,9 +39,9 @@ double leastTrebleDifference_db(double azimuth_deg) {
 
 }  // namespace
 
-Row interauralDelays(const Responses& responses, double headRadius_m) {
+Row interauralDelays(const Responses& responses, double head_radius_m) {
     return overSources(responses, "interaural delay off Woodworth's", "us", false, [&](const Source& source) {
-        const double expected_us = woodworthDelay_us(source.azimuth_deg, headRadius_m);
+        const double expected_us = woodworthDelay_us(source.azimuth_deg, head_radius_m);
         return Figure{source.name, interauralDelay_us(source.ears) - expected_us, -50.0, 50.0};
     });
 }

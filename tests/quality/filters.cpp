@@ -89,9 +89,9 @@ double kCurve(double frequency_hz, double rate_hz) {
     const double middle = std::pow(high, kShelfMiddleExponent);
     const Section shelf = bilinear({1.0, middle / kShelfQ, high}, kShelfQ, kShelf_hz, rate_hz);
     // The standard leaves the high-pass unscaled: its numerator is 1, -2, 1.
-    Section bassCut = bilinear(kHighPass, kBassCutQ, kBassCut_hz, rate_hz);
-    bassCut.b = {1.0, -2.0, 1.0};
-    return powerAt(shelf, frequency_hz, rate_hz) * powerAt(bassCut, frequency_hz, rate_hz);
+    Section bass_cut = bilinear(kHighPass, kBassCutQ, kBassCut_hz, rate_hz);
+    bass_cut.b = {1.0, -2.0, 1.0};
+    return powerAt(shelf, frequency_hz, rate_hz) * powerAt(bass_cut, frequency_hz, rate_hz);
 }
 
 }  // namespace response_quality

@@ -1,5 +1,5 @@
-/* The filters that the measures are defined with: Butterworth bands, and the loudness curve of ITU-R BS.1770
- * from its analogue corner frequencies, so that it serves any sampling rate. */
+// The filters that the measures are defined with: Butterworth bands, and the loudness curve of ITU-R BS.1770
+// from its analogue corner frequencies, so that it serves any sampling rate.
 #pragma once
 
 #include "spectrum.h"

@@ -38,10 +38,10 @@ double interauralDelay_us(const Ears& ears) {
     return (right - left) / (static_cast<double>(kOversampling) * kRate_hz) * 1e6;
 }
 
-double woodworthDelay_us(double azimuth_deg, double headRadius_m) {
+double woodworthDelay_us(double azimuth_deg, double head_radius_m) {
     // The lateral angle: 110 degrees is as far to the side as 70.
     const double lateral = std::asin(std::sin(azimuth_deg * std::numbers::pi / 180.0));
-    return headRadius_m / kSpeedOfSound_m_s * (lateral + std::sin(lateral)) * 1e6;
+    return head_radius_m / kSpeedOfSound_m_s * (lateral + std::sin(lateral)) * 1e6;
 }
 
 double levelDifference_db(const Ears& ears, double centre_hz) {

@@ -1,4 +1,4 @@
-/* What tells the ears where a sound comes from: when and how loud it arrives at either of them. */
+// What tells the ears where a sound comes from: when and how loud it arrives at either of them.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ std::size_t onset(const Signal& signal);
 double interauralDelay_us(const Ears& ears);
 
 /** Delay of a sphere of this radius for a source at this azimuth, after Woodworth. Positive: left. */
-double woodworthDelay_us(double azimuth_deg, double headRadius_m);
+double woodworthDelay_us(double azimuth_deg, double head_radius_m);
 
 /** How much more energy the left ear has in an octave. */
 double levelDifference_db(const Ears& ears, double centre_hz);

@@ -1,4 +1,4 @@
-/* The measures themselves, on signals whose figures are known. */
+// The measures themselves, on signals whose figures are known.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -32,13 +32,13 @@ Signal impulse(std::size_t size, std::size_t at) {
 }
 
 /** A unit direct sound at sample 40, 8 dB above noise that decays from 3 ms on. */
-Ears syntheticRoom(double reverberationTime_s) {
+Ears syntheticRoom(double reverberation_time_s) {
     Ears ears{noise(13000, kSeed), noise(13000, kSeed + 1)};
     for (Signal& ear : ears) {
         double energy = 0.0;
         for (std::size_t n = 0; n < ear.size(); ++n) {
             const double t_s = (static_cast<double>(n) - 40.0) / kRate_hz;
-            ear[n] *= t_s < 0.003 ? 0.0 : std::pow(10.0, -3.0 * t_s / reverberationTime_s);
+            ear[n] *= t_s < 0.003 ? 0.0 : std::pow(10.0, -3.0 * t_s / reverberation_time_s);
             energy += ear[n] * ear[n];
         }
         for (double& value : ear) value *= std::sqrt(std::pow(10.0, -0.8) / energy);
@@ -107,8 +107,8 @@ TEST(ResponseMeasures, KCurveIsThatOfTheTabledCoefficientsAt48kHz) {
     // Sum of the tabled coefficients' responses, worked by hand at 0 Hz's far side: half the rate.
     const double shelf = (1.53512485958697 + 2.69169618940638 + 1.19839281085285) /
                          (1.0 + 1.69065929318241 + 0.73248077421585);
-    const double bassCut = 4.0 / (1.0 + 1.99004745483398 + 0.99007225036621);
-    EXPECT_NEAR(kCurve(24000.0, 48000.0), shelf * shelf * bassCut * bassCut, 1e-9);
+    const double bass_cut = 4.0 / (1.0 + 1.99004745483398 + 0.99007225036621);
+    EXPECT_NEAR(kCurve(24000.0, 48000.0), shelf * shelf * bass_cut * bass_cut, 1e-9);
     // The standard's own calibration: 997 Hz is 0.691 dB up.
     EXPECT_NEAR(10.0 * std::log10(kCurve(997.0, 48000.0)), 0.691, 0.01);
 }

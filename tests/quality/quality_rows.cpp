@@ -9,8 +9,8 @@ bool Row::holds() const {
            std::all_of(figures.begin(), figures.end(), [](const Figure& figure) { return figure.holds(); });
 }
 
-std::vector<Row> allRows(const Responses& responses, double headRadius_m) {
-    return {interauralDelays(responses, headRadius_m),
+std::vector<Row> allRows(const Responses& responses, double head_radius_m) {
+    return {interauralDelays(responses, head_radius_m),
             trebleLevelDifferences(responses),
             middleLevelDifferences(responses),
             centralDelays(responses),

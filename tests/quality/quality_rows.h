@@ -1,5 +1,5 @@
-/* What we promise about the impulse responses, row by row: each measured figure with the limits that it must
- * keep. */
+// What we promise about the impulse responses, row by row: each measured figure with the limits that it must
+// keep.
 #pragma once
 
 #include <string>
@@ -11,7 +11,7 @@ namespace response_quality {
 
 /** One measured figure. */
 struct Figure {
-    std::string of;  ///< the set, source or ear that was measured
+    std::string of;  // the set, source or ear that was measured
     double value = 0.0;
     double lowest = 0.0;
     double highest = 0.0;
@@ -29,10 +29,10 @@ struct Row {
     bool holds() const;
 };
 
-/* Direction. */
+// Direction.
 
 /** Against Woodworth's for a head of this radius. */
-Row interauralDelays(const Responses& responses, double headRadius_m);
+Row interauralDelays(const Responses& responses, double head_radius_m);
 /** Of the direct sound, in the 4 kHz octave: more at the ear on the source's side. */
 Row trebleLevelDifferences(const Responses& responses);
 /** Of the direct sound, in the 500 Hz octave. */
@@ -42,7 +42,7 @@ Row centralDelays(const Responses& responses);
 /** And at the same level. */
 Row centralLevelDifferences(const Responses& responses);
 
-/* Room. */
+// Room.
 
 /** Against what the room was made for. */
 Row directToReverberantRatios(const Responses& responses);
@@ -57,7 +57,7 @@ Row mirroredDirectLevels(const Responses& responses);
 Row mirroredEnergies(const Responses& responses);
 Row mirroredTailCorrelations(const Responses& responses);
 
-/* Tone and loudness: the modes with the Audio stage behind them. */
+// Tone and loudness: the modes with the Audio stage behind them.
 
 Row frontColourRms(const Responses& responses);
 Row frontColourWorst(const Responses& responses);
@@ -72,13 +72,13 @@ Row sourceBalances(const Responses& responses);
 Row lowFrequencyLevels(const Responses& responses);
 Row lowFrequencyRipples(const Responses& responses);
 
-/* Cleanness, against the whole energy. */
+// Cleanness, against the whole energy.
 
 Row energiesBeforeArrival(const Responses& responses);
 Row energiesAtTheEnd(const Responses& responses);
 Row constantParts(const Responses& responses);
 
 /** Every row above. */
-std::vector<Row> allRows(const Responses& responses, double headRadius_m);
+std::vector<Row> allRows(const Responses& responses, double head_radius_m);
 
 }  // namespace response_quality

@@ -1,5 +1,5 @@
-/* The impulse responses as compiled keep every promise about how they sound. Each measured figure and its
- * limits can be read in the output of ResponseQuality.PrintsEveryFigure. */
+// The impulse responses as compiled keep every promise about how they sound. Each measured figure and its
+// limits can be read in the output of ResponseQuality.PrintsEveryFigure.
 #include <gtest/gtest.h>
 
 #include <algorithm>

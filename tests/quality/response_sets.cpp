@@ -12,7 +12,7 @@ struct Loudspeaker {
     double azimuth_deg;
 };
 
-/* ITU-R BS.775; the back pair of eight channels comes before the side pair. */
+// ITU-R BS.775; the back pair of eight channels comes before the side pair.
 constexpr Loudspeaker kTwoChannels[] = {{Role::kFront, 30.0}, {Role::kFront, -30.0}};
 constexpr Loudspeaker kBingo51[] = {{Role::kFront, 30.0},     {Role::kFront, -30.0},
                                     {Role::kCentre, 0.0},     {Role::kLowFrequency, 0.0},
@@ -34,8 +34,8 @@ struct Setting {
     Kind kind;
     int mode;
     double divisor;
-    double reverberationTime_s;
-    double fadedPart;
+    double reverberation_time_s;
+    double faded_part;
     double front_db;
     double centre_db;
     double surround_db;
@@ -73,17 +73,17 @@ ResponseSet makeSet(const TableSet& tables, const Setting& setting,
                     std::span<const Loudspeaker> loudspeakers) {
     ResponseSet set{.name = std::string(tables.name),
                     .kind = setting.kind,
-                    .hasTwoChannels = loudspeakers.size() == 2,
+                    .has_two_channels = loudspeakers.size() == 2,
                     .mode = setting.mode,
-                    .reverberationTime_s = setting.reverberationTime_s,
-                    .fadedPart = setting.fadedPart,
+                    .reverberation_time_s = setting.reverberation_time_s,
+                    .faded_part = setting.faded_part,
                     .sources = {}};
     for (std::size_t i = 0; i < loudspeakers.size(); ++i) {
         const Loudspeaker& loudspeaker = loudspeakers[i];
         set.sources.push_back({.name = set.name + " source " + std::to_string(i + 1),
                                .role = loudspeaker.role,
                                .azimuth_deg = loudspeaker.azimuth_deg,
-                               .directToReverberant_db = ratioOf(setting, loudspeaker.role),
+                               .direct_to_reverberant_db = ratioOf(setting, loudspeaker.role),
                                .ears = {gains(tables.tables[2 * i], setting.divisor),
                                         gains(tables.tables[2 * i + 1], setting.divisor)}});
     }
@@ -106,15 +106,15 @@ Responses compiledResponses() {
             ++next;
         }
     }
-    responses.audioStage = gains(compiledAudioStage(), kAudioDivisor);
+    responses.audio_stage = gains(compiledAudioStage(), kAudioDivisor);
     return responses;
 }
 
-ResponseSet withAudioStage(const ResponseSet& set, const Signal& audioStage) {
+ResponseSet withAudioStage(const ResponseSet& set, const Signal& audio_stage) {
     ResponseSet heard = set;
     if (set.kind != Kind::kMode) return heard;
     for (Source& source : heard.sources) {
-        for (Signal& ear : source.ears) ear = convolve(ear, audioStage);
+        for (Signal& ear : source.ears) ear = convolve(ear, audio_stage);
     }
     return heard;
 }

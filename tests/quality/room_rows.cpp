@@ -39,8 +39,8 @@ Row overEars(const Responses& responses, const char* measure, double highest_db,
             }
         }
     }
-    const Source audioStage{.name = "Audio", .ears = {responses.audioStage, responses.audioStage}};
-    row.figures.push_back({audioStage.name, value(audioStage, 0), kNoLowest, highest_db});
+    const Source audio_stage{.name = "Audio", .ears = {responses.audio_stage, responses.audio_stage}};
+    row.figures.push_back({audio_stage.name, value(audio_stage, 0), kNoLowest, highest_db});
     for (Figure& figure : row.figures) figure.value = std::max(figure.value, kNothing_db);
     return row;
 }
@@ -77,7 +77,7 @@ double energy(const Signal& signal) {
 Row directToReverberantRatios(const Responses& responses) {
     return overSources(responses, "direct to reverberant ratio off the room's", "dB", -1.5, 1.5,
                        [](const ResponseSet&, const Source& source) {
-                           return directToReverberant_db(source.ears) - source.directToReverberant_db;
+                           return directToReverberant_db(source.ears) - source.direct_to_reverberant_db;
                        });
 }
 
@@ -93,8 +93,8 @@ Row reverberationTimes(const Responses& responses, double octave_hz, double lowe
     Row row = overSources(responses, measure.c_str(), "%", 100.0 * lowest, 100.0 * highest,
                           [octave_hz](const ResponseSet& set, const Source& source) {
                               const double time_s =
-                                  reverberationTime_s(source.ears, octave_hz, set.fadedPart);
-                              return 100.0 * (time_s / set.reverberationTime_s - 1.0);
+                                  reverberationTime_s(source.ears, octave_hz, set.faded_part);
+                              return 100.0 * (time_s / set.reverberation_time_s - 1.0);
                           });
     return row;
 }
@@ -102,14 +102,15 @@ Row reverberationTimes(const Responses& responses, double octave_hz, double lowe
 Row tailUnevenness(const Responses& responses) {
     return overSources(responses, "tail's 5 ms energies off a straight decay, rms", "dB", 0.0, 2.5,
                        [](const ResponseSet& set, const Source& source) {
-                           return tailUnevenness_db(source.ears, set.fadedPart);
+                           return tailUnevenness_db(source.ears, set.faded_part);
                        });
 }
 
 Row tailRises(const Responses& responses) {
-    return overSources(
-        responses, "largest rise of the tail's 10 ms energies", "dB", kNoLowest, 2.0,
-        [](const ResponseSet& set, const Source& source) { return tailRise_db(source.ears, set.fadedPart); });
+    return overSources(responses, "largest rise of the tail's 10 ms energies", "dB", kNoLowest, 2.0,
+                       [](const ResponseSet& set, const Source& source) {
+                           return tailRise_db(source.ears, set.faded_part);
+                       });
 }
 
 Row tailCoherenceErrors(const Responses& responses) {
@@ -117,7 +118,7 @@ Row tailCoherenceErrors(const Responses& responses) {
     for (const ResponseSet& set : responses.sets) {
         for (const Source& source : set.sources) {
             if (set.kind == Kind::kMode && source.role == Role::kCentre) continue;
-            const double error = coherenceError(source.ears, set.reverberationTime_s, set.fadedPart);
+            const double error = coherenceError(source.ears, set.reverberation_time_s, set.faded_part);
             row.figures.push_back({source.name, error, 0.0, 0.2});
         }
     }
@@ -127,15 +128,15 @@ Row tailCoherenceErrors(const Responses& responses) {
 Row mirroredDirectLevels(const Responses& responses) {
     return overMirroredEars(
         responses, "mirror pair, direct level", "dB", 0.4,
-        [](const Ears& a, std::size_t earA, const Ears& b, std::size_t earB) {
-            return 10.0 * std::log10(energy(directSound(a)[earA]) / energy(directSound(b)[earB]));
+        [](const Ears& a, std::size_t ear_a, const Ears& b, std::size_t ear_b) {
+            return 10.0 * std::log10(energy(directSound(a)[ear_a]) / energy(directSound(b)[ear_b]));
         });
 }
 
 Row mirroredEnergies(const Responses& responses) {
     return overMirroredEars(responses, "mirror pair, whole energy", "dB", 1.0,
-                            [](const Ears& a, std::size_t earA, const Ears& b, std::size_t earB) {
-                                return 10.0 * std::log10(energy(a[earA]) / energy(b[earB]));
+                            [](const Ears& a, std::size_t ear_a, const Ears& b, std::size_t ear_b) {
+                                return 10.0 * std::log10(energy(a[ear_a]) / energy(b[ear_b]));
                             });
 }
 

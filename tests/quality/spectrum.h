@@ -1,6 +1,6 @@
-/* Discrete Fourier transforms and what is read from spectra: the energy of a band, a convolution, a signal
- * between its samples. Plain double precision for measuring; nothing here is shared with the generator of the
- * responses. */
+// Discrete Fourier transforms and what is read from spectra: the energy of a band, a convolution, a signal
+// between its samples. Plain double precision for measuring; nothing here is shared with the generator of the
+// responses.
 #pragma once
 
 #include <complex>

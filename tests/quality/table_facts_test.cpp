@@ -1,4 +1,4 @@
-/* What programs that read the tables may rely on: names, lengths, peaks, sides and which tables are equal. */
+// What programs that read the tables may rely on: names, lengths, peaks, sides and which tables are equal.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,8 +15,8 @@ namespace {
 /** Sides of the sources: l, r, c for the centre, e for a centre with equal ears, b for the low-frequency
  * channel. */
 struct ExpectedSet {
-    std::string_view layout;  ///< as in the names; empty for cingo
-    std::string_view kind;    ///< as in the names
+    std::string_view layout;  // as in the names; empty for cingo
+    std::string_view kind;    // as in the names
     std::string_view sides;
     std::size_t samples;
     int peak;

@@ -45,14 +45,14 @@ double thirdOctaveCentre_hz(int band) {
 }  // namespace
 
 Signal frontPairPower(const ResponseSet& set) {
-    const bool isOwnChannelOnly = set.kind == Kind::kMode && set.hasTwoChannels;
+    const bool is_own_channel_only = set.kind == Kind::kMode && set.has_two_channels;
     Signal power(kPoints / 2 + 1, 0.0);
     for (std::size_t ear = 0; ear < 2; ++ear) {
         const Spectrum first = spectrumOf(set.sources[0].ears[ear], kPoints);
         const Spectrum second = spectrumOf(set.sources[1].ears[ear], kPoints);
         for (std::size_t k = 0; k < power.size(); ++k) {
             const double frequency_hz = static_cast<double>(k) * kRate_hz / kPoints;
-            const double rho = isOwnChannelOnly ? 1.0 : musicCoherence(frequency_hz);
+            const double rho = is_own_channel_only ? 1.0 : musicCoherence(frequency_hz);
             const double both = std::norm(first[k]) + std::norm(second[k]) +
                                 2.0 * rho * (first[k] * std::conj(second[k])).real();
             power[k] += both / 2.0;
@@ -88,7 +88,7 @@ double bandLevel_db(const Signal& power, double rate_hz, double low_hz, double h
 Signal colour_db(const Signal& power, double lowest_hz, double highest_hz) {
     Signal levels_db;
     double reference_db = 0.0;
-    int referenceBands = 0;
+    int reference_bands = 0;
     for (int band = 13; band <= 43; ++band) {
         const double centre_hz = thirdOctaveCentre_hz(band);
         const double half = std::pow(10.0, 0.05);
@@ -96,11 +96,11 @@ Signal colour_db(const Signal& power, double lowest_hz, double highest_hz) {
         // The nominal frequencies are within 2 % of the exact ones.
         if (centre_hz > 0.97 * kReferenceLow_hz && centre_hz < 1.03 * kReferenceHigh_hz) {
             reference_db += level_db;
-            ++referenceBands;
+            ++reference_bands;
         }
         if (centre_hz > 0.97 * lowest_hz && centre_hz < 1.03 * highest_hz) levels_db.push_back(level_db);
     }
-    for (double& level_db : levels_db) level_db -= reference_db / referenceBands;
+    for (double& level_db : levels_db) level_db -= reference_db / reference_bands;
     return levels_db;
 }
 

@@ -1,5 +1,4 @@
-/* What the responses do to a programme's colour and loudness. A power is on bins 0 to 16384 of 32768 points.
- */
+// What the responses do to a programme's colour and loudness. A power is on bins 0 to 16384 of 32768 points.
 #pragma once
 
 #include "response_sets.h"
@@ -34,8 +33,8 @@ double worst(const Signal& values);
 double bassLift_db(const Signal& power, double rate_hz);
 
 enum class Programme {
-    kPink,   ///< the same energy in every octave from 20 Hz to 20 kHz
-    kMusic,  ///< less of it above 100 Hz, much less above 4 kHz and below 40 Hz
+    kPink,   // the same energy in every octave from 20 Hz to 20 kHz
+    kMusic,  // less of it above 100 Hz, much less above 4 kHz and below 40 Hz
 };
 
 /** How much louder the programme gets, by the K curve of ITU-R BS.1770. */

@@ -13,7 +13,7 @@ template <typename Measure>
 Row overFrontPairs(const Responses& responses, const char* measure, const char* unit, Measure figure) {
     Row row{measure, unit, {}};
     for (const ResponseSet& set : responses.sets) {
-        row.figures.push_back(figure(withAudioStage(frontPair(set), responses.audioStage)));
+        row.figures.push_back(figure(withAudioStage(frontPair(set), responses.audio_stage)));
     }
     return row;
 }
@@ -64,12 +64,12 @@ Row bassLifts(const Responses& responses) {
     Row row{"bass lift", "dB", {}};
     for (const ResponseSet& set : responses.sets) {
         if (set.kind != Kind::kMode) continue;
-        const ResponseSet heard = withAudioStage(frontPair(set), responses.audioStage);
+        const ResponseSet heard = withAudioStage(frontPair(set), responses.audio_stage);
         const double meant_db = 2.0 + 2.0 * set.mode;
         row.figures.push_back(
             {set.name, bassLift_db(frontPairPower(heard), kRate_hz), meant_db - 1.0, meant_db + 1.0});
     }
-    const Signal stage = responsePower(responses.audioStage);
+    const Signal stage = responsePower(responses.audio_stage);
     row.figures.push_back({"Audio alone at 44.1 kHz", bassLift_db(stage, kAudioRate_hz), 3.2, 5.2});
     row.figures.push_back({"Audio alone at 48 kHz", bassLift_db(stage, kRate_hz), 3.2, 5.2});
     return row;
@@ -91,7 +91,7 @@ Row sourceBalances(const Responses& responses) {
     Row row{"loudest against softest source", "LU", {}};
     for (const ResponseSet& set : responses.sets) {
         Signal loudness_lu;
-        for (const Source& source : withAudioStage(set, responses.audioStage).sources) {
+        for (const Source& source : withAudioStage(set, responses.audio_stage).sources) {
             if (source.role == Role::kLowFrequency) continue;
             loudness_lu.push_back(loudnessChange_lu(sourcePower(source.ears), Programme::kPink));
         }

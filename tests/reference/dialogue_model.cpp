@@ -16,14 +16,14 @@ double square(double x) {
     return x * x;
 }
 
-/* As many as there is room for. */
+// As many as there is room for.
 void queue(std::deque<std::int16_t>& ring, const Samples& samples) {
     for (const std::int16_t sample : samples) {
         if (ring.size() < kRingHolds) ring.push_back(sample);
     }
 }
 
-/* The whole of it, or silence. */
+// The whole of it, or silence.
 Samples take(std::deque<std::int16_t>& ring, std::size_t count) {
     if (ring.size() < count) return Samples(count, 0);
     const auto end = ring.begin() + static_cast<std::ptrdiff_t>(count);
@@ -36,7 +36,7 @@ std::int16_t toPcm(float x) {
     return static_cast<std::int16_t>(std::clamp(std::trunc(x), -32768.0F, 32767.0F));
 }
 
-/* How much the magnitudes of all bins changed. */
+// How much the magnitudes of all bins changed.
 double flux(const std::vector<double>& now, const std::vector<double>& before) {
     double sum = 0;
     for (std::size_t k = 0; k < now.size(); ++k) sum += square(now[k] - before[k]);

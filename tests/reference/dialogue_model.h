@@ -1,7 +1,7 @@
-/* Dialogue enhancement once more, written to be obviously right and not fast; shares no code with the engine.
- *
- * Everything is in double but for the window, which is stored as float, and the limiter, whose model has the
- * engine's single precision. A queue stands for each ring. */
+// Dialogue enhancement once more, written to be obviously right and not fast; shares no code with the engine.
+//
+// Everything is in double but for the window, which is stored as float, and the limiter, whose model has the
+// engine's single precision. A queue stands for each ring.
 #pragma once
 
 #include <array>

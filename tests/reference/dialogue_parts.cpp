@@ -22,12 +22,12 @@ DialogueParts enhancedParts(const Samples& speech, const Samples& background, in
     DialogueParts parts;
     const std::size_t block_samples = points / 4 * 2;
     for (std::size_t done = 0; done + block_samples <= speech.size(); done += block_samples) {
-        const auto blockOf = [&](const Samples& samples) {
+        const auto block_of = [&](const Samples& samples) {
             const auto first = samples.begin() + static_cast<std::ptrdiff_t>(done);
             return Samples(first, first + static_cast<std::ptrdiff_t>(block_samples));
         };
-        const Samples speech_block = blockOf(speech);
-        const Samples background_block = blockOf(background);
+        const Samples speech_block = block_of(speech);
+        const Samples background_block = block_of(background);
         Samples mix_block;
         std::transform(speech_block.begin(), speech_block.end(), background_block.begin(),
                        std::back_inserter(mix_block),

@@ -1,4 +1,4 @@
-/* Convolution by its definition, in double. */
+// Convolution by its definition, in double.
 #pragma once
 
 #include <cstddef>

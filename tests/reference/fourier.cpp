@@ -8,7 +8,7 @@ namespace {
 
 using Complex = std::complex<double>;
 
-/* exp(-2 pi i k / n), k = 0..n/2 - 1. */
+// exp(-2 pi i k / n), k = 0..n/2 - 1.
 std::vector<Complex> unitRoots(std::size_t n) {
     std::vector<Complex> roots;
     for (std::size_t k = 0; k < n / 2; ++k) {
@@ -18,7 +18,7 @@ std::vector<Complex> unitRoots(std::size_t n) {
     return roots;
 }
 
-/* Of every `stride`th number: the transforms of the even and the odd ones, put together. */
+// Of every `stride`th number: the transforms of the even and the odd ones, put together.
 void transform(const Complex* x, std::size_t n, std::size_t stride, const std::vector<Complex>& roots,
                Complex* out) {
     if (n == 1) {
@@ -50,7 +50,7 @@ std::vector<Complex> spectrumOf(const std::vector<double>& x) {
     return spectrum;
 }
 
-/* The inverse is the transform of the conjugate, conjugated, over n. */
+// The inverse is the transform of the conjugate, conjugated, over n.
 std::vector<double> signalOf(const std::vector<Complex>& spectrum) {
     const std::size_t half = spectrum.size() - 1;
     std::vector<Complex> whole(2 * half);

@@ -1,4 +1,4 @@
-/* The discrete Fourier transform in double, of one length at a time, written to be obviously right. */
+// The discrete Fourier transform in double, of one length at a time, written to be obviously right.
 #pragma once
 
 #include <complex>

@@ -1,8 +1,8 @@
-/* The whole normalizer once more, written to be obviously right and not fast; shares no code with the engine.
- *
- * A queue stands for each ring, the window of a limiter is searched from end to end for its maximum, and
- * numbers are written in decimal and rounded to float where the engine has bit patterns. What must be the
- * same to give the same bits is the order of the float operations. */
+// The whole normalizer once more, written to be obviously right and not fast; shares no code with the engine.
+//
+// A queue stands for each ring, the window of a limiter is searched from end to end for its maximum, and
+// numbers are written in decimal and rounded to float where the engine has bit patterns. What must be the
+// same to give the same bits is the order of the float operations.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +14,8 @@ namespace model {
 
 /** What a limiter compares with its ceiling. */
 enum class Detection {
-    kLoudestOfTheCall,  ///< every sample counts as loud as the loudest of its call; no delay
-    kEachSample,        ///< each sample by itself; the output is delayed by 63 samples
+    kLoudestOfTheCall,  // every sample counts as loud as the loudest of its call; no delay
+    kEachSample,        // each sample by itself; the output is delayed by 63 samples
 };
 
 class Limiter {

@@ -1,5 +1,5 @@
-/* The peak limiter that peak_limiter.h describes, one sample after the other: what the library's must equal
- * to the bit, in its output and in every field of its record. */
+// The peak limiter that peak_limiter.h describes, one sample after the other: what the library's must equal
+// to the bit, in its output and in every field of its record.
 #pragma once
 
 #include "peak_limiter.h"

@@ -1,8 +1,8 @@
-/* Surround once more, written to be obviously right and not fast; shares no code with the engine but the data
- * of the responses and the model of the limiter.
- *
- * Convolution is direct and in double: every input sample adds its scaled response to what is still to come.
- * A queue stands for each ring. */
+// Surround once more, written to be obviously right and not fast; shares no code with the engine but the data
+// of the responses and the model of the limiter.
+//
+// Convolution is direct and in double: every input sample adds its scaled response to what is still to come.
+// A queue stands for each ring.
 #pragma once
 
 #include <cstddef>

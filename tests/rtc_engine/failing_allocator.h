@@ -1,4 +1,4 @@
-/* Replaces operator new, to count allocations and to let one fail. */
+// Replaces operator new, to count allocations and to let one fail.
 #pragma once
 
 #include <cstddef>

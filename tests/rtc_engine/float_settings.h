@@ -1,4 +1,4 @@
-/* Settings of the floating-point unit that a host may have made for its threads. */
+// Settings of the floating-point unit that a host may have made for its threads.
 #pragma once
 
 #include <cfenv>

@@ -1,5 +1,5 @@
-/* Hosts often let their audio threads take numbers that are too small to be normal for zero, which is quicker
- * on some processors, and may have set another rounding mode. The sound must not depend on either. */
+// Hosts often let their audio threads take numbers that are too small to be normal for zero, which is quicker
+// on some processors, and may have set another rounding mode. The sound must not depend on either.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -17,8 +17,8 @@ using test::FloatSettings;
 using test::Pcm;
 using test::SmallNumbers;
 
-/* Small numbers come from these: full scale, one step above silence, and silence for long enough that
- * everything that decays has decayed. */
+// Small numbers come from these: full scale, one step above silence, and silence for long enough that
+// everything that decays has decayed.
 Pcm fromLoudToSilent(int channels, int silent_frames) {
     Pcm all = test::bursts(5, channels * 24000);
     test::append(all, test::noise(6, channels * 12000, 1));
@@ -42,38 +42,38 @@ constexpr HostSettings kEverySetting[] = {
     {SmallNumbers::kKept, FE_UPWARD, "rounding upward"},
     {SmallNumbers::kZero, FE_DOWNWARD, "rounding downward, small are zero"}};
 
-/* The setting is there while an effect works, and while it is made, too, or is not. */
+// The setting is there while an effect works, and while it is made, too, or is not.
 template <typename Make, typename Output>
-void expectSameBits(const HostSettings& host, Make make, Output outputOf) {
+void expectSameBits(const HostSettings& host, Make make, Output output_of) {
     SCOPED_TRACE(host.name);
     auto as_usual = make();
-    const auto expected = outputOf(as_usual.get());
+    const auto expected = output_of(as_usual.get());
     EXPECT_NE(*std::max_element(expected.begin(), expected.end()), 0);
     {
         auto effect = make();
         const FloatSettings settings(host.small_numbers, host.rounding);
-        EXPECT_TRUE(outputOf(effect.get()) == expected) << "set after creation";
+        EXPECT_TRUE(output_of(effect.get()) == expected) << "set after creation";
     }
     const FloatSettings settings(host.small_numbers, host.rounding);
     auto effect = make();
-    EXPECT_TRUE(outputOf(effect.get()) == expected) << "set before creation";
+    EXPECT_TRUE(output_of(effect.get()) == expected) << "set before creation";
 }
 
-/* The tests below would pass if the setting did nothing at all. */
+// The tests below would pass if the setting did nothing at all.
 TEST(HostFloatSettings, AreInForceAsLongAsATestAsksForThem) {
     volatile float smallest_normal = std::numeric_limits<float>::min();
     volatile float one = 1.0F;
-    const auto halfOfSmallest = [&] { return smallest_normal * 0.5F; };
+    const auto half_of_smallest = [&] { return smallest_normal * 0.5F; };
     const float third = one / 3.0F;
-    EXPECT_NE(halfOfSmallest(), 0.0F);
+    EXPECT_NE(half_of_smallest(), 0.0F);
     volatile float denormal = std::numeric_limits<float>::denorm_min();
     {
         const FloatSettings settings(SmallNumbers::kZero, FE_UPWARD);
-        EXPECT_TRUE(halfOfSmallest() == 0.0F);
+        EXPECT_TRUE(half_of_smallest() == 0.0F);
         EXPECT_TRUE(denormal * 16777216.0F * 16777216.0F == 0.0F);
         EXPECT_NE(one / -3.0F, -third);
     }
-    EXPECT_NE(halfOfSmallest(), 0.0F);
+    EXPECT_NE(half_of_smallest(), 0.0F);
     EXPECT_NE(denormal * 16777216.0F * 16777216.0F, 0.0F);
     EXPECT_EQ(one / -3.0F, -third);
 }

@@ -1,5 +1,5 @@
-/* Replaces mmap and munmap, to count what is mapped and to let mmap fail. The allocator reaches the kernel
- * without these functions. */
+// Replaces mmap and munmap, to count what is mapped and to let mmap fail. The allocator reaches the kernel
+// without these functions.
 #pragma once
 
 #include <cstddef>

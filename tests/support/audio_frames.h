@@ -20,7 +20,7 @@ struct FrameSpec {
     int channels = 2;
     int rate_hz = 48000;
     int frames = 1024;
-    std::string layout{};  ///< as libavutil writes layouts; empty: the default one of the channel count
+    std::string layout{};  // as libavutil writes layouts; empty: the default one of the channel count
 };
 
 /** The 16-bit sample of a frame and channel; other formats hold the same value in their own scale. */

@@ -22,7 +22,7 @@ Pcm oneAfterTheOther(const std::vector<std::string>& recordings) {
     return all;
 }
 
-/* A low pass of one pole at 1 kHz. */
+// A low pass of one pole at 1 kHz.
 Pcm dulled(const Pcm& bright) {
     Pcm dull;
     int level = 0;  // in 1/8

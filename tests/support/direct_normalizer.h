@@ -13,22 +13,22 @@ namespace test {
 class DirectNormalizer {
   public:
     explicit DirectNormalizer(int channels, int rate_hz = 48000)
-        : mChannels(channels), mHandle(aem_CreateNormalizer(channels, rate_hz)) {}
+        : channels_(channels), handle_(aem_CreateNormalizer(channels, rate_hz)) {}
     DirectNormalizer(const DirectNormalizer&) = delete;
     DirectNormalizer& operator=(const DirectNormalizer&) = delete;
-    ~DirectNormalizer() { aem_ReleaseNormalizer(mHandle); }
+    ~DirectNormalizer() { aem_ReleaseNormalizer(handle_); }
 
     std::vector<int16_t> process(const std::vector<int16_t>& in) {
         std::vector<int16_t> out(in.size());
-        const int frames = static_cast<int>(in.size()) / mChannels;
-        EXPECT_EQ(aem_ProcessNormalizer(mHandle, in.data(), out.data(), frames, mChannels),
-                  frames * mChannels);
+        const int frames = static_cast<int>(in.size()) / channels_;
+        EXPECT_EQ(aem_ProcessNormalizer(handle_, in.data(), out.data(), frames, channels_),
+                  frames * channels_);
         return out;
     }
 
   private:
-    int mChannels;
-    void* mHandle;
+    int channels_;
+    void* handle_;
 };
 
 }  // namespace test

@@ -1,8 +1,8 @@
-/* Runs a check with every set of vector instructions that this machine has, the smallest too. */
+// Runs a check with every set of vector instructions that this machine has, the smallest too.
 #pragma once
 
 #include "vector_targets.h"
-/* vector_targets.h comes first. */
+// vector_targets.h comes first.
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 

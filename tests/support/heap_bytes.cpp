@@ -24,18 +24,18 @@ std::uintptr_t addressOf(const void* memory) {
     return reinterpret_cast<std::uintptr_t>(memory);
 }
 
-/* The kernel maps and unmaps whole pages. */
+// The kernel maps and unmaps whole pages.
 std::uintptr_t roundedToPages(std::size_t bytes) {
     const auto page_bytes = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
     return (bytes + page_bytes - 1) / page_bytes * page_bytes;
 }
 
-/* The anonymous mappings of the program, as ranges of addresses that do not overlap. The array has a fixed
- * size, because some programs replace the allocator to count its calls. */
+// The anonymous mappings of the program, as ranges of addresses that do not overlap. The array has a fixed
+// size, because some programs replace the allocator to count its calls.
 class Mappings {
   public:
-    /* The lock is held over the system call, or another thread might get the same addresses before the count
-     * knows that they are free. */
+    // The lock is held over the system call, or another thread might get the same addresses before the count
+    // knows that they are free.
     void* map(void* address, std::size_t bytes, int protection, int flags, int file, off_t offset) {
         const std::lock_guard<std::mutex> lock(mutex_);
         const long result = syscall(SYS_mmap, address, bytes, protection, flags, file, offset);
@@ -76,8 +76,8 @@ class Mappings {
         ranges_[count_++] = range;
     }
 
-    /* The hole may cover parts of a mapping, the whole of it, several or none. What is left on either side
-     * of it stays. */
+    // The hole may cover parts of a mapping, the whole of it, several or none. What is left on either side
+    // of it stays.
     void remove(Range hole) {
         std::size_t i = 0;
         while (i < count_) {
@@ -97,7 +97,7 @@ class Mappings {
     std::size_t count_ = 0;
 };
 
-/* Ready before any code of the program runs. */
+// Ready before any code of the program runs.
 constinit Mappings program_mappings;
 
 }  // namespace

@@ -76,7 +76,7 @@ TEST(HeapBytes, LeaveTheCountAloneWhenTheKernelRefuses) {
     EXPECT_EQ(test::heapBytes(), before);
 }
 
-/* The allocator puts a small block into its arena and maps a large one. */
+// The allocator puts a small block into its arena and maps a large one.
 TEST(HeapBytes, CountWhatTheAllocatorGivesOnce) {
     constexpr std::size_t kLarge_bytes = 64U << 20U;
     for (const std::size_t bytes : {std::size_t{10000}, kLarge_bytes}) {

@@ -1,4 +1,4 @@
-/* Collects what the effects log, in place of the default writer, as long as it lives. One at a time. */
+// Collects what the effects log, in place of the default writer, as long as it lives. One at a time.
 #pragma once
 
 #include <string>

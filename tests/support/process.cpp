@@ -42,11 +42,11 @@ std::string contentsOf(int file) {
     dup2(nothing, STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
-    if (options.fileSizeLimitBytes) {
-        const rlimit limit{*options.fileSizeLimitBytes, *options.fileSizeLimitBytes};
+    if (options.file_size_limit_bytes) {
+        const rlimit limit{*options.file_size_limit_bytes, *options.file_size_limit_bytes};
         setrlimit(RLIMIT_FSIZE, &limit);
     }
-    if (!options.workingFolder.empty() && chdir(options.workingFolder.c_str()) != 0) _exit(kCouldNotStart);
+    if (!options.working_folder.empty() && chdir(options.working_folder.c_str()) != 0) _exit(kCouldNotStart);
     execvp(arguments[0], arguments);
     _exit(kCouldNotStart);
 }
@@ -54,33 +54,33 @@ std::string contentsOf(int file) {
 }  // namespace
 
 Process::Process(const std::vector<std::string>& command, const ProcessOptions& options)
-    : mOut(unnamedFile()), mErr(unnamedFile()) {
+    : out_(unnamedFile()), err_(unnamedFile()) {
     std::vector<std::string> copies = command;
     std::vector<char*> arguments;
     for (std::string& argument : copies) arguments.push_back(argument.data());
     arguments.push_back(nullptr);
-    mPid = fork();
-    if (mPid < 0) throw std::system_error(errno, std::generic_category(), "fork");
-    if (mPid == 0) becomeProgram(arguments.data(), options, mOut, mErr);
+    pid_ = fork();
+    if (pid_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
+    if (pid_ == 0) becomeProgram(arguments.data(), options, out_, err_);
 }
 
 Process::~Process() {
-    if (!mHasEnded) {
+    if (!has_ended_) {
         send(SIGKILL);
         reap(true);
     }
-    close(mOut);
-    close(mErr);
+    close(out_);
+    close(err_);
 }
 
 bool Process::reap(bool block) {
-    if (mHasEnded) return true;
+    if (has_ended_) return true;
     pid_t ended = -1;
     do {
-        ended = waitpid(mPid, &mStatus, block ? 0 : WNOHANG);
+        ended = waitpid(pid_, &status_, block ? 0 : WNOHANG);
     } while (ended < 0 && errno == EINTR);
-    mHasEnded = ended != 0;
-    return mHasEnded;
+    has_ended_ = ended != 0;
+    return has_ended_;
 }
 
 bool Process::isRunning() {
@@ -88,7 +88,7 @@ bool Process::isRunning() {
 }
 
 bool Process::handles(int signal) const {
-    std::ifstream status("/proc/" + std::to_string(mPid) + "/status");
+    std::ifstream status("/proc/" + std::to_string(pid_) + "/status");
     for (std::string line; std::getline(status, line);) {
         if (line.rfind("SigCgt:", 0) != 0) continue;
         const unsigned long long caught = std::stoull(line.substr(7), nullptr, 16);
@@ -98,7 +98,7 @@ bool Process::handles(int signal) const {
 }
 
 void Process::send(int signal) const {
-    if (!mHasEnded) kill(mPid, signal);
+    if (!has_ended_) kill(pid_, signal);
 }
 
 ProcessResult Process::wait(std::chrono::seconds limit) {
@@ -112,10 +112,10 @@ ProcessResult Process::wait(std::chrono::seconds limit) {
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     ProcessResult result;
-    if (WIFEXITED(mStatus)) result.exitCode = WEXITSTATUS(mStatus);
-    if (WIFSIGNALED(mStatus)) result.signal = WTERMSIG(mStatus);
-    result.out = contentsOf(mOut);
-    result.err = contentsOf(mErr);
+    if (WIFEXITED(status_)) result.exit_code = WEXITSTATUS(status_);
+    if (WIFSIGNALED(status_)) result.signal = WTERMSIG(status_);
+    result.out = contentsOf(out_);
+    result.err = contentsOf(err_);
     return result;
 }
 

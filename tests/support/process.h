@@ -11,15 +11,15 @@
 namespace test {
 
 struct ProcessResult {
-    int exitCode = -1;  ///< -1 when a signal ended the process
-    int signal = 0;     ///< the signal that ended it, or 0
-    std::string out;    ///< all of its standard output
-    std::string err;    ///< all of its standard error
+    int exit_code = -1;  // -1 when a signal ended the process
+    int signal = 0;      // the signal that ended it, or 0
+    std::string out;     // all of its standard output
+    std::string err;     // all of its standard error
 };
 
 struct ProcessOptions {
-    std::optional<uint64_t> fileSizeLimitBytes;  ///< as `ulimit -f` sets it
-    std::string workingFolder;                   ///< empty: ours
+    std::optional<uint64_t> file_size_limit_bytes;  // as `ulimit -f` sets it
+    std::string working_folder;                     // empty: ours
 };
 
 /** A running program, without standard input. Killed if it is never waited for. */
@@ -42,11 +42,11 @@ class Process {
   private:
     bool reap(bool block);
 
-    pid_t mPid = -1;
-    bool mHasEnded = false;
-    int mStatus = 0;
-    int mOut = -1;  ///< files that have no name any more
-    int mErr = -1;
+    pid_t pid_ = -1;
+    bool has_ended_ = false;
+    int status_ = 0;
+    int out_ = -1;  // files that have no name any more
+    int err_ = -1;
 };
 
 /** Run a program to its end. */

@@ -62,11 +62,11 @@ Pcm recordedSpeech(const std::string& name) {
 }
 
 Pcm recordedSpeech(int channels) {
-    const char* const kNames[] = {"Front_Left", "Front_Right", "Front_Center", "Rear_Center",
-                                  "Rear_Left",  "Rear_Right",  "Side_Left",    "Side_Right"};
+    const char* const names[] = {"Front_Left", "Front_Right", "Front_Center", "Rear_Center",
+                                 "Rear_Left",  "Rear_Right",  "Side_Left",    "Side_Right"};
     std::vector<Pcm> recordings;
     for (int channel = 0; channel < channels; ++channel)
-        recordings.push_back(recordedSpeech(kNames[channel % 8]));
+        recordings.push_back(recordedSpeech(names[channel % 8]));
     return interleaved(recordings);
 }
 

@@ -1,4 +1,4 @@
-/* Real recordings: one spoken announcement per loudspeaker, 48 kHz mono, from the package alsa-utils. */
+// Real recordings: one spoken announcement per loudspeaker, 48 kHz mono, from the package alsa-utils.
 #pragma once
 
 #include <string>

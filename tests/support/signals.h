@@ -1,5 +1,4 @@
-/* Test signals as signed 16-bit PCM, made in integer arithmetic: every machine and C library gives the same.
- */
+// Test signals as signed 16-bit PCM, made in integer arithmetic: every machine and C library gives the same.
 #pragma once
 
 #include <cstddef>

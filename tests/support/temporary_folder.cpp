@@ -11,18 +11,18 @@
 
 namespace test {
 
-TemporaryFolder::TemporaryFolder() : mPath("/tmp/sonivex-test-XXXXXX") {
-    if (mkdtemp(mPath.data()) == nullptr) throw std::system_error(errno, std::generic_category(), "mkdtemp");
+TemporaryFolder::TemporaryFolder() : path_("/tmp/sonivex-test-XXXXXX") {
+    if (mkdtemp(path_.data()) == nullptr) throw std::system_error(errno, std::generic_category(), "mkdtemp");
 }
 
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
-    std::filesystem::remove_all(mPath, ignored);
+    std::filesystem::remove_all(path_, ignored);
 }
 
 std::vector<std::string> TemporaryFolder::names() const {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(mPath))
+    for (const auto& entry : std::filesystem::directory_iterator(path_))
         names.push_back(entry.path().filename());
     std::sort(names.begin(), names.end());
     return names;

@@ -13,14 +13,14 @@ class TemporaryFolder {
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-    const std::string& path() const { return mPath; }
+    const std::string& path() const { return path_; }
     /** The path of a file in it. */
-    std::string file(const std::string& name) const { return mPath + "/" + name; }
+    std::string file(const std::string& name) const { return path_ + "/" + name; }
     /** The names of everything in it, hidden files too, in order. */
     std::vector<std::string> names() const;
 
   private:
-    std::string mPath;
+    std::string path_;
 };
 
 std::string readFile(const std::string& path);

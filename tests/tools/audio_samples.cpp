@@ -4,16 +4,16 @@ namespace test {
 
 using namespace sonivex_tool;
 
-AudioSpec floatSpec(int channels, int rateHz) {
+AudioSpec floatSpec(int channels, int rate_hz) {
     AudioSpec spec;
     spec.format = AV_SAMPLE_FMT_FLT;
-    spec.rateHz = rateHz;
+    spec.rate_hz = rate_hz;
     spec.layout = defaultLayout(channels);
     return spec;
 }
 
-FramePtr floatFrame(int channels, int frames, const std::function<float(int, int)>& value, int rateHz) {
-    FramePtr frame = makeFrame(floatSpec(channels, rateHz), frames);
+FramePtr floatFrame(int channels, int frames, const std::function<float(int, int)>& value, int rate_hz) {
+    FramePtr frame = makeFrame(floatSpec(channels, rate_hz), frames);
     auto* samples = reinterpret_cast<float*>(frame->data[0]);
     for (int i = 0; i < frames; ++i) {
         for (int c = 0; c < channels; ++c) *samples++ = value(i, c);

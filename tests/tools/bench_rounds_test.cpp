@@ -19,21 +19,21 @@ class BenchRounds : public testing::Test {
                     [this, times = std::move(cpu_s), next = size_t{0}]() mutable {
                         const double cpu = times[next];
                         if (next + 1 < times.size()) ++next;
-                        cpuNow_s += cpu;
-                        wallNow_s += 2.0 * cpu;  // another program has the other half of the core
+                        cpu_now_s_ += cpu;
+                        wall_now_s_ += 2.0 * cpu;  // another program has the other half of the core
                     },
                 .audio_s = audio_s};
     }
 
     std::vector<BenchTiming> take(const std::vector<BenchWork>& works, double limit_s) {
         return takeRounds(works, limit_s,
-                          {.cpu_s = [&] { return cpuNow_s; }, .wall_s = [&] { return wallNow_s; }},
-                          [&] { ++roundsBegun; });
+                          {.cpu_s = [&] { return cpu_now_s_; }, .wall_s = [&] { return wall_now_s_; }},
+                          [&] { ++rounds_begun_; });
     }
 
-    double cpuNow_s = 100.0;
-    double wallNow_s = 5.0;
-    int roundsBegun = 0;
+    double cpu_now_s_ = 100.0;
+    double wall_now_s_ = 5.0;
+    int rounds_begun_ = 0;
 };
 
 TEST_F(BenchRounds, GiveTheMedianWithoutTheWarmUp) {
@@ -48,8 +48,8 @@ TEST_F(BenchRounds, GiveTheMedianWithoutTheWarmUp) {
 TEST_F(BenchRounds, GoOnUntilTheTimeIsUpOnTheWall) {
     const auto timings = take({taking({0.25}, 1.0)}, 4.75);  // half a second a round on the wall
     EXPECT_EQ(timings[0].rounds, 9);                         // and one to warm up
-    EXPECT_EQ(roundsBegun, 10);
-    EXPECT_NEAR(wallNow_s, 10.0, 1e-9);
+    EXPECT_EQ(rounds_begun_, 10);
+    EXPECT_NEAR(wall_now_s_, 10.0, 1e-9);
 }
 
 TEST_F(BenchRounds, KeepTheWorksApart) {
@@ -60,22 +60,22 @@ TEST_F(BenchRounds, KeepTheWorksApart) {
 }
 
 TEST_F(BenchRounds, EndWhenAskedToBetweenThem) {
-    const BenchClocks clocks = {.cpu_s = [&] { return cpuNow_s; }, .wall_s = [&] { return wallNow_s; }};
+    const BenchClocks clocks = {.cpu_s = [&] { return cpu_now_s_; }, .wall_s = [&] { return wall_now_s_; }};
     int begun = 0;
     const auto interrupt = [&] {
         if (++begun == 3) throw std::runtime_error("enough");
     };
     EXPECT_THROW(takeRounds({taking({1.0}, 1.0)}, 1000.0, clocks, interrupt), std::runtime_error);
-    EXPECT_EQ(cpuNow_s, 102.0);
+    EXPECT_EQ(cpu_now_s_, 102.0);
 }
 
 TEST(BenchClocks, OfTheSystemRunOnWhileThisThreadWorks) {
     const BenchClocks clocks = systemClocks();
-    const double cpuBefore_s = clocks.cpu_s();
-    const double wallBefore_s = clocks.wall_s();
+    const double cpu_before_s = clocks.cpu_s();
+    const double wall_before_s = clocks.wall_s();
     volatile double sum = 0.0;
-    while (clocks.cpu_s() - cpuBefore_s < 0.01) sum = sum + 1.0;
-    EXPECT_GE(clocks.wall_s() - wallBefore_s, 0.0099);  // no thread gets more than the wall's time
+    while (clocks.cpu_s() - cpu_before_s < 0.01) sum = sum + 1.0;
+    EXPECT_GE(clocks.wall_s() - wall_before_s, 0.0099);  // no thread gets more than the wall's time
 }
 
 }  // namespace

@@ -78,10 +78,10 @@ TEST(DelayFinder, ChannelsThatAgreeFindWhatTheyShare) {
     const Samples left = noise(1);
     const Samples right = noise(2);
     const Samples silence(left.size(), 0.0F);
-    const Samples lateLeft = shifted(left, 64);
-    const Samples lateRight = shifted(right, 64);
-    EXPECT_EQ(findDelay({{left, lateLeft}, {right, lateRight}}, kLongest), 64);
-    EXPECT_EQ(findDelay({{silence, silence}, {right, lateRight}}, kLongest), 64);
+    const Samples late_left = shifted(left, 64);
+    const Samples late_right = shifted(right, 64);
+    EXPECT_EQ(findDelay({{left, late_left}, {right, late_right}}, kLongest), 64);
+    EXPECT_EQ(findDelay({{silence, silence}, {right, late_right}}, kLongest), 64);
 }
 
 /** `common`, so many decibels below `other`. */
@@ -137,9 +137,9 @@ TEST(DelayFinder, SeesNoDelayInSteadyTones) {
 TEST(DelayFinder, SeesNoDelayWhereNothingMatches) {
     const Samples silence(60000, 0.0F);
     const Samples voice = speech("Front_Center");
-    const Samples otherVoice = speech("Rear_Right");
+    const Samples other_voice = speech("Rear_Right");
     EXPECT_EQ(findDelay({{noise(1), noise(2)}}, kLongest), std::nullopt);
-    EXPECT_EQ(findDelay({{voice, otherVoice}}, kLongest), std::nullopt);
+    EXPECT_EQ(findDelay({{voice, other_voice}}, kLongest), std::nullopt);
     EXPECT_EQ(findDelay({{voice, silence}}, kLongest), std::nullopt);
     EXPECT_EQ(findDelay({{silence, silence}}, kLongest), std::nullopt);
     EXPECT_EQ(findDelay({}, kLongest), std::nullopt);

@@ -11,7 +11,7 @@ TEST(DumpName, IsReadFromThePathOfADumpFileAndMadeAgain) {
     ASSERT_TRUE(name.has_value());
     EXPECT_EQ(name->folder, "some/folder/");
     EXPECT_EQ(name->effect, "surround");
-    EXPECT_TRUE(name->isInput);
+    EXPECT_TRUE(name->is_input);
     EXPECT_EQ(name->session, "12345678");
     EXPECT_EQ(name->path(), "some/folder/sonivex_surround_input_12345678.pcm");
     EXPECT_EQ(name->partner().path(), "some/folder/sonivex_surround_output_12345678.pcm");

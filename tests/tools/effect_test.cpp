@@ -16,9 +16,9 @@ TEST(Effect, TheNormalizerIsTheDefault) {
 TEST(Effect, OptionsNameTheEffectAndOnlyWhatWasSet) {
     EXPECT_EQ(json::parse(optionsJson(*findEffect("normalizer"), {})), json({{"enable_normalizer", true}}));
     FilterOptions options;
-    options.surroundType = "MegaBass";
-    options.surroundMode = 3;
-    options.noLimiter = true;
+    options.surround_type = "MegaBass";
+    options.surround_mode = 3;
+    options.no_limiter = true;
     options.voice = 2.5;
     EXPECT_EQ(json::parse(optionsJson(*findEffect("surround"), options)),
               json({{"enable_surround", true},

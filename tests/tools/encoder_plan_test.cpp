@@ -9,8 +9,8 @@ namespace {
 
 using namespace sonivex_tool;
 
-AudioSpec specWith(AVSampleFormat format, int channels = 2, int rateHz = 48000) {
-    AudioSpec spec = test::floatSpec(channels, rateHz);
+AudioSpec specWith(AVSampleFormat format, int channels = 2, int rate_hz = 48000) {
+    AudioSpec spec = test::floatSpec(channels, rate_hz);
     spec.format = format;
     return spec;
 }
@@ -53,14 +53,14 @@ TEST(EncoderPlan, ANameWithoutExtensionIsWav) {
 
 TEST(EncoderPlan, SaysWhenTheRateMustChange) {
     const EncoderPlan plan = planEncoder("a.opus", specWith(AV_SAMPLE_FMT_FLTP, 2, 44100), 0);
-    EXPECT_EQ(plan.spec.rateHz, 48000);
+    EXPECT_EQ(plan.spec.rate_hz, 48000);
     EXPECT_EQ(plan.notes.size(), 1U);
     EXPECT_TRUE(planEncoder("a.opus", specWith(AV_SAMPLE_FMT_FLTP), 0).notes.empty());
 }
 
 TEST(EncoderPlan, ACodecOfOneRateGetsThatRateThoughItsEncoderTakesAny) {
     const EncoderPlan plan = planEncoder("a.g722", specWith(AV_SAMPLE_FMT_S16, 1, 44100), 0);
-    EXPECT_EQ(plan.spec.rateHz, 16000);
+    EXPECT_EQ(plan.spec.rate_hz, 16000);
     EXPECT_EQ(plan.notes.size(), 1U);
     EXPECT_TRUE(planEncoder("a.g722", specWith(AV_SAMPLE_FMT_S16, 1, 16000), 0).notes.empty());
 }
@@ -92,11 +92,11 @@ TEST(EncoderPlan, RefusesNamesAndChannelsThatCannotBe) {
 }
 
 TEST(EncoderPlan, OnlyLossyEncodersGetABitRate) {
-    EXPECT_EQ(planEncoder("a.flac", specWith(AV_SAMPLE_FMT_S16), 0).bitRate, 0);
-    EXPECT_EQ(planEncoder("a.wav", specWith(AV_SAMPLE_FMT_S16), 0).bitRate, 0);
-    EXPECT_EQ(planEncoder("a.mp3", specWith(AV_SAMPLE_FMT_S16), 0).bitRate, 192'000);
-    EXPECT_EQ(planEncoder("a.m4a", specWith(AV_SAMPLE_FMT_S16, 6), 0).bitRate, 576'000);
-    EXPECT_EQ(planEncoder("a.mp3", specWith(AV_SAMPLE_FMT_S16, 2, 16000), 0).bitRate, 96'000);
+    EXPECT_EQ(planEncoder("a.flac", specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 0);
+    EXPECT_EQ(planEncoder("a.wav", specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 0);
+    EXPECT_EQ(planEncoder("a.mp3", specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 192'000);
+    EXPECT_EQ(planEncoder("a.m4a", specWith(AV_SAMPLE_FMT_S16, 6), 0).bit_rate, 576'000);
+    EXPECT_EQ(planEncoder("a.mp3", specWith(AV_SAMPLE_FMT_S16, 2, 16000), 0).bit_rate, 96'000);
 }
 
 }  // namespace

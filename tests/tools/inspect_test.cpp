@@ -43,9 +43,9 @@ std::string floatWav(uint16_t channels, uint32_t rate_hz, const std::vector<floa
         for (int c = 0; c < channels; ++c) data += bytesOf(sample);
     }
     constexpr uint16_t kFloatFormat = 3;
-    const auto blockBytes = static_cast<uint16_t>(4 * channels);
+    const auto block_bytes = static_cast<uint16_t>(4 * channels);
     const std::string format = bytesOf(kFloatFormat) + bytesOf(channels) + bytesOf(rate_hz) +
-                               bytesOf(rate_hz * blockBytes) + bytesOf(blockBytes) + bytesOf(uint16_t{32});
+                               bytesOf(rate_hz * block_bytes) + bytesOf(block_bytes) + bytesOf(uint16_t{32});
     const std::string chunks = "WAVEfmt " + bytesOf(static_cast<uint32_t>(format.size())) + format + "data" +
                                bytesOf(static_cast<uint32_t>(data.size())) + data;
     return "RIFF" + bytesOf(static_cast<uint32_t>(chunks.size())) + chunks;
@@ -54,8 +54,8 @@ std::string floatWav(uint16_t channels, uint32_t rate_hz, const std::vector<floa
 class Inspect : public testing::Test {
   protected:
     std::string written(const std::string& name, const std::string& content) const {
-        test::writeFile(folder.file(name), content);
-        return folder.file(name);
+        test::writeFile(folder_.file(name), content);
+        return folder_.file(name);
     }
 
     static InspectReport inspected(const std::vector<std::string>& files,
@@ -63,25 +63,25 @@ class Inspect : public testing::Test {
         return inspect({files, std::nullopt, {channels, std::nullopt}});
     }
 
-    static void expectFailure(const InspectRequest& request, ExitCode exitCode, const std::string& part) {
+    static void expectFailure(const InspectRequest& request, ExitCode exit_code, const std::string& part) {
         try {
             inspect(request);
             FAIL() << "no failure: " << part;
         } catch (const Failure& failure) {
-            EXPECT_EQ(failure.exitCode(), exitCode);
+            EXPECT_EQ(failure.exitCode(), exit_code);
             EXPECT_THAT(failure.what(), HasSubstr(part));
         }
     }
 
-    test::TemporaryFolder folder;
+    test::TemporaryFolder folder_;
 };
 
 TEST_F(Inspect, ComparesTheFilesOfASessionHoweverTheirFolderIsWritten) {
     const std::string input = written(kInput, noiseBytes(4 * 4096));
     written(kOutput, noiseBytes(4 * 4096));
-    const std::string name = std::filesystem::path(folder.path()).filename();
+    const std::string name = std::filesystem::path(folder_.path()).filename();
     for (const std::string& way : {std::string("/"), std::string("//"), "/../" + name + "/./"})
-        EXPECT_EQ(inspected({input, folder.path() + way + kOutput}).pairs.size(), 1U) << way;
+        EXPECT_EQ(inspected({input, folder_.path() + way + kOutput}).pairs.size(), 1U) << way;
 }
 
 TEST_F(Inspect, ComparesNothingAcrossSessionsOrFolders) {
@@ -137,8 +137,8 @@ TEST_F(Inspect, SaysWhereSamplesAreNoNumbers) {
         std::vector<float> samples(4800, 0.1F);
         samples[7] = bad;
         const auto report = inspected({written("bad.wav", floatWav(1, 48000, samples))});
-        EXPECT_FALSE(report.files.at(0).levels.channels.at(0).isFinite);
-        EXPECT_FALSE(report.files.at(0).levels.all.isFinite);
+        EXPECT_FALSE(report.files.at(0).levels.channels.at(0).is_finite);
+        EXPECT_FALSE(report.files.at(0).levels.all.is_finite);
         EXPECT_THAT(asText(report), HasSubstr("FC         not finite"));
         const auto json = nlohmann::json::parse(asJson(report))["files"][0];
         EXPECT_EQ(json["levels"][0]["finite"], false);
@@ -147,7 +147,7 @@ TEST_F(Inspect, SaysWhereSamplesAreNoNumbers) {
 }
 
 TEST_F(Inspect, WantsFilesThatCanBeReadTwiceForAPair) {
-    const std::string pipe = folder.file("pipe");
+    const std::string pipe = folder_.file("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const std::string file = written(kInput, noiseBytes(4 * 1000));
     for (const auto& pair : {std::pair(pipe, file), std::pair(file, pipe)})

@@ -34,7 +34,7 @@ TEST(Interaural, FindsADelayBetweenTheSamplesAndTheLevelBesideIt) {
         EXPECT_NEAR(ears.delay_us, delay_us, 1.0);
         EXPECT_NEAR(ears.level_db, 6.02, 0.05);
         EXPECT_GT(ears.likeness, 0.98);
-        EXPECT_FALSE(ears.isSilent);
+        EXPECT_FALSE(ears.is_silent);
     }
 }
 
@@ -60,7 +60,7 @@ TEST(Interaural, SilenceIsSilentAndHasNoSide) {
     const std::vector<double> rounding(4800, 1.0 / 32768.0);
     for (const auto& ears : {compareEars(none, none, kRate_hz), compareEars(rounding, none, kRate_hz),
                              compareEars({}, {}, kRate_hz)}) {
-        EXPECT_TRUE(ears.isSilent);
+        EXPECT_TRUE(ears.is_silent);
         EXPECT_EQ(ears.delay_us, 0.0);
         EXPECT_EQ(ears.level_db, 0.0);
         EXPECT_EQ(heardSide(ears), "silent");

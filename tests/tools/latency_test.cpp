@@ -68,9 +68,9 @@ TEST(Latency, AgreesWithTheQueuesThemselvesForManyCallSizes) {
             const std::vector<int> out = answers(block, call, block + 4, numbers);
             const auto delay = constantDelayFrames(block, call);
             const auto sound = std::find_if(out.begin(), out.end(), [](int n) { return n != kSilence; });
-            const bool isConstant = std::equal(sound, out.end(), numbers.begin());
-            ASSERT_EQ(delay.has_value(), isConstant) << "block " << block << ", call " << call;
-            if (!isConstant) continue;
+            const bool is_constant = std::equal(sound, out.end(), numbers.begin());
+            ASSERT_EQ(delay.has_value(), is_constant) << "block " << block << ", call " << call;
+            if (!is_constant) continue;
             ASSERT_EQ(*delay, sound - out.begin()) << "block " << block << ", call " << call;
         }
     }

@@ -32,32 +32,32 @@ TEST(LevelMeter, MeasuresEachChannelAndAllTogether) {
     ASSERT_EQ(report.channels.size(), 2U);
     EXPECT_NEAR(report.channels[0].rms_dbfs.value(), -23.01, 0.01);
     EXPECT_NEAR(report.channels[1].rms_dbfs.value(), -43.01, 0.01);
-    EXPECT_NEAR(report.channels[0].samplePeak_dbfs.value(), -20.0, 0.01);
-    EXPECT_NEAR(report.channels[1].samplePeak_dbfs.value(), -40.0, 0.01);
+    EXPECT_NEAR(report.channels[0].sample_peak_dbfs.value(), -20.0, 0.01);
+    EXPECT_NEAR(report.channels[1].sample_peak_dbfs.value(), -40.0, 0.01);
     EXPECT_NEAR(report.channels[0].integrated_lufs.value(), -23.0, 0.1);
     // (0.005 + 0.00005) / 2
     EXPECT_NEAR(report.all.rms_dbfs.value(), -25.98, 0.01);
-    EXPECT_NEAR(report.all.samplePeak_dbfs.value(), -20.0, 0.01);
+    EXPECT_NEAR(report.all.sample_peak_dbfs.value(), -20.0, 0.01);
 }
 
 // A sine of a quarter of the rate, sampled 45 degrees off its tops: 3 dB hide between the samples.
 TEST(LevelMeter, FindsPeaksBetweenTheSamples) {
     const auto report = measure(
         1, [](int64_t n, int) { return 0.5 * std::sin(kPi / 2.0 * static_cast<double>(n) + kPi / 4.0); });
-    EXPECT_NEAR(report.all.samplePeak_dbfs.value(), -9.03, 0.01);
-    EXPECT_NEAR(report.all.truePeak_dbtp.value(), -6.02, 0.3);
+    EXPECT_NEAR(report.all.sample_peak_dbfs.value(), -9.03, 0.01);
+    EXPECT_NEAR(report.all.true_peak_dbtp.value(), -6.02, 0.3);
 }
 
 TEST(LevelMeter, SaysWhereSoundBeginsInAnyChannel) {
     const auto report = measure(2, [](int64_t n, int c) { return c == 1 && n >= 12345 ? 0.01 : 0.0005; });
-    EXPECT_EQ(report.firstAudibleFrame, 12345);
-    EXPECT_EQ(measure(2, [](int64_t, int) { return 0.0005; }).firstAudibleFrame, std::nullopt);
+    EXPECT_EQ(report.first_audible_frame, 12345);
+    EXPECT_EQ(measure(2, [](int64_t, int) { return 0.0005; }).first_audible_frame, std::nullopt);
 }
 
 TEST(LevelMeter, SilenceHasNoLevel) {
     const auto report = measure(2, [](int64_t, int) { return 0.0; });
     for (const auto& levels : {report.all, report.channels.at(0), report.channels.at(1)}) {
-        EXPECT_FALSE(levels.rms_dbfs || levels.samplePeak_dbfs || levels.truePeak_dbtp);
+        EXPECT_FALSE(levels.rms_dbfs || levels.sample_peak_dbfs || levels.true_peak_dbtp);
         EXPECT_FALSE(levels.integrated_lufs);
     }
 }

@@ -13,14 +13,14 @@ namespace {
 using sonivex_tool::Loudness;
 using sonivex_tool::LoudnessMeter;
 
-/** Ten seconds of a 997 Hz sine of a peak level in the channels that `isOn` names. */
-Loudness sineLoudness(int channels, double peakDbfs, const std::function<bool(int)>& isOn) {
-    const double peak = std::pow(10.0, peakDbfs / 20.0);
+/** Ten seconds of a 997 Hz sine of a peak level in the channels that `is_on` names. */
+Loudness sineLoudness(int channels, double peak_dbfs, const std::function<bool(int)>& is_on) {
+    const double peak = std::pow(10.0, peak_dbfs / 20.0);
     LoudnessMeter meter(test::floatSpec(channels));
     for (int block = 0; block < 100; ++block) {
         meter.add(*test::floatFrame(channels, 4800, [&](int i, int c) {
             const double phase = 2.0 * std::numbers::pi * 997.0 * (4800.0 * block + i) / 48000.0;
-            return isOn(c) ? static_cast<float>(peak * std::sin(phase)) : 0.0F;
+            return is_on(c) ? static_cast<float>(peak * std::sin(phase)) : 0.0F;
         }));
     }
     return meter.result();
@@ -30,10 +30,10 @@ Loudness sineLoudness(int channels, double peakDbfs, const std::function<bool(in
 TEST(Loudness, AStereoSineMeasuresItsPeakLevel) {
     for (const double level : {-23.0, -33.0}) {
         const Loudness loudness = sineLoudness(2, level, [](int) { return true; });
-        ASSERT_TRUE(loudness.integratedLufs.has_value());
-        EXPECT_NEAR(*loudness.integratedLufs, level, 0.1);
-        ASSERT_TRUE(loudness.samplePeakDbfs.has_value());
-        EXPECT_NEAR(*loudness.samplePeakDbfs, level, 0.01);
+        ASSERT_TRUE(loudness.integrated_lufs.has_value());
+        EXPECT_NEAR(*loudness.integrated_lufs, level, 0.1);
+        ASSERT_TRUE(loudness.sample_peak_dbfs.has_value());
+        EXPECT_NEAR(*loudness.sample_peak_dbfs, level, 0.01);
     }
 }
 
@@ -42,16 +42,16 @@ TEST(Loudness, WeighsTheLoudspeakersOfFivePointOne) {
     const Loudness front = sineLoudness(6, -23.0, [](int c) { return c < 2; });
     const Loudness back = sineLoudness(6, -23.0, [](int c) { return c >= 4; });
     const Loudness low = sineLoudness(6, -23.0, [](int c) { return c == 3; });
-    EXPECT_NEAR(front.integratedLufs.value_or(0.0), -23.0, 0.1);
-    EXPECT_NEAR(back.integratedLufs.value_or(0.0), -23.0 + 10.0 * std::log10(1.41), 0.1);
-    EXPECT_FALSE(low.integratedLufs.has_value());
-    EXPECT_NEAR(low.samplePeakDbfs.value_or(0.0), -23.0, 0.01);
+    EXPECT_NEAR(front.integrated_lufs.value_or(0.0), -23.0, 0.1);
+    EXPECT_NEAR(back.integrated_lufs.value_or(0.0), -23.0 + 10.0 * std::log10(1.41), 0.1);
+    EXPECT_FALSE(low.integrated_lufs.has_value());
+    EXPECT_NEAR(low.sample_peak_dbfs.value_or(0.0), -23.0, 0.01);
 }
 
 TEST(Loudness, OfSilenceIsMissing) {
     const Loudness loudness = sineLoudness(2, -23.0, [](int) { return false; });
-    EXPECT_FALSE(loudness.integratedLufs.has_value());
-    EXPECT_FALSE(loudness.samplePeakDbfs.has_value());
+    EXPECT_FALSE(loudness.integrated_lufs.has_value());
+    EXPECT_FALSE(loudness.sample_peak_dbfs.has_value());
 }
 
 TEST(Loudness, IsRefusedOutsideTheRangeOfTheMeasure) {

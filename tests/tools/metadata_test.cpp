@@ -12,24 +12,24 @@ using namespace sonivex_tool;
 class File {
   public:
     explicit File(const char* format) {
-        mContext = avformat_alloc_context();
-        mContext->oformat = av_guess_format(format, nullptr, nullptr);
-        mContext->iformat = av_find_input_format(format);
-        avformat_new_stream(mContext, nullptr);
+        context_ = avformat_alloc_context();
+        context_->oformat = av_guess_format(format, nullptr, nullptr);
+        context_->iformat = av_find_input_format(format);
+        avformat_new_stream(context_, nullptr);
     }
     ~File() {
-        mContext->iformat = nullptr;
-        avformat_free_context(mContext);
+        context_->iformat = nullptr;
+        avformat_free_context(context_);
     }
     File(const File&) = delete;
     File& operator=(const File&) = delete;
 
-    void tag(const char* key, const char* value) { av_dict_set(&mContext->metadata, key, value, 0); }
+    void tag(const char* key, const char* value) { av_dict_set(&context_->metadata, key, value, 0); }
     void tagStream(const char* key, const char* value) { av_dict_set(&stream().metadata, key, value, 0); }
-    std::string tagOf(const char* key) const { return valueIn(mContext->metadata, key); }
-    std::string streamTagOf(const char* key) const { return valueIn(mContext->streams[0]->metadata, key); }
-    AVFormatContext& context() { return *mContext; }
-    AVStream& stream() { return *mContext->streams[0]; }
+    std::string tagOf(const char* key) const { return valueIn(context_->metadata, key); }
+    std::string streamTagOf(const char* key) const { return valueIn(context_->streams[0]->metadata, key); }
+    AVFormatContext& context() { return *context_; }
+    AVStream& stream() { return *context_->streams[0]; }
 
   private:
     static std::string valueIn(const AVDictionary* tags, const char* key) {
@@ -37,7 +37,7 @@ class File {
         return entry != nullptr ? entry->value : "";
     }
 
-    AVFormatContext* mContext = nullptr;
+    AVFormatContext* context_ = nullptr;
 };
 
 void copy(File& from, File& to) {
@@ -78,9 +78,9 @@ TEST(Metadata, MovesTagsBetweenOggsStreamAndOtherFormatsFiles) {
     ogg.tagStream("artist", "Band");
     copy(ogg, flac);
     EXPECT_EQ(flac.tagOf("artist"), "Band");
-    File otherOgg("ogg");
-    copy(flac, otherOgg);
-    EXPECT_EQ(otherOgg.streamTagOf("artist"), "Band");
+    File other_ogg("ogg");
+    copy(flac, other_ogg);
+    EXPECT_EQ(other_ogg.streamTagOf("artist"), "Band");
 }
 
 }  // namespace

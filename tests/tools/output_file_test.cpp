@@ -34,72 +34,72 @@ class OutputFileTest : public testing::Test {
         return ExitCode::Success;
     }
 
-    test::TemporaryFolder folder;
+    test::TemporaryFolder folder_;
 };
 
 TEST_F(OutputFileTest, AppearsUnderItsNameOnlyWhenCommitted) {
-    OutputFile file(folder.file("a"), false);
+    OutputFile file(folder_.file("a"), false);
     put(file, "whole");
-    EXPECT_FALSE(std::filesystem::exists(folder.file("a")));
+    EXPECT_FALSE(std::filesystem::exists(folder_.file("a")));
     file.commit();
-    EXPECT_EQ(test::readFile(folder.file("a")), "whole");
-    EXPECT_THAT(folder.names(), ElementsAre("a"));
+    EXPECT_EQ(test::readFile(folder_.file("a")), "whole");
+    EXPECT_THAT(folder_.names(), ElementsAre("a"));
 }
 
 TEST_F(OutputFileTest, LeavesNothingWithoutACommit) {
     {
-        OutputFile file(folder.file("a"), false);
+        OutputFile file(folder_.file("a"), false);
         put(file, "part");
         avio_flush(file.io());
-        EXPECT_EQ(folder.names().size(), 1U);
+        EXPECT_EQ(folder_.names().size(), 1U);
     }
-    EXPECT_THAT(folder.names(), IsEmpty());
+    EXPECT_THAT(folder_.names(), IsEmpty());
 }
 
 TEST_F(OutputFileTest, NeverReplacesAFileThatCameMeanwhile) {
-    OutputFile file(folder.file("a"), false);
+    OutputFile file(folder_.file("a"), false);
     put(file, "new");
-    test::writeFile(folder.file("a"), "came first");
+    test::writeFile(folder_.file("a"), "came first");
     EXPECT_EQ(failureOf([&] { file.commit(); }), ExitCode::OutputExists);
-    EXPECT_EQ(test::readFile(folder.file("a")), "came first");
+    EXPECT_EQ(test::readFile(folder_.file("a")), "came first");
 }
 
 TEST_F(OutputFileTest, ReplacesAFileWhenAskedToAndKeepsItsMode) {
-    test::writeFile(folder.file("a"), "old");
-    ASSERT_EQ(chmod(folder.file("a").c_str(), 0640), 0);
-    OutputFile file(folder.file("a"), true);
+    test::writeFile(folder_.file("a"), "old");
+    ASSERT_EQ(chmod(folder_.file("a").c_str(), 0640), 0);
+    OutputFile file(folder_.file("a"), true);
     put(file, "new");
     file.commit();
-    EXPECT_EQ(test::readFile(folder.file("a")), "new");
+    EXPECT_EQ(test::readFile(folder_.file("a")), "new");
     struct stat status {};
-    ASSERT_EQ(stat(folder.file("a").c_str(), &status), 0);
+    ASSERT_EQ(stat(folder_.file("a").c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777U, 0640U);
 }
 
 TEST_F(OutputFileTest, WritesThroughALinkAndKeepsIt) {
-    std::filesystem::create_directory(folder.file("d"));
-    std::filesystem::create_symlink("d/target", folder.file("link"));
-    OutputFile file(folder.file("link"), false);
+    std::filesystem::create_directory(folder_.file("d"));
+    std::filesystem::create_symlink("d/target", folder_.file("link"));
+    OutputFile file(folder_.file("link"), false);
     put(file, "new");
     file.commit();
-    EXPECT_TRUE(std::filesystem::is_symlink(folder.file("link")));
-    EXPECT_EQ(test::readFile(folder.file("d/target")), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(folder_.file("link")));
+    EXPECT_EQ(test::readFile(folder_.file("d/target")), "new");
 }
 
 TEST_F(OutputFileTest, RefusesWhatIsThereAndWhatIsNoFile) {
-    test::writeFile(folder.file("a"), "old");
+    test::writeFile(folder_.file("a"), "old");
     const auto check = [&](const std::string& path, bool replace) {
         return failureOf([&] { OutputFile::check(path, replace); });
     };
-    EXPECT_EQ(check(folder.file("a"), false), ExitCode::OutputExists);
-    EXPECT_EQ(check(folder.file("a"), true), ExitCode::Success);
-    EXPECT_EQ(check(folder.path(), true), ExitCode::OutputExists);
+    EXPECT_EQ(check(folder_.file("a"), false), ExitCode::OutputExists);
+    EXPECT_EQ(check(folder_.file("a"), true), ExitCode::Success);
+    EXPECT_EQ(check(folder_.path(), true), ExitCode::OutputExists);
     EXPECT_EQ(check("/dev/null", true), ExitCode::OutputExists);
-    EXPECT_EQ(check(folder.file("b"), false), ExitCode::Success);
+    EXPECT_EQ(check(folder_.file("b"), false), ExitCode::Success);
 }
 
 TEST_F(OutputFileTest, RaisesASeekThatFailed) {
-    OutputFile file(folder.file("a"), false);
+    OutputFile file(folder_.file("a"), false);
     put(file, "text");
     avio_flush(file.io());
     EXPECT_EQ(avio_size(file.io()), 4);
@@ -110,7 +110,7 @@ TEST_F(OutputFileTest, RaisesASeekThatFailed) {
 }
 
 TEST_F(OutputFileTest, SaysThatAFolderIsMissing) {
-    EXPECT_EQ(failureOf([&] { OutputFile file(folder.file("no/a"), false); }), ExitCode::OutputNotWritable);
+    EXPECT_EQ(failureOf([&] { OutputFile file(folder_.file("no/a"), false); }), ExitCode::OutputNotWritable);
 }
 
 }  // namespace

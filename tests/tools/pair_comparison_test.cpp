@@ -52,7 +52,7 @@ ComparedSide side(const Samples& samples, int channels = 1, int rate_hz = kRate_
         std::find_if(samples.begin(), samples.end(), [](float x) { return std::abs(x) > 0.001F; });
     ComparedSide made;
     made.frames = std::ssize(samples);
-    if (audible != samples.end()) made.firstAudibleFrame = audible - samples.begin();
+    if (audible != samples.end()) made.first_audible_frame = audible - samples.begin();
     made.open = [=] {
         auto position = std::make_shared<size_t>(0);
         const auto read = [=]() -> FramePtr {
@@ -74,10 +74,10 @@ TEST(PairComparison, TellsDelayAndGainOfLateAndOfEarlyOutputs) {
     const Samples sound = noise(1, 2 * kSecond);
     const Samples quiet = silence(700);
     const auto late = comparePair(side(sound), side(joined({quiet, scaled(sound, 2.0F)})));
-    EXPECT_EQ(late.delayFrames, 700);
+    EXPECT_EQ(late.delay_frames, 700);
     EXPECT_NEAR(late.gain_db.value(), 20.0 * std::log10(2.0), 1e-6);
     const auto early = comparePair(side(joined({quiet, sound})), side(scaled(sound, 0.5F)));
-    EXPECT_EQ(early.delayFrames, -700);
+    EXPECT_EQ(early.delay_frames, -700);
     EXPECT_NEAR(early.gain_db.value(), -20.0 * std::log10(2.0), 1e-6);
 }
 
@@ -88,12 +88,12 @@ TEST(PairComparison, GainIsThatOfTheCommonLength) {
     for (const auto& [input, output] :
          {std::pair(side(sound), side(more)), std::pair(side(more), side(sound))}) {
         const auto difference = comparePair(input, output);
-        EXPECT_EQ(difference.delayFrames, 0);
+        EXPECT_EQ(difference.delay_frames, 0);
         EXPECT_NEAR(difference.gain_db.value(), 0.0, 1e-6);
     }
-    const auto cutBefore = comparePair(side(joined({scaled(noise(2, 300), 4.0F), sound})), side(sound));
-    EXPECT_EQ(cutBefore.delayFrames, -300);
-    EXPECT_NEAR(cutBefore.gain_db.value(), 0.0, 1e-6);
+    const auto cut_before = comparePair(side(joined({scaled(noise(2, 300), 4.0F), sound})), side(sound));
+    EXPECT_EQ(cut_before.delay_frames, -300);
+    EXPECT_NEAR(cut_before.gain_db.value(), 0.0, 1e-6);
 }
 
 TEST(PairComparison, LooksWhereTheInputBeginsToSound) {
@@ -101,19 +101,19 @@ TEST(PairComparison, LooksWhereTheInputBeginsToSound) {
     const Samples sound = noise(1, kSecond);
     const auto difference =
         comparePair(side(joined({quiet, sound, silence(500)})), side(joined({quiet, silence(500), sound})));
-    EXPECT_EQ(difference.delayFrames, 500);
+    EXPECT_EQ(difference.delay_frames, 500);
     EXPECT_NEAR(difference.gain_db.value(), 0.0, 1e-6);
 }
 
 TEST(PairComparison, LooksForTenSeconds) {
-    const auto matchingAfter = [](int seconds) {
+    const auto matching_after = [](int seconds) {
         const Samples common = noise(1, 5 * kSecond);
         return comparePair(side(joined({noise(2, seconds * kSecond), common, silence(500)})),
                            side(joined({noise(3, seconds * kSecond), silence(500), common})))
-            .delayFrames;
+            .delay_frames;
     };
-    EXPECT_EQ(matchingAfter(4), 500);
-    EXPECT_EQ(matchingAfter(11), std::nullopt);
+    EXPECT_EQ(matching_after(4), 500);
+    EXPECT_EQ(matching_after(11), std::nullopt);
 }
 
 // At 768 kHz ten seconds would take half a gigabyte: 2^21 frames less half a second are 2.2 s.
@@ -124,13 +124,13 @@ TEST(PairComparison, LooksForLessAtTheHighestRates) {
     const auto difference =
         comparePair(side(joined({noise(2, kUnrelated), common, silence(900)}), 1, kHighRate_hz),
                     side(joined({noise(3, kUnrelated), silence(900), common}), 1, kHighRate_hz));
-    EXPECT_EQ(difference.delayFrames, std::nullopt);
+    EXPECT_EQ(difference.delay_frames, std::nullopt);
 }
 
 TEST(PairComparison, ComparesSumsWhereTheChannelsDiffer) {
     const Samples sound = noise(1, kSecond);
     const auto difference = comparePair(side(sound, 6), side(joined({silence(60), sound}), 2));
-    EXPECT_EQ(difference.delayFrames, 60);
+    EXPECT_EQ(difference.delay_frames, 60);
     EXPECT_NEAR(difference.gain_db.value(), 10.0 * std::log10(2.0 / 6.0), 1e-6);
 }
 
@@ -138,13 +138,13 @@ TEST(PairComparison, SaysNothingOfSilenceAndOfWhatIsNoNumber) {
     const Samples sound = noise(1, kSecond);
     Samples broken = sound;
     broken[100] = std::numeric_limits<float>::infinity();
-    Samples noNumber = sound;
-    noNumber[100] = std::numeric_limits<float>::quiet_NaN();
-    for (const Samples& other : {silence(kSecond), broken, noNumber}) {
+    Samples no_number = sound;
+    no_number[100] = std::numeric_limits<float>::quiet_NaN();
+    for (const Samples& other : {silence(kSecond), broken, no_number}) {
         for (const auto& difference :
              {comparePair(side(sound), side(other)), comparePair(side(other), side(sound)),
               comparePair(side(other), side(other))}) {
-            EXPECT_EQ(difference.delayFrames, std::nullopt);
+            EXPECT_EQ(difference.delay_frames, std::nullopt);
             EXPECT_EQ(difference.gain_db, std::nullopt);
         }
     }

@@ -36,7 +36,7 @@ TEST(Reframer, GivesTheSameSamplesInTheLengthsAskedFor) {
 
 TEST(Reframer, SilenceIsTheMiddleOfTheScaleInEveryFormat) {
     AudioSpec spec;
-    spec.rateHz = 48000;
+    spec.rate_hz = 48000;
     spec.layout = defaultLayout(2);
     for (const AVSampleFormat format :
          {AV_SAMPLE_FMT_U8, AV_SAMPLE_FMT_U8P, AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
@@ -44,8 +44,8 @@ TEST(Reframer, SilenceIsTheMiddleOfTheScaleInEveryFormat) {
         Reframer reframer(spec);
         reframer.appendSilence(10);
         const FramePtr frame = reframer.take(10);
-        const bool isU8 = format == AV_SAMPLE_FMT_U8 || format == AV_SAMPLE_FMT_U8P;
-        for (int i = 0; i < 10; ++i) EXPECT_EQ(frame->extended_data[0][i], isU8 ? 0x80 : 0) << format;
+        const bool is_u8 = format == AV_SAMPLE_FMT_U8 || format == AV_SAMPLE_FMT_U8P;
+        for (int i = 0; i < 10; ++i) EXPECT_EQ(frame->extended_data[0][i], is_u8 ? 0x80 : 0) << format;
     }
 }
 

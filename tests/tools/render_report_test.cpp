@@ -20,7 +20,7 @@ RenderReport example() {
     report.input = {"in.wav", "wav", "pcm_f32le", test::floatSpec(2), 96000, {-40.0, -20.5}};
     report.output = {"out.wav", "wav", "pcm_f32le", test::floatSpec(2), 96000, {-21.25, -1.0}};
     report.effect = "normalizer";
-    report.elapsedSeconds = 0.02;
+    report.elapsed_seconds = 0.02;
     report.pushed = 94;
     return report;
 }
@@ -52,9 +52,9 @@ TEST(RenderReport, RemarksOnlyOnWhatWentWrong) {
     EXPECT_THAT(remarks(report), IsEmpty());
     report.bypassed = report.pushed;  // it stood aside from the start, which is said then
     EXPECT_THAT(remarks(report), IsEmpty());
-    report.decodeErrors = 3;
+    report.decode_errors = 3;
     report.dropped = 2;
-    report.silentFillFrames = 2048;
+    report.silent_fill_frames = 2048;
     report.bypassed = 5;
     EXPECT_THAT(remarks(report),
                 ElementsAre("in.wav: damaged, 3 decoding errors",
@@ -65,19 +65,19 @@ TEST(RenderReport, RemarksOnlyOnWhatWentWrong) {
 TEST(RenderReport, SaysThatUntouchedCallsAmongDelayedOnesComeEarly) {
     RenderReport report = example();
     report.bypassed = 5;
-    report.delayFrames = 256;
+    report.delay_frames = 256;
     EXPECT_THAT(remarks(report),
                 ElementsAre(HasSubstr("5 calls pass untouched; they stand 256 frames early")));
 }
 
 TEST(RenderReport, SaysWhatADumpLacks) {
     RenderReport report = example();
-    report.dumpFolder = "dumps";
-    report.dumpBytesMissing = 4096;
+    report.dump_folder = "dumps";
+    report.dump_bytes_missing = 4096;
     EXPECT_THAT(remarks(report), ElementsAre(HasSubstr("dumps: nothing was dumped")));
     report.dumps = {"sonivex_normalizer_input_12345678.pcm"};
     EXPECT_THAT(remarks(report), ElementsAre(HasSubstr("incomplete, 4096 bytes are missing")));
-    report.dumpBytesMissing = 0;
+    report.dump_bytes_missing = 0;
     EXPECT_THAT(remarks(report), IsEmpty());
 }
 

@@ -22,7 +22,7 @@ Sound floats(const test::Pcm& pcm) {
     return {pcm.begin(), pcm.end()};
 }
 
-/* Words in the middle, and noise of each side's own. */
+// Words in the middle, and noise of each side's own.
 struct Scene {
     Sound speech = [] {
         const test::Pcm words = test::recordedSpeech("Front_Center");
@@ -76,8 +76,8 @@ TEST(SpeechRatio, TellsTheLevelsOfTwoNoisesByTheirPower) {
     EXPECT_EQ(ratio.segments, 20U);
 }
 
-/* Gains that change from segment to segment: powers add up, so two halves of the same noise at gains 1 and 2
- * have a mean power of 2.5. */
+// Gains that change from segment to segment: powers add up, so two halves of the same noise at gains 1 and 2
+// have a mean power of 2.5.
 TEST(SpeechRatio, AddsPowersUpWhenGainsChangeOverTime) {
     Scene scene;
     scene.speech = floats(test::noise(5, 2 * kFrames, 6000));
@@ -87,7 +87,7 @@ TEST(SpeechRatio, AddsPowersUpWhenGainsChangeOverTime) {
     EXPECT_LT(ratio.unexplained, 1e-2);
 }
 
-/* The same words in both channels, twice as loud in the right one. */
+// The same words in both channels, twice as loud in the right one.
 TEST(SpeechRatio, CountsBothChannels) {
     const Scene scene;
     Sound out = scene.mixed(1.0F, 1.0F);
@@ -95,7 +95,7 @@ TEST(SpeechRatio, CountsBothChannels) {
     EXPECT_NEAR(scene.compared(out).rise_db(), 10.0 * std::log10((1.0 + 4.0) / 2.0), 1e-3);
 }
 
-/* Low-passing the mix takes from the background, which has highs, and leaves low speech. */
+// Low-passing the mix takes from the background, which has highs, and leaves low speech.
 TEST(SpeechRatio, SeesAGainThatDependsOnFrequency) {
     Scene scene;
     constexpr std::size_t kMean = 8;  // frames; a moving mean has its first zero at 6 kHz
@@ -112,7 +112,7 @@ TEST(SpeechRatio, SeesAGainThatDependsOnFrequency) {
     EXPECT_GT(scene.compared(out).rise_db(), 1.0);
 }
 
-/* Silence of a second, in which the background is ducked once the filters have rung out. */
+// Silence of a second, in which the background is ducked once the filters have rung out.
 TEST(SpeechRatio, LooksOnlyWhereSomebodySpeaks) {
     Scene scene;
     scene.speech = floats(test::noise(5, 2 * kFrames, 6000));
@@ -124,10 +124,10 @@ TEST(SpeechRatio, LooksOnlyWhereSomebodySpeaks) {
     EXPECT_LE(ratio.segments, 11U);
 }
 
-/* A second of noise, then a second of fainter noise: somebody still speaks 18 dB below the mean power, and no
- * more 22 dB below it. The first segment of the second second has what the filters ring with. */
+// A second of noise, then a second of fainter noise: somebody still speaks 18 dB below the mean power, and no
+// more 22 dB below it. The first segment of the second second has what the filters ring with.
 TEST(SpeechRatio, TakesForSpeechWhatIsLessThanTwentyDecibelsBelowItsMean) {
-    const auto segmentsWith = [](double below_db) {
+    const auto segments_with = [](double below_db) {
         Scene scene;
         scene.speech = floats(test::noise(5, 2 * kFrames, 6000));
         // Of powers 1 and g^2 the mean is (1 + g^2) / 2; g^2 is so far below it.
@@ -136,8 +136,8 @@ TEST(SpeechRatio, TakesForSpeechWhatIsLessThanTwentyDecibelsBelowItsMean) {
         for (std::size_t i = kFrames; i < scene.speech.size(); ++i) scene.speech[i] *= gain;
         return scene.compared(scene.mixed(1.0F, 1.0F)).segments;
     };
-    EXPECT_EQ(segmentsWith(18.0), 20U);
-    EXPECT_LE(segmentsWith(22.0), 11U);
+    EXPECT_EQ(segments_with(18.0), 20U);
+    EXPECT_LE(segments_with(22.0), 11U);
 }
 
 TEST(SpeechRatio, SaysWhenTheOutputIsNotAligned) {
@@ -162,7 +162,7 @@ TEST(SpeechRatio, IsTheSameForSixteenBits) {
     EXPECT_NEAR(whole.rise_db(), 20.0 * std::log10(2.0), 0.01);
 }
 
-/* Speech that falls silent early in an effect is still looked at where it was spoken. */
+// Speech that falls silent early in an effect is still looked at where it was spoken.
 TEST(SpeechRatioOfParts, LooksWhereTheSpeakerIsActive) {
     const Sound speaker = floats(test::noise(5, 2 * kFrames, 6000));
     const Sound background = floats(test::noise(6, 2 * kFrames, 6000));

@@ -18,7 +18,7 @@ class TimelineTest : public testing::Test {
     Timeline make(int64_t delay) {
         return {delay, [this](FramePtr frame) {
                     const auto samples = test::floatsOf(*frame);
-                    out.insert(out.end(), samples.begin(), samples.end());
+                    out_.insert(out_.end(), samples.begin(), samples.end());
                 }};
     }
 
@@ -28,7 +28,7 @@ class TimelineTest : public testing::Test {
         return numbers;
     }
 
-    std::vector<float> out;
+    std::vector<float> out_;
 };
 
 TEST_F(TimelineTest, PassesFramesOnWithoutADelay) {
@@ -36,14 +36,14 @@ TEST_F(TimelineTest, PassesFramesOnWithoutADelay) {
     timeline.accept(test::countingFrame(0, 100));
     timeline.accept(test::countingFrame(100, 100));
     timeline.finish();
-    EXPECT_EQ(out, countedFrom(0, 200));
+    EXPECT_EQ(out_, countedFrom(0, 200));
     EXPECT_EQ(timeline.filledFrames(), 0);
 }
 
 TEST_F(TimelineTest, CutsTheDelayAwayAlsoWithinAFrame) {
     Timeline timeline = make(150);
     for (int i = 0; i < 4; ++i) timeline.accept(test::countingFrame(100 * i, 100));
-    EXPECT_EQ(out, countedFrom(150, 250));
+    EXPECT_EQ(out_, countedFrom(150, 250));
 }
 
 TEST_F(TimelineTest, CutsEverythingBehindTheEnd) {
@@ -53,7 +53,7 @@ TEST_F(TimelineTest, CutsEverythingBehindTheEnd) {
     timeline.accept(test::countingFrame(100, 100));
     timeline.accept(test::countingFrame(200, 100));
     timeline.finish();
-    EXPECT_EQ(out, countedFrom(10, 120));
+    EXPECT_EQ(out_, countedFrom(10, 120));
 }
 
 TEST_F(TimelineTest, FillsAHoleWithSilenceSoThatTheRestStaysInPlace) {
@@ -64,7 +64,7 @@ TEST_F(TimelineTest, FillsAHoleWithSilenceSoThatTheRestStaysInPlace) {
     expected.insert(expected.end(), 20, 0.0F);
     const auto rest = countedFrom(30, 10);
     expected.insert(expected.end(), rest.begin(), rest.end());
-    EXPECT_EQ(out, expected);
+    EXPECT_EQ(out_, expected);
     EXPECT_EQ(timeline.filledFrames(), 20);
 }
 
@@ -73,9 +73,9 @@ TEST_F(TimelineTest, FillsUpToTheEndWhenTheLastFramesAreMissing) {
     timeline.accept(test::countingFrame(0, 10));
     timeline.setEnd(20'000);
     timeline.finish();
-    ASSERT_EQ(out.size(), 20'000U);
-    EXPECT_EQ(out[9], 9.0F);
-    EXPECT_EQ(std::count(out.begin() + 10, out.end(), 0.0F), 19'990);
+    ASSERT_EQ(out_.size(), 20'000U);
+    EXPECT_EQ(out_[9], 9.0F);
+    EXPECT_EQ(std::count(out_.begin() + 10, out_.end(), 0.0F), 19'990);
 }
 
 }  // namespace

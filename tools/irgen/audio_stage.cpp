@@ -29,11 +29,11 @@ constexpr double kWarmth_db = -1.0;
 constexpr FilterPoint kAir{12500.0, kButterworthQ, kAudioRate_hz};
 constexpr double kAir_db = 2.0;
 constexpr FinishPlan kFinish{
-    .bassShelf_db = 0.0, .highPass_hz = 15.0, .fadedPart = 0.3, .rate_hz = kAudioRate_hz};
+    .bass_shelf_db = 0.0, .high_pass_hz = 15.0, .faded_part = 0.3, .rate_hz = kAudioRate_hz};
 
 std::vector<double> faintTail() {
     TailDecay decay{};
-    decay.reverberationTimes_s.fill(kReverberationTime_s);
+    decay.reverberation_times_s.fill(kReverberationTime_s);
     decay.mixing_s = kMixing_s;
     std::vector<double> tail = monoTail(kSeed, decay, kSamples, kAudioRate_hz);
     applyFilter(highPass(kTailBassCut), tail);

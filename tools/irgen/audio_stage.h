@@ -1,4 +1,4 @@
-/* The second stage of the surround modes: headphone voicing, the same for both ears, at 44.1 kHz. */
+// The second stage of the surround modes: headphone voicing, the same for both ears, at 44.1 kHz.
 #pragma once
 
 #include <vector>

@@ -8,20 +8,20 @@
 namespace sonivex_irgen {
 namespace {
 
-/* The cookbook's intermediate values: w0 the angular frequency, alpha the bandwidth. */
+// The cookbook's intermediate values: w0 the angular frequency, alpha the bandwidth.
 struct Terms {
-    double cosW0;
+    double cos_w0;
     double alpha;
 };
 
 Terms termsOf(const FilterPoint& at) {
-    const double w0 = 2.0 * kPi * at.frequencyHz / at.rateHz;
+    const double w0 = 2.0 * kPi * at.frequency_hz / at.rate_hz;
     return {exactCos(w0), exactSin(w0) / (2.0 * at.q)};
 }
 
 /** A of the cookbook: the square root of the amplitude ratio. */
-double shelfAmplitude(double gainDb) {
-    return dbToAmplitude(0.5 * gainDb);
+double shelfAmplitude(double gain_db) {
+    return dbToAmplitude(0.5 * gain_db);
 }
 
 Biquad normalised(double b0, double b1, double b2, double a0, double a1, double a2) {
@@ -31,34 +31,36 @@ Biquad normalised(double b0, double b1, double b2, double a0, double a1, double 
 }  // namespace
 
 Biquad highPass(const FilterPoint& at) {
-    const auto [cosW0, alpha] = termsOf(at);
-    return normalised(0.5 * (1.0 + cosW0), -(1.0 + cosW0), 0.5 * (1.0 + cosW0), 1.0 + alpha, -2.0 * cosW0,
+    const auto [cos_w0, alpha] = termsOf(at);
+    return normalised(0.5 * (1.0 + cos_w0), -(1.0 + cos_w0), 0.5 * (1.0 + cos_w0), 1.0 + alpha, -2.0 * cos_w0,
                       1.0 - alpha);
 }
 
-Biquad peak(const FilterPoint& at, double gainDb) {
-    const auto [cosW0, alpha] = termsOf(at);
-    const double a = shelfAmplitude(gainDb);
-    return normalised(1.0 + alpha * a, -2.0 * cosW0, 1.0 - alpha * a, 1.0 + alpha / a, -2.0 * cosW0,
+Biquad peak(const FilterPoint& at, double gain_db) {
+    const auto [cos_w0, alpha] = termsOf(at);
+    const double a = shelfAmplitude(gain_db);
+    return normalised(1.0 + alpha * a, -2.0 * cos_w0, 1.0 - alpha * a, 1.0 + alpha / a, -2.0 * cos_w0,
                       1.0 - alpha / a);
 }
 
-Biquad lowShelf(const FilterPoint& at, double gainDb) {
-    const auto [cosW0, alpha] = termsOf(at);
-    const double a = shelfAmplitude(gainDb);
+Biquad lowShelf(const FilterPoint& at, double gain_db) {
+    const auto [cos_w0, alpha] = termsOf(at);
+    const double a = shelfAmplitude(gain_db);
     const double slope = 2.0 * std::sqrt(a) * alpha;
-    return normalised(a * ((a + 1.0) - (a - 1.0) * cosW0 + slope), 2.0 * a * ((a - 1.0) - (a + 1.0) * cosW0),
-                      a * ((a + 1.0) - (a - 1.0) * cosW0 - slope), (a + 1.0) + (a - 1.0) * cosW0 + slope,
-                      -2.0 * ((a - 1.0) + (a + 1.0) * cosW0), (a + 1.0) + (a - 1.0) * cosW0 - slope);
+    return normalised(a * ((a + 1.0) - (a - 1.0) * cos_w0 + slope),
+                      2.0 * a * ((a - 1.0) - (a + 1.0) * cos_w0),
+                      a * ((a + 1.0) - (a - 1.0) * cos_w0 - slope), (a + 1.0) + (a - 1.0) * cos_w0 + slope,
+                      -2.0 * ((a - 1.0) + (a + 1.0) * cos_w0), (a + 1.0) + (a - 1.0) * cos_w0 - slope);
 }
 
-Biquad highShelf(const FilterPoint& at, double gainDb) {
-    const auto [cosW0, alpha] = termsOf(at);
-    const double a = shelfAmplitude(gainDb);
+Biquad highShelf(const FilterPoint& at, double gain_db) {
+    const auto [cos_w0, alpha] = termsOf(at);
+    const double a = shelfAmplitude(gain_db);
     const double slope = 2.0 * std::sqrt(a) * alpha;
-    return normalised(a * ((a + 1.0) + (a - 1.0) * cosW0 + slope), -2.0 * a * ((a - 1.0) + (a + 1.0) * cosW0),
-                      a * ((a + 1.0) + (a - 1.0) * cosW0 - slope), (a + 1.0) - (a - 1.0) * cosW0 + slope,
-                      2.0 * ((a - 1.0) - (a + 1.0) * cosW0), (a + 1.0) - (a - 1.0) * cosW0 - slope);
+    return normalised(a * ((a + 1.0) + (a - 1.0) * cos_w0 + slope),
+                      -2.0 * a * ((a - 1.0) + (a + 1.0) * cos_w0),
+                      a * ((a + 1.0) + (a - 1.0) * cos_w0 - slope), (a + 1.0) - (a - 1.0) * cos_w0 + slope,
+                      2.0 * ((a - 1.0) - (a + 1.0) * cos_w0), (a + 1.0) - (a - 1.0) * cos_w0 - slope);
 }
 
 void applyFilter(const Biquad& filter, std::vector<double>& signal) {
@@ -77,8 +79,8 @@ void applyFilter(const Biquad& filter, std::vector<double>& signal) {
     }
 }
 
-double powerResponse(const Biquad& filter, double frequencyHz, double rateHz) {
-    const double w = 2.0 * kPi * frequencyHz / rateHz;
+double powerResponse(const Biquad& filter, double frequency_hz, double rate_hz) {
+    const double w = 2.0 * kPi * frequency_hz / rate_hz;
     const Complex z1{exactCos(w), -exactSin(w)};
     const Complex z2 = z1 * z1;
     const Complex top = Complex{filter.b0, 0.0} + filter.b1 * z1 + filter.b2 * z2;

@@ -1,4 +1,4 @@
-/* Second-order filters by the formulae of the Audio EQ Cookbook (R. Bristow-Johnson). */
+// Second-order filters by the formulae of the Audio EQ Cookbook (R. Bristow-Johnson).
 #pragma once
 
 #include <vector>
@@ -18,20 +18,20 @@ struct Biquad {
 
 /** Where a filter works, and how sharply. */
 struct FilterPoint {
-    double frequencyHz;
+    double frequency_hz;
     double q;
-    double rateHz;
+    double rate_hz;
 };
 
 Biquad highPass(const FilterPoint& at);
-Biquad peak(const FilterPoint& at, double gainDb);
-Biquad lowShelf(const FilterPoint& at, double gainDb);
-Biquad highShelf(const FilterPoint& at, double gainDb);
+Biquad peak(const FilterPoint& at, double gain_db);
+Biquad lowShelf(const FilterPoint& at, double gain_db);
+Biquad highShelf(const FilterPoint& at, double gain_db);
 
 /** Filter a signal in place from rest. */
 void applyFilter(const Biquad& filter, std::vector<double>& signal);
 
 /** |H|^2 at a frequency. */
-double powerResponse(const Biquad& filter, double frequencyHz, double rateHz);
+double powerResponse(const Biquad& filter, double frequency_hz, double rate_hz);
 
 }  // namespace sonivex_irgen

@@ -24,14 +24,14 @@ constexpr const char* kUsageText = "usage: sonivex-irgen [--sofa FILE] --out FIL
 struct Options {
     std::string sofa;
     std::string out;
-    bool isReportWanted = false;
+    bool is_report_wanted = false;
 };
 
-std::optional<Options> parse(const std::vector<std::string>& arguments, const std::string& defaultSofa) {
-    Options options{.sofa = defaultSofa, .out = {}, .isReportWanted = false};
+std::optional<Options> parse(const std::vector<std::string>& arguments, const std::string& default_sofa) {
+    Options options{.sofa = default_sofa, .out = {}, .is_report_wanted = false};
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (arguments[i] == "--report") {
-            options.isReportWanted = true;
+            options.is_report_wanted = true;
         } else if ((arguments[i] == "--sofa" || arguments[i] == "--out") && i + 1 < arguments.size()) {
             std::string& file = arguments[i] == "--sofa" ? options.sofa : options.out;
             file = arguments[++i];
@@ -48,13 +48,13 @@ std::string fileBytes(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-void printReport(const std::vector<TableSet>& sets, double headRadius_m, std::ostream& out) {
-    out << std::fixed << "head radius " << std::setprecision(5) << headRadius_m << " m\n"
+void printReport(const std::vector<TableSet>& sets, double head_radius_m, std::ostream& out) {
+    out << std::fixed << "head radius " << std::setprecision(5) << head_radius_m << " m\n"
         << "set              scale    peak  loudness change dB  largest equaliser gain dB\n";
     for (const TableSet& set : sets) {
         out << std::left << std::setw(12) << set.name << std::right << std::setprecision(1) << std::setw(10)
             << set.scale << std::setprecision(0) << std::setw(8) << set.peak << std::setprecision(2)
-            << std::setw(20) << set.loudnessChange_db << std::setw(27) << set.largestGain_db << "\n";
+            << std::setw(20) << set.loudness_change_db << std::setw(27) << set.largest_gain_db << "\n";
     }
 }
 
@@ -66,14 +66,14 @@ void makeTables(const Options& options, std::ostream& out) {
     const std::vector<TableSet> sets = makeTableSets(head);
     checkTableFacts(sets);
     file.commit(tableSource(sets, {sha256(fileBytes(options.sofa)), radius_m}));
-    if (options.isReportWanted) printReport(sets, radius_m, out);
+    if (options.is_report_wanted) printReport(sets, radius_m, out);
 }
 
 }  // namespace
 
-int runCommand(const std::vector<std::string>& arguments, const std::string& defaultSofa, std::ostream& out,
+int runCommand(const std::vector<std::string>& arguments, const std::string& default_sofa, std::ostream& out,
                std::ostream& err) {
-    const std::optional<Options> options = parse(arguments, defaultSofa);
+    const std::optional<Options> options = parse(arguments, default_sofa);
     if (!options) {
         err << kUsageText;
         return kUsage;

@@ -1,4 +1,4 @@
-/* The command line: sonivex-irgen [--sofa FILE] --out FILE [--report] */
+// The command line: sonivex-irgen [--sofa FILE] --out FILE [--report]
 #pragma once
 
 #include <iosfwd>
@@ -17,10 +17,10 @@ enum ExitCode {
 
 /** Make the tables.
  *  @param arguments   without the program's name
- *  @param defaultSofa the file to use without --sofa; empty if there is none
+ *  @param default_sofa the file to use without --sofa; empty if there is none
  *  @param out         the report; @param err one line for a failure
  *  @return an ExitCode */
-int runCommand(const std::vector<std::string>& arguments, const std::string& defaultSofa, std::ostream& out,
+int runCommand(const std::vector<std::string>& arguments, const std::string& default_sofa, std::ostream& out,
                std::ostream& err);
 
 }  // namespace sonivex_irgen

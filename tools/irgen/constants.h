@@ -1,4 +1,4 @@
-/* What the whole computation shares. */
+// What the whole computation shares.
 #pragma once
 
 #include <cstddef>

@@ -25,13 +25,13 @@ std::vector<double> smoothedPower(const std::vector<double>& response) {
 
 /** One weight for each direction, smaller where the grid is dense. */
 std::vector<double> densityWeights(const HeadMeasurements& head) {
-    const double smallestCosine = exactCos(kNeighbourhood_deg * kPi / 180.0);
+    const double smallest_cosine = exactCos(kNeighbourhood_deg * kPi / 180.0);
     std::vector<double> weights;
     weights.reserve(head.directions.size());
     for (const HeadMeasurement& here : head.directions) {
         std::size_t neighbours = 0;
         for (const HeadMeasurement& other : head.directions) {
-            if (dot(here.direction, other.direction) >= smallestCosine) ++neighbours;
+            if (dot(here.direction, other.direction) >= smallest_cosine) ++neighbours;
         }
         // Rounding can leave a direction just outside its own neighbourhood only if it is no unit vector.
         weights.push_back(1.0 / static_cast<double>(std::max<std::size_t>(neighbours, 1)));
@@ -70,12 +70,12 @@ double bassWeight(double frequency_hz) {
 
 /** From the file's rate to ours: T at the kHeadBins bins. */
 std::vector<double> atHeadBins(const std::vector<double>& measured_db, double rate_hz) {
-    const double binsPerHz = static_cast<double>(kMeasuredPoints) / rate_hz;
+    const double bins_per_hz = static_cast<double>(kMeasuredPoints) / rate_hz;
     std::vector<double> transfer_db(kHeadBins);
     for (std::size_t k = 0; k < kHeadBins; ++k) {
         const double frequency_hz = static_cast<double>(k) * kRate_hz / static_cast<double>(kHeadPoints);
         const double read_hz = std::min(frequency_hz, kHeldFrom_hz);
-        transfer_db[k] = readAt(measured_db, read_hz * binsPerHz) * bassWeight(frequency_hz);
+        transfer_db[k] = readAt(measured_db, read_hz * bins_per_hz) * bassWeight(frequency_hz);
     }
     return transfer_db;
 }

@@ -1,12 +1,12 @@
-/* What a head does to a sound by its direction alone.
- *
- *   power      |H|^2 of a response, averaged over +-1/12 octave
- *   average    of power over all directions and both ears, crowded directions counting less
- *   T          10 log10(power / average), -30..15 dB
- *
- * Dividing by the average removes the measuring loudspeaker and suits headphones that are voiced to the
- * diffuse field (Middlebrooks 1999). Finer detail than 1/6 octave does not help a sound to leave the head
- * (Hassager et al. 2016). */
+// What a head does to a sound by its direction alone.
+//
+//   power      |H|^2 of a response, averaged over +-1/12 octave
+//   average    of power over all directions and both ears, crowded directions counting less
+//   T          10 log10(power / average), -30..15 dB
+//
+// Dividing by the average removes the measuring loudspeaker and suits headphones that are voiced to the
+// diffuse field (Middlebrooks 1999). Finer detail than 1/6 octave does not help a sound to leave the head
+// (Hassager et al. 2016).
 #pragma once
 
 #include <array>

@@ -57,11 +57,12 @@ std::vector<double> missing_db(const std::vector<EarSignals>& sources, const Equ
     return missing;
 }
 
-std::vector<EarSignals> mixGroup(const std::vector<SourceComponents>& group, double directToReverberant_db) {
+std::vector<EarSignals> mixGroup(const std::vector<SourceComponents>& group,
+                                 double direct_to_reverberant_db) {
     std::vector<EarSignals> sources;
     sources.reserve(group.size());
     for (const SourceComponents& components : group) {
-        sources.push_back(mixComponents(components, directToReverberant_db));
+        sources.push_back(mixComponents(components, direct_to_reverberant_db));
     }
     return sources;
 }
@@ -75,7 +76,7 @@ double airShelf_db(double frequency_hz, double air_db) {
 }
 
 EqualisedGroup equaliseGroup(const std::vector<SourceComponents>& group, const EqualiserPlan& plan) {
-    EqualisedGroup result{mixGroup(group, plan.directToReverberant_db), 0.0};
+    EqualisedGroup result{mixGroup(group, plan.direct_to_reverberant_db), 0.0};
     std::vector<double> gain_db;
     for (int round = 0; round < plan.rounds; ++round) {
         const std::vector<double> error_db = missing_db(result.sources, plan);
@@ -88,9 +89,10 @@ EqualisedGroup equaliseGroup(const std::vector<SourceComponents>& group, const E
         filtered.reserve(group.size());
         for (const SourceComponents& components : group)
             filtered.push_back(filterComponents(components, filter));
-        result.sources = mixGroup(filtered, plan.directToReverberant_db);
+        result.sources = mixGroup(filtered, plan.direct_to_reverberant_db);
     }
-    for (const double gain : gain_db) result.largestGain_db = std::max(result.largestGain_db, std::abs(gain));
+    for (const double gain : gain_db)
+        result.largest_gain_db = std::max(result.largest_gain_db, std::abs(gain));
     return result;
 }
 

@@ -9,8 +9,8 @@ namespace {
 
 constexpr double kLn10 = 2.30258509299404568402;
 
-/* Constants in two or three parts, the leading ones with trailing zero bits, so that a whole multiple of them
- * is exact and the reduced argument keeps its last bits. */
+// Constants in two or three parts, the leading ones with trailing zero bits, so that a whole multiple of them
+// is exact and the reduced argument keeps its last bits.
 constexpr double kLn2High = 0x1.62e42fefap-1;
 constexpr double kLn2Low = 0x1.cf79abc9e3b3ap-40;
 constexpr double kHalfPiHigh = 0x1.921fb544p+0;
@@ -40,11 +40,11 @@ double cosineSeries(double r) {
     return 1.0 + sum;
 }
 
-/** sin(x + quarterTurns * pi/2). */
-double turnedSine(double x, std::int64_t quarterTurns) {
+/** sin(x + quarter_turns * pi/2). */
+double turnedSine(double x, std::int64_t quarter_turns) {
     const double turns = std::floor(x / (0.5 * kPi) + 0.5);
     const double r = ((x - turns * kHalfPiHigh) - turns * kHalfPiMiddle) - turns * kHalfPiLow;
-    const std::int64_t quadrant = (static_cast<std::int64_t>(turns) + quarterTurns) & 3;
+    const std::int64_t quadrant = (static_cast<std::int64_t>(turns) + quarter_turns) & 3;
     const double value = (quadrant & 1) != 0 ? cosineSeries(r) : sineSeries(r);
     return quadrant >= 2 ? -value : value;
 }
@@ -75,8 +75,8 @@ double exactExp(double x) {
 double exactLog(double x) {
     const auto bits = std::bit_cast<std::uint64_t>(x);
     std::int64_t exponent = static_cast<std::int64_t>(bits >> kMantissaBits) - kExponentBias;
-    constexpr std::uint64_t mantissaMask = (std::uint64_t{1} << kMantissaBits) - 1;
-    double m = std::bit_cast<double>((bits & mantissaMask) |
+    constexpr std::uint64_t kMantissaMask = (std::uint64_t{1} << kMantissaBits) - 1;
+    double m = std::bit_cast<double>((bits & kMantissaMask) |
                                      (static_cast<std::uint64_t>(kExponentBias) << kMantissaBits));
     if (m > 1.41421356237309504880) {
         m *= 0.5;

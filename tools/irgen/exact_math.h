@@ -1,9 +1,9 @@
-/* Elementary functions that give the same bits on every machine.
- *
- * C libraries differ in the last bit of exp, log, sin, cos and asin; IEEE 754 fixes only the four operations,
- * sqrt and floor. So these are fixed series over those, right to 1e-14 (relative for exp, absolute for the
- * others near 0). They are for the finite arguments of a design computation and have no NaN or overflow
- * handling beyond what is said. */
+// Elementary functions that give the same bits on every machine.
+//
+// C libraries differ in the last bit of exp, log, sin, cos and asin; IEEE 754 fixes only the four operations,
+// sqrt and floor. So these are fixed series over those, right to 1e-14 (relative for exp, absolute for the
+// others near 0). They are for the finite arguments of a design computation and have no NaN or overflow
+// handling beyond what is said.
 #pragma once
 
 namespace sonivex_irgen {

@@ -11,8 +11,8 @@ namespace {
 
 /** exp(-2 pi i k / size) for k below size/2, computed once for each size. The generator has one thread. */
 const std::vector<Complex>& twiddles(std::size_t size) {
-    static std::map<std::size_t, std::vector<Complex>> bySize;
-    std::vector<Complex>& factors = bySize[size];
+    static std::map<std::size_t, std::vector<Complex>> by_size;
+    std::vector<Complex>& factors = by_size[size];
     if (factors.empty()) {
         factors.resize(size / 2 + 1);
         for (std::size_t k = 0; k < factors.size(); ++k) {

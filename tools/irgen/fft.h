@@ -1,6 +1,6 @@
-/* Discrete Fourier transform in double, radix 2, with a fixed order of operations.
- *   forward: X[k] = sum over n of x[n] * exp(-2 pi i k n / size)
- *   inverse: x[n] = 1/size * sum over k of X[k] * exp(+2 pi i k n / size) */
+// Discrete Fourier transform in double, radix 2, with a fixed order of operations.
+//   forward: X[k] = sum over n of x[n] * exp(-2 pi i k n / size)
+//   inverse: x[n] = 1/size * sum over k of X[k] * exp(+2 pi i k n / size)
 #pragma once
 
 #include <cstddef>

@@ -28,20 +28,20 @@ void removeSum(std::vector<double>& response) {
     const std::size_t start = response.size() / 4;
     const auto width = static_cast<double>(response.size() - start);
     std::vector<double> hann(response.size(), 0.0);
-    double hannSum = 0.0;
+    double hann_sum = 0.0;
     for (std::size_t n = start; n < response.size(); ++n) {
         hann[n] = 0.5 - 0.5 * exactCos(2.0 * kPi * static_cast<double>(n - start) / width);
-        hannSum += hann[n];
+        hann_sum += hann[n];
     }
-    for (std::size_t n = start; n < response.size(); ++n) response[n] -= sum / hannSum * hann[n];
+    for (std::size_t n = start; n < response.size(); ++n) response[n] -= sum / hann_sum * hann[n];
 }
 
 }  // namespace
 
 void finishResponse(const FinishPlan& plan, std::vector<double>& response) {
-    applyFilter(lowShelf({kBassShelf_hz, kButterworthQ, plan.rate_hz}, plan.bassShelf_db), response);
-    applyFilter(highPass({plan.highPass_hz, kButterworthQ, plan.rate_hz}), response);
-    fadeEnd(plan.fadedPart, response);
+    applyFilter(lowShelf({kBassShelf_hz, kButterworthQ, plan.rate_hz}, plan.bass_shelf_db), response);
+    applyFilter(highPass({plan.high_pass_hz, kButterworthQ, plan.rate_hz}), response);
+    fadeEnd(plan.faded_part, response);
     removeSum(response);
 }
 

@@ -1,4 +1,4 @@
-/* The last steps from a response to a table of integers. */
+// The last steps from a response to a table of integers.
 #pragma once
 
 #include <cstdint>
@@ -15,9 +15,9 @@ class UnmetTableFact : public std::runtime_error {
 
 /** How a response begins and ends. */
 struct FinishPlan {
-    double bassShelf_db;
-    double highPass_hz;
-    double fadedPart;  ///< of its end
+    double bass_shelf_db;
+    double high_pass_hz;
+    double faded_part;  // of its end
     double rate_hz;
 };
 

@@ -24,8 +24,8 @@ template <typename... Parts>
 }
 
 bool isFinite(double value) {
-    constexpr std::uint64_t exponentMask = 0x7FF0000000000000U;
-    return (std::bit_cast<std::uint64_t>(value) & exponentMask) != exponentMask;
+    constexpr std::uint64_t kExponentMask = 0x7FF0000000000000U;
+    return (std::bit_cast<std::uint64_t>(value) & kExponentMask) != kExponentMask;
 }
 
 double energy(const std::vector<double>& response) {
@@ -77,16 +77,16 @@ void checkHeadMeasurements(const HeadMeasurements& head) {
         }
         checkResponses(head.directions[number], number);
     }
-    const double smallestCosine = exactCos(kWidestGap_deg * kPi / 180.0);
+    const double smallest_cosine = exactCos(kWidestGap_deg * kPi / 180.0);
     for (const double azimuth_deg : loudspeakerAzimuths_deg()) {
         const Vector3 wanted = horizontalDirection(azimuth_deg);
-        if (dot(nearest(head, wanted).direction, wanted) < smallestCosine) {
+        if (dot(nearest(head, wanted).direction, wanted) < smallest_cosine) {
             fail("no direction within ", kWidestGap_deg, " degrees of azimuth ", azimuth_deg,
                  ", elevation 0");
         }
     }
-    const HeadMeasurement& fromTheLeft = nearest(head, horizontalDirection(90.0));
-    if (energy(fromTheLeft.ears[0]) <= energy(fromTheLeft.ears[1])) fail("left and right are swapped");
+    const HeadMeasurement& from_the_left = nearest(head, horizontalDirection(90.0));
+    if (energy(from_the_left.ears[0]) <= energy(from_the_left.ears[1])) fail("left and right are swapped");
 }
 
 }  // namespace sonivex_irgen

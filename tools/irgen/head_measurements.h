@@ -1,4 +1,4 @@
-/* Measured free-field responses of a head, and whether they will do. */
+// Measured free-field responses of a head, and whether they will do.
 #pragma once
 
 #include <array>
@@ -14,9 +14,9 @@ namespace sonivex_irgen {
 
 /** The responses of both ears to one direction. */
 struct HeadMeasurement {
-    Vector3 direction;                              ///< unit vector towards the source
-    std::array<std::vector<double>, kEars> ears;    ///< left, right
-    std::array<double, kEars> delays_samples = {};  ///< to be added before the responses
+    Vector3 direction;                              // unit vector towards the source
+    std::array<std::vector<double>, kEars> ears;    // left, right
+    std::array<double, kEars> delays_samples = {};  // to be added before the responses
 };
 
 struct HeadMeasurements {

@@ -17,14 +17,14 @@ constexpr std::size_t kEarResponse_samples = 512;
 }  // namespace
 
 HeadModel::HeadModel(std::vector<DirectionalTransfer> transfers, double radius_m)
-    : mTransfers(std::move(transfers)), mRadius_m(radius_m) {}
+    : transfers_(std::move(transfers)), radius_m_(radius_m) {}
 
 EarSpectra HeadModel::transfer_db(const Vector3& direction) const {
     // Pairs of chord and index: equal chords are taken in the file's order.
     std::vector<std::pair<double, std::size_t>> nearest;
-    nearest.reserve(mTransfers.size());
-    for (std::size_t m = 0; m < mTransfers.size(); ++m) {
-        nearest.emplace_back(length(mTransfers[m].direction - direction), m);
+    nearest.reserve(transfers_.size());
+    for (std::size_t m = 0; m < transfers_.size(); ++m) {
+        nearest.emplace_back(length(transfers_[m].direction - direction), m);
     }
     const std::size_t count = std::min(kNearest, nearest.size());
     std::partial_sort(nearest.begin(), nearest.begin() + static_cast<std::ptrdiff_t>(count), nearest.end());
@@ -36,7 +36,7 @@ EarSpectra HeadModel::transfer_db(const Vector3& direction) const {
         const auto [chord, index] = nearest[i];
         const double weight = 1.0 / ((chord + kHalfDegree_rad) * (chord + kHalfDegree_rad));
         for (std::size_t ear = 0; ear < kEars; ++ear) {
-            const std::vector<double>& measured_db = mTransfers[index].transfer_db[ear];
+            const std::vector<double>& measured_db = transfers_[index].transfer_db[ear];
             for (std::size_t k = 0; k < kHeadBins; ++k) mean_db[ear][k] += weight * measured_db[k];
         }
         total += weight;
@@ -48,14 +48,14 @@ EarSpectra HeadModel::transfer_db(const Vector3& direction) const {
 }
 
 std::array<std::int64_t, kEars> HeadModel::arrivals(const Vector3& direction, double centre_samples) const {
-    const double rightLater_s = woodworthDelay_s(mRadius_m, direction);
-    const bool isFromTheLeft = rightLater_s >= 0.0;
-    const double later_s = isFromTheLeft ? rightLater_s : -rightLater_s;
+    const double right_later_s = woodworthDelay_s(radius_m_, direction);
+    const bool is_from_the_left = right_later_s >= 0.0;
+    const double later_s = is_from_the_left ? right_later_s : -right_later_s;
     const auto later = static_cast<std::int64_t>(std::floor(later_s * kRate_hz + 0.5));
     const auto centre = static_cast<std::int64_t>(std::floor(centre_samples + 0.5));
     const std::int64_t near = centre - later / 2;
     const std::int64_t far = near + later;
-    if (isFromTheLeft) return {near, far};
+    if (is_from_the_left) return {near, far};
     return {far, near};
 }
 

@@ -1,7 +1,7 @@
-/* The head that everything is heard with: spectra of any direction, and arrival times on whole samples.
- *
- * Minimum phase and a delay are perceptually sufficient (Kulkarni, Isabelle & Colburn 1999), interpolate
- * without combs and do not ring before the sound arrives. */
+// The head that everything is heard with: spectra of any direction, and arrival times on whole samples.
+//
+// Minimum phase and a delay are perceptually sufficient (Kulkarni, Isabelle & Colburn 1999), interpolate
+// without combs and do not ring before the sound arrives.
 #pragma once
 
 #include <array>
@@ -13,14 +13,14 @@
 
 namespace sonivex_irgen {
 
-using EarSpectra = std::array<std::vector<double>, kEars>;  ///< dB at the kHeadBins bins
-using EarSignals = std::array<std::vector<double>, kEars>;  ///< left, right
+using EarSpectra = std::array<std::vector<double>, kEars>;  // dB at the kHeadBins bins
+using EarSignals = std::array<std::vector<double>, kEars>;  // left, right
 
 class HeadModel {
   public:
     HeadModel(std::vector<DirectionalTransfer> transfers, double radius_m);
 
-    double radius_m() const { return mRadius_m; }
+    double radius_m() const { return radius_m_; }
 
     /** The transfer in dB from a direction (unit vector) to each ear: the mean of the four nearest measured
      * ones. */
@@ -31,8 +31,8 @@ class HeadModel {
     std::array<std::int64_t, kEars> arrivals(const Vector3& direction, double centre_samples) const;
 
   private:
-    std::vector<DirectionalTransfer> mTransfers;
-    double mRadius_m;
+    std::vector<DirectionalTransfer> transfers_;
+    double radius_m_;
 };
 
 /** Ear responses of a spectrum: minimum phase, 512 samples. */

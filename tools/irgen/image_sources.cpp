@@ -40,7 +40,7 @@ std::vector<double> wallLevels_db(const Room& room, Wall wall) {
     for (std::size_t band = 0; band < kBands; ++band) {
         const double part = static_cast<double>(band) / static_cast<double>(kBands - 1);
         octaves[band] =
-            absorptionOf(wall, room.absorptionLow + part * (room.absorptionHigh - room.absorptionLow));
+            absorptionOf(wall, room.absorption_low + part * (room.absorption_high - room.absorption_low));
     }
     std::vector<double> level_db(kHeadBins);
     for (std::size_t k = 0; k < kHeadBins; ++k) {
@@ -68,49 +68,50 @@ std::vector<double> narrowing() {
 /** One dimension of an image: `cell` counts the mirrored rooms from the real one. */
 struct Reflected {
     double place_m;
-    int hitsLow;   ///< on the wall at 0
-    int hitsHigh;  ///< on the wall at the room's size
-    double sense;  ///< -1 if the image looks the other way
+    int hits_low;   // on the wall at 0
+    int hits_high;  // on the wall at the room's size
+    double sense;   // -1 if the image looks the other way
 };
 
 Reflected reflect(double place_m, double size_m, int cell) {
-    const bool isMirrored = cell % 2 != 0;
+    const bool is_mirrored = cell % 2 != 0;
     const int hits = cell < 0 ? -cell : cell;
     const int more = (hits + 1) / 2;
     const int fewer = hits / 2;
-    return {isMirrored ? (cell + 1) * size_m - place_m : cell * size_m + place_m, cell < 0 ? more : fewer,
-            cell < 0 ? fewer : more, isMirrored ? -1.0 : 1.0};
+    return {is_mirrored ? (cell + 1) * size_m - place_m : cell * size_m + place_m, cell < 0 ? more : fewer,
+            cell < 0 ? fewer : more, is_mirrored ? -1.0 : 1.0};
 }
 
-double earlyWeight(double delay_s, double earlyEnd_s) {
-    const double fullUntil_s = kFullWeightPart * earlyEnd_s;
-    return halfCosineFade((delay_s - fullUntil_s) / (earlyEnd_s - fullUntil_s));
+double earlyWeight(double delay_s, double early_end_s) {
+    const double full_until_s = kFullWeightPart * early_end_s;
+    return halfCosineFade((delay_s - full_until_s) / (early_end_s - full_until_s));
 }
 
 /** Magnitude of an image against the direct sound: distance, walls, and the loudspeaker's own direction. */
 class ImageLevels {
   public:
-    explicit ImageLevels(const Room& room) : mNarrowing(narrowing()) {
+    explicit ImageLevels(const Room& room) : narrowing_(narrowing()) {
         for (std::size_t wall = 0; wall < kWalls; ++wall)
-            mWalls_db[wall] = wallLevels_db(room, static_cast<Wall>(wall));
+            walls_db_[wall] = wallLevels_db(room, static_cast<Wall>(wall));
     }
 
     std::vector<double> level_db(double amplitude, const std::array<int, kWalls>& hits,
-                                 double cosineOffAxis) const {
+                                 double cosine_off_axis) const {
         const double distance_db = 2.0 * powerToDb(amplitude);
-        const double cardioid_db = 2.0 * powerToDb(std::max(0.5 * (1.0 + cosineOffAxis), kSmallestCardioid));
+        const double cardioid_db =
+            2.0 * powerToDb(std::max(0.5 * (1.0 + cosine_off_axis), kSmallestCardioid));
         std::vector<double> sum_db(kHeadBins);
         for (std::size_t k = 0; k < kHeadBins; ++k) {
             sum_db[k] = distance_db;
-            for (std::size_t wall = 0; wall < kWalls; ++wall) sum_db[k] += hits[wall] * mWalls_db[wall][k];
-            sum_db[k] += mNarrowing[k] * cardioid_db;
+            for (std::size_t wall = 0; wall < kWalls; ++wall) sum_db[k] += hits[wall] * walls_db_[wall][k];
+            sum_db[k] += narrowing_[k] * cardioid_db;
         }
         return sum_db;
     }
 
   private:
-    std::array<std::vector<double>, kWalls> mWalls_db;
-    std::vector<double> mNarrowing;
+    std::array<std::vector<double>, kWalls> walls_db_;
+    std::vector<double> narrowing_;
 };
 
 }  // namespace
@@ -126,8 +127,8 @@ std::vector<ImageSource> imageSources(const Room& room, double azimuth_deg) {
                 const Reflected x = reflect(loudspeaker_m.x, room.size_m.x, i);
                 const Reflected y = reflect(loudspeaker_m.y, room.size_m.y, j);
                 const Reflected z = reflect(loudspeaker_m.z, room.size_m.z, k);
-                const std::array<int, kWalls> hits{x.hitsLow,  x.hitsHigh, y.hitsLow,
-                                                   y.hitsHigh, z.hitsLow,  z.hitsHigh};
+                const std::array<int, kWalls> hits{x.hits_low,  x.hits_high, y.hits_low,
+                                                   y.hits_high, z.hits_low,  z.hits_high};
                 int order = 0;
                 for (const int count : hits) order += count;
                 if (order < 1 || order > kHighestOrder) continue;
@@ -135,11 +136,11 @@ std::vector<ImageSource> imageSources(const Room& room, double azimuth_deg) {
                 const Vector3 seen_m = Vector3{x.place_m, y.place_m, z.place_m} - room.listener_m;
                 const double distance_m = length(seen_m);
                 const double delay_s = (distance_m - room.distance_m) / kSpeedOfSound_m_s;
-                if (delay_s >= room.earlyEnd_s) continue;
+                if (delay_s >= room.early_end_s) continue;
                 const Vector3 direction = (1.0 / distance_m) * seen_m;
                 const Vector3 axis{-x.sense * outward.x, -y.sense * outward.y, -z.sense * outward.z};
                 images.push_back(
-                    {direction, delay_s, earlyWeight(delay_s, room.earlyEnd_s),
+                    {direction, delay_s, earlyWeight(delay_s, room.early_end_s),
                      levels.level_db(room.distance_m / distance_m, hits, -dot(axis, direction))});
             }
         }

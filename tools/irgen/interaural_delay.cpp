@@ -58,9 +58,9 @@ double fitHeadRadius_m(const HeadMeasurements& head) {
     for (const HeadMeasurement* measured : fitted) {
         const double right = onset_samples(measured->ears[1]) + measured->delays_samples[1];
         const double left = onset_samples(measured->ears[0]) + measured->delays_samples[0];
-        const double perMetre_s = woodworthDelay_s(1.0, measured->direction);
-        product += perMetre_s * (right - left) / head.rate_hz;
-        square += perMetre_s * perMetre_s;
+        const double per_metre_s = woodworthDelay_s(1.0, measured->direction);
+        product += per_metre_s * (right - left) / head.rate_hz;
+        square += per_metre_s * per_metre_s;
     }
     if (!(square > 0.0)) return kSmallestRadius_m;
     return std::clamp(product / square, kSmallestRadius_m, kLargestRadius_m);

@@ -1,5 +1,5 @@
-/* How much later a sound reaches the far ear: Woodworth's sphere, and the radius that fits a measured head.
- *   delay = a / c * (theta + sin theta), theta the angle off the median plane */
+// How much later a sound reaches the far ear: Woodworth's sphere, and the radius that fits a measured head.
+//   delay = a / c * (theta + sin theta), theta the angle off the median plane
 #pragma once
 
 #include <vector>

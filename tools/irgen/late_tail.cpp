@@ -20,8 +20,8 @@ constexpr std::array<double, kTailOctaves> kLevels_db{0.0, 0.0, 0.0, 0.0, -0.5, 
 
 /** Part of a frequency that belongs to an octave: the windows add up to 1, the outer two are open. */
 double octaveWindow(std::size_t octave, double frequency_hz) {
-    constexpr double last = kTailOctaves - 1;
-    const double place = std::clamp(exactLog2(std::max(frequency_hz, 1.0) / kLowestOctave_hz), 0.0, last);
+    constexpr double kLast = kTailOctaves - 1;
+    const double place = std::clamp(exactLog2(std::max(frequency_hz, 1.0) / kLowestOctave_hz), 0.0, kLast);
     const double distance = place - static_cast<double>(octave);
     if (distance <= -1.0 || distance >= 1.0) return 0.0;
     const double cosine = exactCos(0.5 * kPi * distance);
@@ -47,7 +47,7 @@ std::vector<double> decayingNoise(const std::vector<Complex>& noise, const TailD
             const double t_s = (static_cast<double>(n) - kOrigin_samples) / rate_hz;
             if (t_s <= 0.0) continue;
             const double envelope = std::min(t_s / decay.mixing_s, 1.0) *
-                                    exactExp(-kLog1000 * t_s / decay.reverberationTimes_s[octave]);
+                                    exactExp(-kLog1000 * t_s / decay.reverberation_times_s[octave]);
             sum[n] += envelope * band[n];
         }
     }
@@ -63,7 +63,7 @@ std::vector<Complex> noiseSpectrum(std::uint64_t seed, std::size_t samples) {
 TailDecay roomDecay(const Room& room) {
     TailDecay decay{};
     for (std::size_t octave = 0; octave < kTailOctaves; ++octave) {
-        decay.reverberationTimes_s[octave] = room.reverberationTime_s * kTimeFactors[octave];
+        decay.reverberation_times_s[octave] = room.reverberation_time_s * kTimeFactors[octave];
     }
     decay.mixing_s = 0.001 * std::sqrt(room.volume_m3());
     return decay;

@@ -1,7 +1,7 @@
-/* Late reverberation: decaying noise whose ears agree as they do in a diffuse field.
- *
- *   left, right = sqrt((1+g)/2) x +- sqrt((1-g)/2) y      x, y noise, g the coherence at each frequency
- *   each octave times min(t / mixing time, 1) * exp(-6.9078 t / RT) */
+// Late reverberation: decaying noise whose ears agree as they do in a diffuse field.
+//
+//   left, right = sqrt((1+g)/2) x +- sqrt((1-g)/2) y      x, y noise, g the coherence at each frequency
+//   each octave times min(t / mixing time, 1) * exp(-6.9078 t / RT)
 #pragma once
 
 #include <array>
@@ -17,8 +17,8 @@ inline constexpr std::size_t kTailOctaves = 8;  // 125 Hz to 16 kHz
 
 /** How a tail dies away. */
 struct TailDecay {
-    std::array<double, kTailOctaves> reverberationTimes_s;
-    double mixing_s;  ///< from here on the reflections can no longer be told apart
+    std::array<double, kTailOctaves> reverberation_times_s;
+    double mixing_s;  // from here on the reflections can no longer be told apart
 };
 
 /** The decay of a room: slower in the bass, faster in the treble; mixing time sqrt(V in m3) ms (Polack). */

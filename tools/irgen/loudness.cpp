@@ -9,7 +9,7 @@
 namespace sonivex_irgen {
 namespace {
 
-/* The two filters of ITU-R BS.1770 at 48 kHz: the head's shelf, and the high-pass. */
+// The two filters of ITU-R BS.1770 at 48 kHz: the head's shelf, and the high-pass.
 constexpr Biquad kHeadShelf{1.53512485958697, -2.69169618940638, 1.19839281085285, -1.69065929318241,
                             0.73248077421585};
 constexpr Biquad kBassCut{1.0, -2.0, 1.0, -1.99004745483398, 0.99007225036621};
@@ -25,11 +25,11 @@ double kWeighting(double frequency_hz) {
 }
 
 double pinkLoudness_db(const std::vector<double>& power) {
-    const double binWidth_hz = kRate_hz / static_cast<double>(2 * (power.size() - 1));
+    const double bin_width_hz = kRate_hz / static_cast<double>(2 * (power.size() - 1));
     double sum = 0.0;
     double total = 0.0;
     for (std::size_t k = 1; k < power.size(); ++k) {
-        const double frequency_hz = static_cast<double>(k) * binWidth_hz;
+        const double frequency_hz = static_cast<double>(k) * bin_width_hz;
         if (frequency_hz < kLowest_hz || frequency_hz > kHighest_hz) continue;
         const double weight = kWeighting(frequency_hz) / frequency_hz;
         sum += weight * power[k];

@@ -1,4 +1,4 @@
-/* How loud a programme is through a response: pink noise and the K curve of ITU-R BS.1770. */
+// How loud a programme is through a response: pink noise and the K curve of ITU-R BS.1770.
 #pragma once
 
 #include <vector>

@@ -8,7 +8,7 @@ namespace {
 
 using Kind = LoudspeakerGroup::Kind;
 
-/* Azimuths of ITU-R BS.775. */
+// Azimuths of ITU-R BS.775.
 constexpr double kFront_deg = 30.0;
 constexpr double kCentre_deg = 0.0;
 constexpr double kSurround_deg = 110.0;
@@ -36,8 +36,8 @@ struct Mode {
     Room room;
     Ratios ratios;
     double air_db = 0.0;
-    double bassShelf_db = 0.0;
-    double largestMagnitude = 0.0;  // falls with the bass lift: all modes are equally loud
+    double bass_shelf_db = 0.0;
+    double largest_magnitude = 0.0;  // falls with the bass lift: all modes are equally loud
 };
 
 constexpr std::array<Mode, 3> kModes{{
@@ -57,51 +57,51 @@ std::vector<std::string> numberedSources(const std::string& layout, int count, c
 
 /** Front pair, centre, low frequency and the surround pairs. The seeds count the groups without the low
  * frequency. */
-std::vector<LoudspeakerGroup> surroundGroups(std::uint64_t seed, const Ratios& ratios, bool hasLowFrequency,
-                                             std::initializer_list<double> surroundPairs_deg) {
+std::vector<LoudspeakerGroup> surroundGroups(std::uint64_t seed, const Ratios& ratios, bool has_low_frequency,
+                                             std::initializer_list<double> surround_pairs_deg) {
     std::vector<LoudspeakerGroup> groups{{Kind::kFrontPair, kFront_deg, seed, ratios.front_db},
                                          {Kind::kCentre, kCentre_deg, seed + 10, ratios.centre_db}};
-    if (hasLowFrequency) {
+    if (has_low_frequency) {
         groups.push_back({Kind::kLowFrequency, kCentre_deg, seed + kLowFrequencySeed, kLowFrequencyRatio_db});
     }
-    std::uint64_t pairSeed = seed + 20;
-    for (const double azimuth_deg : surroundPairs_deg) {
-        groups.push_back({Kind::kSurroundPair, azimuth_deg, pairSeed, ratios.surround_db});
-        pairSeed += 10;
+    std::uint64_t pair_seed = seed + 20;
+    for (const double azimuth_deg : surround_pairs_deg) {
+        groups.push_back({Kind::kSurroundPair, azimuth_deg, pair_seed, ratios.surround_db});
+        pair_seed += 10;
     }
     return groups;
 }
 
 LoudspeakerSet cingoSet() {
     return {.name = "cingo",
-            .sourceNames = {"cingoL", "cingoR"},
+            .source_names = {"cingoL", "cingoR"},
             .samples = 13000,
             .room = kListeningRoom,
             .groups = {{Kind::kFrontPair, kFront_deg, kCingoSeed, kListeningRatios.front_db}},
-            .frontProgramme = Programme::kMusicPair,
-            .isCentreEqualInBothEars = false,
+            .front_programme = Programme::kMusicPair,
+            .is_centre_equal_in_both_ears = false,
             .air_db = 1.5,
-            .bassShelf_db = 0.0,
-            .highPass_hz = 12.0,
-            .fadedPart = 0.25,
-            .largestMagnitude = 9597.0,
+            .bass_shelf_db = 0.0,
+            .high_pass_hz = 12.0,
+            .faded_part = 0.25,
+            .largest_magnitude = 9597.0,
             .divisor = 10000.0};
 }
 
 LoudspeakerSet bingoSet(const std::string& layout, int sources, std::size_t samples,
                         const std::vector<LoudspeakerGroup>& groups) {
     return {.name = "Bingo " + layout,
-            .sourceNames = numberedSources(layout, sources, "c"),
+            .source_names = numberedSources(layout, sources, "c"),
             .samples = samples,
             .room = kListeningRoom,
             .groups = groups,
-            .frontProgramme = Programme::kMusicPair,
-            .isCentreEqualInBothEars = false,
+            .front_programme = Programme::kMusicPair,
+            .is_centre_equal_in_both_ears = false,
             .air_db = 1.5,
-            .bassShelf_db = 0.0,
-            .highPass_hz = 12.0,
-            .fadedPart = 0.3,
-            .largestMagnitude = std::nullopt,
+            .bass_shelf_db = 0.0,
+            .high_pass_hz = 12.0,
+            .faded_part = 0.3,
+            .largest_magnitude = std::nullopt,
             .divisor = 20000.0};
 }
 
@@ -111,17 +111,17 @@ LoudspeakerSet modeSet(const Mode& mode, const std::string& layout,
     for (const LoudspeakerGroup& group : groups) sources += group.isPair() ? 2 : 1;
     const std::string kind = "mode" + std::to_string(mode.number);
     return {.name = layout + " " + kind,
-            .sourceNames = numberedSources(layout, sources, kind),
+            .source_names = numberedSources(layout, sources, kind),
             .samples = 7000,
             .room = mode.room,
             .groups = groups,
-            .frontProgramme = groups.size() == 1 ? Programme::kOwnChannel : Programme::kMusicPair,
-            .isCentreEqualInBothEars = true,
+            .front_programme = groups.size() == 1 ? Programme::kOwnChannel : Programme::kMusicPair,
+            .is_centre_equal_in_both_ears = true,
             .air_db = mode.air_db,
-            .bassShelf_db = mode.bassShelf_db,
-            .highPass_hz = 15.0,
-            .fadedPart = 0.3,
-            .largestMagnitude = mode.largestMagnitude,
+            .bass_shelf_db = mode.bass_shelf_db,
+            .high_pass_hz = 15.0,
+            .faded_part = 0.3,
+            .largest_magnitude = mode.largest_magnitude,
             .divisor = 20000.0};
 }
 

@@ -5,11 +5,11 @@
 
 namespace sonivex_irgen {
 
-std::vector<double> minimumPhaseResponse(const std::vector<double>& magnitudeDb, std::size_t taps) {
-    const double nepersPerDb = exactLog(10.0) / 20.0;
-    const std::size_t half = magnitudeDb.size() - 1;
+std::vector<double> minimumPhaseResponse(const std::vector<double>& magnitude_db, std::size_t taps) {
+    const double nepers_per_db = exactLog(10.0) / 20.0;
+    const std::size_t half = magnitude_db.size() - 1;
     std::vector<Complex> bins(half + 1);
-    for (std::size_t k = 0; k <= half; ++k) bins[k].re = magnitudeDb[k] * nepersPerDb;
+    for (std::size_t k = 0; k <= half; ++k) bins[k].re = magnitude_db[k] * nepers_per_db;
 
     // Fold the anticausal half of the cepstrum onto the causal one: the phase that goes with the magnitude
     // appears.
@@ -24,10 +24,10 @@ std::vector<double> minimumPhaseResponse(const std::vector<double>& magnitudeDb,
     }
     std::vector<double> response = realSignal(bins);
     response.resize(taps);
-    const std::size_t fadeStart = taps - taps / 2;
-    for (std::size_t n = fadeStart; n < taps; ++n) {
+    const std::size_t fade_start = taps - taps / 2;
+    for (std::size_t n = fade_start; n < taps; ++n) {
         response[n] *=
-            halfCosineFade(static_cast<double>(n - fadeStart) / static_cast<double>(taps - fadeStart));
+            halfCosineFade(static_cast<double>(n - fade_start) / static_cast<double>(taps - fade_start));
     }
     return response;
 }

@@ -5,8 +5,8 @@
 namespace sonivex_irgen {
 
 std::uint64_t SplitMix64::next() {
-    mState += 0x9E3779B97F4A7C15U;
-    std::uint64_t mixed = mState;
+    state_ += 0x9E3779B97F4A7C15U;
+    std::uint64_t mixed = state_;
     mixed = (mixed ^ (mixed >> 30)) * 0xBF58476D1CE4E5B9U;
     mixed = (mixed ^ (mixed >> 27)) * 0x94D049BB133111EBU;
     return mixed ^ (mixed >> 31);
@@ -15,7 +15,7 @@ std::uint64_t SplitMix64::next() {
 double GaussianNoise::next() {
     std::uint64_t sum = 0;
     for (int output = 0; output < 2; ++output) {
-        const std::uint64_t bits = mBits.next();
+        const std::uint64_t bits = bits_.next();
         for (int shift = 0; shift < 64; shift += 16) sum += (bits >> shift) & 0xFFFFU;
     }
     // Eight uniform values of 0..65535: mean 8 * 32767.5, deviation 65536 * sqrt(8 / 12).

@@ -1,5 +1,5 @@
-/* Gaussian noise that is the same on every machine: SplitMix64 (Steele, Lea & Flood 2014), eight 16-bit
- * fields of two successive outputs added up. Use: GaussianNoise noise(seed); then next() for every sample. */
+// Gaussian noise that is the same on every machine: SplitMix64 (Steele, Lea & Flood 2014), eight 16-bit
+// fields of two successive outputs added up. Use: GaussianNoise noise(seed); then next() for every sample.
 #pragma once
 
 #include <cstddef>
@@ -11,21 +11,21 @@ namespace sonivex_irgen {
 /** The generator of Steele, Lea & Flood; any seed is good. */
 class SplitMix64 {
   public:
-    explicit SplitMix64(std::uint64_t seed) : mState(seed) {}
+    explicit SplitMix64(std::uint64_t seed) : state_(seed) {}
     std::uint64_t next();
 
   private:
-    std::uint64_t mState;
+    std::uint64_t state_;
 };
 
 /** Values of mean 0 and variance 1, within +-4.9. */
 class GaussianNoise {
   public:
-    explicit GaussianNoise(std::uint64_t seed) : mBits(seed) {}
+    explicit GaussianNoise(std::uint64_t seed) : bits_(seed) {}
     double next();
 
   private:
-    SplitMix64 mBits;
+    SplitMix64 bits_;
 };
 
 /** The first `count` values of a seed. */

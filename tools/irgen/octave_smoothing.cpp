@@ -8,11 +8,11 @@
 
 namespace sonivex_irgen {
 
-std::vector<double> smoothOverOctaves(const std::vector<double>& power, double halfWidth_octaves) {
+std::vector<double> smoothOverOctaves(const std::vector<double>& power, double half_width_octaves) {
     std::vector<double> sums(power.size() + 1, 0.0);
     for (std::size_t k = 0; k < power.size(); ++k) sums[k + 1] = sums[k] + power[k];
 
-    const double ratio = exactExp(halfWidth_octaves * exactLog(2.0));
+    const double ratio = exactExp(half_width_octaves * exactLog(2.0));
     std::vector<double> smoothed(power.size());
     for (std::size_t k = 0; k < power.size(); ++k) {
         const auto centre = static_cast<double>(k);

@@ -1,5 +1,5 @@
-/* The power that an ear receives, at each frequency, when a typical programme comes from a group of
- * loudspeakers. A group that leaves the programme's colour alone has a flat one. */
+// The power that an ear receives, at each frequency, when a typical programme comes from a group of
+// loudspeakers. A group that leaves the programme's colour alone has a flat one.
 #pragma once
 
 #include <vector>
@@ -10,10 +10,10 @@ namespace sonivex_irgen {
 
 /** What the loudspeakers of a group play. */
 enum class Programme {
-    kMusicPair,   ///< two channels of music, which agree in the bass and differ in the treble, heard by both
-                  ///< ears
-    kOwnChannel,  ///< each ear hears both responses of its own channel
-    kOneChannel,  ///< each loudspeaker plays alone
+    kMusicPair,   // two channels of music, which agree in the bass and differ in the treble, heard by both
+                  // ears
+    kOwnChannel,  // each ear hears both responses of its own channel
+    kOneChannel,  // each loudspeaker plays alone
 };
 
 /** Bins 0 to 16384 of 32768 points. @param group the ears' signals for each loudspeaker: two, or one or more

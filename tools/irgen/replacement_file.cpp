@@ -17,7 +17,7 @@ ReplacementFile::ReplacementFile(std::string path)
 }
 
 ReplacementFile::~ReplacementFile() {
-    if (!isCommitted_) static_cast<void>(std::remove(temporary_.c_str()));
+    if (!is_committed_) static_cast<void>(std::remove(temporary_.c_str()));
 }
 
 void ReplacementFile::commit(const std::string& text) {
@@ -25,7 +25,7 @@ void ReplacementFile::commit(const std::string& text) {
     file_ << text;
     file_.close();
     if (!file_ || std::rename(temporary_.c_str(), path_.c_str()) != 0) fail();
-    isCommitted_ = true;
+    is_committed_ = true;
 }
 
 void ReplacementFile::fail() const {

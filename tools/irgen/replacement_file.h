@@ -1,5 +1,4 @@
-/* A file that is replaced as a whole or not at all: written under a temporary name beside it, then renamed.
- */
+// A file that is replaced as a whole or not at all: written under a temporary name beside it, then renamed.
 #pragma once
 
 #include <fstream>
@@ -33,7 +32,7 @@ class ReplacementFile {
     std::string path_;
     std::string temporary_;
     std::ofstream file_;
-    bool isCommitted_ = false;
+    bool is_committed_ = false;
 };
 
 }  // namespace sonivex_irgen

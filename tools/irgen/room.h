@@ -1,4 +1,4 @@
-/* The rooms that the loudspeakers stand in. */
+// The rooms that the loudspeakers stand in.
 #pragma once
 
 #include "vector3.h"
@@ -6,19 +6,19 @@
 namespace sonivex_irgen {
 
 struct Room {
-    Vector3 size_m;                    ///< front to back, side to side, height
-    Vector3 listener_m;                ///< from the back, the right wall and the floor
-    double distance_m = 0.0;           ///< listener to loudspeaker
-    double absorptionLow = 0.0;        ///< part of the energy that a wall takes at 125 Hz and below
-    double absorptionHigh = 0.0;       ///< the same at 8 kHz and above
-    double reverberationTime_s = 0.0;  ///< at 1 kHz
-    double earlyEnd_s = 0.0;           ///< reflections are single ones up to here
+    Vector3 size_m;                     // front to back, side to side, height
+    Vector3 listener_m;                 // from the back, the right wall and the floor
+    double distance_m = 0.0;            // listener to loudspeaker
+    double absorption_low = 0.0;        // part of the energy that a wall takes at 125 Hz and below
+    double absorption_high = 0.0;       // the same at 8 kHz and above
+    double reverberation_time_s = 0.0;  // at 1 kHz
+    double early_end_s = 0.0;           // reflections are single ones up to here
 
     double volume_m3() const { return size_m.x * size_m.y * size_m.z; }
 };
 
-/* The listener sits off the middle: in a mirror-symmetric room a mono programme would reach both ears
- * identically and stay inside the head. */
+// The listener sits off the middle: in a mirror-symmetric room a mono programme would reach both ears
+// identically and stay inside the head.
 
 /** Reverberation time after EBU Tech 3276 and ITU-R BS.1116: 0.25 s * (V / 100 m3)^(1/3). */
 inline constexpr Room kListeningRoom{{6.0, 4.6, 2.7}, {2.90, 2.42, 1.2}, 1.9, 0.25, 0.72, 0.25, 0.030};

@@ -1,4 +1,4 @@
-/* SHA-256 (FIPS 180-4), to name the file that the tables were made from. */
+// SHA-256 (FIPS 180-4), to name the file that the tables were made from.
 #pragma once
 
 #include <string>

@@ -105,8 +105,8 @@ void checkShape(const MYSOFA_HRTF& hrtf) {
 
 double delayOf(const MYSOFA_HRTF& hrtf, std::size_t direction, std::size_t receiver) {
     if (hrtf.DataDelay.elements == 0) return 0.0;
-    const bool isShared = hrtf.DataDelay.elements == hrtf.R;
-    return hrtf.DataDelay.values[(isShared ? 0 : direction * hrtf.R) + receiver];
+    const bool is_shared = hrtf.DataDelay.elements == hrtf.R;
+    return hrtf.DataDelay.values[(is_shared ? 0 : direction * hrtf.R) + receiver];
 }
 
 }  // namespace

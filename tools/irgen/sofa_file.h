@@ -1,4 +1,4 @@
-/* Head responses out of an AES69 (SOFA) file. */
+// Head responses out of an AES69 (SOFA) file.
 #pragma once
 
 #include <string>

@@ -26,9 +26,9 @@ SourceComponents roomComponents(const HeadModel& head, const Room& room, const S
     parts.direct = silence(recipe.samples);
     parts.reflections = earlyReflections(head, room, recipe.azimuth_deg, recipe.samples);
     parts.tail = binauralTail(recipe.seed, roomDecay(room), recipe.samples);
-    const Biquad bassCut = highPass({kRoomFrom_hz, kButterworthQ, kRate_hz});
-    for (std::vector<double>& ear : parts.reflections) applyFilter(bassCut, ear);
-    for (std::vector<double>& ear : parts.tail) applyFilter(bassCut, ear);
+    const Biquad bass_cut = highPass({kRoomFrom_hz, kButterworthQ, kRate_hz});
+    for (std::vector<double>& ear : parts.reflections) applyFilter(bass_cut, ear);
+    for (std::vector<double>& ear : parts.tail) applyFilter(bass_cut, ear);
     return parts;
 }
 
@@ -70,19 +70,19 @@ void copyLeftToRight(SourceComponents& components) {
         (*part)[1] = (*part)[0];
 }
 
-EarSignals mixComponents(const SourceComponents& components, double directToReverberant_db) {
-    const double reverberant = comparedEnergy(components.direct) / dbToPower(directToReverberant_db);
-    const double inRoom = comparedEnergy(components.reflections);
+EarSignals mixComponents(const SourceComponents& components, double direct_to_reverberant_db) {
+    const double reverberant = comparedEnergy(components.direct) / dbToPower(direct_to_reverberant_db);
+    const double in_room = comparedEnergy(components.reflections);
     const double reflected =
-        std::min(inRoom * dbToPower(kReflections_db), kLargestReflectedPart * reverberant);
-    const double reflectionsGain = std::sqrt(reflected / inRoom);
-    const double tailGain = std::sqrt((reverberant - reflected) / comparedEnergy(components.tail));
+        std::min(in_room * dbToPower(kReflections_db), kLargestReflectedPart * reverberant);
+    const double reflections_gain = std::sqrt(reflected / in_room);
+    const double tail_gain = std::sqrt((reverberant - reflected) / comparedEnergy(components.tail));
 
     EarSignals ears = components.direct;
     for (std::size_t ear = 0; ear < kEars; ++ear) {
         for (std::size_t n = 0; n < ears[ear].size(); ++n) {
-            ears[ear][n] += reflectionsGain * components.reflections[ear][n];
-            ears[ear][n] += tailGain * components.tail[ear][n];
+            ears[ear][n] += reflections_gain * components.reflections[ear][n];
+            ears[ear][n] += tail_gain * components.tail[ear][n];
         }
     }
     return ears;

@@ -12,11 +12,11 @@ namespace {
 /** Sides of the sources: l, r, c in the centre, e in the centre with equal ears, b the low-frequency channel.
  */
 struct ExpectedSet {
-    std::string_view firstTable;
-    std::string_view lastTable;
+    std::string_view first_table;
+    std::string_view last_table;
     std::size_t samples;
     std::string_view sides;
-    int largestMagnitude;
+    int largest_magnitude;
 };
 
 constexpr std::array<ExpectedSet, 13> kExpected{{
@@ -37,8 +37,8 @@ constexpr std::array<ExpectedSet, 13> kExpected{{
 
 constexpr double kCentreSpread = 1.3;  // of the two peaks
 
-void require(bool isMet, const Table& table, const std::string& reason) {
-    if (!isMet) throw UnmetTableFact(table.name + ": " + reason);
+void require(bool is_met, const Table& table, const std::string& reason) {
+    if (!is_met) throw UnmetTableFact(table.name + ": " + reason);
 }
 
 int peakOf(const Table& table) {
@@ -48,35 +48,35 @@ int peakOf(const Table& table) {
 }
 
 void checkSide(char side, const Table& left, const Table& right) {
-    const double leftPeak = peakOf(left);
-    const double rightPeak = peakOf(right);
-    const bool isCentral = leftPeak < kCentreSpread * rightPeak && rightPeak < kCentreSpread * leftPeak;
-    if (side == 'l') require(!isCentral && leftPeak > rightPeak, left, "the source is not on the left");
-    if (side == 'r') require(!isCentral && rightPeak > leftPeak, left, "the source is not on the right");
+    const double left_peak = peakOf(left);
+    const double right_peak = peakOf(right);
+    const bool is_central = left_peak < kCentreSpread * right_peak && right_peak < kCentreSpread * left_peak;
+    if (side == 'l') require(!is_central && left_peak > right_peak, left, "the source is not on the left");
+    if (side == 'r') require(!is_central && right_peak > left_peak, left, "the source is not on the right");
     if (side == 'c' || side == 'e' || side == 'b')
-        require(isCentral, left, "the source is not in the centre");
+        require(is_central, left, "the source is not in the centre");
     if (side == 'e') require(left.samples == right.samples, left, "the ears differ");
 }
 
 void checkSet(const TableSet& set, const ExpectedSet& expected) {
     const std::size_t count = expected.sides.empty() ? 1 : 2 * expected.sides.size();
     if (set.tables.size() != count) throw UnmetTableFact(set.name + ": wrong number of tables");
-    require(set.tables.front().name == expected.firstTable, set.tables.front(), "wrong name");
-    require(set.tables.back().name == expected.lastTable, set.tables.back(), "wrong name");
+    require(set.tables.front().name == expected.first_table, set.tables.front(), "wrong name");
+    require(set.tables.back().name == expected.last_table, set.tables.back(), "wrong name");
 
     const Table* loudest = set.tables.data();
     for (const Table& table : set.tables) {
         require(table.samples.size() == expected.samples, table, "wrong length");
         if (peakOf(table) > peakOf(*loudest)) loudest = &table;
     }
-    require(peakOf(*loudest) == expected.largestMagnitude, *loudest,
+    require(peakOf(*loudest) == expected.largest_magnitude, *loudest,
             "the set's peak is " + std::to_string(peakOf(*loudest)) + " instead of " +
-                std::to_string(expected.largestMagnitude));
+                std::to_string(expected.largest_magnitude));
     for (std::size_t source = 0; source < expected.sides.size(); ++source) {
         const Table& left = set.tables[2 * source];
         checkSide(expected.sides[source], left, set.tables[2 * source + 1]);
         if (expected.sides[source] == 'b') {
-            require(peakOf(left) == expected.largestMagnitude, left,
+            require(peakOf(left) == expected.largest_magnitude, left,
                     "the low-frequency source is not the loudest");
         }
     }

@@ -1,4 +1,4 @@
-/* What the readers of the tables count on. */
+// What the readers of the tables count on.
 #pragma once
 
 #include <vector>

@@ -38,7 +38,7 @@ std::string tableSource(const std::vector<TableSet>& sets, const TableOrigin& or
         "// with no restrictions on use, provided the authors are cited.\n"
         "//\n"
         "// SHA-256 of the SOFA file: " +
-        origin.sofaSha256 + "\n// Head radius: " + metres(origin.headRadius_m) +
+        origin.sofa_sha256 + "\n// Head radius: " + metres(origin.head_radius_m) +
         " m\n"
         "// clang-format off\n"
         "#include \"impulse_response_tables.h\"\n";

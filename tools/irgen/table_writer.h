@@ -1,4 +1,4 @@
-/* The C++ source that holds the tables. */
+// The C++ source that holds the tables.
 #pragma once
 
 #include <string>
@@ -10,8 +10,8 @@ namespace sonivex_irgen {
 
 /** Where the tables come from. */
 struct TableOrigin {
-    std::string sofaSha256;
-    double headRadius_m;
+    std::string sofa_sha256;
+    double head_radius_m;
 };
 
 /** Source text: one array `k_` + name for each table, 16 values a line. The same on every machine and day. */

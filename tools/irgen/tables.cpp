@@ -18,7 +18,7 @@ constexpr double kLowFrequencyMagnitude = 32392.0;
 constexpr double kFrontSmoothing_octaves = 1.0 / 3.0;
 constexpr int kFrontRounds = 3;
 
-/* Rear and side cues lie in the fine structure of the spectrum and must survive. */
+// Rear and side cues lie in the fine structure of the spectrum and must survive.
 constexpr double kSurroundSmoothing_octaves = 0.5;
 constexpr int kSurroundRounds = 1;
 constexpr double kSurroundStrength = 0.7;
@@ -29,8 +29,8 @@ EqualiserPlan equaliserPlan(const LoudspeakerSet& set, const LoudspeakerGroup& g
                        .smoothing_octaves = kFrontSmoothing_octaves,
                        .rounds = kFrontRounds,
                        .strength = 1.0,
-                       .directToReverberant_db = group.directToReverberant_db};
-    if (group.kind == LoudspeakerGroup::Kind::kFrontPair) plan.programme = set.frontProgramme;
+                       .direct_to_reverberant_db = group.direct_to_reverberant_db};
+    if (group.kind == LoudspeakerGroup::Kind::kFrontPair) plan.programme = set.front_programme;
     if (group.kind == LoudspeakerGroup::Kind::kSurroundPair) {
         plan.smoothing_octaves = kSurroundSmoothing_octaves;
         plan.rounds = kSurroundRounds;
@@ -62,7 +62,7 @@ std::vector<SourceComponents> groupComponents(const HeadModel& head, const Louds
     if (group.isPair()) {
         components.push_back(
             loudspeakerComponents(head, set.room, {-group.azimuth_deg, group.seed + 1, set.samples}));
-    } else if (set.isCentreEqualInBothEars) {
+    } else if (set.is_centre_equal_in_both_ears) {
         copyLeftToRight(components.front());
     }
     return components;
@@ -71,38 +71,38 @@ std::vector<SourceComponents> groupComponents(const HeadModel& head, const Louds
 /** A set while it is made: responses instead of integers. */
 struct SetResponses {
     std::vector<EarSignals> sources;
-    std::vector<bool> isLowFrequency;
-    double largestGain_db = 0.0;
+    std::vector<bool> is_low_frequency;
+    double largest_gain_db = 0.0;
 };
 
 void addGroup(const HeadModel& head, const LoudspeakerSet& set, const LoudspeakerGroup& group,
               SetResponses& made) {
     EqualisedGroup result{};
-    const bool isLowFrequency = group.kind == LoudspeakerGroup::Kind::kLowFrequency;
-    if (isLowFrequency) {
+    const bool is_low_frequency = group.kind == LoudspeakerGroup::Kind::kLowFrequency;
+    if (is_low_frequency) {
         const SourceComponents components =
             lowFrequencyComponents(head, set.room, {group.azimuth_deg, group.seed, set.samples});
-        result.sources = {mixComponents(components, group.directToReverberant_db)};
+        result.sources = {mixComponents(components, group.direct_to_reverberant_db)};
     } else {
         const EqualiserPlan plan = equaliserPlan(set, group);
         result = equaliseGroup(groupComponents(head, set, group), plan);
         scaleSources(result.sources,
                      dbToAmplitude(-pinkLoudness_db(programmePower(result.sources, plan.programme))));
     }
-    made.largestGain_db = std::max(made.largestGain_db, result.largestGain_db);
+    made.largest_gain_db = std::max(made.largest_gain_db, result.largest_gain_db);
     for (EarSignals& ears : result.sources) {
         for (std::vector<double>& ear : ears) {
-            finishResponse({set.bassShelf_db, set.highPass_hz, set.fadedPart, kRate_hz}, ear);
+            finishResponse({set.bass_shelf_db, set.high_pass_hz, set.faded_part, kRate_hz}, ear);
         }
         made.sources.push_back(std::move(ears));
-        made.isLowFrequency.push_back(isLowFrequency);
+        made.is_low_frequency.push_back(is_low_frequency);
     }
 }
 
 /** The integer of a gain of 1: so that the set's peak is met, or that the level is that of a dry channel. */
 double setScale(const LoudspeakerSet& set, const SetResponses& made) {
-    if (!set.largestMagnitude) return set.divisor;
-    return *set.largestMagnitude / largestMagnitude(made.sources);
+    if (!set.largest_magnitude) return set.divisor;
+    return *set.largest_magnitude / largestMagnitude(made.sources);
 }
 
 double peakOf(const std::vector<Table>& tables) {
@@ -116,7 +116,7 @@ double peakOf(const std::vector<Table>& tables) {
 /** What the front pair does to the loudness of its programme. */
 double frontLoudness_db(const LoudspeakerSet& set, const SetResponses& made, double scale) {
     const std::vector<EarSignals> front(made.sources.begin(), made.sources.begin() + 2);
-    return pinkLoudness_db(programmePower(front, set.frontProgramme)) + 2.0 * powerToDb(scale / set.divisor);
+    return pinkLoudness_db(programmePower(front, set.front_programme)) + 2.0 * powerToDb(scale / set.divisor);
 }
 
 Table makeTable(const std::string& name, const std::vector<double>& response, double scale) {
@@ -135,19 +135,19 @@ TableSet makeLoudspeakerTables(const HeadModel& head, const LoudspeakerSet& set)
                     .tables = {},
                     .scale = setScale(set, made),
                     .peak = 0.0,
-                    .loudnessChange_db = 0.0,
-                    .largestGain_db = made.largestGain_db};
+                    .loudness_change_db = 0.0,
+                    .largest_gain_db = made.largest_gain_db};
     for (std::size_t source = 0; source < made.sources.size(); ++source) {
         const EarSignals& ears = made.sources[source];
         const double scale =
-            made.isLowFrequency[source] ? kLowFrequencyMagnitude / largestMagnitude({ears}) : tables.scale;
+            made.is_low_frequency[source] ? kLowFrequencyMagnitude / largestMagnitude({ears}) : tables.scale;
         for (std::size_t ear = 0; ear < kEars; ++ear) {
-            const std::string name = set.sourceNames[source] + (ear == 0 ? "L48" : "R48");
+            const std::string name = set.source_names[source] + (ear == 0 ? "L48" : "R48");
             tables.tables.push_back(makeTable(name, ears[ear], scale));
         }
     }
     tables.peak = peakOf(tables.tables);
-    tables.loudnessChange_db = frontLoudness_db(set, made, tables.scale);
+    tables.loudness_change_db = frontLoudness_db(set, made, tables.scale);
     return tables;
 }
 
@@ -158,12 +158,12 @@ TableSet makeAudioTable() {
                  .tables = {makeTable("dolby441", response, scale)},
                  .scale = scale,
                  .peak = 0.0,
-                 .loudnessChange_db = 0.0,
-                 .largestGain_db = 0.0};
+                 .loudness_change_db = 0.0,
+                 .largest_gain_db = 0.0};
     set.peak = peakOf(set.tables);
     // Filter and programme run at 48 kHz here; the table's own rate moves the result by a few hundredths of a
     // dB.
-    set.loudnessChange_db =
+    set.loudness_change_db =
         pinkLoudness_db(
             programmePower({{response, std::vector<double>(response.size(), 0.0)}}, Programme::kOneChannel)) +
         2.0 * powerToDb(scale / kAudioDivisor);
@@ -173,10 +173,10 @@ TableSet makeAudioTable() {
 }  // namespace
 
 std::vector<TableSet> makeTableSets(const HeadModel& head) {
-    constexpr std::size_t audioPlace = 3;  // behind cingo and the two Bingo sets
+    constexpr std::size_t kAudioPlace = 3;  // behind cingo and the two Bingo sets
     std::vector<TableSet> sets;
     for (const LoudspeakerSet& set : loudspeakerSets()) {
-        if (sets.size() == audioPlace) sets.push_back(makeAudioTable());
+        if (sets.size() == kAudioPlace) sets.push_back(makeAudioTable());
         sets.push_back(makeLoudspeakerTables(head, set));
     }
     return sets;

@@ -1,4 +1,4 @@
-/* Points and directions: x to the front, y to the left, z up. */
+// Points and directions: x to the front, y to the left, z up.
 #pragma once
 
 #include <cmath>

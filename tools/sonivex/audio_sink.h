@@ -32,14 +32,14 @@ class AudioSink {
     void encode(AVFrame* frame);
     void check(int result) const;
 
-    EncoderPlan mPlan;
-    OutputFile& mFile;
-    AVFormatContext* mMuxer = nullptr;
-    AVStream* mStream = nullptr;
-    CodecContextPtr mEncoder;
-    PacketPtr mPacket;
-    Reframer mPending;
-    int64_t mPosition = 0;  ///< frames given to the encoder
+    EncoderPlan plan_;
+    OutputFile& file_;
+    AVFormatContext* muxer_ = nullptr;
+    AVStream* stream_ = nullptr;
+    CodecContextPtr encoder_;
+    PacketPtr packet_;
+    Reframer pending_;
+    int64_t position_ = 0;  // frames given to the encoder
 };
 
 }  // namespace sonivex_tool

@@ -24,32 +24,32 @@ std::string asUrl(const std::string& path) {
 
 }  // namespace
 
-AudioSource::AudioSource(const std::string& path, int streamNumber) {
-    mPacket.reset(allocated(av_packet_alloc()));
+AudioSource::AudioSource(const std::string& path, int stream_number) {
+    packet_.reset(allocated(av_packet_alloc()));
     try {
         openContainer(path);
-        chooseStream(path, streamNumber);
+        chooseStream(path, stream_number);
         openDecoder(path);
-        mFirst = decode();
-        if (mFirst == nullptr)
+        first_ = decode();
+        if (first_ == nullptr)
             throw Failure(ExitCode::NoAudio, path + ": nothing in the audio stream decodes");
         describe();
     } catch (...) {
-        avformat_close_input(&mContainer);
+        avformat_close_input(&container_);
         throw;
     }
 }
 
 AudioSource::~AudioSource() {
-    avformat_close_input(&mContainer);
+    avformat_close_input(&container_);
 }
 
 void AudioSource::openContainer(const std::string& path) {
     const std::string url = asUrl(path);
-    mContainer = allocated(avformat_alloc_context());
-    mContainer->interrupt_callback.callback = stopReading;
-    int result = avformat_open_input(&mContainer, url.c_str(), nullptr, nullptr);
-    if (result >= 0) result = avformat_find_stream_info(mContainer, nullptr);
+    container_ = allocated(avformat_alloc_context());
+    container_->interrupt_callback.callback = stopReading;
+    int result = avformat_open_input(&container_, url.c_str(), nullptr, nullptr);
+    if (result >= 0) result = avformat_find_stream_info(container_, nullptr);
     throwIfInterrupted();
     if (result == AVERROR_INVALIDDATA) {
         throw Failure(ExitCode::InputNotReadable, path + ": no known audio or video format");
@@ -57,19 +57,19 @@ void AudioSource::openContainer(const std::string& path) {
     if (result < 0) throw Failure(ExitCode::InputNotReadable, path + ": " + errorText(result));
 }
 
-void AudioSource::chooseStream(const std::string& path, int streamNumber) {
+void AudioSource::chooseStream(const std::string& path, int stream_number) {
     int found = 0;
-    for (unsigned i = 0; i < mContainer->nb_streams; ++i) {
-        AVStream& stream = *mContainer->streams[i];
+    for (unsigned i = 0; i < container_->nb_streams; ++i) {
+        AVStream& stream = *container_->streams[i];
         stream.discard = AVDISCARD_ALL;
         if (stream.codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
-        if (found++ != streamNumber) continue;
+        if (found++ != stream_number) continue;
         stream.discard = AVDISCARD_DEFAULT;
-        mStreamIndex = static_cast<int>(i);
+        stream_index_ = static_cast<int>(i);
     }
     if (found == 0) throw Failure(ExitCode::NoAudio, path + ": has no audio stream");
-    if (mStreamIndex < 0) {
-        throw Failure(ExitCode::NoAudio, path + ": has no audio stream " + std::to_string(streamNumber) +
+    if (stream_index_ < 0) {
+        throw Failure(ExitCode::NoAudio, path + ": has no audio stream " + std::to_string(stream_number) +
                                              ", only " +
                                              (found == 1 ? "0" : "0 to " + std::to_string(found - 1)));
     }
@@ -82,54 +82,54 @@ void AudioSource::openDecoder(const std::string& path) {
         throw Failure(ExitCode::NoAudio, path + ": there is no decoder for its audio (" +
                                              avcodec_get_name(audio.codecpar->codec_id) + ")");
     }
-    mDecoder.reset(allocated(avcodec_alloc_context3(codec)));
-    int result = avcodec_parameters_to_context(mDecoder.get(), audio.codecpar);
+    decoder_.reset(allocated(avcodec_alloc_context3(codec)));
+    int result = avcodec_parameters_to_context(decoder_.get(), audio.codecpar);
     // Without it the decoder cannot tell how much of the first and the last packet is padding.
-    mDecoder->pkt_timebase = audio.time_base;
-    if (result >= 0) result = avcodec_open2(mDecoder.get(), codec, nullptr);
+    decoder_->pkt_timebase = audio.time_base;
+    if (result >= 0) result = avcodec_open2(decoder_.get(), codec, nullptr);
     if (result < 0)
         throw Failure(ExitCode::NoAudio, path + ": its audio cannot be decoded: " + errorText(result));
 }
 
 void AudioSource::describe() {
-    mInfo.container = mContainer->iformat->name;
-    mInfo.codec = avcodec_get_name(mDecoder->codec_id);
-    mInfo.spec = specOf(*mFirst);
-    const int bits = mDecoder->bits_per_raw_sample;
-    if (bits > 0 && bits < 8 * av_get_bytes_per_sample(mInfo.spec.format)) mInfo.bitsPerSample = bits;
+    info_.container = container_->iformat->name;
+    info_.codec = avcodec_get_name(decoder_->codec_id);
+    info_.spec = specOf(*first_);
+    const int bits = decoder_->bits_per_raw_sample;
+    if (bits > 0 && bits < 8 * av_get_bytes_per_sample(info_.spec.format)) info_.bits_per_sample = bits;
     if (stream().duration != AV_NOPTS_VALUE && stream().duration > 0) {
-        mInfo.lengthSeconds = static_cast<double>(stream().duration) * av_q2d(stream().time_base);
-    } else if (mContainer->duration != AV_NOPTS_VALUE && mContainer->duration > 0) {
-        mInfo.lengthSeconds = static_cast<double>(mContainer->duration) / AV_TIME_BASE;
+        info_.length_seconds = static_cast<double>(stream().duration) * av_q2d(stream().time_base);
+    } else if (container_->duration != AV_NOPTS_VALUE && container_->duration > 0) {
+        info_.length_seconds = static_cast<double>(container_->duration) / AV_TIME_BASE;
     }
-    mConverter.emplace(mInfo.spec);
+    converter_.emplace(info_.spec);
 }
 
 bool AudioSource::feedDecoder() {
     while (true) {
         throwIfInterrupted();
-        const int result = av_read_frame(mContainer, mPacket.get());
+        const int result = av_read_frame(container_, packet_.get());
         throwIfInterrupted();
         if (result < 0) {
             // A file that breaks off plays until there, as in a player.
-            if (result != AVERROR_EOF) ++mDecodeErrors;
-            mIsDraining = true;
-            return avcodec_send_packet(mDecoder.get(), nullptr) >= 0;
+            if (result != AVERROR_EOF) ++decode_errors_;
+            is_draining_ = true;
+            return avcodec_send_packet(decoder_.get(), nullptr) >= 0;
         }
-        const bool isOurs = mPacket->stream_index == mStreamIndex;
-        const int sent = isOurs ? avcodec_send_packet(mDecoder.get(), mPacket.get()) : 0;
-        av_packet_unref(mPacket.get());
-        if (!isOurs) continue;
+        const bool is_ours = packet_->stream_index == stream_index_;
+        const int sent = is_ours ? avcodec_send_packet(decoder_.get(), packet_.get()) : 0;
+        av_packet_unref(packet_.get());
+        if (!is_ours) continue;
         if (sent == AVERROR(ENOMEM)) throw std::bad_alloc();
         if (sent >= 0) return true;
-        ++mDecodeErrors;
+        ++decode_errors_;
     }
 }
 
 FramePtr AudioSource::decode() {
     FramePtr frame(allocated(av_frame_alloc()));
     while (true) {
-        const int result = avcodec_receive_frame(mDecoder.get(), frame.get());
+        const int result = avcodec_receive_frame(decoder_.get(), frame.get());
         if (result >= 0) {
             if (frame->nb_samples > 0 && frame->sample_rate > 0 && frame->ch_layout.nb_channels > 0)
                 return frame;
@@ -138,16 +138,16 @@ FramePtr AudioSource::decode() {
         }
         if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
         if (result == AVERROR_EOF) return nullptr;
-        if (result != AVERROR(EAGAIN)) ++mDecodeErrors;
-        if (mIsDraining || !feedDecoder()) return nullptr;
+        if (result != AVERROR(EAGAIN)) ++decode_errors_;
+        if (is_draining_ || !feedDecoder()) return nullptr;
     }
 }
 
 FramePtr AudioSource::read() {
     while (true) {
-        FramePtr frame = mFirst != nullptr ? std::move(mFirst) : decode();
-        if (frame == nullptr) return mConverter->flush();
-        FramePtr converted = mConverter->convert(std::move(frame));
+        FramePtr frame = first_ != nullptr ? std::move(first_) : decode();
+        if (frame == nullptr) return converter_->flush();
+        FramePtr converted = converter_->convert(std::move(frame));
         if (converted != nullptr) return converted;
     }
 }

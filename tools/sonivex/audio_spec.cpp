@@ -7,7 +7,7 @@
 namespace sonivex_tool {
 
 bool AudioSpec::operator==(const AudioSpec& other) const {
-    return format == other.format && rateHz == other.rateHz &&
+    return format == other.format && rate_hz == other.rate_hz &&
            av_channel_layout_compare(&layout, &other.layout) == 0;
 }
 
@@ -20,7 +20,7 @@ AVChannelLayout defaultLayout(int channels) {
 AudioSpec specOf(const AVFrame& frame) {
     AudioSpec spec;
     spec.format = static_cast<AVSampleFormat>(frame.format);
-    spec.rateHz = frame.sample_rate;
+    spec.rate_hz = frame.sample_rate;
     if (frame.ch_layout.order == AV_CHANNEL_ORDER_NATIVE) {
         spec.layout.order = AV_CHANNEL_ORDER_NATIVE;
         spec.layout.nb_channels = frame.ch_layout.nb_channels;
@@ -40,7 +40,7 @@ std::string layoutName(const AVChannelLayout& layout) {
 FramePtr makeFrame(const AudioSpec& spec, int frames) {
     FramePtr frame(allocated(av_frame_alloc()));
     frame->format = spec.format;
-    frame->sample_rate = spec.rateHz;
+    frame->sample_rate = spec.rate_hz;
     frame->nb_samples = frames;
     if (Vorlin::av::setFrameLayout(frame.get(), spec.layout) < 0) throw std::bad_alloc();
     if (av_frame_get_buffer(frame.get(), 0) < 0) throw std::bad_alloc();

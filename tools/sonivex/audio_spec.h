@@ -10,7 +10,7 @@ namespace sonivex_tool {
 /** How samples are laid out in time, space and memory. */
 struct AudioSpec {
     AVSampleFormat format = AV_SAMPLE_FMT_NONE;
-    int rateHz = 0;
+    int rate_hz = 0;
     /** Of native order; unspecified only for a channel count that has no default layout. Owns no memory. */
     AVChannelLayout layout{};
 

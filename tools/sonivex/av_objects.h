@@ -49,23 +49,23 @@ inline std::string errorText(int averror) {
 class Dictionary {
   public:
     Dictionary() = default;
-    Dictionary(const Dictionary& other) { av_dict_copy(&mEntries, other.mEntries, 0); }
+    Dictionary(const Dictionary& other) { av_dict_copy(&entries_, other.entries_, 0); }
     Dictionary& operator=(const Dictionary&) = delete;
-    ~Dictionary() { av_dict_free(&mEntries); }
+    ~Dictionary() { av_dict_free(&entries_); }
 
     void set(const std::string& key, const std::string& value, int flags = 0) {
-        av_dict_set(&mEntries, key.c_str(), value.c_str(), flags);
+        av_dict_set(&entries_, key.c_str(), value.c_str(), flags);
     }
     /** The value of `key`, or null. */
     const char* get(const std::string& key) const {
-        const AVDictionaryEntry* entry = av_dict_get(mEntries, key.c_str(), nullptr, 0);
+        const AVDictionaryEntry* entry = av_dict_get(entries_, key.c_str(), nullptr, 0);
         return entry != nullptr ? entry->value : nullptr;
     }
-    const AVDictionary* entries() const { return mEntries; }
-    AVDictionary** address() { return &mEntries; }
+    const AVDictionary* entries() const { return entries_; }
+    AVDictionary** address() { return &entries_; }
 
   private:
-    AVDictionary* mEntries = nullptr;
+    AVDictionary* entries_ = nullptr;
 };
 
 }  // namespace sonivex_tool

@@ -35,8 +35,8 @@ struct BenchChoices {
 CLI::Validator duration() {
     return {[](const std::string& text) {
                 double seconds = 0.0;
-                const bool isNumber = CLI::detail::lexical_cast(text, seconds);
-                const bool fits = isNumber && seconds >= kShortest_s && seconds <= kLongest_s;
+                const bool is_number = CLI::detail::lexical_cast(text, seconds);
+                const bool fits = is_number && seconds >= kShortest_s && seconds <= kLongest_s;
                 return fits ? std::string() : "must be 0.1 to 3600 seconds, not " + text;
             },
             "", "duration"};
@@ -46,7 +46,7 @@ CLI::Validator duration() {
 std::vector<BenchCase> chosenCases(const Vorlin::Plugin& plugin, const std::string& asked) {
     std::vector<BenchCase> cases = benchCases(asked);
     std::erase_if(cases, [&](const BenchCase& shape) {
-        return !plugin.exports(findEffect(shape.effect)->exportedFunction.c_str());
+        return !plugin.exports(findEffect(shape.effect)->exported_function.c_str());
     });
     if (cases.empty()) {
         const std::string missing = asked.empty() ? "any effect" : findEffect(asked)->title;
@@ -71,7 +71,7 @@ BenchReport measure(const Vorlin::Plugin& plugin, const BenchChoices& choices) {
     const std::vector<BenchCase> cases = chosenCases(plugin, choices.effect);
     for (const BenchCase& shape : cases) {
         const auto effect = std::make_shared<BenchEffect>(plugin, shape);
-        const int frames = kBenchRateHz - kBenchRateHz % shape.callFrames;
+        const int frames = kBenchRateHz - kBenchRateHz % shape.call_frames;
         const auto in =
             std::make_shared<std::vector<int16_t>>(makeBabble(shape.channels, frames, kBenchRateHz));
         works.push_back({.run = [effect, in] { effect->process(*in); },

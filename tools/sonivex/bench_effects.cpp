@@ -26,7 +26,7 @@ struct Parts {
     void* handle;
     void (*release)(void*);
     std::function<int(const short*, short*)> call;
-    int channelsOut;
+    int channels_out;
 };
 
 Parts makeSurround(const Vorlin::Plugin& plugin, const BenchCase& shape) {
@@ -35,7 +35,7 @@ Parts makeSurround(const Vorlin::Plugin& plugin, const BenchCase& shape) {
     const auto release = find<decltype(aem_ReleaseSurround)>(plugin, "aem_ReleaseSurround");
     const int type = shape.type == "MegaBass" ? kMegaBass : k3DSurround;
     void* const handle = create(shape.channels, kBenchRateHz, type, /*mode=*/1, /*limiter=*/1);
-    const auto call = [process, handle, frames = shape.callFrames](const short* in, short* out) {
+    const auto call = [process, handle, frames = shape.call_frames](const short* in, short* out) {
         return process(handle, in, out, frames);
     };
     return {handle, release, call, 2};
@@ -47,7 +47,7 @@ Parts makeDialogue(const Vorlin::Plugin& plugin, const BenchCase& shape) {
     const auto release = find<decltype(aem_ReleaseDialoguEnhance)>(plugin, "aem_ReleaseDialoguEnhance");
     void* const handle = create(shape.channels, kBenchRateHz, /*gainFloor=*/1.0, /*gainScale=*/1.0,
                                 /*voiceLevel=*/1.0);
-    const auto call = [process, handle, frames = shape.callFrames](const short* in, short* out) {
+    const auto call = [process, handle, frames = shape.call_frames](const short* in, short* out) {
         return process(handle, in, out, frames, kBenchRateHz);
     };
     return {handle, release, call, 2};
@@ -58,7 +58,7 @@ Parts makeNormalizer(const Vorlin::Plugin& plugin, const BenchCase& shape) {
     const auto process = find<decltype(aem_ProcessNormalizer)>(plugin, "aem_ProcessNormalizer");
     const auto release = find<decltype(aem_ReleaseNormalizer)>(plugin, "aem_ReleaseNormalizer");
     void* const handle = create(shape.channels, kBenchRateHz);
-    const auto call = [process, handle, frames = shape.callFrames, channels = shape.channels](
+    const auto call = [process, handle, frames = shape.call_frames, channels = shape.channels](
                           const short* in, short* out) { return process(handle, in, out, frames, channels); };
     return {handle, release, call, shape.channels};
 }
@@ -84,21 +84,22 @@ std::vector<BenchCase> benchCases(const std::string& effect) {
 }
 
 BenchEffect::BenchEffect(const Vorlin::Plugin& plugin, const BenchCase& shape)
-    : mShape(shape), mHandle(nullptr, [](void*) {}) {
+    : shape_(shape), handle_(nullptr, [](void*) {}) {
     Parts parts = make(plugin, shape);
     if (parts.handle == nullptr)
         throw Failure(ExitCode::FilterFailed, shape.effect + ": the plug-in makes no handle");
-    mHandle = {parts.handle, parts.release};
-    mCall = std::move(parts.call);
-    mOutSamples = static_cast<size_t>(shape.callFrames) * static_cast<size_t>(parts.channelsOut);
-    mOut.resize(mOutSamples);
+    handle_ = {parts.handle, parts.release};
+    call_ = std::move(parts.call);
+    out_samples_ = static_cast<size_t>(shape.call_frames) * static_cast<size_t>(parts.channels_out);
+    out_.resize(out_samples_);
 }
 
 void BenchEffect::process(const std::vector<int16_t>& in) {
-    const size_t callSamples = static_cast<size_t>(mShape.callFrames) * static_cast<size_t>(mShape.channels);
-    for (size_t first = 0; first + callSamples <= in.size(); first += callSamples) {
-        if (mCall(in.data() + first, mOut.data()) != static_cast<int>(mOutSamples))
-            throw Failure(ExitCode::FilterFailed, mShape.effect + ": a call was not answered in full");
+    const size_t call_samples =
+        static_cast<size_t>(shape_.call_frames) * static_cast<size_t>(shape_.channels);
+    for (size_t first = 0; first + call_samples <= in.size(); first += call_samples) {
+        if (call_(in.data() + first, out_.data()) != static_cast<int>(out_samples_))
+            throw Failure(ExitCode::FilterFailed, shape_.effect + ": a call was not answered in full");
     }
 }
 

@@ -14,10 +14,10 @@ constexpr int kBenchRateHz = 48000;
 
 /** An effect in one of its shapes. */
 struct BenchCase {
-    std::string effect;  ///< as on the command line
-    std::string type;    ///< of surround, as on the command line; else empty
-    int channels;        ///< of the input
-    int callFrames;      ///< samples per channel in each call: some whole blocks, about 10 ms
+    std::string effect;  // as on the command line
+    std::string type;    // of surround, as on the command line; else empty
+    int channels;        // of the input
+    int call_frames;     // samples per channel in each call: some whole blocks, about 10 ms
 };
 
 /** Every effect in every shape that differs in cost, or only those of the effect of that name. */
@@ -31,17 +31,17 @@ class BenchEffect {
      * (FilterFailed). */
     BenchEffect(const Vorlin::Plugin& plugin, const BenchCase& shape);
 
-    /** Process calls of callFrames, one after the other.
+    /** Process calls of call_frames, one after the other.
      *  @param in [frames][channels]; frames beyond the last whole call are left out.
      *  @throw Failure (FilterFailed) when a call is not answered in full. */
     void process(const std::vector<int16_t>& in);
 
   private:
-    BenchCase mShape;
-    std::unique_ptr<void, void (*)(void*)> mHandle;
-    std::function<int(const short* in, short* out)> mCall;
-    std::vector<short> mOut;
-    size_t mOutSamples;  ///< that a call has to give
+    BenchCase shape_;
+    std::unique_ptr<void, void (*)(void*)> handle_;
+    std::function<int(const short* in, short* out)> call_;
+    std::vector<short> out_;
+    size_t out_samples_;  // that a call has to give
 };
 
 /** The vector instructions that a plug-in uses, for people; empty if it does not tell. */

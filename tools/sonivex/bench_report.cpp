@@ -37,7 +37,7 @@ std::string benchJson(const BenchReport& report) {
         rows.push_back({{"effect", row.shape.effect},
                         {"type", textOrNull(row.shape.type)},
                         {"channels", row.shape.channels},
-                        {"frames_per_call", row.shape.callFrames},
+                        {"frames_per_call", row.shape.call_frames},
                         {"rounds", row.timing.rounds},
                         {"cpu_ms_per_s", row.timing.cpu_ms_per_s},
                         {"times_real_time", row.timing.timesRealTime()},

@@ -14,8 +14,8 @@ struct BenchReport {
         BenchTiming timing;
     };
 
-    std::string processor;  ///< as the system names it; empty: it does not
-    std::string vectors;    ///< as the plug-in names them; empty: it does not
+    std::string processor;  // as the system names it; empty: it does not
+    std::string vectors;    // as the plug-in names them; empty: it does not
     std::vector<Row> rows;
 };
 

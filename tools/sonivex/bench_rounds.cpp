@@ -28,11 +28,11 @@ BenchClocks systemClocks() {
 }
 
 std::vector<BenchTiming> takeRounds(const std::vector<BenchWork>& works, double limit_s,
-                                    const BenchClocks& clocks, const std::function<void()>& betweenRounds) {
+                                    const BenchClocks& clocks, const std::function<void()>& between_rounds) {
     std::vector<std::vector<double>> cpu_ms_per_s(works.size());
     const double end_s = clocks.wall_s() + limit_s;
     for (int counted = -1; counted < kFewestRounds || clocks.wall_s() < end_s; ++counted) {
-        betweenRounds();
+        between_rounds();
         for (size_t i = 0; i < works.size(); ++i) {
             const double start_s = clocks.cpu_s();
             works[i].run();

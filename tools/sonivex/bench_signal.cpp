@@ -10,36 +10,36 @@ namespace {
 
 constexpr double kFullScale = 32768.0;
 constexpr double kSyllables_hz = 4.0;
-/* Long-term speech is strongest between these and falls to either side (Byrne et al. 1994). */
+// Long-term speech is strongest between these and falls to either side (Byrne et al. 1994).
 constexpr double kLowest_hz = 100.0;
 constexpr double kHighest_hz = 500.0;
 
 /** y += coefficient * (x - y) */
-double onePoleCoefficient(double corner_hz, int rateHz) {
-    return -std::expm1(-2.0 * std::numbers::pi * corner_hz / rateHz);
+double onePoleCoefficient(double corner_hz, int rate_hz) {
+    return -std::expm1(-2.0 * std::numbers::pi * corner_hz / rate_hz);
 }
 
-std::vector<double> speechNoise(unsigned seed, int frames, int rateHz) {
+std::vector<double> speechNoise(unsigned seed, int frames, int rate_hz) {
     std::mt19937 random(seed);  // its numbers are the same everywhere, those of a distribution are not
-    const double lowPass = onePoleCoefficient(kHighest_hz, rateHz);
-    const double highPass = onePoleCoefficient(kLowest_hz, rateHz);
+    const double low_pass = onePoleCoefficient(kHighest_hz, rate_hz);
+    const double high_pass = onePoleCoefficient(kLowest_hz, rate_hz);
     double smooth = 0.0;
     double slow = 0.0;
     std::vector<double> samples;
     samples.reserve(static_cast<size_t>(frames));
     for (int frame = 0; frame < frames; ++frame) {
         const double white = static_cast<double>(random()) / 0x1p31 - 1.0;
-        smooth += lowPass * (white - smooth);
-        slow += highPass * (smooth - slow);
+        smooth += low_pass * (white - smooth);
+        slow += high_pass * (smooth - slow);
         samples.push_back(smooth - slow);
     }
     return samples;
 }
 
 /** Each speaker begins elsewhere in the syllable. */
-void speakSyllables(std::vector<double>& samples, double phase, int rateHz) {
+void speakSyllables(std::vector<double>& samples, double phase, int rate_hz) {
     for (size_t frame = 0; frame < samples.size(); ++frame) {
-        const double syllables = kSyllables_hz * static_cast<double>(frame) / rateHz + phase;
+        const double syllables = kSyllables_hz * static_cast<double>(frame) / rate_hz + phase;
         samples[frame] *= 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * syllables);
     }
 }
@@ -52,11 +52,11 @@ double rms(const std::vector<double>& samples) {
 
 }  // namespace
 
-std::vector<int16_t> makeBabble(int channels, int frames, int rateHz) {
+std::vector<int16_t> makeBabble(int channels, int frames, int rate_hz) {
     std::vector<int16_t> babble(static_cast<size_t>(channels) * static_cast<size_t>(frames));
     for (int channel = 0; channel < channels; ++channel) {
-        std::vector<double> samples = speechNoise(static_cast<unsigned>(channel) + 1U, frames, rateHz);
-        speakSyllables(samples, static_cast<double>(channel) / channels, rateHz);
+        std::vector<double> samples = speechNoise(static_cast<unsigned>(channel) + 1U, frames, rate_hz);
+        speakSyllables(samples, static_cast<double>(channel) / channels, rate_hz);
         const double loudness = rms(samples);
         if (loudness <= 0.0) continue;  // a single frame between syllables
         const double gain = kFullScale * std::pow(10.0, kBabbleLevel_dbfs / 20.0) / loudness;

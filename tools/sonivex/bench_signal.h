@@ -10,8 +10,8 @@ namespace sonivex_tool {
  *  @param channels from 1.
  *  @param frames   samples per channel, from 1.
  *  @return [frames][channels], the same samples in every run. */
-std::vector<int16_t> makeBabble(int channels, int frames, int rateHz);
+std::vector<int16_t> makeBabble(int channels, int frames, int rate_hz);
 
-constexpr double kBabbleLevel_dbfs = -30.0;  ///< RMS of each channel; 0 is that of a full-scale square
+constexpr double kBabbleLevel_dbfs = -30.0;  // RMS of each channel; 0 is that of a full-scale square
 
 }  // namespace sonivex_tool

@@ -54,31 +54,31 @@ void printError(const std::string& line) {
 }
 
 Console::Console(bool quiet)
-    : mQuiet(quiet), mIsTerminal(isatty(STDERR_FILENO) != 0), mLastShown(Clock::now()) {}
+    : quiet_(quiet), is_terminal_(isatty(STDERR_FILENO) != 0), last_shown_(Clock::now()) {}
 
 void Console::note(const std::string& line) {
-    if (mQuiet) return;
+    if (quiet_) return;
     clearBar();
     printLine(line);
 }
 
 void Console::progress(double seconds, std::optional<double> total) {
-    if (mQuiet) return;
+    if (quiet_) return;
     const auto now = Clock::now();
-    const auto period = mIsTerminal ? Clock::duration(kBarPeriod) : Clock::duration(kLinePeriod);
-    if (now - mLastShown < period) return;
-    mLastShown = now;
-    if (mIsTerminal) {
+    const auto period = is_terminal_ ? Clock::duration(kBarPeriod) : Clock::duration(kLinePeriod);
+    if (now - last_shown_ < period) return;
+    last_shown_ = now;
+    if (is_terminal_) {
         drawBar(seconds, total);
         return;
     }
     std::string line = clockTime(seconds);
     if (total) line.append(" of ").append(clockTime(*total));
-    printLine(line + ", " + speedText(seconds, now - mStarted));
+    printLine(line + ", " + speedText(seconds, now - started_));
 }
 
 void Console::drawBar(double seconds, std::optional<double> total) {
-    const std::string speed = speedText(seconds, Clock::now() - mStarted);
+    const std::string speed = speedText(seconds, Clock::now() - started_);
     std::string line = clockTime(seconds);
     if (total && *total > 0.0) {
         const double done = std::clamp(seconds / *total, 0.0, 1.0);
@@ -91,13 +91,13 @@ void Console::drawBar(double seconds, std::optional<double> total) {
     }
     (void)std::fprintf(stderr, "\r%s  %s\033[K", line.c_str(), speed.c_str());
     (void)std::fflush(stderr);
-    mBarIsShown = true;
+    bar_is_shown_ = true;
 }
 
 void Console::clearBar() {
-    if (!mBarIsShown) return;
+    if (!bar_is_shown_) return;
     (void)std::fputs("\r\033[K", stderr);
-    mBarIsShown = false;
+    bar_is_shown_ = false;
 }
 
 }  // namespace sonivex_tool

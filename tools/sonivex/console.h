@@ -26,11 +26,11 @@ class Console {
 
     void drawBar(double seconds, std::optional<double> total);
 
-    bool mQuiet;
-    bool mIsTerminal;
-    bool mBarIsShown = false;
-    Clock::time_point mStarted = Clock::now();
-    Clock::time_point mLastShown;
+    bool quiet_;
+    bool is_terminal_;
+    bool bar_is_shown_ = false;
+    Clock::time_point started_ = Clock::now();
+    Clock::time_point last_shown_;
 };
 
 /** "1:02:03" or "2:03". */

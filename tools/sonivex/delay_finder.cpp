@@ -40,42 +40,42 @@ class PhaseSum {
   public:
     /** @param samples of every recording. */
     PhaseSum(const Fourier& fourier, std::size_t samples)
-        : mFourier(fourier),
-          mWindow(fades(samples)),
-          mBefore(fourier.size()),
-          mAfter(fourier.size()),
-          mSum(fourier.size()) {}
+        : fourier_(fourier),
+          window_(fades(samples)),
+          before_(fourier.size()),
+          after_(fourier.size()),
+          sum_(fourier.size()) {}
 
     void add(const ChannelPair& pair) {
-        transform(pair.before, mBefore);
-        transform(pair.after, mAfter);
+        transform(pair.before, before_);
+        transform(pair.after, after_);
         double mean = 0.0;
-        for (std::size_t k = 0; k < mSum.size(); ++k) mean += std::abs(mBefore[k]) * std::abs(mAfter[k]);
-        mean /= static_cast<double>(mSum.size());
+        for (std::size_t k = 0; k < sum_.size(); ++k) mean += std::abs(before_[k]) * std::abs(after_[k]);
+        mean /= static_cast<double>(sum_.size());
         if (!(mean > 0.0) || !std::isfinite(mean)) return;
-        for (std::size_t k = 0; k < mSum.size(); ++k) {
-            const double level = std::abs(mBefore[k]) * std::abs(mAfter[k]);
-            mSum[k] += mBefore[k] * std::conj(mAfter[k]) / (level + kFloor * mean);
+        for (std::size_t k = 0; k < sum_.size(); ++k) {
+            const double level = std::abs(before_[k]) * std::abs(after_[k]);
+            sum_[k] += before_[k] * std::conj(after_[k]) / (level + kFloor * mean);
         }
     }
 
     /** Conjugated, so that a forward transform brings it back to time. */
-    Bins& sum() { return mSum; }
+    Bins& sum() { return sum_; }
 
   private:
     void transform(std::span<const float> samples, Bins& spectrum) const {
         const auto end =
-            std::transform(samples.begin(), samples.end(), mWindow.begin(), spectrum.begin(),
+            std::transform(samples.begin(), samples.end(), window_.begin(), spectrum.begin(),
                            [](float sample, double weight) { return static_cast<double>(sample) * weight; });
         std::fill(end, spectrum.end(), 0.0);
-        mFourier.transform(spectrum);
+        fourier_.transform(spectrum);
     }
 
-    const Fourier& mFourier;
-    std::vector<double> mWindow;
-    Bins mBefore;
-    Bins mAfter;
-    Bins mSum;
+    const Fourier& fourier_;
+    std::vector<double> window_;
+    Bins before_;
+    Bins after_;
+    Bins sum_;
 };
 
 /** |c| at each lag from -longest to longest. */

@@ -19,13 +19,13 @@ class DumpFolder {
     std::vector<std::string> newFiles() const;
 
     /** How much is in those of them that hold what went into the effect, or what came out of it. */
-    uint64_t newBytes(bool isInput) const;
+    uint64_t newBytes(bool is_input) const;
 
   private:
     std::set<std::string> dumpFiles() const;
 
-    std::string mPath;
-    std::set<std::string> mOldFiles;
+    std::string path_;
+    std::set<std::string> old_files_;
 };
 
 }  // namespace sonivex_tool

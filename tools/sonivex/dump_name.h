@@ -7,10 +7,10 @@ namespace sonivex_tool {
 
 /** What the name of one of the filter's dump files says: "sonivex_surround_input_12345678.pcm". */
 struct DumpName {
-    std::string folder;   ///< with its slash; empty for the working folder
-    std::string effect;   ///< "surround", "dialoguenhance" or "normalizer"
-    bool isInput = true;  ///< what went into the effect, or what came out of it
-    std::string session;  ///< eight digits, the same for both files of a session
+    std::string folder;    // with its slash; empty for the working folder
+    std::string effect;    // "surround", "dialoguenhance" or "normalizer"
+    bool is_input = true;  // what went into the effect, or what came out of it
+    std::string session;   // eight digits, the same for both files of a session
 
     /** The path of such a file. */
     std::string path() const;

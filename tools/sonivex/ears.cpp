@@ -41,7 +41,7 @@ StereoSamples readStereo(const std::string& path) {
     spec.format = AV_SAMPLE_FMT_DBLP;
     FormatConverter converter(spec);
     StereoSamples samples;
-    samples.rate_hz = spec.rateHz;
+    samples.rate_hz = spec.rate_hz;
     while (FramePtr frame = source.read()) {
         throwIfInterrupted();
         append(samples, converter.convert(std::move(frame)));
@@ -67,13 +67,13 @@ const char* sideOf(double value) {
     return value > 0.0 ? "left" : value < 0.0 ? "right" : "neither";
 }
 
-std::string row(std::size_t nameWidth, const std::string& name, const std::string& heard,
+std::string row(std::size_t name_width, const std::string& name, const std::string& heard,
                 const std::string& leads, const std::string& delay, const std::string& louder,
                 const std::string& level) {
     std::array<char, 128> rest{};
     (void)std::snprintf(rest.data(), rest.size(), "  %-8s  %-10s %8s    %-10s %8s", heard.c_str(),
                         leads.c_str(), delay.c_str(), louder.c_str(), level.c_str());
-    std::string line = name + std::string(nameWidth - name.size(), ' ') + rest.data();
+    std::string line = name + std::string(name_width - name.size(), ' ') + rest.data();
     line.erase(line.find_last_not_of(' ') + 1);
     return line + "\n";
 }
@@ -114,16 +114,16 @@ std::vector<SegmentEars> measureEars(const std::string& path, const std::vector<
 }
 
 std::string asText(const std::vector<SegmentEars>& rows) {
-    std::size_t nameWidth = std::string("segment").size();
-    for (const SegmentEars& entry : rows) nameWidth = std::max(nameWidth, entry.segment.name.size());
-    std::string text = row(nameWidth, "segment", "heard", "leads", "by", "louder", "by");
+    std::size_t name_width = std::string("segment").size();
+    for (const SegmentEars& entry : rows) name_width = std::max(name_width, entry.segment.name.size());
+    std::string text = row(name_width, "segment", "heard", "leads", "by", "louder", "by");
     for (const auto& [segment, ears] : rows) {
-        if (ears.isSilent) {
-            text += row(nameWidth, segment.name, heardSide(ears), "", "", "", "");
+        if (ears.is_silent) {
+            text += row(name_width, segment.name, heardSide(ears), "", "", "", "");
             continue;
         }
         text +=
-            row(nameWidth, segment.name, heardSide(ears), sideOf(ears.delay_us),
+            row(name_width, segment.name, heardSide(ears), sideOf(ears.delay_us),
                 withUnit(ears.delay_us, 0, "us"), sideOf(ears.level_db), withUnit(ears.level_db, 1, "dB"));
     }
     return text;

@@ -31,31 +31,31 @@ const std::vector<Effect>& allEffects() {
     static const std::vector<Effect> effects = {
         {.name = "normalizer",
          .title = "the normalizer",
-         .enableOption = "enable_normalizer",
-         .exportedFunction = "aem_CreateNormalizer",
+         .enable_option = "enable_normalizer",
+         .exported_function = "aem_CreateNormalizer",
          .channels = {1, 2, 6, 8},
-         .ratesHz = {16000, 44100, 48000},
-         .blockFrames = 512,
-         .ownDelayFrames = 0,
-         .outputChannels = std::nullopt},
+         .rates_hz = {16000, 44100, 48000},
+         .block_frames = 512,
+         .own_delay_frames = 0,
+         .output_channels = std::nullopt},
         {.name = "surround",
          .title = "surround",
-         .enableOption = "enable_surround",
-         .exportedFunction = "aem_CreateSurround",
+         .enable_option = "enable_surround",
+         .exported_function = "aem_CreateSurround",
          .channels = {1, 2, 6, 8},
-         .ratesHz = {44100, 48000},
-         .blockFrames = 240,
-         .ownDelayFrames = 0,
-         .outputChannels = 2},
+         .rates_hz = {44100, 48000},
+         .block_frames = 240,
+         .own_delay_frames = 0,
+         .output_channels = 2},
         {.name = "dialogue",
          .title = "dialogue enhancement",
-         .enableOption = "enable_dialoguenhance",
-         .exportedFunction = "aem_CreateDialoguEnhance",
+         .enable_option = "enable_dialoguenhance",
+         .exported_function = "aem_CreateDialoguEnhance",
          .channels = {2},
-         .ratesHz = {44100, 48000},
-         .blockFrames = 512,
-         .ownDelayFrames = kDialogueHops * kDialogueHopFrames,
-         .outputChannels = std::nullopt},
+         .rates_hz = {44100, 48000},
+         .block_frames = 512,
+         .own_delay_frames = kDialogueHops * kDialogueHopFrames,
+         .output_channels = std::nullopt},
     };
     return effects;
 }
@@ -66,10 +66,10 @@ std::vector<std::string> effectNames() {
     return names;
 }
 
-std::optional<int64_t> effectDelayFrames(const Effect& effect, int callFrames) {
-    const auto queueing = constantDelayFrames(effect.blockFrames, callFrames);
+std::optional<int64_t> effectDelayFrames(const Effect& effect, int call_frames) {
+    const auto queueing = constantDelayFrames(effect.block_frames, call_frames);
     if (!queueing) return std::nullopt;
-    return *queueing + effect.ownDelayFrames;
+    return *queueing + effect.own_delay_frames;
 }
 
 const Effect* findEffect(const std::string& name) {
@@ -79,25 +79,25 @@ const Effect* findEffect(const std::string& name) {
     return nullptr;
 }
 
-std::string whyUnsupported(const Effect& effect, int channels, int rateHz) {
+std::string whyUnsupported(const Effect& effect, int channels, int rate_hz) {
     if (!contains(effect.channels, channels)) {
         return effect.title + " takes " + listOf(effect.channels) + " channels, not " +
                std::to_string(channels);
     }
-    if (!contains(effect.ratesHz, rateHz)) {
-        return effect.title + " takes " + listOf(effect.ratesHz) + " Hz, not " + std::to_string(rateHz);
+    if (!contains(effect.rates_hz, rate_hz)) {
+        return effect.title + " takes " + listOf(effect.rates_hz) + " Hz, not " + std::to_string(rate_hz);
     }
     return {};
 }
 
 std::string optionsJson(const Effect& effect, const FilterOptions& options) {
     nlohmann::json object = nlohmann::json::object();
-    if (options.surroundType) object["surround_effect_type"] = *options.surroundType;
-    if (options.surroundMode) object["surround_mode"] = *options.surroundMode;
-    if (options.noLimiter) object["surround_limiter"] = 0;
+    if (options.surround_type) object["surround_effect_type"] = *options.surround_type;
+    if (options.surround_mode) object["surround_mode"] = *options.surround_mode;
+    if (options.no_limiter) object["surround_limiter"] = 0;
     if (options.voice) object["dialoguenhance_voice"] = *options.voice;
     if (options.dump) object["enable_dump"] = true;
-    object[effect.enableOption] = true;
+    object[effect.enable_option] = true;
     return object.dump();
 }
 

@@ -34,18 +34,19 @@ int distance(AVSampleFormat wanted, AVSampleFormat choice) {
     const AVSampleFormat to = av_get_packed_sample_fmt(choice);
     const int gained = precisionBits(to) - precisionBits(from);
     const bool clips = isFloat(from) && !isFloat(to);
-    const int lossCost = gained < 0 ? 10'000 - 100 * gained : 0;
-    const int wasteCost = gained > 0 ? 10 * gained : 0;
-    const int kindCost = (clips ? 4 : 0) + (isFloat(from) != isFloat(to) ? 2 : 0);
-    return lossCost + wasteCost + kindCost + (wanted == choice ? 0 : 1);
+    const int loss_cost = gained < 0 ? 10'000 - 100 * gained : 0;
+    const int waste_cost = gained > 0 ? 10 * gained : 0;
+    const int kind_cost = (clips ? 4 : 0) + (isFloat(from) != isFloat(to) ? 2 : 0);
+    return loss_cost + waste_cost + kind_cost + (wanted == choice ? 0 : 1);
 }
 
-AVCodecID pcmCodec(AVSampleFormat format, int bitsPerSample) {
+AVCodecID pcmCodec(AVSampleFormat format, int bits_per_sample) {
     switch (av_get_packed_sample_fmt(format)) {
         case AV_SAMPLE_FMT_U8:
             return AV_CODEC_ID_PCM_U8;
         case AV_SAMPLE_FMT_S32:
-            return bitsPerSample > 0 && bitsPerSample <= 24 ? AV_CODEC_ID_PCM_S24LE : AV_CODEC_ID_PCM_S32LE;
+            return bits_per_sample > 0 && bits_per_sample <= 24 ? AV_CODEC_ID_PCM_S24LE
+                                                                : AV_CODEC_ID_PCM_S32LE;
         case AV_SAMPLE_FMT_S64:
             return AV_CODEC_ID_PCM_S64LE;
         case AV_SAMPLE_FMT_FLT:
@@ -90,36 +91,36 @@ const AVOutputFormat* chooseMuxer(const std::string& path) {
 AVChannelLayout chooseLayout(const std::string& path, const AVCodec& codec, const AVChannelLayout& wanted) {
     const auto choices = channelLayouts(codec);
     if (choices.empty()) return wanted;
-    const AVChannelLayout* sameCount = nullptr;
+    const AVChannelLayout* same_count = nullptr;
     for (const AVChannelLayout& choice : choices) {
         if (av_channel_layout_compare(&choice, &wanted) == 0) return wanted;
-        if (choice.nb_channels == wanted.nb_channels && sameCount == nullptr) sameCount = &choice;
+        if (choice.nb_channels == wanted.nb_channels && same_count == nullptr) same_count = &choice;
     }
-    if (sameCount == nullptr) {
+    if (same_count == nullptr) {
         throw Failure(ExitCode::OutputFormat, path + ": " + avcodec_get_name(codec.id) + " cannot hold " +
                                                   std::to_string(wanted.nb_channels) + " channels (" +
                                                   layoutName(wanted) + ")");
     }
-    return *sameCount;
+    return *same_count;
 }
 
 int64_t lossyBitRate(const AVCodec& codec, const AudioSpec& spec) {
     const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec.id);
-    const bool isLossless = descriptor == nullptr || (descriptor->props & AV_CODEC_PROP_LOSSLESS) != 0;
-    if (isLossless) return 0;
+    const bool is_lossless = descriptor == nullptr || (descriptor->props & AV_CODEC_PROP_LOSSLESS) != 0;
+    if (is_lossless) return 0;
     const int64_t full = kBitsPerSecondPerChannel * spec.channels();
-    return spec.rateHz < kFullBandwidthHz ? full / 2 : full;
+    return spec.rate_hz < kFullBandwidthHz ? full / 2 : full;
 }
 
 }  // namespace
 
 AVSampleFormat nearestSampleFormat(AVSampleFormat wanted, const std::vector<AVSampleFormat>& choices) {
     AVSampleFormat best = wanted;
-    int bestDistance = std::numeric_limits<int>::max();
+    int best_distance = std::numeric_limits<int>::max();
     for (const AVSampleFormat choice : choices) {
         const int d = distance(wanted, choice);
-        if (d < bestDistance) {
-            bestDistance = d;
+        if (d < best_distance) {
+            best_distance = d;
             best = choice;
         }
     }
@@ -136,24 +137,25 @@ int nearestRateHz(int wanted, const std::vector<int>& choices) {
     return best;
 }
 
-EncoderPlan planEncoder(const std::string& path, const AudioSpec& audio, int bitsPerSample) {
+EncoderPlan planEncoder(const std::string& path, const AudioSpec& audio, int bits_per_sample) {
     EncoderPlan plan;
     plan.muxer = chooseMuxer(path);
     const AVCodecID id =
-        holdsAnyPcm(*plan.muxer) ? pcmCodec(audio.format, bitsPerSample) : plan.muxer->audio_codec;
+        holdsAnyPcm(*plan.muxer) ? pcmCodec(audio.format, bits_per_sample) : plan.muxer->audio_codec;
     plan.codec = avcodec_find_encoder(id);
     if (plan.codec == nullptr) {
         throw Failure(ExitCode::OutputFormat, path + ": there is no encoder for " + avcodec_get_name(id));
     }
     plan.spec.format = nearestSampleFormat(audio.format, sampleFormats(*plan.codec));
-    plan.spec.rateHz = nearestRateHz(audio.rateHz, sampleRatesHz(*plan.codec));
+    plan.spec.rate_hz = nearestRateHz(audio.rate_hz, sampleRatesHz(*plan.codec));
     plan.spec.layout = chooseLayout(path, *plan.codec, audio.layout);
-    if (plan.spec.rateHz != audio.rateHz) {
-        plan.notes.push_back(std::string(avcodec_get_name(id)) + " has no " + std::to_string(audio.rateHz) +
-                             " Hz; written at " + std::to_string(plan.spec.rateHz) + " Hz");
+    if (plan.spec.rate_hz != audio.rate_hz) {
+        plan.notes.push_back(std::string(avcodec_get_name(id)) + " has no " + std::to_string(audio.rate_hz) +
+                             " Hz; written at " + std::to_string(plan.spec.rate_hz) + " Hz");
     }
-    if (av_get_packed_sample_fmt(plan.spec.format) == AV_SAMPLE_FMT_S32) plan.bitsPerSample = bitsPerSample;
-    plan.bitRate = lossyBitRate(*plan.codec, plan.spec);
+    if (av_get_packed_sample_fmt(plan.spec.format) == AV_SAMPLE_FMT_S32)
+        plan.bits_per_sample = bits_per_sample;
+    plan.bit_rate = lossyBitRate(*plan.codec, plan.spec);
     return plan;
 }
 

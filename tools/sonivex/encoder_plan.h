@@ -12,10 +12,10 @@ namespace sonivex_tool {
 struct EncoderPlan {
     const AVOutputFormat* muxer = nullptr;
     const AVCodec* codec = nullptr;
-    AudioSpec spec;                  ///< what the encoder takes
-    int bitsPerSample = 0;           ///< that matter, when fewer than the format has; else 0
-    int64_t bitRate = 0;             ///< bits per second; 0 for a lossless encoder
-    std::vector<std::string> notes;  ///< what the user should know, a line each
+    AudioSpec spec;                  // what the encoder takes
+    int bits_per_sample = 0;         // that matter, when fewer than the format has; else 0
+    int64_t bit_rate = 0;            // bits per second; 0 for a lossless encoder
+    std::vector<std::string> notes;  // what the user should know, a line each
 };
 
 /** The sample format out of `choices` that keeps the most of `wanted`, and of those the smallest; `wanted`
@@ -28,7 +28,7 @@ int nearestRateHz(int wanted, const std::vector<int>& choices);
 
 /** Choose by the name of the file: WAV for none, with PCM samples like the audio's own; else what libavformat
  * makes of the name, with its default encoder.
- *  @param bitsPerSample as in SourceInfo. @throw Failure (OutputFormat) */
-EncoderPlan planEncoder(const std::string& path, const AudioSpec& audio, int bitsPerSample);
+ *  @param bits_per_sample as in SourceInfo. @throw Failure (OutputFormat) */
+EncoderPlan planEncoder(const std::string& path, const AudioSpec& audio, int bits_per_sample);
 
 }  // namespace sonivex_tool

@@ -10,12 +10,12 @@ namespace sonivex_tool {
 /** Ends a command: one line for the user and the program's exit code. `main` prints it. */
 class Failure : public std::runtime_error {
   public:
-    Failure(ExitCode exitCode, const std::string& line) : std::runtime_error(line), mExitCode(exitCode) {}
+    Failure(ExitCode exit_code, const std::string& line) : std::runtime_error(line), exit_code_(exit_code) {}
 
-    ExitCode exitCode() const { return mExitCode; }
+    ExitCode exitCode() const { return exit_code_; }
 
   private:
-    ExitCode mExitCode;
+    ExitCode exit_code_;
 };
 
 }  // namespace sonivex_tool

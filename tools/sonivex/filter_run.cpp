@@ -27,85 +27,85 @@ void setLayout(AVFrame& frame, const AVChannelLayout& layout) {
 
 FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                      const AudioSpec& spec, Timeline::Output output)
-    : mSpec(spec),
-      mKeepsChannels(!settings.effect->outputChannels),
-      mDelayFrames(effectDelayFrames(*settings.effect, settings.callFrames).value()),
-      mCallFrames(settings.callFrames),
-      mTimeline(0, std::move(output)) {
+    : spec_(spec),
+      keeps_channels_(!settings.effect->output_channels),
+      delay_frames_(effectDelayFrames(*settings.effect, settings.call_frames).value()),
+      call_frames_(settings.call_frames),
+      timeline_(0, std::move(output)) {
     Vorlin::PlayerConfig config;
-    config.filterName = kFilterName;
+    config.filter_name = kFilterName;
     config.active = settings.threaded;
     config.source.format = spec.format;
     config.source.channels = spec.channels();
-    config.source.sample_rate = spec.rateHz;
-    config.source.channel_layout = mKeepsChannels ? 0 : Vorlin::av::layoutMask(spec.layout);
-    mPlayer = Vorlin::Player::create(
+    config.source.sample_rate = spec.rate_hz;
+    config.source.channel_layout = keeps_channels_ ? 0 : Vorlin::av::layoutMask(spec.layout);
+    player_ = Vorlin::Player::create(
         plugin, config, [this](std::unique_ptr<Vorlin::IQFFrame> frame) { receive(std::move(frame)); });
-    if (mPlayer == nullptr) {
+    if (player_ == nullptr) {
         throw Failure(ExitCode::FilterFailed, "the filter cannot be made ready");
     }
-    if (!mPlayer->setOptions(optionsJson(*settings.effect, settings.options))) {
+    if (!player_->setOptions(optionsJson(*settings.effect, settings.options))) {
         throw Failure(ExitCode::FilterFailed, "the filter does not understand its options");
     }
-    if (settings.playbackSpeed) mPlayer->setSpeed(*settings.playbackSpeed);
-    if (settings.videoFps) mPlayer->setVideoFps(*settings.videoFps);
+    if (settings.playback_speed) player_->setSpeed(*settings.playback_speed);
+    if (settings.video_fps) player_->setVideoFps(*settings.video_fps);
     // A filter that passes everything on is never late.
-    if (mPlayer->isBypassed()) mDelayFrames = 0;
-    mTimeline.setDelay(settings.keepDelay ? 0 : mDelayFrames);
-    for (const double seconds : settings.flushAt_s)
-        mFlushes.push_back(static_cast<int64_t>(std::floor(seconds * spec.rateHz)));
-    std::sort(mFlushes.begin(), mFlushes.end(), std::greater<>());
+    if (player_->isBypassed()) delay_frames_ = 0;
+    timeline_.setDelay(settings.keep_delay ? 0 : delay_frames_);
+    for (const double seconds : settings.flush_at_s)
+        flushes_.push_back(static_cast<int64_t>(std::floor(seconds * spec.rate_hz)));
+    std::sort(flushes_.begin(), flushes_.end(), std::greater<>());
 }
 
 void FilterRun::setEnd(int64_t frames) {
-    mTimeline.setEnd(frames);
-    std::erase_if(mFlushes, [frames](int64_t flush) { return flush >= frames; });
+    timeline_.setEnd(frames);
+    std::erase_if(flushes_, [frames](int64_t flush) { return flush >= frames; });
 }
 
 void FilterRun::receive(std::unique_ptr<Vorlin::IQFFrame> frame) {
-    if (mOutputError != nullptr) return;
+    if (output_error_ != nullptr) return;
     try {
         const auto* audio = dynamic_cast<Vorlin::AVQFFrame*>(frame.get());
         const AVFrame* samples = audio != nullptr ? static_cast<AVFrame*>(*audio) : nullptr;
         if (samples == nullptr) return;
         FramePtr out(allocated(av_frame_clone(samples)));
-        if (mKeepsChannels) setLayout(*out, mSpec.layout);
-        mTimeline.accept(std::move(out));
+        if (keeps_channels_) setLayout(*out, spec_.layout);
+        timeline_.accept(std::move(out));
     } catch (...) {
-        mOutputError = std::current_exception();
+        output_error_ = std::current_exception();
     }
 }
 
 void FilterRun::check(int result) {
-    if (mOutputError != nullptr) std::rethrow_exception(mOutputError);
+    if (output_error_ != nullptr) std::rethrow_exception(output_error_);
     if (result == AVERROR(ETIMEDOUT))
         throw Failure(ExitCode::FilterFailed, "the filter has stopped answering");
     if (result < 0) throw Failure(ExitCode::FilterFailed, "the filter fails: " + errorText(result));
 }
 
 void FilterRun::flushWhenDue() {
-    bool isDue = false;
-    while (!mFlushes.empty() && mFlushes.back() < mPushedFrames + mCallFrames) {
-        mFlushes.pop_back();
-        isDue = true;
+    bool is_due = false;
+    while (!flushes_.empty() && flushes_.back() < pushed_frames_ + call_frames_) {
+        flushes_.pop_back();
+        is_due = true;
     }
-    if (!isDue) return;
-    check(mPlayer->drain());
-    mPlayer->seek();
+    if (!is_due) return;
+    check(player_->drain());
+    player_->seek();
 }
 
 void FilterRun::push(FramePtr frame) {
     flushWhenDue();
-    frame->pts = mPushedFrames;
-    mPushedFrames += frame->nb_samples;
-    if (mKeepsChannels) setLayout(*frame, byPosition(mSpec.channels()));
-    check(mPlayer->push(std::make_unique<Vorlin::AVQFFrame>(frame.release())));
+    frame->pts = pushed_frames_;
+    pushed_frames_ += frame->nb_samples;
+    if (keeps_channels_) setLayout(*frame, byPosition(spec_.channels()));
+    check(player_->push(std::make_unique<Vorlin::AVQFFrame>(frame.release())));
 }
 
 void FilterRun::finish() {
-    check(mPlayer->drain());
+    check(player_->drain());
     if (counts().pulled == 0) throw Failure(ExitCode::FilterFailed, "the filter gave up every frame");
-    mTimeline.finish();
+    timeline_.finish();
 }
 
 }  // namespace sonivex_tool

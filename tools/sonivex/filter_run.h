@@ -21,9 +21,9 @@ class FilterRun {
               const AudioSpec& spec, Timeline::Output output);
 
     /** How late the filter's output is, in frames. */
-    int64_t delayFrames() const { return mDelayFrames; }
+    int64_t delayFrames() const { return delay_frames_; }
     /** Whether the filter passes everything on untouched, at the frame rate and speed that it was told. */
-    bool isBypassed() const { return mPlayer->isBypassed(); }
+    bool isBypassed() const { return player_->isBypassed(); }
 
     /** Hand in the next frame; all have one length. Where the settings ask for it the filter is flushed
      * before: what went in so far comes out, but for what the effect still held back, in whose place silence
@@ -38,26 +38,26 @@ class FilterRun {
     void finish();
 
     /** Frames of silence that stand in place of calls that the filter gave up. */
-    int64_t filledFrames() const { return mTimeline.filledFrames(); }
+    int64_t filledFrames() const { return timeline_.filledFrames(); }
 
-    const Vorlin::PlayerCounts& counts() const { return mPlayer->counts(); }
+    const Vorlin::PlayerCounts& counts() const { return player_->counts(); }
 
   private:
     void flushWhenDue();
     void receive(std::unique_ptr<Vorlin::IQFFrame> frame);
     void check(int result);
 
-    AudioSpec mSpec;
+    AudioSpec spec_;
     /** The effect takes channels by position and hands out as many. A named layout would only make the filter
      * remix them to the default layout of their count, so it is kept from the filter. */
-    bool mKeepsChannels;
-    int64_t mDelayFrames;
-    int mCallFrames;
-    Timeline mTimeline;
-    int64_t mPushedFrames = 0;
-    std::vector<int64_t> mFlushes;    ///< frames before each flush that is still to come, the next one last
-    std::exception_ptr mOutputError;  ///< kept until the player's call has returned
-    std::unique_ptr<Vorlin::Player> mPlayer;
+    bool keeps_channels_;
+    int64_t delay_frames_;
+    int call_frames_;
+    Timeline timeline_;
+    int64_t pushed_frames_ = 0;
+    std::vector<int64_t> flushes_;     // frames before each flush that is still to come, the next one last
+    std::exception_ptr output_error_;  // kept until the player's call has returned
+    std::unique_ptr<Vorlin::Player> player_;
 };
 
 }  // namespace sonivex_tool

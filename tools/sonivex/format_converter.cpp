@@ -27,27 +27,27 @@ FramePtr joined(FramePtr first, FramePtr second, const AudioSpec& spec) {
 
 void FormatConverter::open(const AudioSpec& source) {
     SwrContext* context = nullptr;
-    AVChannelLayout sourceLayout = source.layout;  // older releases ask for layouts that they could change
-    int result = swr_alloc_set_opts2(&context, &mTarget.layout, mTarget.format, mTarget.rateHz, &sourceLayout,
-                                     source.format, source.rateHz, 0, nullptr);
-    mResampler.reset(context);
+    AVChannelLayout source_layout = source.layout;  // older releases ask for layouts that they could change
+    int result = swr_alloc_set_opts2(&context, &target_.layout, target_.format, target_.rate_hz,
+                                     &source_layout, source.format, source.rate_hz, 0, nullptr);
+    resampler_.reset(context);
     if (result >= 0) result = swr_init(context);
     if (result < 0) {
-        mResampler.reset();
+        resampler_.reset();
         fail(result);
     }
-    mSource = source;
+    source_ = source;
 }
 
 FramePtr FormatConverter::run(const AVFrame* input) {
-    const int inputFrames = input != nullptr ? input->nb_samples : 0;
-    const int room = swr_get_out_samples(mResampler.get(), inputFrames);
+    const int input_frames = input != nullptr ? input->nb_samples : 0;
+    const int room = swr_get_out_samples(resampler_.get(), input_frames);
     if (room < 0) fail(room);
     if (room == 0) return nullptr;
-    FramePtr output = makeFrame(mTarget, room);
+    FramePtr output = makeFrame(target_, room);
     // libswresample of some releases takes the input planes without const inside.
     const auto** planes = input != nullptr ? const_cast<const uint8_t**>(input->extended_data) : nullptr;
-    const int produced = swr_convert(mResampler.get(), output->extended_data, room, planes, inputFrames);
+    const int produced = swr_convert(resampler_.get(), output->extended_data, room, planes, input_frames);
     if (produced < 0) fail(produced);
     if (produced == 0) return nullptr;
     output->nb_samples = produced;
@@ -57,16 +57,16 @@ FramePtr FormatConverter::run(const AVFrame* input) {
 FramePtr FormatConverter::convert(FramePtr frame) {
     const AudioSpec source = specOf(*frame);
     FramePtr rest;
-    if (mResampler != nullptr && !(source == mSource)) rest = flush();
-    if (mResampler == nullptr && source == mTarget) return joined(std::move(rest), std::move(frame), mTarget);
-    if (mResampler == nullptr) open(source);
-    return joined(std::move(rest), run(frame.get()), mTarget);
+    if (resampler_ != nullptr && !(source == source_)) rest = flush();
+    if (resampler_ == nullptr && source == target_) return joined(std::move(rest), std::move(frame), target_);
+    if (resampler_ == nullptr) open(source);
+    return joined(std::move(rest), run(frame.get()), target_);
 }
 
 FramePtr FormatConverter::flush() {
-    if (mResampler == nullptr) return nullptr;
+    if (resampler_ == nullptr) return nullptr;
     FramePtr rest = run(nullptr);
-    mResampler.reset();
+    resampler_.reset();
     return rest;
 }
 

@@ -9,9 +9,9 @@ namespace sonivex_tool {
  */
 class FormatConverter {
   public:
-    explicit FormatConverter(const AudioSpec& target) : mTarget(target) {}
+    explicit FormatConverter(const AudioSpec& target) : target_(target) {}
 
-    const AudioSpec& target() const { return mTarget; }
+    const AudioSpec& target() const { return target_; }
 
     /** @return the converted frame; null when the resampler keeps all of it for now. pts is not kept.
      *  @throw std::bad_alloc, Failure (Internal) when libswresample cannot do it */
@@ -24,9 +24,9 @@ class FormatConverter {
     void open(const AudioSpec& source);
     FramePtr run(const AVFrame* input);
 
-    AudioSpec mTarget;
-    AudioSpec mSource;
-    ResamplerPtr mResampler;
+    AudioSpec target_;
+    AudioSpec source_;
+    ResamplerPtr resampler_;
 };
 
 }  // namespace sonivex_tool

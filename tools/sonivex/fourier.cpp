@@ -7,30 +7,30 @@
 
 namespace sonivex_tool {
 
-Fourier::Fourier(std::size_t size) : mSize(size), mTurns(size / 2) {
+Fourier::Fourier(std::size_t size) : size_(size), turns_(size / 2) {
     assert(std::has_single_bit(size));
-    for (std::size_t k = 0; k < mTurns.size(); ++k) {
+    for (std::size_t k = 0; k < turns_.size(); ++k) {
         const double angle = -2.0 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(size);
-        mTurns[k] = std::polar(1.0, angle);
+        turns_[k] = std::polar(1.0, angle);
     }
 }
 
 // Radix 2, decimation in time: the values in bit-reversed order, then butterflies over ever longer stretches.
 void Fourier::transform(std::vector<std::complex<double>>& x) const {
     assert(x.size() == mSize);
-    for (std::size_t n = 1, reversed = 0; n < mSize; ++n) {
-        std::size_t bit = mSize / 2;
+    for (std::size_t n = 1, reversed = 0; n < size_; ++n) {
+        std::size_t bit = size_ / 2;
         for (; (reversed & bit) != 0; bit /= 2) reversed ^= bit;
         reversed ^= bit;
         if (n < reversed) std::swap(x[n], x[reversed]);
     }
-    for (std::size_t half = 1; half < mSize; half *= 2) {
-        const std::size_t step = mSize / (2 * half);
-        for (std::size_t first = 0; first < mSize; first += 2 * half) {
+    for (std::size_t half = 1; half < size_; half *= 2) {
+        const std::size_t step = size_ / (2 * half);
+        for (std::size_t first = 0; first < size_; first += 2 * half) {
             for (std::size_t k = 0; k < half; ++k) {
                 std::complex<double>& a = x[first + k];
                 std::complex<double>& b = x[first + k + half];
-                const std::complex<double> turn = mTurns[k * step];
+                const std::complex<double> turn = turns_[k * step];
                 // Written out: the library's product looks for infinities, at a third of the speed.
                 const std::complex<double> turned(b.real() * turn.real() - b.imag() * turn.imag(),
                                                   b.real() * turn.imag() + b.imag() * turn.real());

@@ -13,14 +13,14 @@ class Fourier {
     /** @param size a power of two. @throw std::bad_alloc */
     explicit Fourier(std::size_t size);
 
-    std::size_t size() const { return mSize; }
+    std::size_t size() const { return size_; }
 
     /** Transform `x`, of `size()` values, in place. */
     void transform(std::vector<std::complex<double>>& x) const;
 
   private:
-    std::size_t mSize;
-    std::vector<std::complex<double>> mTurns;  ///< exp(-2 pi i k / size), half a turn of them
+    std::size_t size_;
+    std::vector<std::complex<double>> turns_;  // exp(-2 pi i k / size), half a turn of them
 };
 
 }  // namespace sonivex_tool

@@ -11,11 +11,11 @@ namespace sonivex_tool {
 
 /** The frames of a file, from its beginning. */
 struct FrameStream {
-    std::string codec;  ///< libavcodec's name
-    AudioSpec spec;     ///< of every frame
+    std::string codec;  // libavcodec's name
+    AudioSpec spec;     // of every frame
     /** The next frame, or null at the end. @throw Failure, of a pending signal too */
     std::function<FramePtr()> read;
-    int restBytes = 0;  ///< at the end of a file of bare samples, that are no whole frame
+    int rest_bytes = 0;  // at the end of a file of bare samples, that are no whole frame
 };
 
 /** Open an audio file, or one of bare samples when `format` says how to read it. @throw Failure */

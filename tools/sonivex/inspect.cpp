@@ -17,11 +17,11 @@ struct Measured {
     std::function<FrameStream()> open;
 };
 
-Measured measure(const std::string& path, const PcmHints& hints, bool isOutput) {
+Measured measure(const std::string& path, const PcmHints& hints, bool is_output) {
     Measured measured;
     std::optional<PcmFormat> format;
     if (isPcmPath(path)) {
-        const PcmGuess guess = guessPcmFormat(path, hints, isOutput);
+        const PcmGuess guess = guessPcmFormat(path, hints, is_output);
         format = guess.format;
         measured.file.assumptions = guess.assumptions;
     }
@@ -32,9 +32,9 @@ Measured measure(const std::string& path, const PcmHints& hints, bool isOutput) 
     measured.file.spec = stream.spec;
     const std::string reason = whyUnmeasurable(stream.spec);
     if (!reason.empty()) throw Failure(ExitCode::UnsupportedAudio, path + ": " + reason);
-    if (stream.restBytes > 0) {
+    if (stream.rest_bytes > 0) {
         measured.file.notes.push_back("cut off inside a frame: bytes left out at the end: " +
-                                      std::to_string(stream.restBytes));
+                                      std::to_string(stream.rest_bytes));
     }
     LevelMeter meter(stream.spec);
     while (const FramePtr frame = stream.read()) meter.add(*frame);
@@ -43,17 +43,17 @@ Measured measure(const std::string& path, const PcmHints& hints, bool isOutput) 
 }
 
 ComparedSide sideOf(const Measured& measured) {
-    return {measured.open, measured.file.levels.frames, measured.file.levels.firstAudibleFrame};
+    return {measured.open, measured.file.levels.frames, measured.file.levels.first_audible_frame};
 }
 
 InspectedPair compare(const Measured& input, const Measured& output) {
-    if (input.file.spec.rateHz != output.file.spec.rateHz) {
+    if (input.file.spec.rate_hz != output.file.spec.rate_hz) {
         throw Failure(ExitCode::UnsupportedAudio,
-                      output.file.path + ": has " + std::to_string(output.file.spec.rateHz) +
-                          " Hz, its input " + std::to_string(input.file.spec.rateHz) + " Hz");
+                      output.file.path + ": has " + std::to_string(output.file.spec.rate_hz) +
+                          " Hz, its input " + std::to_string(input.file.spec.rate_hz) + " Hz");
     }
     const PairDifference difference = comparePair(sideOf(input), sideOf(output));
-    return {input.file.path, output.file.path, input.file.spec.rateHz, difference.delayFrames,
+    return {input.file.path, output.file.path, input.file.spec.rate_hz, difference.delay_frames,
             difference.gain_db};
 }
 
@@ -70,7 +70,7 @@ void requireReadableTwice(const std::string& path) {
 /** The output that belongs to `input`, or null. */
 const Measured* outputOf(const Measured& input, const std::vector<Measured>& files) {
     const auto name = parseDumpName(input.file.path);
-    if (!name || !name->isInput) return nullptr;
+    if (!name || !name->is_input) return nullptr;
     const std::string path = name->partner().path();
     // The same file may be called "name", "./name" or by its whole path.
     const auto found = std::find_if(files.begin(), files.end(), [&](const Measured& m) {

@@ -23,9 +23,9 @@ struct InspectRequest {
 /** A file and what is in it. */
 struct InspectedFile {
     std::string path;
-    std::string codec;                     ///< libavcodec's name
-    std::vector<std::string> assumptions;  ///< of what a bare file does not say
-    std::vector<std::string> notes;        ///< on what is wrong with it, a line each
+    std::string codec;                     // libavcodec's name
+    std::vector<std::string> assumptions;  // of what a bare file does not say
+    std::vector<std::string> notes;        // on what is wrong with it, a line each
     AudioSpec spec;
     LevelReport levels;
 };
@@ -35,8 +35,8 @@ struct InspectedPair {
     std::string input;
     std::string output;
     int rate_hz = 0;
-    std::optional<int64_t> delayFrames;  ///< missing when nothing in the output clearly matches the input
-    std::optional<double> gain_db;  ///< energy of all channels, the delay taken away; missing for silence
+    std::optional<int64_t> delay_frames;  // missing when nothing in the output clearly matches the input
+    std::optional<double> gain_db;        // energy of all channels, the delay taken away; missing for silence
 };
 
 struct InspectReport {

@@ -25,7 +25,7 @@ double milliseconds(int64_t frames, int rate_hz) {
 }
 
 double lengthSeconds(const InspectedFile& file) {
-    return static_cast<double>(file.levels.frames) / file.spec.rateHz;
+    return static_cast<double>(file.levels.frames) / file.spec.rate_hz;
 }
 
 /** "FL", or the number of a channel without a position. */
@@ -45,17 +45,17 @@ std::string row(const std::string& name, const std::array<std::string, 4>& cells
 }
 
 std::string row(const std::string& name, const Levels& levels) {
-    if (!levels.isFinite) return row(name, {"not finite", "not finite", "not finite", "not finite"});
+    if (!levels.is_finite) return row(name, {"not finite", "not finite", "not finite", "not finite"});
     const auto cell = [](const std::optional<double>& value, const char* unit) {
         return value ? fixed(*value, 1) + " " + unit : std::string("-");
     };
-    return row(name, {cell(levels.rms_dbfs, "dBFS"), cell(levels.samplePeak_dbfs, "dBFS"),
-                      cell(levels.truePeak_dbtp, "dBTP"), cell(levels.integrated_lufs, "LUFS")});
+    return row(name, {cell(levels.rms_dbfs, "dBFS"), cell(levels.sample_peak_dbfs, "dBFS"),
+                      cell(levels.true_peak_dbtp, "dBTP"), cell(levels.integrated_lufs, "LUFS")});
 }
 
 std::string fileText(const InspectedFile& file) {
     const int channels = file.spec.channels();
-    std::string text = file.path + "\n  " + file.codec + ", " + std::to_string(file.spec.rateHz) + " Hz, " +
+    std::string text = file.path + "\n  " + file.codec + ", " + std::to_string(file.spec.rate_hz) + " Hz, " +
                        std::to_string(channels) + (channels == 1 ? " channel" : " channels") + " (" +
                        layoutName(file.spec.layout) + "), " + fixed(lengthSeconds(file), 3) + " s\n";
     if (!file.assumptions.empty()) {
@@ -73,9 +73,9 @@ std::string fileText(const InspectedFile& file) {
 
 std::string pairText(const InspectedPair& pair) {
     std::string text = pair.input + "\n-> " + pair.output + "\n  latency  ";
-    if (pair.delayFrames) {
-        text += std::to_string(*pair.delayFrames) + " frames, " +
-                fixed(milliseconds(*pair.delayFrames, pair.rate_hz), 1) + " ms\n";
+    if (pair.delay_frames) {
+        text += std::to_string(*pair.delay_frames) + " frames, " +
+                fixed(milliseconds(*pair.delay_frames, pair.rate_hz), 1) + " ms\n";
     } else {
         text += "no clear match\n";
     }
@@ -88,10 +88,10 @@ Json orNull(const std::optional<double>& value) {
 
 Json levelsJson(const std::string& name, const Levels& levels) {
     return {{"channel", name},
-            {"finite", levels.isFinite},
+            {"finite", levels.is_finite},
             {"rms_dbfs", orNull(levels.rms_dbfs)},
-            {"sample_peak_dbfs", orNull(levels.samplePeak_dbfs)},
-            {"true_peak_dbtp", orNull(levels.truePeak_dbtp)},
+            {"sample_peak_dbfs", orNull(levels.sample_peak_dbfs)},
+            {"true_peak_dbtp", orNull(levels.true_peak_dbtp)},
             {"integrated_lufs", orNull(levels.integrated_lufs)}};
 }
 
@@ -101,7 +101,7 @@ Json fileJson(const InspectedFile& file) {
         channels.push_back(levelsJson(channelName(file.spec, c), file.levels.channels[c]));
     return {{"path", file.path},
             {"codec", file.codec},
-            {"sample_rate_hz", file.spec.rateHz},
+            {"sample_rate_hz", file.spec.rate_hz},
             {"channels", file.spec.channels()},
             {"channel_layout", layoutName(file.spec.layout)},
             {"assumed", file.assumptions},
@@ -113,7 +113,7 @@ Json fileJson(const InspectedFile& file) {
 }
 
 Json pairJson(const InspectedPair& pair) {
-    const auto& delay = pair.delayFrames;
+    const auto& delay = pair.delay_frames;
     return {{"input", pair.input},
             {"output", pair.output},
             {"latency_frames", delay ? Json(*delay) : Json(nullptr)},

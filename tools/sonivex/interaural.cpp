@@ -33,7 +33,7 @@ double correlationAt(std::span<const double> left, std::span<const double> right
 }
 
 struct Top {
-    double place = 0.0;  ///< from the middle one, -0.5 to 0.5
+    double place = 0.0;  // from the middle one, -0.5 to 0.5
     double height = 0.0;
 };
 
@@ -54,14 +54,14 @@ int signBeyond(double value, double threshold) {
 
 InterauralDifference compareEars(std::span<const double> left, std::span<const double> right, int rate_hz) {
     InterauralDifference result;
-    const double leftEnergy = energyOf(left);
-    const double rightEnergy = energyOf(right);
+    const double left_energy = energyOf(left);
+    const double right_energy = energyOf(right);
     const double silence = kSilence_rms * kSilence_rms * static_cast<double>(left.size());
-    if (std::max(leftEnergy, rightEnergy) <= silence) return result;
+    if (std::max(left_energy, right_energy) <= silence) return result;
 
-    result.isSilent = false;
-    const double smallest = std::pow(10.0, -kLargestLevel_db / 10.0) * std::max(leftEnergy, rightEnergy);
-    result.level_db = 10.0 * std::log10(std::max(leftEnergy, smallest) / std::max(rightEnergy, smallest));
+    result.is_silent = false;
+    const double smallest = std::pow(10.0, -kLargestLevel_db / 10.0) * std::max(left_energy, right_energy);
+    result.level_db = 10.0 * std::log10(std::max(left_energy, smallest) / std::max(right_energy, smallest));
 
     // One lag more on either side, so that every candidate has two neighbours.
     const auto longest = static_cast<std::ptrdiff_t>(std::ceil(kLongestDelay_s * rate_hz));
@@ -74,16 +74,16 @@ InterauralDifference compareEars(std::span<const double> left, std::span<const d
     const Top between = topOfParabola(*(top - 1), *top, *(top + 1));
     const auto lag = static_cast<double>(top - correlations.begin() - longest - 1);
     result.delay_us = (lag + between.place) / rate_hz * 1e6;
-    result.likeness = between.height / std::sqrt(leftEnergy * rightEnergy);
+    result.likeness = between.height / std::sqrt(left_energy * right_energy);
     return result;
 }
 
 std::string heardSide(const InterauralDifference& ears) {
-    if (ears.isSilent) return "silent";
-    const int byTime = signBeyond(ears.delay_us, kAudibleDelay_us);
-    const int byLevel = signBeyond(ears.level_db, kAudibleLevel_db);
-    if (byTime * byLevel < 0) return "unclear";
-    const int side = byTime + byLevel;
+    if (ears.is_silent) return "silent";
+    const int by_time = signBeyond(ears.delay_us, kAudibleDelay_us);
+    const int by_level = signBeyond(ears.level_db, kAudibleLevel_db);
+    if (by_time * by_level < 0) return "unclear";
+    const int side = by_time + by_level;
     if (side == 0) return "middle";
     return side > 0 ? "left" : "right";
 }

@@ -14,9 +14,9 @@ namespace sonivex_tool {
 namespace {
 
 // A signal may reach any thread of the program, a decoder's too, so it is not only the handler's business.
-std::atomic<int> gPendingSignal = 0;
-std::array<char, PATH_MAX> gPathToRemove;
-std::atomic<bool> gHasPathToRemove = false;
+std::atomic<int> g_pending_signal = 0;
+std::array<char, PATH_MAX> g_path_to_remove;
+std::atomic<bool> g_has_path_to_remove = false;
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
               "else a signal handler must not touch them");
 
@@ -26,8 +26,8 @@ ExitCode exitCodeOf(int signal) {
 
 // Only calls that are safe in a signal handler.
 void onSignal(int signal) {
-    if (gPendingSignal.exchange(signal) == 0) return;
-    if (gHasPathToRemove) (void)unlink(gPathToRemove.data());
+    if (g_pending_signal.exchange(signal) == 0) return;
+    if (g_has_path_to_remove) (void)unlink(g_path_to_remove.data());
     _exit(static_cast<int>(exitCodeOf(signal)));
 }
 
@@ -47,16 +47,16 @@ void installSignalHandlers() {
 }
 
 void removeOnSecondSignal(const char* path) {
-    gHasPathToRemove = false;
+    g_has_path_to_remove = false;
     if (path == nullptr) return;
     const size_t bytes = std::strlen(path) + 1;
-    if (bytes > gPathToRemove.size()) return;
-    std::memcpy(gPathToRemove.data(), path, bytes);
-    gHasPathToRemove = true;
+    if (bytes > g_path_to_remove.size()) return;
+    std::memcpy(g_path_to_remove.data(), path, bytes);
+    g_has_path_to_remove = true;
 }
 
 int pendingSignal() {
-    return gPendingSignal;
+    return g_pending_signal;
 }
 
 void throwIfInterrupted() {

@@ -13,9 +13,9 @@ AudioSpec planesOf(AudioSpec spec) {
     return spec;
 }
 
-std::optional<double> decibels(double value, double perDecade) {
+std::optional<double> decibels(double value, double per_decade) {
     if (!(value > 0.0) || !std::isfinite(value)) return std::nullopt;
-    return perDecade * std::log10(value);
+    return per_decade * std::log10(value);
 }
 
 void raise(std::optional<double>& highest, const std::optional<double>& value) {
@@ -29,11 +29,11 @@ void LevelMeter::Closer::operator()(ebur128_state* state) const {
 }
 
 // The mix's meter is made first and refuses what the channels' could not measure either.
-LevelMeter::LevelMeter(const AudioSpec& spec) : mToPlanes(planesOf(spec)), mMix(spec) {
+LevelMeter::LevelMeter(const AudioSpec& spec) : to_planes_(planesOf(spec)), mix_(spec) {
     for (int c = 0; c < spec.channels(); ++c) {
         constexpr int kMeasures = EBUR128_MODE_I | EBUR128_MODE_TRUE_PEAK;
-        mChannels.emplace_back().meter.reset(
-            allocated(ebur128_init(1, static_cast<unsigned long>(spec.rateHz), kMeasures)));
+        channels_.emplace_back().meter.reset(
+            allocated(ebur128_init(1, static_cast<unsigned long>(spec.rate_hz), kMeasures)));
     }
 }
 
@@ -48,50 +48,51 @@ void LevelMeter::addChannel(Channel& channel, const double* samples, int frames)
 }
 
 void LevelMeter::add(const AVFrame& frame) {
-    const FramePtr planes = mToPlanes.convert(FramePtr(allocated(av_frame_clone(&frame))));
+    const FramePtr planes = to_planes_.convert(FramePtr(allocated(av_frame_clone(&frame))));
     if (planes == nullptr) return;
-    mMix.add(frame);
-    int firstAudible = planes->nb_samples;
-    for (size_t c = 0; c < mChannels.size(); ++c) {
+    mix_.add(frame);
+    int first_audible = planes->nb_samples;
+    for (size_t c = 0; c < channels_.size(); ++c) {
         const auto* samples = reinterpret_cast<const double*>(planes->extended_data[c]);
-        addChannel(mChannels[c], samples, planes->nb_samples);
+        addChannel(channels_[c], samples, planes->nb_samples);
         const double* audible =
-            std::find_if(samples, samples + firstAudible, [](double x) { return std::abs(x) > kAudible; });
-        firstAudible = static_cast<int>(audible - samples);
+            std::find_if(samples, samples + first_audible, [](double x) { return std::abs(x) > kAudible; });
+        first_audible = static_cast<int>(audible - samples);
     }
-    if (!mFirstAudibleFrame && firstAudible < planes->nb_samples) mFirstAudibleFrame = mFrames + firstAudible;
-    mFrames += planes->nb_samples;
+    if (!first_audible_frame_ && first_audible < planes->nb_samples)
+        first_audible_frame_ = frames_ + first_audible;
+    frames_ += planes->nb_samples;
 }
 
 LevelReport LevelMeter::result() const {
     LevelReport report;
-    report.frames = mFrames;
-    report.firstAudibleFrame = mFirstAudibleFrame;
-    const auto frames = static_cast<double>(std::max<int64_t>(mFrames, 1));
+    report.frames = frames_;
+    report.first_audible_frame = first_audible_frame_;
+    const auto frames = static_cast<double>(std::max<int64_t>(frames_, 1));
     double energy = 0.0;
-    for (const Channel& channel : mChannels) {
+    for (const Channel& channel : channels_) {
         Levels& levels = report.channels.emplace_back();
         energy += channel.energy;
-        levels.isFinite = std::isfinite(channel.energy);
-        if (!levels.isFinite) continue;
+        levels.is_finite = std::isfinite(channel.energy);
+        if (!levels.is_finite) continue;
         double value = 0.0;
         levels.rms_dbfs = decibels(channel.energy / frames, 10.0);
         if (ebur128_sample_peak(channel.meter.get(), 0, &value) == EBUR128_SUCCESS)
-            levels.samplePeak_dbfs = decibels(value, 20.0);
+            levels.sample_peak_dbfs = decibels(value, 20.0);
         if (ebur128_true_peak(channel.meter.get(), 0, &value) == EBUR128_SUCCESS)
-            levels.truePeak_dbtp = decibels(value, 20.0);
+            levels.true_peak_dbtp = decibels(value, 20.0);
         if (ebur128_loudness_global(channel.meter.get(), &value) == EBUR128_SUCCESS && std::isfinite(value))
             levels.integrated_lufs = value;
-        raise(report.all.samplePeak_dbfs, levels.samplePeak_dbfs);
-        raise(report.all.truePeak_dbtp, levels.truePeak_dbtp);
+        raise(report.all.sample_peak_dbfs, levels.sample_peak_dbfs);
+        raise(report.all.true_peak_dbtp, levels.true_peak_dbtp);
     }
     if (!std::isfinite(energy)) {
         report.all = {};
-        report.all.isFinite = false;
+        report.all.is_finite = false;
         return report;
     }
-    report.all.rms_dbfs = decibels(energy / frames / static_cast<double>(mChannels.size()), 10.0);
-    report.all.integrated_lufs = mMix.result().integratedLufs;
+    report.all.rms_dbfs = decibels(energy / frames / static_cast<double>(channels_.size()), 10.0);
+    report.all.integrated_lufs = mix_.result().integrated_lufs;
     return report;
 }
 

@@ -15,19 +15,19 @@ namespace sonivex_tool {
 
 /** Levels of one channel or of all together; what cannot be said is missing. */
 struct Levels {
-    bool isFinite = true;                   ///< else a sample is no number, and nothing below can be said
-    std::optional<double> rms_dbfs;         ///< 0 is a full-scale square wave; missing for digital silence
-    std::optional<double> samplePeak_dbfs;  ///< likewise
-    std::optional<double> truePeak_dbtp;    ///< ITU-R BS.1770, by oversampling; likewise
-    std::optional<double> integrated_lufs;  ///< missing when nothing rises above the gate of -70 LUFS
+    bool is_finite = true;                   // else a sample is no number, and nothing below can be said
+    std::optional<double> rms_dbfs;          // 0 is a full-scale square wave; missing for digital silence
+    std::optional<double> sample_peak_dbfs;  // likewise
+    std::optional<double> true_peak_dbtp;    // ITU-R BS.1770, by oversampling; likewise
+    std::optional<double> integrated_lufs;   // missing when nothing rises above the gate of -70 LUFS
 };
 
 /** What a LevelMeter found. */
 struct LevelReport {
     int64_t frames = 0;
-    std::vector<Levels> channels;  ///< a channel's loudness is that of a mono file of it
-    Levels all;                    ///< the mean power of the channels, the highest peaks, the mix's loudness
-    std::optional<int64_t> firstAudibleFrame;  ///< the first with a sample above -60 dBFS
+    std::vector<Levels> channels;  // a channel's loudness is that of a mono file of it
+    Levels all;                    // the mean power of the channels, the highest peaks, the mix's loudness
+    std::optional<int64_t> first_audible_frame;  // the first with a sample above -60 dBFS
 };
 
 /** Measures levels of frames of one spec. */
@@ -46,16 +46,16 @@ class LevelMeter {
     };
     struct Channel {
         std::unique_ptr<ebur128_state, Closer> meter;
-        double energy = 0.0;  ///< sum of the squared samples
+        double energy = 0.0;  // sum of the squared samples
     };
 
     void addChannel(Channel& channel, const double* samples, int frames);
 
-    FormatConverter mToPlanes;
-    LoudnessMeter mMix;
-    std::vector<Channel> mChannels;
-    int64_t mFrames = 0;
-    std::optional<int64_t> mFirstAudibleFrame;
+    FormatConverter to_planes_;
+    LoudnessMeter mix_;
+    std::vector<Channel> channels_;
+    int64_t frames_ = 0;
+    std::optional<int64_t> first_audible_frame_;
 };
 
 }  // namespace sonivex_tool

@@ -51,8 +51,8 @@ void LoudnessMeter::Closer::operator()(ebur128_state* state) const {
 }
 
 std::string whyUnmeasurable(const AudioSpec& spec) {
-    if (spec.rateHz < kLowestRate_hz || spec.rateHz > kHighestRate_hz) {
-        return "has " + std::to_string(spec.rateHz) + " Hz, levels are measured from " +
+    if (spec.rate_hz < kLowestRate_hz || spec.rate_hz > kHighestRate_hz) {
+        return "has " + std::to_string(spec.rate_hz) + " Hz, levels are measured from " +
                std::to_string(kLowestRate_hz) + " to " + std::to_string(kHighestRate_hz) + " Hz";
     }
     if (spec.channels() > kMostChannels) {
@@ -62,27 +62,27 @@ std::string whyUnmeasurable(const AudioSpec& spec) {
     return "";
 }
 
-LoudnessMeter::LoudnessMeter(const AudioSpec& spec) : mToDouble(doubleSpec(spec)) {
+LoudnessMeter::LoudnessMeter(const AudioSpec& spec) : to_double_(doubleSpec(spec)) {
     const std::string reason = whyUnmeasurable(spec);
     if (!reason.empty()) throw Failure(ExitCode::UnsupportedAudio, "the audio " + reason);
     const int channels = spec.channels();
-    mState.reset(
-        allocated(ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(spec.rateHz),
+    state_.reset(
+        allocated(ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(spec.rate_hz),
                                EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK)));
     for (int c = 0; c < channels; ++c) {
         const AVChannel channel =
             av_channel_layout_channel_from_index(&spec.layout, static_cast<unsigned>(c));
-        ebur128_set_channel(mState.get(), static_cast<unsigned>(c), ituPosition(channel, channels));
+        ebur128_set_channel(state_.get(), static_cast<unsigned>(c), ituPosition(channel, channels));
     }
 }
 
 LoudnessMeter::~LoudnessMeter() = default;
 
 void LoudnessMeter::add(const AVFrame& frame) {
-    const FramePtr samples = mToDouble.convert(FramePtr(allocated(av_frame_clone(&frame))));
+    const FramePtr samples = to_double_.convert(FramePtr(allocated(av_frame_clone(&frame))));
     if (samples == nullptr) return;
     const auto* data = reinterpret_cast<const double*>(samples->extended_data[0]);
-    if (ebur128_add_frames_double(mState.get(), data, static_cast<size_t>(samples->nb_samples)) ==
+    if (ebur128_add_frames_double(state_.get(), data, static_cast<size_t>(samples->nb_samples)) ==
         EBUR128_ERROR_NOMEM) {
         throw std::bad_alloc();
     }
@@ -91,16 +91,16 @@ void LoudnessMeter::add(const AVFrame& frame) {
 Loudness LoudnessMeter::result() const {
     Loudness loudness;
     double lufs = 0.0;
-    if (ebur128_loudness_global(mState.get(), &lufs) == EBUR128_SUCCESS && std::isfinite(lufs)) {
-        loudness.integratedLufs = lufs;
+    if (ebur128_loudness_global(state_.get(), &lufs) == EBUR128_SUCCESS && std::isfinite(lufs)) {
+        loudness.integrated_lufs = lufs;
     }
     double peak = 0.0;
-    for (unsigned c = 0; c < mState->channels; ++c) {
-        double ofChannel = 0.0;
-        if (ebur128_sample_peak(mState.get(), c, &ofChannel) == EBUR128_SUCCESS)
-            peak = std::max(peak, ofChannel);
+    for (unsigned c = 0; c < state_->channels; ++c) {
+        double of_channel = 0.0;
+        if (ebur128_sample_peak(state_.get(), c, &of_channel) == EBUR128_SUCCESS)
+            peak = std::max(peak, of_channel);
     }
-    if (peak > 0.0 && std::isfinite(peak)) loudness.samplePeakDbfs = 20.0 * std::log10(peak);
+    if (peak > 0.0 && std::isfinite(peak)) loudness.sample_peak_dbfs = 20.0 * std::log10(peak);
     return loudness;
 }
 

@@ -12,8 +12,8 @@ namespace sonivex_tool {
 
 /** A file's loudness; what cannot be said is missing. */
 struct Loudness {
-    std::optional<double> integratedLufs;  ///< missing when nothing rises above the gate of -70 LUFS
-    std::optional<double> samplePeakDbfs;  ///< missing for digital silence
+    std::optional<double> integrated_lufs;   // missing when nothing rises above the gate of -70 LUFS
+    std::optional<double> sample_peak_dbfs;  // missing for digital silence
 };
 
 /** Why loudness and levels of such audio cannot be measured, for the user; empty when they can. */
@@ -34,8 +34,8 @@ class LoudnessMeter {
         void operator()(ebur128_state* state) const;
     };
 
-    FormatConverter mToDouble;
-    std::unique_ptr<ebur128_state, Closer> mState;
+    FormatConverter to_double_;
+    std::unique_ptr<ebur128_state, Closer> state_;
 };
 
 }  // namespace sonivex_tool

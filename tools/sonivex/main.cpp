@@ -32,8 +32,8 @@ int exitWith(ExitCode code) {
 bool occupyStandardDescriptors() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(descriptor, F_GETFD) >= 0) continue;
-        const int wrongWay = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
-        if (open("/dev/null", wrongWay) != descriptor) return false;
+        const int wrong_way = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        if (open("/dev/null", wrong_way) != descriptor) return false;
     }
     return true;
 }

@@ -28,10 +28,10 @@ bool isAboutTheFile(const std::string& key) {
     const std::string lower = lowerCase(key);
     // Matroska writes its figures once per language: "DURATION-eng".
     const std::string name = lower.substr(0, lower.find('-'));
-    const auto isName = [&](std::string_view tag) { return lowerCase(tag) == name; };
-    const auto isPrefix = [&](std::string_view prefix) { return lower.starts_with(prefix); };
-    return std::any_of(kAboutTheFile.begin(), kAboutTheFile.end(), isName) ||
-           std::any_of(kPrefixesAboutTheFile.begin(), kPrefixesAboutTheFile.end(), isPrefix);
+    const auto is_name = [&](std::string_view tag) { return lowerCase(tag) == name; };
+    const auto is_prefix = [&](std::string_view prefix) { return lower.starts_with(prefix); };
+    return std::any_of(kAboutTheFile.begin(), kAboutTheFile.end(), is_name) ||
+           std::any_of(kPrefixesAboutTheFile.begin(), kPrefixesAboutTheFile.end(), is_prefix);
 }
 
 void copyTags(const AVDictionary* from, AVDictionary** to) {
@@ -43,18 +43,18 @@ void copyTags(const AVDictionary* from, AVDictionary** to) {
 
 }  // namespace
 
-void copyMetadata(const AVFormatContext& source, const AVStream& sourceStream, AVFormatContext& output,
-                  AVStream& outputStream) {
-    outputStream.disposition = sourceStream.disposition & ~AV_DISPOSITION_ATTACHED_PIC;
+void copyMetadata(const AVFormatContext& source, const AVStream& source_stream, AVFormatContext& output,
+                  AVStream& output_stream) {
+    output_stream.disposition = source_stream.disposition & ~AV_DISPOSITION_ATTACHED_PIC;
     copyTags(source.metadata, &output.metadata);
-    copyTags(sourceStream.metadata, &outputStream.metadata);
+    copyTags(source_stream.metadata, &output_stream.metadata);
 
     // Ogg keeps title and artist with the stream, most others with the file, and few muxers write both.
-    const bool isFromOgg = std::string_view(source.iformat->name) == "ogg";
-    if (isFromOgg) copyTags(sourceStream.metadata, &output.metadata);
+    const bool is_from_ogg = std::string_view(source.iformat->name) == "ogg";
+    if (is_from_ogg) copyTags(source_stream.metadata, &output.metadata);
     const std::string_view muxer = output.oformat->name;
-    const bool isToOgg = muxer == "ogg" || muxer == "oga" || muxer == "opus" || muxer == "spx";
-    if (isToOgg) copyTags(source.metadata, &outputStream.metadata);
+    const bool is_to_ogg = muxer == "ogg" || muxer == "oga" || muxer == "opus" || muxer == "spx";
+    if (is_to_ogg) copyTags(source.metadata, &output_stream.metadata);
 }
 
 }  // namespace sonivex_tool

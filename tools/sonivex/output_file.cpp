@@ -62,18 +62,18 @@ void OutputFile::check(const std::string& path, bool replace) {
 }
 
 OutputFile::OutputFile(const std::string& path, bool replace)
-    : mName(path), mDestination(followLinks(path).string()), mReplace(replace) {
+    : name_(path), destination_(followLinks(path).string()), replace_(replace) {
     check(path, replace);
     createTemporary();
     auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
     const auto write = [](void* self, auto* data, int bytes) {
         return static_cast<OutputFile*>(self)->writeAll(data, static_cast<size_t>(bytes));
     };
-    const auto seekTo = [](void* self, int64_t offset, int whence) {
+    const auto seek_to = [](void* self, int64_t offset, int whence) {
         return static_cast<OutputFile*>(self)->seek(offset, whence);
     };
-    if (buffer != nullptr) mIo = avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, write, seekTo);
-    if (mIo == nullptr) {
+    if (buffer != nullptr) io_ = avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, write, seek_to);
+    if (io_ == nullptr) {
         av_free(buffer);
         close();
         throw std::bad_alloc();
@@ -85,33 +85,33 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::createTemporary() {
-    const std::filesystem::path destination(mDestination);
+    const std::filesystem::path destination(destination_);
     for (int i = 0; i < kMaxNameAttempts; ++i) {
         const auto candidate = destination.parent_path() / (".sonivex-" + randomSuffix() + ".part");
         removeOnSecondSignal(candidate.c_str());  // before it exists, or a signal could come in between
-        mDescriptor = ::open(candidate.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
-        if (mDescriptor >= 0) {
-            mTemporary = candidate.string();
+        descriptor_ = ::open(candidate.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
+        if (descriptor_ >= 0) {
+            temporary_ = candidate.string();
             break;
         }
-        const int errorNumber = errno;
+        const int error_number = errno;
         removeOnSecondSignal(nullptr);
-        if (errorNumber != EEXIST) fail(errorNumber);
+        if (error_number != EEXIST) fail(error_number);
     }
-    if (mDescriptor < 0) fail(EEXIST);
+    if (descriptor_ < 0) fail(EEXIST);
     // A file that is replaced keeps who may read it; where that cannot be, the umask's choice stands.
-    if (const auto old = statOf(mDestination)) (void)!::fchmod(mDescriptor, old->st_mode & 07777U);
+    if (const auto old = statOf(destination_)) (void)!::fchmod(descriptor_, old->st_mode & 07777U);
 }
 
-int OutputFile::remember(int errorNumber) {
-    if (mErrorNumber == 0) mErrorNumber = errorNumber;
-    return AVERROR(errorNumber);
+int OutputFile::remember(int error_number) {
+    if (error_number_ == 0) error_number_ = error_number;
+    return AVERROR(error_number);
 }
 
 int OutputFile::writeAll(const uint8_t* data, size_t bytes) {
     size_t written = 0;
     while (written < bytes) {
-        const ssize_t count = ::write(mDescriptor, data + written, bytes - written);
+        const ssize_t count = ::write(descriptor_, data + written, bytes - written);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return remember(errno);
         written += static_cast<size_t>(count);
@@ -122,71 +122,71 @@ int OutputFile::writeAll(const uint8_t* data, size_t bytes) {
 int64_t OutputFile::seek(int64_t offset, int whence) {
     if (whence == AVSEEK_SIZE) {
         struct stat status {};
-        return ::fstat(mDescriptor, &status) == 0 ? status.st_size : AVERROR(errno);
+        return ::fstat(descriptor_, &status) == 0 ? status.st_size : AVERROR(errno);
     }
-    const off_t position = ::lseek(mDescriptor, offset, whence & ~AVSEEK_FORCE);
+    const off_t position = ::lseek(descriptor_, offset, whence & ~AVSEEK_FORCE);
     return position >= 0 ? position : remember(errno);
 }
 
 void OutputFile::throwIfFailed() const {
-    if (mErrorNumber != 0) fail(mErrorNumber);
+    if (error_number_ != 0) fail(error_number_);
 }
 
-void OutputFile::fail(int errorNumber) const {
-    const bool isFull = errorNumber == ENOSPC || errorNumber == EDQUOT || errorNumber == EFBIG;
-    throw Failure(isFull ? ExitCode::NoSpace : ExitCode::OutputNotWritable,
-                  mName + ": cannot be written: " + std::strerror(errorNumber));
+void OutputFile::fail(int error_number) const {
+    const bool is_full = error_number == ENOSPC || error_number == EDQUOT || error_number == EFBIG;
+    throw Failure(is_full ? ExitCode::NoSpace : ExitCode::OutputNotWritable,
+                  name_ + ": cannot be written: " + std::strerror(error_number));
 }
 
 void OutputFile::commit() {
-    avio_flush(mIo);
+    avio_flush(io_);
     throwIfFailed();
     // Else a crash of the machine soon after could leave the name on a file whose contents never arrived.
     int result = 0;
     do {
-        result = ::fsync(mDescriptor);
+        result = ::fsync(descriptor_);
     } while (result != 0 && errno == EINTR);
     if (result != 0 && errno != EINVAL) fail(errno);  // EINVAL: this file system has no such thing
-    const int descriptor = mDescriptor;
-    mDescriptor = -1;
+    const int descriptor = descriptor_;
+    descriptor_ = -1;
     // Network file systems report a full disk only here.
     if (::close(descriptor) != 0 && errno != EINTR) fail(errno);
     giveName();
     removeOnSecondSignal(nullptr);
-    mTemporary.clear();
+    temporary_.clear();
 }
 
 void OutputFile::giveName() {
-    const char* from = mTemporary.c_str();
-    const char* to = mDestination.c_str();
-    if (mReplace) {
+    const char* from = temporary_.c_str();
+    const char* to = destination_.c_str();
+    if (replace_) {
         if (::rename(from, to) != 0) fail(errno);
         return;
     }
     if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return;
-    if (errno == EEXIST) throw alreadyThere(mName);
+    if (errno == EEXIST) throw alreadyThere(name_);
     if (errno != EINVAL && errno != ENOSYS) fail(errno);
     // Not every file system can rename without replacing. A second name is as good, where there are such.
     if (::link(from, to) == 0) {
         ::unlink(from);
         return;
     }
-    if (errno == EEXIST) throw alreadyThere(mName);
-    check(mName, mReplace);
+    if (errno == EEXIST) throw alreadyThere(name_);
+    check(name_, replace_);
     if (::rename(from, to) != 0) fail(errno);
 }
 
 void OutputFile::close() {
-    if (mIo != nullptr) {
-        av_freep(&mIo->buffer);
-        avio_context_free(&mIo);
+    if (io_ != nullptr) {
+        av_freep(&io_->buffer);
+        avio_context_free(&io_);
     }
-    if (mDescriptor >= 0) ::close(mDescriptor);
-    mDescriptor = -1;
-    if (mTemporary.empty()) return;
-    ::unlink(mTemporary.c_str());
+    if (descriptor_ >= 0) ::close(descriptor_);
+    descriptor_ = -1;
+    if (temporary_.empty()) return;
+    ::unlink(temporary_.c_str());
     removeOnSecondSignal(nullptr);
-    mTemporary.clear();
+    temporary_.clear();
 }
 
 }  // namespace sonivex_tool

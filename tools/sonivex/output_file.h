@@ -26,7 +26,7 @@ class OutputFile {
     OutputFile& operator=(const OutputFile&) = delete;
 
     /** For a muxer; owned by this object. What fails inside is raised by `throwIfFailed`. */
-    AVIOContext* io() { return mIo; }
+    AVIOContext* io() { return io_; }
 
     /** Raise the first write or seek that failed. */
     void throwIfFailed() const;
@@ -38,19 +38,19 @@ class OutputFile {
     void createTemporary();
     void giveName();
     /** @return the AVERROR of an error that `throwIfFailed` shall raise, if it is the first. */
-    int remember(int errorNumber);
+    int remember(int error_number);
     int writeAll(const uint8_t* data, size_t bytes);
     int64_t seek(int64_t offset, int whence);
-    [[noreturn]] void fail(int errorNumber) const;
+    [[noreturn]] void fail(int error_number) const;
     void close();
 
-    std::string mName;         ///< as the user wrote it, for messages
-    std::string mDestination;  ///< symbolic links followed
-    bool mReplace;
-    std::string mTemporary;  ///< empty when there is none to remove
-    int mDescriptor = -1;
-    AVIOContext* mIo = nullptr;
-    int mErrorNumber = 0;
+    std::string name_;         // as the user wrote it, for messages
+    std::string destination_;  // symbolic links followed
+    bool replace_;
+    std::string temporary_;  // empty when there is none to remove
+    int descriptor_ = -1;
+    AVIOContext* io_ = nullptr;
+    int error_number_ = 0;
 };
 
 }  // namespace sonivex_tool

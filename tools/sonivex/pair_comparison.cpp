@@ -80,23 +80,23 @@ void mixDown(Planes& planes) {
 }
 
 std::optional<int64_t> delayBetween(const ComparedSide& input, const ComparedSide& output) {
-    if (!input.firstAudibleFrame || !output.firstAudibleFrame) return std::nullopt;
+    if (!input.first_audible_frame || !output.first_audible_frame) return std::nullopt;
     const FrameStream before = input.open();
     const FrameStream after = output.open();
-    const int rate_hz = before.spec.rateHz;
+    const int rate_hz = before.spec.rate_hz;
     const int longest = static_cast<int>(kLongestShift_s * rate_hz);
-    const int64_t from = std::max<int64_t>(*input.firstAudibleFrame - longest, 0);
+    const int64_t from = std::max<int64_t>(*input.first_audible_frame - longest, 0);
     const int64_t length = std::max(input.frames, output.frames) - from;
     const int64_t count =
         std::min({length, int64_t{kCompared_s} * rate_hz, kMostTransformed_frames - longest});
-    Planes beforePlanes = readPlanes(before, from, count);
-    Planes afterPlanes = readPlanes(after, from, count);
-    if (beforePlanes.size() != afterPlanes.size()) {
-        mixDown(beforePlanes);
-        mixDown(afterPlanes);
+    Planes before_planes = readPlanes(before, from, count);
+    Planes after_planes = readPlanes(after, from, count);
+    if (before_planes.size() != after_planes.size()) {
+        mixDown(before_planes);
+        mixDown(after_planes);
     }
     std::vector<ChannelPair> pairs;
-    for (size_t c = 0; c < beforePlanes.size(); ++c) pairs.push_back({beforePlanes[c], afterPlanes[c]});
+    for (size_t c = 0; c < before_planes.size(); ++c) pairs.push_back({before_planes[c], after_planes[c]});
     return findDelay(pairs, static_cast<int>(std::min<int64_t>(longest, count - 1)));
 }
 
@@ -104,15 +104,15 @@ std::optional<int64_t> delayBetween(const ComparedSide& input, const ComparedSid
 
 PairDifference comparePair(const ComparedSide& input, const ComparedSide& output) {
     PairDifference difference;
-    difference.delayFrames = delayBetween(input, output);
-    const int64_t delay = difference.delayFrames.value_or(0);
-    const int64_t inputFrom = std::max<int64_t>(-delay, 0);
-    const int64_t outputFrom = std::max<int64_t>(delay, 0);
-    const int64_t count = std::min(input.frames - inputFrom, output.frames - outputFrom);
-    const double before = energyOf(input.open(), inputFrom, count);
-    const double after = energyOf(output.open(), outputFrom, count);
-    const bool bothSound = before > 0.0 && after > 0.0;
-    if (bothSound && std::isfinite(before) && std::isfinite(after))
+    difference.delay_frames = delayBetween(input, output);
+    const int64_t delay = difference.delay_frames.value_or(0);
+    const int64_t input_from = std::max<int64_t>(-delay, 0);
+    const int64_t output_from = std::max<int64_t>(delay, 0);
+    const int64_t count = std::min(input.frames - input_from, output.frames - output_from);
+    const double before = energyOf(input.open(), input_from, count);
+    const double after = energyOf(output.open(), output_from, count);
+    const bool both_sound = before > 0.0 && after > 0.0;
+    if (both_sound && std::isfinite(before) && std::isfinite(after))
         difference.gain_db = 10.0 * std::log10(after / before);
     return difference;
 }

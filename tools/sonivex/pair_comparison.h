@@ -10,15 +10,15 @@ namespace sonivex_tool {
 
 /** One side of a comparison. */
 struct ComparedSide {
-    std::function<FrameStream()> open;  ///< from the beginning, each time
+    std::function<FrameStream()> open;  // from the beginning, each time
     int64_t frames = 0;
-    std::optional<int64_t> firstAudibleFrame;
+    std::optional<int64_t> first_audible_frame;
 };
 
 /** How the second side differs from the first. */
 struct PairDifference {
-    std::optional<int64_t> delayFrames;  ///< by which it is late; missing when there is no clear match
-    std::optional<double> gain_db;       ///< missing when a side is silent or not finite
+    std::optional<int64_t> delay_frames;  // by which it is late; missing when there is no clear match
+    std::optional<double> gain_db;        // missing when a side is silent or not finite
 };
 
 /** Compare two recordings of one rate.

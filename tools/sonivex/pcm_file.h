@@ -17,10 +17,10 @@ class PcmFile {
      * not simply cut off) */
     PcmFile(const std::string& path, const PcmFormat& format);
 
-    const AudioSpec& spec() const { return mSpec; }
+    const AudioSpec& spec() const { return spec_; }
 
     /** Bytes behind the last whole frame, which are not read. */
-    int restBytes() const { return mRestBytes; }
+    int restBytes() const { return rest_bytes_; }
 
     /** The next frame, or null at the end. @throw Failure (InputNotReadable) */
     FramePtr read();
@@ -30,10 +30,10 @@ class PcmFile {
         void operator()(std::FILE* file) const { (void)std::fclose(file); }
     };
 
-    std::string mPath;
-    AudioSpec mSpec;
-    int mRestBytes = 0;
-    std::unique_ptr<std::FILE, Closer> mFile;
+    std::string path_;
+    AudioSpec spec_;
+    int rest_bytes_ = 0;
+    std::unique_ptr<std::FILE, Closer> file_;
 };
 
 }  // namespace sonivex_tool

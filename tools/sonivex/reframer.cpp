@@ -14,27 +14,27 @@ void** planes(const AVFrame& frame) {
 }  // namespace
 
 Reframer::Reframer(const AudioSpec& spec)
-    : mSpec(spec), mFifo(allocated(av_audio_fifo_alloc(spec.format, spec.channels(), kInitialFrames))) {}
+    : spec_(spec), fifo_(allocated(av_audio_fifo_alloc(spec.format, spec.channels(), kInitialFrames))) {}
 
 void Reframer::append(const AVFrame& frame) {
     if (frame.nb_samples == 0) return;
-    if (av_audio_fifo_write(mFifo.get(), planes(frame), frame.nb_samples) < 0) throw std::bad_alloc();
+    if (av_audio_fifo_write(fifo_.get(), planes(frame), frame.nb_samples) < 0) throw std::bad_alloc();
 }
 
 void Reframer::appendSilence(int frames) {
     if (frames == 0) return;
-    const FramePtr silence = makeFrame(mSpec, frames);
-    av_samples_set_silence(silence->extended_data, 0, frames, mSpec.channels(), mSpec.format);
+    const FramePtr silence = makeFrame(spec_, frames);
+    av_samples_set_silence(silence->extended_data, 0, frames, spec_.channels(), spec_.format);
     append(*silence);
 }
 
 int Reframer::size() const {
-    return av_audio_fifo_size(mFifo.get());
+    return av_audio_fifo_size(fifo_.get());
 }
 
 FramePtr Reframer::take(int frames) {
-    FramePtr frame = makeFrame(mSpec, frames);
-    av_audio_fifo_read(mFifo.get(), planes(*frame), frames);
+    FramePtr frame = makeFrame(spec_, frames);
+    av_audio_fifo_read(fifo_.get(), planes(*frame), frames);
     return frame;
 }
 

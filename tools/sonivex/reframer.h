@@ -20,8 +20,8 @@ class Reframer {
     FramePtr take(int frames);
 
   private:
-    AudioSpec mSpec;
-    AudioFifoPtr mFifo;
+    AudioSpec spec_;
+    AudioFifoPtr fifo_;
 };
 
 }  // namespace sonivex_tool

@@ -21,90 +21,90 @@ namespace {
 /** What the filter makes of the input: the effect may change the channels, nothing else changes. */
 AudioSpec filteredSpec(const AudioSpec& input, const Effect& effect) {
     AudioSpec spec = input;
-    if (effect.outputChannels) spec.layout = defaultLayout(*effect.outputChannels);
+    if (effect.output_channels) spec.layout = defaultLayout(*effect.output_channels);
     return spec;
 }
 
 void checkSettings(const RenderSettings& settings, const Vorlin::Plugin& plugin) {
     const Effect& effect = *settings.effect;
-    if (!plugin.exports(effect.exportedFunction.c_str())) {
+    if (!plugin.exports(effect.exported_function.c_str())) {
         throw Failure(ExitCode::EffectMissing, "the plug-in does not have " + effect.title + " yet");
     }
-    if (!effectDelayFrames(effect, settings.callFrames)) {
-        throw Failure(ExitCode::Usage, "--frame-size " + std::to_string(settings.callFrames) +
+    if (!effectDelayFrames(effect, settings.call_frames)) {
+        throw Failure(ExitCode::Usage, "--frame-size " + std::to_string(settings.call_frames) +
                                            " would tear holes into the output: " + effect.title +
-                                           " works in blocks of " + std::to_string(effect.blockFrames) +
+                                           " works in blocks of " + std::to_string(effect.block_frames) +
                                            " frames");
     }
-    if (settings.threaded && settings.callFrames < kShortestThreadedCallFrames) {
+    if (settings.threaded && settings.call_frames < kShortestThreadedCallFrames) {
         throw Failure(ExitCode::Usage, "--threaded needs a --frame-size of at least " +
                                            std::to_string(kShortestThreadedCallFrames));
     }
-    OutputFile::check(settings.output, settings.replaceOutput);
+    OutputFile::check(settings.output, settings.replace_output);
 }
 
 /** From the filter to the file: converts to what the encoder takes, measures, encodes. */
 class Destination {
   public:
     Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file)
-        : mConverter(plan.spec), mMeter(plan.spec), mSink(plan, source, file) {}
+        : converter_(plan.spec), meter_(plan.spec), sink_(plan, source, file) {}
 
-    void write(FramePtr frame) { writeConverted(mConverter.convert(std::move(frame))); }
+    void write(FramePtr frame) { writeConverted(converter_.convert(std::move(frame))); }
 
     void finish() {
-        writeConverted(mConverter.flush());
-        mSink.finish();
+        writeConverted(converter_.flush());
+        sink_.finish();
     }
 
-    int64_t frames() const { return mFrames; }
-    Loudness loudness() const { return mMeter.result(); }
+    int64_t frames() const { return frames_; }
+    Loudness loudness() const { return meter_.result(); }
 
   private:
     void writeConverted(const FramePtr& frame) {
         if (frame == nullptr) return;
-        mFrames += frame->nb_samples;
-        mMeter.add(*frame);
-        mSink.write(*frame);
+        frames_ += frame->nb_samples;
+        meter_.add(*frame);
+        sink_.write(*frame);
     }
 
-    FormatConverter mConverter;
-    LoudnessMeter mMeter;
-    AudioSink mSink;
-    int64_t mFrames = 0;
+    FormatConverter converter_;
+    LoudnessMeter meter_;
+    AudioSink sink_;
+    int64_t frames_ = 0;
 };
 
 /** Push whole calls out of what waits. */
-void pushCalls(Reframer& waiting, FilterRun& filter, int callFrames) {
-    while (waiting.size() >= callFrames) filter.push(waiting.take(callFrames));
+void pushCalls(Reframer& waiting, FilterRun& filter, int call_frames) {
+    while (waiting.size() >= call_frames) filter.push(waiting.take(call_frames));
 }
 
 /** Pad the last call with silence, and drive out with more of it what the filter still holds and
- * the `tailFrames` for which its effect sounds on. */
-void pushTail(Reframer& waiting, FilterRun& filter, int64_t tailFrames, int callFrames) {
-    const int64_t rest = waiting.size() + tailFrames + filter.delayFrames();
-    const int64_t calls = (rest + callFrames - 1) / callFrames;
-    int64_t silence = calls * callFrames - waiting.size();
+ * the `tail_frames` for which its effect sounds on. */
+void pushTail(Reframer& waiting, FilterRun& filter, int64_t tail_frames, int call_frames) {
+    const int64_t rest = waiting.size() + tail_frames + filter.delayFrames();
+    const int64_t calls = (rest + call_frames - 1) / call_frames;
+    int64_t silence = calls * call_frames - waiting.size();
     while (silence > 0) {
-        const int piece = static_cast<int>(std::min<int64_t>(silence, callFrames));
+        const int piece = static_cast<int>(std::min<int64_t>(silence, call_frames));
         waiting.appendSilence(piece);
         silence -= piece;
-        pushCalls(waiting, filter, callFrames);
+        pushCalls(waiting, filter, call_frames);
     }
-    pushCalls(waiting, filter, callFrames);
+    pushCalls(waiting, filter, call_frames);
 }
 
 /** What the dump of a render lacks, as when the disk is full: both sides of the effect hold every call that
  * was neither given up nor passed on untouched. */
-uint64_t missingDumpBytes(const DumpFolder& dumps, const RenderReport& report, int callFrames,
-                          int inputChannels, int outputChannels) {
+uint64_t missingDumpBytes(const DumpFolder& dumps, const RenderReport& report, int call_frames,
+                          int input_channels, int output_channels) {
     const uint64_t unseen = std::min(report.dropped + report.bypassed, report.pushed);
-    const uint64_t sampleBytes =
-        (report.pushed - unseen) * static_cast<uint64_t>(callFrames) * sizeof(int16_t);
-    const auto missing = [&](bool isInput, int channels) {
-        const uint64_t expected = sampleBytes * static_cast<uint64_t>(channels);
-        return expected - std::min(expected, dumps.newBytes(isInput));
+    const uint64_t sample_bytes =
+        (report.pushed - unseen) * static_cast<uint64_t>(call_frames) * sizeof(int16_t);
+    const auto missing = [&](bool is_input, int channels) {
+        const uint64_t expected = sample_bytes * static_cast<uint64_t>(channels);
+        return expected - std::min(expected, dumps.newBytes(is_input));
     };
-    return missing(true, inputChannels) + missing(false, outputChannels);
+    return missing(true, input_channels) + missing(false, output_channels);
 }
 
 }  // namespace
@@ -113,9 +113,9 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
                     Console& console) {
     checkSettings(settings, *plugin);
     const Effect& effect = *settings.effect;
-    AudioSource source(settings.input, settings.streamNumber);
+    AudioSource source(settings.input, settings.stream_number);
     const AudioSpec input = source.info().spec;
-    const std::string reason = whyUnsupported(effect, input.channels(), input.rateHz);
+    const std::string reason = whyUnsupported(effect, input.channels(), input.rate_hz);
     if (!reason.empty()) throw Failure(ExitCode::UnsupportedAudio, settings.input + ": " + reason);
 
     RenderReport report;
@@ -124,60 +124,61 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
         console.note(line);
     };
     const EncoderPlan plan =
-        planEncoder(settings.output, filteredSpec(input, effect), source.info().bitsPerSample);
+        planEncoder(settings.output, filteredSpec(input, effect), source.info().bits_per_sample);
     for (const std::string& line : plan.notes) note(line);
 
     const auto started = std::chrono::steady_clock::now();
-    OutputFile file(settings.output, settings.replaceOutput);
+    OutputFile file(settings.output, settings.replace_output);
     Destination destination(plan, source, file);
     std::optional<DumpFolder> dumps;
-    if (!settings.dumpFolder.empty()) dumps.emplace(settings.dumpFolder);
+    if (!settings.dump_folder.empty()) dumps.emplace(settings.dump_folder);
     FilterRun filter(settings, plugin, input, [&](FramePtr frame) { destination.write(std::move(frame)); });
     if (filter.isBypassed()) note("the filter stands aside at this frame rate and speed: nothing is changed");
     console.note(settings.input + " -> " + settings.output + ", " + effect.name);
 
     LoudnessMeter meter(input);
     Reframer waiting(input);
-    int64_t inputFrames = 0;
+    int64_t input_frames = 0;
     while (const FramePtr frame = source.read()) {
         throwIfInterrupted();
-        inputFrames += frame->nb_samples;
+        input_frames += frame->nb_samples;
         meter.add(*frame);
         waiting.append(*frame);
-        pushCalls(waiting, filter, settings.callFrames);
-        console.progress(static_cast<double>(inputFrames) / input.rateHz, source.info().lengthSeconds);
+        pushCalls(waiting, filter, settings.call_frames);
+        console.progress(static_cast<double>(input_frames) / input.rate_hz, source.info().length_seconds);
     }
-    const int64_t tail = settings.keepTail && !filter.isBypassed()
+    const int64_t tail = settings.keep_tail && !filter.isBypassed()
                              ? responseTailFrames(effect, settings.options, input.channels())
                              : 0;
-    filter.setEnd(inputFrames + tail + (settings.keepDelay ? filter.delayFrames() : 0));
-    pushTail(waiting, filter, tail, settings.callFrames);
+    filter.setEnd(input_frames + tail + (settings.keep_delay ? filter.delayFrames() : 0));
+    pushTail(waiting, filter, tail, settings.call_frames);
     filter.finish();
     destination.finish();
     throwIfInterrupted();
     file.commit();
     console.clearBar();
 
-    report.elapsedSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    report.elapsed_seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
     report.input = {settings.input, source.info().container, source.info().codec, input,
-                    inputFrames,    meter.result()};
+                    input_frames,   meter.result()};
     report.output = {settings.output, plan.muxer->name,     avcodec_get_name(plan.codec->id),
                      plan.spec,       destination.frames(), destination.loudness()};
     report.effect = effect.name;
-    report.delayFrames = filter.delayFrames();
-    report.delayIsRemoved = !settings.keepDelay;
-    report.decodeErrors = source.decodeErrors();
+    report.delay_frames = filter.delayFrames();
+    report.delay_is_removed = !settings.keep_delay;
+    report.decode_errors = source.decodeErrors();
     report.pushed = filter.counts().pushed;
     report.dropped = filter.counts().dropped;
     report.bypassed = filter.counts().bypassed;
-    report.silentFillFrames = filter.filledFrames();
+    report.silent_fill_frames = filter.filledFrames();
     report.flushes = filter.counts().flushes;
     if (dumps) {
         report.dumps = dumps->newFiles();
-        report.dumpBytesMissing = missingDumpBytes(*dumps, report, settings.callFrames, input.channels(),
-                                                   filteredSpec(input, effect).channels());
+        report.dump_bytes_missing = missingDumpBytes(*dumps, report, settings.call_frames, input.channels(),
+                                                     filteredSpec(input, effect).channels());
     }
-    report.dumpFolder = settings.dumpFolder;
+    report.dump_folder = settings.dump_folder;
     for (const std::string& line : remarks(report)) note(line);
     return report;
 }

@@ -26,16 +26,16 @@ struct RenderSettings {
     std::string output;
     const Effect* effect = nullptr;
     FilterOptions options;
-    std::optional<double> videoFps;
-    std::optional<double> playbackSpeed;
-    int streamNumber = 0;
-    int callFrames = kDefaultCallFrames;
-    std::vector<double> flushAt_s;  ///< where in the input the filter is flushed, as a seek does
-    std::string dumpFolder;         ///< where the PCM around the effect is written; empty: nowhere
-    bool keepDelay = false;
-    bool keepTail = false;  ///< let the effect's responses ring out after the input's end
+    std::optional<double> video_fps;
+    std::optional<double> playback_speed;
+    int stream_number = 0;
+    int call_frames = kDefaultCallFrames;
+    std::vector<double> flush_at_s;  // where in the input the filter is flushed, as a seek does
+    std::string dump_folder;         // where the PCM around the effect is written; empty: nowhere
+    bool keep_delay = false;
+    bool keep_tail = false;  // let the effect's responses ring out after the input's end
     bool threaded = false;
-    bool replaceOutput = false;
+    bool replace_output = false;
 };
 
 /** Render a file through the filter of `plugin` into another.

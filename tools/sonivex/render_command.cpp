@@ -50,9 +50,9 @@ CLI::Validator finiteFrom(double lowest, double highest = std::numeric_limits<do
     return CLI::Validator(
         [lowest, highest, range](const std::string& text) {
             double number = 0.0;
-            const bool isGood = CLI::detail::lexical_cast(text, number) && std::isfinite(number) &&
-                                number >= lowest && number <= highest;
-            return isGood ? std::string() : range;
+            const bool is_good = CLI::detail::lexical_cast(text, number) && std::isfinite(number) &&
+                                 number >= lowest && number <= highest;
+            return is_good ? std::string() : range;
         },
         "", "finite");
 }
@@ -75,35 +75,35 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
         ->option_text("NUMBER")
         ->check(finiteFrom(1.0, kHighestVoice))
         ->group(effects);
-    command.add_option("--type", settings.options.surroundType, "surround: 3DSurround or MegaBass")
+    command.add_option("--type", settings.options.surround_type, "surround: 3DSurround or MegaBass")
         ->option_text("NAME")
         ->check(CLI::IsMember({"3DSurround", "MegaBass"}))
         ->group(effects);
-    command.add_option("--mode", settings.options.surroundMode, "surround: mode of MegaBass, 1 to 3")
+    command.add_option("--mode", settings.options.surround_mode, "surround: mode of MegaBass, 1 to 3")
         ->option_text("NUMBER")
         ->check(CLI::Range(1, 3))
         ->group(effects);
-    command.add_flag("--no-limiter", settings.options.noLimiter, "surround: clip instead of limiting")
+    command.add_flag("--no-limiter", settings.options.no_limiter, "surround: clip instead of limiting")
         ->group(effects);
     command
-        .add_flag("--tail", settings.keepTail,
+        .add_flag("--tail", settings.keep_tail,
                   "surround: let the room fade after IN's end; OUT is longer\nby the responses' length")
         ->group(effects);
     command
-        .add_option("--fps", settings.videoFps,
+        .add_option("--fps", settings.video_fps,
                     "Frame rate of the video beside the sound: the filter stands\n"
                     "aside when it is too high, or the work too slow for it")
         ->option_text("NUMBER")
         ->check(finiteFrom(0.0))
         ->group(effects);
-    command.add_option("--speed", settings.playbackSpeed, "Playback speed to tell the filter, 1 = normal")
+    command.add_option("--speed", settings.playback_speed, "Playback speed to tell the filter, 1 = normal")
         ->option_text("NUMBER")
         ->check(finiteFrom(0.0))
         ->group(effects);
 
     const std::string way = "Input and filter";
     command
-        .add_option("--stream", settings.streamNumber,
+        .add_option("--stream", settings.stream_number,
                     "Which of IN's audio streams; the first is 0 (default)")
         ->option_text("N")
         ->check(CLI::Range(0, 9999))
@@ -115,14 +115,14 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
         ->option_text("FILE")
         ->group(way);
     command
-        .add_option("--frame-size", settings.callFrames,
+        .add_option("--frame-size", settings.call_frames,
                     "Samples per channel in each call of the filter, 1 to 4096\n"
                     "(default 1024); from 64 with --threaded")
         ->option_text("N")
         ->check(CLI::Range(1, kLongestCallFrames))
         ->group(way);
     command
-        .add_flag("--raw-latency", settings.keepDelay,
+        .add_flag("--raw-latency", settings.keep_delay,
                   "Keep the filter's start-up delay; OUT is longer by it")
         ->group(way);
     command
@@ -133,7 +133,7 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
         ->group(way);
 
     command
-        .add_option("--flush-at", settings.flushAt_s,
+        .add_option("--flush-at", settings.flush_at_s,
                     "Flush the filter there, in seconds of IN, as a player does\n"
                     "when it seeks; may be given more than once")
         ->option_text("SECONDS")
@@ -141,7 +141,7 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
         ->check(finiteFrom(0.0, kLatestFlush_s))
         ->group(way);
     command
-        .add_option("--dump", settings.dumpFolder,
+        .add_option("--dump", settings.dump_folder,
                     "Write the 16-bit PCM around the effect to files in this\n"
                     "folder, for `sonivex inspect`")
         ->option_text("FOLDER")
@@ -153,7 +153,7 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
         ->group(way);
 
     const std::string output = "Output and messages";
-    command.add_flag("--force,-f", settings.replaceOutput, "Replace OUT if it exists")->group(output);
+    command.add_flag("--force,-f", settings.replace_output, "Replace OUT if it exists")->group(output);
     command.add_flag("--json", choices.json, "Print the summary as one JSON object")->group(output);
     command.add_flag("--quiet,-q", choices.quiet, "Say nothing but errors (--json still prints)")
         ->group(output);
@@ -164,8 +164,8 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
 
 void run(RenderChoices& choices) {
     choices.settings.effect = findEffect(choices.effect);
-    choices.settings.options.dump = !choices.settings.dumpFolder.empty();
-    if (choices.settings.keepTail && choices.effect != "surround") {
+    choices.settings.options.dump = !choices.settings.dump_folder.empty();
+    if (choices.settings.keep_tail && choices.effect != "surround") {
         throw Failure(ExitCode::Usage,
                       "--tail is for --effect surround: nothing else sounds on after the end");
     }

@@ -31,7 +31,7 @@ std::string sampleFormatName(AVSampleFormat format) {
 }
 
 std::string fileText(const FileReport& file) {
-    return file.path + " (" + file.codec + ", " + std::to_string(file.spec.rateHz) + " Hz, " +
+    return file.path + " (" + file.codec + ", " + std::to_string(file.spec.rate_hz) + " Hz, " +
            layoutName(file.spec.layout) + ")";
 }
 
@@ -49,7 +49,7 @@ std::string changeText(const std::optional<double>& before, const std::optional<
 }
 
 std::string dumpText(const RenderReport& report) {
-    std::string text = "in " + report.dumpFolder + ": ";
+    std::string text = "in " + report.dump_folder + ": ";
     for (size_t i = 0; i < report.dumps.size(); ++i) text += (i == 0 ? "" : ", ") + report.dumps[i];
     return text;
 }
@@ -64,48 +64,49 @@ Json fileJson(const FileReport& file) {
         {"format", file.format},
         {"codec", file.codec},
         {"sample_format", sampleFormatName(file.spec.format)},
-        {"sample_rate_hz", file.spec.rateHz},
+        {"sample_rate_hz", file.spec.rate_hz},
         {"channels", file.spec.channels()},
         {"channel_layout", layoutName(file.spec.layout)},
         {"frames", file.frames},
-        {"integrated_lufs", orNull(file.loudness.integratedLufs)},
-        {"sample_peak_dbfs", orNull(file.loudness.samplePeakDbfs)},
+        {"integrated_lufs", orNull(file.loudness.integrated_lufs)},
+        {"sample_peak_dbfs", orNull(file.loudness.sample_peak_dbfs)},
     };
 }
 
 }  // namespace
 
 double RenderReport::lengthSeconds() const {
-    return static_cast<double>(output.frames) / static_cast<double>(output.spec.rateHz);
+    return static_cast<double>(output.frames) / static_cast<double>(output.spec.rate_hz);
 }
 
 double RenderReport::timesRealTime() const {
-    return elapsedSeconds > 0.0 ? lengthSeconds() / elapsedSeconds : 0.0;
+    return elapsed_seconds > 0.0 ? lengthSeconds() / elapsed_seconds : 0.0;
 }
 
 std::vector<std::string> remarks(const RenderReport& report) {
     std::vector<std::string> lines;
-    if (report.decodeErrors > 0) {
-        lines.push_back(report.input.path + ": damaged, " + std::to_string(report.decodeErrors) +
+    if (report.decode_errors > 0) {
+        lines.push_back(report.input.path + ": damaged, " + std::to_string(report.decode_errors) +
                         " decoding errors");
     }
     if (report.dropped > 0) {
         lines.push_back("the filter gave up " + std::to_string(report.dropped) + " calls; " +
-                        std::to_string(report.silentFillFrames) + " frames of silence stand in their place");
+                        std::to_string(report.silent_fill_frames) +
+                        " frames of silence stand in their place");
     }
     if (report.bypassed > 0 && report.bypassed < report.pushed) {
         std::string line =
             "the filter took too long and let " + std::to_string(report.bypassed) + " calls pass untouched";
         // What passes untouched is not delayed, while its neighbours are.
-        if (report.delayFrames > 0)
-            line += "; they stand " + std::to_string(report.delayFrames) + " frames early";
+        if (report.delay_frames > 0)
+            line += "; they stand " + std::to_string(report.delay_frames) + " frames early";
         lines.push_back(line);
     }
-    if (!report.dumpFolder.empty() && report.dumps.empty())
-        lines.push_back(report.dumpFolder + ": nothing was dumped (--verbose shows the filter's log)");
-    if (!report.dumps.empty() && report.dumpBytesMissing > 0) {
-        lines.push_back(report.dumpFolder + ": the dump is incomplete, " +
-                        std::to_string(report.dumpBytesMissing) +
+    if (!report.dump_folder.empty() && report.dumps.empty())
+        lines.push_back(report.dump_folder + ": nothing was dumped (--verbose shows the filter's log)");
+    if (!report.dumps.empty() && report.dump_bytes_missing > 0) {
+        lines.push_back(report.dump_folder + ": the dump is incomplete, " +
+                        std::to_string(report.dump_bytes_missing) +
                         " bytes are missing (--verbose shows the filter's log)");
     }
     return lines;
@@ -118,19 +119,19 @@ std::string asText(const RenderReport& report) {
     text += line("Effect", report.effect);
     text += line("Length", fixed(report.lengthSeconds(), 3) + " s, rendered " +
                                fixed(report.timesRealTime(), 0) + " times faster than real time");
-    text += line("Loudness", changeText(report.input.loudness.integratedLufs,
-                                        report.output.loudness.integratedLufs, "LUFS", "none to measure"));
-    text += line("Sample peak", changeText(report.input.loudness.samplePeakDbfs,
-                                           report.output.loudness.samplePeakDbfs, "dBFS", "silence"));
-    if (report.delayFrames > 0) {
-        text += line("Delay", std::to_string(report.delayFrames) + " frames, " +
-                                  (report.delayIsRemoved ? "removed" : "kept"));
+    text += line("Loudness", changeText(report.input.loudness.integrated_lufs,
+                                        report.output.loudness.integrated_lufs, "LUFS", "none to measure"));
+    text += line("Sample peak", changeText(report.input.loudness.sample_peak_dbfs,
+                                           report.output.loudness.sample_peak_dbfs, "dBFS", "silence"));
+    if (report.delay_frames > 0) {
+        text += line("Delay", std::to_string(report.delay_frames) + " frames, " +
+                                  (report.delay_is_removed ? "removed" : "kept"));
     }
     text +=
         line("Calls", std::to_string(report.pushed) + " of the filter, " + std::to_string(report.dropped) +
                           " dropped, " + std::to_string(report.bypassed) + " bypassed");
     if (!report.dumps.empty()) text += line("Dumped", dumpText(report));
-    if (report.decodeErrors > 0) text += line("Decoding", std::to_string(report.decodeErrors) + " errors");
+    if (report.decode_errors > 0) text += line("Decoding", std::to_string(report.decode_errors) + " errors");
     return text;
 }
 
@@ -140,17 +141,17 @@ std::string asJson(const RenderReport& report) {
         {"output", fileJson(report.output)},
         {"effect", report.effect},
         {"length_seconds", report.lengthSeconds()},
-        {"elapsed_seconds", report.elapsedSeconds},
+        {"elapsed_seconds", report.elapsed_seconds},
         {"times_real_time", report.timesRealTime()},
-        {"delay_frames", report.delayFrames},
-        {"delay_removed", report.delayIsRemoved},
-        {"decode_errors", report.decodeErrors},
+        {"delay_frames", report.delay_frames},
+        {"delay_removed", report.delay_is_removed},
+        {"decode_errors", report.decode_errors},
         {"frames_pushed", report.pushed},
         {"frames_dropped", report.dropped},
         {"frames_bypassed", report.bypassed},
-        {"frames_filled_with_silence", report.silentFillFrames},
+        {"frames_filled_with_silence", report.silent_fill_frames},
         {"flushes", report.flushes},
-        {"dump_folder", report.dumpFolder.empty() ? Json(nullptr) : Json(report.dumpFolder)},
+        {"dump_folder", report.dump_folder.empty() ? Json(nullptr) : Json(report.dump_folder)},
         {"dump_files", report.dumps},
         {"notes", report.notes},
     };

@@ -16,7 +16,7 @@ constexpr int64_t kHeadphoneFrames = 6000;
 
 int64_t responseTailFrames(const Effect& effect, const FilterOptions& options, int channels) {
     if (effect.name != "surround") return 0;
-    if (options.surroundType == "MegaBass") return kLoudspeakerFrames + kHeadphoneFrames - 1;
+    if (options.surround_type == "MegaBass") return kLoudspeakerFrames + kHeadphoneFrames - 1;
     if (channels == 8) return kSevenOneFrames;
     if (channels == 6) return kFiveOneFrames;
     return kStereoFrames;

@@ -61,9 +61,9 @@ double slopeOf(std::span<const double> y) {
 }
 
 std::optional<double> reverberation_s(std::span<const double> gains, std::size_t arrival, int rate_hz,
-                                      double fadedPart) {
+                                      double faded_part) {
     const std::vector<double> heard = highPass(gains, kRoomFrom_hz, rate_hz);
-    const auto end = static_cast<std::size_t>((1.0 - fadedPart) * static_cast<double>(gains.size()));
+    const auto end = static_cast<std::size_t>((1.0 - faded_part) * static_cast<double>(gains.size()));
     const auto step = static_cast<std::size_t>(std::lround(kStep_s * rate_hz));
     std::vector<double> levels_db;
     for (std::size_t n = arrival + static_cast<std::size_t>(std::lround(kRoomFrom_s * rate_hz));
@@ -74,14 +74,14 @@ std::optional<double> reverberation_s(std::span<const double> gains, std::size_t
         levels_db.push_back(decibels(energy));
     }
     if (levels_db.size() < kFewestSteps) return std::nullopt;
-    const double slope_dbPerSecond = slopeOf(levels_db) * rate_hz / static_cast<double>(step);
-    if (slope_dbPerSecond >= 0.0) return std::nullopt;
-    return -60.0 / slope_dbPerSecond;
+    const double slope_db_per_second = slopeOf(levels_db) * rate_hz / static_cast<double>(step);
+    if (slope_db_per_second >= 0.0) return std::nullopt;
+    return -60.0 / slope_db_per_second;
 }
 
 }  // namespace
 
-ResponseMeasures measureResponse(std::span<const double> gains, int rate_hz, double fadedPart) {
+ResponseMeasures measureResponse(std::span<const double> gains, int rate_hz, double faded_part) {
     ResponseMeasures measures;
     double energy = 0.0;
     for (const double gain : gains) {
@@ -93,7 +93,7 @@ ResponseMeasures measureResponse(std::span<const double> gains, int rate_hz, dou
     while (std::abs(gains[measures.arrival_samples]) < kArrivalPart * measures.peak)
         ++measures.arrival_samples;
     measures.arrival_ms = static_cast<double>(measures.arrival_samples) / rate_hz * 1000.0;
-    measures.reverberation_s = reverberation_s(gains, measures.arrival_samples, rate_hz, fadedPart);
+    measures.reverberation_s = reverberation_s(gains, measures.arrival_samples, rate_hz, faded_part);
     return measures;
 }
 
@@ -115,14 +115,14 @@ std::vector<SpectrumPoint> magnitude(std::span<const double> gains, int rate_hz)
     std::vector<std::complex<double>> bins(std::bit_ceil(2 * std::max<std::size_t>(gains.size(), 4096)));
     std::copy(gains.begin(), gains.end(), bins.begin());
     Fourier(bins.size()).transform(bins);
-    const double bins_perHz = static_cast<double>(bins.size()) / rate_hz;
-    const double halfBand = std::exp2(kAveragedOctaves / 2.0);
+    const double bins_per_hz = static_cast<double>(bins.size()) / rate_hz;
+    const double half_band = std::exp2(kAveragedOctaves / 2.0);
     std::vector<SpectrumPoint> points;
     for (int i = 0;; ++i) {
         const double frequency_hz = kLowest_hz * std::exp2(i / kPointsPerOctave);
-        if (frequency_hz > std::min(kHighest_hz, rate_hz / 2.0 / halfBand)) break;
-        const auto first = static_cast<std::size_t>(std::lround(frequency_hz / halfBand * bins_perHz));
-        const auto last = static_cast<std::size_t>(std::lround(frequency_hz * halfBand * bins_perHz));
+        if (frequency_hz > std::min(kHighest_hz, rate_hz / 2.0 / half_band)) break;
+        const auto first = static_cast<std::size_t>(std::lround(frequency_hz / half_band * bins_per_hz));
+        const auto last = static_cast<std::size_t>(std::lround(frequency_hz * half_band * bins_per_hz));
         double power = 0.0;
         for (std::size_t k = first; k <= last; ++k) power += std::norm(bins[k]);
         points.push_back({frequency_hz, decibels(power / static_cast<double>(last - first + 1))});

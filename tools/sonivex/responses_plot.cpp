@@ -25,7 +25,7 @@ struct Colour {
 constexpr Colour kInk{0.13, 0.13, 0.15};
 constexpr Colour kGrid{0.87, 0.87, 0.89};
 constexpr Colour kZero{0.60, 0.60, 0.64};
-/* Apart for colour-blind eyes as well (Okabe & Ito 2008). */
+// Apart for colour-blind eyes as well (Okabe & Ito 2008).
 constexpr std::array<Colour, 2> kEarColours{Colour{0.00, 0.45, 0.70}, Colour{0.90, 0.45, 0.00}};
 
 constexpr double kLeftMargin = 95.0;
@@ -51,14 +51,14 @@ struct Tick {
 
 struct Axis {
     double low, high;
-    bool isLogarithmic = false;
+    bool is_logarithmic = false;
     std::string label;
     std::vector<Tick> ticks;
-    std::vector<double> minorTicks = {};
+    std::vector<double> minor_ticks = {};
 
     /** 0 at the low end, 1 at the high end. */
     double place(double value) const {
-        if (isLogarithmic) return std::log(value / low) / std::log(high / low);
+        if (is_logarithmic) return std::log(value / low) / std::log(high / low);
         return (value - low) / (high - low);
     }
 };
@@ -98,13 +98,13 @@ Axis linearAxis(double low, double high, double step, const std::string& label) 
 }
 
 Axis frequencyAxis() {
-    Axis axis{.low = 20.0, .high = 20000.0, .isLogarithmic = true, .label = "frequency (Hz)", .ticks = {}};
+    Axis axis{.low = 20.0, .high = 20000.0, .is_logarithmic = true, .label = "frequency (Hz)", .ticks = {}};
     axis.ticks = {{20.0, "20"},   {50.0, "50"},   {100.0, "100"}, {200.0, "200"},   {500.0, "500"},
                   {1000.0, "1k"}, {2000.0, "2k"}, {5000.0, "5k"}, {10000.0, "10k"}, {20000.0, "20k"}};
     for (const double decade : {10.0, 100.0, 1000.0, 10000.0}) {
         for (int i = 1; i < 10; ++i) {
             const double value = decade * i;
-            if (value > axis.low && value < axis.high) axis.minorTicks.push_back(value);
+            if (value > axis.low && value < axis.high) axis.minor_ticks.push_back(value);
         }
     }
     return axis;
@@ -114,74 +114,74 @@ Axis frequencyAxis() {
 class Panel {
   public:
     Panel(cairo_t* context, int number, const std::string& title, Axis x, Axis y)
-        : mContext(context), mTop(kFirstPanelTop + number * kPanelPitch), mX(std::move(x)), mY(std::move(y)) {
+        : context_(context), top_(kFirstPanelTop + number * kPanelPitch), x_(std::move(x)), y_(std::move(y)) {
         drawGrid();
-        text(title, kLeftMargin, mTop - 12.0, 0.0);
-        text(mX.label, kLeftMargin + kWidth / 2.0, mTop + kPanelHeight + 52.0, 0.5);
-        cairo_save(mContext);
-        cairo_translate(mContext, 28.0, mTop + kPanelHeight / 2.0);
-        cairo_rotate(mContext, -std::acos(0.0));
-        text(mY.label, 0.0, 0.0, 0.5);
-        cairo_restore(mContext);
+        text(title, kLeftMargin, top_ - 12.0, 0.0);
+        text(x_.label, kLeftMargin + kWidth / 2.0, top_ + kPanelHeight + 52.0, 0.5);
+        cairo_save(context_);
+        cairo_translate(context_, 28.0, top_ + kPanelHeight / 2.0);
+        cairo_rotate(context_, -std::acos(0.0));
+        text(y_.label, 0.0, 0.0, 0.5);
+        cairo_restore(context_);
     }
 
     void draw(const Curve& curve, const Colour& colour) {
-        cairo_save(mContext);
-        cairo_rectangle(mContext, kLeftMargin, mTop, kWidth, kPanelHeight);
-        cairo_clip(mContext);
-        for (const Point& point : curve) cairo_line_to(mContext, across(point.x), down(point.y));
+        cairo_save(context_);
+        cairo_rectangle(context_, kLeftMargin, top_, kWidth, kPanelHeight);
+        cairo_clip(context_);
+        for (const Point& point : curve) cairo_line_to(context_, across(point.x), down(point.y));
         stroke(colour, 1.8);
-        cairo_restore(mContext);
+        cairo_restore(context_);
     }
 
   private:
     static constexpr double kWidth = kPlotWidth - kLeftMargin - kRightMargin;
 
-    double across(double x) const { return kLeftMargin + kWidth * mX.place(x); }
-    double down(double y) const { return mTop + kPanelHeight * (1.0 - mY.place(y)); }
+    double across(double x) const { return kLeftMargin + kWidth * x_.place(x); }
+    double down(double y) const { return top_ + kPanelHeight * (1.0 - y_.place(y)); }
 
     void stroke(const Colour& colour, double width) {
-        cairo_set_source_rgb(mContext, colour.red, colour.green, colour.blue);
-        cairo_set_line_width(mContext, width);
-        cairo_set_line_join(mContext, CAIRO_LINE_JOIN_ROUND);
-        cairo_stroke(mContext);
+        cairo_set_source_rgb(context_, colour.red, colour.green, colour.blue);
+        cairo_set_line_width(context_, width);
+        cairo_set_line_join(context_, CAIRO_LINE_JOIN_ROUND);
+        cairo_stroke(context_);
     }
 
     /** @param anchor part of the text's width that lies left of x. */
     void text(const std::string& words, double x, double y, double anchor) {
         cairo_text_extents_t extents;
-        cairo_text_extents(mContext, words.c_str(), &extents);
-        cairo_set_source_rgb(mContext, kInk.red, kInk.green, kInk.blue);
-        cairo_move_to(mContext, x - anchor * extents.x_advance, y);
-        cairo_show_text(mContext, words.c_str());
+        cairo_text_extents(context_, words.c_str(), &extents);
+        cairo_set_source_rgb(context_, kInk.red, kInk.green, kInk.blue);
+        cairo_move_to(context_, x - anchor * extents.x_advance, y);
+        cairo_show_text(context_, words.c_str());
     }
 
     void verticalLine(double value, const Colour& colour) {
-        cairo_move_to(mContext, across(value), mTop);
-        cairo_line_to(mContext, across(value), mTop + kPanelHeight);
+        cairo_move_to(context_, across(value), top_);
+        cairo_line_to(context_, across(value), top_ + kPanelHeight);
         stroke(colour, 1.0);
     }
 
     void drawGrid() {
-        for (const double value : mX.minorTicks) verticalLine(value, kGrid);
-        for (const Tick& tick : mX.ticks) {
+        for (const double value : x_.minor_ticks) verticalLine(value, kGrid);
+        for (const Tick& tick : x_.ticks) {
             verticalLine(tick.value, kGrid);
-            text(tick.label, across(tick.value), mTop + kPanelHeight + 25.0, 0.5);
+            text(tick.label, across(tick.value), top_ + kPanelHeight + 25.0, 0.5);
         }
-        for (const Tick& tick : mY.ticks) {
-            cairo_move_to(mContext, kLeftMargin, down(tick.value));
-            cairo_line_to(mContext, kLeftMargin + kWidth, down(tick.value));
+        for (const Tick& tick : y_.ticks) {
+            cairo_move_to(context_, kLeftMargin, down(tick.value));
+            cairo_line_to(context_, kLeftMargin + kWidth, down(tick.value));
             stroke(tick.value == 0.0 ? kZero : kGrid, 1.0);
             text(tick.label, kLeftMargin - 10.0, down(tick.value) + 6.0, 1.0);
         }
-        cairo_rectangle(mContext, kLeftMargin, mTop, kWidth, kPanelHeight);
+        cairo_rectangle(context_, kLeftMargin, top_, kWidth, kPanelHeight);
         stroke(kZero, 1.2);
     }
 
-    cairo_t* mContext;
-    double mTop;
-    Axis mX;
-    Axis mY;
+    cairo_t* context_;
+    double top_;
+    Axis x_;
+    Axis y_;
 };
 
 using Ears = std::array<std::vector<double>, 2>;
@@ -194,8 +194,8 @@ void drawHeading(cairo_t* context, const ResponseSet& set, int source, const Res
                     (set.name + ", source " + std::to_string(source) + " (" + set.use + ")").c_str());
     cairo_set_font_size(context, kTextSize);
     double x = kPlotWidth - kRightMargin - 330.0;
-    const bool isShared = isSharedByBothEars(tables);
-    for (std::size_t ear = 0; ear < (isShared ? 1 : 2); ++ear) {
+    const bool is_shared = isSharedByBothEars(tables);
+    for (std::size_t ear = 0; ear < (is_shared ? 1 : 2); ++ear) {
         const Colour& colour = kEarColours.at(ear);
         cairo_set_source_rgb(context, colour.red, colour.green, colour.blue);
         cairo_set_line_width(context, 4.0);
@@ -204,7 +204,7 @@ void drawHeading(cairo_t* context, const ResponseSet& set, int source, const Res
         cairo_line_to(context, x + 40.0, y);
         cairo_stroke(context);
         const ResponseTable& table = ear == 0 ? tables.left : tables.right;
-        const char* const whose = isShared ? "both ears: " : ear == 0 ? "left ear: " : "right ear: ";
+        const char* const whose = is_shared ? "both ears: " : ear == 0 ? "left ear: " : "right ear: ";
         cairo_set_source_rgb(context, kInk.red, kInk.green, kInk.blue);
         cairo_move_to(context, x + 52.0, y + 6.0);
         cairo_show_text(context, (whose + table.name).c_str());
@@ -260,7 +260,7 @@ void drawDecays(cairo_t* context, const Ears& ears, const ResponseSet& set) {
             curves.at(ear).push_back({static_cast<double>(n) / set.rate_hz * 1000.0, decay[n]});
         }
         length_ms = std::max(length_ms, static_cast<double>(ears.at(ear).size()) / set.rate_hz * 1000.0);
-        const auto time_s = measureResponse(ears.at(ear), set.rate_hz, set.fadedPart).reverberation_s;
+        const auto time_s = measureResponse(ears.at(ear), set.rate_hz, set.faded_part).reverberation_s;
         title += ear == 0 ? "; reverberation time left " : ", right ";
         title += time_s ? number(*time_s, 3) + " s" : "none";
     }

@@ -43,7 +43,7 @@ std::string responsesText(const ResponseChoice& choice) {
         forEachTable(*chosen, choice.source,
                      [&](const ResponseSet& set, int source, const char* ear, const ResponseTable& table) {
                          const ResponseMeasures measures =
-                             measureResponse(gainsOf(table, set), set.rate_hz, set.fadedPart);
+                             measureResponse(gainsOf(table, set), set.rate_hz, set.faded_part);
                          std::array<char, 32> reverberation{"-"};
                          if (measures.reverberation_s) {
                              (void)std::snprintf(reverberation.data(), reverberation.size(), "%.3f s",
@@ -68,7 +68,7 @@ std::string responsesJson(const ResponseChoice& choice) {
         forEachTable(*chosen, choice.source,
                      [&](const ResponseSet& set, int source, const char* ear, const ResponseTable& table) {
                          const ResponseMeasures measures =
-                             measureResponse(gainsOf(table, set), set.rate_hz, set.fadedPart);
+                             measureResponse(gainsOf(table, set), set.rate_hz, set.faded_part);
                          array.push_back(
                              {{"set", set.name},
                               {"table", table.name},

@@ -11,7 +11,7 @@ namespace sonivex_tool {
 /** Which tables to list. */
 struct ResponseChoice {
     std::vector<const ResponseSet*> sets;
-    std::optional<int> source;  ///< from 1; all if there is none
+    std::optional<int> source;  // from 1; all if there is none
 };
 
 /** For people: a table for each set, with the last newline. */

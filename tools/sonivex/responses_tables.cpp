@@ -16,18 +16,18 @@ constexpr double kLoudspeakersFade = 0.3;
 
 /** Tables in the order of table_list.h: left ear before right. */
 ResponseSet makeSet(const std::string& name, const std::string& use, const std::vector<ResponseTable>& tables,
-                    double divisor = kLoudspeakersDivisor, double fadedPart = kLoudspeakersFade) {
+                    double divisor = kLoudspeakersDivisor, double faded_part = kLoudspeakersFade) {
     ResponseSet set{.name = name,
                     .use = use,
                     .rate_hz = 48000,
                     .divisor = divisor,
-                    .fadedPart = fadedPart,
+                    .faded_part = faded_part,
                     .sources = {}};
     for (std::size_t i = 0; i + 1 < tables.size(); i += 2) set.sources.push_back({tables[i], tables[i + 1]});
     return set;
 }
 
-/* Ends with a comma, for lists. */
+// Ends with a comma, for lists.
 #define SONIVEX_RESPONSE_TABLE(name) ResponseTable{#name, k_##name},
 
 std::vector<ResponseSet> makeSets() {

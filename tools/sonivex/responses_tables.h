@@ -26,11 +26,11 @@ inline bool isSharedByBothEars(const ResponseSource& source) {
 
 /** The responses of one loudspeaker layout in one room. */
 struct ResponseSet {
-    std::string name;  ///< as on the command line
-    std::string use;   ///< what the effect uses it for
+    std::string name;  // as on the command line
+    std::string use;   // what the effect uses it for
     int rate_hz = 48000;
-    double divisor = 1.0;    ///< one sample is gain * divisor
-    double fadedPart = 0.0;  ///< of a table's length, at its end
+    double divisor = 1.0;     // one sample is gain * divisor
+    double faded_part = 0.0;  // of a table's length, at its end
     std::vector<ResponseSource> sources;
 };
 

@@ -11,7 +11,7 @@
 
 namespace sonivex_tool {
 
-ResultStream::ResultStream(Prints prints) : mDescriptor(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)) {
+ResultStream::ResultStream(Prints prints) : descriptor_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)) {
     (void)std::fflush(stdout);
     int target = -1;
     if (prints == Prints::ToStandardError) target = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
@@ -24,13 +24,13 @@ ResultStream::ResultStream(Prints prints) : mDescriptor(fcntl(STDOUT_FILENO, F_D
 
 ResultStream::~ResultStream() {
     (void)std::fflush(stdout);
-    if (mDescriptor >= 0) close(mDescriptor);
+    if (descriptor_ >= 0) close(descriptor_);
 }
 
 void ResultStream::write(const std::string& text) {
     size_t written = 0;
     while (written < text.size()) {
-        const ssize_t count = ::write(mDescriptor, text.data() + written, text.size() - written);
+        const ssize_t count = ::write(descriptor_, text.data() + written, text.size() - written);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) {
             throw Failure(ExitCode::Internal,

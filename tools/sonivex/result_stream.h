@@ -22,7 +22,7 @@ class ResultStream {
     void write(const std::string& text);
 
   private:
-    int mDescriptor;
+    int descriptor_;
 };
 
 }  // namespace sonivex_tool

@@ -38,7 +38,7 @@ struct SpeechChoices {
 
 struct Stereo {
     int rate_hz = 0;
-    std::vector<float> samples;  ///< interleaved
+    std::vector<float> samples;  // interleaved
 };
 
 Stereo readStereo(const std::string& path) {
@@ -51,7 +51,7 @@ Stereo readStereo(const std::string& path) {
     spec.format = AV_SAMPLE_FMT_FLT;
     FormatConverter converter(spec);
     Stereo stereo;
-    stereo.rate_hz = spec.rateHz;
+    stereo.rate_hz = spec.rate_hz;
     const auto append = [&](const FramePtr& frame) {
         if (frame == nullptr) return;
         const auto* samples = reinterpret_cast<const float*>(frame->extended_data[0]);
@@ -62,8 +62,8 @@ Stereo readStereo(const std::string& path) {
         append(converter.convert(std::move(frame)));
     }
     append(converter.flush());
-    const auto isFinite = [](float sample) { return std::isfinite(sample); };
-    if (!std::all_of(stereo.samples.begin(), stereo.samples.end(), isFinite))
+    const auto is_finite = [](float sample) { return std::isfinite(sample); };
+    if (!std::all_of(stereo.samples.begin(), stereo.samples.end(), is_finite))
         throw Failure(ExitCode::NoAudio, path + ": holds samples that are not finite");
     return stereo;
 }

@@ -27,14 +27,14 @@ class BandPass {
     BandPass(double centre_hz, double rate_hz) {
         const double turn = 2.0 * std::numbers::pi * centre_hz / rate_hz;
         const double width = std::sin(turn) / (2.0 * kSectionQ);
-        mGain = width / (1.0 + width);
-        mBack1 = 2.0 * std::cos(turn) / (1.0 + width);
-        mBack2 = -(1.0 - width) / (1.0 + width);
+        gain_ = width / (1.0 + width);
+        back1_ = 2.0 * std::cos(turn) / (1.0 + width);
+        back2_ = -(1.0 - width) / (1.0 + width);
     }
 
     double next(double x) {
-        for (Section& section : mSections) {
-            const double y = mGain * (x - section.x2) + mBack1 * section.y1 + mBack2 * section.y2;
+        for (Section& section : sections_) {
+            const double y = gain_ * (x - section.x2) + back1_ * section.y1 + back2_ * section.y2;
             section = {x, section.x1, y, section.y1};
             x = y;
         }
@@ -45,10 +45,10 @@ class BandPass {
     struct Section {
         double x1 = 0.0, x2 = 0.0, y1 = 0.0, y2 = 0.0;
     };
-    double mGain;
-    double mBack1;
-    double mBack2;
-    std::array<Section, 2> mSections;
+    double gain_;
+    double back1_;
+    double back2_;
+    std::array<Section, 2> sections_;
 };
 
 /** Products of the three sounds, summed over a tile. */
@@ -56,37 +56,37 @@ struct Tile {
     double speech2 = 0.0;
     double background2 = 0.0;
     double output2 = 0.0;
-    double speechBackground = 0.0;
-    double speechOutput = 0.0;
-    double backgroundOutput = 0.0;
+    double speech_background = 0.0;
+    double speech_output = 0.0;
+    double background_output = 0.0;
 
     void add(double speech, double background, double output) {
         speech2 += speech * speech;
         background2 += background * background;
         output2 += output * output;
-        speechBackground += speech * background;
-        speechOutput += speech * output;
-        backgroundOutput += background * output;
+        speech_background += speech * background;
+        speech_output += speech * output;
+        background_output += background * output;
     }
 };
 
 /** Power of each sound, summed over tiles. */
 struct Powers {
-    double speechBefore = 0.0;
-    double backgroundBefore = 0.0;
-    double speechAfter = 0.0;
-    double backgroundAfter = 0.0;
+    double speech_before = 0.0;
+    double background_before = 0.0;
+    double speech_after = 0.0;
+    double background_after = 0.0;
     double output = 0.0;
     double residue = 0.0;
 
     void add(const Tile& tile) {
         const auto [a, b] = gains(tile);
-        speechBefore += tile.speech2;
-        backgroundBefore += tile.background2;
-        speechAfter += a * a * tile.speech2;
-        backgroundAfter += b * b * tile.background2;
+        speech_before += tile.speech2;
+        background_before += tile.background2;
+        speech_after += a * a * tile.speech2;
+        background_after += b * b * tile.background2;
         output += tile.output2;
-        residue += std::max(0.0, tile.output2 - a * tile.speechOutput - b * tile.backgroundOutput);
+        residue += std::max(0.0, tile.output2 - a * tile.speech_output - b * tile.background_output);
     }
 
   private:
@@ -98,17 +98,18 @@ struct Powers {
     /** The least squares fit; what is silent, or cannot be told from the other, has gain 0. */
     static Gains gains(const Tile& tile) {
         const double both = tile.speech2 * tile.background2;
-        if (tile.speechBackground * tile.speechBackground >= kGreatestLikeness * both) {
-            const bool isSpeech = tile.speech2 >= tile.background2;
-            const double own = isSpeech ? tile.speech2 : tile.background2;
+        if (tile.speech_background * tile.speech_background >= kGreatestLikeness * both) {
+            const bool is_speech = tile.speech2 >= tile.background2;
+            const double own = is_speech ? tile.speech2 : tile.background2;
             if (own <= 0.0) return {};
-            return isSpeech ? Gains{tile.speechOutput / own, 0.0} : Gains{0.0, tile.backgroundOutput / own};
+            return is_speech ? Gains{tile.speech_output / own, 0.0}
+                             : Gains{0.0, tile.background_output / own};
         }
-        const double determinant = both - tile.speechBackground * tile.speechBackground;
-        return {
-            (tile.speechOutput * tile.background2 - tile.backgroundOutput * tile.speechBackground) /
-                determinant,
-            (tile.backgroundOutput * tile.speech2 - tile.speechOutput * tile.speechBackground) / determinant};
+        const double determinant = both - tile.speech_background * tile.speech_background;
+        return {(tile.speech_output * tile.background2 - tile.background_output * tile.speech_background) /
+                    determinant,
+                (tile.background_output * tile.speech2 - tile.speech_output * tile.speech_background) /
+                    determinant};
     }
 };
 
@@ -118,17 +119,17 @@ using Tiles = std::vector<Tile>;
 template <typename Sample>
 Tiles tilesOf(std::span<const Sample> speech, std::span<const Sample> background,
               std::span<const Sample> output, std::size_t channel, double centre_hz, int rate_hz,
-              std::size_t segmentFrames, std::size_t segments) {
-    BandPass ofSpeech(centre_hz, rate_hz);
-    BandPass ofBackground(centre_hz, rate_hz);
-    BandPass ofOutput(centre_hz, rate_hz);
+              std::size_t segment_frames, std::size_t segments) {
+    BandPass of_speech(centre_hz, rate_hz);
+    BandPass of_background(centre_hz, rate_hz);
+    BandPass of_output(centre_hz, rate_hz);
     Tiles tiles(segments);
     std::size_t at = channel;
     for (Tile& tile : tiles) {
-        for (std::size_t frame = 0; frame < segmentFrames; ++frame, at += kChannels) {
-            tile.add(ofSpeech.next(static_cast<double>(speech[at])),
-                     ofBackground.next(static_cast<double>(background[at])),
-                     ofOutput.next(static_cast<double>(output[at])));
+        for (std::size_t frame = 0; frame < segment_frames; ++frame, at += kChannels) {
+            tile.add(of_speech.next(static_cast<double>(speech[at])),
+                     of_background.next(static_cast<double>(background[at])),
+                     of_output.next(static_cast<double>(output[at])));
         }
     }
     return tiles;
@@ -139,16 +140,16 @@ template <typename Sample>
 std::vector<Tiles> tilesOfAllBands(std::span<const Sample> speech, std::span<const Sample> background,
                                    std::span<const Sample> output, int rate_hz) {
     const std::size_t frames = std::min({speech.size(), background.size(), output.size()}) / kChannels;
-    const auto segmentFrames = static_cast<std::size_t>(std::max(1.0, std::round(kSegment_s * rate_hz)));
-    const std::size_t segments = frames / segmentFrames;
+    const auto segment_frames = static_cast<std::size_t>(std::max(1.0, std::round(kSegment_s * rate_hz)));
+    const std::size_t segments = frames / segment_frames;
     std::vector<Tiles> bands;
     const double highest_hz = std::min(kHighestBand_hz, kHighestBandOfRate * rate_hz);
-    const double thirdOctave = std::cbrt(2.0);
-    for (double centre_hz = kLowestBand_hz * std::sqrt(thirdOctave); centre_hz < highest_hz;
-         centre_hz *= thirdOctave) {
+    const double third_octave = std::cbrt(2.0);
+    for (double centre_hz = kLowestBand_hz * std::sqrt(third_octave); centre_hz < highest_hz;
+         centre_hz *= third_octave) {
         for (std::size_t channel = 0; channel < kChannels; ++channel) {
             bands.push_back(
-                tilesOf(speech, background, output, channel, centre_hz, rate_hz, segmentFrames, segments));
+                tilesOf(speech, background, output, channel, centre_hz, rate_hz, segment_frames, segments));
         }
     }
     return bands;
@@ -197,12 +198,12 @@ SpeechRatio compare(std::span<const Sample> speech, std::span<const Sample> back
     const std::vector<Tiles> bands = tilesOfAllBands(speech, background, output, rate_hz);
     const std::vector<bool> active = activeSegments(bands, &Tile::speech2);
     const Powers powers = powersWhere(active, bands);
-    if (!isPower(powers.speechBefore) || !isPower(powers.backgroundBefore) || !isPower(powers.speechAfter) ||
-        !isPower(powers.backgroundAfter) || !isPower(powers.output))
+    if (!isPower(powers.speech_before) || !isPower(powers.background_before) ||
+        !isPower(powers.speech_after) || !isPower(powers.background_after) || !isPower(powers.output))
         return {};
     return {static_cast<std::size_t>(std::count(active.begin(), active.end(), true)),
-            decibels(powers.speechBefore / powers.backgroundBefore),
-            decibels(powers.speechAfter / powers.backgroundAfter), powers.residue / powers.output};
+            decibels(powers.speech_before / powers.background_before),
+            decibels(powers.speech_after / powers.background_after), powers.residue / powers.output};
 }
 
 }  // namespace
@@ -221,8 +222,8 @@ double ratioOfParts_db(std::span<const float> speech, std::span<const float> bac
                        std::span<const float> speaker, int rate_hz) {
     const std::vector<Tiles> bands = tilesOfAllBands(speech, background, speaker, rate_hz);
     const Powers powers = powersWhere(activeSegments(bands, &Tile::output2), bands);
-    if (!isPower(powers.speechBefore) || !isPower(powers.backgroundBefore)) return 0.0;
-    return decibels(powers.speechBefore / powers.backgroundBefore);
+    if (!isPower(powers.speech_before) || !isPower(powers.background_before)) return 0.0;
+    return decibels(powers.speech_before / powers.background_before);
 }
 
 }  // namespace sonivex_tool

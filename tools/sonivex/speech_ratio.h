@@ -6,24 +6,23 @@
 
 namespace sonivex_tool {
 
-/* How loud speech is against its background, before and after an effect that changes both over time and
- * frequency, when what was mixed is known.
- *
- *   speech, background and output are cut into third octaves from 200 to 4000 Hz and segments of 100 ms;
- *   in each tile, for each channel:   output ~ a * speech + b * background   (least squares)
- *   before = sum of speech^2 / sum of background^2
- *   after  = sum of (a * speech)^2 / sum of (b * background)^2
- *
- * over the tiles of those segments in which somebody speaks. What an effect does to both alike cancels out.
- */
+// How loud speech is against its background, before and after an effect that changes both over time and
+// frequency, when what was mixed is known.
+//
+//   speech, background and output are cut into third octaves from 200 to 4000 Hz and segments of 100 ms;
+//   in each tile, for each channel:   output ~ a * speech + b * background   (least squares)
+//   before = sum of speech^2 / sum of background^2
+//   after  = sum of (a * speech)^2 / sum of (b * background)^2
+//
+// over the tiles of those segments in which somebody speaks. What an effect does to both alike cancels out.
 
 /** Speech against background in the band of speech. Without speech, background or either in the output, or
  * with samples that are no numbers, all is 0.
  */
 struct SpeechRatio {
-    std::size_t segments = 0;  ///< in which somebody speaks
-    double before_db = 0.0;    ///< power of speech over that of the background in the mix
-    double after_db = 0.0;     ///< the same in the output
+    std::size_t segments = 0;  // in which somebody speaks
+    double before_db = 0.0;    // power of speech over that of the background in the mix
+    double after_db = 0.0;     // the same in the output
     /** Share of the output's power, 0 to 1, that is neither of the two at any level: misalignment,
      * distortion, change of gain within a tile. */
     double unexplained = 0.0;

@@ -19,9 +19,9 @@ namespace Vorlin {
 class VORLIN_API filterPrototype {
   public:
     // Keys of IFilter::setOption.
-    static constexpr char FILTER_OPTION[] = "filter_option";       ///< value: a JSON object
-    static constexpr char VIDEO_FPS_OPTION[] = "video_fps";        ///< value: frames per second, a number
-    static constexpr char PLAYER_SPEED_OPTION[] = "player_speed";  ///< value: 1.0 = normal, a number
+    static constexpr char FILTER_OPTION[] = "filter_option";       // value: a JSON object
+    static constexpr char VIDEO_FPS_OPTION[] = "video_fps";        // value: frames per second, a number
+    static constexpr char PLAYER_SPEED_OPTION[] = "player_speed";  // value: 1.0 = normal, a number
     // Events of IAudioFilter::setDCA, behind "<filter name>:".
     static constexpr char FILTER_VALID_RECOVERY[] = "valid_recovery";
     static constexpr char FILTER_INVALID_OVER_FPS[] = "invalid_over_fps";

@@ -11,11 +11,11 @@ class VORLIN_API IQFFrame {
   public:
     /** What the frame holds. A "frame" of audio below is one instant of all channels. */
     struct audioInfo {
-        int format = -1;              ///< AVSampleFormat; -1 = unknown
-        int channels = 0;             ///< samples per frame
-        int sample_rate = 0;          ///< Hz
-        int nb_samples = 0;           ///< frames
-        uint64_t channel_layout = 0;  ///< native channel mask; 0 = unspecified or custom order
+        int format = -1;              // AVSampleFormat; -1 = unknown
+        int channels = 0;             // samples per frame
+        int sample_rate = 0;          // Hz
+        int nb_samples = 0;           // frames
+        uint64_t channel_layout = 0;  // native channel mask; 0 = unspecified or custom order
     };
 
     IQFFrame() = default;

@@ -14,7 +14,7 @@ namespace Vorlin {
 class VORLIN_API VorlinJSONItem {
   public:
     /** `getInt` gives this for a number that is no int: one with a fraction, or beyond the range. */
-    static constexpr int NO_INT = std::numeric_limits<int>::min();
+    static constexpr int kNoInt = std::numeric_limits<int>::min();
 
     explicit VorlinJSONItem(const std::string& text);
     VorlinJSONItem(VorlinJSONItem&&) noexcept;
@@ -27,7 +27,7 @@ class VORLIN_API VorlinJSONItem {
 
     // The value of a member; `fallback` when there is no such member or its type is another one.
     std::string getString(const std::string& name, const std::string& fallback = {}) const;
-    /** 2.0 is an int, 2.5 is NO_INT: another number is neither the nearest int nor the fallback. */
+    /** 2.0 is an int, 2.5 is kNoInt: another number is neither the nearest int nor the fallback. */
     int getInt(const std::string& name, int fallback = 0) const;
     bool getBool(const std::string& name, bool fallback = false) const;
     double getDouble(const std::string& name, double fallback = 0.0) const;

@@ -9,7 +9,7 @@ namespace Vorlin {
 
 /** Levels of `__log_print`; a smaller number is more urgent. */
 enum LogLevel : int {
-    LOG_QUIET = -8,  ///< as a threshold: nothing is logged
+    LOG_QUIET = -8,  // as a threshold: nothing is logged
     LOG_ERROR = 16,
     LOG_WARNING = 24,
     LOG_INFO = 32,

@@ -13,20 +13,20 @@
 namespace Vorlin {
 
 struct PlayerConfig {
-    std::string filterName = "sonivex";  ///< name that a registered prototype must support
-    bool active = true;            ///< true: the filter works on a thread of its own; false: inside `push`
-    IQFFrame::audioInfo source{};  ///< what the stream holds, as far as it is known
-    std::chrono::milliseconds stallLimit{10'000};  ///< a filter that moves no frame for so long has failed
+    std::string filter_name = "sonivex";  // name that a registered prototype must support
+    bool active = true;            // true: the filter works on a thread of its own; false: inside `push`
+    IQFFrame::audioInfo source{};  // what the stream holds, as far as it is known
+    std::chrono::milliseconds stall_limit{10'000};  // a filter that moves no frame for so long has failed
 };
 
 /** What became of the frames that a Player was given. */
 struct PlayerCounts {
-    uint64_t pushed = 0;     ///< taken by the filter
-    uint64_t pulled = 0;     ///< handed to the output
-    uint64_t bypassed = 0;   ///< pushed while the filter was set invalid
-    uint64_t dropped = 0;    ///< given up by the filter; known after `drain`
-    uint64_t discarded = 0;  ///< thrown away by `seek`
-    uint64_t flushes = 0;    ///< of the filter, by `seek` and by changes of format
+    uint64_t pushed = 0;     // taken by the filter
+    uint64_t pulled = 0;     // handed to the output
+    uint64_t bypassed = 0;   // pushed while the filter was set invalid
+    uint64_t dropped = 0;    // given up by the filter; known after `drain`
+    uint64_t discarded = 0;  // thrown away by `seek`
+    uint64_t flushes = 0;    // of the filter, by `seek` and by changes of format
 };
 
 /** Drives one filter as a media player does: the half of a player that stands around a filter.
@@ -39,7 +39,7 @@ class VORLIN_API Player {
     /** Receives every frame that comes out, in order. Must not call the player that calls it. */
     using Output = std::function<void(std::unique_ptr<IQFFrame>)>;
 
-    /** Clone the filter that answers to `config.filterName`, initialise it and set it valid.
+    /** Clone the filter that answers to `config.filter_name`, initialise it and set it valid.
      *  @param plugin the library that the filter comes from, held as long as the clone; null when it is
      *  linked in.
      *  @return null when no registered filter answers to the name or it fails to initialise. */

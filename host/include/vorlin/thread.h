@@ -11,9 +11,9 @@
 namespace Vorlin {
 
 /** Reads the processor time of a qfThread; outlives the thread and then stands still. */
-class VORLIN_API qfThreadClock {
+class VORLIN_API QfThreadClock {
   public:
-    virtual ~qfThreadClock();
+    virtual ~QfThreadClock();
     /** Processor time that the thread's body has used since the thread was made. Any thread may ask. */
     virtual std::chrono::nanoseconds cpuTime() const = 0;
 };
@@ -28,7 +28,7 @@ class VORLIN_API qfThread {
     qfThread(std::function<int()> body, const std::string& name);
     qfThread(const qfThread&) = delete;
     qfThread& operator=(const qfThread&) = delete;
-    ~qfThread();  ///< as `stop`
+    ~qfThread();  // as `stop`
 
     /** Run, or go on after a pause. Throws std::system_error when the system gives no thread; try again
      *  later. */
@@ -40,11 +40,11 @@ class VORLIN_API qfThread {
      *  when the body returns and does not wait. */
     void stop();
 
-    std::shared_ptr<const qfThreadClock> clock() const;
+    std::shared_ptr<const QfThreadClock> clock() const;
 
     /** The clock of the qfThread that the calling thread made last, or null. A player brackets a filter's
      *  `init` with it to learn which worker the filter made. */
-    static std::shared_ptr<const qfThreadClock> clockOfNewest();
+    static std::shared_ptr<const QfThreadClock> clockOfNewest();
 
   private:
     struct State;

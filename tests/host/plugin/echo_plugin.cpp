@@ -16,16 +16,16 @@ class EchoFilter final : public Vorlin::IAudioFilter, public Vorlin::filterProto
     bool setOption(const std::string&, const std::string&, const std::string&) override { return true; }
     bool init(uint64_t) override { return true; }
     int push(std::unique_ptr<Vorlin::IQFFrame>& frame, uint64_t) override {
-        if (mHeld) return TRY_AGAIN;
-        mHeld = std::move(frame);
+        if (held_) return kTryAgain;
+        held_ = std::move(frame);
         return 0;
     }
     int pull(std::unique_ptr<Vorlin::IQFFrame>& frame, uint64_t) override {
-        if (!mHeld) return TRY_AGAIN;
-        frame = std::move(mHeld);
+        if (!held_) return kTryAgain;
+        frame = std::move(held_);
         return 0;
     }
-    void flush() override { mHeld.reset(); }
+    void flush() override { held_.reset(); }
     std::string getName() override { return ECHO_NAME; }
     bool is_supported(const std::string& name, int, int, int) override {
         return name == ECHO_NAME || name == "echo";
@@ -40,9 +40,9 @@ class EchoFilter final : public Vorlin::IAudioFilter, public Vorlin::filterProto
     void checkTimeConsume(uint64_t) override {}
 
   private:
-    static constexpr int TRY_AGAIN = -35;
+    static constexpr int kTryAgain = -35;
 
-    std::unique_ptr<Vorlin::IQFFrame> mHeld;
+    std::unique_ptr<Vorlin::IQFFrame> held_;
 };
 
 EchoFilter prototype;

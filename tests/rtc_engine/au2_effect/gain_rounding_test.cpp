@@ -1,5 +1,5 @@
-/* The gain stage takes logarithm and power from the C library and rounds them to float at once. Libraries
- * differ in the last bits of a double; here is shown that this cannot change the float. */
+// The gain stage takes logarithm and power from the C library and rounds them to float at once. Libraries
+// differ in the last bits of a double; here is shown that this cannot change the float.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,8 +13,8 @@ namespace {
 
 constexpr bool kLongDoubleIsLonger = std::numeric_limits<long double>::digits >= 64;
 
-/* How many units in the last place of a double lie between `exact` and the nearest point where rounding to
- * float turns from one float to the next. */
+// How many units in the last place of a double lie between `exact` and the nearest point where rounding to
+// float turns from one float to the next.
 double doubleUlpsToRoundingBoundary(long double exact) {
     const auto nearest = static_cast<float>(exact);
     const float infinity = std::numeric_limits<float>::infinity();
@@ -27,7 +27,7 @@ double doubleUlpsToRoundingBoundary(long double exact) {
     return static_cast<double>(distance / static_cast<long double>(ulp));
 }
 
-/* The best libraries are within one unit, the worst in use within two. */
+// The best libraries are within one unit, the worst in use within two.
 constexpr double kSafeUlps = 8;
 
 float levelOfPeakDb(int peak) {

@@ -16,7 +16,7 @@ using test::MixerPointer;
 
 constexpr float kStartGainDb = 20.0F;
 
-/* A block of 512 samples with the given peak; the answer is the gain after it. */
+// A block of 512 samples with the given peak; the answer is the gain after it.
 float gainAfterPeak(MixerState& mixer, int peak) {
     std::vector<std::int16_t> block(512, 0);
     block[200] = static_cast<std::int16_t>(-peak);
@@ -92,8 +92,8 @@ TEST(GainStage, NeverRises) {
     }
 }
 
-/* level + gain is a float sum: after a step it should be 0 and can be a rounding error above, which counts as
- * too loud and costs the smallest step. Players hear it, so it must not change unnoticed. */
+// level + gain is a float sum: after a step it should be 0 and can be a rounding error above, which counts as
+// too loud and costs the smallest step. Players hear it, so it must not change unnoticed.
 TEST(GainStage, TheRoundingOfTheSumCostsAnotherStepForSomeSteadyPeaks) {
     const MixerPointer mixer = makeMixer();
     std::vector<int> stepped_again;

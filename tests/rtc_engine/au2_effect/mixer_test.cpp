@@ -17,15 +17,15 @@ using test::makeMixer;
 using test::MixerPointer;
 using test::Pcm;
 
-/* An idle limiter takes up to 0.2 %, and truncation up to one unit. */
+// An idle limiter takes up to 0.2 %, and truncation up to one unit.
 void expectNearlyEqual(std::int16_t output, double sum) {
     EXPECT_LE(std::abs(output), std::abs(sum) + 0.01);
     EXPECT_GE(std::abs(output), std::abs(sum) * 0.998 - 1);
 }
 
 bool isAllZero(const MixerState& mixer) {
-    static const MixerState kZero{};
-    return std::memcmp(&mixer, &kZero, sizeof mixer) == 0;
+    static const MixerState zero{};
+    return std::memcmp(&mixer, &zero, sizeof mixer) == 0;
 }
 
 TEST(Mixer, CreationPrintsTheVersionAndGivesAZeroedRecord) {

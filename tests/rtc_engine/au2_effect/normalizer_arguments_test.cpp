@@ -1,4 +1,4 @@
-/* What the normalizer does with arguments that make no sense. */
+// What the normalizer does with arguments that make no sense.
 #include <gtest/gtest.h>
 
 #include <climits>

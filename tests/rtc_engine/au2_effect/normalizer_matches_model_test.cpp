@@ -1,4 +1,4 @@
-/* The normalizer against the independent model, to the bit. */
+// The normalizer against the independent model, to the bit.
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
@@ -17,7 +17,7 @@ namespace {
 using test::Pcm;
 using test::Random;
 
-/* Feeds both with the same calls until the input is used up; a call may bring more than a ring holds. */
+// Feeds both with the same calls until the input is used up; a call may bring more than a ring holds.
 void expectSameAsModel(const Pcm& in, int channels, const std::function<int()>& next_frames) {
     const test::NormalizerPointer handle = test::makeNormalizer(channels);
     model::Normalizer reference(static_cast<std::size_t>(channels));

@@ -1,4 +1,4 @@
-/* What no sample should be and some are. */
+// What no sample should be and some are.
 #pragma once
 
 #include <limits>

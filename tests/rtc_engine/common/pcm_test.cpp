@@ -16,7 +16,7 @@ namespace {
 using test::kInfinity;
 using test::kNotANumber;
 
-/* Calls check(first, count) for every count of up to some vectors, from places of any alignment. */
+// Calls check(first, count) for every count of up to some vectors, from places of any alignment.
 template <typename Check>
 void forEveryPlaceAndCount(Check check) {
     test::forEachVectorTarget([&] {
@@ -26,7 +26,7 @@ void forEveryPlaceAndCount(Check check) {
     });
 }
 
-/* Round every corner of the conversion, and any bits. */
+// Round every corner of the conversion, and any bits.
 std::vector<float> anyFloats(std::size_t count) {
     std::vector<float> floats = {kNotANumber, -kNotANumber, kInfinity, -kInfinity,
                                  3e38F,       -3e38F,       1e-45F,    -0.0F};

@@ -57,7 +57,7 @@ void expectSameState(const Au2LimiterState& a, const Au2LimiterState& b) {
     EXPECT_EQ(a.lookahead, b.lookahead);
 }
 
-/* The library's limiter and the scalar one beside it; every call is compared whole. */
+// The library's limiter and the scalar one beside it; every call is compared whole.
 class LimiterPair {
   public:
     LimiterPair() {
@@ -93,7 +93,7 @@ class LimiterPair {
     bool is_in_place_ = false;
 };
 
-/* Even over -magnitude..magnitude, with the loudest sample somewhere. */
+// Even over -magnitude..magnitude, with the loudest sample somewhere.
 std::vector<float> noiseUpTo(test::Random& random, std::size_t samples, float magnitude) {
     std::vector<float> noise;
     for (std::size_t i = 0; i < samples; ++i) {
@@ -129,7 +129,7 @@ TEST(PeakLimiter, EqualsTheScalarOneForLevelsRoundTheCeiling) {
         LimiterPair pair;
         for (int call = 0; call < 500 && !testing::Test::HasFailure(); ++call) {
             SCOPED_TRACE("call " + std::to_string(call));
-            /* From units in the last place to what the idle gain of 0.998 leaves room for. */
+            // From units in the last place to what the idle gain of 0.998 leaves room for.
             const float distance = std::ldexp(1.0F, -random.between(3, 24));
             const float sign = random.between(0, 1) == 0 ? -1.0F : 1.0F;
             pair.limit(noiseUpTo(random, callSize(random), sonivex::kCeiling * (1.0F + sign * distance)));

@@ -85,7 +85,7 @@ TEST(SampleRing, ABlockThatEndsAtTheLastSlotLeavesTheIndexThere) {
     EXPECT_EQ(ring->readIndex, 0);
 }
 
-/* Sample by sample, as the rules have it. */
+// Sample by sample, as the rules have it.
 bool writeOne(SampleRing& ring, std::int16_t sample) {
     const std::int32_t next = (ring.writeIndex + 1) % 81920;
     if (next == ring.readIndex) return false;

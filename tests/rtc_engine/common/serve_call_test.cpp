@@ -15,7 +15,7 @@ using test::Pcm;
 
 constexpr std::int16_t kUntouched = -7;
 
-/* Hands every block on as it is, up to blocks_at_once of them at a time. */
+// Hands every block on as it is, up to blocks_at_once of them at a time.
 class PassingEffect {
   public:
     explicit PassingEffect(int block_samples, int blocks_at_once = 1)
@@ -53,7 +53,7 @@ class PassingEffect {
     std::vector<int> waiting_;
 };
 
-/* No sample twice within 30000, and none that is silent or untouched. */
+// No sample twice within 30000, and none that is silent or untouched.
 Pcm numbered(int count, int first = 0) {
     Pcm pcm;
     for (int i = first; i < first + count; ++i) pcm.push_back(static_cast<std::int16_t>(1 + i % 30000));
@@ -122,7 +122,7 @@ TEST(ServeCall, CallsOfMoreThanARingHoldsAreSilentAndTheFullOutputRingDropsBlock
     EXPECT_EQ(effect.inputQueued(), 919);
     EXPECT_EQ(effect.outputQueued(), 81919);
 
-    /* The second call's first block begins with the 919 samples that the first call left. */
+    // The second call's first block begins with the 919 samples that the first call left.
     EXPECT_EQ(effect.call({}, 81919), numbered(81919));
     EXPECT_EQ(effect.outputQueued(), 0);
 }

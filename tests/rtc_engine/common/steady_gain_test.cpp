@@ -14,7 +14,7 @@ namespace {
 
 constexpr float kThreshold = 1030.0F;
 
-/* The law of steady_gain.h, a sample at a time. */
+// The law of steady_gain.h, a sample at a time.
 float limitOneByOne(float gain, float smoothed_gain, const std::vector<float>& in, std::vector<float>& out) {
     out.clear();
     for (const float x : in) {
@@ -106,7 +106,7 @@ TEST(SteadyGain, ALoudSampleLowersTheGainForThoseBehindItWhereverItStands) {
     });
 }
 
-/* Samples that the gain takes exactly to the threshold, while threshold / sample is another gain. */
+// Samples that the gain takes exactly to the threshold, while threshold / sample is another gain.
 TEST(SteadyGain, ExactlyTheThresholdIsNotTooLoud) {
     test::forEachVectorTarget([] {
         int cases = 0;

@@ -62,7 +62,7 @@ TEST(UnitScale, NotANumberIsSilence) {
     EXPECT_TRUE(std::isnan(nan));
 }
 
-/* 1.0002 in hexadecimal over 32768: times 32767 that is 0.99999999906867743, which rounds to 1 in float. */
+// 1.0002 in hexadecimal over 32768: times 32767 that is 0.99999999906867743, which rounds to 1 in float.
 TEST(UnitScale, ClippingMultipliesInFloat) {
     float sample = 0x1.0002p-15F;
     std::int16_t out = 0;

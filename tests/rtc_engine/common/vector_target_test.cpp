@@ -7,8 +7,7 @@
 
 namespace {
 
-/* What processors' makers call the set that Highway calls `target`, and how many doubles its registers hold.
- */
+// What processors' makers call the set that Highway calls `target`, and how many doubles its registers hold.
 std::string expectedFor(const std::string& target) {
     if (target.rfind("AVX3", 0) == 0) return "AVX-512, 8 doubles";
     if (target == "AVX2") return "AVX2, 4 doubles";

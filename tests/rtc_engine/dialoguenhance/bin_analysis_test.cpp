@@ -17,7 +17,7 @@ namespace {
 using sonivex::Bin;
 using sonivex::Fluxes;
 
-/* What a frame leaves behind, and the pass that it takes. */
+// What a frame leaves behind, and the pass that it takes.
 class Analysis {
   public:
     explicit Analysis(std::size_t bins) : centre(bins), side(bins), share_left(bins), share_right(bins) {}
@@ -36,7 +36,7 @@ class Analysis {
     std::vector<float> share_right;
 };
 
-/* With the other channel silent the side is this one. */
+// With the other channel silent the side is this one.
 std::vector<float> magnitudesOf(const std::vector<Bin>& x) {
     Analysis analysis(x.size());
     analysis.run(x, std::vector<Bin>(x.size()));
@@ -108,7 +108,7 @@ TEST(Magnitude, OfTheSideIsThatOfTheDifference) {
     EXPECT_EQ(analysis.side, (std::vector<float>{5, 0, 0, 13, 1}));
 }
 
-/* Of equal channels the centre is either. */
+// Of equal channels the centre is either.
 TEST(SpectralFlux, IsTheSquaredChangeOfMagnitude) {
     Analysis analysis(3);
     analysis.centre = {3, 5, 0};
@@ -142,7 +142,7 @@ TEST(SpectralFlux, IsSummedFromTheFirstBinInFloat) {
     });
 }
 
-/* Of every level, and of every share of the centre. */
+// Of every level, and of every share of the centre.
 std::vector<Bin> noiseSpectrum(std::uint64_t seed, std::size_t bins) {
     test::Random random(seed);
     std::vector<Bin> spectrum;

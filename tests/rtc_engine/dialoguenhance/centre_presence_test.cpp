@@ -91,7 +91,7 @@ TEST(Presence, HasTheValuesOfATable) {
 }
 
 TEST(Presence, IsSmoothedInDouble) {
-    /* In float 0.9 and 0.1 are other numbers: 0.1F * 0.9F + 0.5F * 0.1F differs. */
+    // In float 0.9 and 0.1 are other numbers: 0.1F * 0.9F + 0.5F * 0.1F differs.
     int differs = 0;
     for (int i = 1; i < 1000; ++i) {
         const float before = static_cast<float>(i) / 1000.0F;

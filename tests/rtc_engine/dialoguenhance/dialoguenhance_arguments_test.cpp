@@ -1,4 +1,4 @@
-/* What the dialogue enhancer does with arguments that make no sense. */
+// What the dialogue enhancer does with arguments that make no sense.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -144,8 +144,8 @@ TEST(DialogueArguments, NumbersThatAreNotFiniteAsFloatsGiveNoHandle) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-/* Infinite products and their differences, which are no numbers, become silence or the ceiling; and the input
- * that is remembered is not touched by them. */
+// Infinite products and their differences, which are no numbers, become silence or the ceiling; and the input
+// that is remembered is not touched by them.
 TEST(DialogueArguments, HugeFiniteNumbersDoNoHarm) {
     const Pcm in = test::bursts(2, 2 * 16 * 512);
     for (const double huge : {1e30, -1e30, static_cast<double>(FLT_MAX), -static_cast<double>(FLT_MAX)}) {

@@ -1,4 +1,4 @@
-/* What a whole stream goes through: how loud it comes out, how late, and for rates whose hop is longer. */
+// What a whole stream goes through: how loud it comes out, how late, and for rates whose hop is longer.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +12,7 @@ using test::Pcm;
 
 constexpr int kRates_hz[] = {16000, 44100, 48000, 50000, 50001, 96000, 100000, 100001, 192000};
 
-/* Windows whose squares add up to 2, over 1.5, and a limiter that idles at 0.0999 / (1 - 0.8999). */
+// Windows whose squares add up to 2, over 1.5, and a limiter that idles at 0.0999 / (1 - 0.8999).
 constexpr double kNeutral = 4.0 / 3.0 * 0.0999 / 0.1001;
 
 double decibels(double gain) {
@@ -25,7 +25,7 @@ Pcm channelOf(const Pcm& stereo, std::size_t channel) {
     return one;
 }
 
-/* The product of the input and the output `delay` frames later, over the last quarter of the stream. */
+// The product of the input and the output `delay` frames later, over the last quarter of the stream.
 double product(const Pcm& in, const Pcm& out, std::size_t delay) {
     double sum = 0;
     for (std::size_t i = in.size() / 4 * 3; i < in.size(); ++i)
@@ -33,7 +33,7 @@ double product(const Pcm& in, const Pcm& out, std::size_t delay) {
     return sum;
 }
 
-/* The delay at which both are most alike. */
+// The delay at which both are most alike.
 std::size_t delayOf(const Pcm& in, const Pcm& out, std::size_t longest) {
     std::size_t best = 0;
     double greatest = 0;
@@ -47,7 +47,7 @@ std::size_t delayOf(const Pcm& in, const Pcm& out, std::size_t longest) {
     return best;
 }
 
-/* The least squares gain from input to the output that comes `delay` frames later. */
+// The least squares gain from input to the output that comes `delay` frames later.
 double gainOf(const Pcm& in, const Pcm& out, std::size_t delay) {
     double power = 0;
     for (std::size_t i = in.size() / 4 * 3; i < in.size(); ++i) {
@@ -78,7 +78,7 @@ TEST(DialogueDelay, IsThreeHopsWhenCallsAreBlocks) {
     }
 }
 
-/* Every window that covers the first frames is there when they come out. */
+// Every window that covers the first frames is there when they come out.
 TEST(DialogueDelay, IsSilenceAndThenTheFullLevelFromTheFirstFrame) {
     for (const int rate_hz : {48000, 96000, 192000}) {
         SCOPED_TRACE(rate_hz);
@@ -94,7 +94,7 @@ TEST(DialogueDelay, IsSilenceAndThenTheFullLevelFromTheFirstFrame) {
     }
 }
 
-/* The first block is served when it is whole, with the call that completes it. */
+// The first block is served when it is whole, with the call that completes it.
 TEST(DialogueDelay, GrowsByTheStartUpWhenCallsAreShorterThanABlock) {
     for (const int rate_hz : {44100, 96000}) {
         const int hop = test::hopFrames(rate_hz);
@@ -131,8 +131,8 @@ TEST(DialogueLevel, IsFourThirdsTimesTheIdleLimiterWithoutVoice) {
     }
 }
 
-/* The same in both channels: all change is in the centre, so the presence goes to half the voice level, at
- * most 1. */
+// The same in both channels: all change is in the centre, so the presence goes to half the voice level, at
+// most 1.
 TEST(DialogueLevel, OfTheSameInBothChannelsRisesWithTheVoiceLevelUpToTwice) {
     for (const int rate_hz : {48000, 96000, 192000}) {
         for (const double voice_level : {0.5, 1.0, 2.0, 10.0}) {
@@ -145,14 +145,14 @@ TEST(DialogueLevel, OfTheSameInBothChannelsRisesWithTheVoiceLevelUpToTwice) {
     }
 }
 
-/* Nothing but sides: no presence. */
+// Nothing but sides: no presence.
 TEST(DialogueLevel, OfAntiPhaseStaysNeutral) {
     const Pcm left = test::noise(5, 100 * 512, 6000);
     expectLevel({.voice_level = 10}, test::interleaved({left, test::scaled(left, -1, 1)}), kNeutral);
 }
 
-/* With presence 1 the gains are 1 + |L|^2 / (|L - R|^2 + |L|^2) and likewise for the right: of R = 3/4 L the
- * left gets 1 + 1 / (1/16 + 1), and the right 1 + (9/16) / (1/16 + 9/16). */
+// With presence 1 the gains are 1 + |L|^2 / (|L - R|^2 + |L|^2) and likewise for the right: of R = 3/4 L the
+// left gets 1 + 1 / (1/16 + 1), and the right 1 + (9/16) / (1/16 + 9/16).
 TEST(DialogueLevel, OfAChannelFallsWithItsDistanceFromTheOther) {
     const Pcm left = test::noise(6, 200 * 512, 6000);
     const Pcm right = test::scaled(left, 3, 4);
@@ -164,13 +164,13 @@ TEST(DialogueLevel, OfAChannelFallsWithItsDistanceFromTheOther) {
     EXPECT_NEAR(decibels(gain_right), decibels(kNeutral * 1.9), 0.01);
 }
 
-/* Of R = L / 2 the centre changes as much as the side, which is the border of dialogue. */
+// Of R = L / 2 the centre changes as much as the side, which is the border of dialogue.
 TEST(DialogueLevel, OfAChannelHalfAsLoudAsTheOtherIsNeutral) {
     const Pcm left = test::noise(6, 100 * 512, 9000);
     expectLevel({.voice_level = 1}, test::interleaved({left, test::scaled(left, 1, 2)}), kNeutral);
 }
 
-/* The limiter holds what would pass 0.99 of full scale. */
+// The limiter holds what would pass 0.99 of full scale.
 TEST(DialogueLevel, NeverPassesTheCeiling) {
     for (const int rate_hz : {44100, 96000, 192000}) {
         const Pcm one = test::square(60000, 100, 32767);

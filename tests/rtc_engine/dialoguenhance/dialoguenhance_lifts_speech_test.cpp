@@ -1,4 +1,4 @@
-/* What the effect is for: speech in the centre gets louder against what is at the sides. */
+// What the effect is for: speech in the centre gets louder against what is at the sides.
 #include <gtest/gtest.h>
 
 #include "dialogue_calls.h"
@@ -24,7 +24,7 @@ SpeechRatio measured(const DialogueScene& scene, double voice_level) {
     return sonivex_tool::compareSpeech(scene.speech, scene.background, out, kRate_hz);
 }
 
-/* Of the parts of the output themselves, which only a model can tell. */
+// Of the parts of the output themselves, which only a model can tell.
 double trueRise_db(const DialogueScene& scene, double voice_level) {
     const model::DialogueParts parts =
         model::enhancedParts(scene.speech, scene.background, kRate_hz, voice_level);
@@ -43,7 +43,7 @@ TEST_P(DialogueAndSpeech, StandAsTheyDidWithoutVoiceLevel) {
     EXPECT_NEAR(measured(scene_, 0).rise_db(), 0, 0.01);
 }
 
-/* 6 dB is the most there is: twice for speech, once for the background. */
+// 6 dB is the most there is: twice for speech, once for the background.
 TEST_P(DialogueAndSpeech, RisesAgainstWhatIsAtTheSides) {
     const SpeechRatio usual = measured(scene_, 1);
     const SpeechRatio strong = measured(scene_, 3);
@@ -54,8 +54,7 @@ TEST_P(DialogueAndSpeech, RisesAgainstWhatIsAtTheSides) {
     EXPECT_LT(strong.unexplained, 0.01);
 }
 
-/* The measure takes some of what varies within a tile for background, so it is rather too low than too high.
- */
+// The measure takes some of what varies within a tile for background, so it is rather too low than too high.
 TEST_P(DialogueAndSpeech, RisesByWhatItsPartsDo) {
     for (const double voice_level : {1.0, 3.0}) {
         const double rise_db = measured(scene_, voice_level).rise_db();
@@ -70,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(, DialogueAndSpeech, testing::Values(Sides::kNoise, Sid
                              return suite.param == Sides::kNoise ? "AmongNoise" : "AmongVoices";
                          });
 
-/* The effect knows no speech, only what both channels share. */
+// The effect knows no speech, only what both channels share.
 TEST(SpeechAtASide, FallsAgainstABackgroundInTheMiddle) {
     DialogueScene scene = test::dialogueScene(Sides::kNoise, 0);
     for (std::size_t i = 0; i < scene.mix.size(); i += 2) {

@@ -1,5 +1,5 @@
-/* The whole effect against the model in double. Its sums in single precision and the transforms' rounding,
- * which differs between processors, may show in the last bit. */
+// The whole effect against the model in double. Its sums in single precision and the transforms' rounding,
+// which differs between processors, may show in the last bit.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -30,7 +30,7 @@ void PrintTo(const Signal& signal, std::ostream* out) {
 
 constexpr int kFrames = 30000;
 
-/* A part of the announcement with words and pauses. */
+// A part of the announcement with words and pauses.
 Pcm speech() {
     Pcm words = test::recordedSpeech("Front_Center");
     words.resize(kFrames);
@@ -54,7 +54,7 @@ Pcm hardPanned() {
     return test::interleaved({speech(), Pcm(kFrames, 0)});
 }
 
-/* Squares and noise that reach both ends of the range, together and apart. */
+// Squares and noise that reach both ends of the range, together and apart.
 Pcm fullScale() {
     Pcm both = test::square(kFrames, 2 * 37, 32767);
     const Pcm apart = test::noise(22, kFrames, 32767);
@@ -173,7 +173,7 @@ TEST(DialogueMatchesModel, ForANegativeVoiceLevel) {
     }
 }
 
-/* Calls longer than a ring: samples are refused one by one, and the longest call is never served. */
+// Calls longer than a ring: samples are refused one by one, and the longest call is never served.
 TEST(DialogueMatchesModel, WhenCallsOverflowTheRings) {
     const std::vector<int> calls{100, 41000, 30000, 11000, 7, 20000, 41001, 512, 40959};
     std::size_t samples = 0;

@@ -22,7 +22,7 @@ constexpr int kHop = 512;
 constexpr int kDelayFrames = 3 * kHop;
 constexpr test::DialogueSettings kNeutral = {.gain_scale = 0};
 
-/* The divisor of the overlap, the window's period of N - 1 points, and the limiter at rest. */
+// The divisor of the overlap, the window's period of N - 1 points, and the limiter at rest.
 constexpr double kNeutralGain = 4.0 / 3 * 2047 / 2048 * 0.0999 / 0.1001;
 
 Pcm bothChannels(const Pcm& mono) {
@@ -35,7 +35,7 @@ Pcm concatenated(const std::vector<Pcm>& parts) {
     return all;
 }
 
-/* One loud frame in silence. */
+// One loud frame in silence.
 Pcm click(int frames, int at_frame) {
     Pcm pcm(2 * static_cast<std::size_t>(frames));
     pcm[2 * static_cast<std::size_t>(at_frame)] = 20000;
@@ -53,7 +53,7 @@ bool isSilent(const Pcm& pcm) {
     return std::count(pcm.begin(), pcm.end(), 0) == static_cast<std::ptrdiff_t>(pcm.size());
 }
 
-/* The factor between input and output over the end of both, where the presence has settled. */
+// The factor between input and output over the end of both, where the presence has settled.
 double settledGain(const Pcm& in, const Pcm& out) {
     const std::size_t delay = 2 * kDelayFrames;
     double product = 0;
@@ -106,7 +106,7 @@ TEST(Dialogue, CallsOfWholeHopsGiveTheSameOutput) {
     }
 }
 
-/* A handle past its start, with nothing queued on either side, and calls of steady input. */
+// A handle past its start, with nothing queued on either side, and calls of steady input.
 class SteadyDialogue {
   public:
     SteadyDialogue() : handle_(makeDialogue(kNeutral)) { call(8 * kHop); }
@@ -220,9 +220,9 @@ TEST(Dialogue, ThePresenceGrowsByATenthOfTheWayPerHopAndDecaysInSilence) {
     const std::size_t onset = noise.size() + silence.size() + 2 * kDelayFrames;
     for (std::size_t i = onset; i < afresh.size(); ++i) ASSERT_NEAR(after_use[i], afresh[i], 2) << i;
 
-    /* Of the first hop of sound the gain is that of four frames, of presence 0.1, 0.19, 0.271, 0.3439:
-     * between their gains, while after 40 frames it is 2 less 0.9^40. */
-    const auto gainOfHop = [&](std::size_t hop) {
+    // Of the first hop of sound the gain is that of four frames, of presence 0.1, 0.19, 0.271, 0.3439:
+    // between their gains, while after 40 frames it is 2 less 0.9^40.
+    const auto gain_of_hop = [&](std::size_t hop) {
         double in_power = 0;
         double out_power = 0;
         for (std::size_t i = 0; i < 2 * kHop; ++i) {
@@ -231,12 +231,12 @@ TEST(Dialogue, ThePresenceGrowsByATenthOfTheWayPerHopAndDecaysInSilence) {
         }
         return std::sqrt(out_power / in_power);
     };
-    EXPECT_GT(gainOfHop(0), 1.1);
-    EXPECT_LT(gainOfHop(0), 1.35);
-    EXPECT_NEAR(gainOfHop(40), 2 - std::pow(0.9, 43), 0.01);
+    EXPECT_GT(gain_of_hop(0), 1.1);
+    EXPECT_LT(gain_of_hop(0), 1.35);
+    EXPECT_NEAR(gain_of_hop(40), 2 - std::pow(0.9, 43), 0.01);
 }
 
-/* Triangle wave that fits a hop, so that every frame is the same. */
+// Triangle wave that fits a hop, so that every frame is the same.
 Pcm triangle(int frames, int amplitude) {
     Pcm mono;
     for (int i = 0; i < frames; ++i) {
@@ -246,7 +246,7 @@ Pcm triangle(int frames, int amplitude) {
     return mono;
 }
 
-/* Left: centre + side, right: centre - side. */
+// Left: centre + side, right: centre - side.
 Pcm withSide(const Pcm& centre, const Pcm& side) {
     Pcm pcm;
     for (std::size_t i = 0; i < centre.size(); ++i) {
@@ -278,7 +278,7 @@ TEST(Dialogue, ASideThatDoesNotChangeDoesNotHideDialogue) {
     EXPECT_GT(settledGain(bothChannels(changing), bothChannels(centreOf(out))) / kNeutralGain, 1.8);
 }
 
-/* Half the sample rate has no history, so that its whole magnitude counts as change in every frame. */
+// Half the sample rate has no history, so that its whole magnitude counts as change in every frame.
 TEST(Dialogue, AtHalfTheSampleRateASteadyToneCountsAsChange) {
     const Pcm in = bothChannels(test::square(128 * kHop, 1, 5000));
     const auto handle = makeDialogue({.voice_level = 2});

@@ -1,4 +1,4 @@
-/* Stands before libavutil's allocating functions as the effect calls them, to count and to let one fail. */
+// Stands before libavutil's allocating functions as the effect calls them, to count and to let one fail.
 #pragma once
 
 namespace test {

@@ -1,4 +1,4 @@
-/* The model's transform against the sum that defines it. */
+// The model's transform against the sum that defines it.
 #include <gtest/gtest.h>
 
 #include <cmath>

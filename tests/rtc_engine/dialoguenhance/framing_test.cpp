@@ -35,7 +35,7 @@ TEST(SineWindow, IsHalfAPeriodFromZeroToZero) {
     }
 }
 
-/* pi/4, pi/2 and 3 pi/4 lie on samples. */
+// pi/4, pi/2 and 3 pi/4 lie on samples.
 TEST(SineWindow, HasTheValuesOfATable) {
     const float half = std::sqrt(0.5F);
     const std::vector<float> window = windowOf(5);
@@ -113,7 +113,7 @@ TEST(Framing, EmittedFramesAreInterleavedAndTwoThirdsAsLoud) {
     EXPECT_EQ(out, (std::vector<float>{2, -1, 0.1F / 1.5F, 1 / 1.5F}));
 }
 
-/* A division: the product with the rounded 2/3 is another float for many samples. */
+// A division: the product with the rounded 2/3 is another float for many samples.
 TEST(Framing, EmittedSamplesAreTheNearestFloatsToTheQuotient) {
     int differs_from_product = 0;
     std::vector<float> samples(20000);
@@ -135,7 +135,7 @@ std::vector<float> noise(std::uint64_t seed, std::size_t count) {
     return floats;
 }
 
-/* From any place, of any count, with a guard behind what is written. */
+// From any place, of any count, with a guard behind what is written.
 TEST(Framing, VectorsDoAsSingleSamplesDo) {
     constexpr float kGuard = 77;
     const std::vector<float> in = noise(1, 200);

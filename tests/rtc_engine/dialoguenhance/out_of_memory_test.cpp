@@ -37,7 +37,7 @@ TEST(DialogueOutOfMemory, CreationWithoutAHandlePrintsALine) {
     EXPECT_EQ(handle, nullptr);
 }
 
-/* With the given request of one of them refused; 0: none. */
+// With the given request of one of them refused; 0: none.
 void expectSilentFailureThatFreesEverything(int failing, int failing_of_libavutil) {
     testing::internal::CaptureStdout();
     void* handle = nullptr;

@@ -1,4 +1,4 @@
-/* What the dialogue enhancer takes for granted of the installed libavutil. */
+// What the dialogue enhancer takes for granted of the installed libavutil.
 #include "real_transforms.h"
 
 #include <gtest/gtest.h>

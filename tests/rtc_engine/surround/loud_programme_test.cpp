@@ -1,5 +1,5 @@
-/* How much of a loud master the limiter has to touch: synthetic dance music with far more bass than average,
- * as loud as broadcasts (-14 LUFS) and as the loudest records (-9 LUFS). */
+// How much of a loud master the limiter has to touch: synthetic dance music with far more bass than average,
+// as loud as broadcasts (-14 LUFS) and as the loudest records (-9 LUFS).
 #include <ebur128.h>
 #include <gtest/gtest.h>
 
@@ -30,8 +30,8 @@ double sine(double cycles) {
     return std::sin(2.0 * std::numbers::pi * cycles);
 }
 
-/* A drum of 50 Hz on every beat, a bass line of saw teeth between 41 and 62 Hz, held chords, wide on both
- * sides, and hiss on every half beat. */
+// A drum of 50 Hz on every beat, a bass line of saw teeth between 41 and 62 Hz, held chords, wide on both
+// sides, and hiss on every half beat.
 Stereo danceMusic() {
     constexpr double kBassNotes_hz[] = {41.2, 41.2, 55.0, 61.7};
     constexpr double kChord_hz[] = {164.8, 246.9, 329.6, 415.3, 659.3};
@@ -78,7 +78,7 @@ double loudness_lufs(const Stereo& music) {
     return loudness;
 }
 
-/* As a master is made: brought to the loudness, its peaks rounded off below full scale. */
+// As a master is made: brought to the loudness, its peaks rounded off below full scale.
 Pcm master(double wanted_lufs) {
     const Stereo music = danceMusic();
     double gain_lin = 1.0;
@@ -99,7 +99,7 @@ Pcm master(double wanted_lufs) {
     return pcm;
 }
 
-/* Share of the blocks in which the limiter was at work, in percent. */
+// Share of the blocks in which the limiter was at work, in percent.
 double limitedBlocks_percent(const Pcm& in, int type, int mode) {
     const auto handle = test::makeSurround(2, type, mode);
     const SurroundHandle& inside = test::recordOf(handle);

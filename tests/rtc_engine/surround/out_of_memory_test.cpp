@@ -17,8 +17,8 @@ using test::MappingWatch;
 constexpr const char* kNoMemoryLine =
     "[ZubrelAem]: (surround: 122) [KelvoSurround]::kv surround handle is created failed.\n";
 
-/* Of a handle, rings and responses included, whether allocated or mapped; and what its creation takes for a
- * while, which is counted too. */
+// Of a handle, rings and responses included, whether allocated or mapped; and what its creation takes for a
+// while, which is counted too.
 constexpr std::size_t mostKib(int channels, int type) {
     if (channels == 8) return type == 1 ? 2715 : 2235;
     if (channels == 6) return type == 1 ? 2110 : 1790;
@@ -40,8 +40,8 @@ struct Made {
 
 constexpr Made kEveryMade[] = {{1, 1}, {2, 1}, {6, 1}, {8, 1}, {1, 13}, {2, 13}, {6, 13}, {8, 13}};
 
-/* Only the arena of the largest set of responses is mapped; where the system maps nothing, that is one more
- * allocation which can fail. */
+// Only the arena of the largest set of responses is mapped; where the system maps nothing, that is one more
+// allocation which can fail.
 TEST(SurroundOutOfMemory, CreationGivesNullLogsAndFreesEverythingWhicheverAllocationFails) {
     for (const auto kernel : {MappingWatch::Kernel::kGives, MappingWatch::Kernel::kRefuses}) {
         for (const auto& [channels, type] : kEveryMade) {

@@ -27,7 +27,7 @@ struct Kind {
     int channels;
 };
 
-/* As processSurround tells them apart. */
+// As processSurround tells them apart.
 struct PipelineKind {
     PipelineOperation function;
     int type;
@@ -42,8 +42,8 @@ constexpr PipelineKind kPipelineKinds[] = {{ProcessSurround_Kelvo_Bingo_2, 1, 2}
                                            {ProcessSurround_Kelvo_Surround_5_1_To_Nangua, 13, 6},
                                            {ProcessSurround_Kelvo_Surround_7_1_To_Nangua, 13, 8}};
 
-/* Calls that must be refused, or answered without a look: of every pipeline that is not the handle's, without
- * buffers, for more samples than an int counts, for less than a frame. */
+// Calls that must be refused, or answered without a look: of every pipeline that is not the handle's, without
+// buffers, for more samples than an int counts, for less than a frame.
 void callWrongly(void* handle, const Kind& kind, Pcm& in, short* out) {
     const int width = static_cast<int>(test::surroundWidth(kind.channels));
     for (const PipelineKind& pipeline : kPipelineKinds) {
@@ -67,7 +67,7 @@ void callWrongly(void* handle, const Kind& kind, Pcm& in, short* out) {
     }
 }
 
-/* Whatever asks for memory in the meantime, by whichever way, gets none and is found out. */
+// Whatever asks for memory in the meantime, by whichever way, gets none and is found out.
 template <typename Work>
 void expectNeedsNoMemory(Work work) {
     const std::size_t heap_before = mallinfo2().uordblks;
@@ -89,8 +89,8 @@ constexpr int kLongestCall_frames = 45000;
 static_assert(2 * kLongestCall_frames > sonivex::kRingCapacitySamples,
               "the longest call is more than a ring holds, whatever the channels");
 
-/* Many blocks by calls of several sizes, with the limiter at work. `in` holds the longest call in eight
- * channels. */
+// Many blocks by calls of several sizes, with the limiter at work. `in` holds the longest call in eight
+// channels.
 void processForAWhile(void* handle, const Pcm& in, Pcm& out) {
     for (const int frames : {240, 1, 100, 480, 1024, kLongestCall_frames, 240}) {
         aem_ProcessSurround(handle, in.data(), out.data(), frames);
@@ -127,7 +127,7 @@ TEST(SurroundRealTime, RefusedCallsAllocateNothingAndTouchNothing) {
     }
 }
 
-/* Two handles hear the same; between the calls of one of them there are wrong ones. */
+// Two handles hear the same; between the calls of one of them there are wrong ones.
 TEST(SurroundRealTime, AfterRefusedCallsTheTailOfEarlierSoundIsStillThere) {
     for (const Kind& kind : kKinds) {
         for (const int limiter : {0, 1}) {
@@ -140,7 +140,7 @@ TEST(SurroundRealTime, AfterRefusedCallsTheTailOfEarlierSoundIsStillThere) {
             Pcm loudest;
             for (const int frames : {240, 100, 700, 240, 1, 480, 900}) {
                 const auto samples = static_cast<std::size_t>(frames) * width;
-                /* Sound in the first calls only: what comes later is its tail. */
+                // Sound in the first calls only: what comes later is its tail.
                 const Pcm in = loudest.size() < 2 ? test::noise(samples, static_cast<int>(samples), 20000)
                                                   : Pcm(samples, 0);
                 const Pcm expected = test::surrounded(alone.get(), in, kind.channels, {frames});
@@ -181,7 +181,7 @@ TEST(SurroundRealTime, ANullHandleIsLoggedWithoutMemory) {
 
 using ReverbOperation = int (ConvolveReverb::*)(const float*, float*, int);
 
-/* Every operation of a reverb that is set up for one layout, or for none. */
+// Every operation of a reverb that is set up for one layout, or for none.
 TEST(SurroundRealTime, EveryOperationOfAReverbAllocatesNothing) {
     constexpr ReverbOperation kOperations[] = {
         &ConvolveReverb::process_Kelvo_Bingo_2,      &ConvolveReverb::process_Kelvo_Bingo_5_1,
@@ -207,7 +207,7 @@ TEST(SurroundRealTime, EveryOperationOfAReverbAllocatesNothing) {
     }
 }
 
-/* In a process that the kernel ends at the first system call other than read, write and exit. */
+// In a process that the kernel ends at the first system call other than read, write and exit.
 TEST(SurroundRealTime, ProcessingMakesNoSystemCall) {
     for (const int channels : {2, 6, 8}) {
         for (const int type : {1, 13}) {

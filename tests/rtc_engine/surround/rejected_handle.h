@@ -1,4 +1,4 @@
-/* Creating what is not supported leaves the half-built handle allocated for ever, on purpose. */
+// Creating what is not supported leaves the half-built handle allocated for ever, on purpose.
 #pragma once
 
 #include "sonivex/surround.h"

@@ -1,5 +1,5 @@
-/* Calls of several blocks, which are rendered two at a time, against calls of one block each: the same sound,
- * as late as the calls make it. */
+// Calls of several blocks, which are rendered two at a time, against calls of one block each: the same sound,
+// as late as the calls make it.
 #include <gtest/gtest.h>
 
 #include "reference/surround_model.h"
@@ -25,7 +25,7 @@ std::vector<LengthsCase> everyLengthsCase() {
     return cases;
 }
 
-/* Loud enough for the limiter and the clip, with silences. */
+// Loud enough for the limiter and the clip, with silences.
 test::Pcm streamOf(std::size_t width, std::uint64_t seed) {
     test::Pcm in = test::bursts(seed, static_cast<int>(kStream_frames * width));
     for (std::size_t i = in.size() / 2; i < in.size() / 2 + 3000 * width; ++i) in[i] = 0;

@@ -1,5 +1,5 @@
-/* The whole effect against direct convolution in double and the same conversion. The convolution is made once
- * for each layout; limiter, clip and queues are cheap. */
+// The whole effect against direct convolution in double and the same conversion. The convolution is made once
+// for each layout; limiter, clip and queues are cheap.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -18,8 +18,8 @@ using test::Pcm;
 constexpr std::size_t kBlockFrames = 240;
 constexpr double kWantedEqualShare = 0.998;
 
-/* An impulse in each channel, alone, with time for the longest response to end; then noise, a sweep, a
- * full-scale square, speech, loud noise, and silence. */
+// An impulse in each channel, alone, with time for the longest response to end; then noise, a sweep, a
+// full-scale square, speech, loud noise, and silence.
 Pcm programme(int channels) {
     const std::size_t width = test::surroundWidth(channels);
     const int ch = static_cast<int>(width);
@@ -68,7 +68,7 @@ Pcm converted(const std::vector<double>& ears, bool limits) {
     return out;
 }
 
-/* Within 1 everywhere, and equal nearly everywhere, counting only where there is sound. */
+// Within 1 everywhere, and equal nearly everywhere, counting only where there is sound.
 void expectSame(const Pcm& out, const Pcm& expected) {
     ASSERT_EQ(out.size(), expected.size());
     std::size_t sounding = 0;
@@ -109,8 +109,7 @@ TEST_P(SurroundMatchesDirectConvolution, InEveryBlockWithLimiterAndClip) {
     }
 }
 
-/* The blocks are the same to the bit however the input is cut, and the calls see what the queues let through.
- */
+// The blocks are the same to the bit however the input is cut, and the calls see what the queues let through.
 TEST_P(SurroundMatchesDirectConvolution, ForEveryCallSizeToTheBit) {
     const auto [type, channels, mode] = GetParam();
     const Pcm& in = referenceFor(type, channels, mode).in;
@@ -137,28 +136,28 @@ INSTANTIATE_TEST_SUITE_P(
                     SurroundSetting{13, 8, 0}, SurroundSetting{13, 8, 1}, SurroundSetting{13, 8, 2},
                     SurroundSetting{13, 8, 3}, SurroundSetting{13, 8, 7}));
 
-/* All channels at once, each with an announcement of its own. */
+// All channels at once, each with an announcement of its own.
 TEST(SurroundMatchesDirectConvolution, ForSpeechFromEveryLoudspeaker) {
-    constexpr std::size_t frames = 60 * kBlockFrames;
+    constexpr std::size_t kFrames = 60 * kBlockFrames;
     for (const SurroundSetting& setting :
          {SurroundSetting{1, 2, 0}, SurroundSetting{1, 8, 0}, SurroundSetting{13, 6, 2}}) {
         SCOPED_TRACE(testing::PrintToString(setting));
         const auto width = static_cast<std::ptrdiff_t>(setting.channels);
         const Pcm all = test::recordedSpeech(setting.channels);
         const auto start = all.begin() + 20000 * width;
-        const Pcm in(start, start + static_cast<std::ptrdiff_t>(frames) * width);
+        const Pcm in(start, start + static_cast<std::ptrdiff_t>(kFrames) * width);
         model::Rendering rendering(setting.type, setting.channels, setting.mode);
         const std::vector<double> ears = rendering.process(model::toUnitScale(in));
         const auto handle = test::makeSurround(setting.channels, setting.type, setting.mode);
-        expectSame(test::surrounded(handle.get(), in, setting.channels, test::callsOf(480, frames)),
+        expectSame(test::surrounded(handle.get(), in, setting.channels, test::callsOf(480, kFrames)),
                    converted(ears, true));
     }
 }
 
 class SurroundRings : public testing::TestWithParam<std::tuple<SurroundSetting, int>> {};
 
-/* Calls longer than a ring: samples are refused one by one, which splits frames and turns the channels of all
- * that follows, and the longest call is never served. */
+// Calls longer than a ring: samples are refused one by one, which splits frames and turns the channels of all
+// that follows, and the longest call is never served.
 TEST_P(SurroundRings, RefuseWhatCallsLongerThanTheyBring) {
     const auto [setting, limiter] = GetParam();
     const int channels = setting.channels;

@@ -1,5 +1,5 @@
-/* Every layout against the plain scheme, bit for bit and at every vector width: one scalar convolver for each
- * pair of a source and an ear, added up in the sources' order. */
+// Every layout against the plain scheme, bit for bit and at every vector width: one scalar convolver for each
+// pair of a source and an ear, added up in the sources' order.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -68,7 +68,7 @@ std::vector<Layout> everyLayout() {
          {{0, 0}, {1, 1}}}};
 }
 
-/* Interleaved noise in which channels fall silent by themselves and all together, the last one for long. */
+// Interleaved noise in which channels fall silent by themselves and all together, the last one for long.
 Floats programme(std::size_t width, std::size_t frames, std::uint64_t seed) {
     Floats in;
     for (const std::int16_t sample : test::noise(seed, static_cast<int>(width * frames), 32767)) {

@@ -70,7 +70,7 @@ struct MadeFor {
 
 constexpr MadeFor kEveryHandle[] = {{1, 1}, {1, 2}, {1, 6}, {1, 8}, {13, 1}, {13, 2}, {13, 6}, {13, 8}};
 
-/* All 48 combinations: six pipelines, eight kinds of handles. */
+// All 48 combinations: six pipelines, eight kinds of handles.
 TEST(SurroundPipelines, AHandleForOtherChannelsOrAnotherTypeIsRefused) {
     int refused = 0;
     for (const auto& [type, channels] : kEveryHandle) {
@@ -95,7 +95,7 @@ TEST(SurroundPipelines, AHandleForOtherChannelsOrAnotherTypeIsRefused) {
     EXPECT_EQ(refused, 48 - 8);
 }
 
-/* Loud sound has just begun, so its tail would betray a call that rendered anything. */
+// Loud sound has just begun, so its tail would betray a call that rendered anything.
 TEST(SurroundPipelines, ARefusedCallChangesNothingOfTheSoundAfterIt) {
     for (const auto& [type, channels] : kEveryHandle) {
         const std::size_t width = test::surroundWidth(channels);
@@ -247,7 +247,7 @@ TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRefused) {
         for (const int frames : {INT_MAX, INT_MAX / channels + 1, INT_MIN, INT_MIN / 2 - 1}) {
             EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), frames), 0) << frames;
         }
-        /* A negative count is only doubled. */
+        // A negative count is only doubled.
         for (const int frames : {INT_MIN / 2, INT_MIN / channels - 1, INT_MIN / channels}) {
             if (frames < INT_MIN / 2) continue;
             EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), frames), 2 * frames) << frames;
@@ -273,7 +273,7 @@ TEST(SurroundPipelines, NothingOutsideTheOutputIsWritten) {
     }
 }
 
-/* Stereo with one tap for each channel at its own ear, so that the conversions on both sides show. */
+// Stereo with one tap for each channel at its own ear, so that the conversions on both sides show.
 Pcm throughGain(const Pcm& in, float gain, int limiter) {
     const auto handle = makeSurround(2, 1, 0, limiter);
     ConvolveReverbInspector(*test::recordOf(handle).reverb)
@@ -294,7 +294,7 @@ TEST(SurroundPipelines, TheHardClipCutsFractionsAndHoldsFullScale) {
     EXPECT_EQ(louder[3], -32768);
 }
 
-/* The limiter's idle gain starts at 1 and has not moved at the first sample but for its smoothing: 0.9998. */
+// The limiter's idle gain starts at 1 and has not moved at the first sample but for its smoothing: 0.9998.
 TEST(SurroundPipelines, TheLimiterTakesSamplesInInt16UnitsWithAScaleForEachHalf) {
     Pcm in(480, 0);
     in[0] = 32767;
@@ -307,7 +307,7 @@ TEST(SurroundPipelines, TheLimiterTakesSamplesInInt16UnitsWithAScaleForEachHalf)
     EXPECT_EQ(throughGain(in, 0.5F, 1)[0], static_cast<std::int16_t>(expected[0]));
 }
 
-/* One sequence for both ears: a peak in the left one turns the right one down within the same frame. */
+// One sequence for both ears: a peak in the left one turns the right one down within the same frame.
 TEST(SurroundPipelines, TheLimiterHasOneGainForBothEars) {
     Pcm in(480, 0);
     for (std::size_t i = 0; i < 480; i += 2) {

@@ -17,26 +17,26 @@ using namespace sonivex_irgen;
 
 class Command : public testing::Test {
   protected:
-    void SetUp() override { std::filesystem::create_directory(mFolder); }
-    void TearDown() override { std::filesystem::remove_all(mFolder); }
+    void SetUp() override { std::filesystem::create_directory(folder_); }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
 
-    int run(const std::vector<std::string>& arguments, const std::string& defaultSofa = "") {
-        mOut.str("");
-        mErr.str("");
-        return runCommand(arguments, defaultSofa, mOut, mErr);
+    int run(const std::vector<std::string>& arguments, const std::string& default_sofa = "") {
+        out_.str("");
+        err_.str("");
+        return runCommand(arguments, default_sofa, out_, err_);
     }
 
-    std::string inFolder(const std::string& name) const { return (mFolder / name).string(); }
-    bool isFolderEmpty() const { return std::filesystem::is_empty(mFolder); }
+    std::string inFolder(const std::string& name) const { return (folder_ / name).string(); }
+    bool isFolderEmpty() const { return std::filesystem::is_empty(folder_); }
     bool isOneLine() const {
-        const std::string text = mErr.str();
+        const std::string text = err_.str();
         return !text.empty() && text.back() == '\n' && std::count(text.begin(), text.end(), '\n') == 1;
     }
 
-    const std::filesystem::path mFolder =
+    const std::filesystem::path folder_ =
         std::filesystem::temp_directory_path() / ("sonivex-irgen-" + std::to_string(getpid()));
-    std::ostringstream mOut;
-    std::ostringstream mErr;
+    std::ostringstream out_;
+    std::ostringstream err_;
 };
 
 TEST_F(Command, WrongUsageIsCodeTwo) {
@@ -45,7 +45,7 @@ TEST_F(Command, WrongUsageIsCodeTwo) {
          {Arguments{}, Arguments{"--out"}, Arguments{"--sofa", "x"}, Arguments{"--report"},
           Arguments{"--out", "x", "--what"}, Arguments{"--out", "x", "y"}}) {
         EXPECT_EQ(run(arguments, "default.sofa"), 2);
-        EXPECT_EQ(mErr.str(), "usage: sonivex-irgen [--sofa FILE] --out FILE [--report]\n");
+        EXPECT_EQ(err_.str(), "usage: sonivex-irgen [--sofa FILE] --out FILE [--report]\n");
     }
     EXPECT_EQ(run({"--out", inFolder("x.cpp")}, ""), 2) << "no default to fall back on";
 }
@@ -53,15 +53,15 @@ TEST_F(Command, WrongUsageIsCodeTwo) {
 TEST_F(Command, UnusableSofaFileIsCodeThreeAndOneLineWithItsName) {
     const std::string sofa = inFolder("missing.sofa");
     EXPECT_EQ(run({"--sofa", sofa, "--out", inFolder("x.cpp")}), 3);
-    EXPECT_EQ(mErr.str(), sofa + ": cannot be opened or is not SOFA: No such file or directory\n");
+    EXPECT_EQ(err_.str(), sofa + ": cannot be opened or is not SOFA: No such file or directory\n");
     EXPECT_TRUE(isFolderEmpty());
 }
 
 TEST_F(Command, SofaFileGivenWinsOverTheDefault) {
     EXPECT_EQ(run({"--out", inFolder("x.cpp")}, inFolder("default.sofa")), 3);
-    EXPECT_EQ(mErr.str().find(inFolder("default.sofa")), 0U);
+    EXPECT_EQ(err_.str().find(inFolder("default.sofa")), 0U);
     EXPECT_EQ(run({"--out", inFolder("x.cpp"), "--sofa", inFolder("own.sofa")}, inFolder("default.sofa")), 3);
-    EXPECT_EQ(mErr.str().find(inFolder("own.sofa")), 0U);
+    EXPECT_EQ(err_.str().find(inFolder("own.sofa")), 0U);
 }
 
 TEST_F(Command, OutputThatCannotBeWrittenIsCodeFour) {
@@ -74,33 +74,33 @@ TEST_F(Command, OutputThatCannotBeWrittenIsCodeFour) {
 TEST_F(Command, WritesTheTablesAndReportsEverySet) {
     SONIVEX_NEED_PACKAGED_HEAD();
     ASSERT_EQ(run({"--report", "--out", inFolder("x.cpp")}, SONIVEX_DEFAULT_SOFA), 0);
-    EXPECT_EQ(mErr.str(), "");
-    EXPECT_NE(mOut.str().find("head radius 0.08426 m"), std::string::npos);
+    EXPECT_EQ(err_.str(), "");
+    EXPECT_NE(out_.str().find("head radius 0.08426 m"), std::string::npos);
     for (const char* set :
          {"cingo", "Bingo 5_1", "Bingo 7_1", "Audio", "2 mode1", "5_1 mode2", "7_1 mode3"}) {
-        EXPECT_NE(mOut.str().find(std::string("\n") + set), std::string::npos) << set;
+        EXPECT_NE(out_.str().find(std::string("\n") + set), std::string::npos) << set;
     }
     // Only the file itself is left.
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mFolder), {}), 1);
-    EXPECT_GT(std::filesystem::file_size(mFolder / "x.cpp"), 2000000U);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 1);
+    EXPECT_GT(std::filesystem::file_size(folder_ / "x.cpp"), 2000000U);
 }
 
 TEST_F(Command, FailedWriteLeavesTheOldFileAndNoHalfOne) {
     // A folder in place of the file: the temporary file can be written, but not renamed.
-    std::filesystem::create_directory(mFolder / "taken.cpp");
+    std::filesystem::create_directory(folder_ / "taken.cpp");
     EXPECT_THROW(ReplacementFile(inFolder("taken.cpp")).commit("text"), UnwritableOutput);
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(mFolder), {}), 1);
-    EXPECT_TRUE(std::filesystem::is_directory(mFolder / "taken.cpp"));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 1);
+    EXPECT_TRUE(std::filesystem::is_directory(folder_ / "taken.cpp"));
 
     // A full device.
     if (std::filesystem::exists("/dev/full")) {
-        std::filesystem::create_directory(mFolder / "sub");
+        std::filesystem::create_directory(folder_ / "sub");
         const std::string temporary = inFolder("sub/x.cpp") + ".part" + std::to_string(getpid());
         std::filesystem::create_symlink("/dev/full", temporary);
-        std::ofstream(mFolder / "sub" / "x.cpp") << "old";
+        std::ofstream(folder_ / "sub" / "x.cpp") << "old";
         EXPECT_THROW(ReplacementFile(inFolder("sub/x.cpp")).commit(std::string(100000, 'x')),
                      UnwritableOutput);
-        EXPECT_EQ(std::filesystem::file_size(mFolder / "sub" / "x.cpp"), 3U);
+        EXPECT_EQ(std::filesystem::file_size(folder_ / "sub" / "x.cpp"), 3U);
         EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(temporary)));
     }
 }

@@ -81,7 +81,7 @@ TEST(Equaliser, GainIsLimitedToTwelveDecibels) {
     }
     const EqualisedGroup group =
         equaliseGroup({parts}, {Programme::kOneChannel, 0.0, 1.0 / 3.0, 3, 1.0, 10.0});
-    EXPECT_EQ(group.largestGain_db, 12.0);
+    EXPECT_EQ(group.largest_gain_db, 12.0);
 }
 
 TEST(Equaliser, AirRisesBetween11And14KHz) {

@@ -14,9 +14,9 @@ constexpr double kTolerance = 1e-14;
 /** Calls check(x) for values spread evenly over a range, its ends among them. */
 template <typename Check>
 void forRange(double from, double to, Check check) {
-    constexpr unsigned seed = 5;
+    constexpr unsigned kSeed = 5;
     SCOPED_TRACE("seed 5");
-    std::mt19937_64 random(seed);
+    std::mt19937_64 random(kSeed);
     std::uniform_real_distribution<double> uniform(from, to);
     check(from);
     check(to);

@@ -28,7 +28,7 @@ TEST(Finish, LeavesTheBeginningButForTheFilters) {
 
 TEST(Finish, ShelfLiftsTheBass) {
     // The sum of a response times a slow cosine is its gain at that frequency.
-    const auto gainAt60Hz = [](double shelf_db) {
+    const auto gain_at_60_hz = [](double shelf_db) {
         std::vector<double> response(13000, 0.0);
         response[40] = 1.0;
         finishResponse({shelf_db, 12.0, 0.25, 48000.0}, response);
@@ -40,7 +40,7 @@ TEST(Finish, ShelfLiftsTheBass) {
         }
         return 10.0 * std::log10(re * re + im * im);
     };
-    EXPECT_NEAR(gainAt60Hz(4.0) - gainAt60Hz(0.0), 3.67, 0.1);
+    EXPECT_NEAR(gain_at_60_hz(4.0) - gain_at_60_hz(0.0), 3.67, 0.1);
 }
 
 TEST(Quantise, RoundsTheFirst256SamplesToTheNearest) {

@@ -79,14 +79,14 @@ TEST_F(PackagedHeadModel, HearsTheLevelsOfTheDesign) {
         return std::array<double, 2>{heard_db[0][binAt(frequency_hz)], heard_db[1][binAt(frequency_hz)]};
     };
     // Levels of an independent prototype; how it cuts its averages off at bins may differ.
-    constexpr double tolerance_db = 0.05;
-    EXPECT_NEAR(at(30.0, 1000.0)[0], 1.56, tolerance_db);
-    EXPECT_NEAR(at(30.0, 1000.0)[1], -6.93, tolerance_db);
-    EXPECT_NEAR(at(30.0, 4000.0)[0], 6.14, tolerance_db);
-    EXPECT_NEAR(at(30.0, 4000.0)[1], -5.26, tolerance_db);
-    EXPECT_NEAR(at(110.0, 2000.0)[0], 1.39, tolerance_db);
-    EXPECT_NEAR(at(110.0, 2000.0)[1], -12.77, tolerance_db);
-    EXPECT_NEAR(at(0.0, 8000.0)[0], -14.95, tolerance_db);
+    constexpr double kTolerance_db = 0.05;
+    EXPECT_NEAR(at(30.0, 1000.0)[0], 1.56, kTolerance_db);
+    EXPECT_NEAR(at(30.0, 1000.0)[1], -6.93, kTolerance_db);
+    EXPECT_NEAR(at(30.0, 4000.0)[0], 6.14, kTolerance_db);
+    EXPECT_NEAR(at(30.0, 4000.0)[1], -5.26, kTolerance_db);
+    EXPECT_NEAR(at(110.0, 2000.0)[0], 1.39, kTolerance_db);
+    EXPECT_NEAR(at(110.0, 2000.0)[1], -12.77, kTolerance_db);
+    EXPECT_NEAR(at(0.0, 8000.0)[0], -14.95, kTolerance_db);
 }
 
 TEST_F(PackagedHeadModel, HearsWholeSamplesOfDelay) {

@@ -37,19 +37,19 @@ TEST(ImageSources, FloorAndCeilingComeFirstInTheListeningRoom) {
 TEST(ImageSources, FirstOrderImagesLieBehindTheirWalls) {
     const Room room{{6.0, 5.0, 3.0}, {2.0, 2.0, 1.0}, 1.0, 0.3, 0.3, 0.2, 0.030};
     // Straight ahead at x = 3: the images in front and behind are at 12 - 3 = 9 and -3, so 7 m and 5 m away.
-    const auto isAt = [&](Vector3 direction, double distance_m) {
+    const auto is_at = [&](Vector3 direction, double distance_m) {
         const auto images = imageSources(room, 0.0);
         return std::any_of(images.begin(), images.end(), [&](const ImageSource& image) {
             return std::abs(image.delay_s - (distance_m - 1.0) / 343.0) < 1e-9 &&
                    dot(image.direction, direction) > 0.9999;
         });
     };
-    EXPECT_TRUE(isAt({1.0, 0.0, 0.0}, 7.0));
-    EXPECT_TRUE(isAt({-1.0, 0.0, 0.0}, 5.0));
+    EXPECT_TRUE(is_at({1.0, 0.0, 0.0}, 7.0));
+    EXPECT_TRUE(is_at({-1.0, 0.0, 0.0}, 5.0));
     const double side_m = std::sqrt(1.0 + 16.0);  // right wall: y from 2 to -2
-    EXPECT_TRUE(isAt({1.0 / side_m, -4.0 / side_m, 0.0}, side_m));
+    EXPECT_TRUE(is_at({1.0 / side_m, -4.0 / side_m, 0.0}, side_m));
     const double left_m = std::sqrt(1.0 + 36.0);  // left wall: y from 2 to 8
-    EXPECT_TRUE(isAt({1.0 / left_m, 6.0 / left_m, 0.0}, left_m));
+    EXPECT_TRUE(is_at({1.0 / left_m, 6.0 / left_m, 0.0}, left_m));
 }
 
 TEST(ImageSources, LoudspeakerIsNarrowerInTheTrebleAndTheWallsSofter) {

@@ -36,7 +36,7 @@ TEST(LateTail, IsSilentUntilTheDirectSound) {
 
 TEST(LateTail, FallsBySixtyDecibelsInTheReverberationTime) {
     TailDecay decay{};
-    decay.reverberationTimes_s.fill(0.2);
+    decay.reverberation_times_s.fill(0.2);
     decay.mixing_s = 0.005;
     // Averaged over seeds 1 to 20: energies of 10 ms, 100 ms apart, differ by 30 dB.
     double early = 0.0;
@@ -51,7 +51,7 @@ TEST(LateTail, FallsBySixtyDecibelsInTheReverberationTime) {
 
 TEST(LateTail, RisesLinearlyUntilTheMixingTime) {
     TailDecay decay{};
-    decay.reverberationTimes_s.fill(1000.0);
+    decay.reverberation_times_s.fill(1000.0);
     decay.mixing_s = 0.1;  // 4800 samples from sample 40 on
     double quarter = 0.0;
     double full = 0.0;
@@ -65,19 +65,19 @@ TEST(LateTail, RisesLinearlyUntilTheMixingTime) {
 
 TEST(LateTail, CoherenceOfTheEarsIsThatOfADiffuseField) {
     TailDecay decay{};
-    decay.reverberationTimes_s.fill(3.0);
+    decay.reverberation_times_s.fill(3.0);
     decay.mixing_s = 0.005;
-    constexpr std::size_t size = 16384;
+    constexpr std::size_t kSize = 16384;
     for (const double centre_hz : {250.0, 800.0, 4000.0}) {
         double cross = 0.0;
         double left = 0.0;
         double right = 0.0;
         for (std::uint64_t seed = 1; seed <= 20; ++seed) {
             const EarSignals ears = binauralTail(seed, decay, kSamples);
-            const std::vector<Complex> l = realSpectrum(ears[0], size);
-            const std::vector<Complex> r = realSpectrum(ears[1], size);
-            const auto first = static_cast<std::size_t>(centre_hz * 0.95 * size / kRate_hz);
-            const auto last = static_cast<std::size_t>(centre_hz * 1.05 * size / kRate_hz);
+            const std::vector<Complex> l = realSpectrum(ears[0], kSize);
+            const std::vector<Complex> r = realSpectrum(ears[1], kSize);
+            const auto first = static_cast<std::size_t>(centre_hz * 0.95 * kSize / kRate_hz);
+            const auto last = static_cast<std::size_t>(centre_hz * 1.05 * kSize / kRate_hz);
             for (std::size_t k = first; k <= last; ++k) {
                 cross += l[k].re * r[k].re + l[k].im * r[k].im;
                 left += squaredMagnitude(l[k]);
@@ -90,9 +90,9 @@ TEST(LateTail, CoherenceOfTheEarsIsThatOfADiffuseField) {
 
 TEST(LateTail, RoomsDecayFasterInTheTrebleAndMixWithTheirVolume) {
     const TailDecay decay = roomDecay(kListeningRoom);
-    EXPECT_NEAR(decay.reverberationTimes_s[0], 0.2875, 1e-12);
-    EXPECT_NEAR(decay.reverberationTimes_s[3], 0.25, 1e-12);
-    EXPECT_NEAR(decay.reverberationTimes_s[7], 0.175, 1e-12);
+    EXPECT_NEAR(decay.reverberation_times_s[0], 0.2875, 1e-12);
+    EXPECT_NEAR(decay.reverberation_times_s[3], 0.25, 1e-12);
+    EXPECT_NEAR(decay.reverberation_times_s[7], 0.175, 1e-12);
     EXPECT_NEAR(decay.mixing_s, 0.008632, 1e-6);  // sqrt(6.0 * 4.6 * 2.7) ms
 }
 

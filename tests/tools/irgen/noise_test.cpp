@@ -24,19 +24,19 @@ TEST(Noise, FirstGaussianValuesAreKnown) {
 }
 
 TEST(Noise, HasMeanZeroVarianceOneAndTheTailsOfAGaussian) {
-    constexpr int count = 200000;
+    constexpr int kCount = 200000;
     double sum = 0.0;
     double square = 0.0;
-    int beyondTwo = 0;
-    for (const double value : gaussianNoise(7, count)) {
+    int beyond_two = 0;
+    for (const double value : gaussianNoise(7, kCount)) {
         sum += value;
         square += value * value;
-        if (std::abs(value) > 2.0) ++beyondTwo;
+        if (std::abs(value) > 2.0) ++beyond_two;
     }
     // Five standard errors; a sum of eight uniforms has 4.42 % beyond two deviations, a Gaussian 4.55 %.
-    EXPECT_NEAR(sum / count, 0.0, 5.0 / std::sqrt(count));
-    EXPECT_NEAR(square / count, 1.0, 5.0 * std::sqrt(2.0 / count));
-    EXPECT_NEAR(beyondTwo / double{count}, 0.0455, 0.004);
+    EXPECT_NEAR(sum / kCount, 0.0, 5.0 / std::sqrt(kCount));
+    EXPECT_NEAR(square / kCount, 1.0, 5.0 * std::sqrt(2.0 / kCount));
+    EXPECT_NEAR(beyond_two / double{kCount}, 0.0455, 0.004);
 }
 
 }  // namespace

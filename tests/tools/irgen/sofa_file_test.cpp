@@ -26,12 +26,12 @@ std::string reasonAgainst(const std::string& path) {
 
 class SofaFile : public testing::Test {
   protected:
-    void SetUp() override { std::filesystem::create_directory(mFolder); }
-    void TearDown() override { std::filesystem::remove_all(mFolder); }
+    void SetUp() override { std::filesystem::create_directory(folder_); }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
 
     std::string write(const std::string& bytes) const {
-        std::ofstream(mFolder / "x.sofa", std::ios::binary) << bytes;
-        return (mFolder / "x.sofa").string();
+        std::ofstream(folder_ / "x.sofa", std::ios::binary) << bytes;
+        return (folder_ / "x.sofa").string();
     }
 
     static std::string packagedBytes() {
@@ -39,7 +39,7 @@ class SofaFile : public testing::Test {
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
 
-    const std::filesystem::path mFolder =
+    const std::filesystem::path folder_ =
         std::filesystem::temp_directory_path() / ("sonivex-sofa-" + std::to_string(getpid()));
 };
 
@@ -54,7 +54,7 @@ TEST_F(SofaFile, PackagedMeasurementsAre710DirectionsOf512SamplesAt44100Hz) {
 }
 
 TEST_F(SofaFile, MissingFileIsNamedAsTheSystemDoes) {
-    EXPECT_EQ(reasonAgainst((mFolder / "none.sofa").string()),
+    EXPECT_EQ(reasonAgainst((folder_ / "none.sofa").string()),
               "cannot be opened or is not SOFA: No such file or directory");
 }
 
@@ -94,19 +94,19 @@ class SofaRecord : public testing::Test {
         hrtf.E = 1;
         hrtf.N = 3;
         hrtf.M = 2;
-        hrtf.ReceiverPosition = {mReceivers, 6, nullptr};
-        hrtf.SourcePosition = {mSources, 6, nullptr};
-        hrtf.DataIR = {mResponses, 12, nullptr};
-        hrtf.DataSamplingRate = {&mRate, 1, nullptr};
-        hrtf.DataDelay = {mDelays, 4, nullptr};
+        hrtf.ReceiverPosition = {receivers_, 6, nullptr};
+        hrtf.SourcePosition = {sources_, 6, nullptr};
+        hrtf.DataIR = {responses_, 12, nullptr};
+        hrtf.DataSamplingRate = {&rate_, 1, nullptr};
+        hrtf.DataDelay = {delays_, 4, nullptr};
         return hrtf;
     }
 
-    float mReceivers[6] = {0.0F, 0.09F, 0.0F, 0.0F, -0.09F, 0.0F};
-    float mSources[6] = {0.0F, 2.0F, 0.0F, 3.0F, 0.0F, 4.0F};
-    float mResponses[12] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
-    float mRate = 48000.0F;
-    float mDelays[4] = {0.5F, 1.5F, 2.5F, 3.5F};
+    float receivers_[6] = {0.0F, 0.09F, 0.0F, 0.0F, -0.09F, 0.0F};
+    float sources_[6] = {0.0F, 2.0F, 0.0F, 3.0F, 0.0F, 4.0F};
+    float responses_[12] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    float rate_ = 48000.0F;
+    float delays_[4] = {0.5F, 1.5F, 2.5F, 3.5F};
 };
 
 TEST_F(SofaRecord, IsReadByDirectionAndEar) {
@@ -122,8 +122,8 @@ TEST_F(SofaRecord, IsReadByDirectionAndEar) {
 }
 
 TEST_F(SofaRecord, ReceiverOnThePositiveSideIsTheLeftEar) {
-    mReceivers[1] = -0.09F;
-    mReceivers[4] = 0.09F;
+    receivers_[1] = -0.09F;
+    receivers_[4] = 0.09F;
     const HeadMeasurements head = measurementsIn(record());
     EXPECT_EQ(head.directions[0].ears[0], (std::vector<double>{4, 5, 6}));
     EXPECT_EQ(head.directions[0].delays_samples[0], 1.5);
@@ -155,9 +155,9 @@ TEST_F(SofaRecord, IsRefusedWhenSomethingDoesNotFit) {
 }
 
 TEST_F(SofaRecord, SourceInsideTheHeadIsRefused) {
-    mSources[1] = 0.0F;
+    sources_[1] = 0.0F;
     EXPECT_THROW(measurementsIn(record()), UnusableHead);
-    mSources[1] = NAN;
+    sources_[1] = NAN;
     EXPECT_THROW(measurementsIn(record()), UnusableHead);
 }
 

@@ -60,7 +60,7 @@ TEST(SourceComponents, ReflectionsAreAtLeastFourDecibelsLowerAndAtMostHalfOfTheR
         for (double& sample : ear) sample *= 1e-9;
         ear[kSamples - 1] = 1.0;  // all of the tail's energy, away from the reflections
     }
-    const auto gainAt = [&](double ratio_db) {
+    const auto gain_at = [&](double ratio_db) {
         const EarSignals room = difference(mixComponents(parts, ratio_db), parts.direct);
         double product = 0.0;
         double square = 0.0;
@@ -70,9 +70,9 @@ TEST(SourceComponents, ReflectionsAreAtLeastFourDecibelsLowerAndAtMostHalfOfTheR
         }
         return product / square;
     };
-    EXPECT_NEAR(20.0 * std::log10(gainAt(-10.0)), -4.0, 1e-3);
+    EXPECT_NEAR(20.0 * std::log10(gain_at(-10.0)), -4.0, 1e-3);
     const double half = 0.5 * energyAbove300Hz(parts.direct) / 100.0;
-    EXPECT_NEAR(gainAt(20.0), std::sqrt(half / energyAbove300Hz(parts.reflections)), 1e-4);
+    EXPECT_NEAR(gain_at(20.0), std::sqrt(half / energyAbove300Hz(parts.reflections)), 1e-4);
 }
 
 TEST(SourceComponents, RoomIsSilentInTheBass) {

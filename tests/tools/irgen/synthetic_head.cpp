@@ -12,15 +12,15 @@ using sonivex_irgen::HeadMeasurement;
 using sonivex_irgen::HeadMeasurements;
 
 HeadMeasurements syntheticHead() {
-    constexpr double degree = std::numbers::pi / 180.0;
+    constexpr double kDegree = std::numbers::pi / 180.0;
     HeadMeasurements head;
     head.rate_hz = 48000.0;
     for (int elevation = -45; elevation <= 75; elevation += 15) {
         for (int azimuth = 0; azimuth < 360; azimuth += 10) {
             HeadMeasurement& measured = head.directions.emplace_back();
-            measured.direction = {std::cos(elevation * degree) * std::cos(azimuth * degree),
-                                  std::cos(elevation * degree) * std::sin(azimuth * degree),
-                                  std::sin(elevation * degree)};
+            measured.direction = {std::cos(elevation * kDegree) * std::cos(azimuth * kDegree),
+                                  std::cos(elevation * kDegree) * std::sin(azimuth * kDegree),
+                                  std::sin(elevation * kDegree)};
             const double side = measured.direction.y;
             for (std::size_t ear = 0; ear < 2; ++ear) {
                 const double towards = ear == 0 ? side : -side;

@@ -30,8 +30,8 @@ TableSet validSet(const std::string& layout, const std::string& kind, std::size_
         const char side = sides[source];
         const std::string name = layout == "cingo" ? std::string("cingo") + (source == 0 ? "L" : "R")
                                                    : layout + "_" + std::to_string(source + 1) + "_h_" + kind;
-        const bool isLoudest = side == 'b' || sides.find('b') == std::string::npos;
-        const int loud = isLoudest ? peak : 20000;
+        const bool is_loudest = side == 'b' || sides.find('b') == std::string::npos;
+        const int loud = is_loudest ? peak : 20000;
         set.tables.push_back(spike(name + "L48", samples, side == 'r' ? -loud / 2 : -loud));
         set.tables.push_back(spike(name + "R48", samples, side == 'l' ? loud / 2 : loud));
         if (side == 'c' && kind != "c") set.tables.back().samples = set.tables[set.tables.size() - 2].samples;
@@ -60,7 +60,7 @@ std::vector<TableSet> validSets() {
 class TableFacts : public testing::Test {
   protected:
     Table& table(const std::string& name) {
-        for (TableSet& set : mSets) {
+        for (TableSet& set : sets_) {
             for (Table& candidate : set.tables) {
                 if (candidate.name == name) return candidate;
             }
@@ -70,20 +70,20 @@ class TableFacts : public testing::Test {
 
     std::string complaint() const {
         try {
-            checkTableFacts(mSets);
+            checkTableFacts(sets_);
             return "";
         } catch (const UnmetTableFact& reason) {
             return reason.what();
         }
     }
 
-    std::vector<TableSet> mSets = validSets();
+    std::vector<TableSet> sets_ = validSets();
 };
 
 TEST_F(TableFacts, HoldForAll117Tables) {
     EXPECT_EQ(complaint(), "");
     std::size_t tables = 0;
-    for (const TableSet& set : mSets) tables += set.tables.size();
+    for (const TableSet& set : sets_) tables += set.tables.size();
     EXPECT_EQ(tables, 117U);
 }
 
@@ -121,9 +121,9 @@ TEST_F(TableFacts, NoticeTwoEqualTables) {
 }
 
 TEST_F(TableFacts, NoticeAMissingTable) {
-    mSets[4].tables.pop_back();
+    sets_[4].tables.pop_back();
     EXPECT_EQ(complaint(), "2 mode1: wrong number of tables");
-    mSets.pop_back();
+    sets_.pop_back();
     EXPECT_EQ(complaint(), "wrong number of sets");
 }
 

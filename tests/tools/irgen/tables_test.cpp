@@ -28,16 +28,16 @@ TEST(Tables, AreByteForByteWhatIsCommitted) {
     ASSERT_FALSE(committed.empty());
     const HeadMeasurements& measurements = *irgen_test::packagedHead();
     const TableOrigin origin{sha256(fileBytes(SONIVEX_DEFAULT_SOFA)), fitHeadRadius_m(measurements)};
-    const HeadModel head(directionalTransfers(measurements), origin.headRadius_m);
+    const HeadModel head(directionalTransfers(measurements), origin.head_radius_m);
     std::istringstream made(tableSource(makeTableSets(head), origin));
     std::istringstream expected(committed);
-    std::string madeLine;
-    std::string expectedLine;
-    for (int line = 1; std::getline(expected, expectedLine); ++line) {
-        ASSERT_TRUE(std::getline(made, madeLine)) << "line " << line;
-        ASSERT_EQ(madeLine, expectedLine) << "line " << line;
+    std::string made_line;
+    std::string expected_line;
+    for (int line = 1; std::getline(expected, expected_line); ++line) {
+        ASSERT_TRUE(std::getline(made, made_line)) << "line " << line;
+        ASSERT_EQ(made_line, expected_line) << "line " << line;
     }
-    EXPECT_FALSE(std::getline(made, madeLine));
+    EXPECT_FALSE(std::getline(made, made_line));
 }
 
 TEST(Tables, SourceHasSixteenValuesALineAndAHeader) {

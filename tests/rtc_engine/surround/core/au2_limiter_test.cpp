@@ -16,10 +16,10 @@
 namespace {
 
 constexpr float kCeiling = 32440.32F;
-/* ceiling / x * x rounds twice: it can end one unit in the last place above the ceiling. */
+// ceiling / x * x rounds twice: it can end one unit in the last place above the ceiling.
 constexpr float kCeilingWithRounding = 32440.3223F;
 
-/* Reset of what creation may have left in the record: it promises nothing about the contents. */
+// Reset of what creation may have left in the record: it promises nothing about the contents.
 sonivex::Au2LimiterOwner makeLimiter() {
     auto limiter = sonivex::makeAu2Limiter();
     std::memset(static_cast<void*>(limiter.get()), 0xA5, sizeof *limiter);

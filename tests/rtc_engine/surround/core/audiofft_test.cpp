@@ -41,8 +41,8 @@ std::complex<long double> exactBin(const Floats& x, std::size_t k) {
     return sum;
 }
 
-/* Rounded to float once, from a double that is right to 1e-13 of the largest magnitudes: half a unit in the
- * last place, and hardly more. */
+// Rounded to float once, from a double that is right to 1e-13 of the largest magnitudes: half a unit in the
+// last place, and hardly more.
 float tolerance(long double exact, std::size_t length) {
     const double from_double = 1e-14 * std::sqrt(static_cast<double>(length)) * 8;
     return static_cast<float>(std::fabs(static_cast<double>(exact)) * 0x1.0001p-24 + from_double);
@@ -176,7 +176,7 @@ TEST(RealFft, WithoutALengthNothingIsWritten) {
     EXPECT_EQ(im, 5.0F);
 }
 
-/* Exactly as much memory as is promised to be enough, for the sanitizers. */
+// Exactly as much memory as is promised to be enough, for the sanitizers.
 TEST(RealFft, OtherLengthsStayWithinTheirBounds) {
     for (const std::size_t length : {3U, 6U, 7U, 12U, 100U, 511U}) {
         AudioFFT fft;

@@ -1,4 +1,4 @@
-/* Which table each agent's number stands for, and what hears it: against a list written out by hand. */
+// Which table each agent's number stands for, and what hears it: against a list written out by hand.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -15,7 +15,7 @@ using AgentTables = std::vector<const AgentTable*>;
 
 constexpr int kAgentBlock = 240;
 
-/* An agent hears a channel, with one ear. */
+// An agent hears a channel, with one ear.
 struct AgentPlace {
     std::size_t channel;
     std::size_t ear;
@@ -31,7 +31,7 @@ struct AgentsOfLayout {
     AgentTables tables;
 };
 
-/* Numbers from 8 on, two for each channel. */
+// Numbers from 8 on, two for each channel.
 std::map<std::size_t, AgentPlace> pairsFrom8(const std::vector<std::size_t>& channels) {
     std::map<std::size_t, AgentPlace> places;
     for (std::size_t i = 0; i < channels.size(); ++i) {
@@ -126,7 +126,7 @@ std::vector<AgentsOfLayout> everyNumbering() {
 #undef TABLE
 }
 
-/* An ear hears the sum of its agents' tables when a channel brings an impulse. */
+// An ear hears the sum of its agents' tables when a channel brings an impulse.
 std::vector<float> heardOfImpulse(const AgentsOfLayout& agents, std::size_t channel, std::size_t ear) {
     std::vector<float> heard(kAgentBlock, 0.0F);
     std::size_t table = 0;
@@ -190,7 +190,7 @@ TEST(ConvolveReverbAgents, AnImpulseInAChannelIsHeardAsTheTablesOfItsAgents) {
     }
 }
 
-/* The tables are read-only for everybody else. */
+// The tables are read-only for everybody else.
 class ChangedSample {
   public:
     explicit ChangedSample(const AgentTable& table)
@@ -206,7 +206,7 @@ class ChangedSample {
     const std::int16_t former_;
 };
 
-/* Both Audio tables hold the same, so that only a difference between them shows which ear has which. */
+// Both Audio tables hold the same, so that only a difference between them shows which ear has which.
 TEST(ConvolveReverbAgents, EachEarOfTheAudioStageHasItsOwnTable) {
     const ChangedSample in_left_only(ConvolveReverb::g_dolbyL441);
     ConvolveReverb reverb;

@@ -1,4 +1,4 @@
-/* Blocks at once against one after the other, bit for bit. */
+// Blocks at once against one after the other, bit for bit.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -20,7 +20,7 @@ bool haveSameBits(const PairFloats& a, const PairFloats& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
 }
 
-/* Sound that ends and begins again, so that banks rest and wake. */
+// Sound that ends and begins again, so that banks rest and wake.
 PairFloats soundOrSilence(test::Random& random, std::size_t samples) {
     return random.between(0, 3) == 0 ? PairFloats(samples, 0.0F) : test::noiseFloats(random.bits(), samples);
 }

@@ -25,17 +25,17 @@ class ConvolveReverbInspector {
     std::size_t blockFrames() const { return reverb_.block_frames_; }
 
     /** The layout that the loudspeakers' stage is set up for, or null. kAudio has a stage of its own. */
-    const Layout* layout() const { return reverb_.layoutStage.layout; }
-    bool hasAudioStage() const { return reverb_.audioStage.layout == &sonivex::kAudio; }
+    const Layout* layout() const { return reverb_.layout_stage_.layout; }
+    bool hasAudioStage() const { return reverb_.audio_stage_.layout == &sonivex::kAudio; }
     /** Of the loudspeakers' stage and of the Audio stage, in the order of their tables. */
-    Responses responses() const { return reverb_.layoutStage.responses; }
-    Responses audio() const { return reverb_.audioStage.responses; }
+    Responses responses() const { return reverb_.layout_stage_.responses; }
+    Responses audio() const { return reverb_.audio_stage_.responses; }
     std::size_t loadedSets() const { return (responses().empty() ? 0U : 1U) + (audio().empty() ? 0U : 1U); }
 
     /** Whether a source of a stage that is set up has this agent. */
     bool isSetUp(std::size_t number) const {
         const auto agent = static_cast<int>(number);
-        for (const Layout* const layout : {reverb_.layoutStage.layout, reverb_.audioStage.layout}) {
+        for (const Layout* const layout : {reverb_.layout_stage_.layout, reverb_.audio_stage_.layout}) {
             if (layout == nullptr) continue;
             for (const sonivex::Source& source : layout->sources) {
                 if (source.left_agent == agent || source.right_agent == agent) return true;
@@ -45,11 +45,11 @@ class ConvolveReverbInspector {
     }
 
     /** Gives every agent of a stage that is set up one tap in place of its response, and silence before. */
-    void plantGains(const Layout& layout, const std::function<float(std::size_t)>& gainOf) {
+    void plantGains(const Layout& layout, const std::function<float(std::size_t)>& gain_of) {
         std::array<float, kAgents> gains{};
         std::array<sonivex::Taps, kAgents> taps{};
         for (std::size_t agent = 0; agent < kAgents; ++agent) {
-            gains[agent] = gainOf(agent);
+            gains[agent] = gain_of(agent);
             taps[agent] = {&gains[agent], 1};
         }
         const auto block_frames = static_cast<std::size_t>(reverb_.headBlockSize);

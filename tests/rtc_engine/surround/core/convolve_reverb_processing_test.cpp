@@ -27,7 +27,7 @@ Floats rendered(ConvolveReverb& reverb, Operation operation, const Floats& in, s
     return out;
 }
 
-/* Only one channel of a block sounds. */
+// Only one channel of a block sounds.
 Floats onlyChannel(std::size_t channel, std::size_t width) {
     Floats in(width * kBlock, 0.0F);
     const Floats samples = test::noiseFloats(channel + 1, kBlock);
@@ -35,7 +35,7 @@ Floats onlyChannel(std::size_t channel, std::size_t width) {
     return in;
 }
 
-/* Gains that are powers of two apart, or the agents' numbers themselves. */
+// Gains that are powers of two apart, or the agents' numbers themselves.
 float powerOfTwo(std::size_t agent) {
     return agent < 4 ? static_cast<float>(1 << agent) : 0.0F;
 }
@@ -44,11 +44,11 @@ float ownNumber(std::size_t agent) {
     return static_cast<float>(agent);
 }
 
-void plant(ConvolveReverb& reverb, const sonivex::Layout& layout, float (*gainOf)(std::size_t)) {
-    ConvolveReverbInspector(reverb).plantGains(layout, gainOf);
+void plant(ConvolveReverb& reverb, const sonivex::Layout& layout, float (*gain_of)(std::size_t)) {
+    ConvolveReverbInspector(reverb).plantGains(layout, gain_of);
 }
 
-/* By every agent's gain, which channel reaches which ear through it. */
+// By every agent's gain, which channel reaches which ear through it.
 void expectGains(ConvolveReverb& reverb, Operation operation, std::size_t width, std::size_t channel,
                  float left, float right) {
     const Floats in = onlyChannel(channel, width);
@@ -79,7 +79,7 @@ TEST(ConvolveReverbProcessing, TwoChannelSurroundKeepsTheSidesApart) {
     expectGains(reverb, &ConvolveReverb::process_Kelvo_Surround_2, 2, 1, 0, 2 + 8);
 }
 
-/* The same single tap everywhere: Bingo gives both ears L + R, Surround each ear twice its own side. */
+// The same single tap everywhere: Bingo gives both ears L + R, Surround each ear twice its own side.
 TEST(ConvolveReverbProcessing, WithEqualResponsesTheTwoPairingsDiffer) {
     const Floats in = test::noiseFloats(3, 2 * kBlock);
     const auto half = [](std::size_t) { return 0.5F; };
@@ -213,8 +213,8 @@ constexpr Named kNamed[] = {{&ConvolveReverb::process_Kelvo_Bingo_2, &sonivex::k
                             {&ConvolveReverb::process_Kelvo_Surround_7_1, &sonivex::kSurround71},
                             {&ConvolveReverb::process_kelvo_audio_, &sonivex::kAudio}};
 
-/* Between two blocks every operation but the right ones is called: what is heard next must be as if it had
- * not been. */
+// Between two blocks every operation but the right ones is called: what is heard next must be as if it had
+// not been.
 TEST(ConvolveReverbProcessing, AnOperationThatIsNotSetUpGivesSilenceAndDisturbsNoOther) {
     for (const Named& right : kNamed) {
         if (right.layout == &sonivex::kAudio) continue;

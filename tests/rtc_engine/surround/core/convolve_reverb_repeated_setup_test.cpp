@@ -1,4 +1,4 @@
-/* Set-ups for the same layout, twice: the responses stand one behind the other, and so does what is heard. */
+// Set-ups for the same layout, twice: the responses stand one behind the other, and so does what is heard.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -13,7 +13,7 @@ namespace {
 using RepeatedFloats = std::vector<float>;
 
 constexpr int kRepeatedBlock = 240;
-/* From here on a response is longer than the head stage of an agent, whose tail stage is another sum. */
+// From here on a response is longer than the head stage of an agent, whose tail stage is another sum.
 constexpr std::size_t kHeadTaps = 16384;
 
 struct RepeatedLayout {
@@ -28,7 +28,7 @@ constexpr RepeatedLayout kRepeated[] = {{"3DSurround, 5.1", &sonivex::kBingo51, 
                                         {"MegaBass, 7.1", &sonivex::kSurround71, 2},
                                         {"Audio", &sonivex::kAudio, 0}};
 
-/* A burst, then silence for as long as the longest response, so that all of it is heard by itself. */
+// A burst, then silence for as long as the longest response, so that all of it is heard by itself.
 RepeatedFloats burstAndSilence(const sonivex::Layout& layout) {
     const auto width = static_cast<std::size_t>(layout.width);
     RepeatedFloats in(width * kRepeatedBlock * 85, 0.0F);
@@ -46,7 +46,7 @@ RepeatedFloats twice(const ConvolveReverb::Table& table, const sonivex::Layout& 
     return response;
 }
 
-/* One convolver for each pair of a source and an ear, added up in the sources' order, block by block. */
+// One convolver for each pair of a source and an ear, added up in the sources' order, block by block.
 template <typename Convolver, typename Load>
 RepeatedFloats addedUp(const RepeatedLayout& repeated, const RepeatedFloats& in, Load load) {
     const sonivex::Layout& layout = *repeated.layout;
@@ -127,7 +127,7 @@ TEST(ConvolveReverbRepeatedSetUp, StartsFromSilence) {
     }
 }
 
-/* Both stages share memory; neither's set-up may take the other's. */
+// Both stages share memory; neither's set-up may take the other's.
 TEST(ConvolveReverbRepeatedSetUp, OfOneStageLeavesTheOtherAsItIs) {
     const RepeatedFloats in = burstAndSilence(sonivex::kSurround2);
     ConvolveReverb disturbed;
@@ -150,7 +150,7 @@ TEST(ConvolveReverbRepeatedSetUp, OfOneStageLeavesTheOtherAsItIs) {
     EXPECT_EQ(std::count(out.begin(), out.end(), 0.0F), 0);
 }
 
-/* The block length belongs to a set-up, and the stage that was set up before keeps its partitions. */
+// The block length belongs to a set-up, and the stage that was set up before keeps its partitions.
 TEST(ConvolveReverbRepeatedSetUp, StagesMayDifferInTheirBlockLengths) {
     const RepeatedFloats in = burstAndSilence(sonivex::kSurround2);
     ConvolveReverb mixed;

@@ -162,7 +162,7 @@ TEST(ConvolveReverbSetUp, MegaBassOfSixChannelsLoadsFivePairsAndTheAudioStage) {
     expectResponse(inspector.responses()[9], ConvolveReverb::g_5_1_5_h_mode2R48, 20000);
 }
 
-/* By the first and the last table of every mode. */
+// By the first and the last table of every mode.
 struct ModeTables {
     const Table* first;
     const Table* last;
@@ -179,7 +179,7 @@ TEST(ConvolveReverbSetUp, EveryModeButOneAndTwoIsThree) {
     constexpr ModeTables kSevenOne[] = {{&R::g_7_1_1_h_mode1L48, &R::g_7_1_7_h_mode1R48},
                                         {&R::g_7_1_1_h_mode2L48, &R::g_7_1_7_h_mode2R48},
                                         {&R::g_7_1_1_h_mode3L48, &R::g_7_1_7_h_mode3R48}};
-    const auto expectSet = [](const Inspector& inspector, const ModeTables& tables, std::size_t last) {
+    const auto expect_set = [](const Inspector& inspector, const ModeTables& tables, std::size_t last) {
         EXPECT_EQ(inspector.loadedSets(), 1U);
         ASSERT_EQ(inspector.responses().size(), last + 1);
         expectResponse(inspector.responses()[0], *tables.first, 20000);
@@ -191,15 +191,15 @@ TEST(ConvolveReverbSetUp, EveryModeButOneAndTwoIsThree) {
         const std::size_t set = mode == 1 ? 0 : (mode == 2 ? 1 : 2);
         R stereo;
         stereo.prepareToPlay_Kelvo_Surround_2(2, 240, mode);
-        expectSet(Inspector(stereo), kStereo[set], 3);
+        expect_set(Inspector(stereo), kStereo[set], 3);
         EXPECT_EQ(agentsSetUp(Inspector(stereo)), range(0, 3));
         R five_one;
         five_one.prepareToPlay_Kelvo_Surround_5_1(6, 240, mode);
-        expectSet(Inspector(five_one), kFiveOne[set], 9);
+        expect_set(Inspector(five_one), kFiveOne[set], 9);
         EXPECT_EQ(agentsSetUp(Inspector(five_one)), range(8, 17));
         R seven_one;
         seven_one.prepareToPlay_Kelvo_Surround_7_1(8, 240, mode);
-        expectSet(Inspector(seven_one), kSevenOne[set], 13);
+        expect_set(Inspector(seven_one), kSevenOne[set], 13);
         EXPECT_EQ(agentsSetUp(Inspector(seven_one)), range(8, 21));
     }
 }
@@ -227,13 +227,13 @@ TEST(ConvolveReverbSetUp, ASetUpForAnotherLayoutOrModeDropsTheFormerResponses) {
     ASSERT_EQ(inspector.responses().size(), 12U);
     expectResponse(inspector.responses()[11], ConvolveReverb::g_5_1_6_h_cR48, 20000);
     EXPECT_EQ(inspector.layout(), &sonivex::kBingo51);
-    /* The Audio stage is another one and keeps what it had. */
+    // The Audio stage is another one and keeps what it had.
     ASSERT_EQ(inspector.audio().size(), 2U);
     expectResponse(inspector.audio()[0], ConvolveReverb::g_dolbyL441, 24000);
 }
 
-/* Full scale of the tables, by hand: -32768 / 10000 and -32768 / 24000 as floats. */
-/* Puts a value into a table while it lives. The tables are read-only for everybody else. */
+// Full scale of the tables, by hand: -32768 / 10000 and -32768 / 24000 as floats.
+// Puts a value into a table while it lives. The tables are read-only for everybody else.
 class PlantedSample {
   public:
     PlantedSample(const ConvolveReverb::Table& table, std::int16_t value)

@@ -15,7 +15,7 @@ using fftconvolver::FFTConvolver;
 using fftconvolver::TwoStageFFTConvolver;
 using Floats = std::vector<float>;
 
-/* Noise that dies away, with a last tap that is not silent. */
+// Noise that dies away, with a last tap that is not silent.
 Floats room(std::uint64_t seed, std::size_t taps) {
     Floats response = test::noiseFloats(seed, taps);
     for (std::size_t i = 0; i < taps; ++i) {
@@ -35,8 +35,8 @@ Floats convolved(Convolver& convolver, const Floats& in, std::size_t call) {
     return out;
 }
 
-/* Against the level of the output. Each product of spectra rounds a few times at 2^-24, and the errors of the
- * partitions' sum add up like noise. */
+// Against the level of the output. Each product of spectra rounds a few times at 2^-24, and the errors of the
+// partitions' sum add up like noise.
 void expectNear(const Floats& out, const std::vector<double>& exact, std::size_t partitions = 64) {
     double peak = 0;
     for (const double sample : exact) peak = std::max(peak, std::fabs(sample));

@@ -1,4 +1,4 @@
-/* Between one interleaved block and one buffer per channel. */
+// Between one interleaved block and one buffer per channel.
 #pragma once
 
 /** buffers[c][f] = interleaved[f * channels + c] for every whole frame.

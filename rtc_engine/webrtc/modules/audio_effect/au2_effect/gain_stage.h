@@ -1,11 +1,11 @@
-/* Gain in decibels that only ever steps down, followed by the mixer and its limiter.
- *
- *   level_db = 20 log10(peak of the block / 32768)              silence: minus infinity
- *   gain_db  = start gain before the first block
- *   over     = level_db + gain_db; if over > 0: gain_db = max(0, gain_db - max(3, over))
- *   output   = mixer(block, gain_db)
- *
- * The gain is the mixer's gainDb: it lives as long as the mixer and never rises. */
+// Gain in decibels that only ever steps down, followed by the mixer and its limiter.
+//
+//   level_db = 20 log10(peak of the block / 32768)              silence: minus infinity
+//   gain_db  = start gain before the first block
+//   over     = level_db + gain_db; if over > 0: gain_db = max(0, gain_db - max(3, over))
+//   output   = mixer(block, gain_db)
+//
+// The gain is the mixer's gainDb: it lives as long as the mixer and never rises.
 #pragma once
 
 #include <cstdint>

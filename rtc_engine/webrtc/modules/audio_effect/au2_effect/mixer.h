@@ -1,9 +1,9 @@
-/* Mixer: sums int16 inputs with a gain each and limits every channel of the sum.
- *
- *   sum[i]    = sum over inputs k of input_k[i] * gain_k          in float, inputs in order
- *   output[i] = truncate(peak limiter of its channel (sum[i]))
- *
- * Use: mixcreat, mixinit, mixproc for every block, mixfree. One mixer is used by one thread at a time. */
+// Mixer: sums int16 inputs with a gain each and limits every channel of the sum.
+//
+//   sum[i]    = sum over inputs k of input_k[i] * gain_k          in float, inputs in order
+//   output[i] = truncate(peak limiter of its channel (sum[i]))
+//
+// Use: mixcreat, mixinit, mixproc for every block, mixfree. One mixer is used by one thread at a time.
 #pragma once
 
 #include <cstdint>

@@ -1,8 +1,8 @@
-/* The mixer's limiter, one for each of its channels.
- *
- *   out = peak limiter (common/peak_limiter.h); threshold and detection are set by the mixer
- *
- * Use: limiter_reset, set threshold and perSampleDetect, limiter_proc for every block. */
+// The mixer's limiter, one for each of its channels.
+//
+//   out = peak limiter (common/peak_limiter.h); threshold and detection are set by the mixer
+//
+// Use: limiter_reset, set threshold and perSampleDetect, limiter_proc for every block.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,6 @@
-/* What the effects take for granted of float and double, so that they give the same bits everywhere: IEEE
- * 754, and every operation rounded to its own type. Included by every file whose arithmetic is part of the
- * output. */
+// What the effects take for granted of float and double, so that they give the same bits everywhere: IEEE
+// 754, and every operation rounded to its own type. Included by every file whose arithmetic is part of the
+// output.
 #pragma once
 
 #include <cfloat>

@@ -1,10 +1,10 @@
-/* One step of the peak limiter's gain (peak_limiter.h):
- *
- *   smoothed = smoothed * 0.8999 + target * 0.0999
- *   gain     = min(smoothed, gain * 0.9999 + 0.0001)
- *   y        = gain * x;  if |y| > threshold: gain = threshold / |x|, y = gain * x
- *
- * Inline, since the scalar loops and the vector kernel's rests share it. */
+// One step of the peak limiter's gain (peak_limiter.h):
+//
+//   smoothed = smoothed * 0.8999 + target * 0.0999
+//   gain     = min(smoothed, gain * 0.9999 + 0.0001)
+//   y        = gain * x;  if |y| > threshold: gain = threshold / |x|, y = gain * x
+//
+// Inline, since the scalar loops and the vector kernel's rests share it.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +16,7 @@
 
 namespace sonivex {
 
-/* The factors' exact values are part of the sound: 0.8999, 0.0999, 0.9999 and 0.0001 rounded to float. */
+// The factors' exact values are part of the sound: 0.8999, 0.0999, 0.9999 and 0.0001 rounded to float.
 inline constexpr float kSmoothingKeep = std::bit_cast<float>(std::uint32_t{0x3F665FD9});
 inline constexpr float kSmoothingStep = std::bit_cast<float>(std::uint32_t{0x3DCC985F});
 inline constexpr float kReleaseKeep = std::bit_cast<float>(std::uint32_t{0x3F7FF972});

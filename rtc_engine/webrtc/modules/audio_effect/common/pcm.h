@@ -1,7 +1,7 @@
-/* Between signed 16-bit PCM and floats on the same scale (full scale 32768, no scaling in between).
- *
- * Real-time safe, and with vectors: fastest where floats begin on a cache line. A count below 1 is an empty
- * block. */
+// Between signed 16-bit PCM and floats on the same scale (full scale 32768, no scaling in between).
+//
+// Real-time safe, and with vectors: fastest where floats begin on a cache line. A count below 1 is an empty
+// block.
 #pragma once
 
 #include <cstddef>

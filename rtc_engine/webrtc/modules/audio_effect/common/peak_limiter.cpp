@@ -15,8 +15,8 @@ constexpr std::int32_t kWindowDepth = 6;
 constexpr std::int32_t kWindowSamples = 1 << kWindowDepth;
 static_assert(kWindowSamples <= kLimiterDelayEntries && 2 * kWindowSamples <= kLimiterTreeEntries);
 
-/* What a call changes from sample to sample. Held apart from the record, since the compiler cannot know that
- * `out` does not point into it. */
+// What a call changes from sample to sample. Held apart from the record, since the compiler cannot know that
+// `out` does not point into it.
 struct Progress {
     explicit Progress(const PeakLimiterFields& fields)
         : gain(fields.gain),
@@ -46,7 +46,7 @@ void engage(const PeakLimiterFields& fields, Progress& progress) {
     progress.is_limiting = true;
 }
 
-/* Puts a level into the window; the window's peak says how low the gain has to be, or that it may rise. */
+// Puts a level into the window; the window's peak says how low the gain has to be, or that it may rise.
 float insertLevel(const PeakLimiterFields& fields, Progress& progress, float level) {
     const float peak = insertIntoMaximumTree(fields.maximum_tree, progress.write_index, level,
                                              fields.tree_depth, fields.tree_leaves);
@@ -71,8 +71,8 @@ bool limitEachByItsOwnLevel(const PeakLimiterFields& fields, const float* in, in
     bool has_exceeded = false;
 
     for (int i = 0; i < count; ++i) {
-        /* A NaN has no level: in the tree it would stay for ever, being neither more nor less than its
-         * sibling. */
+        // A NaN has no level: in the tree it would stay for ever, being neither more nor less than its
+        // sibling.
         const float magnitude = std::fabs(in[i]);
         const float level = magnitude >= 0.0F ? magnitude : 0.0F;
         if (level > threshold) {
@@ -91,7 +91,7 @@ bool limitEachByItsOwnLevel(const PeakLimiterFields& fields, const float* in, in
     return has_exceeded;
 }
 
-/* Only what the window still holds when all samples have gone by. */
+// Only what the window still holds when all samples have gone by.
 void writeToDelay(const PeakLimiterFields& fields, const float* in, int count) {
     const std::int32_t window = fields.index_mask + 1;
     const int kept = std::min(count, window);
@@ -102,10 +102,10 @@ void writeToDelay(const PeakLimiterFields& fields, const float* in, int count) {
     std::copy_n(newest + before_end, kept - before_end, fields.delay);
 }
 
-/* The last `rest` of a call's `count` samples, when the window's peak is the call's own level already. */
+// The last `rest` of a call's `count` samples, when the window's peak is the call's own level already.
 void insertRest(const PeakLimiterFields& fields, const Progress& progress, float level, int count, int rest) {
     if (count >= fields.tree_leaves) {
-        /* All leaves come from this call, so that every node holds its level. */
+        // All leaves come from this call, so that every node holds its level.
         std::fill_n(fields.maximum_tree, 2 * fields.tree_leaves - 2, level);
         return;
     }
@@ -115,10 +115,10 @@ void insertRest(const PeakLimiterFields& fields, const Progress& progress, float
     }
 }
 
-/* All samples count as loud as their peak. The target moves only while the window forgets what was before
- * this call; then it stands still, the smoothed gain soon does, and what is left is vectors. */
+// All samples count as loud as their peak. The target moves only while the window forgets what was before
+// this call; then it stands still, the smoothed gain soon does, and what is left is vectors.
 bool limitAllByTheirPeak(const PeakLimiterFields& fields, const float* in, int count, float* out) {
-    /* Before the first write: out may be in. */
+    // Before the first write: out may be in.
     const float level = largestMagnitude(in, count);
     writeToDelay(fields, in, count);
 

@@ -1,18 +1,18 @@
-/* Peak limiter for one sequence of floats in int16 units: the law that the output limiter and the mixer's
- * limiters share. Each keeps a record of its own; the kernel works on references to its fields.
- *
- *   level[i]    = largest magnitude of the call        (detects_per_sample: |in[i]|)
- *   engage      when level > threshold, with an empty window
- *   peak[i]     = maximum of the last 64 levels since engaging; release when peak <= threshold
- *   target[i]   = threshold / peak while engaged, else the idle gain
- *   smoothed[i] = smoothed[i-1] * 0.8999 + target[i] * 0.0999
- *   gain[i]     = min(smoothed[i], gain[i-1] * 0.9999 + 0.0001)
- *   y[i]        = in[i] * gain[i]                      (detects_per_sample: in[i-63], 63 samples late)
- *   if |y| > threshold: gain = threshold / |in|, y = gain * in
- *
- * The smoothing factors sum to 0.9998 and not to 1: an idle limiter settles at a gain of 0.998. With the
- * level of the whole call a loud sample anywhere in it engages the limiter from the call's first sample,
- * without latency. */
+// Peak limiter for one sequence of floats in int16 units: the law that the output limiter and the mixer's
+// limiters share. Each keeps a record of its own; the kernel works on references to its fields.
+//
+//   level[i]    = largest magnitude of the call        (detects_per_sample: |in[i]|)
+//   engage      when level > threshold, with an empty window
+//   peak[i]     = maximum of the last 64 levels since engaging; release when peak <= threshold
+//   target[i]   = threshold / peak while engaged, else the idle gain
+//   smoothed[i] = smoothed[i-1] * 0.8999 + target[i] * 0.0999
+//   gain[i]     = min(smoothed[i], gain[i-1] * 0.9999 + 0.0001)
+//   y[i]        = in[i] * gain[i]                      (detects_per_sample: in[i-63], 63 samples late)
+//   if |y| > threshold: gain = threshold / |in|, y = gain * in
+//
+// The smoothing factors sum to 0.9998 and not to 1: an idle limiter settles at a gain of 0.998. With the
+// level of the whole call a loud sample anywhere in it engages the limiter from the call's first sample,
+// without latency.
 #pragma once
 
 #include <bit>
@@ -23,7 +23,7 @@ namespace sonivex {
 inline constexpr int kLimiterDelayEntries = 256;
 inline constexpr int kLimiterTreeEntries = 512;
 
-/* 0.99 of full scale. */
+// 0.99 of full scale.
 inline constexpr double kCeilingInt16Units = 32440.32;
 inline constexpr float kCeiling = std::bit_cast<float>(std::uint32_t{0x46FD70A4});
 static_assert(kCeiling == static_cast<float>(kCeilingInt16Units));

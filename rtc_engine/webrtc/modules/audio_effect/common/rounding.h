@@ -1,12 +1,12 @@
-/* Rounding to nearest while an effect works, whatever a host has set for the thread.
- *
- * The limiters feed back what they have rounded, so that another rounding mode changes up to a quarter of the
- * samples, by up to 24 steps. Every exported function of an effect that computes therefore begins with
- *
- *   const RoundingToNearest rounding;
- *
- * which gives the host its own mode back at the end. Whether small numbers count as zero is left as the host
- * has it: that changes no bit. A few cycles; real-time safe. */
+// Rounding to nearest while an effect works, whatever a host has set for the thread.
+//
+// The limiters feed back what they have rounded, so that another rounding mode changes up to a quarter of the
+// samples, by up to 24 steps. Every exported function of an effect that computes therefore begins with
+//
+//   const RoundingToNearest rounding;
+//
+// which gives the host its own mode back at the end. Whether small numbers count as zero is left as the host
+// has it: that changes no bit. A few cycles; real-time safe.
 #pragma once
 
 #include <cstdint>
@@ -31,7 +31,7 @@ class RoundingToNearest {
     RoundingToNearest& operator=(const RoundingToNearest&) = delete;
 
   private:
-    /* No access to memory, and so no arithmetic on samples, moves past a change of the mode. */
+    // No access to memory, and so no arithmetic on samples, moves past a change of the mode.
     static void keepOrder() { asm volatile("" ::: "memory"); }
 
 #if defined(__SSE2__)

@@ -1,15 +1,15 @@
-/* Ring of 81920 int16 samples between a caller's block length and an effect's.
- *
- *   level  = (writeIndex - readIndex + 81920) mod 81920
- *   write:   next = (writeIndex + 1) mod 81920; refused if next == readIndex;
- *            else writeIndex = next, data[next] = s
- *   read:    readIndex = (readIndex + 1) mod 81920; s = data[readIndex]
- *
- * Both indices name the sample handled last, so they advance before the access: the first sample ever written
- * lies at index 1, and one slot always stays empty. Samples are refused one by one, so a full ring can split
- * a frame.
- *
- * A zeroed record is an empty ring. Not shared between threads. */
+// Ring of 81920 int16 samples between a caller's block length and an effect's.
+//
+//   level  = (writeIndex - readIndex + 81920) mod 81920
+//   write:   next = (writeIndex + 1) mod 81920; refused if next == readIndex;
+//            else writeIndex = next, data[next] = s
+//   read:    readIndex = (readIndex + 1) mod 81920; s = data[readIndex]
+//
+// Both indices name the sample handled last, so they advance before the access: the first sample ever written
+// lies at index 1, and one slot always stays empty. Samples are refused one by one, so a full ring can split
+// a frame.
+//
+// A zeroed record is an empty ring. Not shared between threads.
 #pragma once
 
 #include <cstdint>

@@ -1,14 +1,14 @@
-/* Between a caller's block length and an effect's:
- *
- *   in      --> in_ring
- *   in_ring --> render --> out_ring      while a whole block waits; one block at a time, or several
- *   out_ring --> out                     or silence, while it holds less than the call asks for
- *
- * So the output begins with the first call that it has enough for, and lags by the silence before it. Where
- * the call length does not suit the block length, silence can come again in the middle of the sound; nothing
- * is lost then, and the lag grows.
- *
- * Use: one pair of rings for an effect, empty at the start, and one serveCall for every call of it. */
+// Between a caller's block length and an effect's:
+//
+//   in      --> in_ring
+//   in_ring --> render --> out_ring      while a whole block waits; one block at a time, or several
+//   out_ring --> out                     or silence, while it holds less than the call asks for
+//
+// So the output begins with the first call that it has enough for, and lags by the silence before it. Where
+// the call length does not suit the block length, silence can come again in the middle of the sound; nothing
+// is lost then, and the lag grows.
+//
+// Use: one pair of rings for an effect, empty at the start, and one serveCall for every call of it.
 #pragma once
 
 #include <algorithm>

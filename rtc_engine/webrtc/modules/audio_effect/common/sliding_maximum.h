@@ -1,11 +1,11 @@
-/* Maximum of the last `leaves` values, kept in a tournament tree.
- *
- *   levels, leaves first:  leaves, leaves/2, .., 2 nodes; level d (depth at the leaves .. 1) starts at
- *                          entry 2 * leaves - (2 << d)
- *   insert at leaf k:      on every level: node k = value; value = max(value, sibling of k); k = k / 2
- *
- * Every node holds the maximum of what is below it, so one path of `depth` steps per value is enough. The
- * caller moves k round the leaves; a tree of zeros stands for no values (they are magnitudes). */
+// Maximum of the last `leaves` values, kept in a tournament tree.
+//
+//   levels, leaves first:  leaves, leaves/2, .., 2 nodes; level d (depth at the leaves .. 1) starts at
+//                          entry 2 * leaves - (2 << d)
+//   insert at leaf k:      on every level: node k = value; value = max(value, sibling of k); k = k / 2
+//
+// Every node holds the maximum of what is below it, so one path of `depth` steps per value is enough. The
+// caller moves k round the leaves; a tree of zeros stands for no values (they are magnitudes).
 #pragma once
 
 #include <cstdint>

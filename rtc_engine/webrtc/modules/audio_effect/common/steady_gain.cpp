@@ -1,8 +1,8 @@
-/* Compiled once for every set of vector instructions; the best one of the processor is taken at run time. */
+// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "steady_gain.cpp"
 #include "vector_targets.h"
-/* vector_targets.h comes first. */
+// vector_targets.h comes first.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -14,7 +14,7 @@ namespace sonivex::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-/* isSameFloat of every lane. */
+// isSameFloat of every lane.
 template <class D>
 HWY_INLINE hn::Mask<D> areSameFloats(D d, hn::Vec<D> a, hn::Vec<D> b) {
     const hn::RebindToSigned<D> bits;
@@ -30,9 +30,9 @@ HWY_INLINE void applyConstantGain(float gain, const float* in, int count, float*
     for (; i < count; ++i) out[i] = gain * in[i];
 }
 
-/* Whole vectors of gains that all rise by the same step, then those lanes of the next one that still do.
- * Takes at least one sample, of at least as many as a vector has lanes. Returns how many, with the last one's
- * gain. */
+// Whole vectors of gains that all rise by the same step, then those lanes of the next one that still do.
+// Takes at least one sample, of at least as many as a vector has lanes. Returns how many, with the last one's
+// gain.
 HWY_INLINE int applyRisingGain(float& gain, float smoothed_gain, float threshold, const float* in, int count,
                                float* out) {
     const hn::ScalableTag<float> d;
@@ -42,7 +42,7 @@ HWY_INLINE int applyRisingGain(float& gain, float smoothed_gain, float threshold
     const auto smoothed = hn::Set(d, smoothed_gain);
     const auto ceiling = hn::Set(d, threshold);
 
-    /* The gains before lanes 0, 1, .. if every sample raises the gain as much as the first one does. */
+    // The gains before lanes 0, 1, .. if every sample raises the gain as much as the first one does.
     const float rise = releaseGain(gain, smoothed_gain) - gain;
     const auto ramp = hn::Mul(hn::Iota(d, 0.0F), hn::Set(d, rise));
     const auto next_ramp = hn::Mul(hn::Iota(d, 1.0F), hn::Set(d, rise));
@@ -67,7 +67,7 @@ HWY_INLINE int applyRisingGain(float& gain, float smoothed_gain, float threshold
             continue;
         }
 
-        /* Right are all lanes up to the first wrong guess, whose own gain still comes from a right one. */
+        // Right are all lanes up to the first wrong guess, whose own gain still comes from a right one.
         const auto first_wrong = hn::FindFirstTrue(d, hn::Not(is_right));
         const int right = first_wrong < 0 ? lanes : static_cast<int>(first_wrong) + 1;
         const auto first_too_loud = hn::FindFirstTrue(d, is_too_loud);
@@ -95,7 +95,7 @@ float limitWithSteadyTarget(float gain, float smoothed_gain, float threshold, fl
     const int lanes = static_cast<int>(hn::Lanes(hn::ScalableTag<float>()));
     int done = 0;
     while (count - done >= lanes) {
-        /* Rounding keeps the order: where the loudest stays below the threshold, all do. */
+        // Rounding keeps the order: where the loudest stays below the threshold, all do.
         if (isSameFloat(releaseGain(gain, smoothed_gain), gain) && std::fabs(gain) * level <= threshold) {
             applyConstantGain(gain, in + done, count - done, out + done);
             return gain;

@@ -1,11 +1,11 @@
-/* The peak limiter's gain while its smoothed target stands still: most of the time.
- *
- *   gain[i] = min(smoothed, gain[i-1] * 0.9999 + 0.0001)
- *   y[i]    = gain[i] * in[i];  if |y| > threshold: gain = threshold / |in|, y = gain * in
- *
- * Each gain needs the one before, but rounded to float it either stays where it is or rises by the same step
- * many times in a row. So a whole vector of gains is guessed as a ramp, every one of them is computed from
- * the guess before it, and what comes out as guessed is right, to the bit: the first guess is known. */
+// The peak limiter's gain while its smoothed target stands still: most of the time.
+//
+//   gain[i] = min(smoothed, gain[i-1] * 0.9999 + 0.0001)
+//   y[i]    = gain[i] * in[i];  if |y| > threshold: gain = threshold / |in|, y = gain * in
+//
+// Each gain needs the one before, but rounded to float it either stays where it is or rises by the same step
+// many times in a row. So a whole vector of gains is guessed as a ramp, every one of them is computed from
+// the guess before it, and what comes out as guessed is right, to the bit: the first guess is known.
 #pragma once
 
 namespace sonivex {

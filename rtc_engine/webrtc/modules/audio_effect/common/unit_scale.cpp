@@ -1,8 +1,8 @@
-/* Compiled once for every set of vector instructions; the best one of the processor is taken at run time. */
+// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "unit_scale.cpp"
 #include "vector_targets.h"
-/* vector_targets.h comes first. */
+// vector_targets.h comes first.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -13,7 +13,7 @@ namespace sonivex::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-/* The full scale of each lane's half of the range. */
+// The full scale of each lane's half of the range.
 template <class D>
 HWY_INLINE hn::Vec<D> fullScale(D d, hn::Vec<D> sample) {
     return hn::IfThenElse(hn::Lt(sample, hn::Zero(d)), hn::Set(d, kNegativeFullScale),

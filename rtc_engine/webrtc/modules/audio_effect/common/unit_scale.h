@@ -1,9 +1,9 @@
-/* Between signed 16-bit PCM and floats with full scale 1. Both ends are exact, so the two halves of the range
- * have factors of their own:
- *
- *   -32768 .. -1  <->  s / 32768          0 .. 32767  <->  s / 32767
- *
- * Real-time safe. */
+// Between signed 16-bit PCM and floats with full scale 1. Both ends are exact, so the two halves of the range
+// have factors of their own:
+//
+//   -32768 .. -1  <->  s / 32768          0 .. 32767  <->  s / 32767
+//
+// Real-time safe.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-/* Arrays for libavutil's transforms: aligned for its widest vectors, zeroed, freed with their owner. */
+// Arrays for libavutil's transforms: aligned for its widest vectors, zeroed, freed with their owner.
 #pragma once
 
 extern "C" {

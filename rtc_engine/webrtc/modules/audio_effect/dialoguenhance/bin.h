@@ -1,4 +1,4 @@
-/* One bin of a spectrum. Spectra of N real samples have N/2 + 1 bins: 0, 1/N .. 1/2 of the sample rate. */
+// One bin of a spectrum. Spectra of N real samples have N/2 + 1 bins: 0, 1/N .. 1/2 of the sample rate.
 #pragma once
 
 namespace sonivex {

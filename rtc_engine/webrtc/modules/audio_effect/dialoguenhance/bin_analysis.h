@@ -1,4 +1,4 @@
-/* One pass over the spectra of a frame, for everything that its gains need. */
+// One pass over the spectra of a frame, for everything that its gains need.
 #pragma once
 
 #include "bin.h"

@@ -1,10 +1,10 @@
-/* The gain of every bin: floor where a channel is mostly side, floor + presence * scale where it is mostly
- * centre. With D = left - right and eps = 2^-23, of each channel X:
- *
- *   share = |X|^2 / (|D|^2 + |X|^2 + eps)
- *   X     = (share * presence * scale + floor) * X
- *
- * Real-time safe. */
+// The gain of every bin: floor where a channel is mostly side, floor + presence * scale where it is mostly
+// centre. With D = left - right and eps = 2^-23, of each channel X:
+//
+//   share = |X|^2 / (|D|^2 + |X|^2 + eps)
+//   X     = (share * presence * scale + floor) * X
+//
+// Real-time safe.
 #pragma once
 
 #include <cfloat>

@@ -1,13 +1,13 @@
-/* How much of what changes in a stereo signal lies in its centre.
- *
- *   S = L + R, D = L - R                            per bin
- *   centre   = (1 - sqrt(|D|^2 / (|S|^2 + eps))) / 2 * S
- *   flux(X)  = sum over the bins, in order, of (|X| - |X of the frame before|)^2
- *   p        = (flux(centre) / (flux(centre) + flux(D) + eps) - 0.5) * voice_level, held to 0..1
- *   presence = 0.9 * presence + 0.1 * p
- *
- * All in float, but for the magnitudes' insides and the smoothing. eps is 2^-23. These are the laws for one
- * bin and for one frame; bin_analysis.h takes them through a spectrum. Real-time safe. */
+// How much of what changes in a stereo signal lies in its centre.
+//
+//   S = L + R, D = L - R                            per bin
+//   centre   = (1 - sqrt(|D|^2 / (|S|^2 + eps))) / 2 * S
+//   flux(X)  = sum over the bins, in order, of (|X| - |X of the frame before|)^2
+//   p        = (flux(centre) / (flux(centre) + flux(D) + eps) - 0.5) * voice_level, held to 0..1
+//   presence = 0.9 * presence + 0.1 * p
+//
+// All in float, but for the magnitudes' insides and the smoothing. eps is 2^-23. These are the laws for one
+// bin and for one frame; bin_analysis.h takes them through a spectrum. Real-time safe.
 #pragma once
 
 #include <cfloat>

@@ -1,4 +1,4 @@
-/* The whole state of one dialogue enhancer. */
+// The whole state of one dialogue enhancer.
 #pragma once
 
 #include <cstdint>
@@ -34,9 +34,9 @@ struct DialoguEnhanceHandle {
     sonivex::AvArray<float> outLeft, outRight;           // [N] ring: sum of the output frames so far
     sonivex::AvArray<float> frame;                       // [N] of one channel: windowed input, or output
     sonivex::AvArray<sonivex::Bin> specLeft, specRight;  // [K] of the frame; then with the gains
-    sonivex::AvArray<float> shareLeft, shareRight;       // [K] of the centre in each channel
-    /* Of a frame only these are needed by the next one. Between blocks the last bin's are 0. */
-    sonivex::AvArray<float> centreMagnitude, sideMagnitude;  // [K]
+    sonivex::AvArray<float> share_left, share_right;     // [K] of the centre in each channel
+    // Of a frame only these are needed by the next one. Between blocks the last bin's are 0.
+    sonivex::AvArray<float> centre_magnitude, side_magnitude;  // [K]
 
     sonivex::Au2LimiterOwner limiter;
     sonivex::ForwardTransform forwardTx[2];  // left, right

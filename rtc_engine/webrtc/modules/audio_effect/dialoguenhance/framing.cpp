@@ -1,8 +1,8 @@
-/* Compiled once for every set of vector instructions; the best one of the processor is taken at run time. */
+// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "framing.cpp"
 #include "vector_targets.h"
-/* vector_targets.h comes first. */
+// vector_targets.h comes first.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 

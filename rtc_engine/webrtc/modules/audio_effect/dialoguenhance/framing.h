@@ -1,10 +1,10 @@
-/* Between interleaved blocks and overlapping frames, one hop at a time:
- *
- *   frame  = the last N samples of a channel * window
- *   sum   += frame * window                         emit: the hop of sum that no later frame reaches
- *
- * Samples and sums lie in rings of four hops, see HopRing. The squares of a sine window, a quarter of its
- * length apart, sum to 2. Real-time safe but for the window's making. Arrays must not overlap. */
+// Between interleaved blocks and overlapping frames, one hop at a time:
+//
+//   frame  = the last N samples of a channel * window
+//   sum   += frame * window                         emit: the hop of sum that no later frame reaches
+//
+// Samples and sums lie in rings of four hops, see HopRing. The squares of a sine window, a quarter of its
+// length apart, sum to 2. Real-time safe but for the window's making. Arrays must not overlap.
 #pragma once
 
 namespace sonivex {

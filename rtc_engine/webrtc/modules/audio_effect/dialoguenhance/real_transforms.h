@@ -1,10 +1,10 @@
-/* Real Fourier transforms by libavutil, of N real samples to N/2 + 1 bins and back.
- *
- *   forward:  X[k] = sum over n of x[n] * exp(-2 pi i k n / N)
- *   inverse:  the way back, including the factor 1/N
- *
- * Arrays come from av_array.h and must not overlap. Running is real-time safe; the last bits of the results
- * depend on the processor. */
+// Real Fourier transforms by libavutil, of N real samples to N/2 + 1 bins and back.
+//
+//   forward:  X[k] = sum over n of x[n] * exp(-2 pi i k n / N)
+//   inverse:  the way back, including the factor 1/N
+//
+// Arrays come from av_array.h and must not overlap. Running is real-time safe; the last bits of the results
+// depend on the processor.
 #pragma once
 
 extern "C" {

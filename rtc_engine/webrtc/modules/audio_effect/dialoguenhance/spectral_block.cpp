@@ -9,7 +9,7 @@
 namespace sonivex {
 namespace {
 
-/* The newest frame of one channel. */
+// The newest frame of one channel.
 void analyse(const DialoguEnhanceHandle& h, const float* in, const ForwardTransform& transform,
              Bin* spectrum) {
     const int hop = h.hopSize;
@@ -25,16 +25,16 @@ void analyse(const DialoguEnhanceHandle& h, const float* in, const ForwardTransf
 void followPresence(DialoguEnhanceHandle& h) {
     const int bins = h.fftSize / 2 + 1;
     const Fluxes fluxes = analyseBins(h.specLeft.get(), h.specRight.get(), bins,
-                                      {h.centreMagnitude.get(), h.sideMagnitude.get()},
-                                      {h.shareLeft.get(), h.shareRight.get()});
+                                      {h.centre_magnitude.get(), h.side_magnitude.get()},
+                                      {h.share_left.get(), h.share_right.get()});
     h.presence = nextPresence(h.presence, fluxes, static_cast<float>(h.voiceLevel));
 
-    /* The last bin has no history: its whole magnitude counts as change in every frame. */
-    h.centreMagnitude.get()[bins - 1] = 0.0F;
-    h.sideMagnitude.get()[bins - 1] = 0.0F;
+    // The last bin has no history: its whole magnitude counts as change in every frame.
+    h.centre_magnitude.get()[bins - 1] = 0.0F;
+    h.side_magnitude.get()[bins - 1] = 0.0F;
 }
 
-/* Adds one channel's frame to the sum of those before. */
+// Adds one channel's frame to the sum of those before.
 void synthesise(const DialoguEnhanceHandle& h, const float* shares, Bin* spectrum,
                 const InverseTransform& transform, float* sum) {
     const GainRange range = {static_cast<float>(h.gainFloor), static_cast<float>(h.gainScale)};
@@ -67,8 +67,8 @@ void processDialogueBlock(DialoguEnhanceHandle& h, std::int16_t* block) {
     analyse(h, h.inLeft.get(), h.forwardTx[0], h.specLeft.get());
     analyse(h, h.inRight.get(), h.forwardTx[1], h.specRight.get());
     followPresence(h);
-    synthesise(h, h.shareLeft.get(), h.specLeft.get(), h.inverseTx[0], h.outLeft.get());
-    synthesise(h, h.shareRight.get(), h.specRight.get(), h.inverseTx[1], h.outRight.get());
+    synthesise(h, h.share_left.get(), h.specLeft.get(), h.inverseTx[0], h.outLeft.get());
+    synthesise(h, h.share_right.get(), h.specRight.get(), h.inverseTx[1], h.outRight.get());
 
     const int oldest = h.hops.placeOf(0) * hop;
     emitStereo(h.outLeft.get() + oldest, h.outRight.get() + oldest, hop, h.blockOut);

@@ -1,4 +1,4 @@
-/* One hop of dialogue enhancement: block in, spectra, gains, block out. */
+// One hop of dialogue enhancement: block in, spectra, gains, block out.
 #pragma once
 
 #include <cstdint>

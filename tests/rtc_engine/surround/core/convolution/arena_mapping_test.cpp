@@ -1,4 +1,4 @@
-/* Whether the system maps large arenas or refuses, they serve alike and are given back whole. */
+// Whether the system maps large arenas or refuses, they serve alike and are given back whole.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -20,7 +20,7 @@ constexpr std::size_t kLeastMapped = 7 * (std::size_t{1} << 18);  // 1.75 MiB
 constexpr std::size_t kLargeSizes[] = {kLeastMapped, std::size_t{2} << 20, std::size_t{3} << 20,
                                        std::size_t{4} << 20};
 
-/* Zeros first, then whatever is written. */
+// Zeros first, then whatever is written.
 void expectServes(Arena& arena) {
     const std::size_t room = arena.room();
     auto* const bytes = arena.take<unsigned char>(room);

@@ -12,7 +12,7 @@ namespace {
 using sonivex::Arena;
 
 constexpr std::size_t kMib = std::size_t{1} << 20;
-/* From here on an arena has pages of its own. */
+// From here on an arena has pages of its own.
 constexpr std::size_t kLeastOfHugePages = 2 * kMib - kMib / 4;
 
 constexpr std::size_t kArenaSizes[] = {

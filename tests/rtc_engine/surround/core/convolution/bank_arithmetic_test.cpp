@@ -1,4 +1,4 @@
-/* Multiply-accumulate over tiles against the scalar one over whole spectra, bit for bit, at every width. */
+// Multiply-accumulate over tiles against the scalar one over whole spectra, bit for bit, at every width.
 #include "bank_arithmetic.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +32,7 @@ struct Case {
     std::size_t partitions;
 };
 
-/* A spectrum of one channel: bins 0 .. L, of which the first and the last are real. */
+// A spectrum of one channel: bins 0 .. L, of which the first and the last are real.
 std::unique_ptr<SplitComplex> randomSpectrum(test::Random& random, std::size_t bins) {
     auto spectrum = std::make_unique<SplitComplex>(bins + 1);
     for (std::size_t bin = 0; bin <= bins; ++bin) {
@@ -44,8 +44,7 @@ std::unique_ptr<SplitComplex> randomSpectrum(test::Random& random, std::size_t b
     return spectrum;
 }
 
-/* Any step that may follow when `fill` frames of a block of L are there: up to four snapshots, cut anywhere.
- */
+// Any step that may follow when `fill` frames of a block of L are there: up to four snapshots, cut anywhere.
 Step randomStep(test::Random& random, std::size_t block_frames, std::size_t fill) {
     Step step;
     step.block_frames = block_frames;
@@ -67,15 +66,15 @@ Step randomStep(test::Random& random, std::size_t block_frames, std::size_t fill
     return step;
 }
 
-/* Kinds of steps differ in whether the first block begins in them, in the blocks that the snapshots belong
- * to, and in whether the last one is finished. */
+// Kinds of steps differ in whether the first block begins in them, in the blocks that the snapshots belong
+// to, and in whether the last one is finished.
 std::string kindOf(const Step& step) {
     std::string kind = step.beginsABlock() ? "fresh " : "continued ";
     for (std::size_t i = 0; i < step.count; ++i) kind += std::to_string(step.snapshots[i].block);
     return kind + (step.endsWithABlock() ? " finished" : " open");
 }
 
-/* The scalar sums and the kernels', side by side through some steps. */
+// The scalar sums and the kernels', side by side through some steps.
 class KernelBesideScalar {
   public:
     explicit KernelBesideScalar(const Case& c)
@@ -132,8 +131,8 @@ class KernelBesideScalar {
   private:
     using Spectra = std::vector<std::shared_ptr<SplitComplex>>;  // of each channel
 
-    /* Of exactly as many floats as the kernels may touch, for a sanitizer to see. What a step does not have
-     * is no number. */
+    // Of exactly as many floats as the kernels may touch, for a sanitizer to see. What a step does not have
+    // is no number.
     struct Planes {
         Buffer<float> re;
         Buffer<float> im;
@@ -156,7 +155,7 @@ class KernelBesideScalar {
         const std::size_t own = case_.shares_response ? 0 : row * case_.channels + channel;
         return *scalar_responses_[own * case_.partitions + i];
     }
-    /* The last bin's real part takes the place of the first one's imaginary part. */
+    // The last bin's real part takes the place of the first one's imaginary part.
     static float packedIm(const SplitComplex& spectrum, std::size_t bin) {
         return bin == 0 ? spectrum.re()[spectrum.size() - 1] : spectrum.im()[bin];
     }
@@ -172,7 +171,7 @@ class KernelBesideScalar {
         }
     }
 
-    /* Once for both channels, in tiles of half the numbers. */
+    // Once for both channels, in tiles of half the numbers.
     void placeSharedResponse(std::size_t i) {
         constexpr std::size_t kBins = kTileFloats / 2;
         for (std::size_t bin = 0; bin < case_.bins; ++bin) {
@@ -299,7 +298,7 @@ TEST(BankArithmetic, ABlockAtATimeHasTheBitsOfTheScalarSum) {
     });
 }
 
-/* Longer for short blocks, which cost little. */
+// Longer for short blocks, which cost little.
 TEST(BankArithmetic, StepsOfAnyKindInAnyOrderHaveTheBitsOfTheScalarSum) {
     forEveryBankCase([](const Case& c) {
         KernelBesideScalar both(c);
@@ -332,9 +331,9 @@ TEST(BankArithmetic, TheStepsOfRandomCallsHaveTheBitsOfTheScalarSum) {
     });
 }
 
-/* By hand: a step whose first block begins in it has up to two blocks, and 1 + 2 + 3 + 4 ways to share up to
- * four snapshots between them; one that goes on with a block has up to three, and 1 + 2 + 4 + 7 ways. Its
- * last block is finished or not, but a third one is not: that would be more frames than two blocks have. */
+// By hand: a step whose first block begins in it has up to two blocks, and 1 + 2 + 3 + 4 ways to share up to
+// four snapshots between them; one that goes on with a block has up to three, and 1 + 2 + 4 + 7 ways. Its
+// last block is finished or not, but a third one is not: that would be more frames than two blocks have.
 TEST(BankArithmetic, TheRandomStepsAreOfEveryKindThereIs) {
     test::Random random(1);
     std::set<std::string> kinds;

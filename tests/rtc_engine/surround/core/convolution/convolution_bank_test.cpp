@@ -1,5 +1,5 @@
-/* Banks against one scalar convolver for each response, bit for bit but for the sign of zeros, at every
- * vector width. */
+// Banks against one scalar convolver for each response, bit for bit but for the sign of zeros, at every
+// vector width.
 #include "convolution_bank.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ constexpr BankShape kShapes[] = {{.channels = 1, .rows = 1, .ears = Ears::kBoth}
                                  {.channels = 2, .rows = 2, .ears = Ears::kChannels}};
 constexpr BankShape kTwoSources = {.channels = 2, .rows = 2, .ears = Ears::kRows};
 
-/* Sound and silence in turn, in stretches that are shorter and longer than a response. */
+// Sound and silence in turn, in stretches that are shorter and longer than a response.
 void silenceStretches(Floats& interleaved, std::size_t longest, std::uint64_t seed) {
     test::Random random(seed);
     std::size_t i = 0;
@@ -50,7 +50,7 @@ std::size_t partitionsFor(const std::vector<Floats>& responses, std::size_t bloc
     return partitions;
 }
 
-/* A bank in memory of its own, and where it is in its block. */
+// A bank in memory of its own, and where it is in its block.
 class OwnedBank {
   public:
     OwnedBank(const BankShape& shape, std::size_t block_frames, const std::vector<Floats>& responses)
@@ -61,8 +61,8 @@ class OwnedBank {
           workspace_(block_frames, arena_),
           bank_(shape, tapsOf(responses).data(), partitions_, workspace_, arena_) {}
 
-    /* @param in    [calls * frames][stride], of which the channels are the first ones.
-     * @param ears  added to. */
+    // @param in    [calls * frames][stride], of which the channels are the first ones.
+    // @param ears  added to.
     void render(const Floats& in, std::size_t first, std::size_t stride, std::size_t frames,
                 std::size_t calls, Floats& ears) {
         Steps steps(block_frames_, fill_, frames, calls);
@@ -96,7 +96,7 @@ class OwnedBank {
     std::size_t fill_ = 0;
 };
 
-/* A bank, and as many scalar convolvers as it has outputs. */
+// A bank, and as many scalar convolvers as it has outputs.
 class Pair {
   public:
     Pair(const BankShape& shape, std::size_t block_frames, const std::vector<Floats>& responses)
@@ -107,7 +107,7 @@ class Pair {
         }
     }
 
-    /* Calls from a frame of the input on. What the ears have heard before is kept. */
+    // Calls from a frame of the input on. What the ears have heard before is kept.
     void expectEqual(const Floats& in, std::size_t first, std::size_t stride, std::size_t frames,
                      std::size_t calls) {
         Floats ears = test::noiseFloats(frames, 2 * frames * calls);
@@ -121,7 +121,7 @@ class Pair {
     }
 
   private:
-    /* Every ear gets its outputs by channels if the ears are rows, and by rows if they are channels. */
+    // Every ear gets its outputs by channels if the ears are rows, and by rows if they are channels.
     void addScalar(const Floats& in, std::size_t first, std::size_t stride, std::size_t frames, float* ears) {
         const bool are_channels = shape_.ears == Ears::kChannels;
         for (std::size_t term = 0; term < (are_channels ? shape_.rows : shape_.channels); ++term) {
@@ -147,14 +147,14 @@ class Pair {
 std::vector<Floats> responsesFor(const BankShape& shape, std::size_t longest) {
     std::vector<Floats> responses;
     for (std::size_t i = 0; i < shape.responses(); ++i) {
-        /* Not all of the same length. */
+        // Not all of the same length.
         responses.push_back(test::noiseFloats(50 + i, longest > 7 * i ? longest - 7 * i : 1));
         responses.back().back() = 0.25F;
     }
     return responses;
 }
 
-/* Calls of random lengths, some of them rendered together, until the input is at its end. */
+// Calls of random lengths, some of them rendered together, until the input is at its end.
 void expectEqualInRandomCalls(Pair& pair, const Floats& in, std::size_t stride, std::size_t longest,
                               std::uint64_t seed) {
     test::Random random(seed);
@@ -261,16 +261,16 @@ TEST(ConvolutionBank, SilenceIsExactOnceTheResponseHasEnded) {
     OwnedBank bank(kTwoSources, 256, responsesFor(kTwoSources, kTaps));
     EXPECT_EQ(bank.bank().partitions(), 32U);
     Floats ears(2 * kCall);
-    const auto silentSamples = [&](const Floats& in) {
+    const auto silent_samples = [&](const Floats& in) {
         ears.assign(ears.size(), 0.0F);
         bank.render(in, 0, 2, kCall, 1, ears);
         return std::count(ears.begin(), ears.end(), 0.0F);
     };
     const auto all_silent = static_cast<std::ptrdiff_t>(ears.size());
     const Floats silence(2 * kCall, 0.0F);
-    silentSamples(test::noiseFloats(1, 2 * kCall));
+    silent_samples(test::noiseFloats(1, 2 * kCall));
     std::size_t calls = 0;
-    while (calls < 100 && silentSamples(silence) != all_silent) ++calls;
+    while (calls < 100 && silent_samples(silence) != all_silent) ++calls;
     EXPECT_GE(calls * kCall, kTaps - kCall);
     EXPECT_LE(calls * kCall, kTaps + 3 * 256);
 }
@@ -295,7 +295,7 @@ TEST(ConvolutionBank, OnlyItsOwnChannelsOfTheInputAreRead) {
     }
 }
 
-/* Below the sizes that get pages of their own an arena has no room but what was asked for. */
+// Below the sizes that get pages of their own an arena has no room but what was asked for.
 TEST(ConvolutionBank, TakesOfAnArenaWhatItSays) {
     for (const BankShape& shape : kShapes) {
         for (const std::size_t block : {1U, 2U, 4U, 8U, 16U, 32U, 64U}) {

@@ -1,4 +1,4 @@
-/* Lanes laid by vectors against a plain loop, bit for bit, at every vector width. */
+// Lanes laid by vectors against a plain loop, bit for bit, at every vector width.
 #include "lane_frames.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@ using sonivex::LaneSources;
 constexpr std::uint32_t kGuardBits = 0xFFC12345;  // of no number
 constexpr std::size_t kGuards = 32;
 
-/* Any bits at all, which the vectors must move as they are. */
+// Any bits at all, which the vectors must move as they are.
 std::vector<float> anyBits(test::Random& random, std::size_t count) {
     std::vector<float> numbers(count);
     for (float& number : numbers) {
@@ -25,8 +25,8 @@ std::vector<float> anyBits(test::Random& random, std::size_t count) {
     return numbers;
 }
 
-/* A source's frames lie in memory of exactly their size, so that a sanitizer sees every read beyond it; a
- * source is somewhere even if it has none. */
+// A source's frames lie in memory of exactly their size, so that a sanitizer sees every read beyond it; a
+// source is somewhere even if it has none.
 void expectLanes(const std::vector<std::size_t>& filled, std::size_t channels, std::size_t block_frames,
                  test::Random& random) {
     const std::size_t lanes = filled.size();
@@ -66,7 +66,7 @@ TEST(LaneFrames, LieSideBySideWithZerosBehindWhatALaneHas) {
                 for (const std::size_t lanes : {1U, 2U, 4U}) {
                     SCOPED_TRACE(std::to_string(lanes) + " lanes of " + std::to_string(channels) +
                                  " channels, blocks of " + std::to_string(block));
-                    /* Every fill in every lane, beside random ones. */
+                    // Every fill in every lane, beside random ones.
                     for (std::size_t fill = 0; fill <= block; ++fill) {
                         std::vector<std::size_t> filled(lanes);
                         for (std::size_t& of_lane : filled) {

@@ -1,4 +1,4 @@
-/* Stages of any mixture of sources against one scalar convolver for each pair of a source and an ear. */
+// Stages of any mixture of sources against one scalar convolver for each pair of a source and an ear.
 #include "source_banks.h"
 
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ SourceBanks builtBanks(const std::vector<Source>& sources, const std::vector<Sta
     return banks;
 }
 
-/* By number; the ones of `alike`, even ones, are those of the next number too. */
+// By number; the ones of `alike`, even ones, are those of the next number too.
 std::vector<StageFloats> responsesOfAgents(std::size_t agents, const std::vector<std::size_t>& alike) {
     std::vector<StageFloats> responses;
     for (std::size_t i = 0; i < agents; ++i) {
@@ -76,7 +76,7 @@ void expectScalarSums(const std::vector<Source>& sources, const std::vector<Stag
     }
 }
 
-/* A frame of input has at least the room of a frame of output. */
+// A frame of input has at least the room of a frame of output.
 TEST(SourceBanks, MayOverwriteTheirInput) {
     for (const std::size_t width : {2U, 6U}) {
         const std::vector<Source> sources = {{0, 0, 1}, {1, 2, 3}};
@@ -97,7 +97,7 @@ TEST(SourceBanks, MayOverwriteTheirInput) {
     }
 }
 
-/* Two sources, then an odd one, then the first of a pair: whichever of them both ears hear alike. */
+// Two sources, then an odd one, then the first of a pair: whichever of them both ears hear alike.
 TEST(SourceBanks, SourcesThatBothEarsHearAlikeKeepTheirPlaceInTheSums) {
     const std::vector<Source> five = {{0, 0, 1}, {3, 2, 3}, {1, 4, 5}, {5, 6, 7}, {2, 8, 9}};
     for (const std::vector<std::size_t>& alike :
@@ -107,19 +107,19 @@ TEST(SourceBanks, SourcesThatBothEarsHearAlikeKeepTheirPlaceInTheSums) {
     }
 }
 
-/* Once for both ears, and not in a bank of two: that is what makes it cheap. */
+// Once for both ears, and not in a bank of two: that is what makes it cheap.
 TEST(SourceBanks, ASourceThatBothEarsHearAlikeTakesABankOfItsOwn) {
     const std::vector<Source> one = {{0, 0, 1}};
     const std::vector<Source> other = {{1, 2, 3}};
     const std::vector<Source> both = {{0, 0, 1}, {1, 2, 3}};
-    const auto bytesOf = [](const std::vector<Source>& sources, const std::vector<StageFloats>& responses) {
+    const auto bytes_of = [](const std::vector<Source>& sources, const std::vector<StageFloats>& responses) {
         return SourceBanks::bytesOf(sources, tapsOfResponses(responses), kStageBlock);
     };
     for (const std::size_t alike : {0U, 2U}) {
         const std::vector<StageFloats> responses = responsesOfAgents(4, {alike});
-        EXPECT_EQ(bytesOf(both, responses), bytesOf(one, responses) + bytesOf(other, responses));
+        EXPECT_EQ(bytes_of(both, responses), bytes_of(one, responses) + bytes_of(other, responses));
     }
-    EXPECT_LT(bytesOf(other, responsesOfAgents(4, {2})), bytesOf(other, responsesOfAgents(4, {})));
+    EXPECT_LT(bytes_of(other, responsesOfAgents(4, {2})), bytes_of(other, responsesOfAgents(4, {})));
 }
 
 TEST(SourceBanks, OneSourceAloneIsRendered) {
@@ -127,7 +127,7 @@ TEST(SourceBanks, OneSourceAloneIsRendered) {
     expectScalarSums({{4, 0, 1}}, responsesOfAgents(2, {0}));
 }
 
-/* Two channels side by side are taken as they lie, unless they are wanted the other way round. */
+// Two channels side by side are taken as they lie, unless they are wanted the other way round.
 TEST(SourceBanks, SourcesMayComeInAnyOrderOfTheChannels) {
     expectScalarSums({{0, 0, 1}, {1, 2, 3}}, responsesOfAgents(4, {}), 2);
     expectScalarSums({{1, 0, 1}, {0, 2, 3}}, responsesOfAgents(4, {}), 2);
@@ -145,7 +145,7 @@ TEST(SourceBanks, SourcesOfOneEarEachKeepTheSidesApart) {
                      responsesOfAgents(4, {}));
 }
 
-/* The same response for both sides is there once. */
+// The same response for both sides is there once.
 TEST(SourceBanks, SidesThatAreAlikeShareAResponse) {
     const std::vector<Source> sides = {{2, 0, kNoAgent}, {1, kNoAgent, 1}};
     const std::vector<StageFloats> alike = responsesOfAgents(2, {0});
@@ -159,7 +159,7 @@ TEST(SourceBanks, SidesThatAreAlikeShareAResponse) {
                      responsesOfAgents(4, {0, 2}));
 }
 
-/* Like a scalar convolver, a bank leaves out what is too quiet at the end of a response. */
+// Like a scalar convolver, a bank leaves out what is too quiet at the end of a response.
 TEST(SourceBanks, ResponsesWithSilentEndsOrOfSilenceAreRendered) {
     std::vector<StageFloats> responses = responsesOfAgents(4, {});
     responses[0].resize(500, 1e-7F);
@@ -187,7 +187,7 @@ TEST(SourceBanks, BuildingAnewStartsFromSilence) {
     EXPECT_EQ(out, expected);
 }
 
-/* There is no going on without memory, but what was built before still renders. */
+// There is no going on without memory, but what was built before still renders.
 TEST(SourceBanks, WithoutRoomTheFormerBanksStay) {
     const std::vector<Source> sources = {{0, 0, 1}};
     const std::vector<StageFloats> responses = responsesOfAgents(2, {});

@@ -21,8 +21,7 @@ void expectSnapshots(const Step& step, const std::vector<Snapshot>& expected) {
     }
 }
 
-/* Blocks A, B, C, .. of 256 by hand, in calls of 240: A 0-240 | A 240-256, B 0-224 | B 224-256, C 0-208 | ..
- */
+// Blocks A, B, C, .. of 256 by hand, in calls of 240: A 0-240 | A 240-256, B 0-224 | B 224-256, C 0-208 | ..
 TEST(Steps, CallsOf240AreCutWhereBlocksOf256End) {
     Steps steps(256, 0, 240, 4);
     Step step = steps.next();
@@ -68,7 +67,7 @@ TEST(Steps, ACallGoesOnWithTheBlockThatWasBegun) {
     EXPECT_FALSE(two.areLeft());
 }
 
-/* The last call before the cuts come round again ends with its block: fifteen blocks are sixteen calls. */
+// The last call before the cuts come round again ends with its block: fifteen blocks are sixteen calls.
 TEST(Steps, TheCutsOfCallsOf240ComeRoundAfterSixteenCalls) {
     Steps whole_block(256, 16, 240, 1);
     expectSnapshots(whole_block.next(), {{0, 16, 256}});
@@ -111,7 +110,7 @@ TEST(Steps, NoCallsAreNoSteps) {
     EXPECT_FALSE(Steps(256, 100, 0, 3).areLeft());
 }
 
-/* Where calls and blocks end, frame by frame, is what the steps must say. */
+// Where calls and blocks end, frame by frame, is what the steps must say.
 TEST(Steps, EveryFrameIsRenderedOnceInItsOrderForAnyLengths) {
     test::Random random(1);
     for (int round = 0; round < 3000; ++round) {
@@ -140,7 +139,7 @@ TEST(Steps, EveryFrameIsRenderedOnceInItsOrderForAnyLengths) {
                 ASSERT_LT(snapshot.from, snapshot.to);
                 if (snapshot.from == 0) ++begun;
                 rendered += snapshot.frames();
-                /* A snapshot ends where a call or a block ends, and neither ends within it. */
+                // A snapshot ends where a call or a block ends, and neither ends within it.
                 const bool ends_block = (first_fill + rendered) % block == 0;
                 ASSERT_TRUE(ends_block || rendered % frames == 0);
                 ASSERT_EQ((rendered - 1) / frames, (rendered - snapshot.frames()) / frames);
@@ -163,7 +162,7 @@ TEST(Steps, EveryFrameIsRenderedOnceInItsOrderForAnyLengths) {
     }
 }
 
-/* Nothing is put off to another step that has room in this one. */
+// Nothing is put off to another step that has room in this one.
 TEST(Steps, AStepIsAsLongAsItMayBe) {
     test::Random random(2);
     for (int round = 0; round < 1000; ++round) {

@@ -1,4 +1,4 @@
-/* The transform in lanes against the scalar one, bit for bit, at every vector width. */
+// The transform in lanes against the scalar one, bit for bit, at every vector width.
 #include "lane_transform.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ using Floats = std::vector<float>;
 constexpr std::size_t kLanes[] = {1, 2, 4, 8};
 constexpr std::size_t kLargest = 2048;
 
-/* Numbers of very different sizes, zeros of either sign among them. */
+// Numbers of very different sizes, zeros of either sign among them.
 Floats wideRange(std::uint64_t seed, std::size_t count) {
     test::Random random(seed);
     Floats numbers(count);
@@ -41,7 +41,7 @@ struct Spectrum {
     Floats im;
 };
 
-/* As lanes have it: the sign of i turned round, the last bin in the first one's imaginary part. */
+// As lanes have it: the sign of i turned round, the last bin in the first one's imaginary part.
 Spectrum scalarSpectrum(const Floats& first_half) {
     const std::size_t half = first_half.size();
     Floats samples = first_half;
@@ -78,7 +78,7 @@ void expectForwardEqualsScalar(std::size_t n, std::size_t lanes) {
     const Floats frames = wideRange(n + lanes, half * lanes);
     fftconvolver::Buffer<double> work;
     work.resizeOrThrow(sonivex::LaneTransform::workDoubles(n));
-    /* One float beyond an aligned place: floats may lie anywhere. */
+    // One float beyond an aligned place: floats may lie anywhere.
     Floats unaligned(1 + 2 * half * lanes, 99.0F);
     float* const re = unaligned.data() + 1;
     float* const im = re + half * lanes;

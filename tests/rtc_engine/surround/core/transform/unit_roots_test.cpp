@@ -9,18 +9,18 @@ namespace {
 
 using sonivex::UnitRoots;
 
-/* Half a unit in the last place of a double between 2^(exponent) and twice that. */
+// Half a unit in the last place of a double between 2^(exponent) and twice that.
 long double halfUnitOf(double number) {
     return std::ldexp(1.0L, std::ilogb(number) - 53);
 }
 
-/* Rounded correctly: no double is nearer. The C library's long double has 11 bits more, and its own last bit
- * is not certain. */
+// Rounded correctly: no double is nearer. The C library's long double has 11 bits more, and its own last bit
+// is not certain.
 void expectNearest(double number, long double exact) {
     ASSERT_LE(std::fabs(exact - static_cast<long double>(number)), halfUnitOf(number) * 1.001L);
 }
 
-/* From the nearer end of the quarter turn: close to the far one the angle's own rounding would count. */
+// From the nearer end of the quarter turn: close to the far one the angle's own rounding would count.
 long double exactSine(int k, int steps) {
     constexpr long double kQuarter = std::numbers::pi_v<long double> / 2;
     const auto angle = [&](int count) {

@@ -1,6 +1,6 @@
-/* One impulse response at work, for one pair of a source and an ear: the scalar definition of right. The
- * shipped path runs banks of them (convolution/), held to this bit for bit; layouts.h tells which lane of a
- * bank stands for which agent. */
+// One impulse response at work, for one pair of a source and an ear: the scalar definition of right. The
+// shipped path runs banks of them (convolution/), held to this bit for bit; layouts.h tells which lane of a
+// bank stands for which agent.
 #pragma once
 
 #include <cstddef>

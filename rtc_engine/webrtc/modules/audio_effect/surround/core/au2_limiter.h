@@ -1,9 +1,9 @@
-/* Output limiter at the end of every effect: keeps peaks under 0.99 of full scale.
- *
- *   out = peak limiter (common/peak_limiter.h) with the ceiling 32440.32, one gain for all channels
- *
- * Use: au2_limiter_create, au2_limiter_reset once, au2_limiter_proc for every block, au2_limiter_free.
- * One state is used by one thread at a time. */
+// Output limiter at the end of every effect: keeps peaks under 0.99 of full scale.
+//
+//   out = peak limiter (common/peak_limiter.h) with the ceiling 32440.32, one gain for all channels
+//
+// Use: au2_limiter_create, au2_limiter_reset once, au2_limiter_proc for every block, au2_limiter_free.
+// One state is used by one thread at a time.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-/* An output limiter that frees itself. */
+// An output limiter that frees itself.
 #pragma once
 
 #include <memory>

@@ -1,12 +1,12 @@
-/* Forward and inverse Fourier transform of real floats, of any power of two: the scalar definition of right.
- * The shipped path transforms in lanes (transform/), held to this one bit for bit.
- *
- *   X[k] = sum x[j] e^(-2 pi i jk / n), k = 0 .. n/2,   as separate real and imaginary parts, not scaled
- *   ifft(fft(x)) = x
- *
- * Computed in double and rounded to float once, in either direction.
- * Use: AudioFFT fft; fft.init(512); fft.fft(x, re, im); fft.ifft(y, re, im).
- * Threads: an object is used by one thread at a time. fft and ifft are real-time safe, init is not. */
+// Forward and inverse Fourier transform of real floats, of any power of two: the scalar definition of right.
+// The shipped path transforms in lanes (transform/), held to this one bit for bit.
+//
+//   X[k] = sum x[j] e^(-2 pi i jk / n), k = 0 .. n/2,   as separate real and imaginary parts, not scaled
+//   ifft(fft(x)) = x
+//
+// Computed in double and rounded to float once, in either direction.
+// Use: AudioFFT fft; fft.init(512); fft.fft(x, re, im); fft.ifft(y, re, im).
+// Threads: an object is used by one thread at a time. fft and ifft are real-time safe, init is not.
 #pragma once
 
 #include <cstddef>
@@ -37,17 +37,17 @@ class OouraFFT : public AudioFFTImpl {
     void ifft(float* data, const float* re, const float* im) override;
 
   private:
-    /* n counts doubles everywhere, so a complex transform has n / 2 points. */
+    // n counts doubles everywhere, so a complex transform has n / 2 points.
 
-    /* isgn +1: X[k] = sum a[j] e^(+2 pi i jk / n), as X[0], X[n/2], then (re, im) of X[1], X[2], ..
-     * isgn -1: the inverse of that, times n / 2. */
+    // isgn +1: X[k] = sum a[j] e^(+2 pi i jk / n), as X[0], X[n/2], then (re, im) of X[1], X[2], ..
+    // isgn -1: the inverse of that, times n / 2.
     static void rdft(int n, int isgn, double* a, int* ip, double* w);
-    /* Bit-reversed order; ip is the work area behind the table sizes. */
+    // Bit-reversed order; ip is the work area behind the table sizes.
     static void bitrv2(int n, int* ip, double* a);
-    /* Complex transform with e^(+i), and with e^(-i), of points in bit-reversed order. */
+    // Complex transform with e^(+i), and with e^(-i), of points in bit-reversed order.
     static void cftfsub(int n, double* a, double* w);
     static void cftbsub(int n, double* a, double* w);
-    /* The first pass, on neighbours; a later one, on legs that are l doubles apart. */
+    // The first pass, on neighbours; a later one, on legs that are l doubles apart.
     static void cft1st(int n, double* a, double* w);
     static void cftmdl(int n, int l, double* a, double* w);
 

@@ -1,5 +1,5 @@
-/* Memory of the scalar convolvers (fftconvolver.h), which are the definition of right and do not ship:
- * aligned arrays of floats, and spectra made of two of them. */
+// Memory of the scalar convolvers (fftconvolver.h), which are the definition of right and do not ship:
+// aligned arrays of floats, and spectra made of two of them.
 #pragma once
 
 #include <algorithm>
@@ -9,10 +9,10 @@
 
 namespace fftconvolver {
 
-/* The widest vector, and a cache line. */
+// The widest vector, and a cache line.
 inline constexpr std::size_t kBufferAlignment = 64;
 
-/* The usual allocation function where it aligns enough: the other one rounds every size up once more. */
+// The usual allocation function where it aligns enough: the other one rounds every size up once more.
 inline constexpr bool kAlignsAnyway = kBufferAlignment <= __STDCPP_DEFAULT_NEW_ALIGNMENT__;
 
 /** Null when there is no memory. */

@@ -14,8 +14,8 @@ using sonivex::Taps;
 
 constexpr std::size_t kAgents = 24;
 
-/* Shortest tail partition, before it is rounded up to a power of two. At the blocks that surround uses it
- * holds every response whole, so that all of a response is in the head stage, and banks need no other. */
+// Shortest tail partition, before it is rounded up to a power of two. At the blocks that surround uses it
+// holds every response whole, so that all of a response is in the head stage, and banks need no other.
 constexpr std::uint64_t kShortestTail = 12768;
 
 void appendScaled(const ConvolveReverb::Table& table, std::size_t samples, double divisor,
@@ -44,10 +44,10 @@ std::array<Taps, kAgents> tapsOfAgents(const Layout& layout,
 }  // namespace
 
 ConvolveReverb::Stage& ConvolveReverb::stageOf(const Layout& layout) {
-    return &layout == &sonivex::kAudio ? audioStage : layoutStage;
+    return &layout == &sonivex::kAudio ? audio_stage_ : layout_stage_;
 }
 
-/* The Audio stage comes with a set-up of its own, and shall lie with the stage before it. */
+// The Audio stage comes with a set-up of its own, and shall lie with the stage before it.
 std::size_t ConvolveReverb::bytesForLater(const Layout& layout) const {
     if (!layout.has_audio_stage) return owner_bytes_;
     const sonivex::BankShape audio_shape = {.channels = 2,

@@ -1,22 +1,22 @@
-/* Loudspeakers in a room, heard through headphones: every input channel convolved with the responses of its
- * loudspeaker to the left and to the right ear, and summed per ear.
- *
- *   ear[i] = sum over the sources of (source * response(source, ear))[i]
- *
- * A set-up loads the responses of a layout (layouts.h) into banks of convolvers (convolution/), which give
- * the bits of one scalar convolver (fftconvolver.h) for each pair of a source and an ear. Those pairs have
- * the numbers of their agents (IRAgent.h):
- *
- *   0-3    two channels
- *   4, 7   Audio stage, left and right
- *   8-23   5.1 and 7.1: source by source, left ear before right
- *
- * Use: construct; one prepareToPlay_* for the layout, for the Surround layouts also
- * prepareToPlay_Kelvo_Audio; then the process_* of the same name for every block. The pipelines do the same
- * by the layout's record: prepare, process.
- *
- * Threads: the tables are written while the library is loaded and only read afterwards. An object is used by
- * one thread at a time. */
+// Loudspeakers in a room, heard through headphones: every input channel convolved with the responses of its
+// loudspeaker to the left and to the right ear, and summed per ear.
+//
+//   ear[i] = sum over the sources of (source * response(source, ear))[i]
+//
+// A set-up loads the responses of a layout (layouts.h) into banks of convolvers (convolution/), which give
+// the bits of one scalar convolver (fftconvolver.h) for each pair of a source and an ear. Those pairs have
+// the numbers of their agents (IRAgent.h):
+//
+//   0-3    two channels
+//   4, 7   Audio stage, left and right
+//   8-23   5.1 and 7.1: source by source, left ear before right
+//
+// Use: construct; one prepareToPlay_* for the layout, for the Surround layouts also
+// prepareToPlay_Kelvo_Audio; then the process_* of the same name for every block. The pipelines do the same
+// by the layout's record: prepare, process.
+//
+// Threads: the tables are written while the library is loaded and only read afterwards. An object is used by
+// one thread at a time.
 #pragma once
 
 #include <cstddef>
@@ -34,7 +34,7 @@ class ConvolveReverb {
     using Layout = sonivex::Layout;
     using Response = std::vector<float>;  // one to one
 
-    /* The tables, filled before main or while the library is loaded. */
+    // The tables, filled before main or while the library is loaded.
 #define SONIVEX_DECLARE_TABLE(name) static const Table g_##name;
     SONIVEX_TABLES_LOUDSPEAKERS(SONIVEX_DECLARE_TABLE)
     SONIVEX_DECLARE_TABLE(dolbyL441)
@@ -92,7 +92,7 @@ class ConvolveReverb {
   private:
     friend class ConvolveReverbInspector;  // how tests look inside
 
-    /* The sources of a layout and those of the Audio stage are set up and rendered apart. */
+    // The sources of a layout and those of the Audio stage are set up and rendered apart.
     struct Stage {
         const Layout* layout = nullptr;  // null: not set up
         std::span<const Table* const> tables;
@@ -109,7 +109,7 @@ class ConvolveReverb {
     std::uint64_t headBlockSize = 0;
     std::uint64_t tailBlockSize = 0;
     std::shared_ptr<sonivex::ConvolutionMemory> memory_;
-    Stage layoutStage;
-    Stage audioStage;
+    Stage layout_stage_;
+    Stage audio_stage_;
     std::size_t block_frames_ = 0;  // of the last set-up
 };

@@ -1,4 +1,4 @@
-/* The operations of ConvolveReverb by the names of their layouts. The pipelines have the layout's record. */
+// The operations of ConvolveReverb by the names of their layouts. The pipelines have the layout's record.
 #include "convolve_reverb.h"
 #include "layouts.h"
 

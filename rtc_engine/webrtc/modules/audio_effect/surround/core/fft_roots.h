@@ -1,9 +1,9 @@
-/* The constants of the scalar Fourier transform (audiofft.h), which is the definition of right and does not
- * ship, and the order of its points.
- *
- *   t(k) = e^(i pi/2 * r(k)),  r(k) = k's binary digits mirrored at the point, 0 <= r < 1
- *
- * The formulas are in fft_passes.h. */
+// The constants of the scalar Fourier transform (audiofft.h), which is the definition of right and does not
+// ship, and the order of its points.
+//
+//   t(k) = e^(i pi/2 * r(k)),  r(k) = k's binary digits mirrored at the point, 0 <= r < 1
+//
+// The formulas are in fft_passes.h.
 #pragma once
 
 #include <cstddef>

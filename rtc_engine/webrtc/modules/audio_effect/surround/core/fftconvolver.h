@@ -1,17 +1,17 @@
-/* Convolution of a stream with a fixed response, by uniform partitions of both in the frequency domain: the
- * scalar definition of right. The shipped path runs banks of these (convolution/), held to it bit for bit.
- *
- *   L          partition length, P partitions of the response, transforms of 2L
- *   H[i]       spectrum of samples iL .. iL+L-1 of the response, zeros behind
- *   X[b]       spectrum of input block b, zeros behind; the block being filled is transformed as far as it is
- *   y          = inverse of sum over i of H[i] X[b-i];  its second half is added to the next block's first
- *
- * Every output sample depends on the input up to the same instant: no delay, for any call length. The sum
- * over the older blocks, i >= 1, is made once per block and kept.
- * Source: overlap-add with a frequency-domain delay line, Gardner, JAES 43 (1995); Wefers (2015).
- *
- * Use: FFTConvolver c; c.init(256, ir, 8640); c.process(in, out, n) for every call.
- * Threads: an object is used by one thread at a time. */
+// Convolution of a stream with a fixed response, by uniform partitions of both in the frequency domain: the
+// scalar definition of right. The shipped path runs banks of these (convolution/), held to it bit for bit.
+//
+//   L          partition length, P partitions of the response, transforms of 2L
+//   H[i]       spectrum of samples iL .. iL+L-1 of the response, zeros behind
+//   X[b]       spectrum of input block b, zeros behind; the block being filled is transformed as far as it is
+//   y          = inverse of sum over i of H[i] X[b-i];  its second half is added to the next block's first
+//
+// Every output sample depends on the input up to the same instant: no delay, for any call length. The sum
+// over the older blocks, i >= 1, is made once per block and kept.
+// Source: overlap-add with a frequency-domain delay line, Gardner, JAES 43 (1995); Wefers (2015).
+//
+// Use: FFTConvolver c; c.init(256, ir, 8640); c.process(in, out, n) for every call.
+// Threads: an object is used by one thread at a time.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-/* A layout: everything that tells one way of surround from another, in one record. layouts.h has them all. */
+// A layout: everything that tells one way of surround from another, in one record. layouts.h has them all.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-/* The layouts that there are: 3DSurround ("Bingo") and MegaBass ("Surround"), each for two channels, 5.1
- * and 7.1, and the stage that what MegaBass gives to the ears goes through. */
+// The layouts that there are: 3DSurround ("Bingo") and MegaBass ("Surround"), each for two channels, 5.1
+// and 7.1, and the stage that what MegaBass gives to the ears goes through.
 #pragma once
 
 #include "convolve_reverb.h"
@@ -8,24 +8,24 @@
 
 namespace sonivex {
 
-/* ---- from source and ear to agent ---- */
+// ---- from source and ear to agent ----
 
 inline constexpr Source kBingo2Sources[] = {{0, 0, 1}, {1, 2, 3}};
 inline constexpr Source kBingo51Sources[] = {{0, 8, 9},   {1, 10, 11}, {2, 12, 13},
                                              {3, 14, 15}, {4, 16, 17}, {5, 18, 19}};
 inline constexpr Source kBingo71Sources[] = {{0, 8, 9},   {1, 10, 11}, {2, 12, 13}, {3, 14, 15},
                                              {4, 16, 17}, {5, 18, 19}, {6, 20, 21}, {7, 22, 23}};
-/* Each ear hears one channel only, twice: the responses and their tone are made for that. */
+// Each ear hears one channel only, twice: the responses and their tone are made for that.
 inline constexpr Source kSurround2Sources[] = {
     {0, 0, kNoAgent}, {1, kNoAgent, 1}, {0, 2, kNoAgent}, {1, kNoAgent, 3}};
-/* Without channel 3, low frequency, for which these sets have no response. */
+// Without channel 3, low frequency, for which these sets have no response.
 inline constexpr Source kSurround51Sources[] = {
     {0, 8, 9}, {1, 10, 11}, {2, 12, 13}, {4, 14, 15}, {5, 16, 17}};
 inline constexpr Source kSurround71Sources[] = {{0, 8, 9},   {1, 10, 11}, {2, 12, 13}, {4, 14, 15},
                                                 {5, 16, 17}, {6, 18, 19}, {7, 20, 21}};
 inline constexpr Source kAudioSources[] = {{0, 4, kNoAgent}, {1, kNoAgent, 7}};
 
-/* ---- responses ---- */
+// ---- responses ----
 
 #define SONIVEX_ADDRESS(name) &ConvolveReverb::g_##name,
 inline constexpr const ResponseTable* kBingo2Tables[] = {SONIVEX_TABLES_BINGO_2(SONIVEX_ADDRESS)};
@@ -44,7 +44,7 @@ inline constexpr const ResponseTable* kAudioTables[] = {&ConvolveReverb::g_dolby
                                                         &ConvolveReverb::g_dolbyR441};
 #undef SONIVEX_ADDRESS
 
-/* ---- layouts ---- */
+// ---- layouts ----
 
 inline constexpr Layout kBingo2{.width = 2,
                                 .sources = kBingo2Sources,

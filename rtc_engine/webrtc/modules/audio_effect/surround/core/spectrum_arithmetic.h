@@ -1,7 +1,6 @@
-/* Element by element arithmetic of the scalar convolvers (fftconvolver.h), on floats: part of the definition
- * of right, which the shipped products (convolution/) are held to. Every result is rounded after every
- * operation and nothing is fused, so a vector variant that does the same gives the same bits. Real-time safe.
- */
+// Element by element arithmetic of the scalar convolvers (fftconvolver.h), on floats: part of the definition
+// of right, which the shipped products (convolution/) are held to. Every result is rounded after every
+// operation and nothing is fused, so a vector variant that does the same gives the same bits. Real-time safe.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-/* The whole state of one surround effect. */
+// The whole state of one surround effect.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,7 @@ inline constexpr const char* kSurroundLogSource = "surround";
 
 /** All zero is an empty one. */
 struct SurroundHandle {
-    /* As given at creation. Only limiter is read again: the layout says the rest. */
+    // As given at creation. Only limiter is read again: the layout says the rest.
     std::int32_t channels;
     std::int32_t sampleRate;  // the responses are the same at every rate
     std::int32_t type;

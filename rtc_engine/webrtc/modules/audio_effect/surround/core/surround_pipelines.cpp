@@ -22,7 +22,7 @@ bool fitsInt(std::int64_t number) {
     return number <= std::numeric_limits<int>::max();
 }
 
-/* One block: the limiter goes by the peak of what it is given at once. */
+// One block: the limiter goes by the peak of what it is given at once.
 void toInt16(SurroundHandle& handle, float* samples, std::int16_t* out) {
     if (handle.limiter == 1) {
         unitScaleToInt16Units(samples, kBlockOutSamples, handle.inBlock);
@@ -33,7 +33,7 @@ void toInt16(SurroundHandle& handle, float* samples, std::int16_t* out) {
     }
 }
 
-/* As many of the waiting blocks as are rendered together. @return how many. */
+// As many of the waiting blocks as are rendered together. @return how many.
 int renderBlocks(SurroundHandle& handle, int blocks_waiting) {
     const Layout& layout = *handle.layout;
     const int blocks = std::min(blocks_waiting, kSurroundMostBlocks);
@@ -77,7 +77,7 @@ int processSurround(const Layout& layout, void* handle, const short* in, short* 
 
 }  // namespace sonivex
 
-/* Their parameters are part of the exported names, hence `short*` for what is only read. */
+// Their parameters are part of the exported names, hence `short*` for what is only read.
 int ProcessSurround_Kelvo_Bingo_2(void* handle, short* in, short* out, int frames) {
     return sonivex::processSurround(sonivex::kBingo2, handle, in, out, frames);
 }

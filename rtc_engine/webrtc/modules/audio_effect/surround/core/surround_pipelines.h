@@ -1,11 +1,11 @@
-/* The six layouts of the surround effect, each from one call's input to the same number of stereo frames.
- *
- *   in -> inRing -> blocks of 240 frames -> float -> ConvolveReverb -> limiter or clip -> outRing -> out
- *
- * Of the blocks that wait two are rendered together, which is quicker and gives the same bits.
- *
- * aem_ProcessSurround calls the one that a handle is made for; they are exported as C++ functions beside it.
- * Of `in` and `out` they ask what aem_ProcessSurround asks. Real-time safe but for the log line. */
+// The six layouts of the surround effect, each from one call's input to the same number of stereo frames.
+//
+//   in -> inRing -> blocks of 240 frames -> float -> ConvolveReverb -> limiter or clip -> outRing -> out
+//
+// Of the blocks that wait two are rendered together, which is quicker and gives the same bits.
+//
+// aem_ProcessSurround calls the one that a handle is made for; they are exported as C++ functions beside it.
+// Of `in` and `out` they ask what aem_ProcessSurround asks. Real-time safe but for the log line.
 #pragma once
 
 #include "layout.h"

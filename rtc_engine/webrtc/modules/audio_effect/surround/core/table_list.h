@@ -1,9 +1,9 @@
-/* Every impulse response table, once: sets of table names for macros that take a name without its prefix.
- * Each set is in the order of the sources, left ear before right. Both Audio tables have the same data and
- * are written out where they are needed. */
+// Every impulse response table, once: sets of table names for macros that take a name without its prefix.
+// Each set is in the order of the sources, left ear before right. Both Audio tables have the same data and
+// are written out where they are needed.
 #pragma once
 
-/* NOLINTBEGIN(bugprone-macro-parentheses): names are pasted, not computed with */
+// NOLINTBEGIN(bugprone-macro-parentheses): names are pasted, not computed with
 
 #define SONIVEX_EARS(X, source, set) X(source##_h_##set##L48) X(source##_h_##set##R48)
 
@@ -36,7 +36,7 @@
 #define SONIVEX_TABLES_SURROUND_5_1(X, mode) SONIVEX_FIVE_SOURCES(X, 5_1, mode)
 #define SONIVEX_TABLES_SURROUND_7_1(X, mode) SONIVEX_SEVEN_SOURCES(X, 7_1, mode)
 
-/* All but the Audio tables. */
+// All but the Audio tables.
 #define SONIVEX_TABLES_LOUDSPEAKERS(X)    \
     SONIVEX_TABLES_BINGO_2(X)             \
     SONIVEX_TABLES_BINGO_5_1(X)           \
@@ -51,4 +51,4 @@
     SONIVEX_TABLES_SURROUND_7_1(X, mode2) \
     SONIVEX_TABLES_SURROUND_7_1(X, mode3)
 
-/* NOLINTEND(bugprone-macro-parentheses) */
+// NOLINTEND(bugprone-macro-parentheses)

@@ -1,16 +1,16 @@
-/* Convolution with a long response: its head in short partitions without delay, its tail in long ones. Part
- * of the scalar definition of right: the shipped path runs banks (convolution/), held bit for bit to the head
- * stage, which holds every response that ships whole.
- *
- *   response   [0, T)     [T, 2T)            [2T, ..)
- *   stage      head       first tail         tail
- *   partition  H          H                  T
- *
- * The tail stages work on input of T samples ago, so what they compute while one stretch of T samples comes
- * in is played out during the next.
- *
- * Use: TwoStageFFTConvolver c; c.init(256, 12768, ir, 40000); c.process(in, out, n) for every call.
- * Threads: an object is used by one thread at a time. */
+// Convolution with a long response: its head in short partitions without delay, its tail in long ones. Part
+// of the scalar definition of right: the shipped path runs banks (convolution/), held bit for bit to the head
+// stage, which holds every response that ships whole.
+//
+//   response   [0, T)     [T, 2T)            [2T, ..)
+//   stage      head       first tail         tail
+//   partition  H          H                  T
+//
+// The tail stages work on input of T samples ago, so what they compute while one stretch of T samples comes
+// in is played out during the next.
+//
+// Use: TwoStageFFTConvolver c; c.init(256, 12768, ir, 40000); c.process(in, out, n) for every call.
+// Threads: an object is used by one thread at a time.
 #pragma once
 
 #include <cstddef>

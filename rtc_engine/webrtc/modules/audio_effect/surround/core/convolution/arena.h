@@ -1,11 +1,10 @@
-/* One block of memory for the arrays that every call of a handle goes through.
- *
- * Lying together they need few entries of the processor's address cache, and where they fill most of a huge
- * page of 2 MiB they get one, if the system has any to give: the time of a call then no longer depends on
- * which pages the process happened to get.
- *
- * Use: Arena arena(Arena::bytesOf<float>(n) + ..); float* a = arena.take<float>(n); .. freed with the arena.
- */
+// One block of memory for the arrays that every call of a handle goes through.
+//
+// Lying together they need few entries of the processor's address cache, and where they fill most of a huge
+// page of 2 MiB they get one, if the system has any to give: the time of a call then no longer depends on
+// which pages the process happened to get.
+//
+// Use: Arena arena(Arena::bytesOf<float>(n) + ..); float* a = arena.take<float>(n); .. freed with the arena.
 #pragma once
 
 #include <cstddef>

@@ -1,8 +1,8 @@
-/* Compiled once for every set of vector instructions; the best one of the processor is taken at run time. */
+// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "bank_arithmetic.cpp"
 #include "vector_targets.h"
-/* vector_targets.h comes first. */
+// vector_targets.h comes first.
 #include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
@@ -14,12 +14,12 @@
 HWY_BEFORE_NAMESPACE();
 namespace sonivex::HWY_NAMESPACE {
 
-/* Partitions between the one that is worked on and the one that is fetched. */
+// Partitions between the one that is worked on and the one that is fetched.
 constexpr std::size_t kPrefetchDistance = 32;
 
-/* ---- responses in a tile ---- */
+// ---- responses in a tile ----
 
-/* A spectrum of its own for every channel and row. */
+// A spectrum of its own for every channel and row.
 template <std::size_t rows>
 struct OwnResponses {
     static constexpr std::size_t kRows = rows;
@@ -31,7 +31,7 @@ struct OwnResponses {
     }
 };
 
-/* One spectrum for both channels of one row. */
+// One spectrum for both channels of one row.
 struct SharedResponse {
     static constexpr std::size_t kRows = 1;
     static constexpr std::size_t kFloats = kTileFloats;
@@ -48,7 +48,7 @@ struct SharedResponse {
     }
 };
 
-/* ---- the sums of one place in a tile ---- */
+// ---- the sums of one place in a tile ----
 
 template <class Responses>
 struct Sums {
@@ -72,14 +72,14 @@ struct Place {
     }
 };
 
-/* Sums over the older partitions of one block, or of two that follow each other. Partition i of the second
- * meets the input that partition i - 1 of the first has met. */
+// Sums over the older partitions of one block, or of two that follow each other. Partition i of the second
+// meets the input that partition i - 1 of the first has met.
 template <class Responses, std::size_t blocks, std::size_t vectors, bool has_reals>
 struct OlderPartitions {
     Numbers<vectors> sums[blocks][Responses::kRows];
     Factor<vectors> previous;  // the input that the second block meets next
 
-    /* Partitions i .. i + count - 1 with as many blocks from the ring. */
+    // Partitions i .. i + count - 1 with as many blocks from the ring.
     HWY_INLINE void accumulate(const Place<Responses>& place, std::size_t offset, const float* input,
                                std::size_t i, std::size_t count) {
         const float* response = place.response(i);
@@ -98,7 +98,7 @@ struct OlderPartitions {
         }
     }
 
-    /* The next ones come from the second level cache, in steps too wide for the processor to foresee. */
+    // The next ones come from the second level cache, in steps too wide for the processor to foresee.
     static HWY_INLINE void prefetch(const float* input, const float* response) {
         for (std::size_t line = 0; line < kTileSpectrumFloats; line += kTileFloats) {
             hwy::Prefetch(input + kPrefetchDistance * kTileSpectrumFloats + line);
@@ -109,10 +109,10 @@ struct OlderPartitions {
     }
 };
 
-/* Sums up all vectors of a place for one block, and vector by vector for two: there are not registers for
- * more.
- * @param newest slot of the block before the first one.
- * @param first  spectrum of the first block, for the second one. */
+// Sums up all vectors of a place for one block, and vector by vector for two: there are not registers for
+// more.
+// @param newest slot of the block before the first one.
+// @param first  spectrum of the first block, for the second one.
 template <class Responses, std::size_t blocks, bool has_reals>
 HWY_INLINE void sumOlderPartitions(const Place<Responses>& place, std::size_t newest,
                                    const PlaceNumbers& first, Sums<Responses>* sums) {
@@ -207,9 +207,9 @@ HWY_INLINE void storeOutputs(const LanePlanes& planes, std::size_t k, Ears ears,
     }
 }
 
-/* ---- the steps ---- */
+// ---- the steps ----
 
-/* Any step: its cuts are looked up. */
+// Any step: its cuts are looked up.
 struct AnyCuts {
     const Step& step;
 
@@ -220,9 +220,9 @@ struct AnyCuts {
     std::size_t blockOf(std::size_t snapshot) const { return step.snapshots[snapshot].block; }
 };
 
-/* A step that goes on with a block and ends within one, whose snapshots are of these blocks: what calls of
- * some length make almost always. The compiler knows its cuts, and keeps in registers what else goes through
- * memory. */
+// A step that goes on with a block and ends within one, whose snapshots are of these blocks: what calls of
+// some length make almost always. The compiler knows its cuts, and keeps in registers what else goes through
+// memory.
 template <std::size_t... blocks_of_snapshots>
 struct KnownCuts {
     static constexpr std::size_t kBlocks[] = {blocks_of_snapshots...};
@@ -260,8 +260,8 @@ HWY_INLINE std::size_t keepFinished(const Place<Responses>& place, std::size_t n
     return slot;
 }
 
-/* The older partitions' sums of every block of the step; finished blocks go into the ring.
- * @param last the last input of every block. */
+// The older partitions' sums of every block of the step; finished blocks go into the ring.
+// @param last the last input of every block.
 template <class Responses, bool has_reals, class Cuts>
 HWY_INLINE void sumBlocks(const Call& call, const Cuts& cuts, const Place<Responses>& place,
                           const PlaceNumbers (&last)[kMostBlocks], Sums<Responses> (&sums)[kMostBlocks]) {

@@ -1,28 +1,28 @@
-/* Multiply-accumulate of a bank of convolvers in the frequency domain: several channels, each through the
- * responses of one or two rows.
- *
- *   sum[row] = sum over i of response[row][i] * input[b - i],   complex, bin by bin and channel by channel
- *
- * Numbers are floats; every product and sum is rounded by itself and i goes up from 1, with 0 last. What a
- * spectrum holds lies as k = bin * channels + channel. So that all partitions of a few k are read as one
- * stream, memory is cut into tiles of 16 k:
- *
- *   inputs       [tile][slot][re, im][16]             ring of the P - 1 blocks before the one being filled
- *   responses    [tile][partition][row][re, im][16]
- *                [tile][partition][re, im][8]         of two channels that share one: k = bin
- *   accumulated  [tile][row][re, im][16]              sum over i >= 1 of the block begun last
- *
- * A spectrum's X[0] and X[L] are real and share bin 0, as re and im.
- *
- * A call renders a few snapshots of blocks (steps.h) together. Of two blocks that begin in it the older
- * partitions are summed up together, so that responses and inputs are loaded once for both. Forward
- * transforms come in, and sums go out, as lanes of lane_transform.h:
- *
- *   in    [bin][snapshot][channel]
- *   out   [bin][term][snapshot][ear]   (term, ear) = (channel, row) or (row, channel); the third and the
- * fourth snapshot in planes of their own
- *
- * Real-time safe. */
+// Multiply-accumulate of a bank of convolvers in the frequency domain: several channels, each through the
+// responses of one or two rows.
+//
+//   sum[row] = sum over i of response[row][i] * input[b - i],   complex, bin by bin and channel by channel
+//
+// Numbers are floats; every product and sum is rounded by itself and i goes up from 1, with 0 last. What a
+// spectrum holds lies as k = bin * channels + channel. So that all partitions of a few k are read as one
+// stream, memory is cut into tiles of 16 k:
+//
+//   inputs       [tile][slot][re, im][16]             ring of the P - 1 blocks before the one being filled
+//   responses    [tile][partition][row][re, im][16]
+//                [tile][partition][re, im][8]         of two channels that share one: k = bin
+//   accumulated  [tile][row][re, im][16]              sum over i >= 1 of the block begun last
+//
+// A spectrum's X[0] and X[L] are real and share bin 0, as re and im.
+//
+// A call renders a few snapshots of blocks (steps.h) together. Of two blocks that begin in it the older
+// partitions are summed up together, so that responses and inputs are loaded once for both. Forward
+// transforms come in, and sums go out, as lanes of lane_transform.h:
+//
+//   in    [bin][snapshot][channel]
+//   out   [bin][term][snapshot][ear]   (term, ear) = (channel, row) or (row, channel); the third and the
+// fourth snapshot in planes of their own
+//
+// Real-time safe.
 #pragma once
 
 #include <cstddef>

@@ -15,12 +15,12 @@ std::size_t tilesOf(const BankShape& shape, std::size_t block_frames) {
     return (shape.channels * block_frames + kTileFloats - 1) / kTileFloats;
 }
 
-/* Floats of one part, real or imaginary, of the spectra of `lanes` lanes a channel. */
+// Floats of one part, real or imaginary, of the spectra of `lanes` lanes a channel.
 std::size_t planeFloats(const BankShape& shape, std::size_t block_frames, std::size_t lanes) {
     return tilesOf(shape, block_frames) * kTileFloats * lanes;
 }
 
-/* Floats that the responses of one partition take in a tile. */
+// Floats that the responses of one partition take in a tile.
 std::size_t responseFloats(const BankShape& shape) {
     return shape.shares_response ? kTileFloats : shape.rows * kTileSpectrumFloats;
 }
@@ -29,7 +29,7 @@ LanePlanes planesAt(float* memory, std::size_t plane_floats) {
     return {memory, memory + plane_floats};
 }
 
-/* Whether all are zeros, of either sign: no other float has no bits below its sign. */
+// Whether all are zeros, of either sign: no other float has no bits below its sign.
 bool areZeros(const float* numbers, std::size_t count) {
     std::uint32_t bits = 0;
     for (std::size_t i = 0; i < count; ++i) bits |= std::bit_cast<std::uint32_t>(numbers[i]);
@@ -50,8 +50,7 @@ void gather(const ConvolutionBank::Input& in, std::size_t frames, float* to) {
     }
 }
 
-/* Where the lanes of a step come from. A lane without a snapshot shows the last one again; nothing reads it.
- */
+// Where the lanes of a step come from. A lane without a snapshot shows the last one again; nothing reads it.
 LaneSources lanesOf(const Step& step, const float* stream, std::size_t channels) {
     LaneSources sources{};
     for (std::size_t lane = 0; lane < step.lanes(); ++lane) {
@@ -61,15 +60,15 @@ LaneSources lanesOf(const Step& step, const float* stream, std::size_t channels)
     return sources;
 }
 
-/* Outputs [frame][term][ear] at distances of their own. */
+// Outputs [frame][term][ear] at distances of their own.
 struct Outputs {
     const float* first;
     std::size_t frame_stride;
     std::size_t term_stride;
 };
 
-/* Every output is the sum of two blocks that overlap: the first half of its own and the second half of the
- * block before. The outputs of all frames go side by side. */
+// Every output is the sum of two blocks that overlap: the first half of its own and the second half of the
+// block before. The outputs of all frames go side by side.
 template <std::size_t terms, std::size_t ear_lanes>
 void sumHalves(const Outputs& first_halves, const Outputs& second_halves, std::size_t frames,
                float* __restrict to) {
@@ -102,7 +101,7 @@ void addTerms(const float* __restrict outputs, std::size_t frames, float* __rest
     }
 }
 
-/* Moves the outputs of all frames side by side. */
+// Moves the outputs of all frames side by side.
 template <std::size_t terms, std::size_t ear_lanes>
 void packTerms(const Outputs& from, std::size_t frames, float* __restrict to) {
     const float* first = from.first;
@@ -117,7 +116,7 @@ void packTerms(const Outputs& from, std::size_t frames, float* __restrict to) {
     }
 }
 
-/* Calls what is compiled for a shape's terms and ear lanes. */
+// Calls what is compiled for a shape's terms and ear lanes.
 template <typename Function>
 void forShape(const BankShape& shape, Function function) {
     if (shape.earLanes() == 1) {
@@ -129,8 +128,8 @@ void forShape(const BankShape& shape, Function function) {
     }
 }
 
-/* The frames of a step's snapshots, as the inverse transforms leave them: [2 L][term][snapshot][ear], the
- * first two snapshots before the others. */
+// The frames of a step's snapshots, as the inverse transforms leave them: [2 L][term][snapshot][ear], the
+// first two snapshots before the others.
 class RenderedFrames {
   public:
     RenderedFrames(const Step& step, const BankShape& shape, const float* frames,
@@ -142,13 +141,13 @@ class RenderedFrames {
           term_stride_(std::min(step.lanes(), kSnapshotsOfPlanes) * ear_lanes_),
           frame_stride_(shape.terms() * term_stride_) {}
 
-    /* The outputs of a snapshot from a frame on, 0..2 L - 1. */
+    // The outputs of a snapshot from a frame on, 0..2 L - 1.
     Outputs of(std::size_t snapshot, std::size_t frame) const {
         const float* const planes = frames_ + snapshot / kSnapshotsOfPlanes * floats_of_planes_;
         return {planes + frame * frame_stride_ + snapshot % kSnapshotsOfPlanes * ear_lanes_, frame_stride_,
                 term_stride_};
     }
-    /* The second half of a finished block, which overlaps the next one, from a frame of that on. */
+    // The second half of a finished block, which overlaps the next one, from a frame of that on.
     Outputs secondHalfOf(std::size_t block, std::size_t frame) const {
         std::size_t last = step_.count - 1;
         while (step_.snapshots[last].block > block) --last;
@@ -166,7 +165,7 @@ class RenderedFrames {
 
 constexpr std::size_t kPairsOfSnapshots = kMostSnapshots / kSnapshotsOfPlanes;
 
-/* Lengths of the workspace's arrays, which serve the largest bank. */
+// Lengths of the workspace's arrays, which serve the largest bank.
 struct WorkspaceSizes {
     std::size_t input;
     std::size_t lanes;
@@ -228,7 +227,7 @@ ConvolutionBank::ConvolutionBank(const BankShape& shape, const Taps* responses, 
     transformResponses(responses, spectra, workspace);
 }
 
-/* Two partitions of every response at a time, as lanes [partition][response]. */
+// Two partitions of every response at a time, as lanes [partition][response].
 void ConvolutionBank::transformResponses(const Taps* responses, float* spectra,
                                          ConvolutionWorkspace& workspace) const {
     constexpr std::size_t kAtOnce = 2;
@@ -267,9 +266,9 @@ void ConvolutionBank::transformResponses(const Taps* responses, float* spectra,
 void ConvolutionBank::render(const Step& step, const Input& in, ConvolutionWorkspace& workspace) {
     float* const fresh = stream_ + step.firstFill() * shape_.channels;
     shape_.channels == 1 ? gather<1>(in, step.frames(), fresh) : gather<2>(in, step.frames(), fresh);
-    /* After P silent blocks the ring holds zeros only, so that the sums, which start from +0 and never become
-     * -0, and the overlap are +0 everywhere, and rendering would leave them so. The block may keep zeros of
-     * either sign, which come to the same. */
+    // After P silent blocks the ring holds zeros only, so that the sums, which start from +0 and never become
+    // -0, and the overlap are +0 everywhere, and rendering would leave them so. The block may keep zeros of
+    // either sign, which come to the same.
     const bool was_silent = silent_blocks_ == memory_.partitions && is_block_silent_;
     const bool is_silent = takeSilence(step);
     has_outputs_ = !was_silent || !is_silent;
@@ -285,7 +284,7 @@ void ConvolutionBank::addOutputs(std::size_t frames, float* ears) const {
     forShape(shape_, [&](auto terms, auto ear_lanes) { addTerms<terms, ear_lanes>(outputs_, frames, ears); });
 }
 
-/* Counts the silent blocks. @return whether the step's frames are all silent. */
+// Counts the silent blocks. @return whether the step's frames are all silent.
 bool ConvolutionBank::takeSilence(const Step& step) {
     bool is_silent = true;
     for (std::size_t i = 0; i < step.count; ++i) {

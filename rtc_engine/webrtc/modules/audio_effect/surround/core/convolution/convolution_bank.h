@@ -1,17 +1,17 @@
-/* A few channels of a stream convolved with fixed responses together: uniform partitions in the frequency
- * domain, as in fftconvolver.h, with channels, responses and snapshots of blocks as lanes of vectors.
- *
- *   y[row][channel] = input[channel] * response[row][channel]
- *
- * A channel is transformed once for all its rows. The bits are those of a convolver of its own for every
- * response.
- *
- * A bank costs nothing while its input has been silent for longer than its responses: all its spectra are
- * zero then, and so is what it would add.
- *
- * Input and responses are finite numbers: what is not lasts as long as the longest response of the bank.
- *
- * Threads: a bank and its workspace are used by one thread at a time. */
+// A few channels of a stream convolved with fixed responses together: uniform partitions in the frequency
+// domain, as in fftconvolver.h, with channels, responses and snapshots of blocks as lanes of vectors.
+//
+//   y[row][channel] = input[channel] * response[row][channel]
+//
+// A channel is transformed once for all its rows. The bits are those of a convolver of its own for every
+// response.
+//
+// A bank costs nothing while its input has been silent for longer than its responses: all its spectra are
+// zero then, and so is what it would add.
+//
+// Input and responses are finite numbers: what is not lasts as long as the longest response of the bank.
+//
+// Threads: a bank and its workspace are used by one thread at a time.
 #pragma once
 
 #include <cstddef>

@@ -1,8 +1,8 @@
-/* Frames of several snapshots side by side, as the transforms take them (lane_transform.h).
- *
- *   out  [frame][lane][channel]      frame 0 .. block_frames - 1; zeros behind what a lane has
- *
- * Real-time safe. */
+// Frames of several snapshots side by side, as the transforms take them (lane_transform.h).
+//
+//   out  [frame][lane][channel]      frame 0 .. block_frames - 1; zeros behind what a lane has
+//
+// Real-time safe.
 #pragma once
 
 #include <array>

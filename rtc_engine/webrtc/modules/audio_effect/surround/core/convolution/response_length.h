@@ -1,4 +1,4 @@
-/* Lengths of responses and blocks, for all convolvers. */
+// Lengths of responses and blocks, for all convolvers.
 #pragma once
 
 #include <cmath>
@@ -6,7 +6,7 @@
 
 namespace fftconvolver {
 
-/* -120 dB: what a response's end has to reach to be worth its computation. */
+// -120 dB: what a response's end has to reach to be worth its computation.
 inline constexpr float kSilentTap = 1e-6F;
 
 /** Length without the silent taps at the end. */

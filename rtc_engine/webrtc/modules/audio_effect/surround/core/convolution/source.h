@@ -1,8 +1,8 @@
-/* One source of a layout: an input channel, and where its responses to the two ears have their places.
- *
- * Every pair of a source and an ear has a number, that of the agent (IRAgent.h) which stands for it in the
- * scalar definition. In a bank (convolution/) it is a lane: with both ears [ear][source], of two sources
- * each; with one ear a source, left and right in turn, [pair][ear]. */
+// One source of a layout: an input channel, and where its responses to the two ears have their places.
+//
+// Every pair of a source and an ear has a number, that of the agent (IRAgent.h) which stands for it in the
+// scalar definition. In a bank (convolution/) it is a lane: with both ears [ear][source], of two sources
+// each; with one ear a source, left and right in turn, [pair][ear].
 #pragma once
 
 #include <cstddef>

@@ -1,10 +1,10 @@
-/* The convolutions of one stage of the surround effect, gathered in banks of one or two sources.
- *
- *   ear[frame] = sum over the sources of (source * response(source, ear))[frame], in the sources' order
- *
- * A source that both ears hear through equal responses is convolved once for both.
- *
- * Use: build, then render for all calls. */
+// The convolutions of one stage of the surround effect, gathered in banks of one or two sources.
+//
+//   ear[frame] = sum over the sources of (source * response(source, ear))[frame], in the sources' order
+//
+// A source that both ears hear through equal responses is convolved once for both.
+//
+// Use: build, then render for all calls.
 #pragma once
 
 #include <cstddef>

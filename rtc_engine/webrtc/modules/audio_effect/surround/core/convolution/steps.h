@@ -1,16 +1,16 @@
-/* How calls meet blocks: the steps in which a stream of calls is rendered.
- *
- * A block of L frames is transformed as far as it is filled whenever a call ends in it, so that no output
- * waits for the block to be complete. Such a state of a block is a snapshot; the frames that have come since
- * the one before are what it renders:
- *
- *   calls of 240, L = 256     call 1          call 2            call 3            call 4
- *   snapshots                 A 0..240        A 240..256        B 224..256        C 208..256
- *                                             B 0..224          C 0..208          D 0..192
- *
- * Up to four snapshots form a step: those of two calls, or of more if they are short. It may begin two blocks
- * and render as many frames as two blocks have, not more. Where the cuts between calls lie decides the bits
- * of the output; how snapshots are gathered in steps does not. */
+// How calls meet blocks: the steps in which a stream of calls is rendered.
+//
+// A block of L frames is transformed as far as it is filled whenever a call ends in it, so that no output
+// waits for the block to be complete. Such a state of a block is a snapshot; the frames that have come since
+// the one before are what it renders:
+//
+//   calls of 240, L = 256     call 1          call 2            call 3            call 4
+//   snapshots                 A 0..240        A 240..256        B 224..256        C 208..256
+//                                             B 0..224          C 0..208          D 0..192
+//
+// Up to four snapshots form a step: those of two calls, or of more if they are short. It may begin two blocks
+// and render as many frames as two blocks have, not more. Where the cuts between calls lie decides the bits
+// of the output; how snapshots are gathered in steps does not.
 #pragma once
 
 #include <algorithm>

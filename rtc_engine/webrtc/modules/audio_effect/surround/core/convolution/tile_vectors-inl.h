@@ -1,7 +1,7 @@
-/* Vectors of a tile: complex numbers and their products, and the way between tiles and the lanes of the
- * transforms. Included once for every set of vector instructions, see bank_arithmetic.cpp. */
+// Vectors of a tile: complex numbers and their products, and the way between tiles and the lanes of the
+// transforms. Included once for every set of vector instructions, see bank_arithmetic.cpp.
 
-/* Included again for the next set. */
+// Included again for the next set.
 #if defined(SONIVEX_TILE_VECTORS_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef SONIVEX_TILE_VECTORS_INL_H
 #undef SONIVEX_TILE_VECTORS_INL_H
@@ -27,13 +27,13 @@ using Vector = hn::Vec<Tag>;
 using PairTag = hn::Repartition<std::uint64_t, Tag>;
 
 constexpr std::size_t kLanes = hn::MaxLanes(Tag());
-/* Vectors of a place in a tile: as many as leave room for one block's sums in 16 registers. */
+// Vectors of a place in a tile: as many as leave room for one block's sums in 16 registers.
 constexpr std::size_t kVectors = kLanes == kTileFloats ? 1 : 2;
 constexpr std::size_t kPlaceFloats = kVectors * kLanes;
-/* Without room for a channel pair in a vector, lanes are moved one by one. */
+// Without room for a channel pair in a vector, lanes are moved one by one.
 constexpr bool kHasPairs = kLanes >= 2;
 
-/* A few k of a spectrum. */
+// A few k of a spectrum.
 template <std::size_t vectors>
 struct Numbers {
     Vector re[vectors];
@@ -41,8 +41,8 @@ struct Numbers {
 };
 using PlaceNumbers = Numbers<kVectors>;
 
-/* A factor of products: re = h.re * re - h.im * cross, im = h.re * cross + h.im * same. For a complex number
- * cross is im and same is re; for the two real ones of bin 0, cross is 0 and same is im. */
+// A factor of products: re = h.re * re - h.im * cross, im = h.re * cross + h.im * same. For a complex number
+// cross is im and same is re; for the two real ones of bin 0, cross is 0 and same is im.
 template <std::size_t vectors>
 struct Factor {
     Vector re[vectors];
@@ -74,7 +74,7 @@ HWY_INLINE void storeTile(const PlaceNumbers& numbers, float* tile, std::size_t 
     }
 }
 
-/* Every number of an array for two neighbouring k, from k = `offset` on. */
+// Every number of an array for two neighbouring k, from k = `offset` on.
 HWY_INLINE Vector loadTwice(const float* numbers, std::size_t offset) {
     if constexpr (!kHasPairs) return hn::Set(Tag(), numbers[offset / 2]);
     const PairTag pairs;
@@ -83,7 +83,7 @@ HWY_INLINE Vector loadTwice(const float* numbers, std::size_t offset) {
     return hn::BitCast(Tag(), hn::Or(low, hn::ShiftLeft<32>(low)));
 }
 
-/* reals: how many numbers of the tile, from its start, are bin 0. */
+// reals: how many numbers of the tile, from its start, are bin 0.
 template <bool has_reals, std::size_t vectors>
 HWY_INLINE Factor<vectors> asFactor(const Numbers<vectors>& x, std::size_t reals, std::size_t offset) {
     const Tag d;
@@ -111,9 +111,9 @@ HWY_INLINE void multiplyAccumulate(Numbers<vectors>& sum, const Numbers<vectors>
     }
 }
 
-/* ---- between tiles and lanes ---- */
+// ---- between tiles and lanes ----
 
-/* Lane i of every vector side by side, then lane i + 1. */
+// Lane i of every vector side by side, then lane i + 1.
 template <std::size_t count, class D>
 HWY_INLINE void storeInterleaved(D d, const hn::Vec<D> (&v)[count], hn::TFromD<D>* to) {
     static_assert(count == 1 || count == 2 || count == 4);
@@ -130,7 +130,7 @@ HWY_INLINE void loadInterleaved(D d, const hn::TFromD<D>* from, hn::Vec<D> (&v)[
     if constexpr (count == 4) hn::LoadInterleaved4(d, from, v[0], v[1], v[2], v[3]);
 }
 
-/* Out of a plane [bin][snapshot][channel], one of real or of imaginary parts. */
+// Out of a plane [bin][snapshot][channel], one of real or of imaginary parts.
 template <std::size_t snapshots>
 HWY_INLINE void loadLanes(const float* plane, std::size_t k, std::size_t channels, Vector (&x)[snapshots]) {
     const Tag d;
@@ -147,7 +147,7 @@ HWY_INLINE void loadLanes(const float* plane, std::size_t k, std::size_t channel
     }
 }
 
-/* Into a plane [bin][term][snapshot][ear]. */
+// Into a plane [bin][term][snapshot][ear].
 template <std::size_t rows, std::size_t snapshots>
 HWY_INLINE void storeLanes(float* plane, std::size_t k, Ears ears, const Vector (&sums)[snapshots][rows]) {
     constexpr std::size_t kCount = rows * snapshots;

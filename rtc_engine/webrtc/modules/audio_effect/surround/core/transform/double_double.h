@@ -1,10 +1,10 @@
-/* Numbers of twice a double's precision: the unevaluated sum of two doubles, about 106 bits.
- *
- *   twoSum(a, b), twoProduct(a, b):  hi + lo = the exact sum or product, hi = it rounded to double
- *
- * For tables that are computed once and rounded once: the last bit of a sine then does not depend on whose
- * sine it is. Source of the exact operations: Dekker, Numerische Mathematik 18 (1971); Knuth, TAOCP vol. 2.
- * Only for numbers far from overflow and underflow. */
+// Numbers of twice a double's precision: the unevaluated sum of two doubles, about 106 bits.
+//
+//   twoSum(a, b), twoProduct(a, b):  hi + lo = the exact sum or product, hi = it rounded to double
+//
+// For tables that are computed once and rounded once: the last bit of a sine then does not depend on whose
+// sine it is. Source of the exact operations: Dekker, Numerische Mathematik 18 (1971); Knuth, TAOCP vol. 2.
+// Only for numbers far from overflow and underflow.
 #pragma once
 
 #include <cmath>
@@ -32,7 +32,7 @@ inline DoubleDouble fastTwoSum(double a, double b) {
     return {sum, b - (sum - a)};
 }
 
-/* Halves of 26 bits, whose products are exact. */
+// Halves of 26 bits, whose products are exact.
 inline DoubleDouble splitHalves(double a) {
     constexpr double kSplitter = 134217729.0;  // 2^27 + 1
     const double scaled = kSplitter * a;
@@ -48,7 +48,7 @@ inline DoubleDouble twoProduct(double a, double b) {
     return {product, error};
 }
 
-/* Relative errors of the operations below are under 2^-102, of sums relative to the larger operand. */
+// Relative errors of the operations below are under 2^-102, of sums relative to the larger operand.
 
 inline DoubleDouble operator+(DoubleDouble a, DoubleDouble b) {
     const DoubleDouble high = twoSum(a.hi, b.hi);

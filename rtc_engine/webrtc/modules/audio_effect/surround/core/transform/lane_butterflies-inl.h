@@ -1,14 +1,14 @@
-/* The parts that the forward and the inverse transform in lanes share: complex numbers in lanes, working
- * memory, and the passes of radix 4. Included once for every set of vector instructions, see
- * lane_transform.cpp.
- *
- * A vector holds the lanes of one point, or, where they would leave half of it empty, of two neighbours: a
- * pair of points. Passes whose butterflies have neighbours in the same block take both alike, so only the
- * first and the last step differ.
- *
- *   working memory   [point][re, im][lane]    or    [pair][re, im][point of the pair][lane] */
+// The parts that the forward and the inverse transform in lanes share: complex numbers in lanes, working
+// memory, and the passes of radix 4. Included once for every set of vector instructions, see
+// lane_transform.cpp.
+//
+// A vector holds the lanes of one point, or, where they would leave half of it empty, of two neighbours: a
+// pair of points. Passes whose butterflies have neighbours in the same block take both alike, so only the
+// first and the last step differ.
+//
+//   working memory   [point][re, im][lane]    or    [pair][re, im][point of the pair][lane]
 
-/* Included again for the next set. */
+// Included again for the next set.
 #if defined(SONIVEX_LANE_BUTTERFLIES_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef SONIVEX_LANE_BUTTERFLIES_INL_H
 #undef SONIVEX_LANE_BUTTERFLIES_INL_H
@@ -29,7 +29,7 @@ namespace sonivex::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-/* A complex number in every lane; D is the tag of the doubles. */
+// A complex number in every lane; D is the tag of the doubles.
 template <class D>
 struct Complex {
     hn::Vec<D> re;
@@ -52,16 +52,16 @@ HWY_INLINE Complex<D> operator*(Complex<D> a, Complex<D> b) {
             hn::Add(hn::Mul(a.re, b.im), hn::Mul(a.im, b.re))};
 }
 
-/* a * conj b */
+// a * conj b
 template <class D>
 HWY_INLINE Complex<D> timesConjugate(Complex<D> a, Complex<D> b) {
     return {hn::Add(hn::Mul(a.re, b.re), hn::Mul(a.im, b.im)),
             hn::Sub(hn::Mul(a.im, b.re), hn::Mul(a.re, b.im))};
 }
 
-/* ---- working memory ---- */
+// ---- working memory ----
 
-/* A vector of it: a point or a pair of points. */
+// A vector of it: a point or a pair of points.
 template <class D>
 HWY_INLINE Complex<D> load(D d, const double* work, std::size_t vector) {
     const std::size_t lanes = hn::Lanes(d);
@@ -75,7 +75,7 @@ HWY_INLINE void store(D d, double* work, std::size_t vector, Complex<D> value) {
     hn::Store(value.im, d, work + 2 * lanes * vector + lanes);
 }
 
-/* The tag of one point's lanes. */
+// The tag of one point's lanes.
 template <std::size_t points_of_vector, class D>
 using PointTag = std::conditional_t<points_of_vector == 1, D, hn::Half<D>>;
 
@@ -96,7 +96,7 @@ HWY_INLINE void storePoint(D d, double* work, std::size_t point, Complex<D> valu
     hn::Store(value.im, d, re + lanes * points_of_vector);
 }
 
-/* ---- floats outside ---- */
+// ---- floats outside ----
 
 template <class D>
 HWY_INLINE hn::Vec<D> loadFloats([[maybe_unused]] D d, const float* from) {
@@ -109,10 +109,10 @@ HWY_INLINE void storeFloats([[maybe_unused]] D d, hn::Vec<D> value, float* to) {
     hn::StoreU(hn::DemoteTo(floats, value), floats, to);
 }
 
-/* ---- pairs; a set without vectors has none, and never comes to the code that asks for them ---- */
+// ---- pairs; a set without vectors has none, and never comes to the code that asks for them ----
 
 #if HWY_TARGET != HWY_SCALAR
-/* The first halves of two vectors side by side, and the second halves. */
+// The first halves of two vectors side by side, and the second halves.
 template <class D>
 HWY_INLINE hn::Vec<D> firstHalves(D d, hn::Vec<D> a, hn::Vec<D> b) {
     return hn::ConcatLowerLower(d, b, a);
@@ -123,13 +123,13 @@ HWY_INLINE hn::Vec<D> secondHalves(D d, hn::Vec<D> a, hn::Vec<D> b) {
     return hn::ConcatUpperUpper(d, b, a);
 }
 
-/* The points of a pair the other way round. */
+// The points of a pair the other way round.
 template <class D>
 HWY_INLINE Complex<D> swapped(D d, Complex<D> pair) {
     return {hn::ConcatLowerUpper(d, pair.re, pair.re), hn::ConcatLowerUpper(d, pair.im, pair.im)};
 }
 
-/* The first point of one pair and the second of another. */
+// The first point of one pair and the second of another.
 template <class D>
 HWY_INLINE Complex<D> firstAndSecond(D d, Complex<D> first, Complex<D> second) {
     return {hn::ConcatUpperLower(d, second.re, first.re), hn::ConcatUpperLower(d, second.im, first.im)};
@@ -141,7 +141,7 @@ HWY_INLINE hn::Vec<D> pairOf(D d, double first, double second) {
     return hn::Combine(d, hn::Set(half, second), hn::Set(half, first));
 }
 
-/* The frames of two points. */
+// The frames of two points.
 template <class D>
 HWY_INLINE hn::Vec<D> loadPairOfFrames(D d, const float* a, const float* b) {
     const hn::Half<D> half;
@@ -149,7 +149,7 @@ HWY_INLINE hn::Vec<D> loadPairOfFrames(D d, const float* a, const float* b) {
 }
 #endif
 
-/* ---- butterflies ---- */
+// ---- butterflies ----
 
 template <class D>
 struct Quartet {
@@ -165,7 +165,7 @@ HWY_INLINE Quartet<D> plainButterfly(const Quartet<D>& v) {
     const Complex<D> difference01 = v.v0 - v.v1;
     const Complex<D> sum23 = v.v2 + v.v3;
     const Complex<D> difference23 = v.v2 - v.v3;
-    /* difference01 + i difference23 and - i, or the other way round */
+    // difference01 + i difference23 and - i, or the other way round
     const Complex<D> up = {hn::Sub(difference01.re, difference23.im),
                            hn::Add(difference01.im, difference23.re)};
     const Complex<D> down = {hn::Add(difference01.re, difference23.im),
@@ -187,7 +187,7 @@ HWY_INLINE Roots<D> broadcast(D d, const BlockRoots& roots) {
             {hn::Set(d, roots.re[2]), hn::Set(d, roots.im[2])}};
 }
 
-/* For pairs whose points are of two blocks. */
+// For pairs whose points are of two blocks.
 template <class D>
 HWY_INLINE Roots<D> pairOfRoots(D d, const BlockRoots& a, const BlockRoots& b) {
     return {{pairOf(d, a.re[0], b.re[0]), pairOf(d, a.im[0], b.im[0])},
@@ -216,7 +216,7 @@ HWY_INLINE void storeQuartet(D d, double* work, std::size_t first, std::size_t d
     store(d, work, first + 3 * distance, x.v3);
 }
 
-/* A block of the first pass: four neighbours. */
+// A block of the first pass: four neighbours.
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void storeBlock(D d, double* work, std::size_t block, const Quartet<D>& x) {
     storePoint<points_of_vector>(d, work, 4 * block, x.v0);
@@ -225,7 +225,7 @@ HWY_INLINE void storeBlock(D d, double* work, std::size_t block, const Quartet<D
     storePoint<points_of_vector>(d, work, 4 * block + 3, x.v3);
 }
 
-/* Two blocks, of which the vectors hold the points as pairs. */
+// Two blocks, of which the vectors hold the points as pairs.
 template <class D>
 HWY_INLINE void storePairOfBlocks(D d, double* work, std::size_t block_a, std::size_t block_b,
                                   const Quartet<D>& x) {
@@ -241,7 +241,7 @@ HWY_INLINE void storePairOfBlocks(D d, double* work, std::size_t block_a, std::s
     store(d, work, 2 * block_b + 1, seconds(x.v2, x.v3));
 }
 
-/* Legs lie `distance` vectors apart. */
+// Legs lie `distance` vectors apart.
 template <bool is_forward, class D>
 HWY_INLINE void radix4Pass(D d, const TransformTables& tables, std::size_t blocks, std::size_t distance,
                            double* work) {
@@ -259,8 +259,8 @@ HWY_INLINE void radix4Pass(D d, const TransformTables& tables, std::size_t block
     }
 }
 
-/* The passes between the first and what is left for a last one of half the points or of a quarter: returns
- * the distance of the last one, in points. */
+// The passes between the first and what is left for a last one of half the points or of a quarter: returns
+// the distance of the last one, in points.
 template <bool is_forward, std::size_t points_of_vector, class D>
 HWY_INLINE std::size_t middlePasses(D d, const TransformTables& tables, double* work) {
     std::size_t distance = 4;
@@ -271,7 +271,7 @@ HWY_INLINE std::size_t middlePasses(D d, const TransformTables& tables, double* 
     return distance;
 }
 
-/* ---- the step between the spectrum of pairs of samples and that of the signal, see fft_passes.h ---- */
+// ---- the step between the spectrum of pairs of samples and that of the signal, see fft_passes.h ----
 
 template <class D>
 HWY_INLINE Complex<D> pairFactor(D d, const TransformTables& tables, std::size_t k) {
@@ -279,7 +279,7 @@ HWY_INLINE Complex<D> pairFactor(D d, const TransformTables& tables, std::size_t
     return {hn::Set(d, factor.re), hn::Set(d, factor.im)};
 }
 
-/* For a pair of bins. */
+// For a pair of bins.
 template <class D>
 HWY_INLINE Complex<D> pairFactors(D d, const TransformTables& tables, std::size_t k, std::size_t l) {
     const PairFactor& a = tables.pairFactors()[k];

@@ -1,5 +1,5 @@
-/* The forward transform of one group of lanes, see lane_transform.h. Included once for every set of vector
- * instructions. */
+// The forward transform of one group of lanes, see lane_transform.h. Included once for every set of vector
+// instructions.
 
 #if defined(SONIVEX_LANE_FORWARD_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef SONIVEX_LANE_FORWARD_INL_H
@@ -13,8 +13,8 @@
 HWY_BEFORE_NAMESPACE();
 namespace sonivex::HWY_NAMESPACE {
 
-/* Blocks of four neighbours in bit-reversed order. The second and the fourth come from the half that is
- * zero. A sum with zero is not left out: it makes -0 to 0. */
+// Blocks of four neighbours in bit-reversed order. The second and the fourth come from the half that is
+// zero. A sum with zero is not left out: it makes -0 to 0.
 template <class D>
 HWY_INLINE void forwardFirstPass(D d, const TransformTables& tables, const float* frames, std::size_t stride,
                                  double* work) {
@@ -34,7 +34,7 @@ HWY_INLINE void forwardFirstPass(D d, const TransformTables& tables, const float
     }
 }
 
-/* The same, two blocks at a time. */
+// The same, two blocks at a time.
 template <class D>
 HWY_INLINE void forwardFirstPassOfPairs(D d, const TransformTables& tables, const float* frames,
                                         std::size_t stride, double* work) {
@@ -70,7 +70,7 @@ HWY_INLINE void radix2Pass(D d, std::size_t vectors, double* work) {
     }
 }
 
-/* Z[k] and Z[points - k] to X, as spectrumOfPairsToReal does. */
+// Z[k] and Z[points - k] to X, as spectrumOfPairsToReal does.
 template <class D>
 HWY_INLINE void toReal(Complex<D> factor, Complex<D>& low, Complex<D>& high) {
     const Complex<D> y = factor * Complex<D>{hn::Sub(low.re, high.re), hn::Add(low.im, high.im)};
@@ -78,7 +78,7 @@ HWY_INLINE void toReal(Complex<D> factor, Complex<D>& low, Complex<D>& high) {
     high = {hn::Add(high.re, y.re), hn::Sub(high.im, y.im)};
 }
 
-/* Where spectra go, a column of `stride` lanes a bin. */
+// Where spectra go, a column of `stride` lanes a bin.
 struct SpectrumWriter {
     float* re;
     float* im;
@@ -91,7 +91,7 @@ struct SpectrumWriter {
     }
 };
 
-/* Rounded to floats on the way out. */
+// Rounded to floats on the way out.
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void forwardLastStep(D d, const TransformTables& tables, const double* work,
                                 const SpectrumWriter& out) {
@@ -123,7 +123,7 @@ HWY_INLINE void forwardLastStep(D d, const TransformTables& tables, const double
     }
 }
 
-/* @param lanes of the whole signal: what lies between a frame, or bin, and the next. */
+// @param lanes of the whole signal: what lies between a frame, or bin, and the next.
 template <std::size_t points_of_vector, class D>
 void forwardGroup(D d, const TransformTables& tables, const float* frames, std::size_t lanes, float* re,
                   float* im, double* work) {
@@ -131,7 +131,7 @@ void forwardGroup(D d, const TransformTables& tables, const float* frames, std::
     if constexpr (points_of_vector == 2) {
         forwardFirstPassOfPairs(d, tables, frames, lanes, work);
     } else if (points < 4) {
-        /* One point, or two of which the second is zero. */
+        // One point, or two of which the second is zero.
         const hn::Vec<D> zero = hn::Zero(d);
         const Complex<D> first = {loadFloats(d, frames), points == 1 ? zero : loadFloats(d, frames + lanes)};
         store(d, work, 0, first);

@@ -1,5 +1,5 @@
-/* The inverse transform of one group of lanes, see lane_transform.h. Included once for every set of vector
- * instructions. */
+// The inverse transform of one group of lanes, see lane_transform.h. Included once for every set of vector
+// instructions.
 
 #if defined(SONIVEX_LANE_INVERSE_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef SONIVEX_LANE_INVERSE_INL_H
@@ -13,7 +13,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace sonivex::HWY_NAMESPACE {
 
-/* Spectra outside, a column of `stride` lanes a bin. */
+// Spectra outside, a column of `stride` lanes a bin.
 struct SpectrumReader {
     const float* re;
     const float* im;
@@ -23,15 +23,15 @@ struct SpectrumReader {
     HWY_INLINE Complex<D> bin(D d, std::size_t k) const {
         return {loadFloats(d, re + k * stride), loadFloats(d, im + k * stride)};
     }
-    /* Of one block of the first pass: bins k and those a quarter, a half and three quarters further, in
-     * bit-reversed order. */
+    // Of one block of the first pass: bins k and those a quarter, a half and three quarters further, in
+    // bit-reversed order.
     template <class D>
     HWY_INLINE Quartet<D> block(D d, std::size_t k, std::size_t quarter) const {
         return {bin(d, k), bin(d, k + 2 * quarter), bin(d, k + quarter), bin(d, k + 3 * quarter)};
     }
 };
 
-/* X[k] and X[points - k] to Z, as spectrumOfRealToPairs does. */
+// X[k] and X[points - k] to Z, as spectrumOfRealToPairs does.
 template <class D>
 HWY_INLINE void toPairs(Complex<D> factor, Complex<D>& low, Complex<D>& high) {
     const Complex<D> y =
@@ -54,7 +54,7 @@ HWY_INLINE void inverseFirstBlock(D d, const TransformTables& tables, std::size_
         d, work, block, turned<false>(plainButterfly<false>(v), broadcast(d, tables.blockRoots()[block])));
 }
 
-/* Bins k and points - k belong to the blocks of j and of quarter - j, so two blocks are done together. */
+// Bins k and points - k belong to the blocks of j and of quarter - j, so two blocks are done together.
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void inverseBlocks(D d, const TransformTables& tables, const SpectrumReader& in, std::size_t j,
                               double* work) {
@@ -79,7 +79,7 @@ HWY_INLINE void inverseFirstPairOfBlocks(D d, const TransformTables& tables, std
     storePairOfBlocks(d, work, a, b, turned<false>(plainButterfly<false>(v), roots));
 }
 
-/* The same for j and j + 1 as pairs. */
+// The same for j and j + 1 as pairs.
 template <class D>
 HWY_INLINE void inversePairsOfBlocks(D d, const TransformTables& tables, const SpectrumReader& in,
                                      std::size_t j, double* work) {
@@ -120,14 +120,14 @@ HWY_INLINE void inverseFirstPass(D d, const TransformTables& tables, const Spect
     }
 }
 
-/* Scaled and rounded to floats on the way out. */
+// Scaled and rounded to floats on the way out.
 template <std::size_t points_of_vector, class D>
 struct FrameWriter {
     hn::Vec<D> scale;
     float* frames;
     std::size_t stride;
 
-    /* @param vector of the working memory. */
+    // @param vector of the working memory.
     HWY_INLINE void put(D d, std::size_t vector, Complex<D> value) const {
         const Complex<D> scaled = {hn::Mul(value.re, scale), hn::Mul(value.im, scale)};
         float* const frame = frames + 2 * points_of_vector * vector * stride;
@@ -141,7 +141,7 @@ struct FrameWriter {
     }
 };
 
-/* @param vectors, distance of the working memory, in vectors. */
+// @param vectors, distance of the working memory, in vectors.
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void inverseLastPass(D d, std::size_t vectors, std::size_t distance, const double* work,
                                 const FrameWriter<points_of_vector, D>& out) {

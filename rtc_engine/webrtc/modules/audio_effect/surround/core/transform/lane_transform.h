@@ -1,16 +1,16 @@
-/* The real Fourier transform of several signals at once, one in each lane of a vector.
- *
- *   frames  [sample][lane]  floats                  spectrum  re [bin][lane], im [bin][lane]  floats
- *
- *   X[k] = sum x[j] e^(+2 pi i jk / n), k = 0 .. n/2 - 1,  im[0] holds X[n/2]: both are real
- *
- * Every lane sees the operations of fft_passes.h in their order, each rounded by itself, and nothing passes
- * from one lane to another: the bits are the same for every vector width and in every lane, and equal to the
- * scalar transform's up to the sign of i. What saves time besides: the second half of the input is zero and
- * is not there, reordering and conversion happen inside the first and the last pass, and lanes that would
- * leave half of a vector empty go through it with two points at a time.
- *
- * Real-time safe. */
+// The real Fourier transform of several signals at once, one in each lane of a vector.
+//
+//   frames  [sample][lane]  floats                  spectrum  re [bin][lane], im [bin][lane]  floats
+//
+//   X[k] = sum x[j] e^(+2 pi i jk / n), k = 0 .. n/2 - 1,  im[0] holds X[n/2]: both are real
+//
+// Every lane sees the operations of fft_passes.h in their order, each rounded by itself, and nothing passes
+// from one lane to another: the bits are the same for every vector width and in every lane, and equal to the
+// scalar transform's up to the sign of i. What saves time besides: the second half of the input is zero and
+// is not there, reordering and conversion happen inside the first and the last pass, and lanes that would
+// leave half of a vector empty go through it with two points at a time.
+//
+// Real-time safe.
 #pragma once
 
 #include <cstddef>

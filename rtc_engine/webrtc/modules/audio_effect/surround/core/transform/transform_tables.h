@@ -1,4 +1,4 @@
-/* Constants of the transform in lanes for one length, in the order in which it needs them. */
+// Constants of the transform in lanes for one length, in the order in which it needs them.
 #pragma once
 
 #include <cstddef>
