@@ -10,11 +10,12 @@ namespace Vorlin {
 
 namespace {
 
-// The prototype enters the registry when the library is loaded, and leaves it when it is unloaded.
+// The prototype enters the registry when the library is loaded and leaves it when the library is unloaded.
 sonivexFilter se(0);
 std::string kInitialStr;
 
-constexpr std::size_t kMaxWaitingForWorker = 1;  // frames that may wait before another one is accepted
+// `push` accepts a frame while no more frames than these wait.
+constexpr std::size_t kMaxWaitingForWorker = 1;
 constexpr std::size_t kMaxWaitingForPull = 2;
 
 }  // namespace
@@ -43,9 +44,9 @@ bool sonivexFilter::init(uint64_t) {
     return true;
 }
 
-// Without a thread the filter works inside `push`, until a later `init` finds one.
+// If the system gives no thread, the filter works inside `push` until a later `init` gets one.
 void sonivexFilter::startWorker() {
-    mIsWithoutThread = false;  // before the worker runs, since it reads this
+    mIsWithoutThread = false;  // set before the worker runs, because the worker reads it
     try {
         auto worker = std::make_unique<qfThread>([this] { return FilterLoop(); }, kFilterName);
         worker->start();
@@ -67,7 +68,7 @@ int sonivexFilter::push(std::unique_ptr<IQFFrame>& frame, uint64_t) {
     if (mInQueue.sizeForProducer() <= kMaxWaitingForWorker &&
         mOutQueue.sizeForConsumer() <= kMaxWaitingForPull && mInQueue.push(frame.get())) {
         (void)frame.release();  // the queue owns it now
-        result = 0;
+        result = kSuccess;
     }
     if (worksInsidePush()) FilterLoop();
     return result;
@@ -77,7 +78,7 @@ int sonivexFilter::pull(std::unique_ptr<IQFFrame>& frame, uint64_t) {
     IQFFrame* oldest = nullptr;
     if (!mOutQueue.pop(oldest)) return kTryAgain;
     frame.reset(oldest);
-    return 0;
+    return kSuccess;
 }
 
 void sonivexFilter::flush() {

@@ -8,11 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "effects.h"
 #include "relaxed.h"
 #include "spsc_queue.h"
 #include "vorlin/av_frame.h"
 #include "vorlin/filter.h"
 #include "vorlin/filter_prototype.h"
+#include "vorlin/results.h"
 #include "vorlin/thread.h"
 
 struct AVFilterContext;
@@ -21,64 +23,101 @@ struct AVFrame;
 
 namespace Vorlin {
 
-/** Name of the filter, tag of its log lines and name of its worker thread. */
+/** The name of the filter, the tag of its log lines and the name of its worker thread. */
 inline constexpr char kFilterName[] = "SonivexFilter";
 
-/** Results that the player knows by number on every system. */
-inline constexpr int kTryAgain = -35;
-inline constexpr int kFrameLost = -1;
-
-/** The effect that one frame goes through. */
-enum class Effect { None, Dialogue, Surround, Normalizer };
-
-/** The audio effects as one filter of the player: surround for headphones, dialogue enhancement, normalizer.
+/** Offers the audio effects to a player as one filter: surround for headphones, dialogue enhancement and the
+ *  normalizer. At most one effect processes a frame.
  *
  *      push -> mInQueue -> FilterLoop: checks -> input graph (to s16) -> effect -> output graph
  *           -> mOutQueue -> pull
  *
- *  Threads: the player's thread calls every public function; an active filter's worker runs `FilterLoop`. An
- *  inactive filter, or one that got no thread, runs it inside `push`. The two queues are the only hand-over.
- *  Options are relaxed atomics; the graphs, the handles and what is remembered of the stream belong to the
- *  worker, and to `flush` while it pauses.
+ *  Threads: the player's thread calls every public function. The worker of an active filter runs
+ *  `FilterLoop`. An inactive filter, or an active one that got no thread, runs the loop inside `push`. Frames
+ *  pass between the threads through the two queues only. Options are relaxed atomics. The graphs, the handles
+ *  and the description of the stream belong to the worker, and to `flush` while the worker is paused.
  *
- *  Ownership: a frame belongs to the filter from a successful `push` until `pull`; timestamps, duration, side
- *  data and metadata of a frame come out as they went in. Options of an effect hold from the moment its
- *  handle is made, at the first frame that needs it; a later change takes effect after the next `flush`. */
+ *  Ownership: a frame belongs to the filter from a successful `push` until `pull`. Its timestamps, duration,
+ *  side data and metadata come out as they went in.
+ *
+ *  An effect takes its options when its handle is made, which is at the first frame that needs the handle. A
+ *  later change takes effect after the next `flush`. */
 class sonivexFilter : public IAudioFilter, public filterPrototype {
   public:
-    /** The prototype through which the player finds the filter: enters itself in the registry. */
+    /** Make the prototype through which a player finds the filter, and enter it in the registry. The argument
+     *  is not used. [load] not real-time safe: takes a lock, allocates */
     explicit sonivexFilter(int);
-    /** A working filter. It bypasses every frame until `setInvalid(false)`. */
+    /** Make a working filter. It passes every frame through untouched until `setInvalid(false)`.
+     *  @param src    replaced by the description of the first frame that an effect processes.
+     *  @param dst    kept, not used.
+     *  @param active whether `init` starts a worker thread.
+     *  [any, concurrent] not real-time safe: allocates */
     sonivexFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active);
+    /** Stop the worker, and free the frames inside, the graphs and the handles. A prototype has none of them;
+     *  it leaves the registry.
+     *  [player thread], for a prototype [load]; not real-time safe: waits for the worker, frees memory,
+     *  closes dump files, logs */
     ~sonivexFilter() override;
 
-    /** Keys and values: see filterPrototype and docs/options.md. @return false only for FILTER_OPTION with a
-     * text that is not JSON. @throws std::invalid_argument for a frame rate or speed that is no number. */
+    /** Set an option. filterPrototype lists the keys, docs/options.md the values. `extra` is not used, and an
+     *  unknown key is ignored.
+     *  @return false only for FILTER_OPTION with a text that is not JSON.
+     *  @throws std::invalid_argument for a frame rate or speed that is not a number.
+     *  [player thread] not real-time safe: allocates, logs, may run the event callback */
     bool setOption(const std::string& key, const std::string& value, const std::string& extra) override;
-    /** Start an active filter's worker. When the system gives no thread, the filter works inside `push` as an
-     * inactive one does, and a later `init` tries again. @return true always. */
+    /** Start the worker of an active filter. If the system gives no thread, the filter works inside `push` as
+     *  an inactive one does, and a later `init` tries again. `flags` is not used.
+     *  @return true always.
+     *  [player thread] not real-time safe: starts a thread, allocates, logs */
     bool init(uint64_t flags) override;
+    /** Hand a frame in. The filter takes it while at most one frame waits for the worker and fewer than three
+     *  wait for `pull`. It does not wait; `timeOut` is not used.
+     *  @return kSuccess with `frame` null, or kTryAgain with `frame` left to the caller.
+     *  [player thread] real-time safe while a worker runs; without a worker it processes the frames that
+     *  wait, and is not real-time safe: allocates, logs, and writes to the disk while dumping */
     int push(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
+    /** Take the oldest frame that is ready. It does not wait; `timeOut` is not used.
+     *  @return kSuccess with `frame` replaced, or kTryAgain with `frame` untouched.
+     *  [player thread] real-time safe if `frame` is null; otherwise frees the frame that it replaces */
     int pull(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
+    /** Destroy every frame inside, all history of the effects, both graphs and the samples of the load guard,
+     *  and close the dump files. Options and switches stay.
+     *  [player thread] not real-time safe: waits until the worker pauses, frees memory, closes dump files,
+     *  logs */
     void flush() override;
+    /** @return kFilterName. [any, concurrent] not real-time safe: may allocate */
     std::string getName() override;
+    /** @return whether `name` is "sonivex"; the codec hints are not used. [any, concurrent] real-time safe */
     bool is_supported(const std::string& name, int codec, int profile, int level) override;
+    /** Make a working filter, which the caller owns. [any, concurrent] not real-time safe: allocates */
     IAudioFilter* clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) override;
+    /** Pass every frame through untouched, or stop doing so. The change applies from the next frame that the
+     *  worker takes. [player thread] not real-time safe: a change is logged */
     void setInvalid(bool invalid) override;
+    /** Keep the name of what is being played; nothing depends on it.
+     *  [player thread] not real-time safe: allocates */
     void setCurrentTarget(const std::string& target) override;
+    /** @return whether frame rate times speed is 62 or more. A filter that is not set invalid reports a
+     *  crossing of this limit to the event callback.
+     *  [player thread] not real-time safe: allocates for the event, runs the event callback */
     bool isOverFps() override;
-    /** @throws std::bad_function_call when the guard trips and no callback is installed. */
+    /** Take `elapsed`, the milliseconds of work on one frame, into the load guard's mean. If the mean is over
+     *  the limit, the filter sets itself invalid and sends FILTER_INVALID_PERFORMANCE. A filter that is set
+     *  invalid or knows no frame rate ignores the call.
+     *  @throws std::bad_function_call when the mean is over the limit and no callback is installed.
+     *  [player thread] not real-time safe: allocates, logs, may run the event callback */
     void checkTimeConsume(uint64_t elapsed) override;
 
   private:
-    friend struct SonivexFilterPeer;  // lets a test read the fields
+    friend struct EffectTable;        // points to switches and handles, and reads the options
+    friend struct SonivexFilterPeer;  // lets tests read the fields
 
-    /** What becomes of a frame that the loop has taken, and what the loop then answers. */
+    /** The fate of a frame that the loop has taken, and the result with which the loop ends. */
     struct Outcome {
         enum Way {
-            PassedOn,   // into the output queue as it is; the loop ends
-            Processed,  // into the output queue; the loop takes the next frame
-            GivenUp,    // destroyed; the loop ends with `result`
+            PassedOn,   // goes into the output queue untouched; the loop ends
+            Processed,  // goes into the output queue; the loop takes the next frame
+            GivenUp,    // is destroyed; the loop ends with `result`
         } way = GivenUp;
         int result = kFrameLost;
     };
@@ -86,13 +125,9 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     static Outcome processed() { return {Outcome::Processed, 0}; }
     static Outcome givenUp(int result) { return {Outcome::GivenUp, result}; }
 
-    /** One frame's audio as the effects take it: [frames][channels] interleaved signed 16-bit. */
-    struct InputBlock {
-        const short* samples;
-        int channels;
-        int sampleRate;  // Hz
-        int frames;
-    };
+    // The private functions belong to the worker, except startWorker and those of options.cpp and
+    // load_guard.cpp, which belong to the player's thread. `flush` calls some of the worker's functions while
+    // the worker is paused.
 
     // SonivexFilter.cpp
     void startWorker();
@@ -102,14 +137,17 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     int FilterLoop();
     void handOut(std::unique_ptr<IQFFrame> frame);
     Outcome handleFrame(IQFFrame* frame);
-    Effect selectedEffect() const;
+    const EffectRecord* selectedEffect() const;
 
     // effect_dispatch.cpp
-    Outcome dispatch(Effect effect, IQFFrame::audioInfo& info, AVFrame* frame);
-    std::unique_ptr<short[]> enhanceDialogue(const InputBlock& in);
-    std::unique_ptr<short[]> renderSurround(const InputBlock& in, int out_channels);
-    std::unique_ptr<short[]> normalize(const InputBlock& in);
+    Outcome dispatch(const EffectRecord& effect, IQFFrame::audioInfo& info, AVFrame* frame);
+    std::unique_ptr<short[]> runEffect(const EffectRecord& effect, const InputBlock& in, int out_channels);
     void releaseHandles();
+
+    // effects.cpp
+    static int renderSurround(void* handle, const InputBlock& in, short* out);
+    static int enhanceDialogue(void* handle, const InputBlock& in, short* out);
+    static int normalize(void* handle, const InputBlock& in, short* out);
 
     // pcm_dump.cpp
     void dumpPCMData(const short* pcm, int channels, int samples, const std::string& effect, bool is_input);
@@ -122,7 +160,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
 
     // options.cpp
     bool setFilterOptions(const std::string& json);
-    void selectOnly(Effect effect);
+    void selectOnly(const EffectRecord& effect);
 
     // input_graph.cpp
     void takeOnStream(const IQFFrame::audioInfo& info);
@@ -148,46 +186,46 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     void* mSurroundHandle = nullptr;
     void* mDialogueHandle = nullptr;
     void* mNormalizerHandle = nullptr;
-    int32_t mHandleChannels = 0;    // channel count that the handles were made for
-    int32_t mHandleSampleRate = 0;  // Hz, that the handles were made for
+    int32_t mHandleChannels = 0;    // channel count for which the handles were made
+    int32_t mHandleSampleRate = 0;  // Hz, for which the handles were made
     std::string mCurrentTarget;
-    Relaxed<int32_t> mSurroundType = 1;  // 1 "3DSurround", 13 "MegaBass"
-    Relaxed<int32_t> mSurroundMode = 1;  // 1 to 3
-    Relaxed<int32_t> mSurroundLimiter = 1;
+    Relaxed<int32_t> mSurroundType = 1;     // 1 "3DSurround", 13 "MegaBass"
+    Relaxed<int32_t> mSurroundMode = 1;     // 1 to 3
+    Relaxed<int32_t> mSurroundLimiter = 1;  // 1 limits peaks, other values clip them
     Relaxed<bool> mEnableSurround = false;
     Relaxed<bool> mEnableDialogue = false;
     Relaxed<bool> mEnableNormalizer = false;
     Relaxed<double> mVoice = 1.0;  // dialogue voice level, never below 1
     Relaxed<bool> mEnableDump = false;
-    std::map<std::string, int> mDumpFds;          // descriptors by file name, as the next two
-    std::map<std::string, uint64_t> mDumpTotals;  // bytes
+    std::map<std::string, int> mDumpFds;          // file descriptors; all three maps are keyed by file name
+    std::map<std::string, uint64_t> mDumpTotals;  // bytes written
     std::map<std::string, std::string> mDumpPaths;
-    std::string mSessionId;  // of the dump; empty until a block is dumped
+    std::string mSessionId;  // ID of the dump session; empty until a block is dumped
     std::vector<std::string> mSupportedNames{"sonivex"};
     std::unique_ptr<qfThread> mThread;
-    bool mIsWithoutThread = false;                // the last `init` of an active filter got none
-    SpscQueue<IQFFrame*> mOutQueue{kQueueSlots};  // produced by the worker, consumed by `pull`
-    SpscQueue<IQFFrame*> mInQueue{kQueueSlots};   // produced by `push`, consumed by the worker
+    bool mIsWithoutThread = false;                // the last `init` of an active filter got no thread
+    SpscQueue<IQFFrame*> mOutQueue{kQueueSlots};  // filled by the worker, emptied by `pull`
+    SpscQueue<IQFFrame*> mInQueue{kQueueSlots};   // filled by `push`, emptied by the worker
     std::atomic<bool> mInvalid{true};
     bool mOverFps = false;
-    std::deque<uint64_t> mCostWindow;  // squared excess, ms²
-    uint64_t mCostSum = 0;             // ms²
-    int32_t mFps = 0;
-    int32_t mSpeed = 1;
-    int32_t mChannels = 0;  // of the last frame taken
+    std::deque<uint64_t> mCostWindow;  // squared excess of each of the last frames, ms²
+    uint64_t mCostSum = 0;             // sum over mCostWindow, ms²
+    int32_t mFps = 0;                  // of the video, whole frames per second
+    int32_t mSpeed = 1;                // playback speed, whole
+    int32_t mChannels = 0;             // channel count of the last frame that the loop took
     AVFilterGraph* mFilterGraph = nullptr;
     AVFilterContext* mAbuffer_ctx = nullptr;
     AVFilterContext* mAbuffersink_ctx = nullptr;
-    bool mHasStream = false;  // `mSource` describes the stream that the last input graph was made for
+    bool mHasStream = false;  // mSource describes the stream of the last input graph
     bool mIsPrototype = false;
-    int32_t mSrcFormat = -1;  // AVSampleFormat to deliver: of the stream's first frame; -1 = none yet
+    int32_t mSrcFormat = -1;  // AVSampleFormat to deliver, that of the stream's first frame; -1 = none yet
     AVFilterGraph* mOutFilterGraph = nullptr;
     AVFilterContext* mOutAbuffer_ctx = nullptr;
     AVFilterContext* mOutAbuffersink_ctx = nullptr;
-    int32_t mOutChannels = -1;
-    int32_t mOutSampleRate = -1;  // Hz
+    int32_t mOutChannels = -1;    // channel count of the output graph; -1 = none yet
+    int32_t mOutSampleRate = -1;  // Hz, of the output graph; -1 = none yet
 
-    static constexpr std::size_t kQueueSlots = 11;
+    static constexpr std::size_t kQueueSlots = 11;  // one stays empty: a queue holds 10 frames
 };
 
 }  // namespace Vorlin

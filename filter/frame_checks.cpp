@@ -12,7 +12,7 @@ namespace Vorlin {
 
 namespace {
 
-// Bytes from `data` to the end of the buffer that it points into; 0 when it points elsewhere.
+// Returns the bytes from `data` to the end of `buffer`, or 0 if `data` points elsewhere.
 std::size_t bytesBehind(const AVBufferRef* buffer, const uint8_t* data) {
     if (buffer == nullptr || data < buffer->data || data > buffer->data + buffer->size) return 0;
     return static_cast<std::size_t>(buffer->data + buffer->size - data);
@@ -21,8 +21,8 @@ std::size_t bytesBehind(const AVBufferRef* buffer, const uint8_t* data) {
 bool planeHolds(const AVFrame* frame, int plane, std::size_t bytes) {
     const uint8_t* data = frame->extended_data[plane];
     if (data == nullptr) return false;
-    // A frame without buffers keeps its samples elsewhere; its line size is all that is known of their
-    // extent. Nothing demands one: without it, a plane holds the frame's samples and no more.
+    // A frame without buffers keeps its samples elsewhere, and only its line size tells how long a plane is.
+    // A line size of 0 is allowed: the plane is then taken to hold exactly the samples of the frame.
     if (frame->buf[0] == nullptr) {
         const int line_bytes = frame->linesize[0];
         return line_bytes == 0 || (line_bytes > 0 && static_cast<std::size_t>(line_bytes) >= bytes);

@@ -6,13 +6,15 @@ struct AVFrame;
 
 namespace Vorlin {
 
-/** Whether an AVFrame holds the audio that its description promises: same format, channel count and rate, at
- * least one frame of samples, a layout of as many channels, and every plane present and long enough in its
- * buffer. A plane that is not reference-counted is taken to hold the frame's samples, unless the line size
- * says that it is shorter. What is true here can be read from first to last sample. Pure; any thread. */
+/** Check that an AVFrame holds the audio that its description promises: the same sample format, channel count
+ *  and sample rate, at least one frame of samples, a layout of as many channels, and every plane present and
+ *  long enough in its buffer. A plane that is not reference-counted is taken to hold the samples, unless the
+ *  line size says that it is shorter.
+ *  @return true if every sample that `info` describes can be read. [any, concurrent] real-time safe */
 bool frameMatchesDescription(const IQFFrame::audioInfo& info, const AVFrame* frame);
 
-/** Whether `bytes` fit into the first plane of `frame`, and nobody else would see them written. */
+/** @return whether `bytes` fit into the first plane of `frame` and nobody else refers to its buffer.
+ *  [any, concurrent] real-time safe */
 bool canWriteFirstPlane(const AVFrame* frame, std::size_t bytes);
 
 }  // namespace Vorlin

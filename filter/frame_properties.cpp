@@ -15,7 +15,7 @@ int FrameProperties::save(const AVFrame* frame) {
 }
 
 int FrameProperties::restore(AVFrame* frame) const {
-    // Copying adds to what is there, so what the graph left goes first.
+    // av_frame_copy_props adds to the side data and metadata that are there, so those of the graph go first.
     while (frame->nb_side_data > 0) av_frame_remove_side_data(frame, frame->side_data[0]->type);
     av_dict_free(&frame->metadata);
     return av_frame_copy_props(frame, mSaved.get());

@@ -4,13 +4,15 @@
 
 namespace Vorlin {
 
-/** What a frame carries beside its samples (timestamps, duration, side data, metadata), kept while the frame
- * goes through a graph that rescales or rebuilds them. */
+/** Keeps what a frame carries beside its samples (timestamps, duration, side data, metadata) while the frame
+ *  goes through a graph, which would rescale or rebuild them. */
 class FrameProperties {
   public:
-    /** Keep the properties of `frame`. @return 0 or a negative AVERROR. */
+    /** Save the properties of `frame`. @return 0 or a negative AVERROR.
+     *  [any] not real-time safe: allocates */
     int save(const AVFrame* frame);
-    /** Give `frame` exactly the properties that were saved. @return 0 or a negative AVERROR. */
+    /** Replace the properties of `frame` with the saved ones. @return 0 or a negative AVERROR.
+     *  [any] not real-time safe: allocates */
     int restore(AVFrame* frame) const;
 
   private:

@@ -1,4 +1,5 @@
-// The input graph turns a frame of any sample format into interleaved signed 16-bit at its own rate:
+// The input graph converts a frame of any sample format to interleaved signed 16-bit, in the default layout
+// of its channel count and at its own sample rate:
 //   abuffer ("src") -> aformat -> abuffersink
 
 extern "C" {
@@ -23,7 +24,8 @@ namespace Vorlin {
 
 namespace {
 
-// The layout that a description means: an unspecified or custom order is taken by position.
+// Returns the layout that `info` describes. The channels of an unspecified or custom order are taken by
+// position, as those of the default layout.
 AVChannelLayout layoutOf(const IQFFrame::audioInfo& info) {
     AVChannelLayout layout{};
     if (info.channel_layout == 0 || av_channel_layout_from_mask(&layout, info.channel_layout) < 0) {
@@ -32,8 +34,7 @@ AVChannelLayout layoutOf(const IQFFrame::audioInfo& info) {
     return layout;
 }
 
-// The handles are made for the channel count of the description, and work on the loudspeakers of its default
-// layout.
+// An effect's handle is made for a channel count and works on the loudspeakers of its default layout.
 bool isAsEffectsTakeIt(const AVFrame* frame, int channels) {
     return frame->format == AV_SAMPLE_FMT_S16 && frame->ch_layout.nb_channels == channels &&
            av::layoutMask(frame->ch_layout) == av::defaultLayoutMask(channels);
@@ -41,9 +42,9 @@ bool isAsEffectsTakeIt(const AVFrame* frame, int channels) {
 
 }  // namespace
 
-// Go by the description of this frame from now on. When there was an input graph since the last flush, it
-// went with a lost frame, and the player may have changed the stream without a flush: the format to deliver
-// changes with it then. As long as the stream is the same, its first frame has settled that format.
+// Takes `info` for the description of the stream from now on. If there was an input graph since the last
+// flush, a lost frame has freed it, and the player may have changed the stream without a flush. In that case
+// the format to deliver changes too. Otherwise the first frame of the stream has settled that format.
 void sonivexFilter::takeOnStream(const IQFFrame::audioInfo& info) {
     if (mHasStream && info.format != mSource.format) {
         mSrcFormat = info.format;
@@ -56,7 +57,7 @@ void sonivexFilter::takeOnStream(const IQFFrame::audioInfo& info) {
 int sonivexFilter::initAVFilter() {
     mFilterGraph = avfilter_graph_alloc();
     if (mFilterGraph == nullptr) return AVERROR(ENOMEM);
-    // Before the first filter is made: else the graph starts a thread per core.
+    // This must precede the first filter, or the graph starts one thread per core.
     mFilterGraph->nb_threads = 1;
 
     int error = createSrcBufferFilter();
@@ -110,7 +111,7 @@ int sonivexFilter::createSrcBufferFilter() {
     av_opt_set_q(mAbuffer_ctx, "time_base", AVRational{1, 1'000'000}, AV_OPT_SEARCH_CHILDREN);
     av_opt_set_int(mAbuffer_ctx, "sample_rate", mSource.sample_rate, AV_OPT_SEARCH_CHILDREN);
 
-    // A value that could not be set is missing now, and the filter refuses to start.
+    // If an option could not be set, its value is missing and avfilter_init_str refuses the filter.
     const int error = avfilter_init_str(mAbuffer_ctx, nullptr);
     if (error < 0) __log_print(LOG_ERROR, kFilterName, "Could not initialize the abuffer filter.\n");
     return error;
@@ -145,9 +146,10 @@ int sonivexFilter::addFilter(AVFilterContext** last, const char* name, const cha
     return error;
 }
 
-// Convert the samples of `frame` in place; everything else of it stays. @return 0, AVERROR(EAGAIN) or
-// AVERROR_EOF when the graph has nothing to give, or another negative AVERROR; each is logged. A graph that
-// refuses the frame holds nothing of it and stays; one that took it and does not give it back is freed.
+// Converts the samples of `frame` in place and keeps everything else of it. A graph that refuses the frame
+// holds nothing of it and stays. A graph that takes the frame and does not give it back is freed.
+// @return 0; AVERROR(EAGAIN) or AVERROR_EOF if the graph has no frame to give; or another negative AVERROR.
+// Every negative result is logged.
 int sonivexFilter::convertToS16(const IQFFrame::audioInfo& info, AVFrame* frame) {
     FrameProperties properties;
     int error = properties.save(frame);
@@ -156,17 +158,18 @@ int sonivexFilter::convertToS16(const IQFFrame::audioInfo& info, AVFrame* frame)
         error = av::setFrameLayout(frame, layout);
         av_channel_layout_uninit(&layout);
     }
-    frame->pts = AV_NOPTS_VALUE;  // nothing in the graph goes by it
+    frame->pts = AV_NOPTS_VALUE;  // the graph does not use it
     if (error >= 0) error = av_buffersrc_add_frame(mAbuffer_ctx, frame);
     if (error < 0) {
         __log_print(LOG_ERROR, kFilterName, "av_buffersrc_add_frame error %d\n", error);
         return error;
     }
-    // A frame without reference counts was copied, not taken: what it still holds would be written over.
+    // The graph copies a frame that is not reference-counted instead of taking it, so the frame still holds
+    // its samples. They go now, before the sink overwrites the fields.
     av_frame_unref(frame);
     error = av_buffersink_get_frame(mAbuffersink_ctx, frame);
     const bool has_nothing_yet = error == AVERROR(EAGAIN) || error == AVERROR_EOF;
-    // libavfilter drops the options of a filter when it has no memory to parse them, and says nothing.
+    // When memory runs out, libavfilter drops the options of a filter without reporting an error.
     if (error >= 0 && !isAsEffectsTakeIt(frame, info.channels)) error = AVERROR(EINVAL);
     if (error >= 0) error = properties.restore(frame);
     if (error >= 0) return error;
@@ -176,7 +179,8 @@ int sonivexFilter::convertToS16(const IQFFrame::audioInfo& info, AVFrame* frame)
     } else {
         __log_print(LOG_ERROR, kFilterName, "av_buffersink_get_frame error %d\n", error);
     }
-    // Samples left inside would come out with the next frame, and a graph without its options never works.
+    // Samples left in the graph would come out with the next frame, and a graph without its options never
+    // works.
     freeInputGraph();
     return error;
 }

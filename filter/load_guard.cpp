@@ -1,8 +1,9 @@
-// Keeps the filter from slowing playback down. Two guards, both on the player's thread:
+// Keeps the filter from slowing playback down. Two guards run on the player's thread:
 //   frame rate       fps * speed >= 62 is over the limit; each crossing is reported once
-//   processing time  the mean of the last 10 squared excesses over 3/4 of a video frame's time must stay
-//                    below (1/8 of that time) squared
-// The filter only reports and, for the second, sets itself invalid; the player decides how long it stays so.
+//   processing time  budget = 1000 ms / (fps * speed), the time of one video frame
+//                    excess = max(0, elapsed - 3/4 * budget)
+//                    the mean of the last 10 squared excesses must not exceed (1/8 * budget)^2
+// The first guard only reports. The second also sets the filter invalid; the player decides for how long.
 
 #include <cmath>
 #include <limits>
@@ -16,7 +17,7 @@ namespace {
 
 constexpr int64_t kOverLimit_fps = 62;  // video frames per second at the current speed
 constexpr int64_t kMillisecondsPerSecond = 1000;
-constexpr std::size_t kIgnoredSamples = 3;  // after a reset: start-up is slow and no sign of overload
+constexpr std::size_t kIgnoredSamples = 3;  // the first after a reset; a slow start-up is no overload
 constexpr std::size_t kWindowSamples = 10;
 
 uint64_t squareSaturating(uint64_t value) {
@@ -77,7 +78,7 @@ void sonivexFilter::checkTimeConsume(uint64_t elapsed) {
 }
 
 void sonivexFilter::notify(const char* event) {
-    const EventCallback callback = mEventCallback;  // it may install another one while it runs
+    const EventCallback callback = mEventCallback;  // a copy, because the callback may install another one
     callback(0, getName() + ":" + event);
 }
 

@@ -1,4 +1,4 @@
-// How the player configures the filter: one JSON object for the effects, and two numbers about the video.
+// The options of the filter: one JSON object for the effects, and two numbers about the video.
 
 #include <algorithm>
 #include <cmath>
@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "SonivexFilter.h"
+#include "effects.h"
 #include "vorlin/json_item.h"
 #include "vorlin/log.h"
 
@@ -17,6 +18,7 @@ constexpr int kType3dSurround = 1;
 constexpr int kTypeMegaBass = 13;
 constexpr double kMinVoice = 1.0;
 
+// Cuts the fraction off. A value beyond an int becomes the nearest int, NaN becomes 0.
 int truncateSaturating(double value) {
     constexpr double kMin = std::numeric_limits<int>::min();
     constexpr double kMax = std::numeric_limits<int>::max();
@@ -24,7 +26,8 @@ int truncateSaturating(double value) {
     return static_cast<int>(std::clamp(value, kMin, kMax));
 }
 
-// @throws std::invalid_argument for a text that is no number; a number beyond double is infinite or 0.
+// A number too large for a double becomes infinite, one too small becomes 0 or denormal.
+// @throws std::invalid_argument for a text that is not a number.
 double parseNumber(const std::string& text) {
     try {
         return std::stod(text);
@@ -43,7 +46,7 @@ bool sonivexFilter::setOption(const std::string& key, const std::string& value, 
         __log_print(LOG_DEBUG, kFilterName, "sonivex set option fps : %d, isOverFps : %d\n", mFps, mOverFps);
     }
     if (key == PLAYER_SPEED_OPTION) {
-        // Rounded to float first, as speeds are: 1.99999999 is 2.
+        // Speeds are floats, so the number is rounded to float first: 1.99999999 is 2.
         mSpeed = truncateSaturating(static_cast<double>(static_cast<float>(parseNumber(value))));
         mOverFps = isOverFps();
         __log_print(LOG_DEBUG, kFilterName, "sonivex set option speed : %d, isOverFps : %d\n", mSpeed,
@@ -52,8 +55,8 @@ bool sonivexFilter::setOption(const std::string& key, const std::string& value, 
     return true;
 }
 
-// Members are applied in this order whatever their order in the text, so of several effects that one object
-// switches on the last of surround, dialogue and normalizer wins.
+// Applies the members in a fixed order, whatever their order in the text. If one object switches several
+// effects on, the last of surround, dialogue enhancement and normalizer wins.
 bool sonivexFilter::setFilterOptions(const std::string& json) {
     const VorlinJSONItem options(json);
     if (!options.isValid()) {
@@ -91,24 +94,14 @@ bool sonivexFilter::setFilterOptions(const std::string& json) {
         __log_print(LOG_DEBUG, kFilterName, "sonivex set dialoguenhance_voice: %f", voice);
     }
 
-    const struct {
-        const char* member;
-        Effect effect;
-        Relaxed<bool>& is_on;
-    } switches[] = {
-        {"enable_surround", Effect::Surround, mEnableSurround},
-        {"enable_dialoguenhance", Effect::Dialogue, mEnableDialogue},
-        {"enable_normalizer", Effect::Normalizer, mEnableNormalizer},
-    };
-    for (const auto& effect_switch : switches) {
-        if (!options.hasItem(effect_switch.member)) continue;
-        if (options.getBool(effect_switch.member, false)) {
-            selectOnly(effect_switch.effect);
-            __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: true, disabled others",
-                        effect_switch.member);
+    for (const EffectRecord& effect : allEffects()) {
+        if (!options.hasItem(effect.option)) continue;
+        if (options.getBool(effect.option, false)) {
+            selectOnly(effect);
+            __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: true, disabled others", effect.option);
         } else {
-            effect_switch.is_on = false;
-            __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: false", effect_switch.member);
+            this->*effect.is_on = false;
+            __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: false", effect.option);
         }
     }
 
@@ -120,14 +113,12 @@ bool sonivexFilter::setFilterOptions(const std::string& json) {
     return true;
 }
 
-// The new one on before the others go off: a worker that looks in between finds an effect, not none.
-void sonivexFilter::selectOnly(Effect effect) {
-    if (effect == Effect::Surround) mEnableSurround = true;
-    if (effect == Effect::Dialogue) mEnableDialogue = true;
-    if (effect == Effect::Normalizer) mEnableNormalizer = true;
-    if (effect != Effect::Surround) mEnableSurround = false;
-    if (effect != Effect::Dialogue) mEnableDialogue = false;
-    if (effect != Effect::Normalizer) mEnableNormalizer = false;
+// The new switch goes on before the others go off, so that at every moment one of them is on.
+void sonivexFilter::selectOnly(const EffectRecord& effect) {
+    this->*effect.is_on = true;
+    for (const EffectRecord& other : allEffects()) {
+        if (&other != &effect) this->*other.is_on = false;
+    }
 }
 
 }  // namespace Vorlin

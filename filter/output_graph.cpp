@@ -1,7 +1,7 @@
-// Puts an effect's block back into the player's frame. The output graph turns interleaved signed 16-bit into
+// Puts an effect's block back into the player's frame. The output graph converts interleaved signed 16-bit to
 // the player's own sample format:
 //   abuffer ("out_src") -> aformat ("out_aformat") -> abuffersink ("out_sink")
-// Whatever fails in it, the player gets its audio as signed 16-bit instead.
+// If the conversion fails for any reason, the player gets its audio as signed 16-bit instead.
 
 extern "C" {
 #include <libavfilter/avfilter.h>
@@ -31,7 +31,7 @@ std::size_t blockBytes(int channels, int frames) {
     return static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames) * sizeof(short);
 }
 
-// A frame that holds `block`; null, with a log, when there is no memory for it.
+// Returns a frame with a copy of `block`, or null if there is no memory for it, which is logged.
 OwnedAVFrame makeS16Frame(const short* block, int channels, int sample_rate_hz, int frames) {
     OwnedAVFrame frame(av_frame_alloc());
     if (!frame) {
@@ -51,7 +51,7 @@ OwnedAVFrame makeS16Frame(const short* block, int channels, int sample_rate_hz, 
     return frame;
 }
 
-// Move the samples of `from` into `to`, which keeps everything else.
+// Moves the samples of `from` to `to`. The other fields of `to` stay as they are.
 void takeBuffers(AVFrame* to, AVFrame* from, int channels) {
     for (int i = 0; i < AV_NUM_DATA_POINTERS; ++i) {
         av_buffer_unref(&to->buf[i]);
@@ -67,7 +67,7 @@ void takeBuffers(AVFrame* to, AVFrame* from, int channels) {
     }
 }
 
-// Deliver `block` as signed 16-bit, in a buffer that nobody shares. @return 0 or a negative AVERROR.
+// Delivers `block` as signed 16-bit, in a buffer that no other frame shares. @return 0 or a negative AVERROR.
 int putBackAsS16(IQFFrame::audioInfo& info, AVFrame* frame, const short* block, int channels, int frames) {
     const std::size_t bytes = blockBytes(channels, frames);
     if (channels != info.channels || !canWriteFirstPlane(frame, bytes)) {
@@ -97,7 +97,7 @@ int sonivexFilter::putBack(IQFFrame::audioInfo& info, AVFrame* frame, const shor
     return putBackAsS16(info, frame, block, channels, frames);
 }
 
-// @return false, with the frame as it was, when the block has to be delivered as 16-bit.
+// @return false, with the frame as it was, if the block has to be delivered as signed 16-bit.
 bool sonivexFilter::putBackInPlayersFormat(IQFFrame::audioInfo& info, AVFrame* frame, const short* block,
                                            int channels, int frames) {
     if (!prepareOutputGraph(channels, frame->sample_rate)) return false;
@@ -105,15 +105,15 @@ bool sonivexFilter::putBackInPlayersFormat(IQFFrame::audioInfo& info, AVFrame* f
     if (!in) return false;
     const OwnedAVFrame out(av_frame_alloc());
     int error = out ? runOutputGraph(in.get(), out.get()) : AVERROR(ENOMEM);
-    // libavfilter drops the options of a filter when it has no memory to parse them, and says nothing. Under
-    // the player's format such a result would have too few planes, or too short ones.
+    // When memory runs out, libavfilter drops the options of a filter without reporting an error. The result
+    // would then have too few planes for the player's format, or planes that are too short.
     if (error >= 0 && (out->format != mSrcFormat || out->ch_layout.nb_channels != channels)) {
         error = AVERROR(EINVAL);
     }
     if (error < 0) {
         __log_print(LOG_WARNING, kFilterName,
                     "sonivex: output format conversion failed (ret=%d), fallback to S16", error);
-        // Samples left inside would come out with a later frame, and shift all that follow; and a graph
+        // Samples left in the graph would come out with a later frame and delay all that follow. A graph
         // without its options never works.
         freeOutputGraph();
         return false;
@@ -152,7 +152,7 @@ int sonivexFilter::initOutputAVFilter(int channels, int sampleRate) {
     const AVFilter* format = avfilter_get_by_name("aformat");
     mOutFilterGraph = avfilter_graph_alloc();
     if (mOutFilterGraph == nullptr) return -1;
-    mOutFilterGraph->nb_threads = 1;  // as in the input graph
+    mOutFilterGraph->nb_threads = 1;  // no threads of its own, as in the input graph
 
     const uint64_t layout = av::defaultLayoutMask(channels);
     char args[256];

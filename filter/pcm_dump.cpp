@@ -1,8 +1,8 @@
-// Writes the 16-bit PCM around the effect to raw files, for tuning and fault finding. A session is what
-// happens between two flushes; it has one file per effect and stage:
+// Writes the 16-bit PCM that goes into and comes out of the effect to raw files, for tuning and fault
+// finding. A session lasts from one flush to the next and has one file per effect and stage:
 //   <directory>/sonivex_<effect>_<input|output>_<session id>.pcm
-// Every block is on the disk before the next one comes, so that a dump survives a crash. Whatever fails here
-// is logged, and the frame goes on.
+// Every block is on the disk before the next one is written, so that a dump survives a crash. A failure is
+// logged and does not affect the frame.
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -27,7 +27,7 @@ constexpr char kDirectoryProperty[] = "protected.network.cache.local.saveDir";
 constexpr int kMaxRegenerations = 10;
 constexpr int kClosed = -1;
 
-// A descriptor until somebody else keeps it.
+// Owns a file descriptor until it is released.
 class OwnedDescriptor {
   public:
     explicit OwnedDescriptor(int descriptor) : mDescriptor(descriptor) {}
@@ -43,7 +43,7 @@ class OwnedDescriptor {
     int mDescriptor;
 };
 
-// A system call that a signal interrupted has done nothing yet: it is made again.
+// Repeats a system call that a signal interrupted before it did anything.
 template <typename Call>
 auto retryInterrupted(Call call) {
     auto result = call();
@@ -52,24 +52,26 @@ auto retryInterrupted(Call call) {
 }
 
 std::string textOf(int error) {
-    return std::generic_category().message(error);  // unlike strerror fit for any thread
+    return std::generic_category().message(error);  // thread-safe, unlike strerror
 }
 
 std::string fileNameOf(const std::string& effect, const char* stage, const std::string& session_id) {
     return "sonivex_" + effect + "_" + stage + "_" + session_id + ".pcm";
 }
 
-// The directory may be shared and the name guessed: a planted link is refused, and a planted pipe without a
-// reader too instead of waiting for one. What is there stays as it is until `emptyDumpFile` has looked at it.
+// The directory may be shared, and others may guess the name. The flags refuse a planted symbolic link, and a
+// planted pipe without a reader instead of waiting for one. The file stays as it is until `emptyDumpFile` has
+// checked it.
 int openForDump(const std::string& path) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     constexpr mode_t kOwnerWritesAllRead = 0644;
     return retryInterrupted([&] { return ::open(path.c_str(), kFlags, kOwnerWritesAllRead); });
 }
 
-// Empty a file that is the dump's alone. A pipe would end the process when its reader goes, and a file with
-// another name is somebody's. Whose it is says nothing: some disks show every file as another user's.
-// @return 0, or why not, as an errno; the file is as it was then.
+// Empties a regular file that has no other name. A pipe would end the process when its reader goes, and a
+// file with another name may be somebody's data. The owner of the file does not matter, because some file
+// systems report every file as another user's.
+// @return 0, or an errno with the file left as it was.
 int emptyDumpFile(int file) {
     struct stat status {};
     if (::fstat(file, &status) != 0) return errno;
@@ -87,7 +89,7 @@ std::string sonivexFilter::getDumpDirectory() {
     return "/tmp";
 }
 
-// @throws what std::random_device throws.
+// Returns 8 random digits. @throws std::exception if the system has no source of randomness.
 std::string sonivexFilter::generateSessionId() {
     std::random_device device;
     std::mt19937 generator(device());
@@ -113,12 +115,13 @@ void sonivexFilter::dumpPCMData(const short* pcm, int channels, int samples, con
         }
         writeToDump(name, pcm, channels, samples);
     } catch (const std::exception& error) {
-        // No randomness or no memory: the block is missing in the dump, the frame is not lost.
+        // There is no randomness or no memory. The dump misses this block, but the frame is not lost.
         __log_print(LOG_ERROR, kFilterName, "sonivex: dump skipped: %s", error.what());
     }
 }
 
-// A session whose files are there already, of this filter or another one, is left alone.
+// Draws the ID again, up to kMaxRegenerations times, while an input file has it: the files of an earlier
+// session, of this filter or another one, stay intact.
 void sonivexFilter::startDumpSession(const std::string& directory, const std::string& effect) {
     std::string id = generateSessionId();
     for (int i = 0; i < kMaxRegenerations; ++i) {
@@ -132,7 +135,7 @@ void sonivexFilter::startDumpSession(const std::string& directory, const std::st
     __log_print(LOG_INFO, kFilterName, "sonivex: using session ID: %s", mSessionId.c_str());
 }
 
-// @return whether `name` has a descriptor now; if not, that is logged.
+// @return whether the file is open; a failure is logged.
 bool sonivexFilter::openDumpFile(const std::string& name, const std::string& path) {
     OwnedDescriptor file(openForDump(path));
     const int error = file.get() == kClosed ? errno : emptyDumpFile(file.get());
@@ -143,7 +146,7 @@ bool sonivexFilter::openDumpFile(const std::string& name, const std::string& pat
     }
     mDumpTotals[name] = 0;
     mDumpPaths[name] = path;
-    // Last: only a file that is in all three maps counts as open.
+    // mDumpFds comes last: a file that it holds is in all three maps, even if memory runs out here.
     mDumpFds[name] = file.get();
     (void)file.release();
     return true;
@@ -162,7 +165,7 @@ void sonivexFilter::writeToDump(const std::string& name, const short* pcm, int c
         return;
     }
     if (static_cast<std::size_t>(written) < bytes) {
-        // The disk is filling up. The reason comes with the next write; this one reports no error.
+        // The disk is probably full. Only the next write reports a reason, so this line shows errno 0.
         __log_print(LOG_ERROR, kFilterName, "sonivex: write failed for %s, errno=%d (%s)", name.c_str(), 0,
                     "short write");
     }
@@ -178,7 +181,7 @@ void sonivexFilter::writeToDump(const std::string& name, const short* pcm, int c
                 mDumpPaths.at(name).c_str(), static_cast<unsigned long long>(total), channels, samples);
 }
 
-// The next dump begins a new session.
+// Closes every file and ends the session. The next block begins a new one.
 void sonivexFilter::closeDumpFiles() {
     for (const auto& [name, file] : mDumpFds) {
         if (file == kClosed) continue;

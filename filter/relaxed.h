@@ -4,16 +4,19 @@
 
 namespace Vorlin {
 
-/** A plain value that one thread stores and another reads, each whenever it likes: the instructions of a
- * plain load and store, without the data race. Nothing is ordered by it. */
+/** A value that one thread stores and another loads at any time. It compiles to a plain load and store, but
+ *  is no data race. It does not order other memory accesses. */
 template <typename T>
 class Relaxed {
   public:
+    /** [any] real-time safe */
     Relaxed(T value) : mValue(value) {}  // NOLINT(google-explicit-constructor): stands for a T
+    /** Store `value`. [any, concurrent] real-time safe */
     Relaxed& operator=(T value) {
         mValue.store(value, std::memory_order_relaxed);
         return *this;
     }
+    /** Load the value. [any, concurrent] real-time safe */
     operator T() const {  // NOLINT(google-explicit-constructor): stands for a T
         return mValue.load(std::memory_order_relaxed);
     }

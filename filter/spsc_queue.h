@@ -5,24 +5,25 @@
 
 namespace Vorlin {
 
-/** Single-producer single-consumer ring of a size given at run time, without locks.
+/** A lock-free ring buffer between two threads, of a size given at run time. [producer] is the one thread
+ *  that pushes, [consumer] the one thread that pops.
  *
- *  One slot always stays empty, so a ring of n slots holds n - 1 elements. The occupancy has two readings
- * because each side may only ask about the index that is its own: the other one may move at any moment. */
+ *  One slot always stays empty, so a ring of n slots holds n - 1 elements. Each side has its own function for
+ *  the number of elements, because the index of the other side may move at any moment. */
 template <typename T>
 class SpscQueue {
   public:
-    /** @param slots at least 2. Allocates; nothing else here does. */
+    /** @param slots at least 2. [any] not real-time safe: allocates */
     explicit SpscQueue(std::size_t slots) : mCapacity(slots - 1), mRing(mCapacity) {}
 
-    /** [producer] @return false with nothing stored when the ring is full. */
+    /** @return false, with nothing stored, if the ring is full. [producer] real-time safe */
     bool push(const T& element) { return mRing.push(element); }
-    /** [consumer] @return false with `element` untouched when the ring is empty. */
+    /** @return false, with `element` untouched, if the ring is empty. [consumer] real-time safe */
     bool pop(T& element) { return mRing.pop(element); }
 
-    /** [producer] Elements waiting; the consumer may make it fewer meanwhile. */
+    /** @return how many elements wait; the consumer may lower it at any moment. [producer] real-time safe */
     std::size_t sizeForProducer() const { return mCapacity - mRing.write_available(); }
-    /** [consumer] Elements waiting; the producer may make it more meanwhile. */
+    /** @return how many elements wait; the producer may raise it at any moment. [consumer] real-time safe */
     std::size_t sizeForConsumer() const { return mRing.read_available(); }
 
   private:

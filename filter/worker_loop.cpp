@@ -1,5 +1,5 @@
-// The worker's side of the filter: takes frames from the input queue, decides what becomes of each, and puts
-// what is kept into the output queue.
+// The worker's side of the filter. It takes frames from the input queue, decides the fate of each, and puts
+// those that it keeps into the output queue.
 
 extern "C" {
 #include <libavutil/error.h>
@@ -9,6 +9,7 @@ extern "C" {
 #include <exception>
 
 #include "SonivexFilter.h"
+#include "effects.h"
 #include "frame_checks.h"
 #include "vorlin/log.h"
 
@@ -17,26 +18,10 @@ namespace Vorlin {
 namespace {
 
 constexpr int64_t kIdleSleep_ms = 10;
-constexpr std::size_t kMaxFinishedFrames = 1;  // more than this many wait for `pull`: the worker rests
+constexpr std::size_t kMaxFinishedFrames = 1;  // the worker rests while more than this wait for `pull`
 
 bool isSupportedChannelCount(int channels) {
     return channels == 1 || channels == 2 || channels == 6 || channels == 8;
-}
-
-// Whether `effect` works on such a stream.
-bool isSupportedStream(Effect effect, int channels, int sample_rate_hz) {
-    const bool is_common_rate = sample_rate_hz == 44100 || sample_rate_hz == 48000;
-    switch (effect) {
-        case Effect::Surround:
-            return isSupportedChannelCount(channels) && is_common_rate;
-        case Effect::Dialogue:
-            return channels == 2 && is_common_rate;
-        case Effect::Normalizer:
-            return isSupportedChannelCount(channels) && (is_common_rate || sample_rate_hz == 16000);
-        case Effect::None:
-            break;
-    }
-    return false;
 }
 
 }  // namespace
@@ -54,11 +39,11 @@ int sonivexFilter::FilterLoop() {
         try {
             outcome = handleFrame(frame.get());
         } catch (const std::exception& error) {
-            // Memory ran out: this frame is lost, the worker and the player's process are not.
+            // Memory ran out. The frame is lost, but the worker and the player's process go on.
             __log_print(LOG_ERROR, kFilterName, "sonivex: frame lost: %s", error.what());
         }
 
-        // The only three ways out for a frame that was taken.
+        // A frame that was taken leaves the loop in one of these three ways.
         switch (outcome.way) {
             case Outcome::PassedOn:
                 handOut(std::move(frame));
@@ -89,15 +74,16 @@ sonivexFilter::Outcome sonivexFilter::handleFrame(IQFFrame* frame) {
     mChannels = info.channels;
 
     if (mInvalid.load()) return passedOn();
-    const Effect effect = selectedEffect();
-    if (effect == Effect::None) return passedOn();
-    if (!isSupportedStream(effect, info.channels, info.sample_rate)) return passedOn();
+    const EffectRecord* effect = selectedEffect();
+    if (effect == nullptr) return passedOn();
+    if (!isSupportedStream(*effect, info.channels, info.sample_rate)) return passedOn();
     if (!isSupportedChannelCount(info.channels)) {
         __log_print(LOG_WARNING, kFilterName, "sonivex filter not support. inChannel %d, nb_samples %d",
                     info.channels, info.nb_samples);
         return passedOn();
     }
-    // Before a graph is made from the description: a frame that lies about itself must not shape it.
+    // This check comes before the graph, which is made from the description: a frame that lies about itself
+    // must not shape it.
     if (av_frame != nullptr && !frameMatchesDescription(info, av_frame)) {
         __log_print(LOG_ERROR, kFilterName,
                     "sonivex: frame does not hold what it describes. channels %d, samples %d", info.channels,
@@ -121,16 +107,16 @@ sonivexFilter::Outcome sonivexFilter::handleFrame(IQFFrame* frame) {
         if (has_nothing_yet && !worksInsidePush()) qf_msleep(kIdleSleep_ms);
         return givenUp(has_nothing_yet ? 0 : error);
     }
-    return dispatch(effect, info, av_frame);
+    return dispatch(*effect, info, av_frame);
 }
 
-// The switches are three separate stores of another thread, so two may be seen on: one reading per frame,
-// which yields at most one effect, and everything after goes by it.
-Effect sonivexFilter::selectedEffect() const {
-    if (mEnableDialogue) return Effect::Dialogue;
-    if (mEnableSurround) return Effect::Surround;
-    if (mEnableNormalizer) return Effect::Normalizer;
-    return Effect::None;
+// The player's thread stores each switch separately, so the worker may see two of them on, or none. It reads
+// them once per frame here, which yields at most one effect. Everything after that goes by this effect.
+const EffectRecord* sonivexFilter::selectedEffect() const {
+    for (const EffectRecord* effect : effectsByPrecedence()) {
+        if (this->*effect->is_on) return effect;
+    }
+    return nullptr;
 }
 
 }  // namespace Vorlin

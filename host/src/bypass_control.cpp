@@ -13,7 +13,8 @@ namespace {
 
 constexpr char kLogTag[] = "Player";
 
-// Not std::to_string: its decimal point depends on the locale, and it writes six places whatever the number.
+// std::to_string is unsuitable: its decimal point depends on the locale, and it always writes six decimal
+// places.
 std::string numberText(double value) {
     constexpr size_t kLongestDoubleBytes = 32;
     std::array<char, kLongestDoubleBytes> text{};
@@ -47,13 +48,14 @@ void BypassControl::retryAfterOverload() {
 void BypassControl::endReason(bool& reason) {
     if (!reason) return;
     reason = false;
-    // Still set invalid, so it only answers. What it found meanwhile it could not announce.
+    // The filter is still set invalid. It could not announce what it found meanwhile, but it answers a
+    // question.
     mOverFps = mFilter.isOverFps();
     apply();
 }
 
 bool BypassControl::reportRate(const std::string& key, double value) {
-    // Recovery is announced by a valid filter only.
+    // Only a valid filter announces its recovery.
     if (mOverFps && !mListener && !mOverload) mFilter.setInvalid(false);
     bool is_understood = true;
     try {

@@ -6,30 +6,38 @@
 
 namespace Vorlin {
 
-/** Why a filter is bypassed. It is set invalid exactly while at least one reason holds:
- *    listener   the listener switched it off
- *    overFps    the video's frame rate at the current speed is too high for it
- *    overload   it took too long, and nobody asked to try again
+/** Keeps the reasons for which a filter is bypassed. The filter is set invalid exactly while at least one
+ *  reason holds:
+ *    listener   the listener switched the filter off
+ *    overFps    the video's frame rate at the current speed is too high for the filter
+ *    overload   the filter took too long, and nobody has asked to try again
  *
- *  The last two are the filter's own findings, which it announces by events, but only while it is valid. What
- *  it found while it was invalid is asked when it may become valid again. */
+ *  The filter announces the last two by events, but only while it is valid. When it may become valid again,
+ *  this class asks it whether the frame rate is too high.
+ *
+ *  Only the player's thread uses this class. */
 class BypassControl {
   public:
-    /** Installs the event callback. `filter` outlives this object, or is never called again after it. */
+    /** Install the event callback. After the end of this object `filter` must not be called, because its
+     *  callback refers to this object. */
     explicit BypassControl(IAudioFilter& filter);
     BypassControl(const BypassControl&) = delete;
     BypassControl& operator=(const BypassControl&) = delete;
 
-    /** Set the filter invalid or valid, as the reasons say. */
+    /** Set the filter invalid if a reason holds, else valid. */
     void apply();
 
+    /** @return whether a reason holds. */
     bool isBypassed() const { return mListener || mOverFps || mOverload; }
 
+    /** Set or end the reason `listener`. */
     void setListener(bool bypass);
+    /** End the reason `overload`. */
     void retryAfterOverload();
 
-    /** Report a number that decides about overFps (frame rate or speed) and obey what the filter answers.
-     *  @return false when the filter refused the number as malformed or out of range. */
+    /** Report a number on which overFps depends, and obey the events that follow.
+     *  @param key VIDEO_FPS_OPTION or PLAYER_SPEED_OPTION.
+     *  @return false if the filter refused the number as malformed or out of range. */
     bool reportRate(const std::string& key, double value);
 
   private:

@@ -35,7 +35,7 @@ std::unique_ptr<FenceFrame> FenceFrame::make(const audioInfo& stream, uint64_t n
     av_samples_set_silence(frame->extended_data, 0, kFenceFrames, kFenceChannels, format);
 
     std::unique_ptr<FenceFrame> fence(new (std::nothrow) FenceFrame(frame.get(), number));
-    if (fence) (void)frame.release();  // the fence's own now
+    if (fence) (void)frame.release();  // the fence owns it now
     return fence;
 }
 

@@ -6,15 +6,17 @@
 
 namespace Vorlin {
 
-/** A tiny frame of silence with 3 channels, which every filter passes on, in order: when it comes out, every
- *  frame pushed before it has come out or been given up. It is known again by its class, never by its
- *  address, which another frame may get after it. */
+/** A frame of silence with 3 channels and one sample in each. Every filter passes it on, in order: when it
+ *  comes out, every frame pushed before it has come out or been given up. The player recognises it by its
+ *  class, never by its address, because another frame may get the same address later. */
 class FenceFrame final : public AVQFFrame {
   public:
-    /** A fence of the stream's sample format and rate, as far as they are valid.
-     *  @param number what `number` answers. @return null when memory runs out. */
+    /** Make a fence with the stream's sample format and sample rate, as far as they are valid.
+     *  @param number the result of `number`.
+     *  @return null if memory runs out. */
     static std::unique_ptr<FenceFrame> make(const audioInfo& stream, uint64_t number);
 
+    /** @return the number with which the fence was made. */
     uint64_t number() const { return mNumber; }
 
   private:

@@ -20,14 +20,14 @@ struct Registry {
     std::vector<Entry> entries;  // oldest first
 };
 
-// Made at its first use and never destroyed: libraries enter it while they are being loaded and leave it
-// while the program ends, in an order that nobody knows.
+// The registry is made at its first use and never destroyed. Libraries enter it while they are loaded and
+// leave it while the program ends, in an unknown order.
 Registry& registry() {
     static Registry& instance = *new Registry;
     return instance;
 }
 
-// Call with the registry's mutex held. @return null when no prototype supports `name`.
+// The caller holds the registry's mutex. @return null if no prototype supports `name`.
 IAudioFilter* findNewest(const std::string& name) {
     constexpr int kNoCodecHint = 0;
     const auto& entries = registry().entries;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "fence_frame.h"
+#include "vorlin/results.h"
 
 extern "C" {
 #include <libavutil/error.h>
@@ -16,10 +17,9 @@ namespace {
 using std::chrono::nanoseconds;
 using std::chrono::steady_clock;
 
-constexpr int kTryAgain = -35;  // the filters' own number, not this system's EAGAIN
 constexpr int64_t kPoll_ms = 1;
 
-// Measures how long nothing has moved.
+// Measures for how long no frame has moved.
 class StallWatch {
   public:
     explicit StallWatch(std::chrono::milliseconds limit) : mLimit(limit) {}
@@ -79,9 +79,9 @@ int FilterPump::passFence(const IQFFrame::audioInfo& stream) {
     return 0;
 }
 
-// An inactive filter works inside `push` only, and ends that work early when it gives a frame up: the fence
-// may still be waiting inside. Only another push runs it again, taken or not, so one more fence is offered.
-// It has the same number: when it comes out, the first one has.
+// An inactive filter works only inside `push`, and stops early when it gives a frame up, so the fence may
+// still be waiting inside. Only another push, taken or not, makes the filter work again. This function
+// therefore pushes one more fence with the same number: when it comes out, the first one has come out too.
 bool FilterPump::runOnce(std::unique_ptr<IQFFrame>& nudge, const IQFFrame::audioInfo& stream) {
     if (!nudge) nudge = FenceFrame::make(stream, mNewestFence);
     return nudge && tryPush(nudge).has_moved_a_frame;
@@ -96,13 +96,13 @@ FilterPump::Attempt FilterPump::tryPush(std::unique_ptr<IQFFrame>& frame) {
     return {result, pullReady(push_call)};
 }
 
-// @return whether anything came out, a fence included.
+// @return whether any frame or fence came out.
 bool FilterPump::pullReady(nanoseconds push_call) {
     constexpr uint64_t kDoNotWait_ms = 0;
     uint64_t frames = 0;
     uint64_t fences = 0;
     std::unique_ptr<IQFFrame> frame;
-    while (mFilter.pull(frame, kDoNotWait_ms) == 0) {
+    while (mFilter.pull(frame, kDoNotWait_ms) == kSuccess) {
         if (const auto* fence = dynamic_cast<const FenceFrame*>(frame.get())) {
             mNewestFenceOut = std::max(mNewestFenceOut, fence->number());
             frame.reset();

@@ -11,23 +11,29 @@
 
 namespace Vorlin {
 
-/** Moves frames through a filter: answers "try again" by pulling, hands over what is ready, waits for fences.
- */
+/** Moves frames through a filter: answers kTryAgain by pulling, hands frames that are ready to the output,
+ *  and waits for fences. Only the player's thread uses this class. */
 class FilterPump {
   public:
+    /** @param filter, bypass, working_time must outlive this object.
+     *  @param active      whether the filter has a worker; an inactive one works inside `push`.
+     *  @param stall_limit longest wait for a filter that moves no frame.
+     *  @param output      receives every frame that comes out, in order, except fences. */
     FilterPump(IAudioFilter& filter, bool active, const BypassControl& bypass, WorkingTime& working_time,
                std::chrono::milliseconds stall_limit, Player::Output output);
 
-    /** Push until the filter takes the frame. @return 0, AVERROR(ETIMEDOUT), or the filter's own error. */
+    /** Push until the filter takes the frame.
+     *  @return kSuccess, AVERROR(ETIMEDOUT), or the filter's own error. */
     int push(std::unique_ptr<IQFFrame>& frame);
 
-    /** Push a fence like `stream` and wait until it comes out. @return as `push`, or AVERROR(ENOMEM). */
+    /** Push a fence of the format of `stream` and wait until it comes out.
+     *  @return as `push`, or AVERROR(ENOMEM). */
     int passFence(const IQFFrame::audioInfo& stream);
 
-    /** Frames handed to the output so far; fences are never among them. */
+    /** @return how many frames went to the output so far; fences do not count. */
     uint64_t handedOver() const { return mHandedOver; }
 
-    /** Whether the filter was bypassed when it took, or refused, the last frame. */
+    /** @return whether the filter was bypassed when it took or refused the last frame. */
     bool wasBypassed() const { return mWasBypassed; }
 
   private:

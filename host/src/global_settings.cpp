@@ -3,7 +3,7 @@
 namespace Vorlin {
 
 globalSettings& globalSettings::GetInstance() {
-    // Never destroyed: a filter may ask until the very end of the program.
+    // The object is never destroyed, because a filter may use it until the very end of the program.
     static globalSettings& instance = *new globalSettings;
     return instance;
 }

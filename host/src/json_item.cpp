@@ -17,7 +17,7 @@ namespace {
 
 using nlohmann::json;
 
-// The number that `text` begins with, as JSON writes numbers; empty when it begins with none.
+// Returns the number at the start of `text`, by the grammar of JSON; empty if there is none.
 std::string_view leadingNumber(std::string_view text) {
     const auto skip_one_of = [&text](size_t at, std::string_view characters) {
         return at < text.size() && characters.find(text[at]) != std::string_view::npos ? at + 1 : at;
@@ -39,13 +39,13 @@ std::string_view leadingNumber(std::string_view text) {
 
 bool isBeyondDouble(std::string_view number) {
     std::istringstream stream{std::string(number)};
-    stream.imbue(std::locale::classic());  // strtod would ask the user's locale for the decimal point
+    stream.imbue(std::locale::classic());  // strtod would take the decimal point from the user's locale
     double value = 0.0;
     stream >> value;
-    return stream.fail() && std::abs(value) > 1.0;  // a number too small for a double is 0, and no failure
+    return stream.fail() && std::abs(value) > 1.0;  // too small a number gives 0, which is in range
 }
 
-// The same text with the largest double in place of every number beyond it.
+// Replaces every number beyond the range of a double by the largest double of its sign.
 std::string withSaturatedNumbers(std::string_view text) {
     std::string result;
     bool is_in_string = false;
@@ -65,11 +65,11 @@ std::string withSaturatedNumbers(std::string_view text) {
 }
 
 json parse(const std::string& text) {
-    // The parser takes a zero byte for the end of the text; no JSON text holds one.
+    // The parser takes a zero byte for the end of the text, but JSON does not allow one anywhere.
     if (text.find('\0') != std::string::npos) return json(json::value_t::discarded);
     constexpr bool kThrow = false;
     json value = json::parse(text, nullptr, kThrow);
-    // The parser refuses numbers beyond a double, which are valid JSON.
+    // Numbers beyond the range of a double are valid JSON, but the parser refuses them.
     if (value.is_discarded()) value = json::parse(withSaturatedNumbers(text), nullptr, kThrow);
     return value;
 }
@@ -81,7 +81,7 @@ std::optional<int> integerAsInt(Integer value) {
 }
 
 std::optional<int> fractionAsInt(double value) {
-    // Both limits of an int are exact as doubles; NaN fails the comparisons.
+    // A double represents both limits of an int exactly. NaN fails the comparisons.
     constexpr double kLowest = std::numeric_limits<int>::min();
     constexpr double kHighest = std::numeric_limits<int>::max();
     if (!(value >= kLowest && value <= kHighest) || std::trunc(value) != value) return std::nullopt;

@@ -18,19 +18,19 @@ struct SinkSlot {
     std::shared_ptr<const LogSink> sink;  // null: standard error
 };
 
-// Never destroyed: a worker may log until the very end of the program.
+// The slot is never destroyed, because a worker may log until the very end of the program.
 SinkSlot& sinkSlot() {
     static SinkSlot& instance = *new SinkSlot;
     return instance;
 }
 
 void writeToStandardError(const std::string& tag, const std::string& message) {
-    // One call, so that the lines of two threads do not mix.
+    // The line is written in one call, so that lines of two threads do not mix.
     const std::string line = tag + ": " + message + "\n";
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
-// The sink runs outside the mutex, so that it may log or replace itself.
+// Runs the sink outside the mutex, so that the sink may log or replace itself.
 void deliver(int level, const std::string& tag, const std::string& message) {
     std::shared_ptr<const LogSink> sink;
     {
@@ -51,7 +51,7 @@ __attribute__((format(printf, 1, 0))) std::string formatMessage(const char* form
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the analyzer does not see through va_copy
     const int length = std::vsnprintf(nullptr, 0, format, measured);
     va_end(measured);
-    if (length < 0) return format;  // arguments that cannot be written: the bare format says most
+    if (length < 0) return format;  // the arguments cannot be formatted; the bare format still helps
 
     std::string message(static_cast<size_t>(length), '\0');
     std::vsnprintf(message.data(), message.size() + 1, format, arguments);
@@ -72,7 +72,7 @@ void setLogSink(LogSink sink) {
         const std::lock_guard lock(slot.mutex);
         slot.sink.swap(replacement);
     }
-    // The former sink dies here, outside the mutex: its destructor may log.
+    // The former sink dies here, outside the mutex, because its destructor may log.
 }
 
 }  // namespace Vorlin
@@ -83,7 +83,7 @@ void __log_print(int level, const char* tag, const char* format, ...) {
     va_start(arguments, format);
     try {
         Vorlin::deliver(level, tag != nullptr ? tag : "", Vorlin::formatMessage(format, arguments));
-    } catch (...) {  // NOLINT(bugprone-empty-catch): a message lost is better than a player lost
+    } catch (...) {  // NOLINT(bugprone-empty-catch): a lost message is better than a lost player
     }
     va_end(arguments);
 }

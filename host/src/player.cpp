@@ -82,7 +82,8 @@ class FilterPlayer final : public Player {
     IAudioFilter& filter() override { return *mFilter; }
 
   private:
-    // Frames that the filter gave up since the last drain are among them: nothing tells them apart.
+    // The result includes frames that the filter gave up since the last drain, because nothing tells them
+    // apart.
     uint64_t underWay() const {
         return mCounts.pushed - mCounts.pulled - mCounts.dropped - mCounts.discarded;
     }
@@ -94,13 +95,14 @@ class FilterPlayer final : public Player {
         mStream.reset();
     }
 
-    // In this order: the filter's code lies in the plug-in, and it may send events until it is gone.
+    // The order matters for destruction: the filter's code lies in the plug-in, and the filter may send
+    // events to mBypass until it is gone.
     const std::shared_ptr<Plugin> mPlugin;
     const std::unique_ptr<BypassControl> mBypass;
     const std::unique_ptr<IAudioFilter> mFilter;
     WorkingTime mWorkingTime;
     FilterPump mPump;
-    std::optional<IQFFrame::audioInfo> mStream;  // of the frames pushed since the last flush; none: no frame
+    std::optional<IQFFrame::audioInfo> mStream;  // of the frames since the last flush; empty before the first
     PlayerCounts mCounts;
 };
 
@@ -118,7 +120,7 @@ std::unique_ptr<Player> Player::create(std::shared_ptr<Plugin> plugin, const Pla
     const auto clock_before = qfThread::clockOfNewest();
     constexpr uint64_t kNoFlags = 0;
     if (!filter->init(kNoFlags)) {
-        filter.reset();  // before `bypass`, which its callback refers to
+        filter.reset();  // before `bypass`, to which its callback refers
         return nullptr;
     }
     auto worker = qfThread::clockOfNewest();

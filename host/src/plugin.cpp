@@ -9,9 +9,9 @@
 namespace Vorlin {
 
 std::shared_ptr<Plugin> Plugin::load(const std::string& path, std::string& error) {
-    // dlopen would take an empty name for the program itself, and stop at a zero byte.
+    // dlopen takes an empty name for the program itself, and stops at a zero byte.
     if (path.empty() || path.find('\0') != std::string::npos) {
-        error = "not a library's name";
+        error = "the name of a library must not be empty or hold a zero byte";
         return nullptr;
     }
     std::shared_ptr<Plugin> plugin(new Plugin(nullptr));

@@ -20,7 +20,7 @@ nanoseconds readClock(clockid_t clock) {
     return std::chrono::seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
 }
 
-// The sum over all operating-system threads that one qfThread had, one after the other.
+// Sums the processor time over all system threads that one qfThread has had, one after the other.
 class WorkerClock final : public QfThreadClock {
   public:
     nanoseconds cpuTime() const override {
@@ -28,13 +28,14 @@ class WorkerClock final : public QfThreadClock {
         return mIsRunning ? mEnded + readClock(mClock) : mEnded;
     }
 
-    /** The calling thread is the worker from now on. */
+    // Makes the calling thread the worker.
     void attach() {
         const std::lock_guard lock(mMutex);
         mIsRunning = pthread_getcpuclockid(pthread_self(), &mClock) == 0;
     }
 
-    /** The calling thread ends: its clock must not be read any more, a later thread may get the same id. */
+    // The worker calls this before it ends. Its clock must not be read after that, because a later thread may
+    // get the same id.
     void detach() {
         const std::lock_guard lock(mMutex);
         if (mIsRunning) mEnded += readClock(mClock);
@@ -59,7 +60,7 @@ void nameThisThread(const std::string& name) {
 
 QfThreadClock::~QfThreadClock() = default;
 
-// Shared with the worker, so that a body may destroy its own qfThread.
+// The state is shared with the worker, so that a body may destroy its own qfThread.
 struct qfThread::State {
     enum class Request { Pause, Run, Stop };
 
@@ -70,7 +71,7 @@ struct qfThread::State {
     const std::string name;
     const std::shared_ptr<WorkerClock> clock = std::make_shared<WorkerClock>();
 
-    std::mutex mutex;  // guards what follows
+    std::mutex mutex;  // guards the members below
     std::condition_variable changed;
     Request request = Request::Pause;
     bool body_runs = false;
@@ -104,18 +105,18 @@ qfThread::qfThread(std::function<int()> body, const std::string& name)
 
 qfThread::~qfThread() {
     stop();
-    if (mState->thread.joinable()) mState->thread.detach();  // destroyed by its own body
+    if (mState->thread.joinable()) mState->thread.detach();  // the body destroys its own qfThread
 }
 
 void qfThread::start() {
     std::unique_lock lock(mState->mutex);
-    if (mState->request == State::Request::Stop && mState->thread.joinable()) {  // stopped by its own body
+    if (mState->request == State::Request::Stop && mState->thread.joinable()) {  // the body called `stop`
         lock.unlock();
         mState->thread.join();
         lock.lock();
     }
     if (!mState->thread.joinable()) {
-        mState->thread = std::thread([state = mState] { state->run(); });  // waits for the mutex held here
+        mState->thread = std::thread([state = mState] { state->run(); });  // waits for `lock`
     }
     mState->request = State::Request::Run;
     mState->changed.notify_all();

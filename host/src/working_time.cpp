@@ -23,8 +23,8 @@ nanoseconds WorkingTime::growthOfWorker() {
 }
 
 bool WorkingTime::isWatching() const {
-    // Filters count whole frames per second and whole speeds, and must not be asked while their product is 0:
-    // the time allowed for a frame is its reciprocal.
+    // A filter cuts frame rate and speed to whole numbers. The time allowed for a frame is the reciprocal of
+    // their product, so the filter must not get a report while the product is 0.
     return !mBypass.isBypassed() && std::trunc(mFps) * std::trunc(mSpeed) > 0.0;
 }
 
@@ -41,7 +41,8 @@ void WorkingTime::framesCameOut(uint64_t frames, nanoseconds push_call) {
     }
 }
 
-// Takes what was told from `work`; the rest is less than a millisecond for each frame.
+// Reports `work` in equal shares of whole milliseconds and takes these from `work`. Less than a millisecond
+// remains per frame.
 void WorkingTime::tell(uint64_t frames, nanoseconds& work) {
     for (uint64_t left = frames; left > 0 && isWatching(); --left) {
         const auto share = std::chrono::duration_cast<milliseconds>(work / static_cast<int64_t>(left));

@@ -10,26 +10,36 @@
 
 namespace Vorlin {
 
-/** Tells a filter's load guard how long the filter worked on each frame.
+/** Reports to a filter's load guard how long the filter worked on each frame.
  *
- *  The time between push and pull would not do: it holds the worker's sleeps. For a filter with a worker it
- *  is the growth of the worker's processor time, for one without it is the duration of the `push` that did
- *  the work. Frames that came out together share the time. Nothing is told while the filter is bypassed, nor
- *  before a frame rate is known, since the time allowed for a frame follows from it. */
+ *    active filter     work = growth of the worker's processor time
+ *    inactive filter   work = duration of the `push` that did the work
+ *    each frame        work / number of frames that came out together
+ *
+ *  The time between push and pull would be wrong, because it includes the worker's sleep. Nothing is reported
+ *  while the filter is bypassed or no frame rate is known, because the time allowed for a frame follows from
+ *  the rate.
+ *
+ *  Only the player's thread uses this class. */
 class WorkingTime {
   public:
-    /** @param worker the clock of the filter's worker; null for a filter that has none. Without a clock an
-     *  active filter is told nothing. */
+    /** @param filter, bypass must outlive this object.
+     *  @param active whether the filter has a worker.
+     *  @param worker the clock of the worker; null if there is none. Nothing is reported to an active filter
+     *  without a clock. */
     WorkingTime(IAudioFilter& filter, const BypassControl& bypass, bool active,
                 std::shared_ptr<const QfThreadClock> worker);
 
+    /** Set the video's frame rate, in frames per second. */
     void setVideoFps(double fps) { mFps = fps; }
+    /** Set the playback speed; 1.0 = normal. */
     void setSpeed(double speed) { mSpeed = speed; }
 
-    /** No frame is under way: what the worker has used so far belongs to none. */
+    /** Ignore the processor time that the worker has used so far, because no frame is inside the filter. */
     void forget();
 
-    /** `frames` frames came out after a `push` that took `push_call` (0 when there was none). */
+    /** Report the work on `frames` frames, which came out after a `push` that took `push_call` (0 for no
+     *  push). */
     void framesCameOut(uint64_t frames, std::chrono::nanoseconds push_call);
 
   private:
@@ -41,8 +51,8 @@ class WorkingTime {
     const BypassControl& mBypass;
     const bool mActive;
     const std::shared_ptr<const QfThreadClock> mWorker;
-    std::chrono::nanoseconds mWorkerSeen{};  // reading of the clock up to which frames were charged
-    std::chrono::nanoseconds mUntold{};      // worker time below a millisecond, kept for the next frame
+    std::chrono::nanoseconds mWorkerSeen{};  // clock reading up to which the work is accounted for
+    std::chrono::nanoseconds mUntold{};      // time below a millisecond, kept for the next frame
     double mFps = 0.0;
     double mSpeed = 1.0;
 };

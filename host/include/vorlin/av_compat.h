@@ -1,6 +1,7 @@
 #pragma once
 
-// What differs between the FFmpeg releases that we build with (5.1 to 7.1). No other file tests a version.
+// Hides the differences between the FFmpeg releases with which the project builds (5.1 to 7.1). No other file
+// tests a version.
 
 extern "C" {
 #include <libavutil/channel_layout.h>
@@ -10,7 +11,8 @@ extern "C" {
 
 #include <cstdint>
 
-/** Releases that need their filters registered are older than the oldest that we build with. */
+/** Does nothing. Only releases older than the oldest supported one need their filters registered.
+ *  [any, concurrent] real-time safe */
 inline void avfilter_register_all() {}
 
 namespace Vorlin::av {
@@ -21,27 +23,30 @@ namespace Vorlin::av {
 #define VORLIN_AV_HAS_OLD_LAYOUT_FIELDS 0
 #endif
 
-// AVFrame::duration came with 6.0; pkt_duration went with 7.0.
+// AVFrame::duration exists since 6.0; pkt_duration exists until 6.1.
 #if LIBAVUTIL_VERSION_INT >= AV_VERSION_INT(57, 30, 100)
 #define VORLIN_AV_DURATION duration
 #else
 #define VORLIN_AV_DURATION pkt_duration
 #endif
 
+/** @return the duration of `frame`, in the units of its pts. [any] real-time safe */
 inline int64_t frameDuration(const AVFrame* frame) {
     return frame->VORLIN_AV_DURATION;
 }
+/** Set the duration of `frame`, in the units of its pts. [any] real-time safe */
 inline void setFrameDuration(AVFrame* frame, int64_t duration) {
     frame->VORLIN_AV_DURATION = duration;
 }
 #undef VORLIN_AV_DURATION
 
-/** The mask of a native layout; 0 for any other order. */
+/** @return the channel mask of a layout in native order; 0 for any other order. [any] real-time safe */
 inline uint64_t layoutMask(const AVChannelLayout& layout) {
     return layout.order == AV_CHANNEL_ORDER_NATIVE ? layout.u.mask : 0;
 }
 
-/** The mask of the default layout of a channel count; 0 when the count has none. */
+/** @return the channel mask of the default layout of a channel count; 0 if the count has no default layout.
+ *  [any, concurrent] real-time safe */
 inline uint64_t defaultLayoutMask(int channels) {
     AVChannelLayout layout{};
     av_channel_layout_default(&layout, channels);
@@ -50,7 +55,9 @@ inline uint64_t defaultLayoutMask(int channels) {
     return mask;
 }
 
-/** Give a frame a layout, and the fields of older releases the same. @return 0 or a negative AVERROR. */
+/** Give a frame a copy of `layout`, also in the deprecated fields of older releases.
+ *  @return 0 or a negative AVERROR.
+ *  [any] real-time safe for a layout in native order; allocates and frees memory for a custom one */
 inline int setFrameLayout(AVFrame* frame, const AVChannelLayout& layout) {
     const int result = av_channel_layout_copy(&frame->ch_layout, &layout);
     if (result < 0) return result;
@@ -64,7 +71,9 @@ inline int setFrameLayout(AVFrame* frame, const AVChannelLayout& layout) {
     return 0;
 }
 
-/** Give a frame the default layout of a channel count. @return 0 or a negative AVERROR. */
+/** Give a frame the default layout of a channel count.
+ *  @return 0 or a negative AVERROR.
+ *  [any] real-time safe unless the frame has a custom layout, which is freed */
 inline int setFrameDefaultLayout(AVFrame* frame, int channels) {
     AVChannelLayout layout{};
     av_channel_layout_default(&layout, channels);

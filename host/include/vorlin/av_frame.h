@@ -5,18 +5,22 @@
 
 namespace Vorlin {
 
-/** A frame whose samples are an AVFrame, which it owns. */
+/** A frame that owns its samples as an AVFrame. */
 class VORLIN_API AVQFFrame : public IQFFrame {
   public:
-    /** Take over `frame` (may be null: a frame without samples) and describe it. */
+    /** Take ownership of `frame` and describe it. A null `frame` makes a frame without samples.
+     *  [any] real-time safe */
     explicit AVQFFrame(AVFrame* frame);
+    /** Free the AVFrame. [any] not real-time safe: frees memory */
     ~AVQFFrame() override;
 
-    /** The AVFrame, still owned by this object; null for a frame without samples. */
-    // NOLINTNEXTLINE(google-explicit-constructor): the player's habit
+    /** @return the AVFrame, which this object still owns; null for a frame without samples.
+     *  [any] real-time safe */
+    // NOLINTNEXTLINE(google-explicit-constructor): players convert without a cast
     operator AVFrame*() const { return mFrame.get(); }
 
-    /** Describe an AVFrame: what `getInfo` of an AVQFFrame around it starts with. */
+    /** @return the description with which an AVQFFrame around `frame` starts; that of no audio for null.
+     *  [any] real-time safe */
     static audioInfo describe(const AVFrame* frame);
 
   private:

@@ -6,62 +6,93 @@
 #include <string>
 
 #include "vorlin/frame.h"
+#include "vorlin/results.h"
 
 namespace Vorlin {
 
-/** What every filter of the player offers, in the order of its virtual table. All calls come from one thread,
- *  the player's. */
+/** The interface of every filter of a player, in the order of its virtual table. The player's thread makes
+ *  all calls. */
 class VORLIN_API IFilter {
   public:
     IFilter() = default;
     IFilter(const IFilter&) = delete;
     IFilter& operator=(const IFilter&) = delete;
+    /** Stop the worker, and free everything inside. [player thread] not real-time safe: frees memory */
     virtual ~IFilter();
 
-    /** Set an option. @return false when the filter understood the key but not the value. */
+    /** Set an option. The keys are constants of filterPrototype. A filter may ignore `extra`.
+     *  @return false if the filter knows the key but does not understand the value.
+     *  [player thread] not real-time safe: may allocate, log and run the event callback */
     virtual bool setOption(const std::string& key, const std::string& value, const std::string& extra) = 0;
-    /** Make the filter ready; an active filter starts its worker here. @return success. */
+    /** Make the filter ready. An active filter starts its worker here.
+     *  @return whether the filter is ready.
+     *  [player thread] not real-time safe: may start a thread, allocate and log */
     virtual bool init(uint64_t flags) = 0;
-    /** Hand a frame in. @return 0 with the frame taken, or -35 with the frame left to the caller: pull, then
-     *  try again. `timeOut` is in milliseconds; a filter may ignore it. */
+    /** Hand a frame in.
+     *  @param timeOut how long to wait for room, in milliseconds; a filter may ignore it.
+     *  @return kSuccess with the frame taken, or kTryAgain (-35) with the frame left to the caller, who pulls
+     *  and tries again.
+     *  [player thread] real-time safe only if the filter says so: an inactive filter does its work here */
     virtual int push(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) = 0;
-    /** Take the oldest finished frame. @return 0 with `frame` replaced, or -35 with it untouched: none is
-     *  ready. */
+    /** Take the oldest frame that is ready.
+     *  @param timeOut how long to wait for one, in milliseconds; a filter may ignore it.
+     *  @return kSuccess with `frame` replaced, or kTryAgain (-35) with `frame` untouched if none is ready.
+     *  [player thread] real-time safe only if the filter says so */
     virtual int pull(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) = 0;
-    /** Forget every frame and all history, as after a seek. */
+    /** Destroy every frame inside and forget all history, as a seek requires.
+     *  [player thread] not real-time safe: waits for the worker, frees memory */
     virtual void flush() = 0;
+    /** @return the filter's name, with which its events begin.
+     *  [any, concurrent] not real-time safe: may allocate */
     virtual std::string getName() = 0;
 };
 
-/** An audio filter: IFilter, and what a player needs to find, copy, bypass and watch one. */
+/** The interface of an audio filter: IFilter, and the calls by which a player finds, copies, bypasses and
+ *  watches one. */
 class VORLIN_API IAudioFilter : public IFilter {
   public:
+    /** Receives the code and the text of an event. */
     using EventCallback = std::function<void(int code, const std::string& event)>;
 
-    /** A prototype: inactive, nothing known of the stream. */
+    /** Make a prototype, which is inactive and knows no stream. [any, concurrent] real-time safe */
     IAudioFilter() = default;
-    /** @param src, dst what comes in and what is wanted out. @param active whether `init` starts a worker
-     *  thread; an inactive filter works inside `push`. */
+    /** Make a working filter.
+     *  @param src, dst the audio that comes in, and the audio that is wanted.
+     *  @param active   whether `init` starts a worker thread; an inactive filter works inside `push`.
+     *  [any, concurrent] real-time safe */
     IAudioFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active);
+    /** As ~IFilter. [player thread] not real-time safe: frees memory */
     ~IAudioFilter() override;
 
-    /** Whether the filter answers to `name`; the integers are codec hints that a filter may ignore. */
+    /** @return whether the filter answers to `name`. The integers are codec hints, which a filter may ignore.
+     *  [player thread]; the registry calls it on a prototype from any thread, one at a time. Real-time safe
+     *  only if the filter says so */
     virtual bool is_supported(const std::string& name, int codec, int profile, int level) = 0;
-    /** A new working filter, owned by the caller. */
+    /** Make a working filter, which the caller owns.
+     *  [player thread]; the registry calls it on a prototype from any thread, one at a time. Not real-time
+     *  safe: allocates */
     virtual IAudioFilter* clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) = 0;
-    /** True: every frame passes through untouched until false. */
+    /** Pass every frame through untouched from now on (true), or process frames again (false).
+     *  [player thread] not real-time safe: may log */
     virtual void setInvalid(bool invalid) = 0;
-    /** False unless a filter says otherwise: a filter may keep its flag to itself, so a player keeps its own
-     *  record of what it set. */
+    /** @return whether the filter is set invalid, but only if the filter overrides this; the base class
+     *  always returns false. A player therefore keeps its own record of what it set.
+     *  [player thread] real-time safe */
     virtual bool isInvalid();
-    /** Install the callback for events "<filter name>:<event>". It runs on the player's thread, inside
-     *  `setOption` or `checkTimeConsume`, and must not call `setOption` of the same filter. */
+    /** Install the callback for events "<filter name>:<event>"; filterPrototype lists the events. The
+     *  callback runs on the player's thread, inside `setOption`, `isOverFps` or `checkTimeConsume`. It must
+     *  not call `setOption` of the same filter.
+     *  [player thread] not real-time safe: may allocate */
     virtual void setDCA(const EventCallback& callback);
-    /** Tell the filter what is being played. */
+    /** Tell the filter what is being played. [player thread] not real-time safe: may allocate */
     virtual void setCurrentTarget(const std::string& target) = 0;
-    /** Whether the frame rate at the current speed is too high for the filter; may send an event. */
+    /** @return whether the video's frame rate at the current speed is too high for the filter. May send an
+     *  event.
+     *  [player thread] not real-time safe: may run the event callback */
     virtual bool isOverFps() = 0;
-    /** Report the time that the filter worked on one frame, in milliseconds; may send an event. */
+    /** Report how long the filter worked on one frame.
+     *  @param elapsed milliseconds of work, without the time in which the worker slept. May send an event.
+     *  [player thread] not real-time safe: may run the event callback, allocate and log */
     virtual void checkTimeConsume(uint64_t elapsed) = 0;
 
   protected:

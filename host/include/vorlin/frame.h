@@ -6,10 +6,10 @@
 
 namespace Vorlin {
 
-/** A frame as the player passes it about: a description and, in a derived class, the samples. */
+/** A frame of a stream as the player passes it on: a description and, in a derived class, the samples. */
 class VORLIN_API IQFFrame {
   public:
-    /** What the frame holds. A "frame" of audio below is one instant of all channels. */
+    /** Describes the audio that the frame holds. A "frame" of audio below is one instant of all channels. */
     struct audioInfo {
         int format = -1;              // AVSampleFormat; -1 = unknown
         int channels = 0;             // samples per frame
@@ -18,12 +18,15 @@ class VORLIN_API IQFFrame {
         uint64_t channel_layout = 0;  // native channel mask; 0 = unspecified or custom order
     };
 
+    /** Make a frame that describes no audio. [any] real-time safe */
     IQFFrame() = default;
     IQFFrame(const IQFFrame&) = delete;
     IQFFrame& operator=(const IQFFrame&) = delete;
+    /** [any] not real-time safe: derived classes free memory */
     virtual ~IQFFrame();
 
-    /** The description, to read and to change. Whoever changes the samples keeps it true. */
+    /** @return the description, to read and to change. Code that changes the samples must update it.
+     *  [any] real-time safe */
     virtual audioInfo& getInfo() { return mInfo; }
 
   protected:

@@ -8,13 +8,17 @@
 
 namespace Vorlin {
 
-/** Properties of the player that any component may read. Any thread may call. */
+/** Properties of the player, which any component may read. */
 class VORLIN_API globalSettings {
   public:
+    /** @return the only object of this class, which lives until the end of the program.
+     *  [any, concurrent] not real-time safe: the first call allocates */
     static globalSettings& GetInstance();
 
-    /** The value of a property; empty when it was never set. */
+    /** @return the value of a property; empty if it was never set.
+     *  [any, concurrent] not real-time safe: takes a lock, allocates */
     std::string getProperty(const std::string& name) const;
+    /** Set a property, or replace its value. [any, concurrent] not real-time safe: takes a lock, allocates */
     void setProperty(const std::string& name, const std::string& value);
 
   private:

@@ -8,28 +8,42 @@
 
 namespace Vorlin {
 
-/** One JSON value, read member by member. No function throws for what the text holds.
+/** Reads a JSON value member by member. No function throws because of the text.
  *
- *  Of members with the same name the last one counts. A number beyond a double counts as the largest one. */
+ *  If several members have the same name, the last one counts. A number beyond the range of a double counts
+ *  as the largest double of its sign. */
 class VORLIN_API VorlinJSONItem {
   public:
-    /** `getInt` gives this for a number that is no int: one with a fraction, or beyond the range. */
+    /** The result of `getInt` for a number that is not an int: it has a fraction or is out of range. */
     static constexpr int kNoInt = std::numeric_limits<int>::min();
 
+    /** Parse `text`. [any] not real-time safe: allocates */
     explicit VorlinJSONItem(const std::string& text);
+    /** Take the value of another item, which is then not valid. [any] real-time safe */
     VorlinJSONItem(VorlinJSONItem&&) noexcept;
+    /** Replace the value by that of another item, which is then not valid.
+     *  [any] not real-time safe: frees memory */
     VorlinJSONItem& operator=(VorlinJSONItem&&) noexcept;
+    /** [any] not real-time safe: frees memory */
     ~VorlinJSONItem();
 
-    /** Whether the text was JSON at all. A number or an array is valid and has no members. */
+    /** @return whether the text was JSON. A number or an array is valid, but has no members.
+     *  [any] real-time safe */
     bool isValid() const;
+    /** @return whether the value is an object with a member `name`. [any] real-time safe */
     bool hasItem(const std::string& name) const;
 
-    // The value of a member; `fallback` when there is no such member or its type is another one.
+    // Each of these returns the value of a member, or `fallback` if the member is missing or has another
+    // type.
+
+    /** @return the text of a string. [any] not real-time safe: allocates */
     std::string getString(const std::string& name, const std::string& fallback = {}) const;
-    /** 2.0 is an int, 2.5 is kNoInt: another number is neither the nearest int nor the fallback. */
+    /** @return a number as an int: 2 for 2.0, but kNoInt for 2.5, not the nearest int and not `fallback`.
+     *  [any] real-time safe */
     int getInt(const std::string& name, int fallback = 0) const;
+    /** @return the value of a boolean. [any] real-time safe */
     bool getBool(const std::string& name, bool fallback = false) const;
+    /** @return a number as a double. [any] real-time safe */
     double getDouble(const std::string& name, double fallback = 0.0) const;
 
   private:

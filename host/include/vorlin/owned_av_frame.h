@@ -8,11 +8,13 @@ extern "C" {
 
 namespace Vorlin {
 
-/** Frees an AVFrame and gives back what it refers to. */
+/** Frees an AVFrame and drops its references to buffers. */
 struct AVFrameDeleter {
+    /** Free `frame`; null is allowed. [any] not real-time safe: frees memory */
     void operator()(AVFrame* frame) const { av_frame_free(&frame); }
 };
 
+/** An AVFrame that is freed with its owner. */
 using OwnedAVFrame = std::unique_ptr<AVFrame, AVFrameDeleter>;
 
 }  // namespace Vorlin

@@ -12,67 +12,87 @@
 
 namespace Vorlin {
 
+/** Settings with which a Player is made. */
 struct PlayerConfig {
-    std::string filter_name = "sonivex";  // name that a registered prototype must support
-    bool active = true;            // true: the filter works on a thread of its own; false: inside `push`
-    IQFFrame::audioInfo source{};  // what the stream holds, as far as it is known
-    std::chrono::milliseconds stall_limit{10'000};  // a filter that moves no frame for so long has failed
+    std::string filter_name = "sonivex";  // a registered prototype must support this name
+    bool active = true;                   // true: the filter works on its own thread; false: inside `push`
+    IQFFrame::audioInfo source{};         // the stream, as far as it is known
+    std::chrono::milliseconds stall_limit{10'000};  // longest wait for a filter that moves no frame
 };
 
-/** What became of the frames that a Player was given. */
+/** Counts of the frames that a Player was given, by their fate. */
 struct PlayerCounts {
     uint64_t pushed = 0;     // taken by the filter
     uint64_t pulled = 0;     // handed to the output
     uint64_t bypassed = 0;   // pushed while the filter was set invalid
-    uint64_t dropped = 0;    // given up by the filter; known after `drain`
+    uint64_t dropped = 0;    // given up by the filter; counted by `drain`
     uint64_t discarded = 0;  // thrown away by `seek`
-    uint64_t flushes = 0;    // of the filter, by `seek` and by changes of format
+    uint64_t flushes = 0;    // flushes of the filter, by `seek` and by changes of format; not frames
 };
 
-/** Drives one filter as a media player does: the half of a player that stands around a filter.
+/** Drives one filter as a media player does: the half of a player that surrounds a filter.
  *
- *  Answers "try again" by pulling, feeds the load guard the time that the filter worked, obeys its events,
- *  flushes on a seek and on a change of rate, layout or sample format (after letting the old frames out), and
- *  drains. Every function is called from one thread, on which `output` and the filter's events run too. */
+ *  A player answers kTryAgain by pulling, reports to the load guard how long the filter worked, and obeys the
+ *  filter's events. It flushes on a seek. On a change of sample rate, layout or sample format it lets the old
+ *  frames out first, then flushes. At the end of the stream, `drain` lets the last frames out.
+ *
+ *  One thread calls every function. `output` and the filter's events run on the same thread. */
 class VORLIN_API Player {
   public:
-    /** Receives every frame that comes out, in order. Must not call the player that calls it. */
+    /** Receives every frame that comes out, in order. It must not call the player that calls it. */
     using Output = std::function<void(std::unique_ptr<IQFFrame>)>;
 
     /** Clone the filter that answers to `config.filter_name`, initialise it and set it valid.
-     *  @param plugin the library that the filter comes from, held as long as the clone; null when it is
-     *  linked in.
-     *  @return null when no registered filter answers to the name or it fails to initialise. */
+     *  @param plugin the library of the filter, held as long as the clone; null if it is linked in.
+     *  @return null if no registered filter answers to the name, or if it fails to initialise.
+     *  [player thread] not real-time safe: takes a lock, allocates, starts the worker of an active filter */
     static std::unique_ptr<Player> create(std::shared_ptr<Plugin> plugin, const PlayerConfig& config,
                                           Output output);
 
+    /** Destroy the filter with the frames inside, then let go of its library.
+     *  [player thread] not real-time safe: waits for the worker, frees memory */
     virtual ~Player();
 
-    /** Set the filter's options, a JSON object. @return false when the filter did not understand the text. */
+    /** Set the filter's options.
+     *  @param json a JSON object, see docs/options.md.
+     *  @return false if the filter did not understand the text.
+     *  [player thread] not real-time safe: allocates, may log */
     virtual bool setOptions(const std::string& json) = 0;
-    /** Report the video's frame rate and the playback speed (1.0 = normal). A filter that was bypassed for
-     *  too high a rate is made valid to hear it, and stays valid only if it announces its recovery. */
+    /** Report the video's frame rate, in frames per second. A filter that was bypassed because the rate was
+     *  too high is set valid to receive the number, and stays valid only if it announces its recovery.
+     *  [player thread] not real-time safe: allocates, may log */
     virtual void setVideoFps(double fps) = 0;
+    /** Report the playback speed (1.0 = normal), with the same effect as a frame rate.
+     *  [player thread] not real-time safe: allocates, may log */
     virtual void setSpeed(double speed) = 0;
 
-    /** The listener's own switch: true passes frames through untouched. */
+    /** Set the listener's own switch: true passes frames through untouched.
+     *  [player thread] not real-time safe: may log */
     virtual void setBypass(bool bypass) = 0;
-    /** Try again after the filter was bypassed for taking too long; it is not done by itself. */
+    /** Process frames again after the filter was bypassed for taking too long. The player never does this by
+     *  itself.
+     *  [player thread] not real-time safe: may log */
     virtual void retryAfterOverload() = 0;
-    /** Whether the filter is set invalid, for whatever reason. */
+    /** @return whether the filter is set invalid, for whatever reason. [player thread] real-time safe */
     virtual bool isBypassed() const = 0;
 
-    /** Hand in the next frame of the stream; frames that are ready go to the output meanwhile.
-     *  @return 0, AVERROR(ETIMEDOUT) when the filter moved nothing within the stall limit, AVERROR(EINVAL)
-     *  for a null frame, or the filter's own error; `frame` is lost then. */
+    /** Hand in the next frame of the stream. Frames that are ready go to the output meanwhile.
+     *  @return kSuccess. Otherwise `frame` is lost: AVERROR(ETIMEDOUT) if the filter moved no frame within
+     *  the stall limit, AVERROR(EINVAL) for a null frame, AVERROR(ENOMEM) if the stream changed and memory
+     *  ran out, or the filter's own error.
+     *  [player thread] not real-time safe: waits for room in the filter, runs the output */
     virtual int push(std::unique_ptr<IQFFrame> frame) = 0;
-    /** Wait until every frame pushed so far has come out or been given up. @return as `push`, or
-     *  AVERROR(ENOMEM). */
+    /** Wait until every frame pushed so far has come out or been given up.
+     *  @return kSuccess, AVERROR(ETIMEDOUT) or the filter's own error as from `push`, or AVERROR(ENOMEM).
+     *  [player thread] not real-time safe: waits, allocates, runs the output */
     virtual int drain() = 0;
-    /** Throw away what is under way and the filter's history. */
+    /** Throw away the frames inside the filter and its history.
+     *  [player thread] not real-time safe: waits for the worker, frees memory */
     virtual void seek() = 0;
 
+    /** @return the counts so far, valid as long as this object. [player thread] real-time safe */
     virtual const PlayerCounts& counts() const = 0;
+    /** @return the filter, which this object owns. [player thread] real-time safe */
     virtual IAudioFilter& filter() = 0;
 };
 

@@ -7,22 +7,28 @@
 
 namespace Vorlin {
 
-/** A filter library, loaded while this object lives. Hold it longer than any clone of the library's filters.
- */
+/** A filter library, loaded while this object lives. Hold it longer than any clone of the library's
+ *  filters. */
 class VORLIN_API Plugin {
   public:
-    /** Load `path` as dlopen understands it: a name without a slash is searched for on the system's path.
-     *  @return null with one line in `error` when that fails. */
+    /** Load a library.
+     *  @param path as for dlopen: the system's library path is searched for a name without a slash.
+     *  @return null, with one line in `error`, if that fails.
+     *  [any, concurrent] not real-time safe: takes a lock, reads the disk, allocates */
     static std::shared_ptr<Plugin> load(const std::string& path, std::string& error);
 
     Plugin(const Plugin&) = delete;
     Plugin& operator=(const Plugin&) = delete;
+    /** Unload the library, unless someone else holds it. [any] not real-time safe: takes a lock */
     ~Plugin();
 
-    /** Whether the library exports `name`. */
+    /** @return whether the library exports `name`. [any, concurrent] not real-time safe: takes the loader's
+     *  lock */
     bool exports(const char* name) const;
 
-    /** Where the library has what it exports as `name`, while this object lives; null if it has no such. */
+    /** @return the address of the function or variable that the library exports as `name`, valid while this
+     *  object lives; null if there is none.
+     *  [any, concurrent] not real-time safe: takes the loader's lock */
     void* symbol(const char* name) const;
 
   private:

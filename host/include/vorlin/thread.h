@@ -10,40 +10,51 @@
 
 namespace Vorlin {
 
-/** Reads the processor time of a qfThread; outlives the thread and then stands still. */
+/** Reads the processor time of a qfThread. It may outlive the thread, and then keeps its last value. */
 class VORLIN_API QfThreadClock {
   public:
+    /** [any] not real-time safe: frees memory */
     virtual ~QfThreadClock();
-    /** Processor time that the thread's body has used since the thread was made. Any thread may ask. */
+    /** @return the processor time that the thread has used since it was made.
+     *  [any, concurrent] not real-time safe: takes a lock, makes a system call */
     virtual std::chrono::nanoseconds cpuTime() const = 0;
 };
 
 /** A thread that runs its body over and over while it is started.
  *
- *  `start`, `pause`, `stop` and the destructor are called by one controlling thread. */
+ *  One controlling thread calls `start`, `pause`, `stop` and the destructor. The body may call `pause` and
+ *  `stop` and may destroy the object. */
 class VORLIN_API qfThread {
   public:
-    /** @param body runs again and again; its result is ignored and it must not throw.
-     *  @param name what the system's tools show (cut to 15 bytes). Nothing runs before `start`. */
+    /** Make a thread that does not run before `start`.
+     *  @param body runs again and again. Its result is ignored, and it must not throw.
+     *  @param name shown by the system's tools, cut to 15 bytes.
+     *  [any, concurrent] not real-time safe: allocates */
     qfThread(std::function<int()> body, const std::string& name);
     qfThread(const qfThread&) = delete;
     qfThread& operator=(const qfThread&) = delete;
-    ~qfThread();  // as `stop`
+    /** Stop the thread, as `stop` does. [any] not real-time safe: waits for the body */
+    ~qfThread();
 
-    /** Run, or go on after a pause. Throws std::system_error when the system gives no thread; try again
-     *  later. */
+    /** Run the body, for the first time or after a pause.
+     *  @throws std::system_error if the system gives no thread; a later call may succeed.
+     *  [any] not real-time safe: takes a lock, may start a thread */
     void start();
-    /** Returns only when the body is not running; it does not run again before `start`. Asked by the body
-     *  itself, it takes effect when the body returns. */
+    /** Wait until the body does not run. It does not run again before `start`. A call from the body itself
+     *  does not wait and takes effect when the body returns.
+     *  [any] not real-time safe: takes a lock, waits for the body */
     void pause();
-    /** End the thread and wait for it; `start` begins a new one. Asked by the body itself, it takes effect
-     *  when the body returns and does not wait. */
+    /** End the thread and wait for its end; `start` begins a new one. A call from the body itself does not
+     *  wait and takes effect when the body returns.
+     *  [any] not real-time safe: takes a lock, waits for the body */
     void stop();
 
+    /** @return the clock of this thread, never null. [any, concurrent] real-time safe */
     std::shared_ptr<const QfThreadClock> clock() const;
 
-    /** The clock of the qfThread that the calling thread made last, or null. A player brackets a filter's
-     *  `init` with it to learn which worker the filter made. */
+    /** @return the clock of the qfThread that the calling thread made last, or null. A player calls it before
+     *  and after a filter's `init`, to learn which worker the filter made.
+     *  [any, concurrent] not real-time safe: the first call on a thread may allocate */
     static std::shared_ptr<const QfThreadClock> clockOfNewest();
 
   private:
@@ -53,5 +64,5 @@ class VORLIN_API qfThread {
 
 }  // namespace Vorlin
 
-/** Sleep for `milliseconds`; at 0 and below return at once. */
+/** Sleep for `milliseconds`; at 0 and below return at once. [any, concurrent] not real-time safe: waits */
 extern "C" VORLIN_API void qf_msleep(int64_t milliseconds);
