@@ -1,8 +1,8 @@
-// Draws what the parts of a job cost: a bar for each job, as long as all its parts together.
+// Draws the cost of each job as a bar, divided into the shares of its parts.
 //
 //   cost_plot TITLE FILE.png < "job,total,part,percent" lines
 //
-// Jobs and parts appear in the order of the lines. `profile-filter` makes such lines.
+// Jobs and parts appear in the order of the lines. `profile-filter` prints such lines.
 #include <cairo.h>
 
 #include <algorithm>
@@ -20,7 +20,7 @@ struct Colour {
     double red, green, blue;
 };
 constexpr Colour kInk{0.13, 0.13, 0.15};
-// Apart for colour-blind eyes as well (Okabe & Ito 2008), and a grey.
+// Palette that colour-blind viewers can tell apart (Okabe & Ito 2008), and a grey.
 constexpr std::array<Colour, 8> kParts{
     Colour{0.34, 0.71, 0.91}, Colour{0.90, 0.62, 0.00}, Colour{0.00, 0.62, 0.45}, Colour{0.00, 0.45, 0.70},
     Colour{0.94, 0.89, 0.26}, Colour{0.84, 0.37, 0.00}, Colour{0.80, 0.47, 0.65}, Colour{0.70, 0.70, 0.72}};
@@ -38,7 +38,7 @@ constexpr double kNarrowestLabelled_percent = 4.0;
 struct Job {
     std::string name;
     std::string total;
-    std::vector<double> percent;  // by part
+    std::vector<double> percent;  // one per part, in the order of Costs::parts
 };
 
 struct Costs {
@@ -46,7 +46,7 @@ struct Costs {
     std::vector<Job> jobs;
 };
 
-// @return whether every line could be read and there is one.
+// @return true if there is at least one line, every line is valid and there is a colour for every part.
 bool readCosts(std::istream& lines, Costs& costs) {
     for (std::string line; std::getline(lines, line);) {
         std::istringstream fields(line);
@@ -80,7 +80,7 @@ void box(cairo_t* context, const Colour& colour, double x, double y, double widt
     cairo_fill(context);
 }
 
-// anchor: part of the text's width that lies left of x.
+// anchor: fraction of the text's width to the left of x (0: left-aligned, 1: right-aligned).
 void text(cairo_t* context, const std::string& words, double x, double y, double anchor) {
     cairo_text_extents_t extents;
     cairo_text_extents(context, words.c_str(), &extents);
@@ -137,7 +137,9 @@ int main(int argc, char** argv) {
     }
     Costs costs;
     if (!readCosts(std::cin, costs)) {
-        (void)std::fprintf(stderr, "cost_plot: no costs, too many parts, or a line that is no cost\n");
+        (void)std::fprintf(stderr,
+                           "cost_plot: cannot read costs from standard input: lines must be "
+                           "\"job,total,part,percent\", percent 0 to 100, at most 8 parts\n");
         return 1;
     }
     return draw(argv[1], costs, argv[2]) ? 0 : 1;

@@ -1,11 +1,11 @@
 // Cost of the dialogue enhancer, and of the four transforms and the limiter within it.
 //
-//   us/hop      processor time of one hop (a quarter of the transform's points)
-//   x_realtime  the same against a stream of the rate
-//   worst_us    the slowest hop by the clock on the wall
-//   heap_KiB    what a handle takes from the allocator, with its overhead, and maps
+//   us/hop      processor time of one hop (a quarter of the transform length)
+//   x_realtime  duration of a hop / us/hop
+//   worst_us    wall-clock time of the slowest hop
+//   heap_KiB    memory of a handle: allocated, including the allocator's overhead, and mapped
 //
-// Standard output holds the results alone.
+// Standard output carries only the results.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr int kHops = 128;  // then again from the start
+constexpr int kHops = 128;  // length of the signal; it repeats
 
 // Runs `hop(i)`, 0 <= i < kHops, and reports its cost.
 template <typename Hop>
@@ -45,7 +45,7 @@ void measure(benchmark::State& state, Hop hop) {
     state.counters["worst_us"] = worst_us;
 }
 
-// Noise that is partly in the centre, so that the presence is at work.
+// Partly correlated noise, so that the centre presence is above zero.
 test::Pcm stereo(int frames) {
     test::Pcm left = test::noise(1, frames, 8000);
     test::Pcm right = test::noise(2, frames, 8000);
@@ -79,7 +79,7 @@ BENCHMARK(Dialogue)
     ->Args({192000, 2048})
     ->MinTime(1);
 
-// What a hop cannot do without.
+// Lower bound of a hop's cost.
 void FourTransforms(benchmark::State& state) {
     const int points = static_cast<int>(state.range(0));
     const int bins = points / 2 + 1;

@@ -1,8 +1,9 @@
-// How much speech in the middle rises against what is at the sides, over the voice level.
+// Measures by how much dialogue enhancement raises speech in the centre over a background at the sides, for
+// each voice level.
 //
-//   rise      of speech over background in the band of speech, measured on the engine's output
-//   parts     the same, of what the model's gains make of speech and of background by themselves
-//   presence  mean over the blocks in which somebody speaks, of the model
+//   rise      rise of speech over background in the speech band, measured on the engine's output
+//   parts     the same, measured on speech and background apart, each multiplied by the model's gains
+//   presence  the model's presence, mean over the blocks with speech
 //
 // Usage: dialogue_study [--plot FILE.png]     The table goes to standard output.
 #include <algorithm>
@@ -28,7 +29,7 @@ constexpr int kRate_hz = 48000;
 constexpr int kHopFrames = 512;
 constexpr int kGreatestVoiceLevel = 10;
 constexpr std::ptrdiff_t kDelaySamples = std::ptrdiff_t{2} * 3 * kHopFrames;
-// 20 dB below the mean power, as in compareSpeech.
+// A block counts as speech down to 20 dB below the mean power, as in compareSpeech.
 constexpr double kActiveShare = 0.01;
 
 struct Case {
@@ -51,7 +52,7 @@ struct Release {
     void operator()(void* handle) const { aem_ReleaseDialoguEnhance(handle); }
 };
 
-// With the delay taken out. Empty if there is no memory for a handle.
+// Engine output with the latency removed. Empty if there is no memory for a handle.
 Pcm enhanced(const Pcm& mix, double voice_level) {
     const std::unique_ptr<void, Release> handle(aem_CreateDialoguEnhance(2, kRate_hz, 1, 1, voice_level));
     if (handle == nullptr) return {};
@@ -66,7 +67,7 @@ Pcm enhanced(const Pcm& mix, double voice_level) {
     return out;
 }
 
-// Power of the speech of each block.
+// Energy of the speech in each block.
 std::vector<double> blockPowers(const Pcm& speech) {
     std::vector<double> powers(speech.size() / (std::size_t{2} * kHopFrames));
     for (std::size_t i = 0; i < powers.size() * 2 * kHopFrames; ++i) {
@@ -105,7 +106,7 @@ using Curves = std::vector<std::vector<double>>;
 
 study::Figure figureOf(const Curves& rises, const Curves& presences) {
     study::Figure figure;
-    figure.title = "Speech in the middle against its background at the sides";
+    figure.title = "Speech in the centre over a background at the sides";
     figure.x = {"voice level", 0, kGreatestVoiceLevel, 1, 0};
     for (int voice_level = 0; voice_level <= kGreatestVoiceLevel; ++voice_level) {
         figure.x_values.push_back(voice_level);
@@ -114,7 +115,7 @@ study::Figure figureOf(const Curves& rises, const Curves& presences) {
     figure.panels.resize(2);
     figure.panels[0].y = {"rise of speech over background (dB)", 0, 3, 0.5, 1};
     figure.panels[0].curves = rises;
-    figure.panels[1].y = {"mean presence while somebody speaks", 0, 1, 0.2, 1};
+    figure.panels[1].y = {"mean presence during speech", 0, 1, 0.2, 1};
     figure.panels[1].curves = presences;
     return figure;
 }
@@ -143,7 +144,7 @@ int main(int argc, char** argv) {
         }
     }
     if (plots && !study::writePng(figureOf(rises, presences), argv[2])) {
-        (void)std::fprintf(stderr, "%s: cannot be written\n", argv[2]);
+        (void)std::fprintf(stderr, "dialogue_study: cannot write \"%s\"\n", argv[2]);
         return 1;
     }
     return 0;

@@ -1,5 +1,6 @@
-// The whole filter per frame of 1024: queues, conversion to 16-bit, effect, conversion back. An inactive
-// filter, so that the work is done in `push`. "bypassed" is the cost of the queues alone.
+// Cost of the whole filter per frame of 1024: queues, conversion to 16 bits, effect, conversion back. The
+// filter is inactive, so `push` does the work on the caller's thread. "bypassed" is the cost of the queues
+// alone.
 #include <benchmark/benchmark.h>
 
 #include "SonivexFilter.h"
@@ -9,7 +10,7 @@ namespace {
 
 constexpr int kFrames = 1024;
 constexpr int kRate_hz = 48000;
-constexpr int kVariety = 16;  // blocks of different noise
+constexpr int kVariety = 16;  // frames of different noise
 
 void filterFrame(benchmark::State& state, AVSampleFormat format, int channels, const std::string& effect) {
     const bool is_bypassed = effect == "bypassed";
@@ -26,12 +27,12 @@ void filterFrame(benchmark::State& state, AVSampleFormat format, int channels, c
     }
     std::size_t next = 0;
     for (auto _ : state) {
-        // A reference to the same samples, as a decoder hands out what it may still need itself.
+        // Pushes a new reference to the same samples, as a decoder does with frames that it may still need.
         std::unique_ptr<Vorlin::IQFFrame> frame =
             std::make_unique<Vorlin::AVQFFrame>(av_frame_clone(*material[next++ % material.size()]));
         filter.push(frame, 0);
         std::unique_ptr<Vorlin::IQFFrame> out;
-        if (filter.pull(out, 0) != 0) state.SkipWithError("no frame came out");
+        if (filter.pull(out, 0) != 0) state.SkipWithError("the filter returned no frame");
         benchmark::DoNotOptimize(out);
     }
     const double audio_s = static_cast<double>(state.iterations()) * kFrames / kRate_hz;

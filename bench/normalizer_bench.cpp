@@ -1,11 +1,11 @@
-// Cost of the normalizer per channel count, and of the output limiter alone.
+// Cost of the normalizer by channel count, and of the output limiter alone.
 //
-//   ns/frame    processor time of one instant of all channels
-//   x_realtime  the same against a stream of 48 kHz
-//   worst_us    the slowest single call by the clock on the wall, which has to meet the deadline of its
-// frames
+//   ns/frame     processor time per frame (one sample of every channel)
+//   x_realtime   duration of a frame at 48 kHz / ns/frame
+//   worst_us     wall-clock time of the slowest call
+//   deadline_us  duration of a call's frames, the most that a call may take
 //
-// Standard output holds the results alone.
+// Standard output carries only the results.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
@@ -25,7 +25,7 @@ constexpr double kRateHz = 48000;
 constexpr int kCallFrames = 1024;
 constexpr int kCalls = 64;
 
-// The mixer prints its version when it is made: to standard error here.
+// A new mixer prints its version to standard output; here the line goes to standard error.
 void* createNormalizer(int channels) {
     std::fflush(stdout);
     const int results = dup(STDOUT_FILENO);
@@ -37,11 +37,11 @@ void* createNormalizer(int channels) {
     return handle;
 }
 
-// Runs `call(i)` for one call's worth of a signal that repeats after kCalls, and reports per frame.
+// Runs `call(i)`, 0 <= i < kCalls, each on its part of a repeating signal, and reports the cost per frame.
 template <typename Call>
 void measure(benchmark::State& state, int frames_per_call, Call call) {
     using Clock = std::chrono::steady_clock;
-    for (int i = 0; i < kCalls; ++i) call(i);  // warm caches; past the start-up silence
+    for (int i = 0; i < kCalls; ++i) call(i);  // warms caches and gets past the initial silence
     const double cpu_s_before = threadCpuSeconds();
     double worst_us = 0;
     int i = 0;
@@ -60,7 +60,7 @@ void measure(benchmark::State& state, int frames_per_call, Call call) {
     state.counters["deadline_us"] = frames_per_call / kRateHz * 1e6;
 }
 
-// The cost of `in`, kCalls calls of interleaved samples.
+// Measures the normalizer on `in`: interleaved samples for kCalls calls.
 void measureNormalizer(benchmark::State& state, int channels, const test::Pcm& in) {
     const auto call_samples = static_cast<std::size_t>(channels * kCallFrames);
     test::Pcm out(call_samples);
@@ -74,14 +74,14 @@ void measureNormalizer(benchmark::State& state, int channels, const test::Pcm& i
     aem_ReleaseNormalizer(handle);
 }
 
-// Keeps the limiters busy: bursts at the gain of 0 dB that a loud passage leaves.
+// Keeps the limiters busy: loud bursts, after which the normalizer's gain stays at 0 dB.
 void Normalizer(benchmark::State& state) {
     const int channels = static_cast<int>(state.range(0));
     measureNormalizer(state, channels, test::bursts(1, channels * kCallFrames * kCalls));
 }
 BENCHMARK(Normalizer)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Arg(8);
 
-// What most programmes are: a peak of -1 dBFS, below the ceiling.
+// The usual programme: peaks at -1 dBFS, below the ceiling.
 void NormalizerBelowCeiling(benchmark::State& state) {
     constexpr int kPeak = 29204;
     const int channels = static_cast<int>(state.range(0));
@@ -89,7 +89,7 @@ void NormalizerBelowCeiling(benchmark::State& state) {
 }
 BENCHMARK(NormalizerBelowCeiling)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Arg(8);
 
-// Stereo blocks as surround sends them. Scale 1 stays mostly below the ceiling, 3 keeps the limiter engaged.
+// Stereo blocks as in surround. Scale 1 stays mostly below the ceiling, 3 keeps the limiter engaged.
 void OutputLimiter(benchmark::State& state) {
     constexpr int kFrames = 240;
     constexpr int kSamples = 2 * kFrames;

@@ -15,7 +15,7 @@ struct Colour {
 };
 constexpr Colour kInk{0.13, 0.13, 0.15};
 constexpr Colour kGrid{0.87, 0.87, 0.89};
-// Apart for colour-blind eyes as well (Okabe & Ito 2008).
+// Palette that colour-blind viewers can tell apart (Okabe & Ito 2008).
 constexpr std::array<Colour, 4> kCurves{Colour{0.00, 0.45, 0.70}, Colour{0.34, 0.71, 0.91},
                                         Colour{0.84, 0.37, 0.00}, Colour{0.90, 0.62, 0.00}};
 
@@ -42,7 +42,7 @@ void setColour(cairo_t* context, const Colour& colour) {
     cairo_set_source_rgb(context, colour.red, colour.green, colour.blue);
 }
 
-/** @param anchor part of the text's width that lies left of x. */
+// anchor: fraction of the text's width to the left of x (0: left-aligned, 1: right-aligned).
 void text(cairo_t* context, const std::string& words, double x, double y, double anchor) {
     cairo_text_extents_t extents;
     cairo_text_extents(context, words.c_str(), &extents);
@@ -51,7 +51,7 @@ void text(cairo_t* context, const std::string& words, double x, double y, double
     cairo_show_text(context, words.c_str());
 }
 
-/** Calls visit(value, label) for each tick. */
+// Calls visit(value, label) for each tick.
 template <typename Visit>
 void eachTick(const Axis& axis, const Visit& visit) {
     const auto count = std::lround((axis.high - axis.low) / axis.step);
@@ -88,7 +88,7 @@ void drawPanel(cairo_t* context, const Figure& figure, const Panel& panel, doubl
     for (std::size_t curve = 0; curve < panel.curves.size(); ++curve) {
         setColour(context, kCurves.at(curve % kCurves.size()));
         cairo_set_line_width(context, 2.0);
-        cairo_new_path(context);  // text leaves a point behind
+        cairo_new_path(context);  // drops the current point that the text has left
         for (std::size_t i = 0; i < figure.x_values.size(); ++i) {
             cairo_line_to(context, across(figure.x_values[i]), down(panel.curves[curve][i]));
         }

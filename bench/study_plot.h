@@ -1,4 +1,4 @@
-// A figure of curves over one common x axis, panel under panel, as a PNG.
+// Draws curves over a common x axis, one panel below the other, and writes them as a PNG file.
 #pragma once
 
 #include <string>
@@ -10,24 +10,24 @@ struct Axis {
     std::string label;
     double low = 0;
     double high = 0;
-    double step = 0;  // between ticks
-    int decimals = 0;
+    double step = 0;   // distance of ticks
+    int decimals = 0;  // of the tick labels
 };
 
 struct Panel {
     Axis y;
-    std::vector<std::vector<double>> curves;  // one for each name, a value for each x
+    std::vector<std::vector<double>> curves;  // [name][x value]
 };
 
 struct Figure {
     std::string title;
     Axis x;
     std::vector<double> x_values;
-    std::vector<std::string> names;  // of the curves; up to four have a colour of their own
+    std::vector<std::string> names;  // of the curves; colours repeat after four
     std::vector<Panel> panels;
 };
 
-/** @return whether the file could be written. */
+/** Writes a figure. @return false if the file cannot be written. */
 bool writePng(const Figure& figure, const std::string& path);
 
 }  // namespace study

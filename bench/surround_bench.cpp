@@ -1,14 +1,14 @@
-// Cost of surround per layout and type, and of what it is made of.
+// Cost of surround by layout and type, and of its kernels.
 //
-//   cpu_ms/s   processor time per second of audio at 48 kHz
-//   p50_us, p99_us, worst_us   one call by the clock on the wall; the deadline of 240 frames is 5000 us
-//   heap_KiB   what a handle takes from the allocator, with its overhead, and maps
+//   cpu_ms/s                   processor time per second of audio at 48 kHz
+//   p50_us, p99_us, worst_us   wall-clock time of one call; the deadline for 240 frames is 5000 us
+//   heap_KiB                   memory of a handle: allocated, including the allocator's overhead, and mapped
 //
-// The kernels are run once for each set of vector instructions that this machine has.
+// The kernels run once for each set of vector instructions of this machine.
 //
-// Standard output holds the results alone.
+// Standard output carries only the results.
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h comes first, so that Highway sees the library's targets.
 #include <benchmark/benchmark.h>
 #include <hwy/targets.h>
 
@@ -32,7 +32,7 @@ namespace {
 
 constexpr double kRateHz = 48000;
 constexpr int kCallFrames = 240;
-constexpr int kCalls = 200;  // of 240 frames a second; then again from the start
+constexpr int kCalls = 200;  // length of the signal, one second in calls of 240 frames; it repeats
 
 double percentile(std::vector<double>& values, double fraction) {
     const auto place = static_cast<std::ptrdiff_t>(fraction * static_cast<double>(values.size() - 1));
@@ -40,7 +40,7 @@ double percentile(std::vector<double>& values, double fraction) {
     return values[static_cast<std::size_t>(place)];
 }
 
-// Calls with noise, limiter on.
+// Processes noise with the limiter on.
 void Surround(benchmark::State& state) {
     const int channels = static_cast<int>(state.range(0));
     const int frames = static_cast<int>(state.range(2));
@@ -87,7 +87,7 @@ BENCHMARK(Surround)
     ->ArgsProduct({{2, 6, 8}, {1, 13}, {kCallFrames, 1024}})
     ->MinTime(1);
 
-// Creation, and release with the clock stopped.
+// Times creation; the clock stops during release.
 void SurroundSetUp(benchmark::State& state) {
     for (auto _ : state) {
         void* const handle = aem_CreateSurround(static_cast<int>(state.range(0)), static_cast<int>(kRateHz),
@@ -138,7 +138,8 @@ void InverseTransform(benchmark::State& state) {
 }
 BENCHMARK(InverseTransform)->ArgName("points")->Arg(512)->Arg(32768);
 
-// One product of spectra of 257 bins, out of so many that they are spread as in a handle.
+// One product of spectra of 257 bins per iteration, cycling through `pairs` of them, which lie scattered in
+// memory as in a handle.
 void SpectrumArithmetic(benchmark::State& state) {
     constexpr std::size_t kBins = 257;
     const auto count = static_cast<std::size_t>(state.range(0));
@@ -160,7 +161,7 @@ void SpectrumArithmetic(benchmark::State& state) {
 }
 BENCHMARK(SpectrumArithmetic)->ArgName("pairs")->Arg(1)->Arg(34)->Arg(544);
 
-// Runs with one set of vector instructions while it lives.
+// Restricts the kernels to one set of vector instructions for its lifetime.
 class AtTarget {
   public:
     AtTarget(benchmark::State& state, std::int64_t target) {
@@ -178,7 +179,8 @@ class AtTarget {
     }
 };
 
-// What a bank of two channels and both ears does of 512 points for two blocks: 4 lanes forward, 8 back.
+// Transforms of 512 points that a bank of two channels and both ears needs for two blocks: 4 lanes forward,
+// 8 back.
 void LaneTransform(benchmark::State& state, std::int64_t target, bool is_forward) {
     const AtTarget at_target(state, target);
     constexpr std::size_t kBlock = 256;
@@ -201,8 +203,8 @@ void LaneTransform(benchmark::State& state, std::int64_t target, bool is_forward
     }
 }
 
-// The sums of all banks of a layout, stereo's 49 partitions or 7.1's 34, in calls of 240 frames: of one call,
-// which begins one block, or of two together, which begin two. Two calls stand behind the time of the second.
+// Sums of all banks of a layout, with stereo's 49 or 7.1's 34 partitions, in calls of 240 frames: for one
+// call, which begins one block, or for two calls together, which begin two. That time covers both calls.
 void BankArithmetic(benchmark::State& state, std::int64_t target, std::size_t banks, std::size_t partitions,
                     std::size_t calls) {
     const AtTarget at_target(state, target);
@@ -237,7 +239,7 @@ void BankArithmetic(benchmark::State& state, std::int64_t target, std::size_t ba
     }
 }
 
-// Calls of 240 frames of noise, type 1.
+// Processes noise in calls of 240 frames, type 1.
 void SurroundAtTarget(benchmark::State& state, std::int64_t target, int channels) {
     const AtTarget at_target(state, target);
     const test::Pcm in = test::noise(1, channels * kCallFrames * kCalls, 8000);

@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-/** Processor time of this thread so far. */
+/** Processor time of the calling thread so far. */
 inline double threadCpuSeconds() {
     timespec now{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);

@@ -29,7 +29,7 @@ Frame allocatedFrame() {
     return frame;
 }
 
-// The sample of a frame and channel in the frame's own format.
+// Writes one sample (full scale 1) in the frame's own format.
 void store(AVFrame& frame, int index, int channel, float sample) {
     const auto format = static_cast<AVSampleFormat>(frame.format);
     const bool is_planar = av_sample_fmt_is_planar(format) != 0;
@@ -47,7 +47,7 @@ void store(AVFrame& frame, int index, int channel, float sample) {
             reinterpret_cast<double*>(plane)[place] = static_cast<double>(sample);
             break;
         default:
-            throw std::invalid_argument("no such sample format here");
+            throw std::invalid_argument("the sample format must be 16-bit integer, float or double");
     }
 }
 
@@ -79,7 +79,7 @@ AudioGraph::AudioGraph(const std::vector<Source>& sources, const std::string& de
     check(avfilter_graph_create_filter(&sink_, avfilter_get_by_name("abuffersink"), "sink", nullptr, nullptr,
                                        graph_.get()),
           "abuffersink");
-    AVFilterInOut* outputs = nullptr;  // of what is there already: the sources
+    AVFilterInOut* outputs = nullptr;  // outputs of the filters that exist already: the sources
     for (auto source = sources.rbegin(); source != sources.rend(); ++source) {
         const std::string arguments = std::string("time_base=1/48000:sample_rate=48000:sample_fmt=") +
                                       av_get_sample_fmt_name(source->format.sample_format) +
@@ -104,7 +104,7 @@ AudioGraph::AudioGraph(const std::vector<Source>& sources, const std::string& de
     check(result, description);
     check(avfilter_graph_config(graph_.get(), nullptr), description);
     if (graph_->nb_filters != sources.size() + 1 + filters) {
-        throw std::runtime_error("libavfilter put a conversion into " + description);
+        throw std::runtime_error("libavfilter inserted a conversion into " + description);
     }
 }
 

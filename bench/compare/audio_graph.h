@@ -1,4 +1,4 @@
-// A graph of libavfilter on the caller's thread: sources for float or double PCM, one sink.
+// A libavfilter graph that runs on the caller's thread, with any number of PCM sources and one sink.
 #pragma once
 
 extern "C" {
@@ -18,32 +18,36 @@ using Frame = Vorlin::OwnedAVFrame;
 
 struct Format {
     AVSampleFormat sample_format;
-    std::string layout;  // as libavutil writes layouts, "12C" for twelve channels without places
+    std::string layout;  // in libavutil's notation; "12C" is twelve channels without speaker positions
 };
 
-/** A frame of these interleaved samples; the format is float or double, planar or not, or s16.
- *  @param samples [frames][channels], full scale 1. */
+/** Makes a frame at kRate_hz from interleaved samples.
+ *  @param format  16-bit integer, float or double; packed or planar
+ *  @param samples [frames][channels], full scale 1
+ *  Throws std::runtime_error if libavutil fails, std::invalid_argument for another sample format. */
 Frame makeFrame(const Format& format, const float* samples, std::size_t frames);
 
 class AudioGraph {
   public:
     struct Source {
-        std::string pad;  // as the description names it
+        std::string pad;  // its name in the description
         Format format;
     };
 
-    /** @param description filters between the sources' pads and a pad "out".
-     *  @param filters     how many it names; a conversion that libavfilter adds would change what is measured
-     *                     and is refused. Throws std::runtime_error. */
+    /** @param description filters between the sources' pads and a pad "out"
+     *  @param filters     number of filters in the description. A conversion that libavfilter inserts by
+     *                     itself would distort the measurement, so the constructor rejects any other number.
+     *  Throws std::runtime_error. */
     AudioGraph(const std::vector<Source>& sources, const std::string& description, unsigned filters);
     AudioGraph(const AudioGraph&) = delete;
     AudioGraph& operator=(const AudioGraph&) = delete;
 
-    /** Hand in a reference to a frame's samples. */
+    /** Sends a new reference to the frame's samples into a source. Throws std::runtime_error. */
     void push(std::size_t source, const AVFrame* frame);
-    /** No more comes from this source. */
+    /** Marks the end of a source's stream. Throws std::runtime_error. */
     void close(std::size_t source);
-    /** The next frame of the output; null when there is none yet. It lives until the next pull. */
+    /** @return the next output frame, valid until the next pull; null if none is ready. Throws
+     *  std::runtime_error. */
     const AVFrame* pull();
 
   private:

@@ -17,7 +17,7 @@ extern "C" {
 namespace compare {
 namespace {
 
-constexpr int kPoints = 2048;  // of a transform at 48 kHz
+constexpr int kPoints = 2048;  // transform length at 48 kHz
 constexpr std::size_t kHop_frames = kPoints / 4;
 constexpr std::size_t kChannels = 2;
 
@@ -25,7 +25,7 @@ struct Release {
     void operator()(void* handle) const { aem_ReleaseDialoguEnhance(handle); }
 };
 
-// A real transform of libavutil with arrays of its own.
+// A libavutil real transform that owns its input and output.
 class Transform {
   public:
     explicit Transform(bool is_inverse) : in_(makeArray()), out_(makeArray()) {
@@ -89,8 +89,8 @@ void compareDialogue(Report& report, const Effort& effort) {
     const std::vector<Timing> timings = takeTurns(
         {{"Sonivex dialogue", enhance, audio_s}, {"its four transforms", transform, audio_s}}, effort.turns);
 
-    report.section("Dialogue enhancement: processor time for a hop of 512 frames");
-    constexpr double kUsPerHop = 1e3 * kHop_frames / kRate_hz;  // of a ms in a second of audio
+    report.section("Dialogue enhancement: processor time per hop of 512 frames");
+    constexpr double kUsPerHop = 1e3 * kHop_frames / kRate_hz;  // from ms per second of audio
     for (const Timing& timing : timings) {
         report.row(timing.name, "stereo", median(timing.cpu_ms_per_s) * kUsPerHop, "us");
     }
@@ -105,7 +105,7 @@ void compareDialogue(Report& report, const Effort& effort) {
 namespace compare {
 
 void compareDialogue(Report& report, const Effort&) {
-    report.note("no dialogue enhancement in this library: not measured");
+    report.note("dialogue enhancement: not measured, this library has none");
 }
 
 }  // namespace compare

@@ -4,12 +4,12 @@
 
 namespace compare {
 
-/** How long to measure. */
+/** Length of the measurements. */
 struct Effort {
     int turns;
-    std::size_t material_steps;  // of kMaterialStep_frames
-    int calls_timed;             // single calls for the percentiles
-    int handles_timed;           // creations
+    std::size_t material_steps;  // length of the material, in units of kMaterialStep_frames
+    int calls_timed;             // single calls timed for the percentiles
+    int handles_timed;           // handle creations timed
 };
 
 }  // namespace compare

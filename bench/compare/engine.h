@@ -1,7 +1,7 @@
-// What the comparison asks of everything that convolves some channels to two ears.
+// Interface of every convolution engine in the comparison: some channels in, two ears out.
 //
-// An engine is made for one material and brings its input into the form that it takes by itself, before any
-// clock runs.
+// An engine is made for one material. Its constructor converts that material to the engine's input format, so
+// that the conversion is not timed.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +11,7 @@
 
 namespace compare {
 
-/** What two ears hear, full scale 1, interleaved. */
+/** Signal at the two ears: interleaved stereo, full scale 1. */
 using Ears = std::vector<float>;
 
 class Engine {
@@ -21,22 +21,23 @@ class Engine {
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
+    /** Name in the report. */
     const std::string& name() const { return name_; }
 
-    /** Frames that one call takes; a divisor of the length of every material. */
+    /** Frames per call; divides the length of every material. */
     virtual std::size_t callFrames() const = 0;
 
-    /** Process callFrames() frames of the material from this one on. Calls go through the material in order
-     *  and start again at its beginning. */
+    /** Processes the next callFrames() frames of the material, starting at `first_frame`. Callers go through
+     *  the material in order and then start again at its beginning. */
     virtual void process(std::size_t first_frame) = 0;
 
-    /** Append what the last call put out. */
+    /** Appends the output of the last call. */
     virtual void appendOutput(Ears& ears) = 0;
 
-    /** How late its output is in a stream of its own calls: frames of silence before the first sound. */
+    /** Latency in a stream of this engine's own calls: frames of silence before the first sound. */
     virtual std::size_t delay_frames() const { return 0; }
 
-    /** Whether it limits peaks and puts out 16-bit PCM, as the library does. */
+    /** True if the engine limits peaks and outputs 16-bit PCM, as the library does. */
     virtual bool isLimitedPcm() const { return false; }
 
   private:

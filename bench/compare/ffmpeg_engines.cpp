@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kShortFrame_frames = 256;
 constexpr std::size_t kLongFrame_frames = 1024;
 
-// Without a low-frequency channel, which headphone would not convolve.
+// Layouts without a low-frequency channel, because the headphone filter does not convolve that one.
 std::string mainLayout(std::size_t channels) {
     return channels == 2 ? "stereo" : channels == 6 ? "hexagonal" : "octagonal";
 }
@@ -41,7 +41,7 @@ class GraphEngine : public Engine {
           graph_({{"in", {sample_format, mainLayout(layout.channels())}},
                   {"responses", {sample_format, countLayout(2 * layout.channels())}}},
                  description, filters) {
-        if (layout.stages.size() != 1) throw std::invalid_argument("a layout of one stage");
+        if (layout.stages.size() != 1) throw std::invalid_argument("the layout must have exactly one stage");
         const Format main{sample_format, mainLayout(layout.channels())};
         const std::vector<float> samples = material.interleaved();
         for (std::size_t frame = 0; frame < material.frames(); frame += call_frames) {
@@ -61,7 +61,7 @@ class GraphEngine : public Engine {
         graph_.push(0, frames_[first_frame / call_frames_].get());
         out_ = graph_.pull();
         if (out_ == nullptr || out_->nb_samples != static_cast<int>(call_frames_)) {
-            throw std::runtime_error(name() + " did not put out what it took in");
+            throw std::runtime_error(name() + " did not return a frame of the length it was given");
         }
     }
 
@@ -80,7 +80,7 @@ class GraphEngine : public Engine {
     std::size_t call_frames_;
     AudioGraph graph_;
     std::vector<Frame> frames_;
-    const AVFrame* out_ = nullptr;  // the graph's
+    const AVFrame* out_ = nullptr;  // owned by the graph
 };
 
 // "pan=4C|c0=c0|c1=c0|c2=c1|c3=c1"
@@ -106,7 +106,7 @@ std::string sumOfEachEar(std::size_t channels) {
 
 std::unique_ptr<Engine> makeAfir(const std::string& name, std::size_t call_frames, const Layout& layout,
                                  const Material& material) {
-    // The filter puts out twice the convolution: its responses are halved.
+    // The filter outputs twice the convolution, so its responses are halved.
     const std::string graph =
         "[in]" + eachChannelTwice(layout.channels()) +
         "[paths];[paths][responses]afir=gtype=none:irgain=0.5:irfmt=input:minp=256:maxp=256[heard];[heard]" +
@@ -128,7 +128,7 @@ std::unique_ptr<Engine> makeHeadphoneEngine(const Layout& layout, const Material
     const std::string places = layout.channels() == 2   ? "FL|FR"
                                : layout.channels() == 6 ? "FL|FR|FC|BL|BR|BC"
                                                         : "FL|FR|FC|BL|BR|BC|SL|SR";
-    // The filter turns its responses down by 3 dB a channel.
+    // The filter attenuates its responses by 3 dB per channel; the gain makes up for it.
     const std::string graph =
         "[in][responses]headphone=map=" + places +
         ":type=freq:hrir=multich:size=1024:gain=" + std::to_string(3 * layout.channels()) + "[out]";

@@ -1,10 +1,10 @@
-// FFmpeg's two convolution filters, each as a user would put it into a graph. Layouts of one stage.
+// FFmpeg's two convolution filters, each in the graph that a user would build. Layouts must have one stage.
 //
-//   afir       pan (each channel twice) -> afir, a response for every ear of every channel -> pan (sums)
+//   afir       pan (each channel twice) -> afir, one response per channel and ear -> pan (sums per ear)
 //   headphone  alone, in the frequency domain
 //
-// afir works in partitions of 256 frames, headphone in blocks of 1024. Both are handed frames of 1024, as a
-// player's decoder does; afir takes shorter ones as well, which makes it less late and dearer.
+// afir works in partitions of 256 frames, headphone in blocks of 1024. Both get frames of 1024, as a player's
+// decoder delivers them. A second afir engine gets frames of 256: less latency at a higher cost.
 #pragma once
 
 #include "engine.h"
@@ -12,8 +12,11 @@
 
 namespace compare {
 
+/** afir with frames of 1024. Throws std::runtime_error if libavfilter rejects the graph. */
 std::unique_ptr<Engine> makeAfirEngine(const Layout& layout, const Material& material);
+/** afir with frames of 256. Throws std::runtime_error if libavfilter rejects the graph. */
 std::unique_ptr<Engine> makeShortFramesAfirEngine(const Layout& layout, const Material& material);
+/** headphone with frames of 1024. Throws std::runtime_error if libavfilter rejects the graph. */
 std::unique_ptr<Engine> makeHeadphoneEngine(const Layout& layout, const Material& material);
 
 }  // namespace compare

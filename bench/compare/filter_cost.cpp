@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kFrame_frames = 1024;
 constexpr std::size_t kChannels = 2;
 
-// Surround by itself, as the filter calls it.
+// Surround alone, called the way the filter calls it.
 class Effect {
   public:
     explicit Effect(const Material& material)
@@ -43,7 +43,7 @@ class Effect {
     void* handle_;
 };
 
-// An inactive filter, so that the work is done in `push`.
+// An inactive filter: `push` does the work on the caller's thread.
 class Filter {
   public:
     Filter(const Material& material, AVSampleFormat format) : filter_({}, {}, false) {
@@ -58,13 +58,13 @@ class Filter {
         }
     }
 
-    // A reference to the same samples, as a decoder hands out what it may still need itself.
+    // Pushes a new reference to the same samples, as a decoder does with frames that it may still need.
     std::unique_ptr<Vorlin::IQFFrame> process(std::size_t index) {
         std::unique_ptr<Vorlin::IQFFrame> in =
             std::make_unique<Vorlin::AVQFFrame>(av_frame_clone(frames_[index].get()));
         filter_.push(in, 0);
         std::unique_ptr<Vorlin::IQFFrame> out;
-        if (filter_.pull(out, 0) != 0) throw std::runtime_error("no frame came out of the filter");
+        if (filter_.pull(out, 0) != 0) throw std::runtime_error("the filter returned no frame");
         return out;
     }
     void pass() {
@@ -76,7 +76,7 @@ class Filter {
     std::vector<Frame> frames_;
 };
 
-// In 16 bit the filter puts out what the effect does.
+// With 16-bit frames the filter's output must equal the effect's.
 void check(const Material& material) {
     Effect effect(material);
     Filter filter(material, AV_SAMPLE_FMT_S16);
@@ -86,7 +86,7 @@ void check(const Material& material) {
         const AVFrame* const frame = static_cast<Vorlin::AVQFFrame&>(*out);
         if (frame->nb_samples != static_cast<int>(kFrame_frames) ||
             std::memcmp(frame->extended_data[0], expected.data(), expected.size() * sizeof(short)) != 0) {
-            throw std::runtime_error("the filter does not put out what its effect does");
+            throw std::runtime_error("the filter's output differs from its effect's");
         }
     }
 }
@@ -106,8 +106,8 @@ void measureFilter(Report& report, const Effort& effort) {
                                                    {"filter, fltp", [&] { fltp.pass(); }, audio_s}},
                                                   effort.turns);
 
-    report.section("The filter, surround of stereo: processor time for a frame of 1024");
-    constexpr double kUsPerFrame = 1e3 * kFrame_frames / kRate_hz;  // of a ms in a second of audio
+    report.section("Filter with surround, stereo: processor time per frame of 1024");
+    constexpr double kUsPerFrame = 1e3 * kFrame_frames / kRate_hz;  // from ms per second of audio
     for (const Timing& timing : timings) {
         report.row(timing.name, "stereo", median(timing.cpu_ms_per_s) * kUsPerFrame, "us");
     }

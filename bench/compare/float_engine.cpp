@@ -22,7 +22,7 @@ struct FreeByFftw {
 template <typename Element>
 using FftwArray = std::unique_ptr<Element[], FreeByFftw>;
 
-// Aligned as FFTW likes it.
+// fftwf_malloc aligns the array for FFTW's vector code.
 template <typename Element>
 FftwArray<Element> makeArray(std::size_t count) {
     auto* const memory = static_cast<Element*>(fftwf_malloc(count * sizeof(Element)));
@@ -32,7 +32,7 @@ FftwArray<Element> makeArray(std::size_t count) {
 
 using Tiles = std::vector<Tile>;  // zeroed
 
-// Real transforms of `count` signals beside each other: [signal][480] to [signal][241].
+// Batch of `count` real transforms: time [signal][480], spectra [signal][241].
 class Transforms {
   public:
     explicit Transforms(std::size_t count)
@@ -43,7 +43,7 @@ class Transforms {
                                            spectra_.get(), nullptr, 1, kBins, FFTW_PATIENT);
         inverse_ = fftwf_plan_many_dft_c2r(1, &points, signals, spectra_.get(), nullptr, 1, kBins,
                                            time_.get(), nullptr, 1, kPoints, FFTW_PATIENT);
-        std::fill_n(time_.get(), count * kPoints, 0.0F);  // planning wrote to it
+        std::fill_n(time_.get(), count * kPoints, 0.0F);  // planning overwrites its arrays
     }
     Transforms(const Transforms&) = delete;
     Transforms& operator=(const Transforms&) = delete;
@@ -64,7 +64,7 @@ class Transforms {
     fftwf_plan inverse_;
 };
 
-// From FFTW's order into tiles that are `stride` apart.
+// Copies a spectrum from FFTW's order into tiles that are `stride` apart.
 void toTiles(const fftwf_complex* spectrum, Tile* tiles, std::size_t stride) {
     for (std::size_t tile = 0; tile < kTiles; ++tile, tiles += stride) {
         const std::size_t first = tile * kTileBins;
@@ -100,7 +100,7 @@ class FloatConvolver {
         for (const Path& path : stage.paths) load(path);
     }
 
-    // Where a channel's next 240 samples go.
+    // Slot for the next 240 samples of a channel.
     float* in(std::size_t channel) { return in_.time(channel) + kBlock_frames; }
     const float* out(std::size_t ear) { return out_.time(ear) + kBlock_frames; }
 
@@ -129,7 +129,7 @@ class FloatConvolver {
             const std::size_t taps = std::min(kBlock_frames, path.response.size() - first);
             std::fill_n(transforms.time(0), kPoints, 0.0F);
             for (std::size_t i = 0; i < taps; ++i) {
-                // FFTW leaves the factor of the inverse to its caller.
+                // FFTW's inverse is not normalized; the responses carry the factor.
                 transforms.time(0)[i] = path.response[first + i] / static_cast<float>(kPoints);
             }
             transforms.forward();
@@ -140,8 +140,8 @@ class FloatConvolver {
 
     std::size_t channels_;
     std::size_t partitions_;
-    Transforms in_;   // in time: the block before and this one
-    Transforms out_;  // in time: 240 samples that are wrapped around, and the output
+    Transforms in_;   // time domain: the previous block and the current one
+    Transforms out_;  // time domain: 240 aliased samples, then the 240 of the output
     Tiles x_;
     Tiles h_;
     Tiles y_;
@@ -151,8 +151,8 @@ class FloatConvolver {
 class FloatEngine : public Engine {
   public:
     FloatEngine(const Layout& layout, const Material& material)
-        : Engine("float yard-stick"), planes_(material.planes()), convolver_(layout.stages.front()) {
-        if (layout.stages.size() != 1) throw std::invalid_argument("a layout of one stage");
+        : Engine("float yardstick"), planes_(material.planes()), convolver_(layout.stages.front()) {
+        if (layout.stages.size() != 1) throw std::invalid_argument("the layout must have exactly one stage");
     }
 
     std::size_t callFrames() const override { return kBlock_frames; }

@@ -1,5 +1,5 @@
 #include "vector_targets.h"
-// vector_targets.h comes first: the targets named here have to be the library's.
+// vector_targets.h comes first, so that HWY_TARGETS below means the library's targets.
 #include "machine.h"
 
 #include <fcntl.h>
@@ -39,7 +39,7 @@ int doublesOf(std::int64_t target) {
     return 2;
 }
 
-// Highway numbers targets from the best.
+// Restricts Highway's dispatch to these targets; 0 lifts the restriction.
 void allow(std::int64_t targets) {
     hwy::SetSupportedTargetsForTest(targets);
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());
@@ -57,7 +57,7 @@ std::string loadAverage() {
 std::vector<VectorWidth> vectorWidths() {
     std::vector<VectorWidth> widths;
     for (std::int64_t left = hwy::SupportedTargets() & HWY_TARGETS; left != 0; left &= left - 1) {
-        const std::int64_t target = left & -left;  // the best of them
+        const std::int64_t target = left & -left;  // the best of them: Highway gives it the lowest bit
         const int doubles = doublesOf(target);
         if (!widths.empty() && widths.back().doubles == doubles) continue;
         widths.push_back({hwy::TargetName(target), doubles, target});
@@ -67,7 +67,7 @@ std::vector<VectorWidth> vectorWidths() {
 }
 
 HeldToWidth::HeldToWidth(const VectorWidth& width) {
-    allow(hwy::SupportedTargets() & ~(width.target - 1));
+    allow(hwy::SupportedTargets() & ~(width.target - 1));  // better targets have lower bits
 }
 
 HeldToWidth::~HeldToWidth() {
@@ -107,7 +107,7 @@ int threadsOfThisProcess() {
 
 std::optional<std::size_t> residentBytes() {
     malloc_trim(0);
-    std::ifstream file("/proc/self/smaps_rollup");  // exact, where statm lags behind
+    std::ifstream file("/proc/self/smaps_rollup");  // exact; statm lags behind
     for (std::string key; file >> key;) {
         std::size_t resident_kib = 0;
         if (key == "Rss:" && file >> resident_kib) return 1024 * resident_kib;

@@ -1,4 +1,4 @@
-// Where the figures come from: processor, vectors in use, versions of what is compared.
+// The machine that the figures come from: processor, vectors in use, versions of the compared libraries.
 #pragma once
 
 #include <cstddef>
@@ -11,17 +11,17 @@
 
 namespace compare {
 
-/** A set of vector instructions that the library can be held to. */
+/** A set of vector instructions that the library can be restricted to. */
 struct VectorWidth {
-    std::string name;     // as Highway calls it
-    int doubles;          // in one vector
+    std::string name;     // Highway's name
+    int doubles;          // per vector
     std::int64_t target;  // Highway's bit
 };
 
-/** Those of this processor that differ in width, narrowest first; the last one is what the library uses. */
+/** The best instruction set of each width on this processor, narrowest first; the library uses the last. */
 std::vector<VectorWidth> vectorWidths();
 
-/** Holds the library to a width as long as it lives. */
+/** Restricts the library to a vector width for the lifetime of this object. */
 class HeldToWidth {
   public:
     explicit HeldToWidth(const VectorWidth& width);
@@ -30,7 +30,7 @@ class HeldToWidth {
     HeldToWidth& operator=(const HeldToWidth&) = delete;
 };
 
-/** Silences standard output, where some handles greet, as long as it lives. */
+/** Silences standard output for the lifetime of this object; some handles print there when created. */
 class QuietStandardOutput {
   public:
     QuietStandardOutput();
@@ -42,13 +42,14 @@ class QuietStandardOutput {
     int results_;
 };
 
+/** Adds notes on the processor, its load, the vectors in use, the compiler and the compared libraries. */
 void describeMachine(const Report& report);
 
-/** Threads of this process now. */
+/** Current number of threads of this process. */
 int threadsOfThisProcess();
 
-/** Memory of this process that has pages now, in bytes; the allocator has given back what it can. None where
- * the system does not tell. */
+/** Resident memory of this process in bytes, after the allocator has returned what it can. Empty if the
+ *  system does not report it. */
 std::optional<std::size_t> residentBytes();
 
 }  // namespace compare

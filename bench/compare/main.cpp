@@ -1,16 +1,16 @@
-// Compares the library with other ways to do the same work, in one process and in turns.
+// Compares the library with other implementations of the same work, in one process and in turns.
 //
 //   peer_comparison [--quick] [--csv]
 //
-//   --quick  under a minute; the ratios scatter more
-//   --csv    the same rows for a program to read; lines with # are for people
+//   --quick  takes under a minute; the ratios scatter more
+//   --csv    prints the same rows in a machine-readable form; lines that begin with # are notes
 //
-// Every output is checked before it is timed: the library's being wrong ends the program with exit code 1, a
-// peer that is wrong is left out.
-// Surround takes part twice: in calls of 240 frames, its own blocks, and of 1024, the frames of many
+// Outputs are checked before they are timed, except those of dialogue enhancement. If the library or FFmpeg's
+// limiter is wrong, the program ends with exit code 1. A convolution peer that is wrong is left out.
+// Surround is measured twice: in calls of 240 frames, its own block length, and of 1024, a frame of many
 // decoders.
-// Peers get their input in their own format before the clock runs and give floats; the library takes and
-// gives 16-bit PCM, limits, and has its conversions timed.
+// A convolution peer gets its input in its own format before the clock starts and returns floats. The library
+// takes and returns 16-bit PCM and limits it; the conversions count toward its time.
 #include <cstdio>
 #include <cstring>
 #include <exception>

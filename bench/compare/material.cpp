@@ -30,7 +30,7 @@ const Table* const kSurround71[] = {SONIVEX_TABLES_SURROUND_7_1(ADDRESS, mode1)}
 
 constexpr std::size_t kLowFrequencyChannel = 3;
 
-// Two responses of the same path are one.
+// Adds up the responses that share a path.
 void add(Stage& stage, std::size_t channel, std::size_t ear, const Table& table, double divisor) {
     std::vector<float> response;
     for (const std::int16_t sample : table) response.push_back(static_cast<float>(sample / divisor));
@@ -43,7 +43,7 @@ void add(Stage& stage, std::size_t channel, std::size_t ear, const Table& table,
     stage.paths.push_back({channel, ear, response});
 }
 
-// Source by source, left ear before right.
+// Tables come source by source, left ear before right.
 Stage toBothEars(std::size_t channels, Tables tables, double divisor, bool has_low_frequency) {
     Stage stage{channels, {}};
     std::size_t channel = 0;
@@ -83,7 +83,8 @@ Stage loudspeakers(std::size_t channels, int type) {
             return toBothEars(8, is_neutral ? Tables(kBingo71) : Tables(kSurround71), kDivisorLoudspeakers,
                               is_neutral);
         default:
-            throw std::invalid_argument("no layout has " + std::to_string(channels) + " channels");
+            throw std::invalid_argument("no layout has " + std::to_string(channels) +
+                                        " channels; use 2, 6 or 8");
     }
 }
 
@@ -120,7 +121,7 @@ std::vector<std::vector<float>> Material::planes() const {
 }
 
 Material makeMaterial(std::size_t channels, std::size_t sounding, std::size_t frames, int loudness) {
-    constexpr int kNoiseAmplitude = 800;  // of 32768; keeps every engine clear of denormal numbers
+    constexpr int kNoiseAmplitude = 800;  // full scale is 32768; keeps every engine clear of denormals
     constexpr int kSpeechDivisor = 4;
     const test::Pcm speech = test::recordedSpeech(static_cast<int>(channels));
     Material material{channels, test::noise(1, static_cast<int>(frames * channels), kNoiseAmplitude)};

@@ -25,7 +25,7 @@ constexpr double kCeiling_lin = 0.99;
 struct Programme {
     std::string name;
     test::Pcm pcm;    // stereo
-    double gain_lin;  // that alimiter is to have: what the normalizer comes to
+    double gain_lin;  // gain for alimiter: the one at which the normalizer settles
 };
 
 test::Pcm withPeak(const std::vector<double>& samples, double peak_dbfs) {
@@ -47,7 +47,7 @@ std::vector<double> speech(std::size_t frames) {
     return samples;
 }
 
-// Plucked chords that die away, some of it different on each side, and a beat of noise.
+// Plucked chords that decay, slightly detuned between the sides, and a burst of noise on each beat.
 std::vector<double> music(std::size_t frames) {
     constexpr double kChord_hz[] = {110, 220, 277.2, 329.6, 440, 554.4, 880};
     constexpr std::size_t kBeat_frames = 12000;
@@ -84,14 +84,14 @@ class OurNormalizer {
         for (std::size_t i = 0; i < pcm_.size(); i += out_.size()) call(i);
     }
 
-    // A new one against the model of the normalizer, to the bit.
+    // Compares a fresh normalizer with its model, bit by bit.
     void check() {
         model::Normalizer model(kChannels);
         for (std::size_t i = 0; i < pcm_.size(); i += out_.size()) {
             call(i);
             const auto first = pcm_.begin() + static_cast<std::ptrdiff_t>(i);
             if (model.process({first, first + static_cast<std::ptrdiff_t>(out_.size())}) != out_) {
-                throw std::runtime_error("the normalizer is not what its model is");
+                throw std::runtime_error("the normalizer's output differs from its model's");
             }
         }
     }
@@ -108,9 +108,9 @@ class OurNormalizer {
 
 class Alimiter {
   public:
-    /** @param format     of what goes in and comes out: double is its own, 16-bit is what the normalizer
-     * takes
-     *  @param conversions how many filters it takes to get there and back. */
+    // @param format      of input and output: double is alimiter's own, 16-bit the normalizer's
+    // @param before      filters in front of alimiter, in libavfilter's notation; behind: likewise
+    // @param conversions number of filters that convert to double and back
     Alimiter(const Programme& programme, AVSampleFormat format, const std::string& before,
              const std::string& behind, unsigned conversions)
         : programme_(programme),
@@ -135,7 +135,8 @@ class Alimiter {
         }
     }
 
-    // Of double: never above the ceiling, and where nothing has to be limited the input, later.
+    // For double only: the output never exceeds the ceiling, and it is the delayed input where no peak is
+    // limited.
     void check() {
         std::vector<double> out;
         for (const Frame& frame : frames_) {
@@ -148,9 +149,9 @@ class Alimiter {
         }
         for (const double sample : out) {
             if (!(std::abs(sample) <= kCeiling_lin + 1e-9))
-                throw std::runtime_error("alimiter passed its limit");
+                throw std::runtime_error("alimiter exceeded its limit");
         }
-        constexpr std::size_t kLookAheadSamples = 239 * kChannels;  // 5 ms, this frame among them
+        constexpr std::size_t kLookAheadSamples = 239 * kChannels;  // 5 ms, including the current frame
         double power = 0;
         double deviation_power = 0;
         for (std::size_t i = kLookAheadSamples; i < out.size(); ++i) {
@@ -160,7 +161,7 @@ class Alimiter {
         }
         constexpr double kMostThatLimitingChanges = 1e-3;  // -30 dB
         if (!(deviation_power <= kMostThatLimitingChanges * power)) {
-            throw std::runtime_error("alimiter's output is not its input, later");
+            throw std::runtime_error("alimiter's output is not its delayed input");
         }
     }
 
@@ -188,13 +189,13 @@ void compareProgramme(Report& report, const Effort& effort, const Programme& pro
     }
     report.row("FFmpeg alimiter / Sonivex normalizer", programme.name, medianRatio(timings[1], timings[0]),
                "", atLeast(2.0, 6.0));
-    report.row("the same from and to s16", programme.name, medianRatio(timings[2], timings[0]), "");
+    report.row("the same, from and to s16", programme.name, medianRatio(timings[2], timings[0]), "");
 }
 
 }  // namespace
 
 void compareNormalizer(Report& report, const Effort& effort) {
-    report.section("Normalizer, stereo: processor time for a second of audio; outputs checked");
+    report.section("Normalizer, stereo: processor time per second of audio; outputs checked");
     const std::size_t frames = effort.material_steps * kMaterialStep_frames;
     compareProgramme(report, effort, {"speech -20 dB", withPeak(speech(frames), -20), 10});
     compareProgramme(report, effort, {"music -1 dB", withPeak(music(frames), -1), 1});

@@ -37,7 +37,7 @@ class OurEngine : public Engine {
         ears.insert(ears.end(), samples.begin(), samples.end());
     }
 
-    // A call is served whole or not at all, so that an incomplete block holds back all of the first one.
+    // The library serves a call in full or with silence: an incomplete block silences the whole first call.
     std::size_t delay_frames() const override {
         return call_frames_ % kShortCall_frames == 0 ? 0 : call_frames_;
     }

@@ -14,14 +14,14 @@ namespace {
 
 constexpr std::size_t kLimiterBlockSamples = 480;
 
-// To three figures.
+// Prints three significant digits.
 std::string text(double value) {
     char buffer[32];
     std::snprintf(buffer, sizeof(buffer), "%.3g", value);
     return buffer;
 }
 
-// The output of an engine that is this late, while the whole stream goes in.
+// Output of an engine with this latency, cut to the length of the input.
 template <typename Sample>
 std::vector<Sample> delayed(const std::vector<Sample>& ears, std::size_t delay_frames) {
     std::vector<Sample> late(ears.size(), Sample{});
@@ -43,18 +43,18 @@ std::string comparePcm(const Ears& ears, const std::vector<std::int16_t>& expect
         equal += deviation == 0 ? 1 : 0;
     }
     if (furthest > kPcmTolerance) {
-        throw std::runtime_error("off by " + std::to_string(furthest) + " steps of 16 bits");
+        throw std::runtime_error("off by " + std::to_string(furthest) + " LSB of 16-bit PCM");
     }
     const double share = static_cast<double>(equal) / static_cast<double>(units.size());
     return furthest == 0 ? "all equal in 16 bits"
-                         : "within a step of 16 bits, " + text(1e6 * (1 - share)) + " of a million unequal";
+                         : "within 1 LSB of 16 bits, " + text(1e6 * (1 - share)) + " in a million differ";
 }
 
 std::string compareFloats(const Ears& ears, const std::vector<double>& expected) {
     double furthest = 0;
     for (std::size_t i = 0; i < ears.size(); ++i) {
         const double deviation = std::abs(static_cast<double>(ears[i]) - expected[i]);
-        if (!(deviation <= kFloatTolerance)) {  // a NaN is far away, too
+        if (!(deviation <= kFloatTolerance)) {  // true for a NaN as well
             throw std::runtime_error("off by " + text(deviation) + " of full scale at sample " +
                                      std::to_string(i));
         }
@@ -91,7 +91,7 @@ std::string checkOutput(Engine& engine, const Material& material, const Referenc
         engine.appendOutput(ears);
     }
     try {
-        if (ears.size() != reference.ears.size()) throw std::runtime_error("of another length");
+        if (ears.size() != reference.ears.size()) throw std::runtime_error("not as long as the reference");
         return engine.isLimitedPcm() ? comparePcm(ears, delayed(reference.limited, engine.delay_frames()))
                                      : compareFloats(ears, delayed(reference.ears, engine.delay_frames()));
     } catch (const std::runtime_error& error) {

@@ -1,4 +1,4 @@
-// Every engine's output against convolution by its definition, in double.
+// Checks every engine's output against direct convolution in double.
 #pragma once
 
 #include <string>
@@ -8,24 +8,26 @@
 
 namespace compare {
 
-/** What the ears hear of a material by direct convolution. */
+/** Signal at the ears by direct convolution. */
 struct Reference {
     std::vector<double> ears;           // full scale 1, interleaved
-    std::vector<std::int16_t> limited;  // the same behind the limiter, as 16-bit PCM
+    std::vector<std::int16_t> limited;  // the same after the limiter, as 16-bit PCM
 
+    /** Largest magnitude before the limiter. */
     double peak() const;
 };
 
+/** Renders a material with the model of surround. */
 Reference convolveDirectly(const Layout& layout, const Material& material);
 
-/** Furthest that an output in floats may be from the reference, full scale 1. */
+/** Largest deviation of a float output from the reference, full scale 1. */
 inline constexpr double kFloatTolerance = 1e-6;
-/** The same for 16-bit PCM, steps. */
+/** Largest deviation of a 16-bit output from the reference, in LSB. */
 inline constexpr int kPcmTolerance = 1;
 
-/** Run a new engine through its material once and compare each sample: silence for the engine's delay, then
- *  the reference, as far as the material lasts.
- *  @return what was seen, for the table. Throws std::runtime_error when a sample is beyond the tolerance. */
+/** Runs a new engine through its material once and compares each sample with silence for the engine's latency
+ *  and then the reference, up to the end of the material.
+ *  @return the result in words, for the table. Throws std::runtime_error if a sample is out of tolerance. */
 std::string checkOutput(Engine& engine, const Material& material, const Reference& reference);
 
 }  // namespace compare

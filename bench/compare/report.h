@@ -1,4 +1,4 @@
-// What the comparison prints: rows of figures, with what is asked of them beside, as text or as CSV.
+// Output of the comparison: rows of figures with their bounds, as text or CSV on standard output.
 #pragma once
 
 #include <optional>
@@ -6,16 +6,18 @@
 
 namespace compare {
 
-/** What is asked of a figure. */
+/** Bounds of a figure. */
 struct Bounds {
     enum Sense { AtLeast, AtMost } sense = AtLeast;
-    std::optional<double> floor{};  // what must be reached
-    std::optional<double> goal{};   // what is wanted
+    std::optional<double> floor{};  // required
+    std::optional<double> goal{};   // wanted
 };
 
+/** Bounds of a figure for which more is better. */
 inline Bounds atLeast(std::optional<double> floor, std::optional<double> goal) {
     return {Bounds::AtLeast, floor, goal};
 }
+/** Bounds of a figure for which less is better. */
 inline Bounds atMost(std::optional<double> floor, std::optional<double> goal) {
     return {Bounds::AtMost, floor, goal};
 }
@@ -24,13 +26,17 @@ class Report {
   public:
     enum Style { Text, Csv };
 
+    /** Prints the header line if the style is Csv. */
     explicit Report(Style style);
 
+    /** Begins a section; the rows that follow belong to it. */
     void section(const std::string& title);
-    /** @param figure what was measured.  @param subject of which layout or signal. */
+    /** Prints a figure with its bounds and a verdict: "goal", "floor", "short of the goal" or "MISSED".
+     *  @param figure  the measured quantity
+     *  @param subject its layout or signal */
     void row(const std::string& figure, const std::string& subject, double value, const std::string& unit,
              const Bounds& bounds = {}, const std::string& remark = {});
-    /** A line for the reader. */
+    /** Prints a line for the reader; in CSV it begins with #. */
     void note(const std::string& text) const;
 
   private:

@@ -17,7 +17,7 @@ class ScalarEngine : public Engine {
   public:
     ScalarEngine(const Layout& layout, const Material& material)
         : Engine("scalar"), material_(material), planes_(material.channels * kBlock_frames) {
-        if (layout.stages.size() != 1) throw std::invalid_argument("a layout of one stage");
+        if (layout.stages.size() != 1) throw std::invalid_argument("the layout must have exactly one stage");
         for (const Path& path : layout.stages.front().paths) {
             paths_.push_back({path.channel, path.ear, std::make_unique<fftconvolver::FFTConvolver>()});
             paths_.back().convolver->init(kBlock_frames, path.response.data(), path.response.size());

@@ -1,5 +1,5 @@
-// The library's scheme without vectors, one convolver for each path: what its fast path is measured against,
-// and has to equal to the bit. Layouts of one stage.
+// The library's algorithm without vectors, one convolver per path. The library's vector code is measured
+// against it and must give the same bits. Layouts must have one stage.
 #pragma once
 
 #include "engine.h"
@@ -7,6 +7,8 @@
 
 namespace compare {
 
+/** @param material must outlive the engine
+ *  Throws std::invalid_argument for a layout of more than one stage. */
 std::unique_ptr<Engine> makeScalarEngine(const Layout& layout, const Material& material);
 
 }  // namespace compare

@@ -19,16 +19,16 @@ namespace {
 
 using MakeEngine = std::unique_ptr<Engine> (*)(const Layout&, const Material&);
 
-// The calls that the library is fed with, and the places of these contestants.
+// Call lengths of the library; its contestants come first, in this order.
 constexpr std::size_t kOurCalls_frames[] = {kShortCall_frames, kLongCall_frames};
 constexpr std::size_t kOurs = std::size(kOurCalls_frames);
 
-// By layout; what is not in it has no bounds.
+// Bounds by layout; a layout that is not in the map has none.
 using LayoutBounds = std::map<std::string, Bounds>;
 
 struct Peer {
     MakeEngine make;
-    LayoutBounds to_ours[kOurs];  // of its time, in the order of kOurCalls_frames
+    LayoutBounds to_ours[kOurs];  // bounds of peer time / our time, in the order of kOurCalls_frames
 };
 
 std::vector<Peer> peersOf(int type) {
@@ -65,7 +65,7 @@ Contestant contestantFor(Engine& engine, const Material& material) {
     return {engine.name(), pass, static_cast<double>(material.frames()) / kRate_hz};
 }
 
-// How late an engine that works in blocks is in a stream that comes in calls of ours.
+// Latency of a block engine when fed with our call length.
 std::size_t delayBehindOurCalls_frames(const Engine& engine, std::size_t our_call_frames) {
     return engine.callFrames() - std::gcd(engine.callFrames(), our_call_frames);
 }
@@ -75,10 +75,10 @@ std::string delayInOurCalls(const Engine& peer) {
         return std::to_string(delayBehindOurCalls_frames(peer, our_call_frames)) + " frames in calls of " +
                std::to_string(our_call_frames);
     };
-    return "late by " + text(kShortCall_frames) + ", by " + text(kLongCall_frames);
+    return "latency " + text(kShortCall_frames) + ", " + text(kLongCall_frames);
 }
 
-// One that takes part: its output has been found right.
+// An engine whose output has passed the check.
 struct Entrant {
     std::unique_ptr<Engine> engine;
     std::string check;
@@ -91,13 +91,13 @@ std::vector<Entrant> admitOurs(const Layout& layout, const Material& material, c
     for (const std::size_t call_frames : kOurCalls_frames) {
         auto engine = makeOurEngine(layout, material, call_frames);
         const std::string check = checkOutput(*engine, material, reference);
-        const std::string delay = "late by " + std::to_string(engine->delay_frames()) + " frames";
+        const std::string delay = "latency " + std::to_string(engine->delay_frames()) + " frames";
         entrants.push_back(Entrant{std::move(engine), check, delay});
     }
     return entrants;
 }
 
-// A peer of another release may refuse its options or have another gain: it is left out then, and said so.
+// Another release of a peer may reject our options or apply another gain. It is then left out with a note.
 void admitPeers(std::vector<Entrant>& entrants, const Report& report, const Layout& layout,
                 const Material& material, const Reference& reference) {
     for (const Peer& peer : peersOf(layout.type)) {
@@ -122,7 +122,7 @@ void compareLayout(Report& report, const Effort& effort, std::size_t channels, i
         makeMaterial(channels, channels, effort.material_steps * kMaterialStep_frames, 1);
     const Reference reference = convolveDirectly(layout, material);
     report.section("Type " + std::to_string(type) + ", " + layout.name +
-                   ": processor time for a second of audio");
+                   ": processor time per second of audio");
 
     std::vector<Entrant> entrants = admitOurs(layout, material, reference);
     admitPeers(entrants, report, layout, material, reference);
@@ -151,7 +151,7 @@ void compareSurround(Report& report, const Effort& effort) {
     for (const int type : {1, 13}) {
         for (const std::size_t channels : {2U, 6U, 8U}) compareLayout(report, effort, channels, type);
     }
-    report.note("threads of this process while it measured: " + std::to_string(threadsOfThisProcess()));
+    report.note("threads of this process during the measurement: " + std::to_string(threadsOfThisProcess()));
 }
 
 }  // namespace compare

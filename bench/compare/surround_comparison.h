@@ -1,4 +1,4 @@
-// Surround against others that convolve.
+// Compares surround with other convolution engines.
 #pragma once
 
 #include "effort.h"
@@ -6,7 +6,8 @@
 
 namespace compare {
 
-/** Every layout and type: each engine's output checked, then its processor time and the ratios. */
+/** Checks each engine's output for every layout and type, then reports processor times and ratios. Throws
+ *  std::runtime_error if the library's output is wrong. */
 void compareSurround(Report& report, const Effort& effort);
 
 }  // namespace compare

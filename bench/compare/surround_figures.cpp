@@ -23,7 +23,7 @@ struct MemoryBounds {
     Bounds resident_kib;
 };
 
-// Memory comes in pages, some of which may be huge: a tenth more than the goal is granted for them.
+// Memory comes in pages, some of which may be huge; the floor of resident memory is a tenth above the goal.
 MemoryBounds memoryBounds(double heap_floor_kib, double goal_kib) {
     return {atMost(heap_floor_kib, goal_kib), atMost(1.1 * goal_kib, goal_kib)};
 }
@@ -42,9 +42,9 @@ void* createHandle(std::size_t channels, int type) {
     return aem_CreateSurround(static_cast<int>(channels), static_cast<int>(kRate_hz), type, kMode, 1);
 }
 
-// The pages of a handle that has worked for a second, in KiB: by how much the process grows with some
-// handles. Others before them have brought in code and tables, and have filled the gaps that the allocator
-// could not give back.
+// Resident memory of a handle that has processed a second of audio, in KiB: the growth of the process over
+// several handles. The handles before them load code and tables and fill the gaps that the allocator could
+// not return.
 std::optional<double> residentHandle_kib(const Layout& layout) {
     constexpr std::size_t kHandlesBefore = 16;
     constexpr std::size_t kHandles = 8;
@@ -80,7 +80,7 @@ void measureHandle(Report& report, const Effort& effort, std::size_t channels, i
     if (const std::optional<double> resident_kib = residentHandle_kib(layout)) {
         report.row("resident memory of a handle", subject, *resident_kib, "KiB", bounds.resident_kib);
     } else {
-        report.note("resident memory of a handle: this system does not tell");
+        report.note("resident memory of a handle: not measured, this system does not report it");
     }
 
     std::vector<double> set_up_ms;
@@ -93,7 +93,7 @@ void measureHandle(Report& report, const Effort& effort, std::size_t channels, i
     report.row("set-up, median", subject, median(set_up_ms), "ms", atMost(5.0, 1.0));
 }
 
-// Single calls by the clock on the wall, one number each.
+// Wall-clock time of each single call, after one pass over the material to warm up.
 std::vector<double> timeCalls_us(Engine& engine, const Material& material, int calls) {
     std::vector<double> calls_us;
     std::size_t frame = 0;
@@ -108,8 +108,8 @@ std::vector<double> timeCalls_us(Engine& engine, const Material& material, int c
     return calls_us;
 }
 
-// Calls of 240 frames meet partitions of 256 in the same way again after 16 calls. The dearest of those by
-// its median shows what the engine itself makes uneven, whatever else the machine does.
+// Calls of 240 frames line up with partitions of 256 in a pattern of 16 calls. The largest median among the
+// 16 positions shows how unevenly the engine itself works, whatever else the machine does.
 double dearestOfPattern_us(const std::vector<double>& calls_us) {
     constexpr std::size_t kPatternCalls = 16;
     double dearest_us = 0;
@@ -132,15 +132,16 @@ void measureCalls(Report& report, const Effort& effort, std::size_t channels, in
     const double p50_us = median(calls_us);
     const double p99_us = quantile(calls_us, 0.99);
     report.row("median", subject, p50_us, "us");
-    report.row("99 of 100 within", subject, p99_us, "us");
-    // Long calls do not have equal work to do: some make a block more than others.
+    report.row("99th percentile", subject, p99_us, "us");
+    // Long calls differ in work: some complete one block more than others.
     const bool is_short = call_frames == kShortCall_frames;
-    report.row("99 of 100 / median", subject, p99_us / p50_us, "", is_short ? atMost(1.5, 1.2) : Bounds{});
+    report.row("99th percentile / median", subject, p99_us / p50_us, "",
+               is_short ? atMost(1.5, 1.2) : Bounds{});
     if (!is_short) return;
-    report.row("the dearest call of a pattern / median", subject, dearestOfPattern_us(calls_us) / p50_us, "");
+    report.row("slowest call of the pattern / median", subject, dearestOfPattern_us(calls_us) / p50_us, "");
 }
 
-// Contestants keep references to what is in here.
+// Contestants refer to this object, so it must stay where it is.
 struct Subject {
     Subject(std::string subject_name, std::size_t channels, std::size_t sounding, int loudness,
             std::size_t frames)
@@ -149,7 +150,7 @@ struct Subject {
           material(makeMaterial(channels, sounding, frames, loudness)),
           engine(makeOurEngine(layout, material, kShortCall_frames)) {}
 
-    // @return the peak of what the limiter gets.
+    // @return the peak before the limiter
     double check() const {
         const Reference reference = convolveDirectly(layout, material);
         checkOutput(*engine, material, reference);
@@ -170,9 +171,9 @@ struct Subject {
     std::unique_ptr<Engine> engine;
 };
 
-// What the signal changes: silent channels cost less, a limiter at work costs more.
+// Silent channels cost less, a working limiter costs more.
 void measureSignals(Report& report, const Effort& effort) {
-    report.section("What the signal changes, type 1; outputs checked");
+    report.section("Cost by signal, type 1; outputs checked");
     const std::size_t frames = effort.material_steps * kMaterialStep_frames;
     const Subject stereo("stereo", 2, 2, 1, frames);
     const Subject all("7.1", 8, 8, 1, frames);
@@ -187,7 +188,7 @@ void measureSignals(Report& report, const Effort& effort) {
     const std::vector<Timing> timings = takeTurns(contestants, effort.turns);
     for (std::size_t i = 0; i < timings.size(); ++i) {
         report.row(timings[i].name, "", median(timings[i].cpu_ms_per_s), "ms", {},
-                   "peaks before the limiter " + std::to_string(peaks[i]));
+                   "peak before the limiter " + std::to_string(peaks[i]));
     }
     report.row("7.1 with six channels silent / stereo", "", medianRatio(timings[2], timings[0]), "",
                atMost({}, 1.3));
@@ -196,7 +197,7 @@ void measureSignals(Report& report, const Effort& effort) {
 }  // namespace
 
 void measureSurround(Report& report, const Effort& effort) {
-    report.section("A handle");
+    report.section("Cost of a handle");
     for (const int type : {1, 13}) {
         for (std::size_t i = 0; i < std::size(kChannelCounts); ++i) {
             measureHandle(report, effort, kChannelCounts[i], type, kMemoryBounds[i]);
@@ -204,7 +205,7 @@ void measureSurround(Report& report, const Effort& effort) {
     }
     for (const std::size_t call_frames : {kShortCall_frames, kLongCall_frames}) {
         report.section("Single calls of " + std::to_string(call_frames) +
-                       " frames by the clock on the wall; for a quiet machine");
+                       " frames: wall-clock time, needs a quiet machine");
         for (const int type : {1, 13}) {
             for (const std::size_t channels : kChannelCounts) {
                 measureCalls(report, effort, channels, type, call_frames);

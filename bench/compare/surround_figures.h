@@ -1,4 +1,4 @@
-// Surround's own figures: memory, set-up, single calls, what the signal changes.
+// Surround's own figures: memory, set-up time, single calls, and the cost of different signals.
 #pragma once
 
 #include "effort.h"
@@ -6,6 +6,7 @@
 
 namespace compare {
 
+/** Reports the figures. Throws std::runtime_error if an output is wrong. */
 void measureSurround(Report& report, const Effort& effort);
 
 }  // namespace compare

@@ -1,4 +1,4 @@
-// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
+// Highway compiles this file once per set of vector instructions and picks the processor's best at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "tiled_spectra.cpp"
 #include <hwy/foreach_target.h>  // must come first
@@ -11,8 +11,8 @@ namespace compare::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Both ears at once: eight sums that stay in registers while X and H stream by. Two for each number, so that
-// no product waits for the one before.
+// Computes both ears at once. Eight sums stay in registers while X and H stream by; each part of a result has
+// two sums, so that no product waits for the previous one.
 void sumOfProducts(const Tile* x, const Tile* h, std::size_t tiles, std::size_t channels,
                    std::size_t partitions, std::size_t newest, Tile* y) {
     const hn::CappedTag<float, kTileBins> d;

@@ -1,8 +1,8 @@
-// The sums of products of the float engine, see float_engine.h.
+// Sums of spectral products for the float engine; see float_engine.h.
 //
-// A tile is 16 neighbouring bins, real parts then imaginary parts. All tiles of the lowest bins come first:
+// A tile holds 16 neighbouring bins, real parts then imaginary parts. Tiles of the lowest bins come first:
 //
-//   X  [tile][channel][slot]             slot: a ring of blocks, twice, so that a history is read in one go
+//   X  [tile][channel][slot]             slot: a ring of blocks, stored twice to keep each history contiguous
 //   H  [tile][channel][partition][ear]
 //   Y  [tile][ear]
 #pragma once
@@ -18,8 +18,8 @@ struct alignas(64) Tile {
     float im[kTileBins];
 };
 
-/** Y = sum over channels and partitions of X * H.
- *  @param newest slot of the newest block; partition p goes with slot newest + p. */
+/** Computes Y = sum over channels and partitions of X * H for all tiles.
+ *  @param newest slot of the newest block; partition p multiplies slot newest + p */
 void sumOfProducts(const Tile* x, const Tile* h, std::size_t tiles, std::size_t channels,
                    std::size_t partitions, std::size_t newest, Tile* y);
 

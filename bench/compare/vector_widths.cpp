@@ -12,11 +12,11 @@
 namespace compare {
 namespace {
 
-// What scalar over vector has to be, by doubles in a vector.
+// Bounds of scalar time / vector time, by doubles per vector.
 const std::map<int, Bounds> kRatios = {
     {2, atLeast(2.2, 2.8)}, {4, atLeast(3.8, 5.0)}, {8, atLeast(4.9, 7.0)}};
 
-// An engine and the width it works at; none: as it comes.
+// An engine and the vector width that it is restricted to, if any.
 struct Entrant {
     std::string name;
     std::unique_ptr<Engine> engine;
@@ -60,7 +60,8 @@ void compareLayout(Report& report, const Effort& effort, std::size_t channels) {
         Ears ears;
         pass(entrant, material, &ears);
         if (expected.empty()) expected = ears;
-        if (ears != expected) throw std::runtime_error(entrant.name + " does not put out what scalar does");
+        if (ears != expected)
+            throw std::runtime_error(entrant.name + ": the output differs from the scalar engine's");
         contestants.push_back({entrant.name, [&] { pass(entrant, material, nullptr); },
                                static_cast<double>(material.frames()) / kRate_hz});
     }
@@ -77,7 +78,7 @@ void compareLayout(Report& report, const Effort& effort, std::size_t channels) {
 }  // namespace
 
 void compareVectorWidths(Report& report, const Effort& effort) {
-    report.section("Vector widths, type 1: processor time for a second of audio; outputs equal to the bit");
+    report.section("Vector widths, type 1: processor time per second of audio; outputs equal to the bit");
     for (const std::size_t channels : {2U, 8U}) compareLayout(report, effort, channels);
 }
 

@@ -24,7 +24,7 @@ class Matrix {
                                   kPartition_frames, kPartition_frames, 0.0F),
               "configure");
         for (const Path& path : stage.paths) {
-            std::vector<float> response = path.response;  // its parameter is not const
+            std::vector<float> response = path.response;  // impdata_create takes a non-const pointer
             check(
                 convproc_.impdata_create(static_cast<unsigned>(path.channel), static_cast<unsigned>(path.ear),
                                          1, response.data(), 0, static_cast<int>(response.size())),

@@ -1,17 +1,18 @@
-// How an effect says something.
+// Writes log lines of an effect.
 //
 //   line = "[ZubrelAem]: (<source>: <line>) " + message
 //
-// Use: sonivex::logEffectMessage("normalizer", kLineNullHandle, "...\n"). The line numbers are part of what
-// users and their log filters see, so they are literal constants and stay when code moves.
+// Use: sonivex::logEffectMessage("normalizer", kLineNullHandle, "...\n"). Users and their log filters see the
+// line numbers, so these are literal constants and stay the same when code moves.
 #pragma once
 
 namespace sonivex {
 
-/** Hand a message with an effect's prefix to ZubrelAem_logTrace.
- *  @param source  base name of the effect's source file; what passes 255 bytes of prefix is cut.
+/** Pass a message with an effect's prefix to ZubrelAem_logTrace.
+ *  @param source  base name of the effect's source file. The prefix is cut off after 255 bytes.
  *  @param line    line number to show.
- *  @param message taken as it is (no format), with its own newline. */
+ *  @param message literal text, not a format; includes its own newline.
+ *  [any, concurrent] if the log writer allows it; not real-time safe (the writer may block) */
 void logEffectMessage(const char* source, int line, const char* message);
 
 }  // namespace sonivex

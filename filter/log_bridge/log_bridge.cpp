@@ -14,8 +14,8 @@ using AnyFunction = void (*)();
 
 }  // namespace
 
-// logWrite takes one parameter less than a writer and returns something: with the C calling conventions of
-// all our machines the caller cleans up, so the extra argument and the unused result do no harm.
+// logWrite takes one parameter fewer than a writer and returns a value. In the C calling conventions of all
+// supported machines the caller cleans up, so the extra argument and the unused result are harmless.
 void (*logWriterFun)(const char* line,
                      int length) = reinterpret_cast<LogWriter>(reinterpret_cast<AnyFunction>(&logWrite));
 
@@ -24,7 +24,7 @@ int logWrite(const char* line) {
 }
 
 #if defined(__clang__)
-// The default writer's type is not the pointer's, see above.
+// The type of the default writer differs from that of the pointer, see above.
 __attribute__((no_sanitize("function")))
 #endif
 void ZubrelAem_logTrace(const char* prefix, const char* format, ...) {
@@ -46,7 +46,7 @@ void ZubrelAem_logTrace(const char* prefix, const char* format, ...) {
         std::vsnprintf(line + prefix_bytes, kLineBytes - prefix_bytes, format, arguments);
     va_end(arguments);
 
-    // Without room vsnprintf writes no terminator, and after an error what it wrote is unspecified.
+    // vsnprintf writes no terminator if there is no room, and leaves unspecified bytes after an error.
     line[kLineBytes - 1] = '\0';
     if (message_bytes < 0 && prefix_bytes < kLineBytes) line[prefix_bytes] = '\0';
 

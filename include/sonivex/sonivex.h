@@ -1,4 +1,4 @@
-/* The public C interface of Sonivex: the effects, and the bridge by which they log. */
+/* The public C interface of Sonivex: the effects and their log bridge. */
 #ifndef SONIVEX_SONIVEX_H
 #define SONIVEX_SONIVEX_H
 

@@ -1,5 +1,5 @@
-// Prints a digest of what the effects make of a fixed set of signals, one line for each. The signals come
-// from integer arithmetic, so a difference is the effects' own.
+// Prints a digest of each effect's output for a fixed set of signals, one per line. Integer arithmetic makes
+// the signals, so any difference between two builds comes from the effects.
 #include <algorithm>
 #include <cinttypes>
 #include <cstdint>
@@ -23,7 +23,7 @@
 
 namespace {
 
-// FNV-1a over the bytes of samples, lowest byte first.
+// 64-bit FNV-1a over the bytes of the samples, lowest byte first.
 class Digest {
   public:
     void add(std::uint32_t word, int bytes) {
@@ -56,7 +56,7 @@ test::Pcm programme(int channels) {
     return all;
 }
 
-// Shorter, for what costs more.
+// A shorter programme, because surround costs more.
 test::Pcm surroundProgramme(int channels) {
     test::Pcm all = test::sweep(2000, channels, 9000);
     test::append(all, test::noise(1, channels * 3000, 3000));
@@ -81,7 +81,7 @@ void digestNormalizer(int channels, int frames) {
                  " frames");
 }
 
-// Floats before they are cut to 16 bits: a difference in the last bit would often not show in the samples.
+// Digests the floats before truncation to 16 bits, which would often hide a difference in the last bit.
 void digestLimiter(int lookahead) {
     constexpr std::size_t kBlock = 480;
     Digest digest;
@@ -134,7 +134,7 @@ void digestSurround(int channels, int type, int mode, int limiter, int frames) {
                  std::to_string(frames) + " frames");
 }
 
-// Floats before they are cut to 16 bits.
+// Digests the floats before truncation to 16 bits.
 template <typename SetUp>
 void digestRendering(const char* name, int width, SetUp set_up,
                      int (ConvolveReverb::*operation)(const float*, float*, int)) {
@@ -182,7 +182,7 @@ void digestRenderings() {
     }
 }
 
-// Every length, also those that no effect uses: other lengths take other passes.
+// Digests every length, even those that no effect uses, because other lengths take other passes.
 void digestTransforms() {
     for (std::size_t length = 1; length <= 32768; length *= 2) {
         Digest digest;
@@ -206,14 +206,14 @@ std::vector<sonivex::Bin> noiseSpectrum(std::uint64_t seed, int bins) {
     const test::Pcm parts = test::noise(seed, 2 * bins, 32767);
     std::vector<sonivex::Bin> spectrum;
     for (std::size_t i = 0; i < parts.size(); i += 2) {
-        // Of every level, as voices fall off toward high frequencies.
+        // Levels fall toward high frequencies, as those of voices do, so that all magnitudes occur.
         const float level = 1.0F / static_cast<float>(i + 1);
         spectrum.push_back({static_cast<float>(parts[i]) * level, static_cast<float>(parts[i + 1]) * level});
     }
     return spectrum;
 }
 
-// The dialogue enhancer's kernels; between them the engine has only libavutil's transforms.
+// Digests the dialogue enhancer's kernels. Between them the engine runs only libavutil's transforms.
 void digestDialogueKernels(int points) {
     const int bins = points / 2 + 1;
     const auto count = static_cast<std::size_t>(bins);
@@ -252,7 +252,7 @@ void digestDialogueKernels(int points) {
     window_digest.print("dialogue window of " + std::to_string(points));
 }
 
-// Calls of random lengths: blocks are rendered alone and in pairs, and calls end anywhere within them.
+// With calls of random length, blocks are rendered alone and in pairs, and calls end anywhere within them.
 void digestSurroundInRandomCalls(int channels, int type, int longest) {
     Digest digest;
     void* const handle = aem_CreateSurround(channels, 48000, type, 1, 1);

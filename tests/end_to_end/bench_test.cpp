@@ -1,4 +1,4 @@
-// What the effects cost on this machine, as the program tells it.
+// Runs `sonivex bench`, which reports the cost of the effects on this machine.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,7 +27,7 @@ test::ProcessResult bench(const std::vector<std::string>& arguments) {
     return test::runProcess(command(arguments));
 }
 
-TEST(Bench, MeasuresEveryEffectAndLayout) {
+TEST(BenchCommand, MeasuresEveryEffectAndLayout) {
     const auto result = bench({"--seconds", "0.1", "--json"});
     ASSERT_EQ(result.exit_code, 0) << result.err;
     EXPECT_EQ(result.err, "");
@@ -47,12 +47,12 @@ TEST(Bench, MeasuresEveryEffectAndLayout) {
         }
         return 0.0;
     };
-    // Far enough apart to hold on any machine.
+    // These costs are far enough apart for the order to hold on any machine.
     EXPECT_GT(cost_of("surround", 8), cost_of("surround", 2));
     EXPECT_GT(cost_of("surround", 8), cost_of("normalizer", 1));
 }
 
-TEST(Bench, MeasuresOnlyTheEffectAskedForAndPrintsATable) {
+TEST(BenchCommand, MeasuresOnlyTheRequestedEffectAndPrintsATable) {
     const auto result = bench({"--effect", "dialogue", "--seconds", "0.1"});
     ASSERT_EQ(result.exit_code, 0) << result.err;
     EXPECT_THAT(result.out, HasSubstr("; vectors: "));
@@ -60,7 +60,7 @@ TEST(Bench, MeasuresOnlyTheEffectAskedForAndPrintsATable) {
     EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 3);
 }
 
-TEST(Bench, RefusesWhatCannotBeDoneInOneLine) {
+TEST(BenchCommand, RejectsWrongUsageWithOneLineOnStandardError) {
     struct Case {
         std::vector<std::string> arguments;
         int exit_code;
@@ -78,7 +78,7 @@ TEST(Bench, RefusesWhatCannotBeDoneInOneLine) {
     }
 }
 
-TEST(Bench, EndsBetweenTwoRoundsWhenInterrupted) {
+TEST(BenchCommand, StopsBetweenTwoRoundsWhenInterrupted) {
     test::Process process(command({"--effect", "normalizer", "--seconds", "3600"}));
     while (process.isRunning() && !process.handles(SIGINT)) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));

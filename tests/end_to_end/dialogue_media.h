@@ -4,8 +4,9 @@
 
 namespace test {
 
-/** Recorded speech in the centre and, round it, independent noise on either side, as 16-bit stereo files of
- * 48 kHz: the two alone and their sum. @param seconds of all three */
+/** Writes three 16-bit stereo files at 48 kHz: recorded speech in the centre, independent noise on each side,
+ *  and their sum.
+ *  @param seconds Duration of each file. */
 void makeDialogueMix(const std::string& speech, const std::string& background, const std::string& mix,
                      int seconds);
 

@@ -1,4 +1,5 @@
-// The PCM around an effect, written by the filter while a file is rendered, and looked at afterwards.
+// Renders files while the filter dumps the PCM before and after an effect, and then runs `sonivex inspect` on
+// the dumps.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@ namespace {
 
 using testing::HasSubstr;
 
-class Dump : public test::RenderTest {
+class DumpAndInspect : public test::RenderTest {
   protected:
     static test::ProcessResult inspect(const std::vector<std::string>& arguments) {
         std::vector<std::string> command = {SONIVEX_PROGRAM, "inspect"};
@@ -35,7 +36,7 @@ class Dump : public test::RenderTest {
     test::TemporaryFolder dumps_;
 };
 
-TEST_F(Dump, OfDialogueShowsItsDelayAndItsGain) {
+TEST_F(DumpAndInspect, ADialogueDumpShowsTheDelayAndTheGain) {
     test::makeDialogueMix(file("speech.wav"), file("background.wav"), file("mix.wav"), 2);
     const auto report =
         render({"--effect", "dialogue", "--dump", dumps_.path(), file("mix.wav"), file("out.wav")});
@@ -50,7 +51,7 @@ TEST_F(Dump, OfDialogueShowsItsDelayAndItsGain) {
     EXPECT_LT(seen["pairs"][0]["gain_db"].get<double>(), 8.5);
 }
 
-TEST_F(Dump, OfTheNormalizerHoldsWhatWentInAndWhatCameOut) {
+TEST_F(DumpAndInspect, ANormalizerDumpHoldsItsInputAndOutput) {
     test::makeQuietSpeech(file("in.wav"), 1);
     const auto report =
         render({"--dump", dumps_.path(), "--frame-size", "256", file("in.wav"), file("out.wav")});
@@ -59,14 +60,14 @@ TEST_F(Dump, OfTheNormalizerHoldsWhatWentInAndWhatCameOut) {
     const auto seen = inspectDumps({"--channels", "1"});
     EXPECT_EQ(seen["pairs"][0]["latency_frames"], 256);
     EXPECT_NEAR(seen["pairs"][0]["gain_db"].get<double>(), 20.0, 0.1);
-    // The input is the file, then silence.
+    // The input dump holds the samples of the file, then silence.
     const std::string pcm = test::readFile(dumps_.file(dumps_.names().front()));
     const std::string wav = test::readFile(file("in.wav"));
     const std::string samples = wav.substr(wav.find("data") + 8);
     EXPECT_EQ(pcm.substr(0, samples.size()), samples);
 }
 
-TEST_F(Dump, OfSurroundTellsItsChannelsByTheSizes) {
+TEST_F(DumpAndInspect, TheFileSizesOfASurroundDumpRevealItsChannelCounts) {
     test::makeQuietSpeech(file("in.wav"), 6);
     const auto report = render({"--effect", "surround", "--dump", dumps_.path(), "--frame-size", "480",
                                 file("in.wav"), file("out.wav")});
@@ -75,12 +76,12 @@ TEST_F(Dump, OfSurroundTellsItsChannelsByTheSizes) {
     EXPECT_EQ(seen["files"][0]["channels"], 6);
     EXPECT_EQ(seen["files"][1]["channels"], 2);
     EXPECT_TRUE(seen["files"][0]["assumed"].empty());
-    // No queueing at 480; the sound in the responses begins 25 to 40 samples in.
+    // Calls of 480 frames need no queueing. The responses have their onset after 25 to 40 samples.
     EXPECT_GE(seen["pairs"][0]["latency_frames"], 20);
     EXPECT_LE(seen["pairs"][0]["latency_frames"], 60);
 }
 
-TEST_F(Dump, AFlushOnTheWayEndsOneSessionAndBeginsAnother) {
+TEST_F(DumpAndInspect, AFlushDuringPlaybackEndsOneSessionAndStartsAnother) {
     test::makeDialogueMix(file("speech.wav"), file("background.wav"), file("mix.wav"), 4);
     for (const char* way : {"--raw-latency", "--threaded"}) {
         const auto before = dumps_.names();
@@ -96,14 +97,14 @@ TEST_F(Dump, AFlushOnTheWayEndsOneSessionAndBeginsAnother) {
     ASSERT_EQ(seen["pairs"].size(), 4U);
     std::vector<int64_t> lengths;
     for (const auto& file : seen["files"]) lengths.push_back(file["frames"]);
-    // 70 whole calls of 1024 before 1.5 s;
+    // 70 whole calls of 1024 frames end before 1.5 s.
     EXPECT_EQ(std::count(lengths.begin(), lengths.end(), 70 * 1024), 4);
-    // 192000 frames and the delay of 1536 make 189 calls.
+    // 192000 frames and a delay of 1536 frames take 189 calls.
     EXPECT_EQ(std::count(lengths.begin(), lengths.end(), (189 - 70) * 1024), 4);
     for (const auto& pair : seen["pairs"]) EXPECT_EQ(pair["latency_frames"], 1536) << pair;
 }
 
-TEST_F(Dump, AFlushSilencesWhatTheEffectHeldBackAndMovesNothing) {
+TEST_F(DumpAndInspect, AFlushSilencesTheAudioInsideTheEffectWithoutShiftingTheRest) {
     test::makeDialogueMix(file("speech.wav"), file("background.wav"), file("mix.wav"), 4);
     render({"--effect", "dialogue", "--flush-at", "1.5", file("mix.wav"), file("out.wav")});
     const auto in = test::decode(file("mix.wav"));
@@ -116,8 +117,9 @@ TEST_F(Dump, AFlushSilencesWhatTheEffectHeldBackAndMovesNothing) {
     EXPECT_EQ(nlohmann::json::parse(result.out)["pairs"][0]["latency_frames"], 0);
 }
 
-// Silence packs into a small file, while its dump hits the limit: the rendering goes on, and says so.
-TEST_F(Dump, SaysWhatDidNotFitOnTheDisk) {
+// Compressed silence stays below the file size limit, but its dump exceeds it. Rendering continues and
+// reports the missing bytes.
+TEST_F(DumpAndInspect, ReportsHowManyBytesDidNotFitOnTheDisk) {
     test::ffmpeg({"-f", "lavfi", "-i", "anullsrc=sample_rate=48000:channel_layout=stereo", "-t", "1",
                   file("in.flac")});
     test::ProcessOptions options;
@@ -126,7 +128,7 @@ TEST_F(Dump, SaysWhatDidNotFitOnTheDisk) {
         run({"--effect", "dialogue", "--dump", dumps_.path(), "--json", file("in.flac"), file("out.flac")},
             options);
     ASSERT_EQ(result.exit_code, 0) << result.err;
-    // 48000 frames and a delay of 1536 make 49 calls of 1024 frames of 4 bytes, in either file.
+    // 48000 frames and a delay of 1536 take 49 calls of 1024 frames. Each file gets 4 bytes per frame.
     const std::string missing = std::to_string(2 * (49 * 1024 * 4 - 64 * 1024)) + " bytes are missing";
     EXPECT_THAT(result.err, HasSubstr(missing));
     const auto report = nlohmann::json::parse(result.out);
@@ -135,7 +137,7 @@ TEST_F(Dump, SaysWhatDidNotFitOnTheDisk) {
     EXPECT_EQ(report["dump_files"].size(), 2U);
 }
 
-TEST_F(Dump, NeedsAFolderThatIsThere) {
+TEST_F(DumpAndInspect, RejectsADumpPathThatIsNotAFolder) {
     test::makeQuietSpeech(file("in.wav"), 1);
     test::writeFile(file("plain"), "");
     for (const std::string& path : {file("none"), file("plain"), std::string()}) {
@@ -147,7 +149,7 @@ TEST_F(Dump, NeedsAFolderThatIsThere) {
     }
 }
 
-TEST_F(Dump, InspectRefusesWhatCannotBeReadInOneLine) {
+TEST_F(DumpAndInspect, InspectRejectsUnreadableFilesWithOneLineOnStandardError) {
     test::writeFile(file("empty.pcm"), "");
     test::writeFile(file("odd.pcm"), "12345");
     test::writeFile(file("text.wav"), "no sound");
@@ -174,7 +176,7 @@ TEST_F(Dump, InspectRefusesWhatCannotBeReadInOneLine) {
     }
 }
 
-TEST_F(Dump, InspectSaysWhatItAssumesAndThatNothingMatches) {
+TEST_F(DumpAndInspect, InspectStatesItsAssumptionsAndTheLackOfAMatch) {
     test::makeQuietSpeech(file("in.wav"), 2);
     test::ffmpeg({"-f", "lavfi", "-i", "anoisesrc=duration=1:sample_rate=48000:seed=5", "-ac", "2", "-f",
                   "s16le", file("other.pcm")});

@@ -1,4 +1,4 @@
-// What is measured at the ears of a file.
+// Runs `sonivex ears`, which measures the interaural differences of a file.
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-class Ears : public test::RenderTest {
+class EarsCommand : public test::RenderTest {
   protected:
     static test::ProcessResult ears(const std::vector<std::string>& arguments) {
         std::vector<std::string> command = {SONIVEX_PROGRAM, "ears"};
@@ -16,9 +16,9 @@ class Ears : public test::RenderTest {
     }
 };
 
-TEST_F(Ears, MeasureEachSegmentOfAFile) {
-    // Speech whose right ear comes 24 samples (500 us) later and 6.02 dB softer, then the same the other way
-    // round.
+TEST_F(EarsCommand, MeasuresEachSegmentOfAFile) {
+    // The right ear of the first half lags by 24 samples (500 us) and is 6.02 dB softer. The second half
+    // swaps the ears.
     const std::string path = file("in.wav");
     const std::string speech = std::string(SONIVEX_SPEECH_FOLDER) + "/Front_Center.wav";
     test::ffmpeg(
@@ -40,14 +40,14 @@ TEST_F(Ears, MeasureEachSegmentOfAFile) {
     EXPECT_NEAR(rows[1]["left_louder_db"].get<double>(), -6.02, 0.01);
 }
 
-TEST_F(Ears, WithoutSegmentsTheWholeFileIsOne) {
+TEST_F(EarsCommand, MeasuresTheWholeFileAsOneSegmentByDefault) {
     test::makeQuietSpeech(file("in.flac"), 2);
     const auto result = ears({file("in.flac")});
     ASSERT_EQ(result.exit_code, 0) << result.err;
     EXPECT_NE(result.out.find("whole file  "), std::string::npos) << result.out;
 }
 
-TEST_F(Ears, RefuseWhatCannotBeMeasuredInOneLine) {
+TEST_F(EarsCommand, RejectsUnusableInputWithOneLineOnStandardError) {
     test::makeQuietSpeech(file("mono.wav"), 1);
     test::makeQuietSpeech(file("stereo.wav"), 2);
     struct Case {

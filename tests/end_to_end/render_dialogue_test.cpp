@@ -1,4 +1,5 @@
-// Dialogue enhancement from file to file: in line with the input, and speech stands out more.
+// Renders dialogue enhancement from file to file. The output is aligned with the input, and its speech stands
+// out more.
 
 #include <gtest/gtest.h>
 
@@ -29,7 +30,7 @@ class RenderDialogue : public test::RenderTest {
     }
 };
 
-TEST_F(RenderDialogue, IsInLineWithTheInputAndAsLongForEveryCallSize) {
+TEST_F(RenderDialogue, KeepsAlignmentAndLengthForEveryCallSize) {
     const auto in = test::decode(file("mix.wav"));
     std::string expected;
     for (const auto& [size, delay] :
@@ -47,13 +48,13 @@ TEST_F(RenderDialogue, IsInLineWithTheInputAndAsLongForEveryCallSize) {
     }
 }
 
-TEST_F(RenderDialogue, RawLatencyIsTheDelayThatTheReportNames) {
+TEST_F(RenderDialogue, RawLatencyEqualsTheReportedDelay) {
     render(
         {"--effect", "dialogue", "--raw-latency", "--frame-size", "256", file("mix.wav"), file("raw.wav")});
     EXPECT_EQ(test::lateness(test::decode(file("mix.wav")), test::decode(file("raw.wav")), 2000), 1792);
 }
 
-TEST_F(RenderDialogue, LiftsSpeechOutOfItsBackgroundAndMoreWithMoreVoice) {
+TEST_F(RenderDialogue, RaisesSpeechAboveItsBackgroundMoreWithAHigherVoiceLevel) {
     double previous_db = 0.3;
     for (const char* voice : {"1", "3"}) {
         render({"--effect", "dialogue", "--voice", voice, "--force", file("mix.wav"), file("out.wav")});
@@ -67,7 +68,7 @@ TEST_F(RenderDialogue, LiftsSpeechOutOfItsBackgroundAndMoreWithMoreVoice) {
     EXPECT_NEAR(unchanged["rise_db"].get<double>(), 0.0, 0.1);
 }
 
-TEST_F(RenderDialogue, SpeechOfSamplesThatAreNoNumbersIsRefused) {
+TEST_F(RenderDialogue, SpeechCommandRejectsSamplesThatAreNotFinite) {
     test::ffmpeg({"-f", "lavfi", "-i",
                   "aevalsrc=0.1|if(eq(n\\,100)\\,0/0\\,0.1):sample_rate=48000:duration=1", "-c:a",
                   "pcm_f32le", file("broken.wav")});
@@ -75,11 +76,12 @@ TEST_F(RenderDialogue, SpeechOfSamplesThatAreNoNumbersIsRefused) {
         {SONIVEX_PROGRAM, "speech", file("speech.wav"), file("broken.wav"), file("mix.wav")});
     EXPECT_EQ(result.exit_code, 4);
     EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "sonivex: " + file("broken.wav") + ": holds samples that are not finite\n");
+    EXPECT_EQ(result.err, "sonivex: cannot measure \"" + file("broken.wav") +
+                              "\": it contains NaN or infinite samples\n");
 }
 
-// Noise on one side only is no speech in the centre: what stays is the neutral level, 4/3 less 0.02 dB.
-TEST_F(RenderDialogue, NeutralLevelIsTwoAndAHalfDecibels) {
+// Noise on one side contains no centre speech, so only the neutral gain remains: 4/3 less 0.02 dB.
+TEST_F(RenderDialogue, AppliesANeutralGainOfTwoAndAHalfDecibels) {
     test::ffmpeg({"-i", file("background.wav"), "-af", "pan=stereo|c0=c0|c1=0*c0", file("left.wav")});
     render({"--effect", "dialogue", file("left.wav"), file("out.wav")});
     const auto pair = program({"inspect", "--pair", file("left.wav"), file("out.wav")})["pairs"][0];
@@ -87,7 +89,7 @@ TEST_F(RenderDialogue, NeutralLevelIsTwoAndAHalfDecibels) {
     EXPECT_NEAR(pair["gain_db"].get<double>(), 20.0 * std::log10(4.0 / 3.0 * 0.998), 0.05);
 }
 
-TEST_F(RenderDialogue, TakesStereoOnlyAndVoiceFromOneUp) {
+TEST_F(RenderDialogue, AcceptsOnlyStereoAndVoiceLevelsOfAtLeastOne) {
     test::makeQuietSpeech(file("six.wav"), 6);
     const auto six = run({"--effect", "dialogue", file("six.wav"), file("out.wav")});
     EXPECT_EQ(six.exit_code, 5);

@@ -1,4 +1,4 @@
-// Each failure has its own exit code and one line, and leaves nothing behind.
+// Each failure of `sonivex render` has its own exit code, prints one line and leaves no file behind.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ class RenderFailure : public test::RenderTest {
     }
 };
 
-TEST_F(RenderFailure, WrongUsage) {
+TEST_F(RenderFailure, RejectsWrongUsage) {
     const std::string in = file("in.wav");
     const std::string out = file("out.wav");
     expectFailure({}, 2, "IN");
@@ -51,8 +51,8 @@ TEST_F(RenderFailure, WrongUsage) {
     expectFailure({in, out, "--stream", "-1"}, 2, "--stream");
 }
 
-TEST_F(RenderFailure, InputNotReadable) {
-    expectFailure({file("none.wav"), file("out.wav")}, 3, "none.wav: No such file");
+TEST_F(RenderFailure, ReportsAnUnreadableInput) {
+    expectFailure({file("none.wav"), file("out.wav")}, 3, "none.wav\": No such file");
     expectFailure({folder_.path(), file("out.wav")}, 3, "is a folder");
     test::writeFile(file("text.wav"), "This is no sound at all.\n");
     expectFailure({file("text.wav"), file("out.wav")}, 3, "text.wav");
@@ -60,7 +60,7 @@ TEST_F(RenderFailure, InputNotReadable) {
     expectFailure({file("empty.wav"), file("out.wav")}, 3, "empty.wav");
 }
 
-TEST_F(RenderFailure, NoAudio) {
+TEST_F(RenderFailure, ReportsAnInputWithoutAudio) {
     test::ffmpeg({"-f", "lavfi", "-i", "testsrc=duration=1:size=64x64", "-c:v", "mpeg4", file("video.mkv")});
     expectFailure({file("video.mkv"), file("out.wav")}, 4, "no audio stream");
     test::makeQuietSpeech(file("in.wav"), 1);
@@ -69,14 +69,14 @@ TEST_F(RenderFailure, NoAudio) {
     expectFailure({file("nothing.wav"), file("out.wav")}, 4, "nothing.wav");
 }
 
-TEST_F(RenderFailure, AudioThatTheEffectPassesOnUntouched) {
+TEST_F(RenderFailure, RejectsAudioThatTheEffectCannotProcess) {
     test::makeQuietSpeech(file("three.wav"), 3);
     expectFailure({file("three.wav"), file("out.wav")}, 5, "1, 2, 6 or 8 channels, not 3");
     test::makeQuietSpeech(file("rate.wav"), 2, {"-ar", "22050"});
     expectFailure({file("rate.wav"), file("out.wav")}, 5, "16000, 44100 or 48000 Hz, not 22050");
 }
 
-TEST_F(RenderFailure, OutputExists) {
+TEST_F(RenderFailure, RefusesToOverwriteAnExistingOutput) {
     test::makeQuietSpeech(file("in.wav"), 1);
     test::writeFile(file("out.wav"), "precious");
     expectFailure({file("in.wav"), file("out.wav")}, 6, "--force");
@@ -87,21 +87,21 @@ TEST_F(RenderFailure, OutputExists) {
     EXPECT_NE(test::readFile(file("out.wav")), "precious");
 }
 
-TEST_F(RenderFailure, OutputNotWritable) {
+TEST_F(RenderFailure, ReportsAnOutputThatCannotBeWritten) {
     test::makeQuietSpeech(file("in.wav"), 1);
-    expectFailure({file("in.wav"), file("no/out.wav")}, 7, "no/out.wav: cannot be written: No such file");
+    expectFailure({file("in.wav"), file("no/out.wav")}, 7, "no/out.wav\": No such file");
 }
 
-TEST_F(RenderFailure, NoSpace) {
+TEST_F(RenderFailure, ReportsAFullDisk) {
     test::makeQuietSpeech(file("in.wav"), 2);
     test::ProcessOptions options;
     options.file_size_limit_bytes = 64 * 1024;
     for (const char* name : {"out.wav", "out.flac", "out.aiff"}) {
-        expectFailure({file("in.wav"), file(name)}, 8, "cannot be written: File too large", options);
+        expectFailure({file("in.wav"), file(name)}, 8, "\": File too large", options);
     }
 }
 
-TEST_F(RenderFailure, AFailedReplacementLeavesTheOldFile) {
+TEST_F(RenderFailure, KeepsTheOldFileWhenItsReplacementFails) {
     test::makeQuietSpeech(file("in.wav"), 2);
     test::writeFile(file("out.wav"), "precious");
     test::ProcessOptions options;
@@ -110,21 +110,20 @@ TEST_F(RenderFailure, AFailedReplacementLeavesTheOldFile) {
     EXPECT_EQ(test::readFile(file("out.wav")), "precious");
 }
 
-TEST_F(RenderFailure, OutputFormat) {
+TEST_F(RenderFailure, RejectsAnUnsuitableOutputFormat) {
     test::makeQuietSpeech(file("in.wav"), 6);
     expectFailure({file("in.wav"), file("out.xyz")}, 9, ".xyz");
     expectFailure({file("in.wav"), file("out.png")}, 9, ".png");
-    expectFailure({file("in.wav"), file("out.mp3")}, 9, "mp3 cannot hold 6 channels");
+    expectFailure({file("in.wav"), file("out.mp3")}, 9, "mp3 does not support 6 channels");
 }
 
-TEST_F(RenderFailure, PluginNotFound) {
+TEST_F(RenderFailure, ReportsAMissingPlugin) {
     test::makeQuietSpeech(file("in.wav"), 1);
     expectFailure({file("in.wav"), file("out.wav"), "--plugin", file("none.so")}, 10, "none.so");
-    expectFailure({file("in.wav"), file("out.wav"), "--plugin", SONIVEX_HOST_LIBRARY}, 10,
-                  "no filter of the name");
+    expectFailure({file("in.wav"), file("out.wav"), "--plugin", SONIVEX_HOST_LIBRARY}, 10, "no filter named");
 }
 
-TEST_F(RenderFailure, AnEffectThatThePluginLacksIsNamed) {
+TEST_F(RenderFailure, NamesTheEffectThatThePluginLacks) {
     test::makeQuietSpeech(file("in.wav"), 2);
     for (const char* effect : {"normalizer", "surround", "dialogue"}) {
         expectFailure(

@@ -1,4 +1,4 @@
-// Every kind of file that people have: what comes out decodes, and is the same recording, only louder.
+// Renders every common file format. The output decodes to the same recording, only louder.
 
 #include <gtest/gtest.h>
 
@@ -14,11 +14,11 @@ struct Format {
     std::string name;
     int channels;
     std::string input;                         // file name
-    std::vector<std::string> input_arguments;  // of ffmpeg, to make it
+    std::vector<std::string> input_arguments;  // of ffmpeg, to make the input
     std::string output;
-    std::string output_codec;          // as ffprobe calls it
-    std::string output_sample_format;  // likewise
-    int extra_frames = 0;  // how much longer the output may be, where its format only holds whole blocks
+    std::string output_codec;          // name in ffprobe
+    std::string output_sample_format;  // name in ffprobe
+    int extra_frames = 0;              // allowed excess length of a format that holds only whole blocks
 };
 
 void PrintTo(const Format& format, std::ostream* stream) {
@@ -51,8 +51,8 @@ TEST_P(RenderFormat, KeepsRateChannelsAndLengthAndRaisesTheLevel) {
     EXPECT_EQ(report["input"]["frames"], frames_in);
     EXPECT_EQ(report["output"]["frames"], frames_in);
 
-    // The speech peaks at about -30 dBFS, so that the gain stays at 20 dB throughout. Lossy encoders take
-    // some of the quietest sound away, the second one more than the first.
+    // The speech peaks at about -30 dBFS, so the gain stays at 20 dB throughout. Lossy encoders remove some
+    // of the quietest sound, and the second pass removes more than the first.
     const auto energy = [](const std::vector<float>& samples) {
         double sum = 0.0;
         for (const float sample : samples) sum += static_cast<double>(sample) * sample;
@@ -98,10 +98,10 @@ INSTANTIATE_TEST_SUITE_P(
         Format{"NoExtension", 2, "in.wav", {}, "out", "pcm_s16le", "s16"}),
     [](const testing::TestParamInfo<Format>& test) { return test.param.name; });
 
-// While nothing limits, the gain of 20 dB is a factor of ten, and each of the two limiters that follow
-// settles at 0.0999 / 0.1001 of it. So every output sample is known from its input sample, but for two
+// Below the limiting threshold the gain of 20 dB is a factor of ten. Each of the two limiters behind it
+// settles at a gain of 0.0999 / 0.1001. Each output sample therefore follows from its input sample up to two
 // roundings.
-TEST_F(RenderSamples, EverySampleStaysInItsPlace) {
+TEST_F(RenderSamples, KeepsEverySampleAtItsPosition) {
     const std::string in = file("in.wav");
     test::makeQuietSpeech(in, 2);
     render({in, file("out.wav")});
@@ -117,8 +117,8 @@ TEST_F(RenderSamples, EverySampleStaysInItsPlace) {
     EXPECT_EQ(wrong, 0U);
 }
 
-// Each channel holds a tone of another pitch, and so quiet that nothing limits.
-TEST_F(RenderSamples, EveryChannelOfEveryLayoutComesOutOfItsOwnPosition) {
+// Each channel holds a tone of a different pitch, quiet enough to stay below the limiting threshold.
+TEST_F(RenderSamples, KeepsEveryChannelOfEveryLayoutAtItsPosition) {
     const std::vector<std::pair<std::string, size_t>> layouts = {
         {"5.1", 6}, {"5.1(side)", 6}, {"6.0", 6},       {"6.0(front)", 6},    {"hexagonal", 6},
         {"7.1", 8}, {"octagonal", 8}, {"7.1(wide)", 8}, {"7.1(wide-side)", 8}};
@@ -137,7 +137,7 @@ TEST_F(RenderSamples, EveryChannelOfEveryLayoutComesOutOfItsOwnPosition) {
         const auto before = test::decode(in);
         const auto after = test::decode(out);
         ASSERT_EQ(after.size(), before.size());
-        // Whole periods of every tone, so that no tone shows in another.
+        // The sum covers whole periods of every tone, so the tones are orthogonal.
         const size_t start = channels * 4800;
         for (size_t to = 0; to < channels; ++to) {
             for (size_t from = 0; from < channels; ++from) {
@@ -153,7 +153,7 @@ TEST_F(RenderSamples, EveryChannelOfEveryLayoutComesOutOfItsOwnPosition) {
     }
 }
 
-TEST_F(RenderSamples, EightBitSamplesStayEightBit) {
+TEST_F(RenderSamples, KeepsEightBitSamples) {
     const std::string in = file("in.wav");
     test::ffmpeg(
         {"-f", "lavfi", "-i", "sine=frequency=440:duration=1:sample_rate=48000", "-c:a", "pcm_u8", in});
@@ -163,7 +163,7 @@ TEST_F(RenderSamples, EightBitSamplesStayEightBit) {
     EXPECT_EQ(test::decode(file("out.wav")).size(), 48000U);
 }
 
-TEST_F(RenderSamples, ARateThatTheEncoderLacksIsChangedAndSaid) {
+TEST_F(RenderSamples, ConvertsARateThatTheEncoderLacksAndReportsIt) {
     const std::string in = file("in.wav");
     test::makeQuietSpeech(in, 2, {"-ar", "44100"});
     const auto report = render({in, file("out.opus")});
@@ -173,7 +173,7 @@ TEST_F(RenderSamples, ARateThatTheEncoderLacksIsChangedAndSaid) {
     EXPECT_NEAR(report["length_seconds"].get<double>(), seconds, 0.001);
 }
 
-TEST_F(RenderSamples, ACodecOfOneRatePlaysAtTheRightSpeed) {
+TEST_F(RenderSamples, PlaysACodecWithOneFixedRateAtTheRightSpeed) {
     const std::string in = file("in.wav");
     test::makeQuietSpeech(in, 1);
     const auto report = render({in, file("out.g722")});

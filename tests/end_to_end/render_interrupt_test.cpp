@@ -14,17 +14,17 @@ using testing::HasSubstr;
 
 class RenderInterrupt : public test::RenderTest {
   protected:
-    /** Start a render that takes many seconds, and signal it while it writes.
-     *  @param signals all of them reach it before it does anything else. */
+    // Starts a render that takes many seconds and signals it while it writes. The process is stopped
+    // meanwhile, so all of `signals` are pending when it continues.
     test::ProcessResult interrupt(const std::vector<int>& signals) {
         test::ffmpeg({"-f", "lavfi", "-i", "sine=duration=600:sample_rate=16000", file("in.wav")});
-        // The filter's own thread paces itself at a few times real time.
+        // The filter's own thread runs at only a few times real time.
         test::Process process(command({file("in.wav"), file("out.wav"), "--threaded", "--quiet"}));
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
         while (folder_.names().size() < 2 && std::chrono::steady_clock::now() < deadline) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
-        EXPECT_EQ(folder_.names().size(), 2U) << "no temporary file was seen";
+        EXPECT_EQ(folder_.names().size(), 2U) << "the program created no temporary file within 20 s";
         EXPECT_TRUE(process.isRunning());
         process.send(SIGSTOP);
         for (const int signal : signals) process.send(signal);
@@ -33,21 +33,21 @@ class RenderInterrupt : public test::RenderTest {
     }
 };
 
-TEST_F(RenderInterrupt, CtrlCLeavesNothingBehind) {
+TEST_F(RenderInterrupt, CtrlCLeavesNoFileBehind) {
     const auto result = interrupt({SIGINT});
     EXPECT_EQ(result.exit_code, 130);
     EXPECT_THAT(result.err, HasSubstr("interrupted"));
     EXPECT_THAT(folder_.names(), ElementsAre("in.wav"));
 }
 
-TEST_F(RenderInterrupt, SoDoesTermination) {
+TEST_F(RenderInterrupt, TerminationLeavesNoFileBehind) {
     EXPECT_EQ(interrupt({SIGTERM}).exit_code, 143);
     EXPECT_THAT(folder_.names(), ElementsAre("in.wav"));
 }
 
-// A program that hangs never sees the first signal; so the second one does not wait for it, which shows in
-// that it leaves out the message.
-TEST_F(RenderInterrupt, TheSecondSignalEndsTheProgramAtOnceAndLeavesNothingBehind) {
+// A program that hangs never acts on the first signal, so the second one ends it without waiting. The missing
+// message shows that it did not wait.
+TEST_F(RenderInterrupt, ASecondSignalEndsTheProgramAtOnceAndLeavesNoFileBehind) {
     const auto result = interrupt({SIGINT, SIGTERM});
     EXPECT_THAT(result.exit_code, testing::AnyOf(130, 143));
     EXPECT_EQ(result.err, "");

@@ -1,4 +1,4 @@
-// What the filter delays, how its calls are cut and on which thread it works does not show in the file.
+// The rendered file does not depend on the filter's delay, its call size or its thread.
 
 #include <gtest/gtest.h>
 
@@ -39,7 +39,7 @@ TEST_F(RenderLatency, TheFiltersOwnThreadGivesTheSameFile) {
     EXPECT_TRUE(rendered("threaded256.wav", {"--threaded", "--frame-size", "256"}) == expected);
 }
 
-TEST_F(RenderLatency, RawLatencyKeepsTheDelayAndNothingElseChanges) {
+TEST_F(RenderLatency, RawLatencyKeepsTheDelayAndChangesNothingElse) {
     rendered("out.wav", {});
     rendered("raw.wav", {"--raw-latency", "--frame-size", "256"});
     EXPECT_EQ(report_["delay_removed"], false);
@@ -51,20 +51,20 @@ TEST_F(RenderLatency, RawLatencyKeepsTheDelayAndNothingElseChanges) {
     EXPECT_EQ(std::vector<float>(raw.begin() + delay, raw.end()), aligned);
 }
 
-TEST_F(RenderLatency, ACallSizeThatTearsHolesIsRefused) {
+TEST_F(RenderLatency, RejectsACallSizeThatWouldCauseGaps) {
     const auto result = run({file("in.wav"), file("out.wav"), "--frame-size", "300"});
     EXPECT_EQ(result.exit_code, 2);
     EXPECT_EQ(folder_.names(), std::vector<std::string>{"in.wav"});
 }
 
-TEST_F(RenderLatency, AFilterThatStandsAsideChangesNothing) {
+TEST_F(RenderLatency, ABypassedFilterChangesNothing) {
     rendered("out.wav", {"--fps", "60", "--speed", "2", "--frame-size", "256"});
     EXPECT_GT(report_["frames_pushed"], 0);
     EXPECT_EQ(report_["frames_bypassed"], report_["frames_pushed"]);
     EXPECT_EQ(test::decode(file("out.wav")), test::decode(file("in.wav")));
 }
 
-TEST_F(RenderLatency, AFewSamplesAreEnough) {
+TEST_F(RenderLatency, RendersAFileOfThreeFrames) {
     test::ffmpeg(
         {"-i", file("in.wav"), "-af", "atrim=start_sample=20000:end_sample=20003", file("short.wav")});
     render({file("short.wav"), file("out.wav")});

@@ -1,4 +1,4 @@
-// What the program says, and where.
+// Checks which messages the program prints on standard output and which on standard error.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,16 +27,16 @@ class RenderMessage : public test::RenderTest {
     }
 };
 
-TEST_F(RenderMessage, TheSummaryStandsAloneOnStandardOutput) {
+TEST_F(RenderMessage, StandardOutputHoldsOnlyTheSummary) {
     const auto result = say({});
     EXPECT_THAT(result.out, StartsWith("Input"));
     EXPECT_THAT(result.out, HasSubstr("Loudness"));
     EXPECT_THAT(result.out, HasSubstr("of the filter, 0 dropped, 0 bypassed"));
-    // The mixer of the normalizer prints a line of its own.
+    // The normalizer's mixer logs a version line, which belongs on standard error.
     EXPECT_THAT(result.out, Not(HasSubstr("Version")));
     EXPECT_THAT(result.err, HasSubstr("Version"));
     EXPECT_THAT(result.err, HasSubstr("in.wav -> "));
-    // Only an error begins so.
+    // Only error messages begin with this prefix.
     EXPECT_THAT(result.err, Not(HasSubstr("sonivex: ")));
 }
 
@@ -49,7 +49,7 @@ TEST_F(RenderMessage, JsonIsOneObjectOnOneLine) {
     EXPECT_LT(json["input"]["sample_peak_dbfs"], json["output"]["sample_peak_dbfs"]);
 }
 
-TEST_F(RenderMessage, QuietSaysNothingButKeepsTheJson) {
+TEST_F(RenderMessage, QuietPrintsNothingButTheJson) {
     auto result = say({"--quiet"});
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err, "");
@@ -63,15 +63,15 @@ TEST_F(RenderMessage, VerboseShowsTheFiltersLog) {
     EXPECT_THAT(say({}).err, Not(HasSubstr("SonivexFilter: ")));
 }
 
-TEST_F(RenderMessage, SilenceHasNoLoudness) {
+TEST_F(RenderMessage, ReportsNoLoudnessForSilence) {
     test::ffmpeg({"-f", "lavfi", "-i", "anullsrc=duration=1:sample_rate=48000", file("silence.wav")});
     const auto report = render({file("silence.wav"), file("out.wav")});
     EXPECT_TRUE(report["input"]["integrated_lufs"].is_null());
     EXPECT_TRUE(report["output"]["sample_peak_dbfs"].is_null());
 }
 
-// A file opened while a standard descriptor is closed would take its number, and the messages with it.
-TEST_F(RenderMessage, ClosedDescriptorsPutNoMessageIntoTheOutput) {
+// A file opened while a standard descriptor is closed would get its number and then receive the messages.
+TEST_F(RenderMessage, ClosedStandardDescriptorsPutNoMessageIntoTheOutputFile) {
     say({});
     const std::string expected = test::readFile(file("out.wav"));
     int number = 0;
@@ -82,7 +82,7 @@ TEST_F(RenderMessage, ClosedDescriptorsPutNoMessageIntoTheOutput) {
     }
 }
 
-TEST_F(RenderMessage, ASummaryThatCannotBeWrittenIsAFailureAfterTheOutputIsWhole) {
+TEST_F(RenderMessage, FailsAfterCompletingTheOutputWhenTheSummaryCannotBeWritten) {
     say({});
     const std::string expected = test::readFile(file("out.wav"));
     int number = 0;
@@ -90,7 +90,7 @@ TEST_F(RenderMessage, ASummaryThatCannotBeWrittenIsAFailureAfterTheOutputIsWhole
         const std::string out = file("unheard" + std::to_string(number++) + ".wav");
         const auto result = runRedirected(output, {file("in.wav"), out});
         EXPECT_EQ(result.exit_code, 1) << output;
-        EXPECT_THAT(result.err, HasSubstr("sonivex: standard output cannot be written")) << output;
+        EXPECT_THAT(result.err, HasSubstr("sonivex: cannot write to standard output")) << output;
         EXPECT_TRUE(test::readFile(out) == expected) << output;
         EXPECT_EQ(runRedirected(output, {file("in.wav"), out, "--force", "--quiet"}).exit_code, 0) << output;
     }

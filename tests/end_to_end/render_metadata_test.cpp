@@ -7,7 +7,7 @@ namespace {
 
 class RenderMetadata : public test::RenderTest {
   protected:
-    /** The tags of a file, those of its stream among them, with lower-case names. */
+    // Returns the tags of a file and its first stream, with lower-case names.
     nlohmann::json tagsOf(const std::string& name) {
         const auto description = test::probe(file(name));
         nlohmann::json tags = nlohmann::json::object();
@@ -23,7 +23,7 @@ class RenderMetadata : public test::RenderTest {
     }
 };
 
-TEST_F(RenderMetadata, TitleAndArtistGoFromFormatToFormat) {
+TEST_F(RenderMetadata, CarriesTitleAndArtistFromFormatToFormat) {
     test::makeQuietSpeech(file("0.wav"), 2, {"-metadata", "title=Names", "-metadata", "artist=Speakers"});
     const std::vector<std::string> chain = {"0.wav", "1.flac", "2.ogg",  "3.mkv",
                                             "4.m4a", "5.mp3",  "6.opus", "7.wav"};
@@ -35,7 +35,7 @@ TEST_F(RenderMetadata, TitleAndArtistGoFromFormatToFormat) {
     }
 }
 
-TEST_F(RenderMetadata, LoudnessFiguresOfTheOldFileAreNotKept) {
+TEST_F(RenderMetadata, DropsTheLoudnessTagsOfTheInput) {
     test::makeQuietSpeech(file("in.flac"), 2,
                           {"-metadata", "REPLAYGAIN_TRACK_GAIN=+20 dB", "-metadata", "title=A"});
     ASSERT_TRUE(tagsOf("in.flac").contains("replaygain_track_gain"));
@@ -44,7 +44,7 @@ TEST_F(RenderMetadata, LoudnessFiguresOfTheOldFileAreNotKept) {
     EXPECT_EQ(tagsOf("out.flac").value("title", ""), "A");
 }
 
-TEST_F(RenderMetadata, TheStreamsLanguageStaysWithTheStream) {
+TEST_F(RenderMetadata, KeepsTheLanguageOfTheStream) {
     test::makeQuietSpeech(file("in.mkv"), 2, {"-c:a", "flac", "-metadata:s:a:0", "language=swe"});
     render({file("in.mkv"), file("out.mka")});
     EXPECT_EQ(test::probe(file("out.mka"))["streams"][0]["tags"]["language"], "swe");

@@ -1,4 +1,4 @@
-// Inputs that are not just one clean audio stream.
+// Renders inputs that are more than one clean audio stream.
 
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ class RenderSource : public test::RenderTest {
     }
 };
 
-TEST_F(RenderSource, TakesTheAudioOfAVideo) {
+TEST_F(RenderSource, RendersTheAudioOfAVideo) {
     test::makeQuietSpeech(file("sound.wav"), 2);
     test::ffmpeg({"-f", "lavfi", "-i", "testsrc=duration=1:size=64x64", "-i", file("sound.wav"), "-c:v",
                   "mpeg4", "-c:a", "flac", file("in.mkv")});
@@ -28,7 +28,7 @@ TEST_F(RenderSource, TakesTheAudioOfAVideo) {
     EXPECT_EQ(test::decode(file("out.wav")).size(), test::decode(file("sound.wav")).size());
 }
 
-TEST_F(RenderSource, StreamChoosesAmongTheAudioStreams) {
+TEST_F(RenderSource, TheStreamOptionSelectsAnAudioStream) {
     test::ffmpeg({"-f",   "lavfi",     "-i",          "testsrc=duration=1:size=64x64",
                   "-f",   "lavfi",     "-i",          "sine=frequency=300:duration=1:sample_rate=48000",
                   "-f",   "lavfi",     "-i",          "sine=frequency=900:duration=1:sample_rate=48000",
@@ -41,7 +41,7 @@ TEST_F(RenderSource, StreamChoosesAmongTheAudioStreams) {
     EXPECT_NEAR(static_cast<double>(zeroCrossings(test::decode(file("second.wav")))), 1800.0, 3.0);
 }
 
-TEST_F(RenderSource, AStreamThatChangesItsRateAndChannelsGoesOn) {
+TEST_F(RenderSource, ContinuesWhenAStreamChangesItsRateAndChannels) {
     test::makeQuietSpeech(file("a.aac"), 2, {"-ar", "48000"});
     test::makeQuietSpeech(file("b.aac"), 1, {"-ar", "44100"});
     test::writeFile(file("in.aac"), test::readFile(file("a.aac")) + test::readFile(file("b.aac")));
@@ -50,11 +50,11 @@ TEST_F(RenderSource, AStreamThatChangesItsRateAndChannelsGoesOn) {
     EXPECT_EQ(report["output"]["channels"], 2);
     const double seconds = static_cast<double>(test::decode(file("a.aac")).size()) / 2 / 48000 +
                            static_cast<double>(test::decode(file("b.aac")).size()) / 44100;
-    // Decoders differ by a block where one stream ends and the other begins.
+    // Decoders differ by one block at the boundary between the two streams.
     EXPECT_NEAR(report["length_seconds"].get<double>(), seconds, 2.0 * 1024 / 44100);
 }
 
-TEST_F(RenderSource, DamageIsSkippedCountedAndSaid) {
+TEST_F(RenderSource, SkipsCountsAndReportsDamagedFrames) {
     test::makeQuietSpeech(file("in.flac"), 2);
     std::string bytes = test::readFile(file("in.flac"));
     ASSERT_GT(bytes.size(), 20'000U);
@@ -67,7 +67,7 @@ TEST_F(RenderSource, DamageIsSkippedCountedAndSaid) {
     EXPECT_FALSE(test::decode(file("out.wav")).empty());
 }
 
-TEST_F(RenderSource, ATruncatedFileIsRenderedAsFarAsItGoes) {
+TEST_F(RenderSource, RendersATruncatedFileToItsEnd) {
     test::makeQuietSpeech(file("in.flac"), 2);
     const std::string bytes = test::readFile(file("in.flac"));
     test::writeFile(file("half.flac"), bytes.substr(0, bytes.size() / 2));
@@ -76,13 +76,13 @@ TEST_F(RenderSource, ATruncatedFileIsRenderedAsFarAsItGoes) {
     EXPECT_EQ(report["output"]["frames"], report["input"]["frames"]);
 }
 
-TEST_F(RenderSource, AFileNameMayHoldAColon) {
+TEST_F(RenderSource, AcceptsAFileNameWithAColon) {
     test::makeQuietSpeech(file("a:b.wav"), 1);
     render({file("a:b.wav"), file("c:d.wav")});
     EXPECT_EQ(test::decode(file("c:d.wav")).size(), test::decode(file("a:b.wav")).size());
 }
 
-TEST_F(RenderSource, AFileMayBeRenderedIntoItself) {
+TEST_F(RenderSource, CanRenderAFileOntoItself) {
     test::makeQuietSpeech(file("in.wav"), 1);
     const auto before = test::decode(file("in.wav"));
     render({file("in.wav"), file("in.wav"), "--force"});

@@ -1,4 +1,5 @@
-// Surround from file to file: any layout in, stereo in the same sample format out, aligned and as long.
+// Renders surround from file to file. Any supported layout becomes stereo of the same sample format and
+// length, aligned with the input.
 
 #include <gtest/gtest.h>
 
@@ -19,8 +20,8 @@ struct Case {
     std::string layout;
     std::string type;
     int64_t tail;
-    double left;   // where a click of the first channel arrives at the left ear, in frames after it
-    double right;  // likewise; negative: it does not arrive there
+    double left;   // delay of a click in the first channel to the left ear, in frames
+    double right;  // delay to the right ear, in frames; negative: the click does not reach it
 };
 
 void PrintTo(const Case& test, std::ostream* stream) {
@@ -29,7 +30,7 @@ void PrintTo(const Case& test, std::ostream* stream) {
 
 class RenderSurround : public test::RenderTest {
   protected:
-    /** A file of float samples with a click of a quarter of full scale at kClick in the first channel. */
+    // Writes a file of float samples with a click of 0.25 of full scale at frame kClick in the first channel.
     std::string makeClick(int channels, const std::string& layout) const {
         const std::string path = file("in.wav");
         std::string expression = "if(eq(n\\," + std::to_string(kClick) + ")\\,0.25\\,0)";
@@ -47,7 +48,7 @@ class RenderSurround : public test::RenderTest {
         return samples;
     }
 
-    /** The first sample at a tenth of the peak. */
+    // Returns the index of the first sample that reaches a tenth of the peak.
     static double arrival(const std::vector<float>& samples) {
         float peak = 0.0F;
         for (const float sample : samples) peak = std::max(peak, std::abs(sample));
@@ -65,7 +66,7 @@ class RenderSurround : public test::RenderTest {
 
 class RenderSurroundLayout : public RenderSurround, public testing::WithParamInterface<Case> {};
 
-TEST_P(RenderSurroundLayout, IsAlignedStereoOfTheSameFormatAndLengthAndATailIfAsked) {
+TEST_P(RenderSurroundLayout, RendersAlignedStereoOfTheSameFormatAndLengthWithAnOptionalTail) {
     const Case& test = GetParam();
     const std::string in = makeClick(test.channels, test.layout);
     const auto report =
@@ -88,14 +89,15 @@ TEST_P(RenderSurroundLayout, IsAlignedStereoOfTheSameFormatAndLengthAndATailIfAs
         EXPECT_EQ(energy(channel(out, 1), 0), 0.0);
     }
 
-    // With the tail, what was there stays there.
+    // The tail extends the output and leaves its beginning unchanged.
     const auto tail = test::decode(file("tail.wav"));
     ASSERT_EQ(tail.size(), 2U * static_cast<size_t>(kLength + test.tail));
     EXPECT_TRUE(std::equal(out.begin(), out.end(), tail.begin()));
 }
 
-// Arrivals are those of the tables (30 degrees: 34 and 46 samples); MegaBass has 40 of its second stage more,
-// and with two channels does not cross over: each ear hears both loudspeakers of its own channel.
+// The arrival times come from the response tables (30 degrees: 34 and 46 samples). The second stage of
+// MegaBass adds 40 samples. MegaBass in stereo has no crosstalk: each ear hears both loudspeakers of its own
+// channel.
 INSTANTIATE_TEST_SUITE_P(Layouts, RenderSurroundLayout,
                          testing::Values(Case{"Mono3D", 1, "mono", "3DSurround", 13000, 34, 34},
                                          Case{"MonoMegaBass", 1, "mono", "MegaBass", 12999, 74, 74},
@@ -107,9 +109,9 @@ INSTANTIATE_TEST_SUITE_P(Layouts, RenderSurroundLayout,
                                          Case{"SevenOneMegaBass", 8, "7.1", "MegaBass", 12999, 74, 86}),
                          [](const testing::TestParamInfo<Case>& test) { return test.param.name; });
 
-TEST_F(RenderSurround, TheTailHoldsAllThatTheRoomStillSays) {
+TEST_F(RenderSurround, TheTailHoldsTheWholeReverberation) {
     test::makeQuietSpeech(file("speech.wav"), 6, {"-c:a", "pcm_f32le"});
-    // The same speech with a second of silence behind it, which is more than the room needs.
+    // The same speech is followed by a second of silence, which is longer than the reverberation.
     test::ffmpeg(
         {"-i", file("speech.wav"), "-af", "apad=pad_len=48000", "-c:a", "pcm_f32le", file("long.wav")});
     render({"--effect", "surround", "--no-limiter", "--tail", file("speech.wav"), file("tail.wav")});
@@ -121,7 +123,7 @@ TEST_F(RenderSurround, TheTailHoldsAllThatTheRoomStillSays) {
     EXPECT_EQ(energy(whole, tail.size()), 0.0);
 }
 
-TEST_F(RenderSurround, TheLimiterHoldsALoudMixBelowFullScaleAndClippingDoesNot) {
+TEST_F(RenderSurround, OnlyTheLimiterKeepsALoudMixBelowFullScale) {
     const std::string in = file("loud.wav");
     test::makeQuietSpeech(file("speech.wav"), 8, {"-c:a", "pcm_f32le"});
     test::ffmpeg(
@@ -132,7 +134,7 @@ TEST_F(RenderSurround, TheLimiterHoldsALoudMixBelowFullScaleAndClippingDoesNot) 
     EXPECT_LT(limited["output"]["sample_peak_dbfs"].get<double>(), -0.001);
 }
 
-TEST_F(RenderSurround, TailIsRefusedForAnEffectWithoutOne) {
+TEST_F(RenderSurround, RejectsATailForAnEffectWithoutReverberation) {
     test::makeQuietSpeech(file("in.wav"), 2);
     const auto result = run({"--effect", "normalizer", "--tail", file("in.wav"), file("out.wav")});
     EXPECT_EQ(result.exit_code, 2);

@@ -1,4 +1,4 @@
-// The list of the impulse responses and their pictures.
+// Runs `sonivex responses`, which lists and plots the impulse responses.
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-class Responses : public testing::Test {
+class ResponsesCommand : public testing::Test {
   protected:
     static test::ProcessResult responses(const std::vector<std::string>& arguments) {
         std::vector<std::string> command = {SONIVEX_PROGRAM, "responses"};
@@ -24,18 +24,18 @@ class Responses : public testing::Test {
     test::TemporaryFolder folder_;
 };
 
-TEST_F(Responses, ListEveryTable) {
+TEST_F(ResponsesCommand, ListsEveryTable) {
     const auto result = responses({"--json"});
     ASSERT_EQ(result.exit_code, 0) << result.err;
     const auto rows = nlohmann::json::parse(result.out);
-    EXPECT_EQ(rows.size(), 117U);  // 58 pairs and the one of the Audio stage
+    EXPECT_EQ(rows.size(), 117U);  // 58 pairs and the single response of the Audio stage
     for (const auto& row : rows) {
         EXPECT_GT(row["peak"], 0.0) << row;
         EXPECT_TRUE(row["reverberation_s"].is_number()) << row;
     }
 }
 
-TEST_F(Responses, OfAFrontLoudspeakerReachTheNearEarFirstAndLouder) {
+TEST_F(ResponsesCommand, AFrontLoudspeakerReachesTheNearEarFirstAndLouder) {
     const auto result = responses({"--set", "cingo", "--source", "2", "--json"});
     ASSERT_EQ(result.exit_code, 0) << result.err;
     const auto rows = nlohmann::json::parse(result.out);
@@ -45,13 +45,13 @@ TEST_F(Responses, OfAFrontLoudspeakerReachTheNearEarFirstAndLouder) {
     EXPECT_LT(rows[0]["energy_db"], rows[1]["energy_db"]);
 }
 
-TEST_F(Responses, ArePlottedIntoAPngFile) {
+TEST_F(ResponsesCommand, PlotsAPairIntoAPngFile) {
     const std::string path = folder_.file("pair.png");
     const auto result = responses({"--set", "7.1-mode1", "--source", "5", "--plot", path});
     ASSERT_EQ(result.exit_code, 0) << result.err;
     std::ifstream stream(path, std::ios::binary);
     const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    ASSERT_GT(bytes.size(), 20000U);  // an empty picture has some 5000
+    ASSERT_GT(bytes.size(), 20000U);  // an empty image takes about 5000 bytes
     EXPECT_EQ(std::string(bytes.data(), 8), "\x89PNG\r\n\x1a\n");
     const auto big_endian = [&](size_t offset) {
         std::uint32_t value = 0;
@@ -62,7 +62,7 @@ TEST_F(Responses, ArePlottedIntoAPngFile) {
     EXPECT_EQ(big_endian(20), 1350U);
 }
 
-TEST_F(Responses, RefuseWhatCannotBeDoneInOneLineAndLeaveNothing) {
+TEST_F(ResponsesCommand, RejectsWrongUsageWithOneLineAndLeavesNoFile) {
     struct Case {
         std::vector<std::string> arguments;
         int exit_code;

@@ -9,9 +9,10 @@ extern "C" {
 
 namespace test {
 
-/** libavutil refuses allocations beyond a limit, for all of the program, as long as it lives. */
+/** Makes libavutil refuse allocations above a limit while it lives, in the whole program. */
 class AllocationLimit {
   public:
+    /** @param bytes Largest allocation that still succeeds. */
     explicit AllocationLimit(std::size_t bytes) { av_max_alloc(bytes); }
     AllocationLimit(const AllocationLimit&) = delete;
     AllocationLimit& operator=(const AllocationLimit&) = delete;

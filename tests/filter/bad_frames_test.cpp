@@ -1,5 +1,5 @@
-// Frames that lie, change or hold nothing: a clear answer, and the next good frame is processed as if nothing
-// was.
+// Passes malformed frames to the filter: ones that contradict their description, change the stream or hold
+// nothing. The filter reports a clear result and processes the next good frame normally.
 #include <gtest/gtest.h>
 
 extern "C" {
@@ -17,9 +17,9 @@ using Vorlin::IQFFrame;
 
 constexpr int kInvalidArgument = -22;
 
-// The result of the loop for one frame, which is not passed on.
+// Expects that the loop gives up one frame with this result and log line, and processes the next good frame.
 void expectGivenUp(std::unique_ptr<IQFFrame> frame, int result, const std::string& log_line) {
-    Vorlin::sonivexFilter filter({}, {}, true);  // not initialised: the test is the worker
+    Vorlin::sonivexFilter filter({}, {}, true);  // not initialised: the test runs the worker's loop
     filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
     filter.setInvalid(false);
     LogCapture log;
@@ -40,7 +40,7 @@ std::string lie(int channels, int samples) {
            ", samples " + std::to_string(samples);
 }
 
-TEST(BadFrames, WithoutDataAreGivenUp) {
+TEST(FilterBadFrames, AreGivenUpWithoutData) {
     for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
         auto frame = makeFrame({.format = format}, noise(1));
         AVFrame* av = *frame;
@@ -50,7 +50,7 @@ TEST(BadFrames, WithoutDataAreGivenUp) {
     }
 }
 
-TEST(BadFrames, WithoutAnySampleAreGivenUp) {
+TEST(FilterBadFrames, AreGivenUpWithoutSamples) {
     for (const int samples : {0, -1, INT32_MIN}) {
         auto frame = makeFrame({}, noise(1));
         static_cast<AVFrame*>(*frame)->nb_samples = samples;
@@ -58,7 +58,7 @@ TEST(BadFrames, WithoutAnySampleAreGivenUp) {
     }
 }
 
-TEST(BadFrames, OfMoreSamplesThanTheirBuffersHoldAreGivenUp) {
+TEST(FilterBadFrames, AreGivenUpWithMoreSamplesThanTheirBuffersHold) {
     for (const AVSampleFormat format : allSampleFormats()) {
         for (const int samples : {1200, 1 << 20, INT32_MAX}) {
             auto frame = makeFrame({.format = format}, noise(1));
@@ -68,13 +68,13 @@ TEST(BadFrames, OfMoreSamplesThanTheirBuffersHoldAreGivenUp) {
     }
 }
 
-TEST(BadFrames, WithAMissingPlaneAreGivenUp) {
+TEST(FilterBadFrames, AreGivenUpWithAMissingPlane) {
     auto frame = makeFrame({.format = AV_SAMPLE_FMT_S16P, .channels = 6}, noise(1));
     static_cast<AVFrame*>(*frame)->extended_data[4] = nullptr;
     expectGivenUp(std::move(frame), kInvalidArgument, lie(6, 1024));
 }
 
-TEST(BadFrames, WhoseDescriptionContradictsThemAreGivenUp) {
+TEST(FilterBadFrames, AreGivenUpWithAContradictingDescription) {
     const std::function<void(IQFFrame::audioInfo&)> lies[] = {
         [](auto& info) { info.channels = 6; },          [](auto& info) { info.format = AV_SAMPLE_FMT_FLT; },
         [](auto& info) { info.sample_rate = 44100; },   [](auto& info) { info.format = 1000; },
@@ -88,7 +88,7 @@ TEST(BadFrames, WhoseDescriptionContradictsThemAreGivenUp) {
     }
 }
 
-TEST(BadFrames, ArePassedOnUntouchedWhileTheFilterIsInvalid) {
+TEST(FilterBadFrames, ArePassedOnUntouchedWhileTheFilterIsInvalid) {
     FilterUnderTest filter;
     filter.options(R"({"enable_normalizer": true})");
     auto frame = makeFrame({}, noise(1));
@@ -97,7 +97,7 @@ TEST(BadFrames, ArePassedOnUntouchedWhileTheFilterIsInvalid) {
     EXPECT_EQ(filter.pass(std::move(frame)).get(), identity);
 }
 
-TEST(BadFrames, OfZeroChannelsOrRateArePassedOn) {
+TEST(FilterBadFrames, ArePassedOnWithInvalidChannelsOrRate) {
     FilterUnderTest filter;
     filter.startNormalizer();
     auto frame = makeFrame({}, noise(1));
@@ -108,9 +108,8 @@ TEST(BadFrames, OfZeroChannelsOrRateArePassedOn) {
     EXPECT_NE(filter.pass(std::move(frame)), nullptr);
 }
 
-// A player flushes on a change of stream; if it does not, the frames of the new stream are refused one by
-// one.
-TEST(BadFrames, OfAnotherStreamWithoutAFlushAreRefusedAndTheOldStreamGoesOn) {
+// A player must flush when the stream changes. Otherwise the filter refuses every frame of the new stream.
+TEST(FilterBadFrames, AreRefusedAfterAStreamChangeWithoutAFlush) {
     const FrameSpec first{.format = AV_SAMPLE_FMT_FLTP};
     const FrameSpec changes[] = {
         {.format = AV_SAMPLE_FMT_S16},
@@ -147,10 +146,10 @@ TEST(BadFrames, OfAnotherStreamWithoutAFlushAreRefusedAndTheOldStreamGoesOn) {
     }
 }
 
-// A frame may point into memory that is not reference-counted: a player's own buffer.
-class PlayersOwnMemory : public ::testing::TestWithParam<AVSampleFormat> {
+// A frame may point into memory that is not reference-counted, such as a player's own buffer.
+class FilterNonRefcountedFrames : public ::testing::TestWithParam<AVSampleFormat> {
   protected:
-    // A frame whose planes lie one after the other in `memory`, without anything behind them.
+    // Makes a frame whose planes lie one after the other in `memory`, with nothing behind them.
     std::unique_ptr<AVQFFrame> pointInto(std::vector<uint8_t>& memory, const AVFrame* original,
                                          int line_size) {
         const bool is_planar = av_sample_fmt_is_planar(GetParam()) != 0;
@@ -173,18 +172,18 @@ class PlayersOwnMemory : public ::testing::TestWithParam<AVSampleFormat> {
         return std::make_unique<AVQFFrame>(av);
     }
 
-    static constexpr int kExact = INT32_MAX;  // line size: the bytes of a plane
+    static constexpr int kExact = INT32_MAX;  // stands for a line size of exactly one plane
 };
 
-INSTANTIATE_TEST_SUITE_P(BadFrames, PlayersOwnMemory, ::testing::ValuesIn(allSampleFormats()),
+INSTANTIATE_TEST_SUITE_P(EveryFormat, FilterNonRefcountedFrames, ::testing::ValuesIn(allSampleFormats()),
                          [](const auto& parameter) { return av_get_sample_fmt_name(parameter.param); });
 
-TEST_P(PlayersOwnMemory, IsProcessedAndLeftAloneWithAndWithoutALineSize) {
+TEST_P(FilterNonRefcountedFrames, AreProcessedIntoNewMemoryWithAndWithoutALineSize) {
     for (const int line_size : {kExact, 0}) {
         SCOPED_TRACE("line size " + std::to_string(line_size));
         FilterUnderTest filter;
         filter.startNormalizer();
-        FilterUnderTest other;  // gets the same in reference-counted frames
+        FilterUnderTest other;  // receives the same samples in reference-counted frames
         other.startNormalizer();
         for (uint32_t seed = 0; seed < 3; ++seed) {
             auto counted = makeFrame({.format = GetParam()}, noise(seed, 2000));
@@ -201,7 +200,7 @@ TEST_P(PlayersOwnMemory, IsProcessedAndLeftAloneWithAndWithoutALineSize) {
     }
 }
 
-TEST_P(PlayersOwnMemory, OfALineSizeThatIsTooSmallIsGivenUp) {
+TEST_P(FilterNonRefcountedFrames, AreGivenUpWithATooSmallLineSize) {
     for (const int line_size : {1, 1023, -1, INT32_MIN}) {
         const auto counted = makeFrame({.format = GetParam()}, noise(1));
         std::vector<uint8_t> memory;

@@ -1,5 +1,5 @@
-// The filter as its player sees it: the operations and their slots, the fields' first values, the queues'
-// limits.
+// Checks the filter as its player sees it: its operations, the order and initial values of its fields, and
+// the limits of its queues.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -22,7 +22,7 @@ std::unique_ptr<IQFFrame> anyFrame() {
     return makeFrame({}, noise(1));
 }
 
-TEST(FilterContract, DerivesFromTheAudioFilterFirstAndThePrototypeSecond) {
+TEST(FilterContract, DerivesFromIAudioFilterFirstAndFilterPrototypeSecond) {
     static_assert(std::is_base_of_v<IFilter, IAudioFilter>);
     FilterUnderTest filter;
     const auto* audio_filter = static_cast<const IAudioFilter*>(&*filter);
@@ -32,7 +32,7 @@ TEST(FilterContract, DerivesFromTheAudioFilterFirstAndThePrototypeSecond) {
     EXPECT_EQ(dynamic_cast<const sonivexFilter*>(prototype), &*filter);
 }
 
-TEST(FilterContract, StartsWithTheDocumentedFieldValues) {
+TEST(FilterContract, StartsWithItsDocumentedFieldValues) {
     FilterUnderTest filter;
     EXPECT_EQ(filter.field(Peer::kSurroundHandle), nullptr);
     EXPECT_EQ(filter.field(Peer::kDialogueHandle), nullptr);
@@ -66,7 +66,7 @@ TEST(FilterContract, StartsWithTheDocumentedFieldValues) {
     EXPECT_EQ(filter.field(Peer::kOutSampleRate), -1);
 }
 
-TEST(FilterContract, KeepsItsFieldsInTheDocumentedOrder) {
+TEST(FilterContract, KeepsItsFieldsInDocumentedOrder) {
     FilterUnderTest filter;
     const void* const addresses[] = {
         &filter.field(Peer::kSurroundHandle),
@@ -106,7 +106,7 @@ TEST(FilterContract, KeepsItsFieldsInTheDocumentedOrder) {
         EXPECT_LT(addresses[i - 1], addresses[i]) << "field " << i;
 }
 
-TEST(FilterContract, AnswersToSonivexAndNothingElse) {
+TEST(FilterContract, AnswersOnlyToTheNameSonivex) {
     FilterUnderTest filter;
     EXPECT_TRUE(filter->is_supported("sonivex", 1, 2, 3));
     for (const char* name : {"", "sonive", "sonivex2", "Sonivex", "SonivexFilter"}) {
@@ -116,7 +116,7 @@ TEST(FilterContract, AnswersToSonivexAndNothingElse) {
     EXPECT_EQ(filter->getName(), "SonivexFilter");
 }
 
-TEST(FilterContract, IsFoundByNameAndClonedIntoAWorkingFilter) {
+TEST(FilterContract, IsFoundByNameAndClonesAWorkingFilter) {
     const auto clone = filterPrototype::createFilter("sonivex", {}, {}, true);
     ASSERT_NE(clone, nullptr);
     auto* filter = dynamic_cast<sonivexFilter*>(clone.get());
@@ -126,26 +126,26 @@ TEST(FilterContract, IsFoundByNameAndClonedIntoAWorkingFilter) {
     EXPECT_NE(filter->*Peer::kThread, nullptr);
 }
 
-TEST(FilterContract, InitTwiceKeepsTheOneWorker) {
+TEST(FilterContract, KeepsItsOneWorkerOnASecondInit) {
     FilterUnderTest filter(Mode::Active);
     const auto* worker = filter.field(Peer::kThread).get();
     EXPECT_TRUE(filter->init(0));
     EXPECT_EQ(filter.field(Peer::kThread).get(), worker);
 }
 
-TEST(FilterContract, StoresTheTargetAndNothingElse) {
+TEST(FilterContract, StoresTheCurrentTarget) {
     FilterUnderTest filter;
     filter->setCurrentTarget("a film");
     EXPECT_EQ(filter.field(Peer::kCurrentTarget), "a film");
 }
 
-TEST(FilterContract, SaysNothingAboutItsOwnValidity) {
+TEST(FilterContract, IsInvalidReturnsFalseEvenWhileInvalid) {
     FilterUnderTest filter;
-    EXPECT_FALSE(filter->isInvalid()) << "the player keeps its own record";
+    EXPECT_FALSE(filter->isInvalid()) << "the player keeps its own record of the state";
     EXPECT_TRUE(filter.field(Peer::kInvalid));
 }
 
-TEST(FilterQueues, PullOnAnEmptyQueueLeavesTheCallersFrame) {
+TEST(FilterQueues, PullFromAnEmptyQueueKeepsTheCallersFrame) {
     FilterUnderTest filter;
     auto frame = anyFrame();
     const auto* before = frame.get();
@@ -164,8 +164,8 @@ TEST(FilterQueues, PullReplacesTheCallersFrame) {
     EXPECT_EQ(pulled.get(), identity);
 }
 
-// An active filter that was not initialised has no worker, so what was pushed stays queued.
-TEST(FilterQueues, PushWithTwoFramesWaitingForTheWorkerLeavesTheFrameWithTheCaller) {
+// An active filter that was not initialised has no worker, so pushed frames stay queued.
+TEST(FilterQueues, PushIsRefusedWhileTwoFramesWaitForTheWorker) {
     sonivexFilter filter({}, {}, true);
     for (int i = 0; i < 2; ++i) {
         auto frame = anyFrame();
@@ -177,10 +177,10 @@ TEST(FilterQueues, PushWithTwoFramesWaitingForTheWorkerLeavesTheFrameWithTheCall
     EXPECT_EQ(third.get(), identity);
 }
 
-TEST(FilterQueues, PushWithThreeFramesWaitingForPullLeavesTheFrameWithTheCaller) {
+TEST(FilterQueues, PushIsRefusedWhileThreeFramesWaitForPull) {
     sonivexFilter filter({}, {}, true);
     for (int i = 0; i < 3; ++i) {
-        // Queued for pull behind the loop's back, which itself rests at two.
+        // The test fills the output queue directly, because the loop itself stops at two frames.
         ASSERT_TRUE((filter.*Peer::kOutQueue).push(anyFrame().release()));
     }
     auto frame = anyFrame();
@@ -191,7 +191,7 @@ TEST(FilterQueues, PushWithThreeFramesWaitingForPullLeavesTheFrameWithTheCaller)
     EXPECT_EQ(filter.push(frame, 0), 0);
 }
 
-TEST(FilterQueues, TheLoopRestsWhileTwoFramesWaitForPull) {
+TEST(FilterQueues, TheLoopStopsWhileTwoFramesWaitForPull) {
     FilterUnderTest filter;
     for (int i = 0; i < 4; ++i) {
         auto frame = anyFrame();
@@ -201,7 +201,7 @@ TEST(FilterQueues, TheLoopRestsWhileTwoFramesWaitForPull) {
     EXPECT_EQ(filter.field(Peer::kInQueue).sizeForConsumer(), 2u);
 }
 
-TEST(FilterQueues, HoldTenFramesEachAndThenStoreNothing) {
+TEST(FilterQueues, HoldTenElementsAndRefuseMore) {
     Vorlin::SpscQueue<int> queue(11);
     for (int i = 0; i < 10; ++i) EXPECT_TRUE(queue.push(i));
     EXPECT_FALSE(queue.push(10));
@@ -217,7 +217,7 @@ TEST(FilterQueues, HoldTenFramesEachAndThenStoreNothing) {
     EXPECT_EQ(untouched, 77);
 }
 
-TEST(FilterQueues, HandOutEveryFrameInOrder) {
+TEST(FilterQueues, DeliverEveryFrameInOrder) {
     for (const Mode mode : {Mode::Inactive, Mode::Active}) {
         FilterUnderTest filter(mode);
         std::vector<const IQFFrame*> pushed;
@@ -227,8 +227,8 @@ TEST(FilterQueues, HandOutEveryFrameInOrder) {
             pushed.push_back(frame.get());
             filter.pushPatiently(std::move(frame), pulled);
         }
-        // What still waits behind two finished frames moves on with the next push; an active worker needs
-        // none.
+        // Frames that wait behind two finished ones move on with the next run of the loop. An inactive filter
+        // runs it only inside push, so the test runs it here.
         while (pulled.size() < pushed.size()) {
             auto frame = filter.pullPatiently();
             if (!frame) {

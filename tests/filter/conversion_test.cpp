@@ -1,4 +1,4 @@
-// Any sample format goes in and the same comes back out, and only the samples change.
+// Checks sample format conversion: every format comes out as it went in, and only the samples change.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -17,12 +17,12 @@ namespace {
 
 using Vorlin::IQFFrame;
 
-class EveryFormat : public ::testing::TestWithParam<AVSampleFormat> {};
+class FilterSampleFormats : public ::testing::TestWithParam<AVSampleFormat> {};
 
-INSTANTIATE_TEST_SUITE_P(Conversion, EveryFormat, ::testing::ValuesIn(allSampleFormats()),
+INSTANTIATE_TEST_SUITE_P(EveryFormat, FilterSampleFormats, ::testing::ValuesIn(allSampleFormats()),
                          [](const auto& parameter) { return av_get_sample_fmt_name(parameter.param); });
 
-// What is left of a 16-bit sample in a format.
+// Returns 16-bit samples with the precision that a format keeps.
 std::vector<int16_t> asHeldBy(AVSampleFormat format, std::vector<int16_t> samples) {
     if (av_get_packed_sample_fmt(format) == AV_SAMPLE_FMT_U8) {
         for (int16_t& sample : samples) sample = static_cast<int16_t>((sample >> 8) * 256);
@@ -30,7 +30,7 @@ std::vector<int16_t> asHeldBy(AVSampleFormat format, std::vector<int16_t> sample
     return samples;
 }
 
-TEST_P(EveryFormat, ComesBackInItsOwnFormatWithTheEffectsSamples) {
+TEST_P(FilterSampleFormats, CarryTheEffectsSamplesInTheirOwnFormat) {
     const AVSampleFormat format = GetParam();
     for (const Mode mode : {Mode::Inactive, Mode::Active}) {
         for (const int channels : {1, 2, 6, 8}) {
@@ -46,7 +46,7 @@ TEST_P(EveryFormat, ComesBackInItsOwnFormatWithTheEffectsSamples) {
                 const auto out = filter.pass(std::move(frame));
                 ASSERT_NE(out, nullptr);
                 const AVFrame* result = avFrameOf(out);
-                EXPECT_EQ(result, identity) << "the same AVFrame carries the result";
+                EXPECT_EQ(result, identity) << "the result must be in the same AVFrame";
                 EXPECT_EQ(result->format, format);
                 EXPECT_EQ(result->nb_samples, 1024);
                 EXPECT_EQ(result->sample_rate, 48000);
@@ -61,7 +61,7 @@ TEST_P(EveryFormat, ComesBackInItsOwnFormatWithTheEffectsSamples) {
     }
 }
 
-TEST_P(EveryFormat, KeepsTimestampsSideDataAndMetadata) {
+TEST_P(FilterSampleFormats, KeepTimestampsSideDataAndMetadata) {
     const AVSampleFormat format = GetParam();
     for (const int64_t pts :
          {int64_t{0}, int64_t{-17}, int64_t{123456789012345}, INT64_MAX, AV_NOPTS_VALUE}) {
@@ -97,7 +97,7 @@ TEST_P(EveryFormat, KeepsTimestampsSideDataAndMetadata) {
     }
 }
 
-TEST_P(EveryFormat, LeavesABufferThatTheDecoderStillHoldsAsItWas) {
+TEST_P(FilterSampleFormats, LeaveABufferUnchangedThatTheDecoderStillHolds) {
     FilterUnderTest filter;
     filter.startNormalizer();
     auto frame = makeFrame({.format = GetParam()}, noise(2, 3000));
@@ -109,7 +109,7 @@ TEST_P(EveryFormat, LeavesABufferThatTheDecoderStillHoldsAsItWas) {
     EXPECT_NE(samplesOf(avFrameOf(out)), before);
 }
 
-TEST(Conversion, AFrameOfChangingLengthKeepsItsOwnLength) {
+TEST(FilterConversion, KeepsTheLengthOfEveryFrame) {
     FilterUnderTest filter;
     filter.startNormalizer();
     DirectNormalizer engine(2);
@@ -123,7 +123,7 @@ TEST(Conversion, AFrameOfChangingLengthKeepsItsOwnLength) {
     }
 }
 
-TEST(Conversion, SixteenBitMaterialNeedsNoOutputGraph) {
+TEST(FilterConversion, NeedsNoOutputGraphForSixteenBitAudio) {
     FilterUnderTest filter;
     filter.startNormalizer();
     ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
@@ -131,11 +131,11 @@ TEST(Conversion, SixteenBitMaterialNeedsNoOutputGraph) {
     EXPECT_EQ(filter.field(Peer::kOutFilterGraph), nullptr);
 }
 
-TEST(Conversion, AFirstFrameInSixteenBitKeepsTheOutputThereUntilTheNextFlush) {
+TEST(FilterConversion, DeliversSixteenBitUntilAFlushIfTheFirstFrameIsSixteenBit) {
     FilterUnderTest filter;
     filter.startNormalizer();
     filter->setInvalid(true);
-    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);  // bypassed, but seen
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);  // bypassed, but it sets the format
     filter->setInvalid(false);
     const FrameSpec floats{.format = AV_SAMPLE_FMT_FLTP};
     auto out = filter.pass(makeFrame(floats, noise(1, 3000)));
@@ -149,7 +149,7 @@ TEST(Conversion, AFirstFrameInSixteenBitKeepsTheOutputThereUntilTheNextFlush) {
     EXPECT_EQ(avFrameOf(out)->format, AV_SAMPLE_FMT_FLTP);
 }
 
-TEST(Conversion, OneOutputGraphServesTheWholeStream) {
+TEST(FilterConversion, UsesOneOutputGraphForAWholeStream) {
     FilterUnderTest filter;
     filter.startNormalizer();
     LogCapture log;
@@ -162,12 +162,12 @@ TEST(Conversion, OneOutputGraphServesTheWholeStream) {
     EXPECT_EQ(filter.field(Peer::kOutSampleRate), 48000);
 }
 
-TEST(Conversion, AFormatThatNoOutputGraphCanMakeFallsBackToSixteenBit) {
+TEST(FilterConversion, FallsBackToSixteenBitForAnImpossibleFormat) {
     FilterUnderTest filter;
     filter.startNormalizer();
     auto strange = makeFrame({}, noise(1));
     strange->getInfo().format = 99;
-    strange->getInfo().channels = 3;  // passed on, but its format is remembered
+    strange->getInfo().channels = 3;  // passed on, but its format is recorded
     ASSERT_NE(filter.pass(std::move(strange)), nullptr);
     EXPECT_EQ(filter.field(Peer::kSrcFormat), 99);
     auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLT}, noise(1, 3000));
@@ -178,8 +178,8 @@ TEST(Conversion, AFormatThatNoOutputGraphCanMakeFallsBackToSixteenBit) {
     EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
 }
 
-TEST(Conversion, AFailedOutputConversionDeliversSixteenBitAndTheNextFrameRecovers) {
-    constexpr int kFrames = 65536;  // so that a block is larger than anything that making a graph takes
+TEST(FilterConversion, DeliversSixteenBitAfterAFailureAndRecoversWithTheNextFrame) {
+    constexpr int kFrames = 65536;  // makes a block larger than any allocation for a graph
     LogCapture log;
     FilterUnderTest filter;
     filter.startNormalizer();
@@ -191,12 +191,13 @@ TEST(Conversion, AFailedOutputConversionDeliversSixteenBitAndTheNextFrameRecover
         const auto expected = engine.process(samplesOf(*frame));
         std::unique_ptr<IQFFrame> out;
         {
-            // Room for the 16-bit block, none for the doubles; an old graph would have its buffers already.
+            // The limit admits the 16-bit block but not the doubles. A new output graph is forced, because an
+            // old one would already have its buffers.
             if (is_short_of_memory) filter.field(Peer::kOutSampleRate) = -1;
             const AllocationLimit limit(is_short_of_memory ? kFrames * 2 * 4 : INT_MAX);
             out = filter.pass(std::move(frame));
         }
-        ASSERT_NE(out, nullptr) << "no frame is lost to the conversion";
+        ASSERT_NE(out, nullptr) << "a failed conversion must not lose the frame";
         EXPECT_EQ(avFrameOf(out)->format, is_short_of_memory ? AV_SAMPLE_FMT_S16 : AV_SAMPLE_FMT_DBL);
         EXPECT_EQ(out->getInfo().format, avFrameOf(out)->format);
         EXPECT_EQ(avFrameOf(out)->pts, 777);
@@ -205,7 +206,7 @@ TEST(Conversion, AFailedOutputConversionDeliversSixteenBitAndTheNextFrameRecover
     EXPECT_EQ(log.count("24 sonivex: output format conversion failed (ret=-12), fallback to S16"), 2);
 }
 
-TEST(Conversion, WithoutMemoryForAnythingTheFrameIsLostAndTheFilterGoesOn) {
+TEST(FilterConversion, LosesOnlyTheFrameThatFindsNoMemory) {
     FilterUnderTest filter;
     filter.startNormalizer();
     auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLT}, noise(4));

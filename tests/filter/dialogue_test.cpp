@@ -1,4 +1,5 @@
-// Dialogue enhancement through the filter: what it makes of a stream, its handle, and changes under way.
+// Checks dialogue enhancement inside the filter: its output, the life of its handle, and changes during a
+// stream.
 #include <gtest/gtest.h>
 
 #include "direct_effects.h"
@@ -12,14 +13,14 @@ namespace {
 
 using Vorlin::IQFFrame;
 
-constexpr int kTwoBlocks_frames = 1024;  // whole blocks: the effect answers every call
+constexpr int kTwoBlocks_frames = 1024;  // whole blocks, so every call returns audio
 
 void startDialogue(FilterUnderTest& filter, const std::string& more = "") {
     filter.options(R"({"enable_dialoguenhance": true)" + more + "}");
     filter->setInvalid(false);
 }
 
-// Something in the middle, something on each side.
+// Makes a frame with one noise in the centre and an independent one on each side.
 std::unique_ptr<Vorlin::AVQFFrame> scene(uint32_t seed, AVSampleFormat format = AV_SAMPLE_FMT_S16,
                                          int rate_hz = 48000) {
     return makeFrame({.format = format, .rate_hz = rate_hz, .frames = kTwoBlocks_frames},
@@ -28,7 +29,7 @@ std::unique_ptr<Vorlin::AVQFFrame> scene(uint32_t seed, AVSampleFormat format = 
                      });
 }
 
-TEST(FilterDialogue, ComesOutAsTheEffectMakesItInThePlayersFormat) {
+TEST(FilterDialogue, OutputsTheEffectsSamplesInThePlayersFormat) {
     for (const int rate_hz : {44100, 48000}) {
         for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S32}) {
             SCOPED_TRACE(std::to_string(rate_hz) + " Hz, " + av_get_sample_fmt_name(format));
@@ -60,7 +61,7 @@ TEST(FilterDialogue, ComesOutAsTheEffectMakesItInThePlayersFormat) {
     }
 }
 
-TEST(FilterDialogue, MakesOneHandleForTheStreamAndReleasesItOnFlush) {
+TEST(FilterDialogue, CreatesOneHandlePerStreamAndReleasesItOnFlush) {
     resetEngineFaults();
     LogCapture log;
     FilterUnderTest filter;
@@ -74,7 +75,8 @@ TEST(FilterDialogue, MakesOneHandleForTheStreamAndReleasesItOnFlush) {
         1);
     filter.options(R"({"dialoguenhance_voice": 4})");
     ASSERT_NE(filter.pass(scene(3, AV_SAMPLE_FMT_S16, 44100)), nullptr);
-    EXPECT_EQ(engineFaults().dialogue_creates, std::vector{first}) << "the voice holds until the next flush";
+    EXPECT_EQ(engineFaults().dialogue_creates, std::vector{first})
+        << "the voice level stays until the next flush";
     EXPECT_EQ(engineFaults().dialogue_releases, 0);
     filter->flush();
     EXPECT_EQ(filter.field(Peer::kDialogueHandle), nullptr);
@@ -83,10 +85,10 @@ TEST(FilterDialogue, MakesOneHandleForTheStreamAndReleasesItOnFlush) {
     EXPECT_EQ(engineFaults().dialogue_creates, (std::vector{first, {2, 48000, 1.0, 1.0, 4.0}}));
 }
 
-TEST(FilterDialogue, AFailedCreationDropsExactlyTheFrameThatTried) {
+TEST(FilterDialogue, DropsExactlyTheFrameWhoseHandleCreationFails) {
     resetEngineFaults();
     LogCapture log;
-    Vorlin::sonivexFilter filter({}, {}, true);  // not initialised: the test is the worker
+    Vorlin::sonivexFilter filter({}, {}, true);  // not initialised: the test runs the worker's loop
     filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_dialoguenhance": true})", "");
     filter.setInvalid(false);
     engineFaults().dialogue_creates_to_fail = 2;
@@ -100,7 +102,7 @@ TEST(FilterDialogue, AFailedCreationDropsExactlyTheFrameThatTried) {
     EXPECT_EQ(log.count("24 sonivex createDialoguEnhance failed!"), 2);
 }
 
-TEST(FilterDialogue, AVoiceBeyondAFloatLosesFramesUntilItIsSetAnew) {
+TEST(FilterDialogue, DropsFramesWhileTheVoiceLevelExceedsAFloat) {
     LogCapture log;
     FilterUnderTest filter;
     startDialogue(filter, R"(, "dialoguenhance_voice": 1e39)");
@@ -110,7 +112,7 @@ TEST(FilterDialogue, AVoiceBeyondAFloatLosesFramesUntilItIsSetAnew) {
     EXPECT_NE(filter.pass(scene(1)), nullptr);
 }
 
-TEST(FilterDialogue, AFailedCallDropsTheFrameAndKeepsTheHandle) {
+TEST(FilterDialogue, DropsTheFrameOfAFailedCallAndKeepsTheHandle) {
     resetEngineFaults();
     LogCapture log;
     Vorlin::sonivexFilter filter({}, {}, true);
@@ -127,7 +129,7 @@ TEST(FilterDialogue, AFailedCallDropsTheFrameAndKeepsTheHandle) {
     EXPECT_EQ(log.count("16 sonivex ProcessDialoguEnhance failed! ret=-7"), 1);
 }
 
-TEST(FilterDialogue, EveryEffectGoesOnWhereItWasWhenSwitchedBackTo) {
+TEST(FilterDialogue, KeepsTheStateOfEveryEffectAcrossSwitches) {
     resetEngineFaults();
     FilterUnderTest filter;
     startDialogue(filter);
@@ -169,13 +171,13 @@ TEST(FilterDialogue, EveryEffectGoesOnWhereItWasWhenSwitchedBackTo) {
     EXPECT_EQ(engineFaults().releases, 1);
 }
 
-TEST(FilterDialogue, NeverGetsABlockOfAnotherChannelCountThanTheGraphWasMadeFor) {
+TEST(FilterDialogue, NeverReceivesABlockWithAnotherChannelCountThanItsGraph) {
     resetEngineFaults();
     FilterUnderTest filter;
     filter.startNormalizer();
     ASSERT_NE(filter.pass(makeFrame({.channels = 6}, noise(1))), nullptr);
     filter.options(R"({"enable_dialoguenhance": true})");
-    EXPECT_EQ(filter.pass(scene(1)), nullptr) << "another stream without the flush that belongs to it";
+    EXPECT_EQ(filter.pass(scene(1)), nullptr) << "the stream changed without a flush";
     EXPECT_TRUE(engineFaults().dialogue_creates.empty());
     filter->flush();
     EXPECT_NE(filter.pass(scene(1)), nullptr);

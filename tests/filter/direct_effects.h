@@ -10,7 +10,7 @@
 
 namespace test {
 
-/** Surround called by hand: what the filter should make of 16-bit blocks. */
+/** Calls surround directly; the filter must produce the same samples from the same 16-bit blocks. */
 class DirectSurround {
   public:
     DirectSurround(int channels, int type, int mode, int limiter)
@@ -19,7 +19,7 @@ class DirectSurround {
     DirectSurround& operator=(const DirectSurround&) = delete;
     ~DirectSurround() { aem_ReleaseSurround(handle_); }
 
-    /** @param in one channel counts as two equal ones, which the effect has to be given. */
+    /** @param in Interleaved samples. Mono is copied to both channels, because the effect takes stereo. */
     std::vector<int16_t> process(const std::vector<int16_t>& in) {
         std::vector<int16_t> widened;
         if (channels_ == 1) {
@@ -37,7 +37,7 @@ class DirectSurround {
     void* handle_;
 };
 
-/** Dialogue enhancement called by hand, with the gains that the filter asks for. */
+/** Calls dialogue enhancement directly, with the gains that the filter uses. */
 class DirectDialogue {
   public:
     DirectDialogue(int rate_hz, double voice)

@@ -1,4 +1,5 @@
-// When handles are made, with what, and what a failing engine costs.
+// Checks when and with which parameters the filter creates effect handles, and how many frames a failing
+// engine costs.
 #include <gtest/gtest.h>
 
 #include "engine_faults.h"
@@ -7,9 +8,9 @@
 namespace test {
 namespace {
 
-class Dispatch : public ::testing::Test {
+class FilterDispatch : public ::testing::Test {
   protected:
-    Dispatch() {
+    FilterDispatch() {
         resetEngineFaults();
         filter_.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
         filter_.setInvalid(false);
@@ -24,11 +25,11 @@ class Dispatch : public ::testing::Test {
         return filter_.pull(out, 0) == 0;
     }
 
-    Vorlin::sonivexFilter filter_{{}, {}, true};  // not initialised: the test is the worker
+    Vorlin::sonivexFilter filter_{{}, {}, true};  // not initialised: the test runs the worker's loop
     LogCapture log_;
 };
 
-TEST_F(Dispatch, MakesOneHandleForTheStreamAndReleasesItOnFlush) {
+TEST_F(FilterDispatch, CreatesOneHandlePerStreamAndReleasesItOnFlush) {
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(passThroughLoop({.channels = 6, .rate_hz = 44100}), 0);
         EXPECT_TRUE(hasOutput());
@@ -41,7 +42,7 @@ TEST_F(Dispatch, MakesOneHandleForTheStreamAndReleasesItOnFlush) {
     EXPECT_EQ(engineFaults().creates, 2);
 }
 
-TEST_F(Dispatch, AFailedCreationDropsExactlyTheFrameThatTried) {
+TEST_F(FilterDispatch, DropsExactlyTheFrameWhoseHandleCreationFails) {
     engineFaults().creates_to_fail = 2;
     for (int attempt = 0; attempt < 2; ++attempt) {
         EXPECT_EQ(passThroughLoop({}), -1);
@@ -53,7 +54,7 @@ TEST_F(Dispatch, AFailedCreationDropsExactlyTheFrameThatTried) {
     EXPECT_EQ(log_.count("24 sonivex createNormalizer failed!"), 2);
 }
 
-TEST_F(Dispatch, AFailedCallDropsTheFrameAndKeepsTheHandle) {
+TEST_F(FilterDispatch, DropsTheFrameOfAFailedCallAndKeepsTheHandle) {
     EXPECT_EQ(passThroughLoop({}), 0);
     EXPECT_TRUE(hasOutput());
     engineFaults().process_result = -5;
@@ -66,7 +67,7 @@ TEST_F(Dispatch, AFailedCallDropsTheFrameAndKeepsTheHandle) {
     EXPECT_EQ(log_.count("16 sonivex ProcessNormalizer failed! ret=-5"), 1);
 }
 
-TEST_F(Dispatch, SwitchingTheEffectOffKeepsItsHandleUntilFlush) {
+TEST_F(FilterDispatch, KeepsTheHandleOfADisabledEffectUntilFlush) {
     EXPECT_EQ(passThroughLoop({}), 0);
     EXPECT_TRUE(hasOutput());
     const void* handle = filter_.*Peer::kNormalizerHandle;

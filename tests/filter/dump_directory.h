@@ -15,14 +15,14 @@ namespace test {
 
 inline constexpr char kDumpDirectoryProperty[] = "protected.network.cache.local.saveDir";
 
-/** A folder of its own that the player tells the filter to dump to, as long as it lives. */
+/** A temporary folder that the player's property names as the filter's dump folder while it lives. */
 class DumpDirectory : public TemporaryFolder {
   public:
     DumpDirectory() { Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, path()); }
     ~DumpDirectory() { Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, ""); }
 };
 
-/** The samples of a dump file; a sample cut in half at its end is left out. */
+/** Returns the samples of a dump file; ignores half a sample at its end. */
 inline Pcm samplesInFile(const std::string& path) {
     const std::string bytes = readFile(path);
     Pcm samples(bytes.size() / sizeof(int16_t));
@@ -30,12 +30,13 @@ inline Pcm samplesInFile(const std::string& path) {
     return samples;
 }
 
-/** How many files this process has open. */
+/** Returns the number of open file descriptors of this process. */
 inline int openDescriptors() {
     const std::filesystem::directory_iterator descriptors("/proc/self/fd");
     return static_cast<int>(std::distance(begin(descriptors), end(descriptors)));
 }
 
+/** Returns the name that the filter gives a dump file. @param stage "input" or "output". */
 inline std::string dumpFileName(const std::string& effect, const std::string& stage,
                                 const std::string& session_id) {
     return "sonivex_" + effect + "_" + stage + "_" + session_id + ".pcm";

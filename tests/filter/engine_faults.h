@@ -4,7 +4,7 @@
 
 namespace test {
 
-/** What a dialogue enhancer was made with. */
+/** Arguments of one call of aem_CreateDialoguEnhance. */
 struct DialogueSettings {
     int channels;
     int rate_hz;
@@ -14,25 +14,26 @@ struct DialogueSettings {
     bool operator==(const DialogueSettings&) const = default;
 };
 
-/** Makes the effects' functions fail on demand, and keeps what they were called with. */
+/** Makes the effects' functions fail on demand, and records their calls. */
 struct EngineFaults {
     int creates_to_fail = 0;
-    int process_result = 0;  // negative: returned instead of calling the engine
+    int process_result = 0;  // negative: returned instead of a call of the engine
     int creates = 0;
     int releases = 0;
     std::vector<int> channels_of_calls;
     int surround_creates_to_fail = 0;
-    int surround_result = 0;  // as `processResult`
+    int surround_result = 0;  // like `process_result`
     int surround_creates = 0;
     int surround_releases = 0;
     int dialogue_creates_to_fail = 0;
-    int dialogue_result = 0;  // as `processResult`
+    int dialogue_result = 0;  // like `process_result`
     std::vector<DialogueSettings> dialogue_creates;
     int dialogue_releases = 0;
 };
 
-/** The record that the wrapped functions go by; fresh for each test that calls `resetEngineFaults`. */
+/** Returns the record that the wrapped functions obey and update. */
 EngineFaults& engineFaults();
+/** Resets the record. Each test that uses it calls this first. */
 void resetEngineFaults();
 
 }  // namespace test

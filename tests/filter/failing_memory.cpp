@@ -1,5 +1,4 @@
-// Stands before the two functions through which libavutil gets all of its memory. What C++ allocates does not
-// come by here.
+// Replaces the two functions through which libavutil gets all of its memory. C++ allocations do not use them.
 #include "failing_memory.h"
 
 #include <dlfcn.h>
@@ -10,12 +9,12 @@
 struct SwrContext;
 
 extern "C" {
-// The sanitizers' own, since what they free they must have given; null in a build without one.
+// A sanitizer's own allocators: it can free only memory that it allocated itself. Null without a sanitizer.
 __attribute__((weak)) int __interceptor_posix_memalign(void** memory, size_t alignment, size_t bytes);
 __attribute__((weak)) void* __interceptor_realloc(void* memory, size_t bytes);
 }
 
-// Sources are compiled with hidden symbols, and the libraries have to find these.
+// The build hides symbols by default, but the FFmpeg libraries must find these.
 #define FOR_LIBRARIES __attribute__((visibility("default")))
 
 namespace {
@@ -71,9 +70,9 @@ FOR_LIBRARIES int swr_init(SwrContext* resampler) {
     return result;
 }
 
-// The libraries themselves forget memory when they run short: libavfilter the name of a filter that it could
-// not make, libswresample a buffer that it could not enlarge. Told by whole stacks, which the leak checker
-// keeps only if asked.
+// The libraries themselves leak when memory runs out: libavfilter leaks the name of a filter that it could
+// not create, libswresample a buffer that it could not enlarge. The suppressions match whole stacks, which
+// the leak checker records only without fast unwinding.
 FOR_LIBRARIES const char* __asan_default_options() {
     return "fast_unwind_on_malloc=0";
 }

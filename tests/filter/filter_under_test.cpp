@@ -18,7 +18,7 @@ namespace test {
 using Vorlin::IQFFrame;
 
 FilterUnderTest::FilterUnderTest(Mode mode) : mode_(mode) {
-    av_log_set_level(AV_LOG_QUIET);  // what the graphs refuse is refused on purpose here
+    av_log_set_level(AV_LOG_QUIET);  // these tests make the graphs refuse frames on purpose
     filter_ = std::make_unique<Vorlin::sonivexFilter>(IQFFrame::audioInfo{}, IQFFrame::audioInfo{},
                                                       mode == Mode::Active);
     EXPECT_TRUE(filter_->init(0));
@@ -60,7 +60,7 @@ void FilterUnderTest::pushPatiently(std::unique_ptr<IQFFrame> frame,
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
-    FAIL() << "the filter takes no frame";
+    FAIL() << "the filter accepted no frame in 5000 attempts";
 }
 
 struct LogCapture::Lines {

@@ -9,7 +9,7 @@
 
 namespace Vorlin {
 
-/** Reads what the filter keeps to itself. */
+/** Gives tests access to the filter's private members. */
 struct SonivexFilterPeer {
     static constexpr auto kSurroundHandle = &sonivexFilter::mSurroundHandle;
     static constexpr auto kDialogueHandle = &sonivexFilter::mDialogueHandle;
@@ -57,27 +57,30 @@ using Peer = Vorlin::SonivexFilterPeer;
 
 enum class Mode { Inactive, Active };
 
-/** A working filter, initialised, with the conveniences of a patient player. */
+/** An initialised working filter with helpers that push and pull as a patient player does. */
 class FilterUnderTest {
   public:
     explicit FilterUnderTest(Mode mode = Mode::Inactive);
 
     Vorlin::sonivexFilter* operator->() { return filter_.get(); }
     Vorlin::sonivexFilter& operator*() { return *filter_; }
+    /** Returns a private data member, named by a constant of Peer. */
     template <typename Field>
     auto& field(Field member) {
         return (*filter_).*member;
     }
 
+    /** Sets options from a JSON object. */
     void options(const std::string& json);
-    /** Valid, with the normalizer on. */
+    /** Switches the normalizer on and makes the filter valid. */
     void startNormalizer();
 
-    /** Hand in one frame and wait for the next that comes out; null when none does. */
+    /** Pushes one frame and waits for the next output frame. @return null if none comes out. */
     std::unique_ptr<Vorlin::IQFFrame> pass(std::unique_ptr<Vorlin::IQFFrame> frame);
-    /** Wait for a frame to come out; null when none does in `patience_ms`. */
+    /** Waits up to `patience_ms` for an output frame; an inactive filter is asked only once.
+     *  @return null if none comes out. */
     std::unique_ptr<Vorlin::IQFFrame> pullPatiently(int patience_ms = 400);
-    /** Push, pulling into `out` as long as the filter wants to be asked again. */
+    /** Pushes a frame and pulls finished frames into `out` while the filter returns "try again". */
     void pushPatiently(std::unique_ptr<Vorlin::IQFFrame> frame,
                        std::vector<std::unique_ptr<Vorlin::IQFFrame>>& out);
 
@@ -86,12 +89,13 @@ class FilterUnderTest {
     std::unique_ptr<Vorlin::sonivexFilter> filter_;
 };
 
-/** Collects what the filter logs while it lives, as "level message". */
+/** Collects the filter's log lines while it lives, each as "level message". */
 class LogCapture {
   public:
     LogCapture();
     ~LogCapture();
     std::vector<std::string> lines() const;
+    /** Returns how many lines equal `line`. */
     int count(const std::string& line) const;
 
   private:

@@ -37,7 +37,7 @@ int __real_avfilter_graph_create_filter(AVFilterContext** context, const AVFilte
                                         const char* args, void* opaque, AVFilterGraph* graph);
 int __real_av_buffersink_get_frame(AVFilterContext* sink, AVFrame* frame);
 
-// The input graph makes its filters in two steps, the output graph in one.
+// The input graph allocates a filter first and initialises it here. The output graph does both in one call.
 int __wrap_avfilter_init_str(AVFilterContext* filter, const char* args) {
     const bool is_format = std::string_view(filter->filter->name) == "aformat";
     const bool is_lost = is_format && test::isDue(&test::GraphFaults::input_formats_to_lose);

@@ -2,17 +2,17 @@
 
 namespace test {
 
-/** Makes the conversion graphs fail on demand, on the calling thread. Each number counts down to 0. */
+/** Makes the conversion graphs fail on demand, on the calling thread. Each counter counts down to 0. */
 struct GraphFaults {
-    /** Filters "aformat" that start without their options, as when libavfilter has no memory to parse them.
-     */
+    /** Number of "aformat" filters that start without their options, as they do when libavfilter has no
+     *  memory to parse them. */
     int input_formats_to_lose = 0;
     int output_formats_to_lose = 0;
-    int input_reads_to_fail = 0;  // what the graph holds stays inside
-    int read_error = 0;           // the negative AVERROR of those reads
+    int input_reads_to_fail = 0;  // the samples stay inside the graph
+    int read_error = 0;           // negative AVERROR that these reads return
 };
 
-/** In force while it lives. One at a time. */
+/** Applies its faults while it lives. Only one may live at a time. */
 class WithGraphFaults {
   public:
     WithGraphFaults();

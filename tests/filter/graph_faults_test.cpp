@@ -1,4 +1,5 @@
-// Conversion graphs that fail once: at most one frame is lost or delivered as 16-bit, and no flush is needed.
+// Makes conversion graphs fail once. At most one frame is lost or delivered as 16-bit, and the stream
+// continues without a flush.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -24,11 +25,11 @@ void expectFrame(const std::unique_ptr<IQFFrame>& out, AVSampleFormat format,
     EXPECT_EQ(avFrameOf(out)->format, format);
     EXPECT_EQ(out->getInfo().format, format);
     ASSERT_TRUE(frameMatchesDescription(out->getInfo(), avFrameOf(out)))
-        << "every plane lies in a buffer that holds it";
+        << "every plane must lie inside a buffer";
     EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
 }
 
-TEST(OutputGraphFaults, AGraphThatIgnoresThePlayersFormatDeliversSixteenBitOnce) {
+TEST(FilterOutputGraphFaults, DeliverSixteenBitOnceIfAGraphIgnoresThePlayersFormat) {
     for (const AVSampleFormat format : kNotSixteenBit) {
         SCOPED_TRACE(av_get_sample_fmt_name(format));
         LogCapture log;
@@ -46,7 +47,7 @@ TEST(OutputGraphFaults, AGraphThatIgnoresThePlayersFormatDeliversSixteenBitOnce)
     }
 }
 
-TEST(InputGraphFaults, AGraphThatIgnoresSixteenBitCostsOneFrame) {
+TEST(FilterInputGraphFaults, CostOneFrameIfAGraphIgnoresSixteenBit) {
     for (const AVSampleFormat format : kNotSixteenBit) {
         SCOPED_TRACE(av_get_sample_fmt_name(format));
         LogCapture log;
@@ -65,8 +66,8 @@ TEST(InputGraphFaults, AGraphThatIgnoresSixteenBitCostsOneFrame) {
     }
 }
 
-// 16-bit frames need no other format, but the effects take the loudspeakers of the default layout.
-TEST(InputGraphFaults, AGraphThatIgnoresTheDefaultLayoutCostsOneFrame) {
+// 16-bit frames need no other sample format, but the effects require the default layout.
+TEST(FilterInputGraphFaults, CostOneFrameIfAGraphIgnoresTheDefaultLayout) {
     const FrameSpec wide{.channels = 8, .layout = "7.1(wide)"};
     FilterUnderTest filter;
     filter.startNormalizer();
@@ -78,7 +79,7 @@ TEST(InputGraphFaults, AGraphThatIgnoresTheDefaultLayoutCostsOneFrame) {
     EXPECT_EQ(Vorlin::av::layoutMask(avFrameOf(out)->ch_layout), Vorlin::av::defaultLayoutMask(8));
 }
 
-TEST(InputGraphFaults, SamplesOfALostFrameNeverComeOutWithALaterOne) {
+TEST(FilterInputGraphFaults, NeverLeakSamplesOfALostFrameIntoALaterOne) {
     const struct {
         int error;
         const char* log_line;
@@ -114,10 +115,10 @@ TEST(InputGraphFaults, SamplesOfALostFrameNeverComeOutWithALaterOne) {
     }
 }
 
-// The frame after a lost one says anew what the stream is: a player need not flush in between.
-class AfterALostFrame : public ::testing::Test {
+// The frame after a lost one describes the stream afresh, so the stream may change without a flush.
+class FilterAfterLostFrame : public ::testing::Test {
   protected:
-    AfterALostFrame() { resetEngineFaults(); }
+    FilterAfterLostFrame() { resetEngineFaults(); }
 
     void start(const std::string& options) {
         filter_.options("{" + options + "}");
@@ -130,7 +131,7 @@ class AfterALostFrame : public ::testing::Test {
         EXPECT_EQ(filter_.pass(makeFrame(spec, noise(2))), nullptr);
     }
     std::unique_ptr<IQFFrame> pass(const FrameSpec& spec) { return filter_.pass(makeFrame(spec, noise(2))); }
-    /** Several calls of a stream sound as `engine` makes them, in the stream's own format. */
+    // Expects that several frames of a stream hold the samples of `engine`, in the stream's own format.
     template <typename Engine>
     void expectSoundsLike(Engine& engine, const FrameSpec& spec) {
         SCOPED_TRACE(std::to_string(spec.rate_hz) + " Hz, " + av_get_sample_fmt_name(spec.format));
@@ -149,7 +150,7 @@ class AfterALostFrame : public ::testing::Test {
     FilterUnderTest filter_;
 };
 
-TEST_F(AfterALostFrame, TheNormalizerIsMadeAnewForAnotherChannelCount) {
+TEST_F(FilterAfterLostFrame, RecreatesTheNormalizerForAnotherChannelCount) {
     start(R"("enable_normalizer": true)");
     ASSERT_NE(pass(stereo_), nullptr);
     lose(stereo_);
@@ -161,7 +162,7 @@ TEST_F(AfterALostFrame, TheNormalizerIsMadeAnewForAnotherChannelCount) {
     EXPECT_EQ(engineFaults().channels_of_calls, (std::vector<int>{2, 6}));
 }
 
-TEST_F(AfterALostFrame, SurroundIsMadeAnewForAnotherChannelCount) {
+TEST_F(FilterAfterLostFrame, RecreatesSurroundForAnotherChannelCount) {
     start(R"("enable_surround": true)");
     ASSERT_NE(pass(six_channels_), nullptr);
     lose(six_channels_);
@@ -173,7 +174,7 @@ TEST_F(AfterALostFrame, SurroundIsMadeAnewForAnotherChannelCount) {
     EXPECT_EQ(engineFaults().surround_releases, 3);
 }
 
-TEST_F(AfterALostFrame, AnEffectThatWasOffMeanwhileIsMadeAnewToo) {
+TEST_F(FilterAfterLostFrame, RecreatesAnEffectThatWasOffWhenTheChannelCountChanged) {
     start(R"("enable_normalizer": true)");
     ASSERT_NE(pass(stereo_), nullptr);
     start(R"("enable_surround": true)");
@@ -186,7 +187,7 @@ TEST_F(AfterALostFrame, AnEffectThatWasOffMeanwhileIsMadeAnewToo) {
     EXPECT_EQ(engineFaults().channels_of_calls, (std::vector<int>{2, 6}));
 }
 
-TEST_F(AfterALostFrame, TheEffectGoesOnWhenTheChannelCountIsTheSame) {
+TEST_F(FilterAfterLostFrame, KeepsTheEffectForTheSameChannelCount) {
     start(R"("enable_dialoguenhance": true)");
     ASSERT_NE(pass(stereo_), nullptr);
     lose(stereo_);
@@ -195,7 +196,7 @@ TEST_F(AfterALostFrame, TheEffectGoesOnWhenTheChannelCountIsTheSame) {
     EXPECT_EQ(engineFaults().dialogue_releases, 0);
 }
 
-TEST_F(AfterALostFrame, NoEffectIsReleasedThatWasNotMade) {
+TEST_F(FilterAfterLostFrame, ReleasesNoEffectThatWasNotCreated) {
     start(R"("enable_normalizer": true)");
     lose(stereo_);
     ASSERT_NE(pass(six_channels_), nullptr);
@@ -203,7 +204,7 @@ TEST_F(AfterALostFrame, NoEffectIsReleasedThatWasNotMade) {
               0);
 }
 
-TEST_F(AfterALostFrame, DialogueEnhancementIsMadeAnewForAnotherSampleRate) {
+TEST_F(FilterAfterLostFrame, RecreatesDialogueEnhancementForAnotherSampleRate) {
     start(R"("enable_dialoguenhance": true)");
     ASSERT_NE(pass(at48000_), nullptr);
     lose(at48000_);
@@ -214,7 +215,7 @@ TEST_F(AfterALostFrame, DialogueEnhancementIsMadeAnewForAnotherSampleRate) {
     EXPECT_EQ(engineFaults().dialogue_releases, 1);
 }
 
-TEST_F(AfterALostFrame, TheNormalizerIsMadeAnewForAnotherSampleRate) {
+TEST_F(FilterAfterLostFrame, RecreatesTheNormalizerForAnotherSampleRate) {
     start(R"("enable_normalizer": true)");
     ASSERT_NE(pass(at48000_), nullptr);
     FrameSpec before = at48000_;
@@ -229,7 +230,7 @@ TEST_F(AfterALostFrame, TheNormalizerIsMadeAnewForAnotherSampleRate) {
     }
 }
 
-TEST_F(AfterALostFrame, NothingOfAStreamSoundsInOneOfAnotherSampleRate) {
+TEST_F(FilterAfterLostFrame, LeaksNoAudioIntoAStreamOfAnotherSampleRate) {
     start(R"("enable_surround": true)");
     ASSERT_NE(pass(at48000_), nullptr);
     lose(at48000_);
@@ -240,7 +241,7 @@ TEST_F(AfterALostFrame, NothingOfAStreamSoundsInOneOfAnotherSampleRate) {
     EXPECT_EQ(engineFaults().surround_releases, 1);
 }
 
-TEST_F(AfterALostFrame, AnEffectThatWasOffWhenTheSampleRateChangedIsMadeAnewToo) {
+TEST_F(FilterAfterLostFrame, RecreatesAnEffectThatWasOffWhenTheSampleRateChanged) {
     start(R"("enable_normalizer": true)");
     ASSERT_NE(pass(at48000_), nullptr);
     start(R"("enable_dialoguenhance": true)");
@@ -250,10 +251,10 @@ TEST_F(AfterALostFrame, AnEffectThatWasOffWhenTheSampleRateChangedIsMadeAnewToo)
     ASSERT_NE(pass(at44100_), nullptr);
     EXPECT_EQ(engineFaults().creates, 2);
     EXPECT_EQ(engineFaults().releases, 1);
-    EXPECT_EQ(engineFaults().dialogue_releases, 0) << "no dialogue enhancement was made at 48000 Hz";
+    EXPECT_EQ(engineFaults().dialogue_releases, 0) << "dialogue enhancement was never created at 48000 Hz";
 }
 
-TEST_F(AfterALostFrame, TheNextStreamComesOutInItsOwnSampleFormat) {
+TEST_F(FilterAfterLostFrame, DeliversTheNextStreamInItsOwnSampleFormat) {
     start(R"("enable_normalizer": true)");
     DirectNormalizer engine(2);
     AVSampleFormat before = AV_SAMPLE_FMT_S16;
@@ -263,12 +264,12 @@ TEST_F(AfterALostFrame, TheNextStreamComesOutInItsOwnSampleFormat) {
         lose({.format = before});
         expectSoundsLike(engine, {.format = format});
         EXPECT_EQ(filter_.field(Peer::kOutFilterGraph) == nullptr, format == AV_SAMPLE_FMT_S16)
-            << "16-bit audio needs no conversion back";
+            << "only 16-bit audio needs no output graph";
         before = format;
     }
 }
 
-TEST_F(AfterALostFrame, TheNextStreamComesOutInItsOwnFormatAfterFramesThatWerePassedOn) {
+TEST_F(FilterAfterLostFrame, DeliversTheNextStreamInItsOwnFormatAfterPassedOnFrames) {
     start(R"("enable_normalizer": true)");
     const FrameSpec is_float{.format = AV_SAMPLE_FMT_FLTP};
     ASSERT_NE(pass(is_float), nullptr);
@@ -279,8 +280,8 @@ TEST_F(AfterALostFrame, TheNextStreamComesOutInItsOwnFormatAfterFramesThatWerePa
     EXPECT_EQ(out->getInfo().format, AV_SAMPLE_FMT_S16);
 }
 
-// The first frame of a stream settles the format, whether it went through an effect or not.
-TEST_F(AfterALostFrame, TheSameStreamComesOutInTheFormatItHadBefore) {
+// The first frame of a stream sets its output format, even if it bypassed the effect.
+TEST_F(FilterAfterLostFrame, KeepsTheOutputFormatOfTheSameStream) {
     const FrameSpec is_float{.format = AV_SAMPLE_FMT_FLTP};
     for (const bool is_lost_before_flush : {false, true}) {
         SCOPED_TRACE(is_lost_before_flush);

@@ -1,4 +1,4 @@
-// Where each loudspeaker's signal comes out, for every layout of 6 and 8 channels.
+// Checks in which channel each loudspeaker's signal comes out, for every layout of 6 and 8 channels.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -30,7 +30,7 @@ std::vector<std::string> nativeLayouts(int channels) {
     return names;
 }
 
-// One loudspeaker playing noise, the others silent.
+// Makes a frame in which one loudspeaker plays noise and the others are silent.
 std::unique_ptr<Vorlin::AVQFFrame> solo(const FrameSpec& spec, int speaker) {
     return makeFrame(spec, [speaker, random = noise(6, 2000)](int frame, int channel) {
         return channel == speaker ? random(frame, channel) : int16_t{0};
@@ -45,14 +45,14 @@ std::vector<double> energyPerChannel(const AVFrame* frame) {
     return energy;
 }
 
-// The channels that sound when only `speaker` plays.
+// Returns the channels with a signal when only `speaker` plays.
 std::vector<int> soundingChannels(const FrameSpec& spec, int speaker) {
     FilterUnderTest filter;
     filter.startNormalizer();
     const auto out = filter.pass(solo(spec, speaker));
     std::vector<int> sounding;
     if (!out) {
-        ADD_FAILURE() << spec.layout << ": frame lost";
+        ADD_FAILURE() << spec.layout << ": the filter lost the frame";
         return sounding;
     }
     EXPECT_EQ(out->getInfo().channel_layout, Vorlin::av::defaultLayoutMask(spec.channels));
@@ -65,7 +65,7 @@ std::vector<int> soundingChannels(const FrameSpec& spec, int speaker) {
     return sounding;
 }
 
-TEST(Layouts, TheDefaultLayoutsKeepEveryLoudspeakerInItsPlace) {
+TEST(FilterLayouts, KeepEveryLoudspeakerOfADefaultLayoutInItsPlace) {
     for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
         for (const int channels : {1, 2, 6, 8}) {
             for (int speaker = 0; speaker < channels; ++speaker) {
@@ -77,14 +77,14 @@ TEST(Layouts, TheDefaultLayoutsKeepEveryLoudspeakerInItsPlace) {
     }
 }
 
-// Where the loudspeakers of a layout are heard in the default layout of the same count: in their own place if
-// it has one, else folded into their neighbours.
+// Maps each loudspeaker of a layout to channels of the default layout with the same count. A loudspeaker that
+// the default layout lacks is downmixed to its neighbours.
 struct Mapping {
     const char* layout;
     std::vector<std::vector<int>> heard_at;
 };
 
-// Default layouts: FL FR FC LFE BL BR and FL FR FC LFE BL BR SL SR.
+// The default layouts are FL FR FC LFE BL BR and FL FR FC LFE BL BR SL SR.
 const Mapping kMappings[] = {
     {"5.1", {{0}, {1}, {2}, {3}, {4}, {5}}},
     {"5.1(side)", {{0}, {1}, {2}, {3}, {4}, {5}}},     // FL FR FC LFE SL SR
@@ -97,7 +97,7 @@ const Mapping kMappings[] = {
     {"octagonal", {{0}, {1}, {2}, {4}, {5}, {4, 5}, {6}, {7}}},    // FL FR FC BL BR BC SL SR
 };
 
-TEST(Layouts, NamedLoudspeakersAreHeardWhereTheDefaultLayoutHasThemOrTheirNeighbours) {
+TEST(FilterLayouts, DownmixLoudspeakersThatTheDefaultLayoutLacksToTheirNeighbours) {
     for (const Mapping& mapping : kMappings) {
         const int channels = static_cast<int>(mapping.heard_at.size());
         for (int speaker = 0; speaker < channels; ++speaker) {
@@ -109,7 +109,7 @@ TEST(Layouts, NamedLoudspeakersAreHeardWhereTheDefaultLayoutHasThemOrTheirNeighb
     }
 }
 
-TEST(Layouts, EveryNativeLayoutOfSixAndEightChannelsIsHeard) {
+TEST(FilterLayouts, KeepEveryLoudspeakerOfANativeLayoutAudible) {
     for (const int channels : {6, 8}) {
         const auto names = nativeLayouts(channels);
         EXPECT_GE(names.size(), 3u);
@@ -140,7 +140,7 @@ void reorder(const std::unique_ptr<Vorlin::AVQFFrame>& frame, AVChannelOrder ord
     EXPECT_EQ(frame->getInfo().channel_layout, 0u);
 }
 
-TEST(Layouts, CustomAndUnspecifiedOrdersAreTakenByPosition) {
+TEST(FilterLayouts, MapCustomAndUnspecifiedOrdersByPosition) {
     for (const AVChannelOrder order : {AV_CHANNEL_ORDER_UNSPEC, AV_CHANNEL_ORDER_CUSTOM}) {
         for (const int channels : {1, 2, 6, 8}) {
             for (int speaker = 0; speaker < channels; ++speaker) {
@@ -160,7 +160,7 @@ TEST(Layouts, CustomAndUnspecifiedOrdersAreTakenByPosition) {
     }
 }
 
-TEST(Layouts, ABypassedFrameKeepsItsCustomOrder) {
+TEST(FilterLayouts, KeepTheCustomOrderOfABypassedFrame) {
     FilterUnderTest filter;
     auto frame = solo({.channels = 2}, 0);
     reorder(frame, AV_CHANNEL_ORDER_CUSTOM);

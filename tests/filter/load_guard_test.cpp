@@ -1,4 +1,4 @@
-// The two guards, and what they tell the player.
+// Checks the filter's guards against overload, by video frame rate and by processing time, and their events.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -15,9 +15,9 @@ const std::string kOver = std::string("SonivexFilter:") + filterPrototype::FILTE
 const std::string kRecovery = std::string("SonivexFilter:") + filterPrototype::FILTER_VALID_RECOVERY;
 const std::string kPerformance = std::string("SonivexFilter:") + filterPrototype::FILTER_INVALID_PERFORMANCE;
 
-class LoadGuard : public ::testing::Test {
+class FilterLoadGuard : public ::testing::Test {
   protected:
-    LoadGuard() {
+    FilterLoadGuard() {
         filter_->setInvalid(false);
         filter_->setDCA([this](int code, const std::string& event) {
             EXPECT_EQ(code, 0);
@@ -33,7 +33,7 @@ class LoadGuard : public ::testing::Test {
     std::vector<std::string> events_;
 };
 
-TEST_F(LoadGuard, SixtyFramesASecondAreNotOverAndSixtyTwoAre) {
+TEST_F(FilterLoadGuard, AllowsSixtyFramesPerSecondButNotSixtyTwo) {
     speed("2");
     fps("30");
     EXPECT_FALSE(filter_->isOverFps());
@@ -41,12 +41,12 @@ TEST_F(LoadGuard, SixtyFramesASecondAreNotOverAndSixtyTwoAre) {
     fps("31");
     EXPECT_EQ(events_, std::vector<std::string>{kOver});
     fps("31");
-    EXPECT_EQ(events_.size(), 1u) << "each crossing is reported once";
+    EXPECT_EQ(events_.size(), 1u) << "the guard reports each crossing once";
     EXPECT_TRUE(filter_->isOverFps());
     EXPECT_EQ(events_.size(), 1u);
 }
 
-TEST_F(LoadGuard, RecoveryIsReportedOnceBelowTheLimit) {
+TEST_F(FilterLoadGuard, ReportsRecoveryOnceBelowTheLimit) {
     fps("62");
     fps("61");
     EXPECT_EQ(events_, (std::vector<std::string>{kOver, kRecovery}));
@@ -54,7 +54,7 @@ TEST_F(LoadGuard, RecoveryIsReportedOnceBelowTheLimit) {
     EXPECT_EQ(events_.size(), 2u);
 }
 
-TEST_F(LoadGuard, AnInvalidFilterHearsOfTheRateAndSaysNothing) {
+TEST_F(FilterLoadGuard, TracksTheFrameRateWithoutEventsWhileInvalid) {
     filter_->setInvalid(true);
     fps("120");
     EXPECT_TRUE(filter_.field(Peer::kOverFps));
@@ -65,16 +65,16 @@ TEST_F(LoadGuard, AnInvalidFilterHearsOfTheRateAndSaysNothing) {
     EXPECT_TRUE(filter_.field(Peer::kCostWindow).empty());
 }
 
-TEST_F(LoadGuard, AProductBeyondAnIntIsOver) {
+TEST_F(FilterLoadGuard, TreatsAProductBeyondAnIntAsOverTheLimit) {
     speed("2147483647");
     fps("2147483647");
     EXPECT_TRUE(filter_->isOverFps());
-    filter_->checkTimeConsume(5);  // a budget of 0 ms
+    filter_->checkTimeConsume(5);  // the time budget is 0 ms
     fps("-2147483648");
     EXPECT_FALSE(filter_->isOverFps());
 }
 
-TEST_F(LoadGuard, TripsAtTheEleventhCallOfTheWorkedExample) {
+TEST_F(FilterLoadGuard, TripsAtTheEleventhCallSixMillisecondsOverTheThreshold) {
     fps("25");  // budget 40 ms, threshold 30 ms, limit 25 ms²
     for (int call = 1; call <= 10; ++call) {
         filter_->checkTimeConsume(36);
@@ -89,7 +89,7 @@ TEST_F(LoadGuard, TripsAtTheEleventhCallOfTheWorkedExample) {
     EXPECT_TRUE(filter_.field(Peer::kCostWindow).empty());
 }
 
-TEST_F(LoadGuard, IgnoresTheFirstThreeSamplesAfterAReset) {
+TEST_F(FilterLoadGuard, IgnoresTheFirstThreeSamplesAfterAReset) {
     fps("25");
     for (int call = 0; call < 3; ++call) filter_->checkTimeConsume(100000);
     EXPECT_TRUE(events_.empty());
@@ -101,14 +101,14 @@ TEST_F(LoadGuard, IgnoresTheFirstThreeSamplesAfterAReset) {
     EXPECT_EQ(events_.size(), 1u);
 }
 
-TEST_F(LoadGuard, TimesUpToThreeQuartersOfTheBudgetCostNothing) {
+TEST_F(FilterLoadGuard, ToleratesTimesUpToThreeQuartersOfTheBudget) {
     fps("25");
     for (int call = 0; call < 100; ++call) filter_->checkTimeConsume(30);
     EXPECT_EQ(filter_.field(Peer::kCostSum), 0u);
     EXPECT_TRUE(events_.empty());
 }
 
-TEST_F(LoadGuard, TheOldestSampleLeavesTheSum) {
+TEST_F(FilterLoadGuard, DropsTheOldestSampleFromTheSum) {
     fps("25");
     for (int call = 0; call < 3; ++call) filter_->checkTimeConsume(0);
     filter_->checkTimeConsume(35);  // 25 ms²
@@ -119,13 +119,13 @@ TEST_F(LoadGuard, TheOldestSampleLeavesTheSum) {
     EXPECT_EQ(filter_.field(Peer::kCostSum), 0u);
 }
 
-TEST_F(LoadGuard, HugeTimesSaturateInsteadOfOverflowing) {
+TEST_F(FilterLoadGuard, SaturatesHugeTimesInsteadOfOverflowing) {
     fps("25");
     for (int call = 0; call < 4; ++call) filter_->checkTimeConsume(std::numeric_limits<uint64_t>::max());
     EXPECT_EQ(events_, std::vector<std::string>{kPerformance});
 }
 
-TEST_F(LoadGuard, WithoutAFrameRateOrSpeedNothingIsStored) {
+TEST_F(FilterLoadGuard, StoresNothingWithoutAFrameRateOrSpeed) {
     for (const char* rate : {"0", "-25"}) {
         fps(rate);
         for (int call = 0; call < 20; ++call) filter_->checkTimeConsume(1000);
@@ -137,7 +137,7 @@ TEST_F(LoadGuard, WithoutAFrameRateOrSpeedNothingIsStored) {
     EXPECT_TRUE(filter_.field(Peer::kCostWindow).empty());
 }
 
-TEST_F(LoadGuard, FlushForgetsTheHistory) {
+TEST_F(FilterLoadGuard, ForgetsItsHistoryOnFlush) {
     fps("25");
     for (int call = 0; call < 8; ++call) filter_->checkTimeConsume(33);
     EXPECT_NE(filter_.field(Peer::kCostSum), 0u);
@@ -146,7 +146,7 @@ TEST_F(LoadGuard, FlushForgetsTheHistory) {
     EXPECT_TRUE(filter_.field(Peer::kCostWindow).empty());
 }
 
-TEST_F(LoadGuard, OverloadWithoutACallbackRaisesTheBadCallException) {
+TEST_F(FilterLoadGuard, ThrowsBadFunctionCallForAnOverloadWithoutACallback) {
     filter_->setDCA({});
     fps("25");
     for (int call = 0; call < 3; ++call) filter_->checkTimeConsume(0);
@@ -154,13 +154,13 @@ TEST_F(LoadGuard, OverloadWithoutACallbackRaisesTheBadCallException) {
     EXPECT_TRUE(filter_.field(Peer::kInvalid));
 }
 
-TEST_F(LoadGuard, WithoutACallbackTheFrameRateIsStillWatched) {
+TEST_F(FilterLoadGuard, WatchesTheFrameRateEvenWithoutACallback) {
     filter_->setDCA({});
     fps("100");
     EXPECT_TRUE(filter_.field(Peer::kOverFps));
 }
 
-TEST_F(LoadGuard, ACallbackMayReplaceItself) {
+TEST_F(FilterLoadGuard, AllowsACallbackToReplaceItself) {
     int second = 0;
     filter_->setDCA([this, &second](int, const std::string&) {
         filter_->setDCA([&second](int, const std::string&) { ++second; });
@@ -170,7 +170,7 @@ TEST_F(LoadGuard, ACallbackMayReplaceItself) {
     EXPECT_EQ(second, 1);
 }
 
-TEST_F(LoadGuard, SetInvalidLogsOnlyAChange) {
+TEST_F(FilterLoadGuard, SetInvalidLogsOnlyAChange) {
     LogCapture log;
     filter_->setInvalid(false);
     EXPECT_TRUE(log.lines().empty());

@@ -1,4 +1,4 @@
-// setOption: what each key and member does, and what it leaves alone.
+// Checks the effect of every key and JSON member of setOption, and the state that it leaves unchanged.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -11,14 +11,14 @@ namespace {
 
 using Vorlin::filterPrototype;
 
-TEST(FilterOptions, UnknownKeysAreAcceptedAndIgnored) {
+TEST(FilterOptions, AcceptsAndIgnoresUnknownKeys) {
     FilterUnderTest filter;
     EXPECT_TRUE(filter->setOption("volume", "not json", "x"));
     EXPECT_TRUE(filter->setOption("", "", ""));
     EXPECT_TRUE(filter->setOption(std::string(filterPrototype::FILTER_OPTION) + "s", "not json", ""));
 }
 
-TEST(FilterOptions, TextThatIsNotJsonIsRefusedAndChangesNothing) {
+TEST(FilterOptions, RejectsTextThatIsNotJsonAndChangesNothing) {
     LogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"enable_normalizer": true, "surround_mode": 2})");
@@ -33,7 +33,7 @@ TEST(FilterOptions, TextThatIsNotJsonIsRefusedAndChangesNothing) {
     EXPECT_EQ(filter.field(Peer::kSurroundMode), 2);
 }
 
-TEST(FilterOptions, JsonThatIsNoObjectIsAcceptedAndChangesNothing) {
+TEST(FilterOptions, AcceptsJsonThatIsNotAnObjectAndChangesNothing) {
     FilterUnderTest filter;
     filter.options(R"({"enable_normalizer": true})");
     for (const char* text :
@@ -44,7 +44,7 @@ TEST(FilterOptions, JsonThatIsNoObjectIsAcceptedAndChangesNothing) {
     }
 }
 
-TEST(FilterOptions, SurroundTypesAreKnownByExactName) {
+TEST(FilterOptions, AcceptsSurroundTypesOnlyByExactName) {
     LogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"surround_effect_type": "MegaBass"})");
@@ -54,7 +54,7 @@ TEST(FilterOptions, SurroundTypesAreKnownByExactName) {
         EXPECT_EQ(filter.field(Peer::kSurroundType), 13) << name;
     }
     filter.options(R"({"surround_effect_type": 1})");
-    EXPECT_EQ(filter.field(Peer::kSurroundType), 13) << "a number is no name";
+    EXPECT_EQ(filter.field(Peer::kSurroundType), 13) << "a number does not name a type";
     filter.options(R"({"surround_effect_type": "3DSurround"})");
     EXPECT_EQ(filter.field(Peer::kSurroundType), 1);
     EXPECT_EQ(log.count("48 sonivex set surround_effect_type: MegaBass -> 13"), 1);
@@ -63,7 +63,7 @@ TEST(FilterOptions, SurroundTypesAreKnownByExactName) {
         log.count("24 sonivex unknown surround_effect_type: megabass (supported: 3DSurround, MegaBass)"), 1);
 }
 
-TEST(FilterOptions, SurroundModesBeyondOneToThreeAreIgnoredWithoutALog) {
+TEST(FilterOptions, IgnoresSurroundModesOutsideOneToThreeWithoutALogLine) {
     LogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"surround_mode": 3})");
@@ -75,10 +75,10 @@ TEST(FilterOptions, SurroundModesBeyondOneToThreeAreIgnoredWithoutALog) {
     }
     EXPECT_EQ(log.lines().size(), before);
     filter.options(R"({"surround_mode": 2.0})");
-    EXPECT_EQ(filter.field(Peer::kSurroundMode), 2) << "an integer, however it is written";
+    EXPECT_EQ(filter.field(Peer::kSurroundMode), 2) << "2.0 is the integer 2";
 }
 
-TEST(FilterOptions, AMemberOfTheWrongTypeCountsAsItsDefault) {
+TEST(FilterOptions, ReplacesAMemberOfTheWrongTypeByItsDefault) {
     FilterUnderTest filter;
     filter.options(R"({"surround_mode": 3, "surround_limiter": 0, "dialoguenhance_voice": 3,
                        "enable_normalizer": true, "enable_dump": true})");
@@ -96,18 +96,19 @@ TEST(FilterOptions, AMemberOfTheWrongTypeCountsAsItsDefault) {
     EXPECT_FALSE(filter.field(Peer::kEnableDump));
 }
 
-TEST(FilterOptions, TheLimiterSwitchTakesAnyInt) {
+TEST(FilterOptions, AcceptsAnyIntForTheLimiterSwitch) {
     FilterUnderTest filter;
     filter.options(R"({"surround_limiter": -7})");
     EXPECT_EQ(filter.field(Peer::kSurroundLimiter), -7);
     for (const char* number : {"99999999999", "4294967297", "1.5", "-1e999"}) {
         filter.options(R"({"surround_limiter": 1})");
         filter.options(std::string(R"({"surround_limiter": )") + number + "}");
-        EXPECT_NE(filter.field(Peer::kSurroundLimiter), 1) << number << " is not the 1 that switches it on";
+        EXPECT_NE(filter.field(Peer::kSurroundLimiter), 1)
+            << number << " must not count as 1, which switches the limiter on";
     }
 }
 
-TEST(FilterOptions, ANumberBeyondADoubleLeavesTheRestOfTheObjectInForce) {
+TEST(FilterOptions, AppliesTheRestOfAnObjectWithANumberBeyondADouble) {
     FilterUnderTest filter;
     filter.options(R"({"dialoguenhance_voice": 1e999, "enable_dialoguenhance": true})");
     EXPECT_EQ(filter.field(Peer::kVoice), std::numeric_limits<double>::max());
@@ -117,7 +118,7 @@ TEST(FilterOptions, ANumberBeyondADoubleLeavesTheRestOfTheObjectInForce) {
     EXPECT_EQ(filter.field(Peer::kSurroundMode), 2);
 }
 
-TEST(FilterOptions, VoiceIsNeverBelowOne) {
+TEST(FilterOptions, RaisesAVoiceLevelBelowOneToOne) {
     LogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"dialoguenhance_voice": 2.5})");
@@ -153,7 +154,7 @@ TEST(FilterOptions, SwitchingOneEffectOnSwitchesTheOthersOff) {
     }
 }
 
-TEST(FilterOptions, OfSeveralEffectsTheLastOfTheFixedOrderWins) {
+TEST(FilterOptions, EnablesOnlyTheLastOfSeveralEffectsInAFixedOrder) {
     FilterUnderTest filter;
     filter.options(R"({"enable_normalizer": true, "enable_surround": true})");
     EXPECT_TRUE(filter.field(Peer::kEnableNormalizer));
@@ -164,7 +165,7 @@ TEST(FilterOptions, OfSeveralEffectsTheLastOfTheFixedOrderWins) {
     EXPECT_FALSE(filter.field(Peer::kEnableNormalizer));
 }
 
-TEST(FilterOptions, DumpSwitchIsStored) {
+TEST(FilterOptions, StoresTheDumpSwitch) {
     LogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"enable_dump": true})");
@@ -175,7 +176,7 @@ TEST(FilterOptions, DumpSwitchIsStored) {
     EXPECT_EQ(log.count("48 sonivex set enable_dump: 0"), 1);
 }
 
-TEST(FilterOptions, FrameRateAndSpeedAreTruncatedTowardZero) {
+TEST(FilterOptions, TruncatesFrameRateAndSpeedTowardZero) {
     LogCapture log;
     FilterUnderTest filter;
     const auto fps = [&filter](const char* text) {
@@ -188,15 +189,15 @@ TEST(FilterOptions, FrameRateAndSpeedAreTruncatedTowardZero) {
     };
     EXPECT_EQ(fps("29.97"), 29);
     EXPECT_EQ(fps("-29.97"), -29);
-    EXPECT_EQ(fps(" 25 fps"), 25) << "a number in front is a number";
+    EXPECT_EQ(fps(" 25 fps"), 25) << "text after a number is ignored";
     EXPECT_EQ(speed("1.5"), 1);
     EXPECT_EQ(speed("0.75"), 0);
-    EXPECT_EQ(speed("1.99999999"), 2) << "speeds are floats";
+    EXPECT_EQ(speed("1.99999999"), 2) << "the speed is rounded to a float first";
     EXPECT_EQ(log.count("48 sonivex set option fps : 29, isOverFps : 0"), 1);
     EXPECT_EQ(log.count("48 sonivex set option speed : 0, isOverFps : 0"), 1);
 }
 
-TEST(FilterOptions, NumbersBeyondAnIntSaturateAndNotANumberIsZero) {
+TEST(FilterOptions, SaturatesNumbersBeyondAnIntAndTakesNanAsZero) {
     constexpr int kMax = std::numeric_limits<int>::max();
     constexpr int kMin = std::numeric_limits<int>::min();
     FilterUnderTest filter;
@@ -214,7 +215,7 @@ TEST(FilterOptions, NumbersBeyondAnIntSaturateAndNotANumberIsZero) {
     }
 }
 
-TEST(FilterOptions, AMalformedNumberRaisesTheParseException) {
+TEST(FilterOptions, ThrowsInvalidArgumentForAMalformedNumber) {
     FilterUnderTest filter;
     for (const char* text : {"", "fast", "-", "{}"}) {
         EXPECT_THROW(filter->setOption(filterPrototype::VIDEO_FPS_OPTION, text, ""), std::invalid_argument)

@@ -1,5 +1,6 @@
-// The conversion libraries run out of memory at every point of a frame's way: the frame is lost, or comes out
-// whole as 16-bit or in the player's format, and the frames after it are right without a flush.
+// Makes the conversion libraries run out of memory at every point of a frame's path. The frame is then lost
+// or comes out complete, as 16-bit or in the player's format. The frames after it are correct without a
+// flush.
 #include <gtest/gtest.h>
 
 #include "engine_faults.h"
@@ -15,14 +16,14 @@ using Vorlin::IQFFrame;
 using Which = FailingMemory::Which;
 
 constexpr int64_t kPts = 4711;
-constexpr int kMostRequests = 10'000;  // a frame makes some hundreds
+constexpr int kMostRequests = 10'000;  // a frame makes a few hundred
 
-class OutOfMemory : public ::testing::TestWithParam<FrameSpec> {
+class FilterOutOfMemory : public ::testing::TestWithParam<FrameSpec> {
   protected:
     struct Passed {
-        std::vector<int16_t> samples;  // what went in
+        std::vector<int16_t> samples;  // of the input
         std::unique_ptr<IQFFrame> out;
-        bool was_processed = false;  // even if the result was lost
+        bool was_processed = false;  // true even if the result was lost
     };
 
     static std::unique_ptr<IQFFrame> frameOf(int number, int frames) {
@@ -44,15 +45,15 @@ class OutOfMemory : public ::testing::TestWithParam<FrameSpec> {
 
     static void expectWhole(const IQFFrame::audioInfo& info, const AVFrame* out,
                             const std::vector<int16_t>& expected) {
-        ASSERT_TRUE(frameMatchesDescription(info, out)) << "every plane lies in a buffer that holds it";
+        ASSERT_TRUE(frameMatchesDescription(info, out)) << "every plane must lie inside a buffer";
         EXPECT_TRUE(out->format == GetParam().format || out->format == AV_SAMPLE_FMT_S16) << out->format;
         EXPECT_EQ(out->ch_layout.nb_channels, GetParam().channels);
         EXPECT_EQ(out->pts, kPts);
         ASSERT_EQ(samplesOf(out), expected);
     }
 
-    // One stream whose frame number `hit` meets the failing requests. @return whether there were so many
-    // requests.
+    // Plays one stream whose frame number `hit` meets the failing requests.
+    // @return true if that frame made at least `first` requests.
     static bool streamSurvives(int hit, int first, Which which) {
         constexpr int kFramesAfter = 2;
         FilterUnderTest filter;
@@ -60,8 +61,9 @@ class OutOfMemory : public ::testing::TestWithParam<FrameSpec> {
         DirectNormalizer engine(GetParam().channels);
         bool is_reached = false;
         for (int number = 0; number <= hit + kFramesAfter; ++number) {
-            // The hit is longer than the frames before it, for which the graphs have buffers already, and
-            // than those after it, which it would make late if any of it stayed behind.
+            // The failing frame is longer than those before it, so the buffers of the graphs are too short
+            // for it. It is also longer than those after it, which would come late if any of it stayed
+            // inside.
             auto frame = frameOf(number, number == hit ? 600 : 100);
             Passed passed;
             if (number == hit) {
@@ -71,7 +73,8 @@ class OutOfMemory : public ::testing::TestWithParam<FrameSpec> {
             } else {
                 passed = pass(filter, std::move(frame));
                 const int format = passed.out ? avFrameOf(passed.out)->format : AV_SAMPLE_FMT_NONE;
-                EXPECT_EQ(format, GetParam().format) << "only the frame that met the failure may suffer";
+                EXPECT_EQ(format, GetParam().format)
+                    << "only the frame with the failing request may be affected";
             }
             if (!passed.was_processed) continue;
             const auto expected = engine.process(passed.samples);
@@ -88,8 +91,8 @@ class OutOfMemory : public ::testing::TestWithParam<FrameSpec> {
                     << "request " << first << (which == Which::One ? "" : " and all after");
                 ++first;
             }
-            ASSERT_FALSE(HasFailure()) << "without a failing request";
-            EXPECT_GT(first, 1) << "the frame asks for memory";
+            ASSERT_FALSE(HasFailure()) << "the stream failed without a failing request";
+            EXPECT_GT(first, 1) << "the frame must request memory";
             EXPECT_LT(first, kMostRequests);
         }
     }
@@ -100,7 +103,7 @@ std::string nameOf(const FrameSpec& spec) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Filter, OutOfMemory,
+    Formats, FilterOutOfMemory,
     ::testing::Values(
         FrameSpec{
             .format = AV_SAMPLE_FMT_S16,
@@ -117,11 +120,11 @@ INSTANTIATE_TEST_SUITE_P(
         FrameSpec{.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .frames = 512, .layout = "5.1(side)"}),
     [](const auto& parameter) { return nameOf(parameter.param); });
 
-TEST_P(OutOfMemory, CostsAtMostTheFirstFrameOfAStream) {
+TEST_P(FilterOutOfMemory, CostsAtMostTheFirstFrameOfAStream) {
     failEverywhere(0);
 }
 
-TEST_P(OutOfMemory, CostsAtMostOneFrameInTheMiddleOfAStream) {
+TEST_P(FilterOutOfMemory, CostsAtMostOneFrameInTheMiddleOfAStream) {
     failEverywhere(1);
 }
 

@@ -1,4 +1,4 @@
-// Whatever goes wrong with a dump is logged, and playback goes on.
+// Checks that the filter logs every failure of a dump and continues playback.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/fsuid.h>
@@ -19,14 +19,15 @@
 namespace test {
 namespace {
 
-class PcmDumpFailure : public ::testing::Test {
+class FilterDumpFailure : public ::testing::Test {
   protected:
-    PcmDumpFailure() {
+    FilterDumpFailure() {
         filter_.options(R"({"enable_normalizer": true, "enable_dump": true})");
         filter_->setInvalid(false);
     }
 
-    // Playback goes on: the next frame comes out as the effect makes it. 4096 bytes on either side.
+    // Expects that playback continues: the next frame holds the effect's samples. It dumps 4096 bytes each of
+    // input and output.
     void expectToPlay() {
         auto frame = makeFrame({}, noise(played_++, 2000));
         const auto expected = engine_.process(samplesOf(*frame));
@@ -52,7 +53,7 @@ class PcmDumpFailure : public ::testing::Test {
     uint32_t played_ = 0;
 };
 
-TEST_F(PcmDumpFailure, AMissingDirectoryIsLoggedAtEveryCallUntilItIsThere) {
+TEST_F(FilterDumpFailure, LogsAMissingDirectoryAtEveryCallUntilItExists) {
     const DumpDirectory parent;
     const std::string directory = parent.file("later");
     Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, directory);
@@ -69,7 +70,7 @@ TEST_F(PcmDumpFailure, AMissingDirectoryIsLoggedAtEveryCallUntilItIsThere) {
     EXPECT_EQ(std::filesystem::file_size(directory + "/" + nameOf("output")), 4096u);
 }
 
-TEST_F(PcmDumpFailure, ADirectoryThatIsAFileIsLogged) {
+TEST_F(FilterDumpFailure, LogsADirectoryThatIsAFile) {
     const DumpDirectory parent;
     writeFile(parent.file("file"), "");
     Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, parent.file("file"));
@@ -77,7 +78,7 @@ TEST_F(PcmDumpFailure, ADirectoryThatIsAFileIsLogged) {
     EXPECT_EQ(linesWith("errno=20 (Not a directory)"), 2);
 }
 
-/** A folder that the calling thread may enter but not write to, not even as root. */
+// Makes a folder that the calling thread may enter but not write to, even as root.
 class WriteProtected {
   public:
     explicit WriteProtected(const std::string& folder) : folder_(folder) {
@@ -95,13 +96,13 @@ class WriteProtected {
 
   private:
     static constexpr uid_t kNobody = 65534;
-    // An impossible user changes nothing and is answered with the present one.
+    // setfsuid with an impossible user changes nothing and returns the current one.
     static uid_t currentUser() { return static_cast<uid_t>(setfsuid(static_cast<uid_t>(-1))); }
 
     std::string folder_;
 };
 
-TEST_F(PcmDumpFailure, AWriteProtectedDirectoryIsLoggedUntilItIsOpened) {
+TEST_F(FilterDumpFailure, LogsAWriteProtectedDirectoryUntilItIsWritable) {
     const DumpDirectory directory;
     {
         const WriteProtected folder(directory.path());
@@ -117,7 +118,7 @@ TEST_F(PcmDumpFailure, AWriteProtectedDirectoryIsLoggedUntilItIsOpened) {
     EXPECT_EQ(directory.names(), (std::vector<std::string>{nameOf("input"), nameOf("output")}));
 }
 
-TEST_F(PcmDumpFailure, APlantedLinkIsRefusedAndItsTargetLeftAlone) {
+TEST_F(FilterDumpFailure, RefusesAPlantedLinkAndKeepsItsTarget) {
     const DumpDirectory directory;
     WithSystemFaults faults;
     faults->random_numbers = {1, 1};
@@ -134,7 +135,7 @@ TEST_F(PcmDumpFailure, APlantedLinkIsRefusedAndItsTargetLeftAlone) {
     EXPECT_FALSE(std::filesystem::exists(directory.file("nowhere")));
 }
 
-TEST_F(PcmDumpFailure, APlantedPipeDoesNotHoldTheWorker) {
+TEST_F(FilterDumpFailure, DoesNotBlockOnAPlantedPipe) {
     const DumpDirectory directory;
     WithSystemFaults faults;
     faults->random_numbers = {1, 1};
@@ -146,8 +147,8 @@ TEST_F(PcmDumpFailure, APlantedPipeDoesNotHoldTheWorker) {
               1);
 }
 
-// Written to, it would end the player's process as soon as its reader goes.
-TEST_F(PcmDumpFailure, APlantedPipeThatIsReadGetsNothing) {
+// A write to a pipe would end the player's process as soon as the reader closes it.
+TEST_F(FilterDumpFailure, WritesNothingToAPlantedPipeWithAReader) {
     const DumpDirectory directory;
     WithSystemFaults faults;
     faults->random_numbers = {1, 1};
@@ -161,14 +162,14 @@ TEST_F(PcmDumpFailure, APlantedPipeThatIsReadGetsNothing) {
     EXPECT_EQ(filter_.field(Peer::kSessionId), id);
     EXPECT_EQ(log_.count("16 sonivex: failed to open dump file " + path + ", errno=22 (Invalid argument)"),
               2);
-    EXPECT_EQ(openDescriptors(), descriptors_before + 1) << "the input's file";
+    EXPECT_EQ(openDescriptors(), descriptors_before + 1) << "only the input file may be open";
     char heard[1];
-    EXPECT_EQ(read(reader, heard, sizeof(heard)), 0) << "nobody writes";
+    EXPECT_EQ(read(reader, heard, sizeof(heard)), 0) << "the pipe must have no writer";
     EXPECT_EQ(close(reader), 0);
     expectToPlay();
 }
 
-TEST_F(PcmDumpFailure, AFileWithAnotherNameIsRefusedAndLeftAlone) {
+TEST_F(FilterDumpFailure, RefusesAFileWithAnotherHardLinkAndKeepsIt) {
     const DumpDirectory directory;
     WithSystemFaults faults;
     faults->random_numbers = {1, 1};
@@ -182,10 +183,11 @@ TEST_F(PcmDumpFailure, AFileWithAnotherNameIsRefusedAndLeftAlone) {
     EXPECT_EQ(readFile(directory.file("target")), "precious");
     ASSERT_TRUE(std::filesystem::remove(directory.file("target")));
     expectToPlay();
-    EXPECT_EQ(std::filesystem::file_size(path), 4096u) << "begun anew once the name is its only one";
+    EXPECT_EQ(std::filesystem::file_size(path), 4096u)
+        << "the dump must start once the file has no other name";
 }
 
-/** A disk that takes files of so many bytes. */
+// Imitates a disk that fills up: limits the size of files in bytes.
 class FileSizeLimit {
   public:
     explicit FileSizeLimit(rlim_t bytes) {
@@ -206,7 +208,7 @@ class FileSizeLimit {
     void (*signal_before_)(int) = SIG_DFL;
 };
 
-TEST_F(PcmDumpFailure, AFileThatFillsUpIsCountedToItsEndAndThenLogged) {
+TEST_F(FilterDumpFailure, CountsAFileUpToItsLimitAndThenLogsTheFailure) {
     const DumpDirectory directory;
     {
         const FileSizeLimit limit(3 * 4096 / 2);
@@ -225,17 +227,17 @@ TEST_F(PcmDumpFailure, AFileThatFillsUpIsCountedToItsEndAndThenLogged) {
     }
     expectToPlay();
     filter_->flush();
-    EXPECT_EQ(linesWith("total size: 10240 bytes"), 2) << "with room again the dump goes on";
+    EXPECT_EQ(linesWith("total size: 10240 bytes"), 2) << "the dump must continue once there is room again";
 }
 
-TEST_F(PcmDumpFailure, AFullDiskIsLoggedAndNotCounted) {
+TEST_F(FilterDumpFailure, LogsAFullDiskAndDoesNotCountItsBlocks) {
     const DumpDirectory directory;
     expectToPlay();
     {
         WithSystemFaults faults;
         faults->write_error = ENOSPC;
         for (int i = 0; i < 2; ++i) expectToPlay();
-        EXPECT_EQ(faults->syncs, 0) << "nothing was written";
+        EXPECT_EQ(faults->syncs, 0) << "the filter must not sync a file after a failed write";
     }
     for (const char* stage : {"input", "output"}) {
         EXPECT_EQ(log_.count("16 sonivex: write failed for " + nameOf(stage) +
@@ -245,7 +247,7 @@ TEST_F(PcmDumpFailure, AFullDiskIsLoggedAndNotCounted) {
     }
 }
 
-TEST_F(PcmDumpFailure, AnInterruptedWriteIsMadeAgain) {
+TEST_F(FilterDumpFailure, RepeatsAnInterruptedWrite) {
     const DumpDirectory directory;
     WithSystemFaults faults;
     faults->writes_to_interrupt = 5;
@@ -258,12 +260,12 @@ TEST_F(PcmDumpFailure, AnInterruptedWriteIsMadeAgain) {
     EXPECT_EQ(std::filesystem::file_size(directory.file(nameOf("output"))), 4096u);
 }
 
-TEST_F(PcmDumpFailure, ABlockThatIsNotOnTheDiskYetCountsAllTheSame) {
+TEST_F(FilterDumpFailure, CountsABlockWhoseSyncFails) {
     const DumpDirectory directory;
     WithSystemFaults faults;
     faults->sync_error = EIO;
     for (int i = 0; i < 2; ++i) expectToPlay();
-    EXPECT_EQ(faults->syncs, 4) << "after every block";
+    EXPECT_EQ(faults->syncs, 4) << "the filter must sync after every block";
     for (const char* stage : {"input", "output"}) {
         EXPECT_EQ(
             log_.count("24 sonivex: fsync failed for " + nameOf(stage) + ", errno=5 (Input/output error)"),
@@ -273,7 +275,7 @@ TEST_F(PcmDumpFailure, ABlockThatIsNotOnTheDiskYetCountsAllTheSame) {
     EXPECT_EQ(linesWith("sonivex: dumped 4096 bytes"), 4);
 }
 
-TEST_F(PcmDumpFailure, WithoutRandomnessTheDumpIsSkippedUntilThereIsSome) {
+TEST_F(FilterDumpFailure, SkipsTheDumpWhileThereIsNoRandomness) {
     const DumpDirectory directory;
     {
         WithSystemFaults faults;

@@ -1,4 +1,4 @@
-// Dump sessions: when they begin and end, what their files are called, and where those are.
+// Checks dump sessions: when they begin and end, and the names and folders of their files.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -16,7 +16,7 @@
 namespace test {
 namespace {
 
-TEST(PcmDump, OfAStreamWithASeekIsTwoCompleteSessions) {
+TEST(FilterDumpSession, EndsAtASeekAndALaterFrameStartsAnother) {
     const DumpDirectory directory;
     const int descriptors_before = openDescriptors();
     FilterUnderTest filter;
@@ -48,7 +48,7 @@ TEST(PcmDump, OfAStreamWithASeekIsTwoCompleteSessions) {
     EXPECT_EQ(directory.names().size(), 4u);
 }
 
-TEST(PcmDump, IsClosedWhenTheFilterGoes) {
+TEST(FilterDumpSession, IsClosedWhenTheFilterIsDestroyed) {
     for (const Mode mode : {Mode::Inactive, Mode::Active}) {
         const DumpDirectory directory;
         const int descriptors_before = openDescriptors();
@@ -69,7 +69,7 @@ TEST(PcmDump, IsClosedWhenTheFilterGoes) {
     }
 }
 
-TEST(PcmDump, IsToldInTheLogFromOpeningToClosing) {
+TEST(FilterDumpSession, IsLoggedFromOpeningToClosing) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_surround": true)");
@@ -109,7 +109,7 @@ TEST(PcmDump, IsToldInTheLogFromOpeningToClosing) {
                      }));
 }
 
-TEST(PcmDump, CountsBeyond32Bits) {
+TEST(FilterDumpSession, CountsBytesBeyond32Bits) {
     const DumpDirectory directory;
     LogCapture log;
     FilterUnderTest filter;
@@ -125,9 +125,9 @@ TEST(PcmDump, CountsBeyond32Bits) {
     EXPECT_EQ(log.count("32 sonivex: closed dump file " + name + ", total size: 5000000400 bytes"), 1);
 }
 
-// --- session ids
+// --- Session ids.
 
-TEST(PcmDumpSession, IdsAreEightDigitsAllOverTheRange) {
+TEST(FilterDumpSession, HasAnIdOfEightDigitsFromTheWholeRange) {
     std::set<std::string> ids;
     std::set<char> first_digits;
     for (int i = 0; i < 400; ++i) {
@@ -138,10 +138,10 @@ TEST(PcmDumpSession, IdsAreEightDigitsAllOverTheRange) {
         first_digits.insert(id[0]);
     }
     EXPECT_EQ(first_digits, (std::set<char>{'1', '2', '3', '4', '5', '6', '7', '8', '9'}));
-    EXPECT_GT(ids.size(), 390u) << "the same one twice is rare";
+    EXPECT_GT(ids.size(), 390u) << "duplicates must be rare";
 }
 
-TEST(PcmDumpSession, TakesAnotherIdWhenTheFileIsThere) {
+TEST(FilterDumpSession, TakesAnotherIdIfTheFileExists) {
     WithSystemFaults faults;
     faults->random_numbers = {1, 2};
     const std::string taken = Peer::kGenerateSessionId();
@@ -161,7 +161,7 @@ TEST(PcmDumpSession, TakesAnotherIdWhenTheFileIsThere) {
     EXPECT_EQ(log.count("32 sonivex: using session ID: " + free), 1);
 }
 
-TEST(PcmDumpSession, KeepsTheLastOfElevenIdsThoughItsFileIsThere) {
+TEST(FilterDumpSession, KeepsTheEleventhIdEvenIfItsFileExists) {
     WithSystemFaults faults;
     faults->random_numbers = {1, 2};
     const std::string taken = Peer::kGenerateSessionId();
@@ -180,12 +180,12 @@ TEST(PcmDumpSession, KeepsTheLastOfElevenIdsThoughItsFileIsThere) {
     EXPECT_EQ(sessionOf(filter), taken);
     EXPECT_EQ(log.count("32 sonivex: dump file " + existing + " already exists, regenerating session ID"),
               10);
-    EXPECT_EQ(samplesInFile(existing), in) << "begun anew, nothing of the old one behind it";
+    EXPECT_EQ(samplesInFile(existing), in) << "the file must hold nothing of its old contents";
 }
 
-// --- where to
+// --- Dump directory.
 
-/** The environment's HOME, as it was again at the end. */
+// Sets the environment variable HOME, or unsets it for null, and restores it at the end.
 class HomeOf {
   public:
     explicit HomeOf(const char* home) {
@@ -204,7 +204,7 @@ class HomeOf {
     std::string before_;
 };
 
-TEST(PcmDumpDirectory, IsThePlayersPropertyElseDocumentsElseTmp) {
+TEST(FilterDumpDirectory, IsThePlayersPropertyOrElseDocumentsOrElseTmp) {
     {
         const HomeOf home("/somewhere");
         EXPECT_EQ(Peer::kGetDumpDirectory(), "/somewhere/Documents");
@@ -217,7 +217,7 @@ TEST(PcmDumpDirectory, IsThePlayersPropertyElseDocumentsElseTmp) {
     EXPECT_EQ(Peer::kGetDumpDirectory(), "/Documents");
 }
 
-TEST(PcmDumpDirectory, DocumentsReceiveTheFilesOfAPlayerWithoutTheProperty) {
+TEST(FilterDumpDirectory, IsDocumentsWithoutThePlayersProperty) {
     const TemporaryFolder home;
     ASSERT_TRUE(std::filesystem::create_directory(home.file("Documents")));
     const HomeOf at_home(home.path().c_str());
@@ -228,7 +228,7 @@ TEST(PcmDumpDirectory, DocumentsReceiveTheFilesOfAPlayerWithoutTheProperty) {
         home.file("Documents/" + dumpFileName("normalizer", "input", sessionOf(filter)))));
 }
 
-TEST(PcmDumpFile, IsTheOwnersToWriteAndNotInheritedByChildren) {
+TEST(FilterDumpFile, IsWritableByItsOwnerOnlyAndNotInheritedByChildren) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_normalizer": true)");

@@ -1,4 +1,4 @@
-// What a dump holds: the blocks that an effect took and gave.
+// Checks the contents of dump files: the blocks that go into an effect and come out of it.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -13,9 +13,9 @@
 namespace test {
 namespace {
 
-constexpr int kFrames = 960;  // a multiple of surround's blocks: it answers without delay
+constexpr int kFrames = 960;  // whole blocks of surround, so it adds no queueing delay
 
-TEST(PcmDump, HoldsWhatNormalizerTookAndGaveWhateverThePlayersFormat) {
+TEST(FilterDump, HoldsNormalizerInputAndOutputForAnyPlayerFormat) {
     for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S32}) {
         for (const int channels : {1, 2, 6, 8}) {
             SCOPED_TRACE(std::string(av_get_sample_fmt_name(format)) + ", channels " +
@@ -44,7 +44,7 @@ TEST(PcmDump, HoldsWhatNormalizerTookAndGaveWhateverThePlayersFormat) {
     }
 }
 
-TEST(PcmDump, OfSurroundTakes12BytesAFrameOf51InAnd4Out) {
+TEST(FilterDump, Holds12BytesPer51InputFrameAnd4PerOutputFrameOfSurround) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_surround": true)");
@@ -66,7 +66,7 @@ TEST(PcmDump, OfSurroundTakes12BytesAFrameOf51InAnd4Out) {
     }
 }
 
-TEST(PcmDump, OfDialogueTakes4BytesAFrameOnEitherSide) {
+TEST(FilterDump, Holds4BytesPerInputAndOutputFrameOfDialogue) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_dialoguenhance": true, "dialoguenhance_voice": 2)");
@@ -88,7 +88,7 @@ TEST(PcmDump, OfDialogueTakes4BytesAFrameOnEitherSide) {
     EXPECT_EQ(directory.names().size(), 2u);
 }
 
-TEST(PcmDump, OfSurroundShowsMonoAsItCameIn) {
+TEST(FilterDump, HoldsMonoInputOfSurroundAsOneChannel) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_surround": true)");
@@ -100,7 +100,7 @@ TEST(PcmDump, OfSurroundShowsMonoAsItCameIn) {
               DirectSurround(1, 1, 1, 1).process(in));
 }
 
-TEST(PcmDump, LeavesTheSoundAsItIs) {
+TEST(FilterDump, DoesNotChangeTheAudio) {
     const DumpDirectory directory;
     FilterUnderTest dumped;
     FilterUnderTest plain;
@@ -115,24 +115,25 @@ TEST(PcmDump, LeavesTheSoundAsItIs) {
     }
 }
 
-TEST(PcmDump, IsOnlyOfFramesThatAnEffectWorksOn) {
+TEST(FilterDump, HoldsOnlyFramesThatAnEffectProcesses) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     filter.options(R"({"enable_dump": true})");
     filter->setInvalid(false);
     ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "no effect is on";
     filter.options(R"({"enable_surround": true})");
-    ASSERT_NE(filter.pass(makeFrame({.rate_hz = 16000}, noise(1))), nullptr) << "a rate without responses";
+    ASSERT_NE(filter.pass(makeFrame({.rate_hz = 16000}, noise(1))), nullptr)
+        << "surround has no responses for this rate";
     filter->setInvalid(true);
-    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "bypassed";
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "the filter is invalid";
     filter->setInvalid(false);
     filter.options(R"({"enable_dump": false})");
-    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "not switched on";
+    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "the dump is off";
     EXPECT_EQ(directory.names(), std::vector<std::string>{});
     EXPECT_EQ(sessionOf(filter), "");
 }
 
-TEST(PcmDump, OfAFrameThatTheEffectLosesIsItsInputAlone) {
+TEST(FilterDump, HoldsOnlyTheInputOfAFrameThatTheEffectLoses) {
     resetEngineFaults();
     const DumpDirectory directory;
     FilterUnderTest filter;
@@ -144,13 +145,14 @@ TEST(PcmDump, OfAFrameThatTheEffectLosesIsItsInputAlone) {
               std::vector<std::string>{dumpFileName("normalizer", "input", sessionOf(filter))});
 }
 
-TEST(PcmDump, OfAFrameThatCannotBePutBackIsItsInputAlone) {
+TEST(FilterDump, HoldsOnlyTheInputOfAFrameWhoseResultCannotBeStored) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     filter.options(R"({"enable_surround": true})");
     filter->setInvalid(false);
     const auto in = [] { return makeFrame({.channels = 6, .frames = kFrames}, noise(1, 3000)); };
-    ASSERT_NE(filter.pass(in()), nullptr) << "now there is nothing left to make but the buffer of a block";
+    ASSERT_NE(filter.pass(in()), nullptr)
+        << "the next frame then needs no allocation but the buffer of its block";
     filter.options(R"({"enable_dump": true})");
     auto frame = in();
     const auto samples = samplesOf(*frame);
@@ -163,7 +165,7 @@ TEST(PcmDump, OfAFrameThatCannotBePutBackIsItsInputAlone) {
     EXPECT_EQ(samplesInFile(directory.file(directory.names().at(0))), samples);
 }
 
-TEST(PcmDump, FollowsTheSwitchFrameByFrameWithinOneSession) {
+TEST(FilterDump, FollowsItsSwitchFrameByFrameWithinOneSession) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     filter.startNormalizer();
@@ -178,7 +180,7 @@ TEST(PcmDump, FollowsTheSwitchFrameByFrameWithinOneSession) {
     EXPECT_EQ(directory.names().size(), 2u);
 }
 
-TEST(PcmDump, OfSeveralEffectsShareTheSessionAndNoFile) {
+TEST(FilterDump, GivesSeveralEffectsOneSessionButSeparateFiles) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_normalizer": true)");
@@ -192,7 +194,7 @@ TEST(PcmDump, OfSeveralEffectsShareTheSessionAndNoFile) {
                   dumpFileName("surround", "input", id), dumpFileName("surround", "output", id)}));
 }
 
-TEST(PcmDump, OfNothingDoesNothing) {
+TEST(FilterDump, IgnoresEmptyAndInvalidBlocks) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     const short samples[4] = {1, 2, 3, 4};

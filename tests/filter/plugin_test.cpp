@@ -1,4 +1,5 @@
-// The shared library as a player meets it: found by name once loaded, gone when unloaded.
+// Checks the shared library as a player uses it. It registers when loaded and leaves nothing behind when
+// unloaded.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -29,7 +30,7 @@ std::shared_ptr<Plugin> load() {
     return plugin;
 }
 
-TEST(SonivexPlugin, RegistersOnLoadAndLeavesNothingOnUnload) {
+TEST(SonivexPlugin, RegistersOnLoadAndLeavesNothingBehindOnUnload) {
     for (int round = 0; round < 3; ++round) {
         ASSERT_FALSE(isInMemory());
         EXPECT_FALSE(filterPrototype::isRegistered("sonivex"));
@@ -42,7 +43,7 @@ TEST(SonivexPlugin, RegistersOnLoadAndLeavesNothingOnUnload) {
     }
 }
 
-TEST(SonivexPlugin, StaysLoadedAsLongAsAPlayerHoldsAClone) {
+TEST(SonivexPlugin, StaysLoadedWhileAPlayerHoldsAClone) {
     auto plugin = load();
     auto player = Player::create(plugin, {}, [](std::unique_ptr<IQFFrame>) {});
     ASSERT_NE(player, nullptr);
@@ -54,10 +55,10 @@ TEST(SonivexPlugin, StaysLoadedAsLongAsAPlayerHoldsAClone) {
     EXPECT_EQ(player->drain(), 0);
     EXPECT_EQ(player->counts().pulled, 8u);
     player.reset();
-    EXPECT_FALSE(isInMemory()) << "not even a used filter pins its library";
+    EXPECT_FALSE(isInMemory()) << "a used filter must not keep its library loaded";
 }
 
-TEST(SonivexPlugin, PlaysTheSameActiveAndInactiveAndAcrossAChangeOfFormat) {
+TEST(SonivexPlugin, PlaysAlikeActiveAndInactiveAcrossFormatChanges) {
     const auto play = [](bool active) {
         std::vector<std::vector<int16_t>> blocks;
         auto player = Player::create(load(), {.active = active}, [&blocks](std::unique_ptr<IQFFrame> frame) {
@@ -79,7 +80,7 @@ TEST(SonivexPlugin, PlaysTheSameActiveAndInactiveAndAcrossAChangeOfFormat) {
     EXPECT_EQ(inactive, play(true));
 }
 
-TEST(SonivexPlugin, ComesBackAfterTooHighAFrameRate) {
+TEST(SonivexPlugin, ResumesAfterAnExcessiveFrameRate) {
     for (const bool active : {false, true}) {
         uint64_t processed = 0;
         auto player =
@@ -99,7 +100,7 @@ TEST(SonivexPlugin, ComesBackAfterTooHighAFrameRate) {
         push_some();
         EXPECT_EQ(processed, 5u);
         player->setVideoFps(70);
-        EXPECT_TRUE(player->isBypassed()) << "still too fast";
+        EXPECT_TRUE(player->isBypassed()) << "70 frames per second still exceed the limit";
         push_some();
         EXPECT_EQ(processed, 5u);
         player->setVideoFps(30);
@@ -110,7 +111,7 @@ TEST(SonivexPlugin, ComesBackAfterTooHighAFrameRate) {
     }
 }
 
-TEST(SonivexPlugin, DumpsWhereThePlayersPropertySays) {
+TEST(SonivexPlugin, DumpsToTheFolderInThePlayersProperty) {
     const DumpDirectory directory;
     std::vector<std::vector<int16_t>> played;
     std::vector<int16_t> pushed;

@@ -1,4 +1,4 @@
-// Surround through the filter: layouts, the player's format, and which options hold when.
+// Checks surround inside the filter: layouts, the player's format, and when options take effect.
 #include <gtest/gtest.h>
 
 #include "direct_effects.h"
@@ -11,7 +11,7 @@ namespace {
 
 using Vorlin::IQFFrame;
 
-constexpr int kFourBlocks_frames = 960;  // whole blocks: no delay
+constexpr int kFourBlocks_frames = 960;  // whole blocks, so surround adds no queueing delay
 
 FrameSpec specOf(int channels, AVSampleFormat format) {
     return {.format = format, .channels = channels, .frames = kFourBlocks_frames};
@@ -22,7 +22,7 @@ void startSurround(FilterUnderTest& filter, const std::string& more = "") {
     filter->setInvalid(false);
 }
 
-TEST(FilterSurround, EveryLayoutAndTypeComesOutAsStereoInThePlayersFormat) {
+TEST(FilterSurround, OutputsStereoInThePlayersFormatForEveryLayoutAndType) {
     const struct {
         const char* options;
         int type, mode, limiter;
@@ -60,7 +60,7 @@ TEST(FilterSurround, EveryLayoutAndTypeComesOutAsStereoInThePlayersFormat) {
     }
 }
 
-TEST(FilterSurround, MonoSoundsLikeTheSameSoundOnBothSides) {
+TEST(FilterSurround, TreatsMonoLikeStereoWithEqualChannels) {
     FilterUnderTest mono;
     FilterUnderTest stereo;
     startSurround(mono);
@@ -73,7 +73,7 @@ TEST(FilterSurround, MonoSoundsLikeTheSameSoundOnBothSides) {
     EXPECT_EQ(samplesOf(avFrameOf(from_mono)), samplesOf(avFrameOf(from_stereo)));
 }
 
-TEST(FilterSurround, PassesRatesOnThatItsResponsesAreNotMadeFor) {
+TEST(FilterSurround, PassesOnFramesAtRatesWithoutResponses) {
     for (const int rate_hz : {16000, 32000, 96000}) {
         FilterUnderTest filter;
         startSurround(filter);
@@ -85,7 +85,7 @@ TEST(FilterSurround, PassesRatesOnThatItsResponsesAreNotMadeFor) {
     }
 }
 
-TEST(FilterSurround, AChangeOfTypeTakesEffectAfterTheNextFlush) {
+TEST(FilterSurround, ChangesTheTypeAtTheNextFlush) {
     DirectSurround neutral(2, 1, 1, 1);
     DirectSurround bass(2, 13, 3, 1);
     resetEngineFaults();
@@ -102,7 +102,7 @@ TEST(FilterSurround, AChangeOfTypeTakesEffectAfterTheNextFlush) {
     EXPECT_EQ(engineFaults().surround_creates, 2);
 }
 
-TEST(FilterSurround, EachEffectKeepsItsOwnHandleAndAFrameGoesThroughOneOnly) {
+TEST(FilterSurround, KeepsAHandlePerEffectAndSendsEachFrameThroughOneEffect) {
     resetEngineFaults();
     FilterUnderTest filter;
     startSurround(filter);
@@ -114,7 +114,8 @@ TEST(FilterSurround, EachEffectKeepsItsOwnHandleAndAFrameGoesThroughOneOnly) {
         return out ? avFrameOf(out)->ch_layout.nb_channels : 0;
     };
     EXPECT_EQ(channels_after(R"({"enable_surround": true})"), 2);
-    EXPECT_EQ(channels_after(R"({"enable_normalizer": true})"), 6) << "the output graph follows the channels";
+    EXPECT_EQ(channels_after(R"({"enable_normalizer": true})"), 6)
+        << "the output graph follows the channel count";
     EXPECT_EQ(channels_after(R"({"enable_surround": true})"), 2);
     EXPECT_EQ(engineFaults().surround_creates, 1);
     EXPECT_EQ(engineFaults().creates, 1);
@@ -125,7 +126,7 @@ TEST(FilterSurround, EachEffectKeepsItsOwnHandleAndAFrameGoesThroughOneOnly) {
         1);
 }
 
-TEST(FilterSurround, AFailedCreationOrCallDropsTheFrameAndSaysSo) {
+TEST(FilterSurround, DropsAndLogsTheFrameOfAFailedCreationOrCall) {
     resetEngineFaults();
     FilterUnderTest filter;
     startSurround(filter);

@@ -83,7 +83,7 @@ void __wrap__ZN6Vorlin8qfThread5startEv(Vorlin::qfThread* thread) {
     __real__ZN6Vorlin8qfThread5startEv(thread);
 }
 
-// A member function takes its object as a plain first argument on every system that this is built for.
+// A member function takes its object as a plain first argument on every supported system.
 unsigned __wrap__ZNSt13random_device9_M_getvalEv(void* device) {
     test::SystemFaults* faults = test::faults_in_force;
     if (faults != nullptr && faults->has_no_randomness) throw std::runtime_error("no randomness");

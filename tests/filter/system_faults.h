@@ -5,20 +5,20 @@
 
 namespace test {
 
-/** Makes what the filter asks of the system fail on demand, on the calling thread, and counts. */
+/** Makes the filter's system calls fail on demand, on the calling thread, and counts them. */
 struct SystemFaults {
-    int writes_to_interrupt = 0;  // by a signal, before anything is written
-    int write_error = 0;          // errno of every write; 0: they go through
+    int writes_to_interrupt = 0;  // writes that fail with EINTR before anything is written
+    int write_error = 0;          // errno of every write; 0: writes succeed
     int syncs_to_interrupt = 0;
-    int sync_error = 0;         // errno of every fsync; 0: they go through
-    int syncs = 0;              // fsync calls so far
-    int threads_to_refuse = 0;  // qfThreads that do not start
-    int sleeps = 0;             // qf_msleep calls so far; none of them takes its time
+    int sync_error = 0;         // errno of every fsync; 0: calls succeed
+    int syncs = 0;              // fsync calls so far, without interrupted ones
+    int threads_to_refuse = 0;  // starts of a qfThread that fail
+    int sleeps = 0;             // qf_msleep calls so far; each returns at once
     bool has_no_randomness = false;
-    std::deque<uint32_t> random_numbers{};  // given out instead of random ones, as far as they go
+    std::deque<uint32_t> random_numbers{};  // replace the next numbers of std::random_device
 };
 
-/** In force while it lives. One at a time. */
+/** Applies its faults while it lives. Only one may live at a time. */
 class WithSystemFaults {
   public:
     WithSystemFaults();

@@ -1,4 +1,4 @@
-// Two threads and no more, and nothing but the queues between them.
+// Checks the filter's threads: a filter adds one at most, and passes frames to it only through its queues.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -31,8 +31,8 @@ std::multiset<std::string> threadNames() {
     return names;
 }
 
-TEST(FilterThreads, AnActiveFilterAddsOneThreadOfItsNameHoweverMuchItConverts) {
-    { const FilterUnderTest first(Mode::Active); }  // a sanitizer's own thread comes with a program's first
+TEST(FilterThreads, AnActiveFilterAddsOneNamedThreadForAnyConversion) {
+    { const FilterUnderTest first(Mode::Active); }  // a sanitizer adds a thread of its own with the first one
     const auto before = threadNames();
     FilterUnderTest filter(Mode::Active);
     filter.startNormalizer();
@@ -42,7 +42,7 @@ TEST(FilterThreads, AnActiveFilterAddsOneThreadOfItsNameHoweverMuchItConverts) {
             ASSERT_NE(out, nullptr);
         }
         EXPECT_NE(filter.field(Peer::kFilterGraph), nullptr)
-            << "both graphs are alive while the threads are counted";
+            << "both graphs must exist while the test counts threads";
         EXPECT_NE(filter.field(Peer::kOutFilterGraph), nullptr);
         auto expected = before;
         expected.insert("SonivexFilter");
@@ -51,7 +51,7 @@ TEST(FilterThreads, AnActiveFilterAddsOneThreadOfItsNameHoweverMuchItConverts) {
     }
 }
 
-TEST(FilterThreads, AnInactiveFilterAddsNone) {
+TEST(FilterThreads, AnInactiveFilterAddsNoThread) {
     const auto before = threadNames();
     FilterUnderTest filter;
     filter.startNormalizer();
@@ -59,7 +59,7 @@ TEST(FilterThreads, AnInactiveFilterAddsNone) {
     EXPECT_EQ(threadNames(), before);
 }
 
-// Seconds of random use: long where the thread sanitizer watches, short elsewhere.
+// Duration of the random use: long under the thread sanitizer, short elsewhere.
 std::chrono::seconds soakTime() {
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)
@@ -69,8 +69,8 @@ std::chrono::seconds soakTime() {
     return std::chrono::seconds(3);
 }
 
-TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
-    // Said at once, since a sanitizer ends the process; SONIVEX_SEED repeats a run.
+TEST(FilterThreads, SurviveRandomOptionsFlushesAndSeeks) {
+    // Printed at once, because a sanitizer may end the process. SONIVEX_SEED repeats a run.
     const char* given = std::getenv("SONIVEX_SEED");
     const uint32_t seed =
         given != nullptr ? static_cast<uint32_t>(std::stoul(given)) : std::random_device{}();
@@ -102,7 +102,7 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
     uint64_t flushes = 0;
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
-    // A dump is rare and may keep chance longer than the soak lasts.
+    // A dumped frame is rare, so the run lasts until there is one, up to ten times the soak time.
     const auto is_over = [&](Clock::duration since) {
         return since >= 10 * soakTime() || (since >= soakTime() && !dumps.names().empty());
     };
@@ -116,7 +116,7 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
         }
         if (chance(5)) filter.options(options[random() % std::size(options)]);
         if (chance(4)) filter.options(R"({"enable_normalizer": true})");
-        if (chance(3)) filter.options(R"({"enable_dump": false})");  // most frames need not wait for the disk
+        if (chance(3)) filter.options(R"({"enable_dump": false})");  // lets most frames skip the disk
         if (chance(50)) filter->setInvalid(chance(2));
         if (chance(20)) filter->setInvalid(false);
         if (chance(30))
@@ -126,7 +126,7 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
             filter->flush();
             ++flushes;
         }
-        if (chance(150)) {  // another stream, with the flush that belongs to it or without
+        if (chance(150)) {  // another stream, with or without the flush that it requires
             spec = {.format = formats[random() % formats.size()],
                     .channels = channel_counts[random() % std::size(channel_counts)],
                     .rate_hz = rates_hz[random() % std::size(rates_hz)],
@@ -142,8 +142,8 @@ TEST(FilterThreads, SurviveOptionsFlushesAndSeeksAtRandom) {
     EXPECT_GT(flushes, 0u);
 }
 
-// The worker writes, a flush closes, and the switch moves while a frame is in the effect.
-TEST(FilterThreads, DumpInputAndOutputInPairsHoweverTheSwitchMovesAndTheStreamIsCut) {
+// The worker writes the files, a flush closes them, and the switch changes while a frame is in the effect.
+TEST(FilterThreads, DumpInputAndOutputInPairsDespiteSwitchChangesAndFlushes) {
     constexpr uintmax_t kFrameBytes = 2000 * 2 * sizeof(short);
     const DumpDirectory dumps;
     FilterUnderTest filter(Mode::Active);

@@ -1,4 +1,4 @@
-// A system that gives no thread: the filter works all the same, on the player's own.
+// Checks a filter that cannot start its worker thread: it processes frames on the player's thread instead.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -18,7 +18,7 @@ constexpr char kNoThread[] =
     "processed "
     "inside push";
 
-// A frame that the filter passes on, which tells the thread that looked at it.
+// A frame that the filter passes on, and that records the thread that read its description.
 class WatchingFrame : public IQFFrame {
   public:
     explicit WatchingFrame(std::atomic<std::thread::id>& reader) : reader_(reader) {}
@@ -37,7 +37,7 @@ std::thread::id threadThatWorks(FilterUnderTest& filter) {
     return reader;
 }
 
-TEST(WithoutAThread, AnActiveFilterWorksInsidePush) {
+TEST(FilterWithoutThread, ProcessesFramesInsidePush) {
     LogCapture log;
     WithSystemFaults faults;
     faults->threads_to_refuse = 1;
@@ -51,14 +51,14 @@ TEST(WithoutAThread, AnActiveFilterWorksInsidePush) {
         const auto expected = engine.process(samplesOf(avFrameOf(frame)));
         ASSERT_EQ(filter->push(frame, 0), 0);
         std::unique_ptr<IQFFrame> out;
-        ASSERT_EQ(filter->pull(out, 0), 0) << "at once";
+        ASSERT_EQ(filter->pull(out, 0), 0) << "the frame must be ready when push returns";
         EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
     }
     EXPECT_EQ(threadThatWorks(filter), std::this_thread::get_id());
-    EXPECT_EQ(faults->sleeps, 0) << "the player's thread is not the worker's to put to sleep";
+    EXPECT_EQ(faults->sleeps, 0) << "the filter must not put the player's thread to sleep";
 }
 
-TEST(WithoutAThread, AFilterThatWorksInsidePushIsFlushedAndDestroyedAsAnyOther) {
+TEST(FilterWithoutThread, FlushesAndDestroysLikeAnyOtherFilter) {
     WithSystemFaults faults;
     faults->threads_to_refuse = 1;
     FilterUnderTest filter(Mode::Active);
@@ -66,12 +66,11 @@ TEST(WithoutAThread, AFilterThatWorksInsidePushIsFlushedAndDestroyedAsAnyOther) 
     ASSERT_NE(filter.pass(makeFrame({.format = AV_SAMPLE_FMT_FLTP}, noise(1))), nullptr);
     filter->flush();
     EXPECT_EQ(filter.field(Peer::kNormalizerHandle), nullptr);
-    EXPECT_EQ(filter.field(Peer::kThread), nullptr)
-        << "a flush starts the worker that was there, and no other";
+    EXPECT_EQ(filter.field(Peer::kThread), nullptr) << "a flush must not create a worker";
     ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
 }
 
-TEST(WithoutAThread, ALaterInitTriesAgainAndTheWorkerTakesOver) {
+TEST(FilterWithoutThread, HandsOverToAWorkerThatALaterInitStarts) {
     LogCapture log;
     WithSystemFaults faults;
     faults->threads_to_refuse = 2;
@@ -81,7 +80,7 @@ TEST(WithoutAThread, ALaterInitTriesAgainAndTheWorkerTakesOver) {
     filter.startNormalizer();
     DirectNormalizer engine(2);
     std::vector<std::vector<int16_t>> expected;
-    for (uint32_t seed = 0; seed < 4; ++seed) {  // the last two wait in front of the effect
+    for (uint32_t seed = 0; seed < 4; ++seed) {  // the last two frames wait in the input queue
         std::unique_ptr<IQFFrame> frame = makeFrame({}, noise(seed, 3000));
         expected.push_back(engine.process(samplesOf(avFrameOf(frame))));
         ASSERT_EQ(filter->push(frame, 0), 0);

@@ -1,4 +1,4 @@
-// Which frames the filter touches, which it passes on, and what becomes of frames on a flush.
+// Checks which frames the filter processes, which it passes on, and how a flush disposes of frames.
 #include <gtest/gtest.h>
 
 #include "filter_under_test.h"
@@ -10,7 +10,7 @@ namespace {
 using Vorlin::AVQFFrame;
 using Vorlin::IQFFrame;
 
-// What must be the same for a frame that was passed on.
+// Properties of a frame that must not change when the filter passes it on.
 struct Fingerprint {
     explicit Fingerprint(const std::unique_ptr<IQFFrame>& frame) {
         const AVFrame* av_frame = avFrameOf(frame);
@@ -41,12 +41,12 @@ void expectPassedOn(FilterUnderTest& filter, std::unique_ptr<IQFFrame> frame, co
     EXPECT_EQ(Fingerprint(out), before);
 }
 
-// Loud at the start of the stream, the normalizer changes every block.
+// Makes quiet noise. The normalizer starts a stream with a high gain, so it changes every such block.
 std::unique_ptr<IQFFrame> quietNoise(const FrameSpec& spec) {
     return makeFrame(spec, noise(3, 1000));
 }
 
-TEST(WorkerLoop, PassesFramesOnWhileNoEffectIsEnabled) {
+TEST(FilterWorkerLoop, PassesOnFramesWhileNoEffectIsEnabled) {
     for (const Mode mode : {Mode::Inactive, Mode::Active}) {
         FilterUnderTest filter(mode);
         filter->setInvalid(false);
@@ -54,7 +54,7 @@ TEST(WorkerLoop, PassesFramesOnWhileNoEffectIsEnabled) {
     }
 }
 
-TEST(WorkerLoop, PassesFramesOnWhileInvalid) {
+TEST(FilterWorkerLoop, PassesOnFramesWhileInvalid) {
     for (const Mode mode : {Mode::Inactive, Mode::Active}) {
         FilterUnderTest filter(mode);
         filter.options(R"({"enable_normalizer": true})");
@@ -65,7 +65,7 @@ TEST(WorkerLoop, PassesFramesOnWhileInvalid) {
     }
 }
 
-TEST(WorkerLoop, PassesUnsupportedChannelCountsOnSilently) {
+TEST(FilterWorkerLoop, PassesOnUnsupportedChannelCountsWithoutALogLine) {
     for (const Mode mode : {Mode::Inactive, Mode::Active}) {
         FilterUnderTest filter(mode);
         filter.startNormalizer();
@@ -81,7 +81,7 @@ TEST(WorkerLoop, PassesUnsupportedChannelCountsOnSilently) {
     }
 }
 
-TEST(WorkerLoop, PassesUnsupportedRatesOn) {
+TEST(FilterWorkerLoop, PassesOnUnsupportedRates) {
     for (const int rate_hz : {8000, 22050, 32000, 96000, 192000}) {
         FilterUnderTest filter;
         filter.startNormalizer();
@@ -89,7 +89,7 @@ TEST(WorkerLoop, PassesUnsupportedRatesOn) {
     }
 }
 
-TEST(WorkerLoop, NormalizesEverySupportedRateAndChannelCount) {
+TEST(FilterWorkerLoop, NormalizesEverySupportedRateAndChannelCount) {
     for (const int rate_hz : {16000, 44100, 48000}) {
         for (const int channels : {1, 2, 6, 8}) {
             SCOPED_TRACE(std::to_string(rate_hz) + " Hz, channels " + std::to_string(channels));
@@ -107,7 +107,7 @@ TEST(WorkerLoop, NormalizesEverySupportedRateAndChannelCount) {
     }
 }
 
-TEST(WorkerLoop, PassesEverythingButStereoOnWhenDialogueIsEnabled) {
+TEST(FilterWorkerLoop, PassesOnUnsupportedStreamsWhileDialogueIsEnabled) {
     FilterUnderTest filter;
     filter.options(R"({"enable_dialoguenhance": true})");
     filter->setInvalid(false);
@@ -115,11 +115,12 @@ TEST(WorkerLoop, PassesEverythingButStereoOnWhenDialogueIsEnabled) {
         expectPassedOn(filter, quietNoise({.channels = channels}), std::to_string(channels) + " channels");
     for (const int rate_hz : {16000, 32000, 96000})
         expectPassedOn(filter, quietNoise({.rate_hz = rate_hz}), std::to_string(rate_hz) + " Hz");
-    EXPECT_EQ(filter.field(Peer::kFilterGraph), nullptr) << "passed on before conversion";
+    EXPECT_EQ(filter.field(Peer::kFilterGraph), nullptr)
+        << "the filter must pass frames on before any conversion";
 }
 
-TEST(WorkerLoop, OneCallWorksThroughWhatIsQueuedAndStopsAtAFrameItPassesOn) {
-    // Not initialised: the test is the worker.
+TEST(FilterWorkerLoop, ProcessesAllQueuedFramesButStopsAfterOneThatItPassesOn) {
+    // Not initialised: the test runs the worker's loop.
     Vorlin::sonivexFilter filter({}, {}, true);
     filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
     filter.setInvalid(false);
@@ -138,7 +139,7 @@ TEST(WorkerLoop, OneCallWorksThroughWhatIsQueuedAndStopsAtAFrameItPassesOn) {
     EXPECT_EQ((filter.*Peer::kOutQueue).sizeForConsumer(), 1u);
 }
 
-TEST(WorkerLoop, ANullFrameIsLoggedAndPassedOn) {
+TEST(FilterWorkerLoop, LogsAndPassesOnANullFrame) {
     LogCapture log;
     FilterUnderTest filter;
     filter.startNormalizer();
@@ -150,7 +151,7 @@ TEST(WorkerLoop, ANullFrameIsLoggedAndPassedOn) {
     EXPECT_EQ(log.count("16 mAbuffer_ctx is nullptr or avframe is nullptr"), 1);
 }
 
-TEST(WorkerLoop, AFrameWithoutAnAvFrameIsLoggedAndPassedOn) {
+TEST(FilterWorkerLoop, LogsAndPassesOnAFrameWithoutAnAvFrame) {
     struct OtherFrame : IQFFrame {};
     for (const bool is_other_class : {false, true}) {
         LogCapture log;
@@ -170,8 +171,7 @@ TEST(WorkerLoop, AFrameWithoutAnAvFrameIsLoggedAndPassedOn) {
     }
 }
 
-// --- flush and destruction
-// ------------------------------------------------------------------------------------
+// --- Flush and destruction.
 
 struct CountedFrame : IQFFrame {
     explicit CountedFrame(int& count) : alive(count) { ++alive; }
@@ -179,7 +179,7 @@ struct CountedFrame : IQFFrame {
     int& alive;
 };
 
-TEST(Flush, DestroysEveryFrameInBothQueues) {
+TEST(FilterFlush, DestroysEveryFrameInBothQueues) {
     for (const Mode mode : {Mode::Inactive, Mode::Active}) {
         int alive = 0;
         FilterUnderTest filter(mode);
@@ -196,7 +196,7 @@ TEST(Flush, DestroysEveryFrameInBothQueues) {
     }
 }
 
-TEST(Flush, LetsAnActiveFilterGoOn) {
+TEST(FilterFlush, LetsAnActiveFilterContinue) {
     FilterUnderTest filter(Mode::Active);
     for (int i = 0; i < 5; ++i) {
         filter->flush();
@@ -204,7 +204,7 @@ TEST(Flush, LetsAnActiveFilterGoOn) {
     }
 }
 
-TEST(Flush, ForgetsHandlesGraphsAndFormat) {
+TEST(FilterFlush, ReleasesHandlesGraphsAndFormat) {
     FilterUnderTest filter;
     filter.startNormalizer();
     ASSERT_NE(filter.pass(quietNoise({.format = AV_SAMPLE_FMT_FLTP})), nullptr);
@@ -221,30 +221,31 @@ TEST(Flush, ForgetsHandlesGraphsAndFormat) {
     EXPECT_EQ(filter.field(Peer::kOutChannels), -1);
 }
 
-TEST(Flush, OfAFilterWithoutHandlesLogsNothing) {
+TEST(FilterFlush, LogsNothingWithoutHandles) {
     LogCapture log;
     ::testing::internal::CaptureStdout();
     {
         FilterUnderTest filter;
         filter->flush();
     }
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "") << "releasing null would be reported";
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "") << "the release of a null handle would be logged";
     EXPECT_EQ(log.lines(), std::vector<std::string>{"32 sonivex init"});
 }
 
-TEST(Flush, StartsTheEffectAnew) {
+TEST(FilterFlush, RestartsTheEffect) {
     FilterUnderTest filter;
     filter.startNormalizer();
     const auto loud = [] { return makeFrame({}, noise(5, 32767)); };
     const auto fresh =
         DirectNormalizer(2).process(samplesOf(avFrameOf(std::unique_ptr<IQFFrame>(quietNoise({})))));
     ASSERT_NE(filter.pass(loud()), nullptr);
-    EXPECT_NE(samplesOf(avFrameOf(filter.pass(quietNoise({})))), fresh) << "the gain has stepped down";
+    EXPECT_NE(samplesOf(avFrameOf(filter.pass(quietNoise({})))), fresh)
+        << "the loud frame must have reduced the gain";
     filter->flush();
     EXPECT_EQ(samplesOf(avFrameOf(filter.pass(quietNoise({})))), fresh);
 }
 
-TEST(Destruction, DestroysWhatIsQueued) {
+TEST(FilterDestruction, DestroysQueuedFrames) {
     for (const bool active : {false, true}) {
         int alive = 0;
         {

@@ -35,16 +35,16 @@ TEST(AVQFFrame, DescribesItsFrame) {
     EXPECT_EQ(info.channels, 6);
     EXPECT_EQ(info.sample_rate, 44100);
     EXPECT_EQ(info.nb_samples, 77);
-    EXPECT_EQ(info.channel_layout, 0x60fu);  // L R C LFE, side pair
+    EXPECT_EQ(info.channel_layout, 0x60fu);  // FL FR FC LFE SL SR
 }
 
-TEST(AVQFFrame, KnowsNoMaskOfACustomLayout) {
+TEST(AVQFFrame, HasNoMaskForACustomLayout) {
     AVQFFrame frame(makeFrame(AV_SAMPLE_FMT_S16, "FR+FL", 48000, 4));
     EXPECT_EQ(frame.getInfo().channels, 2);
     EXPECT_EQ(frame.getInfo().channel_layout, 0u);
 }
 
-TEST(AVQFFrame, MayHoldNoFrame) {
+TEST(AVQFFrame, CanBeEmpty) {
     AVQFFrame frame(nullptr);
     EXPECT_EQ(static_cast<AVFrame*>(frame), nullptr);
     EXPECT_EQ(frame.getInfo().format, -1);
@@ -64,13 +64,13 @@ TEST(AVQFFrame, KeepsItsFrameUntilItIsDestroyed) {
     av_buffer_unref(&samples);
 }
 
-TEST(AVQFFrame, LetsItsDescriptionBeChanged) {
+TEST(AVQFFrame, AllowsChangesToItsDescription) {
     AVQFFrame frame(makeFrame(AV_SAMPLE_FMT_S16, "stereo", 48000, 4));
     frame.getInfo().nb_samples = 3;
     EXPECT_EQ(frame.getInfo().nb_samples, 3);
 }
 
-TEST(SampleFormatName, IsKnownForEveryFormatAndNullForOthers) {
+TEST(SampleFormatName, IsSetForEveryFormatAndNullForOtherValues) {
     EXPECT_STREQ(qf_get_sample_fmt_name(AV_SAMPLE_FMT_S16), "s16");
     EXPECT_STREQ(qf_get_sample_fmt_name(AV_SAMPLE_FMT_FLTP), "fltp");
     for (int format = 0; format < AV_SAMPLE_FMT_NB; ++format) {

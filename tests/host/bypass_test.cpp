@@ -1,4 +1,4 @@
-// Why and when a Player sets its filter invalid, and how it comes back.
+// Checks when and why a Player sets its filter invalid to bypass it, and when it sets it valid again.
 #include <cmath>
 #include <limits>
 
@@ -9,7 +9,7 @@ namespace {
 
 class PlayerBypass : public PlayerFixture {
   protected:
-    // What the player says and what it told the filter must agree.
+    // The player's answer must agree with the state that it last set in the filter.
     void expectBypassed(const Player& player, bool expected) const {
         EXPECT_EQ(player.isBypassed(), expected);
         EXPECT_EQ(script_->is_invalid, expected);
@@ -17,7 +17,7 @@ class PlayerBypass : public PlayerFixture {
 };
 INSTANTIATE_TEST_SUITE_P(Filter, PlayerBypass, testing::Bool(), activity);
 
-TEST_P(PlayerBypass, PassesFramesThroughUntouchedWhileTheListenerWantsIt) {
+TEST_P(PlayerBypass, PassesFramesThroughUntouchedWhileTheListenerBypasses) {
     const auto player = makePlayer();
     pushFrames(*player, 3);
     EXPECT_EQ(player->drain(), 0);
@@ -34,12 +34,12 @@ TEST_P(PlayerBypass, PassesFramesThroughUntouchedWhileTheListenerWantsIt) {
     EXPECT_EQ(numbers_out_, firstNumbers(12));
 }
 
-TEST_P(PlayerBypass, MakesANewFilterValid) {
+TEST_P(PlayerBypass, SetsANewFilterValid) {
     const auto player = makePlayer();
     expectBypassed(*player, false);
 }
 
-TEST_P(PlayerBypass, FollowsTheFrameRateBothWays) {
+TEST_P(PlayerBypass, FollowsTheFrameRateInBothDirections) {
     const auto player = makePlayer();
     player->setVideoFps(61);
     expectBypassed(*player, false);
@@ -59,7 +59,7 @@ TEST_P(PlayerBypass, FollowsTheFrameRateBothWays) {
     expectBypassed(*player, true);
 }
 
-TEST_P(PlayerBypass, RemembersARateThatRoseWhileTheListenerBypassed) {
+TEST_P(PlayerBypass, RemembersAFrameRateThatRoseDuringAListenerBypass) {
     const auto player = makePlayer();
     player->setBypass(true);
     player->setVideoFps(120);
@@ -69,7 +69,7 @@ TEST_P(PlayerBypass, RemembersARateThatRoseWhileTheListenerBypassed) {
     expectBypassed(*player, false);
 }
 
-TEST_P(PlayerBypass, RemembersARateThatFellWhileTheListenerBypassed) {
+TEST_P(PlayerBypass, RemembersAFrameRateThatFellDuringAListenerBypass) {
     const auto player = makePlayer();
     player->setVideoFps(120);
     player->setBypass(true);
@@ -81,7 +81,7 @@ TEST_P(PlayerBypass, RemembersARateThatFellWhileTheListenerBypassed) {
     expectBypassed(*player, true);
 }
 
-TEST_P(PlayerBypass, IsNotMadeValidForANewRateWhileTheListenerBypasses) {
+TEST_P(PlayerBypass, KeepsTheFilterInvalidForANewRateDuringAListenerBypass) {
     const auto player = makePlayer();
     player->setVideoFps(120);
     player->setBypass(true);
@@ -93,7 +93,7 @@ TEST_P(PlayerBypass, IsNotMadeValidForANewRateWhileTheListenerBypasses) {
     expectBypassed(*player, true);
 }
 
-TEST_P(PlayerBypass, EndsNothingThatNeverBegan) {
+TEST_P(PlayerBypass, IgnoresTheEndOfABypassThatNeverBegan) {
     const auto player = makePlayer();
     player->setVideoFps(120);
     player->setBypass(false);
@@ -101,7 +101,7 @@ TEST_P(PlayerBypass, EndsNothingThatNeverBegan) {
     expectBypassed(*player, true);
 }
 
-TEST_P(PlayerBypass, StaysAwayAfterAnOverloadUntilToldToTryAgain) {
+TEST_P(PlayerBypass, StaysBypassedAfterAnOverloadUntilARetry) {
     script_->overload_from_ms = 0;
     const auto player = makePlayer();
     player->setVideoFps(25);
@@ -115,7 +115,7 @@ TEST_P(PlayerBypass, StaysAwayAfterAnOverloadUntilToldToTryAgain) {
     player->seek();
     pushFrames(*player, 3);
     EXPECT_EQ(player->drain(), 0);
-    EXPECT_EQ(script_->samples_ms.size(), 1u) << "a bypassed filter was fed";
+    EXPECT_EQ(script_->samples_ms.size(), 1u) << "the player reported a working time for a bypassed filter";
     EXPECT_EQ(player->counts().bypassed, 3u);
 
     script_->overload_from_ms = std::numeric_limits<uint64_t>::max();
@@ -127,7 +127,7 @@ TEST_P(PlayerBypass, StaysAwayAfterAnOverloadUntilToldToTryAgain) {
     EXPECT_EQ(player->counts().bypassed, 3u);
 }
 
-TEST_P(PlayerBypass, RemembersARateThatRoseDuringAnOverload) {
+TEST_P(PlayerBypass, RemembersAFrameRateThatRoseDuringAnOverload) {
     script_->overload_from_ms = 0;
     const auto player = makePlayer();
     player->setVideoFps(25);
@@ -143,10 +143,10 @@ TEST_P(PlayerBypass, RemembersARateThatRoseDuringAnOverload) {
     expectBypassed(*player, false);
 }
 
-TEST_P(PlayerBypass, SurvivesRatesThatNoFilterUnderstands) {
+TEST_P(PlayerBypass, SurvivesRatesThatTheFilterRejects) {
     const auto player = makePlayer();
     player->setVideoFps(120);
-    player->setSpeed(1e300);  // out of a float's range: the filter refuses the text
+    player->setSpeed(1e300);  // beyond the range of float, so the filter rejects the text
     expectBypassed(*player, true);
     player->setVideoFps(1e-320);
     expectBypassed(*player, true);
@@ -155,7 +155,7 @@ TEST_P(PlayerBypass, SurvivesRatesThatNoFilterUnderstands) {
     expectBypassed(*player, false);
 }
 
-TEST_P(PlayerBypass, WritesNumbersSoThatEveryLocaleReadsThemAlike) {
+TEST_P(PlayerBypass, WritesNumbersIndependentlyOfTheLocale) {
     const auto player = makePlayer();
     player->setVideoFps(29.97);
     player->setSpeed(0.5);

@@ -105,7 +105,7 @@ std::unique_ptr<IQFFrame> FakeFilter::take() {
     return frame;
 }
 
-// @return false when the frame is given up.
+// Processes one frame. @return false if the filter gives it up.
 bool FakeFilter::treat(const IQFFrame& frame) {
     const auto* numbered = dynamic_cast<const NumberedFrame*>(&frame);
     if (numbered == nullptr) return !script_->eats_fences;

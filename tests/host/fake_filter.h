@@ -16,44 +16,45 @@
 
 namespace Vorlin::test {
 
-/** A frame that is known again by its number. */
+/** A frame that its number identifies. */
 class NumberedFrame final : public IQFFrame {
   public:
     NumberedFrame(int frame_number, const audioInfo& info) : IQFFrame(info), number(frame_number) {}
     const int number;
 };
 
-/** What a FakeFilter does, and what it saw. Shared by the test and the clone; set it before frames flow. */
+/** Directs a FakeFilter and records its calls. The test shares it with the clone and sets it before it pushes
+ *  frames. */
 struct Script {
     std::function<bool(const NumberedFrame&)> keeps = [](const NumberedFrame&) { return true; };
-    std::function<void()> work = [] {};  // for each frame that is neither bypassed nor given up
+    std::function<void()> work = [] {};  // runs for each frame that is neither bypassed nor given up
     bool init_succeeds = true;
     bool eats_fences = false;
-    int frames_per_run = std::numeric_limits<int>::max();  // an inactive filter's run ends after so many
-    uint64_t overload_from_ms = std::numeric_limits<uint64_t>::max();  // a sample that trips the load guard
-    std::atomic<bool> is_stuck{false};                                 // nothing moves inside
-    std::atomic<int> runs_to_skip{0};                                  // so many runs do nothing
+    int frames_per_run = std::numeric_limits<int>::max();  // frames after which a run of the loop ends
+    uint64_t overload_from_ms = std::numeric_limits<uint64_t>::max();  // shortest time that trips the guard
+    std::atomic<bool> is_stuck{false};                                 // no frame moves inside the filter
+    std::atomic<int> runs_to_skip{0};                                  // runs of the loop that do nothing
 
     std::atomic<int> processed{0};
-    int refusals = 0;  // pushes answered "try again"
+    int refusals = 0;  // pushes that returned "try again"
     int flushes = 0;
     bool is_invalid = true;
     int times_made_valid = 0;
     bool is_destroyed = false;
-    std::vector<IQFFrame::audioInfo> fences;  // frames pushed that are not the test's
+    std::vector<IQFFrame::audioInfo> fences;  // pushed frames that the player made itself
     bool fences_hold_samples = true;
-    std::vector<uint64_t> samples_ms;  // what checkTimeConsume was told
+    std::vector<uint64_t> samples_ms;  // arguments of checkTimeConsume
     std::vector<std::string> options;
     std::shared_ptr<const QfThreadClock> worker_clock;
 };
 
-/** A filter with the queues, the loop and the load guard's events of a real one, whose processing is a
- *  script. */
+/** A filter with the queues, the loop and the load guard's events of a real one. A script replaces its
+ *  processing. */
 class FakeFilter final : public IAudioFilter, public filterPrototype {
   public:
     static constexpr char kName[] = "FakeFilter";
 
-    /** The prototype, registered under `supported_name`. */
+    /** Makes the prototype and registers it under `supported_name`. */
     FakeFilter(std::string supported_name, std::shared_ptr<Script> script);
     FakeFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active,
                std::shared_ptr<Script> script);
@@ -90,7 +91,7 @@ class FakeFilter final : public IAudioFilter, public filterPrototype {
     bool over_fps_ = false;
     int fps_ = 0;
     int speed_ = 1;
-    std::unique_ptr<qfThread> thread_;  // last: it ends first
+    std::unique_ptr<qfThread> thread_;  // last member, so the thread ends before the others are destroyed
 };
 
 }  // namespace Vorlin::test

@@ -5,7 +5,7 @@
 namespace Vorlin {
 namespace {
 
-TEST(GlobalSettings, GivesWhatWasSetAndNothingElse) {
+TEST(GlobalSettings, ReturnsTheLastValueSetAndOtherwiseAnEmptyString) {
     auto& settings = globalSettings::GetInstance();
     EXPECT_EQ(settings.getProperty("test.never.set"), "");
     settings.setProperty("test.one", "1");

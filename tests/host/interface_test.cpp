@@ -1,5 +1,5 @@
-// Where the virtual operations lie in their tables: a filter built against another copy of these interfaces
-// must still be called right.
+// Pins the vtable slots of the interfaces' virtual functions. Calls to a filter that was built against
+// another copy of these headers must still reach the right function.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -10,8 +10,9 @@
 namespace Vorlin {
 namespace {
 
-// A pointer to a virtual member, by the Itanium C++ ABI: the byte offset of its slot, plus 1 where code
-// addresses are even; Arm marks it in the lowest bit of the second word instead.
+// Returns the vtable slot of a virtual member function. In the Itanium C++ ABI a pointer to such a function
+// holds the byte offset of its slot plus 1. Arm, where code addresses may be odd, marks it in the lowest bit
+// of the second word instead.
 template <typename Member>
 std::ptrdiff_t slotOf(Member member) {
     struct {
@@ -21,16 +22,16 @@ std::ptrdiff_t slotOf(Member member) {
     static_assert(sizeof raw == sizeof member);
     std::memcpy(&raw, &member, sizeof raw);
 #if defined(__aarch64__) || defined(__arm__)
-    EXPECT_EQ(raw.adjustment & 1, 1) << "not a virtual member";
+    EXPECT_EQ(raw.adjustment & 1, 1) << "the member function is not virtual";
     const std::ptrdiff_t offset = raw.address;
 #else
-    EXPECT_EQ(raw.address & 1, 1) << "not a virtual member";
+    EXPECT_EQ(raw.address & 1, 1) << "the member function is not virtual";
     const std::ptrdiff_t offset = raw.address - 1;
 #endif
     return offset / static_cast<std::ptrdiff_t>(sizeof(void*));
 }
 
-TEST(Interface, FilterOperationsLieInTheirSlots) {
+TEST(HostVtables, KeepTheSlotsOfTheFilterFunctions) {
     EXPECT_EQ(slotOf(&IAudioFilter::setOption), 2);
     EXPECT_EQ(slotOf(&IAudioFilter::init), 3);
     EXPECT_EQ(slotOf(&IAudioFilter::push), 4);
@@ -47,16 +48,17 @@ TEST(Interface, FilterOperationsLieInTheirSlots) {
     EXPECT_EQ(slotOf(&IAudioFilter::checkTimeConsume), 15);
 }
 
-// Destructors have no pointers to members, but what a derived class adds comes right behind them.
-TEST(Interface, FilterAndPrototypeTablesBeginWithTwoDestructors) {
+// A destructor has no pointer to member, but the first function after it occupies the next slot.
+TEST(HostVtables, BeginWithTwoDestructorSlots) {
     struct AfterPrototype : filterPrototype {
         virtual void next() {}
     };
-    EXPECT_EQ(slotOf(&AfterPrototype::next), 2) << "filterPrototype has more than its destructors";
+    EXPECT_EQ(slotOf(&AfterPrototype::next), 2)
+        << "filterPrototype has virtual functions besides its destructors";
     EXPECT_EQ(slotOf(&IFilter::setOption), 2);
 }
 
-TEST(Interface, FrameOffersItsDescriptionBehindItsDestructors) {
+TEST(HostVtables, HoldTheFrameDescriptionBehindTheDestructors) {
     EXPECT_EQ(slotOf(&IQFFrame::getInfo), 2);
 }
 

@@ -21,7 +21,7 @@ TEST(JsonItem, ReadsMembersOfEveryType) {
     EXPECT_FALSE(item.hasItem("absent"));
 }
 
-TEST(JsonItem, GivesTheFallbackForAMissingMember) {
+TEST(JsonItem, ReturnsTheFallbackForAMissingMember) {
     const VorlinJSONItem item("{}");
     EXPECT_EQ(item.getString("a", "x"), "x");
     EXPECT_EQ(item.getInt("a", 3), 3);
@@ -29,7 +29,7 @@ TEST(JsonItem, GivesTheFallbackForAMissingMember) {
     EXPECT_EQ(item.getDouble("a", 0.5), 0.5);
 }
 
-TEST(JsonItem, GivesTheFallbackForAMemberOfAnotherType) {
+TEST(JsonItem, ReturnsTheFallbackForAMemberOfAnotherType) {
     const VorlinJSONItem item(R"({"s": "1", "n": 1, "b": true, "null": null, "o": {"n": 1}, "a": [1]})");
     for (const char* name : {"n", "b", "null", "o", "a"}) EXPECT_EQ(item.getString(name, "x"), "x") << name;
     for (const char* name : {"s", "b", "null", "o", "a"}) EXPECT_EQ(item.getInt(name, 9), 9) << name;
@@ -37,7 +37,7 @@ TEST(JsonItem, GivesTheFallbackForAMemberOfAnotherType) {
     for (const char* name : {"s", "b", "null", "o", "a"}) EXPECT_EQ(item.getDouble(name, 9.5), 9.5) << name;
 }
 
-TEST(JsonItem, GivesAnIntOnlyForAWholeNumberThatFits) {
+TEST(JsonItem, ReturnsAnIntOnlyForAWholeNumberThatFits) {
     const auto read = [](const std::string& number) {
         return VorlinJSONItem(R"({"n":)" + number + "}").getInt("n", -99);
     };
@@ -54,12 +54,12 @@ TEST(JsonItem, GivesAnIntOnlyForAWholeNumberThatFits) {
     }
 }
 
-TEST(JsonItem, TakesNumbersBeyondADoubleAsTheLargestOnes) {
+TEST(JsonItem, ClampsNumbersBeyondADoubleToTheLargestDouble) {
     constexpr double kLargest = std::numeric_limits<double>::max();
     const auto read = [](const std::string& number) {
         const VorlinJSONItem item(R"({"s":"\"1e999\\","n":)" + number + R"(,"m":[-1e999,1e999],"last":7})");
         EXPECT_TRUE(item.isValid()) << number;
-        EXPECT_EQ(item.getString("s"), "\"1e999\\") << "text is no number";
+        EXPECT_EQ(item.getString("s"), "\"1e999\\") << "the parser must not change digits inside a string";
         EXPECT_EQ(item.getInt("last"), 7);
         return item.getDouble("n", 0.5);
     };
@@ -74,7 +74,7 @@ TEST(JsonItem, TakesNumbersBeyondADoubleAsTheLargestOnes) {
     EXPECT_EQ(read("0e999"), 0.0);
 }
 
-TEST(JsonItem, RefusesWhatOnlyBeginsLikeANumberBeyondADouble) {
+TEST(JsonItem, RejectsMalformedTextThatBeginsLikeAHugeNumber) {
     for (const char* text : {"1e999e1", "01e999", "+1e999", "1.e999", ".1e999", "--1e999", "1e999-1",
                              "1e+-999", "1e999x", "[1e999", "[1e999 2]", R"({"a":1e999,})", R"({1e999:1})",
                              "1e999 1e999", "1e999\"", "\"1e999", "1e", "-"}) {
@@ -90,7 +90,7 @@ TEST(JsonItem, ReadsATextFullOfNumbersBeyondADouble) {
     EXPECT_EQ(item.getInt("b"), 7);
 }
 
-TEST(JsonItem, TakesAnyJsonValueAsValidButOnlyAnObjectHasMembers) {
+TEST(JsonItem, AcceptsAnyJsonValueButOnlyAnObjectHasMembers) {
     for (const char* text : {"1", "-2.5e3", "\"a\"", "null", "true", "[]", R"([{"a":1}])", " {} "}) {
         const VorlinJSONItem item(text);
         EXPECT_TRUE(item.isValid()) << text;
@@ -99,7 +99,7 @@ TEST(JsonItem, TakesAnyJsonValueAsValidButOnlyAnObjectHasMembers) {
     }
 }
 
-TEST(JsonItem, RefusesWhatIsNotJson) {
+TEST(JsonItem, RejectsTextThatIsNotJson) {
     for (const std::string& text : {""s,
                                     " "s,
                                     "{"s,
@@ -130,11 +130,11 @@ TEST(JsonItem, RefusesWhatIsNotJson) {
     }
 }
 
-TEST(JsonItem, CountsTheLastOfMembersWithTheSameName) {
+TEST(JsonItem, TakesTheLastOfSeveralMembersWithTheSameName) {
     EXPECT_EQ(VorlinJSONItem(R"({"a":1,"a":"x","a":3})").getInt("a"), 3);
 }
 
-TEST(JsonItem, SurvivesADepthOfAHundredThousand) {
+TEST(JsonItem, SurvivesAHundredThousandNestedValues) {
     constexpr size_t kDepth = 100'000;
     const std::string open(kDepth, '[');
     EXPECT_FALSE(VorlinJSONItem(open).isValid());
@@ -152,11 +152,11 @@ TEST(JsonItem, KeepsTextAsUtf8) {
     EXPECT_TRUE(VorlinJSONItem("{\"\xc3\xa9\":1}").hasItem("\xc3\xa9"));
 }
 
-TEST(JsonItem, MovesAndLeavesAnEmptyItemBehind) {
+TEST(JsonItem, IsEmptyAfterAMove) {
     VorlinJSONItem from(R"({"a":1})");
     const VorlinJSONItem to(std::move(from));
     EXPECT_EQ(to.getInt("a"), 1);
-    EXPECT_FALSE(from.isValid());  // NOLINT(bugprone-use-after-move): what is left must be safe
+    EXPECT_FALSE(from.isValid());  // NOLINT(bugprone-use-after-move): the moved-from item must stay safe
     EXPECT_FALSE(from.hasItem("a"));
     EXPECT_EQ(from.getString("a", "x"), "x");
 }

@@ -14,7 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 
-class Log : public testing::Test {
+class HostLog : public testing::Test {
   protected:
     void TearDown() override {
         setLogLevel(LOG_QUIET);
@@ -30,13 +30,13 @@ class Log : public testing::Test {
     std::vector<std::string> lines_;
 };
 
-TEST_F(Log, IsQuietUntilAskedToSpeak) {
+TEST_F(HostLog, IsQuietByDefault) {
     collectLines();
     __log_print(LOG_ERROR, "tag", "lost");
     EXPECT_TRUE(lines_.empty());
 }
 
-TEST_F(Log, LetsTheThresholdAndMoreUrgentLevelsThrough) {
+TEST_F(HostLog, PassesTheThresholdAndMoreUrgentLevels) {
     collectLines();
     setLogLevel(LOG_WARNING);
     __log_print(LOG_ERROR, "tag", "e");
@@ -46,7 +46,7 @@ TEST_F(Log, LetsTheThresholdAndMoreUrgentLevelsThrough) {
     EXPECT_THAT(lines_, ElementsAre("16 tag: e", "24 tag: w"));
 }
 
-TEST_F(Log, FormatsAMessageOfAnyLengthAndDropsItsNewline) {
+TEST_F(HostLog, FormatsAMessageOfAnyLengthAndDropsItsNewline) {
     collectLines();
     setLogLevel(LOG_DEBUG);
     const std::string long_text(100'000, 'x');
@@ -56,16 +56,16 @@ TEST_F(Log, FormatsAMessageOfAnyLengthAndDropsItsNewline) {
     EXPECT_THAT(lines_, ElementsAre("32 tag: 7 seven", "32 tag: " + long_text, "32 tag: two\n"));
 }
 
-TEST_F(Log, TakesANullTagAndIgnoresANullFormat) {
+TEST_F(HostLog, AcceptsANullTagAndIgnoresANullFormat) {
     collectLines();
     setLogLevel(LOG_DEBUG);
-    void (*const log_unchecked)(int, const char*, const char*, ...) = &__log_print;  // as a C caller may
+    void (*const log_unchecked)(int, const char*, const char*, ...) = &__log_print;  // skips format checks
     __log_print(LOG_INFO, nullptr, "text");
     log_unchecked(LOG_INFO, "tag", nullptr);
     EXPECT_THAT(lines_, ElementsAre("32 : text"));
 }
 
-TEST_F(Log, WritesToStandardErrorByDefault) {
+TEST_F(HostLog, WritesToStandardErrorByDefault) {
     setLogLevel(LOG_INFO);
     collectLines();
     setLogSink({});
@@ -75,7 +75,7 @@ TEST_F(Log, WritesToStandardErrorByDefault) {
     EXPECT_TRUE(lines_.empty());
 }
 
-TEST_F(Log, LetsASinkLogAndReplaceItself) {
+TEST_F(HostLog, AllowsASinkToLogAndToReplaceItself) {
     setLogLevel(LOG_DEBUG);
     setLogSink([this](int level, const std::string&, const std::string&) {
         collectLines();
@@ -85,13 +85,13 @@ TEST_F(Log, LetsASinkLogAndReplaceItself) {
     EXPECT_THAT(lines_, ElementsAre("32 sink: inner"));
 }
 
-TEST_F(Log, SurvivesASinkThatThrows) {
+TEST_F(HostLog, SurvivesASinkThatThrows) {
     setLogLevel(LOG_DEBUG);
     setLogSink([](int, const std::string&, const std::string&) { throw std::runtime_error("sink"); });
     EXPECT_NO_THROW(__log_print(LOG_ERROR, "tag", "text"));
 }
 
-TEST_F(Log, MayBeCalledAndChangedByManyThreads) {
+TEST_F(HostLog, CanBeCalledAndChangedFromManyThreads) {
     setLogLevel(LOG_DEBUG);
     constexpr int kMessages = 2000;
     std::atomic<int> received{0};

@@ -12,7 +12,7 @@ std::unique_ptr<Player> PlayerFixture::makePlayer(bool active, std::chrono::mill
     config.stall_limit = stall_limit;
     return Player::create(nullptr, config, [this](std::unique_ptr<IQFFrame> frame) {
         const auto* numbered = dynamic_cast<const NumberedFrame*>(frame.get());
-        ASSERT_NE(numbered, nullptr) << "a frame came out that the test never pushed";
+        ASSERT_NE(numbered, nullptr) << "the player output a frame that the test never pushed";
         numbers_out_.push_back(numbered->number);
     });
 }

@@ -1,4 +1,4 @@
-// How a Player moves frames: order, back-pressure, drains, seeks, changes of format, stalls.
+// Checks how a Player moves frames: order, back-pressure, drains, seeks, changes of format and stalls.
 #include "vorlin/player.h"
 
 #include "player_fixture.h"
@@ -16,7 +16,7 @@ using testing::ElementsAre;
 class PlayerPump : public PlayerFixture {};
 INSTANTIATE_TEST_SUITE_P(Filter, PlayerPump, testing::Bool(), activity);
 
-TEST_P(PlayerPump, HandsOutEveryFrameInOrder) {
+TEST_P(PlayerPump, OutputsEveryFrameInOrder) {
     const auto player = makePlayer();
     ASSERT_TRUE(player);
     pushFrames(*player, 200);
@@ -31,13 +31,13 @@ TEST_P(PlayerPump, HandsOutEveryFrameInOrder) {
     EXPECT_EQ(script_->processed, 200);
 }
 
-TEST_P(PlayerPump, HandsOutFramesAsSoonAsTheyAreReady) {
+TEST_P(PlayerPump, OutputsFramesAsSoonAsTheyAreReady) {
     const auto player = makePlayer(false);
     pushFrames(*player, 3);
     EXPECT_EQ(numbers_out_, firstNumbers(3));
 }
 
-TEST_P(PlayerPump, AnswersTryAgainUntilTheFilterHasRoom) {
+TEST_P(PlayerPump, RetriesAPushUntilTheFilterHasRoom) {
     script_->runs_to_skip = isActive() ? 0 : 10;
     script_->work = [] { qf_msleep(3); };
     const auto player = makePlayer();
@@ -47,20 +47,20 @@ TEST_P(PlayerPump, AnswersTryAgainUntilTheFilterHasRoom) {
     EXPECT_EQ(numbers_out_, firstNumbers(20));
 }
 
-TEST_P(PlayerPump, CountsTheFramesThatTheFilterGaveUp) {
+TEST_P(PlayerPump, CountsTheFramesThatTheFilterGivesUp) {
     script_->keeps = [](const NumberedFrame& frame) { return frame.number % 3 != 0; };
     const auto player = makePlayer();
     pushFrames(*player, 31);
     EXPECT_EQ(player->drain(), 0);
     EXPECT_EQ(player->counts().dropped, 11u);
     EXPECT_EQ(player->counts().pulled, 20u);
-    pushFrames(*player, 3);  // numbers 31 to 33: one more is given up
+    pushFrames(*player, 3);  // numbers 31 to 33, of which the filter gives up one
     EXPECT_EQ(player->drain(), 0);
     EXPECT_EQ(player->counts().dropped, 12u);
     EXPECT_EQ(player->counts().pushed, player->counts().pulled + player->counts().dropped);
 }
 
-TEST_P(PlayerPump, DrainsWithAFenceLikeTheStream) {
+TEST_P(PlayerPump, DrainsWithAFenceOfTheStreamsFormatAndThreeChannels) {
     const auto player = makePlayer();
     IQFFrame::audioInfo info = kStereo48k;
     info.format = 8;  // fltp
@@ -83,7 +83,7 @@ TEST_P(PlayerPump, DrainsAStreamOfUnknownFormat) {
     EXPECT_EQ(numbers_out_, firstNumbers(2));
 }
 
-TEST_P(PlayerPump, SendsNoFenceWhenNothingWasPushed) {
+TEST_P(PlayerPump, SendsNoFenceIfNothingWasPushed) {
     const auto player = makePlayer();
     EXPECT_EQ(player->drain(), 0);
     pushFrames(*player, 1);
@@ -92,7 +92,7 @@ TEST_P(PlayerPump, SendsNoFenceWhenNothingWasPushed) {
     EXPECT_TRUE(script_->fences.empty());
 }
 
-TEST_P(PlayerPump, LetsTheOldFramesOutAndFlushesWhenTheStreamChanges) {
+TEST_P(PlayerPump, OutputsTheOldFramesAndFlushesWhenTheStreamChanges) {
     IQFFrame::audioInfo other_format = kStereo48k;
     other_format.format = 3;
     IQFFrame::audioInfo other_rate = other_format;
@@ -109,7 +109,7 @@ TEST_P(PlayerPump, LetsTheOldFramesOutAndFlushesWhenTheStreamChanges) {
         pushFrames(*player, 4, info);
         EXPECT_EQ(script_->flushes, ++flushes);
         EXPECT_GE(numbers_out_.size(), 4u * static_cast<size_t>(flushes))
-            << "old frames were not let out first";
+            << "the player must output the old frames before it flushes";
     }
     EXPECT_EQ(player->drain(), 0);
     EXPECT_EQ(numbers_out_, firstNumbers(20));
@@ -117,7 +117,7 @@ TEST_P(PlayerPump, LetsTheOldFramesOutAndFlushesWhenTheStreamChanges) {
     EXPECT_EQ(player->counts().discarded, 0u);
 }
 
-TEST_P(PlayerPump, TakesFramesOfAnyLengthWithoutAFlush) {
+TEST_P(PlayerPump, AcceptsFramesOfAnyLengthWithoutAFlush) {
     const auto player = makePlayer();
     for (const int frames : {1024, 1, 4096}) {
         IQFFrame::audioInfo info = kStereo48k;
@@ -128,7 +128,7 @@ TEST_P(PlayerPump, TakesFramesOfAnyLengthWithoutAFlush) {
     EXPECT_EQ(script_->flushes, 0);
 }
 
-TEST_P(PlayerPump, ThrowsAwayWhatIsUnderWayOnASeek) {
+TEST_P(PlayerPump, DiscardsTheFramesUnderWayOnASeek) {
     script_->is_stuck = true;
     const auto player = makePlayer();
     pushFrames(*player, 2);
@@ -142,7 +142,7 @@ TEST_P(PlayerPump, ThrowsAwayWhatIsUnderWayOnASeek) {
     EXPECT_EQ(player->counts().flushes, 1u);
 }
 
-TEST_P(PlayerPump, FlushesOnlyOnceWhenASeekLeadsIntoAnotherFormat) {
+TEST_P(PlayerPump, FlushesOnlyOnceForASeekToAnotherFormat) {
     const auto player = makePlayer();
     pushFrames(*player, 2);
     player->seek();
@@ -153,7 +153,7 @@ TEST_P(PlayerPump, FlushesOnlyOnceWhenASeekLeadsIntoAnotherFormat) {
     EXPECT_EQ(player->counts().flushes, 1u);
 }
 
-TEST_P(PlayerPump, GivesUpOnAFilterThatMovesNothing) {
+TEST_P(PlayerPump, TimesOutOnAFilterThatMovesNoFrame) {
     script_->is_stuck = true;
     const auto player = makePlayer(isActive(), milliseconds(60));
     EXPECT_EQ(pushFrame(*player), 0);
@@ -163,14 +163,14 @@ TEST_P(PlayerPump, GivesUpOnAFilterThatMovesNothing) {
     EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(60));
     EXPECT_EQ(player->drain(), AVERROR(ETIMEDOUT));
     EXPECT_EQ(player->counts().pushed, 2u);
-    EXPECT_EQ(player->counts().dropped, 0u) << "known only after a drain that succeeded";
+    EXPECT_EQ(player->counts().dropped, 0u) << "the player knows the drops only after a successful drain";
 
     script_->is_stuck = false;
     EXPECT_EQ(player->drain(), 0);
     EXPECT_EQ(numbers_out_, firstNumbers(2));
 }
 
-TEST_P(PlayerPump, GivesUpOnAFilterThatKeepsTheFence) {
+TEST_P(PlayerPump, TimesOutOnAFilterThatKeepsTheFence) {
     script_->eats_fences = true;
     const auto player = makePlayer(isActive(), milliseconds(60));
     pushFrames(*player, 2);
@@ -178,7 +178,8 @@ TEST_P(PlayerPump, GivesUpOnAFilterThatKeepsTheFence) {
     EXPECT_EQ(numbers_out_, firstNumbers(2));
 }
 
-// Two frames and the fence are under way when the drain begins: longer than the limit in all, but not each.
+// Two frames and the fence are under way when the drain begins. Together they take longer than the limit, but
+// each takes less.
 TEST_F(PlayerPump, MeasuresAStallFromTheLastProgress) {
     script_->work = [] { qf_msleep(200); };
     const auto player = makePlayer(true, milliseconds(320));
@@ -187,13 +188,14 @@ TEST_F(PlayerPump, MeasuresAStallFromTheLastProgress) {
     EXPECT_EQ(numbers_out_, firstNumbers(4));
 }
 
-TEST_P(PlayerPump, RefusesANullFrame) {
+TEST_P(PlayerPump, RejectsANullFrame) {
     const auto player = makePlayer();
     EXPECT_EQ(player->push(nullptr), AVERROR(EINVAL));
     EXPECT_EQ(player->counts().pushed, 0u);
 }
 
-// A frame that is given up ends a run early: what waits behind it, the fence too, needs another push to move.
+// A run of an inactive filter may end early. The frames that still wait, including the fence, then move only
+// with another push.
 TEST_F(PlayerPump, DrainsAnInactiveFilterThatStillHoldsFrames) {
     script_->frames_per_run = 1;
     script_->runs_to_skip = 1;
@@ -217,9 +219,9 @@ TEST_F(PlayerPump, DrainsAnInactiveFilterThatGivesUpTheLastFrames) {
     EXPECT_EQ(player->counts().dropped, 4u);
 }
 
-TEST_F(PlayerPump, IsNotMadeWithoutAFilterThatStarts) {
+TEST_F(PlayerPump, IsNotCreatedWithoutAFilterThatStarts) {
     PlayerConfig config;
-    config.filter_name = "nobody answers to this";
+    config.filter_name = "no filter has this name";
     EXPECT_EQ(Player::create(nullptr, config, [](std::unique_ptr<IQFFrame>) {}), nullptr);
     script_->init_succeeds = false;
     EXPECT_EQ(makePlayer(true), nullptr);

@@ -32,7 +32,7 @@ std::string nameOfNewest(const std::string& supported_name) {
     return filter ? filter->getName() : "none";
 }
 
-TEST(Plugin, RegistersItsFilterWhileItIsLoaded) {
+TEST(HostPlugin, RegistersItsFilterWhileItIsLoaded) {
     EXPECT_FALSE(filterPrototype::isRegistered("echo_a"));
     auto plugin = loadOrFail(ECHO_PLUGIN_A);
     EXPECT_TRUE(filterPrototype::isRegistered("echo_a"));
@@ -40,7 +40,7 @@ TEST(Plugin, RegistersItsFilterWhileItIsLoaded) {
     EXPECT_FALSE(filterPrototype::isRegistered("echo_a"));
 }
 
-TEST(Plugin, IsReallyUnloadedWhenItsLastHolderGoes) {
+TEST(HostPlugin, IsUnloadedWithItsLastHolder) {
     auto plugin = loadOrFail(ECHO_PLUGIN_A);
     auto second = loadOrFail(ECHO_PLUGIN_A);
     auto clone = filterPrototype::createFilter("echo_a", {}, {}, false);
@@ -53,7 +53,7 @@ TEST(Plugin, IsReallyUnloadedWhenItsLastHolderGoes) {
     EXPECT_EQ(nameOfNewest("echo_a"), "none");
 }
 
-TEST(Plugin, CanBeLoadedAgainAfterItWasUnloaded) {
+TEST(HostPlugin, CanBeLoadedAgainAfterUnloading) {
     for (int round = 0; round < 3; ++round) {
         auto plugin = loadOrFail(ECHO_PLUGIN_A);
         EXPECT_EQ(nameOfNewest("echo_a"), "echo_a");
@@ -62,7 +62,7 @@ TEST(Plugin, CanBeLoadedAgainAfterItWasUnloaded) {
     }
 }
 
-TEST(Plugin, TheNewestOfTwoWithTheSameNameAnswers) {
+TEST(HostPlugin, TheNewestOfTwoPluginsWithTheSameNameAnswers) {
     auto a = loadOrFail(ECHO_PLUGIN_A);
     auto b = loadOrFail(ECHO_PLUGIN_B);
     EXPECT_EQ(nameOfNewest("echo"), "echo_b");
@@ -75,7 +75,7 @@ TEST(Plugin, TheNewestOfTwoWithTheSameNameAnswers) {
     EXPECT_EQ(nameOfNewest("echo"), "echo_a");
 }
 
-TEST(Plugin, ItsClonesAreKnownByTypeAcrossTheLibraryBorder) {
+TEST(HostPlugin, AllowsDynamicCastsOfItsClonesAcrossTheLibraryBoundary) {
     auto plugin = loadOrFail(ECHO_PLUGIN_A);
     auto clone = filterPrototype::createFilter("echo_a", {}, {}, false);
     ASSERT_TRUE(clone);
@@ -83,7 +83,7 @@ TEST(Plugin, ItsClonesAreKnownByTypeAcrossTheLibraryBorder) {
     clone.reset();
 }
 
-TEST(Plugin, StaysLoadedAsLongAsAPlayerHoldsItsFilter) {
+TEST(HostPlugin, StaysLoadedWhileAPlayerHoldsItsFilter) {
     PlayerConfig config;
     config.filter_name = "echo_a";
     config.active = false;
@@ -98,7 +98,7 @@ TEST(Plugin, StaysLoadedAsLongAsAPlayerHoldsItsFilter) {
     EXPECT_FALSE(isInMemory(ECHO_PLUGIN_A));
 }
 
-TEST(Plugin, CanBeUnloadedWhileAnotherThreadLooksForFilters) {
+TEST(HostPlugin, CanBeUnloadedWhileAnotherThreadSearchesForFilters) {
     auto stays = loadOrFail(ECHO_PLUGIN_B);
     std::atomic<bool> is_done{false};
     std::thread seeker([&] {
@@ -110,7 +110,7 @@ TEST(Plugin, CanBeUnloadedWhileAnotherThreadLooksForFilters) {
     EXPECT_FALSE(isInMemory(ECHO_PLUGIN_A));
 }
 
-TEST(Plugin, TellsWhatItExports) {
+TEST(HostPlugin, ReportsItsExportedSymbols) {
     const auto plugin = loadOrFail(ECHO_PLUGIN_A);
     EXPECT_TRUE(plugin->exports("echo_plugin_name"));
     EXPECT_FALSE(plugin->exports("echo_plugin_nothing"));
@@ -120,7 +120,7 @@ TEST(Plugin, TellsWhatItExports) {
     EXPECT_STREQ(reinterpret_cast<const char* (*)()>(found)(), "echo_a");
 }
 
-TEST(Plugin, AnswersAFailedLoadWithOneClearLine) {
+TEST(HostPlugin, ReportsAFailedLoadInOneLine) {
     using std::string_literals::operator""s;
     for (const std::string& path : {"/nowhere/libmissing.so"s, ""s, "/dev/null"s, "lib\0.so"s}) {
         std::string error;

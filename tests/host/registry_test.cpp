@@ -13,7 +13,7 @@ std::unique_ptr<FakeFilter> makePrototype(const std::string& name) {
     return std::make_unique<FakeFilter>(name, std::make_shared<Script>());
 }
 
-TEST(Registry, AnswersOnlyToSupportedNames) {
+TEST(FilterRegistry, AnswersOnlyToSupportedNames) {
     const auto prototype = makePrototype("one");
     EXPECT_TRUE(filterPrototype::isRegistered("one"));
     EXPECT_FALSE(filterPrototype::isRegistered("two"));
@@ -22,26 +22,26 @@ TEST(Registry, AnswersOnlyToSupportedNames) {
     EXPECT_EQ(filterPrototype::createFilter("", {}, {}, false), nullptr);
 }
 
-TEST(Registry, ForgetsADestroyedPrototype) {
+TEST(FilterRegistry, ForgetsADestroyedPrototype) {
     auto prototype = makePrototype("gone");
     prototype.reset();
     EXPECT_FALSE(filterPrototype::isRegistered("gone"));
 }
 
-TEST(Registry, KeepsThePrototypeWhenItsClonesGo) {
+TEST(FilterRegistry, KeepsAPrototypeWhenItsClonesAreDestroyed) {
     const auto prototype = makePrototype("stays");
     for (int i = 0; i < 3; ++i) EXPECT_NE(filterPrototype::createFilter("stays", {}, {}, false), nullptr);
     EXPECT_TRUE(filterPrototype::isRegistered("stays"));
 }
 
-TEST(Registry, IgnoresAPrototypeThatEntersTwice) {
+TEST(FilterRegistry, IgnoresASecondRegistrationOfAPrototype) {
     auto prototype = makePrototype("twice");
     filterPrototype::addPrototype(prototype.get());
     prototype.reset();
     EXPECT_FALSE(filterPrototype::isRegistered("twice"));
 }
 
-TEST(Registry, RefusesWhatIsNoAudioFilter) {
+TEST(FilterRegistry, RejectsAPrototypeThatIsNotAnAudioFilter) {
     class Bare : public filterPrototype {};
     Bare bare;
     filterPrototype::addPrototype(&bare);
@@ -49,8 +49,8 @@ TEST(Registry, RefusesWhatIsNoAudioFilter) {
     EXPECT_FALSE(filterPrototype::isRegistered(""));
 }
 
-TEST(Registry, StaysUsableWhenACloneFails) {
-    // The half-made clone's filterPrototype part is destroyed while the registry is being asked.
+TEST(FilterRegistry, StaysUsableWhenACloneThrows) {
+    // Failing throws inside clone, so its filterPrototype base is destroyed while the registry searches.
     class Failing : public filterPrototype {
       public:
         Failing() { throw std::runtime_error("no clone"); }
@@ -77,7 +77,7 @@ TEST(Registry, StaysUsableWhenACloneFails) {
     filterPrototype::addPrototype(&prototype);
     EXPECT_THROW(filterPrototype::createFilter("failing", {}, {}, false), std::runtime_error);
     EXPECT_TRUE(filterPrototype::isRegistered("failing"));
-    EXPECT_FALSE(prototype.isInvalid()) << "a filter's flag is its own unless it says otherwise";
+    EXPECT_FALSE(prototype.isInvalid()) << "isInvalid() is false unless a filter overrides it";
 }
 
 }  // namespace

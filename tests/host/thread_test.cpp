@@ -19,7 +19,7 @@ constexpr char kName[] = "test worker";
 
 template <typename Condition>
 void waitUntil(Condition condition) {
-    while (!condition()) qf_msleep(1);  // the test's own time limit ends a wait that never comes true
+    while (!condition()) qf_msleep(1);  // the time limit of the test ends an endless wait
 }
 
 void burn(milliseconds cpu_time) {
@@ -34,21 +34,21 @@ void burn(milliseconds cpu_time) {
     }
 }
 
-TEST(Thread, RunsNothingBeforeItIsStarted) {
+TEST(QfThread, RunsNothingBeforeItIsStarted) {
     std::atomic<int> runs{0};
     qfThread thread([&] { return ++runs; }, kName);
     qf_msleep(20);
     EXPECT_EQ(runs, 0);
 }
 
-TEST(Thread, RunsItsBodyAgainAndAgain) {
+TEST(QfThread, RunsItsBodyRepeatedly) {
     std::atomic<int> runs{0};
     qfThread thread([&] { return ++runs; }, kName);
     thread.start();
     waitUntil([&] { return runs > 100; });
 }
 
-TEST(Thread, PauseReturnsOnlyWhenTheBodyIsNotRunning) {
+TEST(QfThread, PauseWaitsForTheEndOfTheBody) {
     std::atomic<bool> is_inside{false};
     std::atomic<int> runs{0};
     qfThread thread(
@@ -71,7 +71,7 @@ TEST(Thread, PauseReturnsOnlyWhenTheBodyIsNotRunning) {
     }
 }
 
-TEST(Thread, GoesOnAfterAPauseOnTheSameThread) {
+TEST(QfThread, ContinuesOnTheSameThreadAfterAPause) {
     std::atomic<int> runs{0};
     std::atomic<std::thread::id> worker;
     qfThread thread(
@@ -91,7 +91,7 @@ TEST(Thread, GoesOnAfterAPauseOnTheSameThread) {
     EXPECT_NE(before, std::this_thread::get_id());
 }
 
-TEST(Thread, MayBePausedByItsOwnBody) {
+TEST(QfThread, CanBePausedByItsOwnBody) {
     std::atomic<int> runs{0};
     qfThread* self = nullptr;
     qfThread thread(
@@ -109,7 +109,7 @@ TEST(Thread, MayBePausedByItsOwnBody) {
     }
 }
 
-TEST(Thread, MayBeStoppedByItsOwnBodyAndStartedAgain) {
+TEST(QfThread, CanBeStoppedByItsOwnBodyAndStartedAgain) {
     std::atomic<int> runs{0};
     qfThread* self = nullptr;
     qfThread thread(
@@ -125,7 +125,7 @@ TEST(Thread, MayBeStoppedByItsOwnBodyAndStartedAgain) {
     waitUntil([&] { return runs == 2; });
 }
 
-TEST(Thread, StopWaitsForTheBodyAndStartBeginsAnew) {
+TEST(QfThread, StopWaitsForTheBodyAndStartRunsItAgain) {
     std::atomic<bool> is_inside{false};
     std::atomic<int> runs{0};
     qfThread thread(
@@ -148,7 +148,7 @@ TEST(Thread, StopWaitsForTheBodyAndStartBeginsAnew) {
     thread.pause();
 }
 
-TEST(Thread, DestructionEndsARunningAPausedAndAnUnstartedThread) {
+TEST(QfThread, DestructorEndsRunningPausedAndUnstartedThreads) {
     std::atomic<int> runs{0};
     {
         qfThread running([&] { return ++runs; }, kName);
@@ -163,7 +163,7 @@ TEST(Thread, DestructionEndsARunningAPausedAndAnUnstartedThread) {
     EXPECT_EQ(runs, runs_at_end);
 }
 
-TEST(Thread, CarriesItsNameCutToWhatTheSystemShows) {
+TEST(QfThread, ShowsItsNameCutToFifteenBytes) {
     std::array<char, 32> shown{};
     std::atomic<bool> is_read{false};
     qfThread thread(
@@ -179,7 +179,7 @@ TEST(Thread, CarriesItsNameCutToWhatTheSystemShows) {
     EXPECT_STREQ(shown.data(), "a name of more ");
 }
 
-TEST(ThreadClock, CountsProcessorTimeAndNotSleep) {
+TEST(QfThreadClock, CountsProcessorTimeButNotSleep) {
     std::atomic<int> runs{0};
     qfThread thread(
         [&] {
@@ -194,20 +194,20 @@ TEST(ThreadClock, CountsProcessorTimeAndNotSleep) {
     waitUntil([&] { return runs > 50; });
     thread.pause();
     EXPECT_GE(clock->cpuTime(), milliseconds(30));
-    EXPECT_LT(clock->cpuTime(), milliseconds(30 + 50));  // 50 sleeps of 2 ms are not in it
+    EXPECT_LT(clock->cpuTime(), milliseconds(30 + 50));  // excludes 50 sleeps of 2 ms
 }
 
-TEST(ThreadClock, HardlyMovesWhilePaused) {
+TEST(QfThreadClock, BarelyAdvancesWhilePaused) {
     qfThread thread([] { return 0; }, kName);
     thread.start();
     qf_msleep(2);
     thread.pause();
     const auto before = thread.clock()->cpuTime();
     qf_msleep(100);
-    EXPECT_LT(thread.clock()->cpuTime() - before, milliseconds(5)) << "a paused thread spins";
+    EXPECT_LT(thread.clock()->cpuTime() - before, milliseconds(5)) << "a paused thread must not spin";
 }
 
-TEST(ThreadClock, StandsStillAfterItsThreadEndedAndGoesOnWithTheNext) {
+TEST(QfThreadClock, StopsWithItsThreadAndContinuesWithTheNext) {
     std::shared_ptr<const QfThreadClock> clock;
     {
         std::atomic<int> runs{0};
@@ -234,7 +234,7 @@ TEST(ThreadClock, StandsStillAfterItsThreadEndedAndGoesOnWithTheNext) {
     EXPECT_EQ(clock->cpuTime(), at_end);
 }
 
-TEST(ThreadClock, OfTheNewestIsKnownForEachCallingThread) {
+TEST(QfThreadClock, TracksTheNewestQfThreadOfEachCallingThread) {
     qfThread first([] { return 0; }, kName);
     EXPECT_EQ(qfThread::clockOfNewest(), first.clock());
     qfThread second([] { return 0; }, kName);
@@ -242,11 +242,11 @@ TEST(ThreadClock, OfTheNewestIsKnownForEachCallingThread) {
     std::thread([] { EXPECT_EQ(qfThread::clockOfNewest(), nullptr); }).join();
 }
 
-TEST(Thread, SurvivesRandomStartsPausesAndStops) {
+TEST(QfThread, SurvivesRandomStartsPausesAndStops) {
     constexpr unsigned kSeed = 20240611;
     SCOPED_TRACE("seed " + std::to_string(kSeed));
     std::mt19937 random(kSeed);
-    int plain = 0;  // not atomic: pause and stop promise that nobody else touches it
+    int plain = 0;  // not atomic, because the body does not run after pause or stop returns
     std::atomic<bool> mayRun{false};
     std::atomic<bool> ran_wrongly{false};
     qfThread thread(
@@ -260,7 +260,7 @@ TEST(Thread, SurvivesRandomStartsPausesAndStops) {
         nanoseconds last{};
         while (!is_done) {
             const auto now = clock->cpuTime();
-            EXPECT_GE(now, last) << "processor time went back";
+            EXPECT_GE(now, last) << "processor time decreased";
             last = now;
         }
     });
@@ -282,7 +282,7 @@ TEST(Thread, SurvivesRandomStartsPausesAndStops) {
     EXPECT_GT(plain, 0);
 }
 
-TEST(Sleep, ReturnsAtOnceForNothingAndLessAndElseSleepsLongEnough) {
+TEST(QfSleep, ReturnsAtOnceForZeroOrLessAndOtherwiseSleepsLongEnough) {
     const auto begin = std::chrono::steady_clock::now();
     qf_msleep(0);
     qf_msleep(-1);

@@ -1,4 +1,4 @@
-// What a Player tells its filter's load guard.
+// Checks the working times that a Player reports to its filter's load guard (checkTimeConsume).
 #include <time.h>
 
 #include <numeric>
@@ -31,7 +31,7 @@ class PlayerWorkingTime : public PlayerFixture {
 };
 INSTANTIATE_TEST_SUITE_P(Filter, PlayerWorkingTime, testing::Bool(), activity);
 
-TEST_P(PlayerWorkingTime, IsToldOnceForEveryFrameThatComesOut) {
+TEST_P(PlayerWorkingTime, IsReportedOnceForEveryOutputFrame) {
     script_->keeps = [](const NumberedFrame& frame) { return frame.number % 4 != 0; };
     const auto player = makePlayer();
     player->setVideoFps(25);
@@ -40,12 +40,12 @@ TEST_P(PlayerWorkingTime, IsToldOnceForEveryFrameThatComesOut) {
     EXPECT_EQ(script_->samples_ms.size(), 30u);
 }
 
-TEST_P(PlayerWorkingTime, IsNotToldWhileNoBudgetIsKnown) {
+TEST_P(PlayerWorkingTime, IsNotReportedWithoutATimeBudget) {
     const auto player = makePlayer();
     pushFrames(*player, 3);  // no frame rate yet
     EXPECT_EQ(player->drain(), 0);
     player->setVideoFps(25);
-    player->setSpeed(0.75);  // counts as 0
+    player->setSpeed(0.75);  // truncated to 0
     pushFrames(*player, 3);
     EXPECT_EQ(player->drain(), 0);
     EXPECT_TRUE(script_->samples_ms.empty());
@@ -55,7 +55,7 @@ TEST_P(PlayerWorkingTime, IsNotToldWhileNoBudgetIsKnown) {
     EXPECT_EQ(script_->samples_ms.size(), 3u);
 }
 
-TEST_P(PlayerWorkingTime, IsNotToldWhileTheFilterIsBypassed) {
+TEST_P(PlayerWorkingTime, IsNotReportedWhileTheFilterIsBypassed) {
     const auto player = makePlayer();
     player->setVideoFps(25);
     player->setBypass(true);
@@ -64,7 +64,7 @@ TEST_P(PlayerWorkingTime, IsNotToldWhileTheFilterIsBypassed) {
     EXPECT_TRUE(script_->samples_ms.empty());
 }
 
-TEST_F(PlayerWorkingTime, OfAnInactiveFilterIsThePushThatWorked) {
+TEST_F(PlayerWorkingTime, EqualsThePushDurationOfAnInactiveFilter) {
     script_->work = [] { qf_msleep(12); };
     const auto player = makePlayer(false);
     player->setVideoFps(25);
@@ -73,7 +73,7 @@ TEST_F(PlayerWorkingTime, OfAnInactiveFilterIsThePushThatWorked) {
     for (const uint64_t sample : script_->samples_ms) EXPECT_GE(sample, 12u);
 }
 
-TEST_F(PlayerWorkingTime, OfAnActiveFilterIsProcessorTimeDownToFractionsOfAMillisecond) {
+TEST_F(PlayerWorkingTime, EqualsTheProcessorTimeOfAnActiveFilterWithoutRoundingLoss) {
     constexpr int kFrames = 20;
     constexpr nanoseconds kWork = std::chrono::microseconds(3400);
     script_->work = [=] { burn(kWork); };
@@ -83,11 +83,12 @@ TEST_F(PlayerWorkingTime, OfAnActiveFilterIsProcessorTimeDownToFractionsOfAMilli
     EXPECT_EQ(player->drain(), 0);
     const nanoseconds used = script_->worker_clock->cpuTime();
     ASSERT_EQ(script_->samples_ms.size(), static_cast<size_t>(kFrames));
-    EXPECT_GE(milliseconds(toldMs()), kFrames * kWork - milliseconds(1)) << "remainders were lost";
-    EXPECT_LE(milliseconds(toldMs()), used) << "more was told than was used";
+    EXPECT_GE(milliseconds(toldMs()), kFrames * kWork - milliseconds(1))
+        << "fractions of a millisecond were lost";
+    EXPECT_LE(milliseconds(toldMs()), used) << "the reports exceed the processor time used";
 }
 
-TEST_F(PlayerWorkingTime, OfAnActiveFilterLeavesItsSleepsOut) {
+TEST_F(PlayerWorkingTime, ExcludesTheSleepsOfAnActiveFilter) {
     script_->work = [] { qf_msleep(30); };
     const auto player = makePlayer(true);
     player->setVideoFps(25);
@@ -97,7 +98,7 @@ TEST_F(PlayerWorkingTime, OfAnActiveFilterLeavesItsSleepsOut) {
     EXPECT_LT(toldMs(), 5u * 30u / 2u);
 }
 
-TEST_F(PlayerWorkingTime, OfAnActiveFilterLeavesOutWhatWasUsedWhileNoFrameWasUnderWay) {
+TEST_F(PlayerWorkingTime, ForgetsTheTimeOfADroppedFrameAfterADrain) {
     const auto player = makePlayer(true);
     player->setVideoFps(25);
     player->setBypass(true);
@@ -108,7 +109,7 @@ TEST_F(PlayerWorkingTime, OfAnActiveFilterLeavesOutWhatWasUsedWhileNoFrameWasUnd
         return frame.number != 1;
     };
     player->setBypass(false);
-    pushFrames(*player, 1);  // burns and is given up
+    pushFrames(*player, 1);  // uses processor time, then the filter gives the frame up
     EXPECT_EQ(player->drain(), 0);
     pushFrames(*player, 1);
     EXPECT_EQ(player->drain(), 0);

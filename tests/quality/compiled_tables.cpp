@@ -8,7 +8,7 @@
 namespace response_quality {
 namespace {
 
-// The name of a table is the name of its array.
+// The name of a table is that of its array.
 #define SONIVEX_TABLE(array) \
     Table {                  \
 #array, array        \

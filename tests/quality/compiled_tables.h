@@ -1,5 +1,5 @@
-// Every table of impulse responses as compiled in, with its name and length, by set and in the order of the
-// sources: left ear, right ear of source 1, of source 2 and so on.
+// All tables of impulse responses as compiled in, with their names and lengths. They are grouped by set and
+// follow the order of the sources: left and right ear of source 1, then of source 2 and so on.
 #pragma once
 
 #include <cstddef>
@@ -9,24 +9,25 @@
 
 namespace response_quality {
 
+/** One impulse response as integers. */
 struct Table {
     std::string_view name;
     std::span<const std::int16_t> samples;
 };
 
-/** The tables of one layout in one room. */
+/** Tables of one layout in one room. */
 struct TableSet {
     std::string_view name;
     std::span<const Table> tables;
 };
 
-/** cingo, Bingo 5.1 and 7.1, then modes 1 to 3 of two channels, of 5.1 and of 7.1: twelve sets. */
+/** The twelve sets: cingo; Bingo 5.1 and 7.1; modes 1 to 3 for two channels, for 5.1 and for 7.1. */
 std::span<const TableSet> compiledSets();
 
-/** The one table of the Audio stage, which serves both ears. */
+/** The table of the Audio stage, which serves both ears. */
 Table compiledAudioStage();
 
-/** The largest magnitude. */
+/** Largest magnitude of a table. */
 int peakOf(const Table& table);
 
 }  // namespace response_quality

@@ -1,4 +1,5 @@
-// The measures notice what they are there for: each way to spoil the responses breaks the row that is named.
+// Each quality row detects the defect that it is there for: every kind of damage to the responses breaks the
+// row beside it in kDamages.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -19,7 +20,7 @@ constexpr std::size_t kCingo = 0;
 constexpr std::size_t kBingo51 = 1;
 constexpr std::size_t kMode2Of51 = 2;
 
-/** cingo, Bingo 5.1 and mode 2 of 5.1: one set of each kind, to be quick. */
+// cingo, Bingo 5.1 and mode 2 of 5.1: one set of each kind keeps the tests fast.
 Responses oneSetOfEachKind() {
     Responses all = compiledResponses();
     return {{all.sets[0], all.sets[1], all.sets[7]}, all.audio_stage};
@@ -63,7 +64,7 @@ void scaleFrom(Ears& ears, double from_s, double factor) {
     }
 }
 
-/** One pole: takes the treble away. */
+// One-pole low-pass.
 void dull(Signal& signal) {
     double last = 0.0;
     for (double& value : signal) {
@@ -98,16 +99,16 @@ const Damage kDamages[] = {
      delays},
     {"SwappedEarsInTheTreble", [](Responses& r) { std::swap(left(r, kCingo)[0], left(r, kCingo)[1]); },
      trebleLevelDifferences},
-    {"SwappedEarsInTheMiddle", [](Responses& r) { std::swap(left(r, kCingo)[0], left(r, kCingo)[1]); },
+    {"SwappedEarsInTheMidrange", [](Responses& r) { std::swap(left(r, kCingo)[0], left(r, kCingo)[1]); },
      middleLevelDifferences},
     {"FarEarFourSamplesLate", [](Responses& r) { shift(left(r, kCingo)[1], 4); }, delays},
     {"FarEarFourSamplesEarly", [](Responses& r) { shift(left(r, kCingo)[1], -4); }, delays},
-    {"CentreOneSampleAside", [](Responses& r) { shift(centre(r, kBingo51)[1], 1); }, centralDelays},
-    {"CentreOneDecibelAside", [](Responses& r) { scale(centre(r, kBingo51)[0], 1.12); },
+    {"CentreOneSampleOffTheMiddle", [](Responses& r) { shift(centre(r, kBingo51)[1], 1); }, centralDelays},
+    {"CentreOneDecibelOffTheMiddle", [](Responses& r) { scale(centre(r, kBingo51)[0], 1.12); },
      centralLevelDifferences},
-    {"TwiceTheRoom", [](Responses& r) { scaleFrom(left(r, kMode2Of51), 0.0026, 2.0); },
+    {"ReverberationTwiceAsStrong", [](Responses& r) { scaleFrom(left(r, kMode2Of51), 0.0026, 2.0); },
      directToReverberantRatios},
-    {"HalfTheRoom", [](Responses& r) { scaleFrom(left(r, kMode2Of51), 0.0026, 0.5); },
+    {"ReverberationHalfAsStrong", [](Responses& r) { scaleFrom(left(r, kMode2Of51), 0.0026, 0.5); },
      directToReverberantRatios},
     {"EchoAfter8ms",
      [](Responses& r) {
@@ -119,9 +120,9 @@ const Damage kDamages[] = {
          }
      },
      strongestReflections},
-    {"RoomThatDiesEarlyAt500Hz", [](Responses& r) { decayFaster(left(r, kBingo51), 20.0); }, decayAt500},
-    {"RoomThatDiesEarlyAt1kHz", [](Responses& r) { decayFaster(left(r, kBingo51), 12.0); }, decayAt1000},
-    {"RoomThatRingsOnAt8kHz", [](Responses& r) { decayFaster(left(r, kBingo51), -12.0); }, decayAt8000},
+    {"ShorterDecayAt500Hz", [](Responses& r) { decayFaster(left(r, kBingo51), 20.0); }, decayAt500},
+    {"ShorterDecayAt1kHz", [](Responses& r) { decayFaster(left(r, kBingo51), 12.0); }, decayAt1000},
+    {"LongerDecayAt8kHz", [](Responses& r) { decayFaster(left(r, kBingo51), -12.0); }, decayAt8000},
     {"GapInTheTail",
      [](Responses& r) {
          for (Signal& ear : left(r, kCingo)) {
@@ -130,15 +131,16 @@ const Damage kDamages[] = {
      },
      tailUnevenness},
     {"SwellInTheTail", [](Responses& r) { scaleFrom(left(r, kCingo), 0.1, 1.8); }, tailRises},
-    {"TailInsideTheHead",
+    {"SameTailInBothEars",
      [](Responses& r) {
          Ears& ears = left(r, kCingo);
          std::copy(ears[0].begin() + 900, ears[0].end(), ears[1].begin() + 900);
      },
      tailCoherenceErrors},
-    {"LouderLeftOfAPair", [](Responses& r) { scale(left(r, kCingo)[0], 1.06); }, mirroredDirectLevels},
-    {"StrongerLeftOfAPair", [](Responses& r) { scale(left(r, kCingo)[0], 1.13); }, mirroredEnergies},
-    {"OneTailForBothOfAPair",
+    {"LouderDirectSoundOnTheLeft", [](Responses& r) { scale(left(r, kCingo)[0], 1.06); },
+     mirroredDirectLevels},
+    {"MoreEnergyOnTheLeft", [](Responses& r) { scale(left(r, kCingo)[0], 1.13); }, mirroredEnergies},
+    {"SameTailForBothLoudspeakersOfAPair",
      [](Responses& r) {
          const Ears& from = left(r, kCingo);
          Ears& to = r.sets[kCingo].sources[1].ears;
@@ -152,7 +154,7 @@ const Damage kDamages[] = {
          }
      },
      frontColourRms},
-    {"DullFrontBand",
+    {"DullFrontThirdOctave",
      [](Responses& r) {
          for (Source& source : r.sets[kMode2Of51].sources) {
              for (Signal& ear : source.ears) dull(ear);
@@ -160,32 +162,32 @@ const Damage kDamages[] = {
      },
      frontColourWorst},
     {"NoCrosstalk", [](Responses& r) { scale(left(r, kCingo)[1], 0.1); }, cingoCrosstalk},
-    {"EarsAlike",
+    {"IdenticalEars",
      [](Responses& r) {
          for (Source& source : r.sets[kCingo].sources) source.ears[1] = source.ears[0];
      },
      monoCorrelations},
     {"ClickBeforeTheArrival", [](Responses& r) { left(r, kCingo)[0][2] += 0.004; }, energiesBeforeArrival},
-    {"TornOffEnd", [](Responses& r) { left(r, kCingo)[0].resize(2500); }, energiesAtTheEnd},
+    {"TruncatedEnd", [](Responses& r) { left(r, kCingo)[0].resize(2500); }, energiesAtTheEnd},
     {"ConstantOffset",
      [](Responses& r) {
          for (double& value : left(r, kCingo)[0]) value += 1e-6;
      },
      constantParts},
-    {"NoBassFromTheAudioStage",
+    {"NoBassLiftInTheAudioStage",
      [](Responses& r) {
          std::fill(r.audio_stage.begin(), r.audio_stage.end(), 0.0);
          r.audio_stage[40] = 1.0;
      },
      bassLifts},
-    {"OtherDivisorInPinkSound",
+    {"WrongDivisorForPinkNoise",
      [](Responses& r) {
          for (Source& source : r.sets[kCingo].sources) {
              for (Signal& ear : source.ears) scale(ear, 0.5);
          }
      },
      pinkLoudnessChanges},
-    {"OtherDivisorInMusic",
+    {"WrongDivisorForMusic",
      [](Responses& r) {
          for (Source& source : r.sets[kMode2Of51].sources) {
              for (Signal& ear : source.ears) scale(ear, 2.0);
@@ -214,14 +216,14 @@ const Damage kDamages[] = {
 
 class ResponseDamage : public testing::TestWithParam<Damage> {};
 
-TEST_P(ResponseDamage, IsNoticed) {
+TEST_P(ResponseDamage, BreaksItsQualityRow) {
     Responses responses = oneSetOfEachKind();
-    ASSERT_TRUE(GetParam().row(responses).holds()) << "already spoiled";
+    ASSERT_TRUE(GetParam().row(responses).holds()) << "the row fails before the damage";
     GetParam().spoil(responses);
     EXPECT_FALSE(GetParam().row(responses).holds());
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, ResponseDamage, testing::ValuesIn(kDamages),
+INSTANTIATE_TEST_SUITE_P(Each, ResponseDamage, testing::ValuesIn(kDamages),
                          [](const auto& damage) { return std::string(damage.param.name); });
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace response_quality {
 namespace {
 
 constexpr double kDirect_s = 0.0025;
-constexpr double kComparedFrom_hz = 300.0;  // below, the room is left out of the responses
+constexpr double kComparedFrom_hz = 300.0;  // the responses leave the room out of the bass
 constexpr double kReflectionsUntil_s = 0.015;
 constexpr double kReflection_s = 0.001;
 constexpr double kDecayFrom_s = 0.010;
@@ -29,13 +29,13 @@ std::size_t firstOnset(const Ears& ears) {
     return std::min(onset(ears[0]), onset(ears[1]));
 }
 
-/** Above kComparedFrom_hz, of both ears. */
+// Energy of both ears from kComparedFrom_hz up.
 double comparedEnergy(const Ears& ears) {
     double sum = 0.0;
     for (const Signal& ear : ears) {
         const std::size_t points = powerOfTwoFrom(std::max<std::size_t>(ear.size(), 4096));
         const Signal power = powerOf(ear, points);
-        // Twice: the bins above half the rate mirror those below.
+        // The factor of 2 adds the bins above half the sample rate, which mirror those below.
         sum += 2.0 * bandSum(power, kRate_hz, kComparedFrom_hz, kRate_hz) / static_cast<double>(points);
     }
     return sum;
@@ -47,7 +47,7 @@ double sumOf(std::span<const double> values) {
     return sum;
 }
 
-/** Squares of both ears above kComparedFrom_hz, sample by sample. */
+// Sum of both ears' squared samples, high-passed at kComparedFrom_hz.
 Signal energyCurve(const Ears& ears) {
     Signal curve(std::max(ears[0].size(), ears[1].size()), 0.0);
     for (const Signal& ear : ears) {
@@ -57,12 +57,13 @@ Signal energyCurve(const Ears& ears) {
     return curve;
 }
 
-/** y = offset + slope x at x = 0, 1, 2 and so on, by least squares. */
+// y = offset + slope x
 struct Line {
     double offset = 0.0;
     double slope = 0.0;
 };
 
+// Least-squares fit to values at x = 0, 1, 2 and so on.
 Line fitLine(std::span<const double> y) {
     const auto count = static_cast<double>(y.size());
     const double mean_x = (count - 1.0) / 2.0;
@@ -77,16 +78,16 @@ Line fitLine(std::span<const double> y) {
     return {mean_y - xy / xx * mean_x, xy / xx};
 }
 
-/** Energy that an exponential decay still holds where the curve ends. */
+// Energy that an exponential decay still holds at the end of the curve.
 double missingEnergy(const Signal& energy, double time_s) {
     const double per_sample = std::pow(10.0, -6.0 / (kRate_hz * time_s));
-    double sum = 0.0;  // of the energies as they would be at the end
+    double sum = 0.0;  // of all values, decayed to the end of the curve
     for (const double value : energy) sum = (sum + value) * per_sample;
     const double at_end = sum / static_cast<double>(energy.size());
     return at_end * time_s * kRate_hz / (6.0 * std::numbers::ln10);
 }
 
-/** Schroeder's integral in dB: at each place the energy from there on. */
+// Schroeder's backward integral in dB: for each sample, the energy from there on.
 Signal integrated_db(const Signal& energy, double missing) {
     Signal levels_db(energy.size());
     double sum = missing;
@@ -97,7 +98,7 @@ Signal integrated_db(const Signal& energy, double missing) {
     return levels_db;
 }
 
-/** Energies in dB of the steps between the tail's start and its closing fade. */
+// Energies in dB of consecutive steps from the tail's start to its closing fade.
 Signal tailSteps_db(const Ears& ears, double faded_part, double step_s) {
     const Signal curve = energyCurve(ears);
     const std::size_t step = samplesIn(step_s);
@@ -135,7 +136,7 @@ double directToReverberant_db(const Ears& ears) {
 
 double strongestReflection_db(const Ears& ears) {
     const std::size_t size = samplesIn(kReflectionsUntil_s);
-    Ears early;  // from either ear's onset
+    Ears early;  // from each ear's own onset
     for (std::size_t ear = 0; ear < 2; ++ear) {
         const Signal heard = butterworthHighPass(ears[ear], kComparedFrom_hz, kRate_hz);
         const auto first = heard.begin() + static_cast<std::ptrdiff_t>(onset(ears[ear]));
@@ -161,7 +162,7 @@ double reverberationTime_s(const Ears& ears, double octave_hz, double faded_part
         const Signal band = octaveBand(ear, octave_hz, kRate_hz);
         for (std::size_t n = from; n < to; ++n) energy[n - from] += band[n] * band[n];
     }
-    // What is missing behind the end depends on the reverberation time: start with a typical one and repeat.
+    // The missing energy depends on the reverberation time, so iterate from a typical one.
     double time_s = 0.2;
     for (int round = 0; round < kMostDecayRounds; ++round) {
         const double last_s = time_s;

@@ -1,5 +1,5 @@
-// How a room's answer falls away: its energy against the direct sound's, its reverberation time, how straight
-// it is.
+// Measures of a room's decay: its energy relative to the direct sound, its reverberation time, and how
+// closely the tail follows an exponential decay.
 #pragma once
 
 #include <cstddef>
@@ -8,39 +8,41 @@
 
 namespace response_quality {
 
-/** The 2.5 ms of either ear from its onset. */
+/** First 2.5 ms of each ear's response from that ear's onset. */
 Ears directSound(const Ears& ears);
 
-/** Everything from 2.5 ms after either ear's onset. */
+/** Everything from 2.5 ms after each ear's onset on. */
 Ears reverberantSound(const Ears& ears);
 
-/** Direct over reverberant energy of both ears, above 300 Hz. */
+/** Direct-to-reverberant ratio: energy of both ears, from 300 Hz up. */
 double directToReverberant_db(const Ears& ears);
 
-/** The loudest 1 ms that starts 2.5 ms or more after the onset and ends within 15 ms, against the direct
- * energy. Above 300 Hz, of both ears, each from its own onset. */
+/** Strongest early reflection: the loudest 1 ms that starts 2.5 ms or later after the onset and ends within
+ *  15 ms, relative to the energy of the direct sound. It counts both ears above 300 Hz, each from its own
+ *  onset. */
 double strongestReflection_db(const Ears& ears);
 
-/** From Schroeder's backward integral of an octave of both ears' energy: a line fitted from 10 ms after the
- * onset to the closing fade and drawn out to 60 dB. What the fade takes away is added as the rest of an
- * exponential decay, as ISO 3382-1 does for a decay that ends in noise; else short tables would seem to decay
- * faster than they do.
- * @param faded_part of the length, at the end */
+/** Reverberation time of an octave, from Schroeder's backward integral of the energy of both ears.
+ *
+ *  A line is fitted to the integral in dB from 10 ms after the onset to the closing fade and extrapolated to
+ *  60 dB. The energy that the fade removes is added as the rest of an exponential decay, as ISO 3382-1 does
+ *  for a decay that ends in noise. Otherwise short tables would seem to decay faster than they do.
+ *  @param faded_part fraction of the length that fades out, at the end */
 double reverberationTime_s(const Ears& ears, double octave_hz, double faded_part);
 
-/** The first sample of the closing fade. */
+/** First sample of the closing fade. */
 std::size_t fadeStart(const Signal& ear, double faded_part);
 
-/** Root mean square of the distance of the tail's 5 ms energies from a straight line in dB. */
+/** Rms deviation of the tail's energies in 5 ms steps from a straight line in dB. */
 double tailUnevenness_db(const Ears& ears, double faded_part);
 
-/** The largest step upwards between neighbouring 10 ms energies of the tail; negative if it falls always. */
+/** Largest rise between neighbouring 10 ms energies of the tail; negative if the tail always falls. */
 double tailRise_db(const Ears& ears, double faded_part);
 
-/** Time from the earlier ear's onset at which the tail is taken to begin. */
+/** Start of the tail after the onset of the earlier ear. */
 inline constexpr double kTailFrom_s = 0.020;
 
-/** The first sample of the tail. */
+/** First sample of the tail. */
 std::size_t tailStart(const Ears& ears);
 
 }  // namespace response_quality

@@ -12,7 +12,7 @@ namespace {
 constexpr double kLowest_hz = 250.0;
 constexpr int kHalfOctaves = 11;  // centres 250 Hz to 8 kHz
 
-/** Real part of the normalised cross spectrum over a band. */
+// Real part of the normalised cross spectrum of a band.
 double bandCorrelation(const Spectrum& a, const Spectrum& b, double low_hz, double high_hz) {
     const double width_hz = kRate_hz / static_cast<double>(2 * (a.size() - 1));
     double ab = 0.0;
@@ -28,7 +28,7 @@ double bandCorrelation(const Spectrum& a, const Spectrum& b, double low_hz, doub
     return ab / std::sqrt(aa * bb);
 }
 
-/** The tail without its decay, up to the closing fade. */
+// The tail up to the closing fade, with its decay compensated.
 Signal steadyTail(const Signal& ear, std::size_t start, double reverberation_time_s, double faded_part) {
     Signal tail = tailOf(ear, start);
     tail.resize(fadeStart(ear, faded_part));

@@ -1,4 +1,5 @@
-// How alike two ears, or two responses, are: what makes a room heard around the head and not inside it.
+// Similarity of the two ears, or of two responses. Differences between the ears make a room sound around the
+// head instead of inside it.
 #pragma once
 
 #include <cstddef>
@@ -7,22 +8,24 @@
 
 namespace response_quality {
 
-/** Coherence of an isotropic sound field at the ears of a head (Lindevald & Benade 1986). */
+/** Coherence of a diffuse sound field between the ears of a head (Lindevald & Benade 1986). */
 double diffuseCoherence(double frequency_hz);
 
-/** Root mean square, over half octaves from 250 Hz to 8 kHz, of the distance between the ears' coherence from
- * 20 ms to the closing fade and that of a diffuse field. The decay is taken out first, so that the whole tail
- * counts: of a decaying tail so little would count that even a perfectly diffuse one would show 0.2 by
- * chance. */
+/** Rms deviation of the tail's interaural coherence from that of a diffuse field, over half octaves from
+ *  250 Hz to 8 kHz.
+ *
+ *  The tail is taken from 20 ms to the closing fade. Its decay is compensated first, so that all of it
+ *  counts. Otherwise only its loud beginning would count, and even a perfectly diffuse tail would show 0.2 by
+ *  chance. */
 double coherenceError(const Ears& ears, double reverberation_time_s, double faded_part);
 
-/** Correlation coefficient of two signals between two frequencies, without delay. */
+/** Correlation coefficient of two signals between two frequencies, at zero lag. */
 double correlation(const Signal& a, const Signal& b, double low_hz, double high_hz);
 
-/** Correlation coefficient of the whole signals, without delay. */
+/** Correlation coefficient of two signals over all frequencies, at zero lag. */
 double correlation(const Signal& a, const Signal& b);
 
-/** An ear's signal with silence before the tail. */
+/** Copy of an ear's signal that is silent before sample `start`. */
 Signal tailOf(const Signal& ear, std::size_t start);
 
 }  // namespace response_quality

@@ -8,8 +8,8 @@
 namespace response_quality {
 namespace {
 
-/** (b0 + b1 s + b2 s^2) / (1 + s/q + s^2) with s in units of the corner, made digital by the bilinear
- * transform. */
+// Digital second-order section. The bilinear transform makes it from the analogue section
+//   (b0 + b1 s + b2 s^2) / (1 + s/q + s^2), s in units of the corner frequency.
 struct Section {
     std::array<double, 3> b{};
     std::array<double, 3> a{};
@@ -53,7 +53,7 @@ double powerAt(const Section& section, double frequency_hz, double rate_hz) {
 constexpr std::array<double, 3> kLowPass{1.0, 0.0, 0.0};
 constexpr std::array<double, 3> kHighPass{0.0, 0.0, 1.0};
 
-/** Fourth order: two sections, with the poles of Butterworth's circle at 22.5 and 67.5 degrees. */
+// Fourth-order Butterworth filter of two sections, whose poles are at 22.5 and 67.5 degrees on the circle.
 void applyButterworth(const std::array<double, 3>& numerator, double corner_hz, double rate_hz,
                       Signal& signal) {
     for (const double angle_deg : {22.5, 67.5}) {
@@ -78,7 +78,8 @@ Signal octaveBand(const Signal& signal, double centre_hz, double rate_hz) {
 }
 
 double kCurve(double frequency_hz, double rate_hz) {
-    // The analogue filters behind the tabled coefficients: a shelf of 4 dB for the head and a high-pass.
+    // Analogue prototypes of the tabulated coefficients: a shelf of 4 dB, which models the head, and a
+    // high-pass.
     constexpr double kShelf_hz = 1681.974450955533;
     constexpr double kShelfQ = 0.7071752369554196;
     constexpr double kShelf_db = 3.999843853973347;
@@ -88,7 +89,7 @@ double kCurve(double frequency_hz, double rate_hz) {
     const double high = std::pow(10.0, kShelf_db / 20.0);
     const double middle = std::pow(high, kShelfMiddleExponent);
     const Section shelf = bilinear({1.0, middle / kShelfQ, high}, kShelfQ, kShelf_hz, rate_hz);
-    // The standard leaves the high-pass unscaled: its numerator is 1, -2, 1.
+    // ITU-R BS.1770 leaves the high-pass unscaled: its numerator is 1, -2, 1.
     Section bass_cut = bilinear(kHighPass, kBassCutQ, kBassCut_hz, rate_hz);
     bass_cut.b = {1.0, -2.0, 1.0};
     return powerAt(shelf, frequency_hz, rate_hz) * powerAt(bass_cut, frequency_hz, rate_hz);

@@ -9,7 +9,7 @@ namespace {
 
 constexpr double kOnsetPart = 0.1;
 constexpr std::size_t kOversampling = 8;
-constexpr std::size_t kArrivalSamples = 2048;  // hold every arrival; cut where the response is faint
+constexpr std::size_t kArrivalSamples = 2048;  // holds every arrival; the response is faint where it is cut
 
 double energy(const Signal& signal) {
     double sum = 0.0;
@@ -39,7 +39,7 @@ double interauralDelay_us(const Ears& ears) {
 }
 
 double woodworthDelay_us(double azimuth_deg, double head_radius_m) {
-    // The lateral angle: 110 degrees is as far to the side as 70.
+    // Lateral angle: 110 degrees of azimuth is as far to the side as 70.
     const double lateral = std::asin(std::sin(azimuth_deg * std::numbers::pi / 180.0));
     return head_radius_m / kSpeedOfSound_m_s * (lateral + std::sin(lateral)) * 1e6;
 }

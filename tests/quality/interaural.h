@@ -1,4 +1,4 @@
-// What tells the ears where a sound comes from: when and how loud it arrives at either of them.
+// Interaural differences in time and level, the main cues to a sound's direction.
 #pragma once
 
 #include <cstddef>
@@ -7,19 +7,20 @@
 
 namespace response_quality {
 
-/** First sample whose magnitude is 10 % of the signal's peak; 0 for silence. */
+/** First sample whose magnitude is at least 10 % of the signal's peak; 0 for silence. */
 std::size_t onset(const Signal& signal);
 
-/** Right ear's onset behind the left ear's, on eight points a sample. Positive: the left ear leads. */
+/** Delay of the right ear's onset after the left ear's, to an eighth of a sample; positive if the left ear
+ *  leads. */
 double interauralDelay_us(const Ears& ears);
 
-/** Delay of a sphere of this radius for a source at this azimuth, after Woodworth. Positive: left. */
+/** Interaural delay after Woodworth of a spherical head; positive for an azimuth on the left. */
 double woodworthDelay_us(double azimuth_deg, double head_radius_m);
 
-/** How much more energy the left ear has in an octave. */
+/** Energy of the left ear relative to the right one in an octave. */
 double levelDifference_db(const Ears& ears, double centre_hz);
 
-/** How much more energy the left ear has in all. */
+/** Energy of the left ear relative to the right one. */
 double levelDifference_db(const Ears& ears);
 
 }  // namespace response_quality

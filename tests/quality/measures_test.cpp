@@ -1,4 +1,4 @@
-// The measures themselves, on signals whose figures are known.
+// Tests of the measures themselves, on signals whose figures are known.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -31,7 +31,7 @@ Signal impulse(std::size_t size, std::size_t at) {
     return signal;
 }
 
-/** A unit direct sound at sample 40, 8 dB above noise that decays from 3 ms on. */
+// A unit direct sound at sample 40, with decaying noise from 3 ms after it that has 8 dB less energy.
 Ears syntheticRoom(double reverberation_time_s) {
     Ears ears{noise(13000, kSeed), noise(13000, kSeed + 1)};
     for (Signal& ear : ears) {
@@ -47,7 +47,7 @@ Ears syntheticRoom(double reverberation_time_s) {
     return ears;
 }
 
-TEST(ResponseMeasures, TransformIsTheSumItIsDefinedAs) {
+TEST(QualityMeasures, TransformMatchesItsDefiningSum) {
     const Signal signal = noise(32, kSeed);
     const Spectrum found = spectrumOf(signal, 32);
     for (std::size_t k = 0; k < found.size(); ++k) {
@@ -59,7 +59,7 @@ TEST(ResponseMeasures, TransformIsTheSumItIsDefinedAs) {
     }
 }
 
-TEST(ResponseMeasures, ConvolutionIsTheSumItIsDefinedAs) {
+TEST(QualityMeasures, ConvolutionMatchesItsDefiningSum) {
     const Signal a = noise(21, kSeed);
     const Signal b = noise(14, kSeed + 1);
     const Signal found = convolve(a, b);
@@ -73,7 +73,7 @@ TEST(ResponseMeasures, ConvolutionIsTheSumItIsDefinedAs) {
     }
 }
 
-TEST(ResponseMeasures, OversamplingPassesThroughTheSamples) {
+TEST(QualityMeasures, OversamplingPassesThroughTheSamples) {
     const Signal signal = noise(64, kSeed);
     const Signal fine = oversample(signal, 8);
     ASSERT_EQ(fine.size(), 512u);
@@ -81,7 +81,7 @@ TEST(ResponseMeasures, OversamplingPassesThroughTheSamples) {
         EXPECT_NEAR(fine[8 * n], signal[n], 1e-12) << "seed " << kSeed;
 }
 
-TEST(ResponseMeasures, OversamplingFollowsASineBetweenTheSamples) {
+TEST(QualityMeasures, OversamplingInterpolatesASineBetweenTheSamples) {
     Signal sine(64);
     const auto at = [](double n) { return std::sin(2.0 * std::numbers::pi * 5.0 * n / 64.0); };
     for (std::size_t n = 0; n < sine.size(); ++n) sine[n] = at(static_cast<double>(n));
@@ -90,7 +90,7 @@ TEST(ResponseMeasures, OversamplingFollowsASineBetweenTheSamples) {
         EXPECT_NEAR(fine[n], at(static_cast<double>(n) / 8.0), 1e-12);
 }
 
-TEST(ResponseMeasures, OctaveBandIsThreeDecibelsDownAtEitherEdge) {
+TEST(QualityMeasures, OctaveBandIsThreeDecibelsDownAtBothEdges) {
     const Signal power = powerOf(octaveBand(impulse(16384, 0), 1000.0, kRate_hz), 16384);
     const auto level_db = [&power](double frequency_hz) {
         return 10.0 *
@@ -103,35 +103,35 @@ TEST(ResponseMeasures, OctaveBandIsThreeDecibelsDownAtEitherEdge) {
     EXPECT_LT(level_db(4000.0), -35.0);
 }
 
-TEST(ResponseMeasures, KCurveIsThatOfTheTabledCoefficientsAt48kHz) {
-    // Sum of the tabled coefficients' responses, worked by hand at 0 Hz's far side: half the rate.
+TEST(QualityMeasures, KCurveMatchesTheTabulatedCoefficientsAt48kHz) {
+    // Response of the tabulated coefficients at half the sample rate, where z is -1; worked by hand.
     const double shelf = (1.53512485958697 + 2.69169618940638 + 1.19839281085285) /
                          (1.0 + 1.69065929318241 + 0.73248077421585);
     const double bass_cut = 4.0 / (1.0 + 1.99004745483398 + 0.99007225036621);
     EXPECT_NEAR(kCurve(24000.0, 48000.0), shelf * shelf * bass_cut * bass_cut, 1e-9);
-    // The standard's own calibration: 997 Hz is 0.691 dB up.
+    // The calibration of ITU-R BS.1770: the curve is at +0.691 dB at 997 Hz.
     EXPECT_NEAR(10.0 * std::log10(kCurve(997.0, 48000.0)), 0.691, 0.01);
 }
 
-TEST(ResponseMeasures, DelayBetweenTheEarsIsThatOfTheArrivals) {
+TEST(QualityMeasures, InterauralDelayIsTheDifferenceOfTheArrivals) {
     EXPECT_NEAR(interauralDelay_us({impulse(4096, 40), impulse(4096, 52)}), 250.0, 1e-9);
     EXPECT_NEAR(interauralDelay_us({impulse(4096, 52), impulse(4096, 40)}), -250.0, 1e-9);
 }
 
-TEST(ResponseMeasures, WoodworthsDelayIsWorkedByHand) {
+TEST(QualityMeasures, WoodworthsDelayMatchesValuesWorkedByHand) {
     EXPECT_NEAR(woodworthDelay_us(30.0, 0.0875), 0.0875 / 343.0 * (0.5235988 + 0.5) * 1e6, 1e-3);
     EXPECT_NEAR(woodworthDelay_us(-90.0, 0.0875), -0.0875 / 343.0 * (1.5707963 + 1.0) * 1e6, 1e-3);
     EXPECT_NEAR(woodworthDelay_us(140.0, 0.0875), woodworthDelay_us(40.0, 0.0875), 1e-9);
 }
 
-TEST(ResponseMeasures, LevelDifferenceIsTheRatioOfTheEnergies) {
+TEST(QualityMeasures, LevelDifferenceIsTheEnergyRatioOfTheEars) {
     Ears ears{impulse(4096, 40), impulse(4096, 40)};
     for (double& value : ears[1]) value *= 0.5;
     EXPECT_NEAR(levelDifference_db(ears), 6.0206, 1e-4);
     EXPECT_NEAR(levelDifference_db(ears, 500.0), 6.0206, 1e-4);
 }
 
-TEST(ResponseMeasures, RatioAndReverberationTimeAreThoseOfTheMadeUpRoom) {
+TEST(QualityMeasures, RatioAndReverberationTimeMatchTheSyntheticRoom) {
     for (const double time_s : {0.15, 0.27}) {
         SCOPED_TRACE("seed " + std::to_string(kSeed) + ", time " + std::to_string(time_s));
         const Ears ears = syntheticRoom(time_s);
@@ -144,22 +144,22 @@ TEST(ResponseMeasures, RatioAndReverberationTimeAreThoseOfTheMadeUpRoom) {
     }
 }
 
-TEST(ResponseMeasures, ShortTablesHaveTheReverberationTimeOfLongOnes) {
+TEST(QualityMeasures, ReverberationTimeDoesNotDependOnTheTableLength) {
     Ears ears = syntheticRoom(0.27);
     for (Signal& ear : ears) ear.resize(7000);
     EXPECT_NEAR(reverberationTime_s(ears, 2000.0, 0.3), 0.27, 0.1 * 0.27) << "seed " << kSeed;
 }
 
-TEST(ResponseMeasures, StrongestReflectionIsTheEchoAfterTheDirectSound) {
+TEST(QualityMeasures, StrongestReflectionIsTheEchoAfterTheDirectSound) {
     Ears ears{impulse(4096, 40), impulse(4096, 52)};
     ears[0][40 + 400] = 0.25;
     ears[1][52 + 400] = 0.25;
-    ears[0][40 + 800] = 1.0;  // beyond 15 ms
+    ears[0][40 + 800] = 1.0;  // later than 15 ms
     EXPECT_NEAR(strongestReflection_db(ears), -12.04, 0.1);
 }
 
-TEST(ResponseMeasures, CoherenceErrorIsSmallForADiffuseFieldOnly) {
-    // Mixed in the frequency domain so that the expected coherence is the diffuse field's.
+TEST(QualityMeasures, CoherenceErrorIsSmallForADiffuseFieldOnly) {
+    // Two noises are mixed in the frequency domain so that their coherence is that of a diffuse field.
     const std::size_t points = 16384;
     Spectrum x(points);
     Spectrum y(points);
@@ -190,7 +190,7 @@ TEST(ResponseMeasures, CoherenceErrorIsSmallForADiffuseFieldOnly) {
     EXPECT_GT(coherenceError({ears[0], ears[0]}, 0.25, 0.25), 0.5) << "seed " << kSeed;
 }
 
-TEST(ResponseMeasures, CorrelationIsOneMinusOneAndZero) {
+TEST(QualityMeasures, CorrelationDistinguishesEqualInvertedAndIndependentSignals) {
     const Signal a = noise(8192, kSeed);
     Signal b = a;
     for (double& value : b) value *= -2.0;
@@ -200,7 +200,7 @@ TEST(ResponseMeasures, CorrelationIsOneMinusOneAndZero) {
     EXPECT_NEAR(correlation(a, noise(8192, kSeed + 1)), 0.0, 0.05) << "seed " << kSeed;
 }
 
-TEST(ResponseMeasures, FlatResponseHasNoColourLiftOrLoudnessChange) {
+TEST(QualityMeasures, FlatResponseHasNoColourBassLiftOrLoudnessChange) {
     const Signal power = responsePower(impulse(4096, 40));
     EXPECT_NEAR(worst(colour_db(power, 80.0, 12500.0)), 0.0, 1e-9);
     EXPECT_EQ(colour_db(power, 80.0, 12500.0).size(), 23u);
@@ -210,8 +210,8 @@ TEST(ResponseMeasures, FlatResponseHasNoColourLiftOrLoudnessChange) {
     EXPECT_NEAR(loudnessChange_lu(power, Programme::kMusic), 0.0, 1e-9);
 }
 
-TEST(ResponseMeasures, TiltedResponseHasItsColour) {
-    // 3 dB more in every octave: a third octave is 1 dB above its neighbour.
+TEST(QualityMeasures, TiltedResponseShowsItsTiltAsColour) {
+    // The power rises by 3 dB per octave, so each third octave is 1 dB above the one below.
     Signal power(16385);
     for (std::size_t k = 0; k < power.size(); ++k) power[k] = static_cast<double>(k);
     const Signal colour = colour_db(power, 400.0, 2500.0);
@@ -221,7 +221,7 @@ TEST(ResponseMeasures, TiltedResponseHasItsColour) {
     EXPECT_NEAR(worst(colour), 4.0, 0.1);
 }
 
-TEST(ResponseMeasures, MusicCountsTrebleForLessThanPinkSound) {
+TEST(QualityMeasures, MusicWeightsTrebleLessThanPinkNoiseDoes) {
     Signal power(16385, 1.0);
     for (std::size_t k = 0; k < power.size(); ++k) {
         if (static_cast<double>(k) * kRate_hz / 32768.0 > 4000.0) power[k] = 4.0;

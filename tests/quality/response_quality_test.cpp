@@ -1,5 +1,5 @@
-// The impulse responses as compiled keep every promise about how they sound. Each measured figure and its
-// limits can be read in the output of ResponseQuality.PrintsEveryFigure.
+// The compiled impulse responses keep every promise about how they sound. ResponseQuality.PrintsEveryFigure
+// prints each measured figure with its limits.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,8 +13,8 @@
 namespace response_quality {
 namespace {
 
-/** That the delays are held against: a typical head for the committed tables, else the one they were made
- * from. */
+// Head radius that the delays are compared with: a typical head's for the committed tables, otherwise that of
+// the head the tables were made from.
 double headRadius_m() {
 #ifdef SONIVEX_RESPONSE_SOURCE
     const std::string field = "// Head radius: ";
@@ -23,7 +23,7 @@ double headRadius_m() {
     while (std::getline(source, line)) {
         if (line.rfind(field, 0) == 0) return std::stod(line.substr(field.size()));
     }
-    return std::nan("");  // no figure holds
+    return std::nan("");  // makes every delay fail
 #else
     return 0.0875;
 #endif
@@ -45,22 +45,22 @@ std::string limitText(const Figure& figure) {
 }
 
 void expectKept(const Row& row) {
-    EXPECT_FALSE(row.figures.empty()) << row.measure << ": nothing was measured";
+    EXPECT_FALSE(row.figures.empty()) << row.measure << ": no figure was measured";
     for (const Figure& figure : row.figures) {
         EXPECT_TRUE(figure.holds()) << row.measure << ", " << figure.of << ": " << figure.value << " "
                                     << row.unit << ", must be " << limitText(figure);
     }
 }
 
-TEST(ResponseQuality, DelaysBetweenTheEarsAreThoseOfAHead) {
+TEST(ResponseQuality, InterauralDelaysMatchAHead) {
     expectKept(interauralDelays(responses(), headRadius_m()));
 }
 
-TEST(ResponseQuality, TrebleIsLouderAtTheEarOnTheLoudspeakersSide) {
+TEST(ResponseQuality, TrebleIsLouderAtTheNearEar) {
     expectKept(trebleLevelDifferences(responses()));
 }
 
-TEST(ResponseQuality, MiddleFrequenciesAreSlightlyLouderAtTheEarOnTheLoudspeakersSide) {
+TEST(ResponseQuality, MidrangeIsSlightlyLouderAtTheNearEar) {
     expectKept(middleLevelDifferences(responses()));
 }
 
@@ -72,37 +72,37 @@ TEST(ResponseQuality, CentreReachesBothEarsAtTheSameLevel) {
     expectKept(centralLevelDifferences(responses()));
 }
 
-TEST(ResponseQuality, DirectSoundStandsAboveTheRoomAsPlanned) {
+TEST(ResponseQuality, DirectToReverberantRatioMatchesTheDesign) {
     expectKept(directToReverberantRatios(responses()));
 }
 
-TEST(ResponseQuality, NoReflectionIsHeardAsAnEcho) {
+TEST(ResponseQuality, NoReflectionIsAudibleAsAnEcho) {
     expectKept(strongestReflections(responses()));
 }
 
-TEST(ResponseQuality, ReverberationTimeIsTheRoomsAt500Hz) {
+TEST(ResponseQuality, ReverberationTimeMatchesTheRoomAt500Hz) {
     expectKept(reverberationTimes(responses(), 500.0, -0.3, 0.3));
 }
 
-TEST(ResponseQuality, ReverberationTimeIsTheRoomsAt1And2kHz) {
+TEST(ResponseQuality, ReverberationTimeMatchesTheRoomAt1And2kHz) {
     expectKept(reverberationTimes(responses(), 1000.0, -0.2, 0.2));
     expectKept(reverberationTimes(responses(), 2000.0, -0.2, 0.2));
 }
 
-TEST(ResponseQuality, ReverberationTimeIsTheRoomsOrShorterAt4And8kHz) {
+TEST(ResponseQuality, ReverberationTimeMatchesTheRoomOrIsShorterAt4And8kHz) {
     expectKept(reverberationTimes(responses(), 4000.0, -0.35, 0.2));
     expectKept(reverberationTimes(responses(), 8000.0, -0.35, 0.2));
 }
 
-TEST(ResponseQuality, TailDecaysInAStraightLine) {
+TEST(ResponseQuality, TailDecaysExponentially) {
     expectKept(tailUnevenness(responses()));
 }
 
-TEST(ResponseQuality, TailNeverSwellsAgain) {
+TEST(ResponseQuality, TailNeverSwells) {
     expectKept(tailRises(responses()));
 }
 
-TEST(ResponseQuality, TailReachesTheEarsLikeADiffuseField) {
+TEST(ResponseQuality, TailIsAsCoherentBetweenTheEarsAsADiffuseField) {
     expectKept(tailCoherenceErrors(responses()));
 }
 
@@ -114,28 +114,28 @@ TEST(ResponseQuality, MirroredLoudspeakersHaveTheSameEnergy) {
     expectKept(mirroredEnergies(responses()));
 }
 
-TEST(ResponseQuality, MirroredLoudspeakersHaveTailsOfTheirOwn) {
+TEST(ResponseQuality, MirroredLoudspeakersHaveUncorrelatedTails) {
     expectKept(mirroredTailCorrelations(responses()));
 }
 
-TEST(ResponseQuality, FrontPairLeavesTheColourOfMusicAlone) {
+TEST(ResponseQuality, FrontPairDoesNotColourMusic) {
     expectKept(frontColourRms(responses()));
     expectKept(frontColourWorst(responses()));
 }
 
-TEST(ResponseQuality, CingoCrosstalkIsThatOfLoudspeakers) {
+TEST(ResponseQuality, CingoCrosstalkMatchesLoudspeakers) {
     expectKept(cingoCrosstalk(responses()));
 }
 
-TEST(ResponseQuality, MonoProgrammeIsNotTheSameInBothEars) {
+TEST(ResponseQuality, MonoProgrammeDiffersBetweenTheEars) {
     expectKept(monoCorrelations(responses()));
 }
 
-TEST(ResponseQuality, NothingComesBeforeTheFirstArrival) {
+TEST(ResponseQuality, ResponsesAreSilentBeforeTheFirstArrival) {
     expectKept(energiesBeforeArrival(responses()));
 }
 
-TEST(ResponseQuality, EveryResponseHasFadedOutAtItsEnd) {
+TEST(ResponseQuality, EveryResponseFadesOutByItsEnd) {
     expectKept(energiesAtTheEnd(responses()));
 }
 
@@ -147,11 +147,11 @@ TEST(ResponseQuality, ModesLiftTheBassByFourSixAndEightDecibels) {
     expectKept(bassLifts(responses()));
 }
 
-TEST(ResponseQuality, LoudnessOfPinkSoundStays) {
+TEST(ResponseQuality, PinkNoiseKeepsItsLoudness) {
     expectKept(pinkLoudnessChanges(responses()));
 }
 
-TEST(ResponseQuality, LoudnessOfMusicStays) {
+TEST(ResponseQuality, MusicKeepsItsLoudness) {
     expectKept(musicLoudnessChanges(responses()));
 }
 
@@ -179,7 +179,7 @@ TEST(ResponseQuality, PrintsEveryFigure) {
         std::printf("%-58s %9.2f %9.2f  %-4s %s\n", row.measure.c_str(), lowest, highest, row.unit.c_str(),
                     limitText(row.figures.front()).c_str());
     }
-    std::printf("\nFigure by figure\n");
+    std::printf("\nAll figures\n");
     for (const Row& row : rows) {
         std::printf("%s\n", row.measure.c_str());
         for (const Figure& figure : row.figures) {

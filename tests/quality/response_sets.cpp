@@ -12,7 +12,7 @@ struct Loudspeaker {
     double azimuth_deg;
 };
 
-// ITU-R BS.775; the back pair of eight channels comes before the side pair.
+// Azimuths of ITU-R BS.775. The back pair of eight channels comes before the side pair.
 constexpr Loudspeaker kTwoChannels[] = {{Role::kFront, 30.0}, {Role::kFront, -30.0}};
 constexpr Loudspeaker kBingo51[] = {{Role::kFront, 30.0},     {Role::kFront, -30.0},
                                     {Role::kCentre, 0.0},     {Role::kLowFrequency, 0.0},
@@ -29,7 +29,7 @@ constexpr Loudspeaker kMode71[] = {
     {Role::kFront, 30.0},      {Role::kFront, -30.0},   {Role::kCentre, 0.0},    {Role::kSurround, 140.0},
     {Role::kSurround, -140.0}, {Role::kSurround, 90.0}, {Role::kSurround, -90.0}};
 
-/** A room and how far its loudspeakers' direct sound stands above it. */
+// Design of a set: divisor, room, and direct-to-reverberant ratio of each kind of loudspeaker.
 struct Setting {
     Kind kind;
     int mode;

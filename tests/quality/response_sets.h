@@ -1,4 +1,4 @@
-// The impulse responses as gains, with what each source is meant to be: where it stands and in which room.
+// The impulse responses as gains, with the design of each source: its direction and its room.
 #pragma once
 
 #include <array>
@@ -19,43 +19,46 @@ enum class Kind { kCingo, kBingo, kMode };
 
 using Ears = std::array<Signal, 2>;  // left, right
 
-/** A loudspeaker as both ears hear it. */
+/** One loudspeaker as both ears hear it. */
 struct Source {
     std::string name;
     Role role = Role::kFront;
-    double azimuth_deg = 0.0;  // to the left positive
+    double azimuth_deg = 0.0;  // left positive
     double direct_to_reverberant_db = 0.0;
     Ears ears;
 };
 
+/** Responses of one layout in one room. */
 struct ResponseSet {
     std::string name;
     Kind kind = Kind::kCingo;
     bool has_two_channels = false;
-    int mode = 0;                       // 1 to 3, 0 if the set has none
+    int mode = 0;                       // 1 to 3; 0 if the set is not of a mode
     double reverberation_time_s = 0.0;  // of its room
-    double faded_part = 0.0;            // of its length, at the end
+    double faded_part = 0.0;            // fraction of the length that fades out, at the end
     std::vector<Source> sources;
 };
 
+/** All sets and the Audio stage. */
 struct Responses {
     std::vector<ResponseSet> sets;
     Signal audio_stage;
 };
 
-/** The tables as compiled, divided by the divisors that the effect divides them by. */
+/** The compiled tables, each divided by the divisor that the effect uses. */
 Responses compiledResponses();
 
-/** A set as it is heard: the modes with the Audio stage behind them, at their own rate. */
+/** A set as it is heard: responses of the modes are convolved with the Audio stage at 48 kHz, other sets are
+ *  unchanged. */
 ResponseSet withAudioStage(const ResponseSet& set, const Signal& audio_stage);
 
-/** The set without all but its front pair. */
+/** The set reduced to its front pair. */
 ResponseSet frontPair(const ResponseSet& set);
 
-/** Is the source in the middle, with the same path to both ears? */
+/** True for a source in the middle, whose paths to both ears are equal. */
 bool isCentral(const Source& source);
 
-/** Pairs of sources that mirror each other: places in set.sources, left one first. */
+/** Pairs of sources that mirror each other, as indices into set.sources, left source first. */
 std::vector<std::array<std::size_t, 2>> mirrorPairs(const ResponseSet& set);
 
 }  // namespace response_quality

@@ -14,7 +14,7 @@ namespace {
 constexpr double kNoLowest = -1e9;
 constexpr std::array<const char*, 2> kEarNames{" left ear", " right ear"};
 constexpr std::size_t kEndSamples = 64;
-constexpr double kNothing_db = -200.0;  // stands for no energy at all
+constexpr double kNothing_db = -200.0;  // stands for zero energy
 
 template <typename Measure>
 Row overSources(const Responses& responses, const char* measure, const char* unit, double lowest,
@@ -45,8 +45,7 @@ Row overEars(const Responses& responses, const char* measure, double highest_db,
     return row;
 }
 
-/** A left source and its right mirror image, and how they are compared: ear by ear, near with near and far
- * with far. */
+// Compares each left source with its mirror image on the right: near ear with near ear, far ear with far ear.
 template <typename Measure>
 Row overMirroredEars(const Responses& responses, const char* measure, const char* unit, double limit,
                      Measure value) {
@@ -75,7 +74,7 @@ double energy(const Signal& signal) {
 }  // namespace
 
 Row directToReverberantRatios(const Responses& responses) {
-    return overSources(responses, "direct to reverberant ratio off the room's", "dB", -1.5, 1.5,
+    return overSources(responses, "direct-to-reverberant ratio, deviation from design", "dB", -1.5, 1.5,
                        [](const ResponseSet&, const Source& source) {
                            return directToReverberant_db(source.ears) - source.direct_to_reverberant_db;
                        });
@@ -83,13 +82,13 @@ Row directToReverberantRatios(const Responses& responses) {
 
 Row strongestReflections(const Responses& responses) {
     return overSources(
-        responses, "strongest 1 ms after the direct sound", "dB", kNoLowest, -10.0,
+        responses, "strongest 1 ms reflection, relative to direct sound", "dB", kNoLowest, -10.0,
         [](const ResponseSet&, const Source& source) { return strongestReflection_db(source.ears); });
 }
 
 Row reverberationTimes(const Responses& responses, double octave_hz, double lowest, double highest) {
     const std::string measure =
-        "reverberation time off the room's, " + std::to_string(std::lround(octave_hz)) + " Hz octave";
+        "reverberation time deviation, " + std::to_string(std::lround(octave_hz)) + " Hz octave";
     Row row = overSources(responses, measure.c_str(), "%", 100.0 * lowest, 100.0 * highest,
                           [octave_hz](const ResponseSet& set, const Source& source) {
                               const double time_s =
@@ -100,21 +99,21 @@ Row reverberationTimes(const Responses& responses, double octave_hz, double lowe
 }
 
 Row tailUnevenness(const Responses& responses) {
-    return overSources(responses, "tail's 5 ms energies off a straight decay, rms", "dB", 0.0, 2.5,
+    return overSources(responses, "tail in 5 ms steps, rms deviation from straight decay", "dB", 0.0, 2.5,
                        [](const ResponseSet& set, const Source& source) {
                            return tailUnevenness_db(source.ears, set.faded_part);
                        });
 }
 
 Row tailRises(const Responses& responses) {
-    return overSources(responses, "largest rise of the tail's 10 ms energies", "dB", kNoLowest, 2.0,
+    return overSources(responses, "tail in 10 ms steps, largest rise", "dB", kNoLowest, 2.0,
                        [](const ResponseSet& set, const Source& source) {
                            return tailRise_db(source.ears, set.faded_part);
                        });
 }
 
 Row tailCoherenceErrors(const Responses& responses) {
-    Row row{"tail coherence off a diffuse field's, rms", "", {}};
+    Row row{"tail coherence, rms deviation from a diffuse field's", "", {}};
     for (const ResponseSet& set : responses.sets) {
         for (const Source& source : set.sources) {
             if (set.kind == Kind::kMode && source.role == Role::kCentre) continue;
@@ -127,21 +126,21 @@ Row tailCoherenceErrors(const Responses& responses) {
 
 Row mirroredDirectLevels(const Responses& responses) {
     return overMirroredEars(
-        responses, "mirror pair, direct level", "dB", 0.4,
+        responses, "mirrored pair, direct level difference", "dB", 0.4,
         [](const Ears& a, std::size_t ear_a, const Ears& b, std::size_t ear_b) {
             return 10.0 * std::log10(energy(directSound(a)[ear_a]) / energy(directSound(b)[ear_b]));
         });
 }
 
 Row mirroredEnergies(const Responses& responses) {
-    return overMirroredEars(responses, "mirror pair, whole energy", "dB", 1.0,
+    return overMirroredEars(responses, "mirrored pair, energy difference", "dB", 1.0,
                             [](const Ears& a, std::size_t ear_a, const Ears& b, std::size_t ear_b) {
                                 return 10.0 * std::log10(energy(a[ear_a]) / energy(b[ear_b]));
                             });
 }
 
 Row mirroredTailCorrelations(const Responses& responses) {
-    Row row{"mirror pair, correlation of the tails", "", {}};
+    Row row{"mirrored pair, correlation of the tails", "", {}};
     for (const ResponseSet& set : responses.sets) {
         for (const auto& [left, right] : mirrorPairs(set)) {
             const Ears& a = set.sources[left].ears;

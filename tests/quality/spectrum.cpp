@@ -8,7 +8,7 @@
 namespace response_quality {
 namespace {
 
-/** exp(-2 pi i k / size) for the first half of the circle; kept, since most transforms are of few sizes. */
+// exp(-2 pi i k / size) for the first half of the circle. They are cached, as only a few sizes occur.
 const Spectrum& turnsOf(std::size_t size) {
     static std::map<std::size_t, Spectrum> kept;
     Spectrum& turns = kept[size];

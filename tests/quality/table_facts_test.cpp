@@ -1,4 +1,4 @@
-// What programs that read the tables may rely on: names, lengths, peaks, sides and which tables are equal.
+// Facts that readers of the tables may rely on: names, lengths, peaks, sides, and which tables are equal.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,11 +12,11 @@
 namespace response_quality {
 namespace {
 
-/** Sides of the sources: l, r, c for the centre, e for a centre with equal ears, b for the low-frequency
- * channel. */
+// Expected facts of one set. `sides` has one letter for each source: l left, r right, c centre, e centre with
+// equal ears, b low-frequency channel.
 struct ExpectedSet {
-    std::string_view layout;  // as in the names; empty for cingo
-    std::string_view kind;    // as in the names
+    std::string_view layout;  // as in the tables' names; empty for cingo
+    std::string_view kind;    // as in the tables' names
     std::string_view sides;
     std::size_t samples;
     int peak;
@@ -37,7 +37,7 @@ constexpr ExpectedSet kExpected[] = {
     {"7_1", "mode3", "lrelrlr", 7000, 13349},
 };
 
-constexpr double kCentreSpread = 1.3;  // of the peaks at both ears
+constexpr double kCentreSpread = 1.3;  // limit of the ratio of the peaks at the two ears
 
 std::string expectedName(const ExpectedSet& set, std::size_t source, char ear) {
     std::string name = "k_";
@@ -56,7 +56,7 @@ std::string expectedName(const ExpectedSet& set, std::size_t source, char ear) {
     return name;
 }
 
-/** Calls check(what is expected, the set, place of the source) for each source. */
+// Calls check(expected set, compiled set, index of the source) for each source.
 template <typename Check>
 void forEachSource(Check check) {
     ASSERT_EQ(compiledSets().size(), std::size(kExpected));
@@ -70,8 +70,8 @@ void forEachSource(Check check) {
     }
 }
 
-TEST(ResponseTables, NamesSayLayoutSourceSetEarAndRate) {
-    std::size_t count = 2;  // Audio, under two names
+TEST(QualityTableFacts, NamesGiveLayoutSourceSetEarAndRate) {
+    std::size_t count = 2;  // the Audio stage has two names
     forEachSource([&count](const ExpectedSet& expected, const TableSet& set, std::size_t source) {
         EXPECT_EQ(set.tables[2 * source].name, expectedName(expected, source, 'L'));
         EXPECT_EQ(set.tables[2 * source + 1].name, expectedName(expected, source, 'R'));
@@ -81,7 +81,7 @@ TEST(ResponseTables, NamesSayLayoutSourceSetEarAndRate) {
     EXPECT_EQ(compiledAudioStage().name, "k_dolby441");
 }
 
-TEST(ResponseTables, HaveTheLengthOfTheirSet) {
+TEST(QualityTableFacts, HaveTheLengthOfTheirSet) {
     forEachSource([](const ExpectedSet& expected, const TableSet& set, std::size_t source) {
         EXPECT_EQ(set.tables[2 * source].samples.size(), expected.samples);
         EXPECT_EQ(set.tables[2 * source + 1].samples.size(), expected.samples);
@@ -89,7 +89,7 @@ TEST(ResponseTables, HaveTheLengthOfTheirSet) {
     EXPECT_EQ(compiledAudioStage().samples.size(), 6000u);
 }
 
-TEST(ResponseTables, LargestMagnitudeOfEachSetIsExact) {
+TEST(QualityTableFacts, LargestMagnitudeOfEachSetIsExact) {
     for (std::size_t i = 0; i < std::size(kExpected); ++i) {
         int peak = 0;
         for (const Table& table : compiledSets()[i].tables) peak = std::max(peak, peakOf(table));
@@ -98,7 +98,7 @@ TEST(ResponseTables, LargestMagnitudeOfEachSetIsExact) {
     EXPECT_EQ(peakOf(compiledAudioStage()), 26905);
 }
 
-TEST(ResponseTables, SourceIsLouderAtTheEarOnItsSide) {
+TEST(QualityTableFacts, SourceIsLouderAtTheNearEar) {
     forEachSource([](const ExpectedSet& expected, const TableSet& set, std::size_t source) {
         const double left = peakOf(set.tables[2 * source]);
         const double right = peakOf(set.tables[2 * source + 1]);
@@ -115,7 +115,7 @@ TEST(ResponseTables, SourceIsLouderAtTheEarOnItsSide) {
     });
 }
 
-TEST(ResponseTables, LowFrequencySourceIsTheLoudestOfBingo) {
+TEST(QualityTableFacts, LowFrequencySourceHasTheLargestPeakOfBingo) {
     forEachSource([](const ExpectedSet& expected, const TableSet& set, std::size_t source) {
         if (expected.sides[source] == 'b') {
             EXPECT_EQ(std::max(peakOf(set.tables[2 * source]), peakOf(set.tables[2 * source + 1])), 32392);
@@ -126,7 +126,7 @@ TEST(ResponseTables, LowFrequencySourceIsTheLoudestOfBingo) {
     });
 }
 
-TEST(ResponseTables, OnlyTheEarsOfAModesCentreAreEqual) {
+TEST(QualityTableFacts, OnlyTheEarsOfTheModesCentreAreEqual) {
     std::vector<Table> all{compiledAudioStage()};
     std::vector<std::string> expected;
     forEachSource([&](const ExpectedSet& facts, const TableSet& set, std::size_t source) {

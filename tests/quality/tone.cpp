@@ -14,20 +14,20 @@ constexpr double kHighest_hz = 20000.0;
 constexpr double kReferenceLow_hz = 400.0;
 constexpr double kReferenceHigh_hz = 2500.0;
 
-/** Coherence of the channels of music: 0.95 up to 150 Hz, falling on log f to 0.35 at 3 kHz. */
+// Coherence of the channels of music: 0.95 up to 150 Hz, falling linearly over log f to 0.35 at 3 kHz.
 double musicCoherence(double frequency_hz) {
     if (frequency_hz <= 150.0) return 0.95;
     if (frequency_hz >= 3000.0) return 0.35;
     return 0.95 - 0.6 * std::log(frequency_hz / 150.0) / std::log(3000.0 / 150.0);
 }
 
-/** Power of the programme per Hz, in dB of any reference. */
+// Power density of the programme in dB with an arbitrary reference.
 double programme_db(double frequency_hz, Programme programme) {
     const double pink_db = -10.0 * std::log10(frequency_hz);
     if (programme == Programme::kPink) return pink_db;
     double music_db = pink_db;
     music_db -= 1.5 * std::log2(std::clamp(frequency_hz, 100.0, 4000.0) / 100.0);
-    // 3 dB/octave more than between 100 Hz and 4 kHz.
+    // From 4 kHz up the slope is 3 dB/octave steeper than between 100 Hz and 4 kHz.
     if (frequency_hz > 4000.0) music_db -= 4.5 * std::log2(frequency_hz / 4000.0);
     if (frequency_hz < 40.0) music_db -= 12.0 * std::log2(40.0 / frequency_hz);
     return music_db;
@@ -37,7 +37,7 @@ double binWidth_hz(const Signal& power, double rate_hz) {
     return rate_hz / static_cast<double>(2 * (power.size() - 1));
 }
 
-/** The nominal centre is the exact one: powers of ten in tenths of a decade. */
+// Exact centre of a third octave: 10^(band / 10) Hz, a tenth of a decade apart.
 double thirdOctaveCentre_hz(int band) {
     return std::pow(10.0, band / 10.0);
 }
@@ -93,7 +93,7 @@ Signal colour_db(const Signal& power, double lowest_hz, double highest_hz) {
         const double centre_hz = thirdOctaveCentre_hz(band);
         const double half = std::pow(10.0, 0.05);
         const double level_db = bandLevel_db(power, kRate_hz, centre_hz / half, centre_hz * half);
-        // The nominal frequencies are within 2 % of the exact ones.
+        // The nominal limits are within 2 % of the exact centres.
         if (centre_hz > 0.97 * kReferenceLow_hz && centre_hz < 1.03 * kReferenceHigh_hz) {
             reference_db += level_db;
             ++reference_bands;

@@ -18,7 +18,7 @@ Row overFrontPairs(const Responses& responses, const char* measure, const char* 
     return row;
 }
 
-/** The modes are made to lift the bass: their colour is judged above it. */
+// Third-octave levels of the front pair. The modes lift the bass by design, so they are judged above it.
 Signal frontColour_db(const ResponseSet& heard) {
     return colour_db(frontPairPower(heard), heard.kind == Kind::kMode ? 250.0 : 80.0, 12500.0);
 }
@@ -26,20 +26,20 @@ Signal frontColour_db(const ResponseSet& heard) {
 }  // namespace
 
 Row frontColourRms(const Responses& responses) {
-    return overFrontPairs(responses, "colour of the front pair, rms", "dB", [](const ResponseSet& heard) {
+    return overFrontPairs(responses, "front pair colour, rms", "dB", [](const ResponseSet& heard) {
         return Figure{heard.name, rms(frontColour_db(heard)), 0.0, heard.kind == Kind::kMode ? 1.2 : 1.0};
     });
 }
 
 Row frontColourWorst(const Responses& responses) {
-    return overFrontPairs(responses, "colour of the front pair, worst third octave", "dB",
+    return overFrontPairs(responses, "front pair colour, worst third octave", "dB",
                           [](const ResponseSet& heard) {
                               return Figure{heard.name, worst(frontColour_db(heard)), 0.0, 2.5};
                           });
 }
 
 Row cingoCrosstalk(const Responses& responses) {
-    Row row{"crosstalk to the far ear, cingo", "dB", {}};
+    Row row{"cingo crosstalk to the far ear", "dB", {}};
     for (const ResponseSet& set : responses.sets) {
         if (set.kind != Kind::kCingo) continue;
         row.figures.push_back({"left to right ear", -levelDifference_db(set.sources[0].ears), -16.0, -4.0});
@@ -76,7 +76,7 @@ Row bassLifts(const Responses& responses) {
 }
 
 Row pinkLoudnessChanges(const Responses& responses) {
-    return overFrontPairs(responses, "loudness change, pink programme", "LU", [](const ResponseSet& heard) {
+    return overFrontPairs(responses, "loudness change, pink noise", "LU", [](const ResponseSet& heard) {
         return Figure{heard.name, loudnessChange_lu(frontPairPower(heard), Programme::kPink), -2.0, 2.0};
     });
 }
@@ -88,7 +88,7 @@ Row musicLoudnessChanges(const Responses& responses) {
 }
 
 Row sourceBalances(const Responses& responses) {
-    Row row{"loudest against softest source", "LU", {}};
+    Row row{"loudest relative to softest source", "LU", {}};
     for (const ResponseSet& set : responses.sets) {
         Signal loudness_lu;
         for (const Source& source : withAudioStage(set, responses.audio_stage).sources) {
@@ -102,7 +102,7 @@ Row sourceBalances(const Responses& responses) {
 }
 
 Row lowFrequencyLevels(const Responses& responses) {
-    Row row{"low-frequency source over centre, 31-125 Hz", "dB", {}};
+    Row row{"low-frequency source relative to centre, 31-125 Hz", "dB", {}};
     for (const ResponseSet& set : responses.sets) {
         if (set.kind != Kind::kBingo) continue;
         const double low_db = bandLevel_db(sourcePower(set.sources[3].ears), kRate_hz, 31.0, 125.0);
@@ -113,7 +113,7 @@ Row lowFrequencyLevels(const Responses& responses) {
 }
 
 Row lowFrequencyRipples(const Responses& responses) {
-    Row row{"ripple of the low-frequency source, 31-125 Hz", "dB", {}};
+    Row row{"low-frequency source ripple, 31-125 Hz", "dB", {}};
     for (const ResponseSet& set : responses.sets) {
         if (set.kind != Kind::kBingo) continue;
         const Signal power = sourcePower(set.sources[3].ears);

@@ -9,21 +9,21 @@
 namespace model {
 namespace {
 
-constexpr double kEpsilon = 0x1p-23;  // of single precision
+constexpr double kEpsilon = 0x1p-23;  // machine epsilon of float
 constexpr std::size_t kRingHolds = 81919;
 
 double square(double x) {
     return x * x;
 }
 
-// As many as there is room for.
+// Appends as many samples as the ring has room for and drops the rest.
 void queue(std::deque<std::int16_t>& ring, const Samples& samples) {
     for (const std::int16_t sample : samples) {
         if (ring.size() < kRingHolds) ring.push_back(sample);
     }
 }
 
-// The whole of it, or silence.
+// Takes `count` samples, or returns silence if there are fewer.
 Samples take(std::deque<std::int16_t>& ring, std::size_t count) {
     if (ring.size() < count) return Samples(count, 0);
     const auto end = ring.begin() + static_cast<std::ptrdiff_t>(count);
@@ -36,7 +36,7 @@ std::int16_t toPcm(float x) {
     return static_cast<std::int16_t>(std::clamp(std::trunc(x), -32768.0F, 32767.0F));
 }
 
-// How much the magnitudes of all bins changed.
+// Spectral flux: sum over all bins of the squared change in magnitude.
 double flux(const std::vector<double>& now, const std::vector<double>& before) {
     double sum = 0;
     for (std::size_t k = 0; k < now.size(); ++k) sum += square(now[k] - before[k]);
@@ -103,7 +103,7 @@ std::array<std::vector<double>, 2> DialogueGains::next(const StereoSpectra& fram
     }
     updatePresence(centre, side);
 
-    // A bin gets the more, the more its channel outweighs the difference from the other.
+    // A bin's gain grows with the power of its own channel relative to that of the channel difference.
     std::array<std::vector<double>, 2> gains;
     for (const std::size_t c : {0U, 1U}) {
         for (std::size_t k = 0; k < side.size(); ++k) {
@@ -116,7 +116,7 @@ std::array<std::vector<double>, 2> DialogueGains::next(const StereoSpectra& fram
 }
 
 void DialogueGains::updatePresence(const std::vector<double>& centre, const std::vector<double>& side) {
-    // Before the first frame there was silence.
+    // The first frame is compared with silence.
     centre_before_.resize(centre.size(), 0);
     side_before_.resize(side.size(), 0);
     const double centre_flux = flux(centre, centre_before_);
@@ -125,7 +125,7 @@ void DialogueGains::updatePresence(const std::vector<double>& centre, const std:
     presence_ = 0.9 * presence_ + 0.1 * std::clamp((share - 0.5) * voice_level_, 0.0, 1.0);
     centre_before_ = centre;
     side_before_ = side;
-    // The highest bin is always compared with silence.
+    // The engine keeps no history of the highest bin, so it is always compared with silence.
     centre_before_.back() = 0;
     side_before_.back() = 0;
 }

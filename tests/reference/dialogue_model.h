@@ -1,7 +1,8 @@
-// Dialogue enhancement once more, written to be obviously right and not fast; shares no code with the engine.
+// Model of dialogue enhancement, written to be obviously right rather than fast. It shares no code with the
+// engine.
 //
-// Everything is in double but for the window, which is stored as float, and the limiter, whose model has the
-// engine's single precision. A queue stands for each ring.
+// Everything is in double except the window, whose values are rounded to float, and the limiter, whose model
+// has the engine's single precision. A queue stands in for each ring buffer.
 #pragma once
 
 #include <array>
@@ -18,37 +19,38 @@ namespace model {
 using Samples = std::vector<std::int16_t>;
 using StereoSpectra = std::array<std::vector<std::complex<double>>, 2>;
 
-/** Points of the transform. */
+/** Length of the transform. */
 std::size_t dialoguePoints(int rate_hz);
 
-/** A stereo stream cut into overlapping windowed frames, and put together again. */
+/** Cuts a stereo stream into overlapping windowed frames and puts it together again. */
 class StereoFrames {
   public:
     explicit StereoFrames(std::size_t points);
 
-    /** @param block points / 4 new stereo frames. @return the spectra of the last `points`. */
+    /** @param block points / 4 new stereo frames, interleaved
+     *  @return the spectra of the last `points` frames */
     StereoSpectra analyse(const Samples& block);
 
-    /** @return the next points / 4 stereo frames, full scale 1, three hops late. */
+    /** @return the next points / 4 stereo frames, interleaved, full scale 1, with a latency of three hops */
     std::vector<double> synthesise(const StereoSpectra& spectra);
 
   private:
     std::size_t points_;
     std::vector<double> window_;
     std::array<std::vector<double>, 2> in_;   // the last `points_` samples
-    std::array<std::vector<double>, 2> out_;  // overlapping frames, added
+    std::array<std::vector<double>, 2> out_;  // sum of the overlapping frames
 };
 
-/** What every bin of both channels is multiplied by. */
+/** Computes a gain for each bin of each channel. */
 class DialogueGains {
   public:
     DialogueGains(double gain_floor, double gain_scale, double voice_level)
         : gain_floor_(gain_floor), gain_scale_(gain_scale), voice_level_(voice_level) {}
 
-    /** The gains of the next frame. */
+    /** @return the gains for the next frame */
     std::array<std::vector<double>, 2> next(const StereoSpectra& frame);
 
-    /** Of the last frame, 0 to 1. */
+    /** Centre presence of the last frame, 0 to 1. */
     double presence() const { return presence_; }
 
   private:
@@ -62,10 +64,10 @@ class DialogueGains {
     double presence_ = 0;
 };
 
-/** spectra with each bin times its gain. */
+/** Multiplies each bin by its gain. */
 StereoSpectra multiplied(const StereoSpectra& spectra, const std::array<std::vector<double>, 2>& gains);
 
-/** The spectral processing and the limiter, a hop at a time. */
+/** The spectral processing and the limiter, one hop at a time. */
 class DialogueBlocks {
   public:
     DialogueBlocks(int rate_hz, double gain_floor, double gain_scale, double voice_level)
@@ -79,7 +81,7 @@ class DialogueBlocks {
     Limiter limiter_;
 };
 
-/** The queues around it: one call of aem_ProcessDialoguEnhance after the other. */
+/** The whole effect with its queues: each `process` stands for one call of aem_ProcessDialoguEnhance. */
 class Dialogue {
   public:
     Dialogue(int rate_hz, double gain_floor, double gain_scale, double voice_level)

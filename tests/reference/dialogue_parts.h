@@ -1,6 +1,6 @@
-// What dialogue enhancement does to each of two sounds that were mixed for it. The gains are those of the
-// mix, and multiplying by them is linear, so each part can be followed by itself. Needs to look inside, so it
-// is the model that is followed, without its limiter.
+// Separates the effect of dialogue enhancement on two sounds that are mixed at its input. The gains come from
+// the mix and multiplication by them is linear, so each sound can be traced alone. The code uses the model,
+// because the engine does not expose its gains, and leaves out the limiter, which is not linear.
 #pragma once
 
 #include <vector>
@@ -10,13 +10,13 @@
 namespace model {
 
 struct DialogueParts {
-    std::vector<float> speech;      // interleaved stereo, full scale 1; the delay of three hops is taken out
+    std::vector<float> speech;      // interleaved stereo, full scale 1; the latency of three hops is removed
     std::vector<float> background;  // likewise
-    std::vector<double> presence;   // of each block
+    std::vector<double> presence;   // one per block
 };
 
-/** @param speech, background interleaved stereo; the sum is enhanced. Whole blocks come out.
- *  Gains as the filter asks for: floor 1, scale 1. */
+/** Enhances the sum of two signals of interleaved stereo, in whole blocks, with the filter's gain floor 1 and
+ *  gain scale 1. */
 DialogueParts enhancedParts(const Samples& speech, const Samples& background, int rate_hz,
                             double voice_level);
 

@@ -1,4 +1,4 @@
-// Convolution by its definition, in double.
+// Convolution by its definition, in double: y[n] = sum over k of in[n - k] * response[k].
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 namespace model {
 
-/** As many samples as `in` has: y[n] = sum of in[n - k] * response[k]. */
+/** @return the first in.size() samples of the convolution */
 inline std::vector<double> convolve(const std::vector<float>& in, const std::vector<float>& response) {
     std::vector<double> y(in.size() + response.size(), 0.0);
     for (std::size_t n = 0; n < in.size(); ++n) {

@@ -18,7 +18,7 @@ std::vector<Complex> unitRoots(std::size_t n) {
     return roots;
 }
 
-// Of every `stride`th number: the transforms of the even and the odd ones, put together.
+// Radix-2 transform of every `stride`th number, from the transforms of its even and its odd elements.
 void transform(const Complex* x, std::size_t n, std::size_t stride, const std::vector<Complex>& roots,
                Complex* out) {
     if (n == 1) {
@@ -50,7 +50,7 @@ std::vector<Complex> spectrumOf(const std::vector<double>& x) {
     return spectrum;
 }
 
-// The inverse is the transform of the conjugate, conjugated, over n.
+// The inverse is conj(transform(conj(X))) / n. The signal is real, so the outer conjugate can be left out.
 std::vector<double> signalOf(const std::vector<Complex>& spectrum) {
     const std::size_t half = spectrum.size() - 1;
     std::vector<Complex> whole(2 * half);

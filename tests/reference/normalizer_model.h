@@ -1,8 +1,9 @@
-// The whole normalizer once more, written to be obviously right and not fast; shares no code with the engine.
+// Model of the whole normalizer, written to be obviously right rather than fast. It shares no code with the
+// engine.
 //
-// A queue stands for each ring, the window of a limiter is searched from end to end for its maximum, and
-// numbers are written in decimal and rounded to float where the engine has bit patterns. What must be the
-// same to give the same bits is the order of the float operations.
+// A queue stands in for each ring buffer, a linear search finds the maximum in a limiter's window, and
+// decimal constants rounded to float replace the engine's bit patterns. The float operations keep the
+// engine's order, because the bits of the result depend on it.
 #pragma once
 
 #include <cstddef>
@@ -12,12 +13,13 @@
 
 namespace model {
 
-/** What a limiter compares with its ceiling. */
+/** The level that a limiter compares with its ceiling. */
 enum class Detection {
-    kLoudestOfTheCall,  // every sample counts as loud as the loudest of its call; no delay
-    kEachSample,        // each sample by itself; the output is delayed by 63 samples
+    kLoudestOfTheCall,  // the peak of the call, for every sample; no latency
+    kEachSample,        // the magnitude of each sample; the output is delayed by 63 samples
 };
 
+/** Limits peaks to 0.99 of full scale, with one gain for all samples of an interleaved stream. */
 class Limiter {
   public:
     explicit Limiter(Detection detection = Detection::kLoudestOfTheCall) : detection_(detection) {}
@@ -40,7 +42,7 @@ class Normalizer {
   public:
     explicit Normalizer(std::size_t channels) : channels_(channels) {}
 
-    /** One call of aem_ProcessNormalizer. */
+    /** Stands for one call of aem_ProcessNormalizer. */
     std::vector<std::int16_t> process(const std::vector<std::int16_t>& in);
 
     float gainDb() const { return gain_db_; }

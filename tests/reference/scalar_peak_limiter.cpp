@@ -10,7 +10,7 @@
 namespace model {
 namespace {
 
-// The factors' exact values are part of the sound: 0.8999, 0.0999, 0.9999 and 0.0001 rounded to float.
+// 0.8999, 0.0999, 0.9999 and 0.0001 rounded to float; every bit of them affects the output.
 constexpr float kSmoothingKeep = std::bit_cast<float>(std::uint32_t{0x3F665FD9});
 constexpr float kSmoothingStep = std::bit_cast<float>(std::uint32_t{0x3DCC985F});
 constexpr float kReleaseKeep = std::bit_cast<float>(std::uint32_t{0x3F7FF972});
@@ -21,7 +21,7 @@ constexpr float kReleaseStep = std::bit_cast<float>(std::uint32_t{0x38D1B717});
 bool limitPeaks(const sonivex::PeakLimiterFields& fields, const float* in, int count, float* out) {
     if (count < 1) return false;
 
-    // Before the first write: out may be in.
+    // Finds the peak before the first write, because `out` may be `in`.
     float block_peak = 0.0F;
     for (int i = 0; i < count; ++i) {
         const float magnitude = std::fabs(in[i]);
@@ -46,8 +46,7 @@ bool limitPeaks(const sonivex::PeakLimiterFields& fields, const float* in, int c
     for (int i = 0; i < count; ++i) {
         const float sample = in[i];
         const float magnitude = std::fabs(sample);
-        // A NaN has no level: in the tree it would stay for ever, being neither more nor less than its
-        // sibling.
+        // A NaN counts as level 0. In the tree it would stay forever, because comparisons with it are false.
         const float level = !detects_per_sample ? block_peak : magnitude >= 0.0F ? magnitude : 0.0F;
         if (level > threshold) {
             if (!is_limiting) std::fill_n(tree, sonivex::kLimiterTreeEntries, 0.0F);

@@ -14,14 +14,14 @@ constexpr std::size_t kRingHolds = 81919;
 constexpr std::size_t kLeft = 0;
 constexpr std::size_t kRight = 1;
 
-// As many as there is room for.
+// Appends as many samples as the ring has room for and drops the rest.
 void queue(std::deque<std::int16_t>& ring, const Samples& samples) {
     const std::size_t room = kRingHolds - ring.size();
     const auto taken = static_cast<std::ptrdiff_t>(std::min(room, samples.size()));
     ring.insert(ring.end(), samples.begin(), samples.begin() + taken);
 }
 
-// The whole of it, or silence.
+// Takes `count` samples, or returns silence if there are fewer.
 Samples take(std::deque<std::int16_t>& ring, std::size_t count) {
     if (ring.size() < count) return Samples(count, 0);
     const auto end = ring.begin() + static_cast<std::ptrdiff_t>(count);

@@ -1,8 +1,8 @@
-// Surround once more, written to be obviously right and not fast; shares no code with the engine but the data
-// of the responses and the model of the limiter.
+// Model of surround, written to be obviously right rather than fast. It shares only the response tables with
+// the engine; its limiter is the model of normalizer_model.h.
 //
-// Convolution is direct and in double: every input sample adds its scaled response to what is still to come.
-// A queue stands for each ring.
+// Convolution is direct and in double: every input sample adds its scaled response to the pending output.
+// A queue stands in for each ring buffer.
 #pragma once
 
 #include <cstddef>
@@ -16,13 +16,17 @@ namespace model {
 
 using Samples = std::vector<std::int16_t>;
 
-/** What a stream becomes at the two ears, before it is limited or clipped. */
+/** Renders a stream to the two ears, before limiter or clip. */
 class Rendering {
   public:
-    /** @param channels 2, 6 or 8. */
+    /** @param type     1 or 13
+     *  @param channels 2, 6 or 8
+     *  @param mode     room of type 13: 1, 2, and any other number for the third */
     Rendering(int type, int channels, int mode);
 
-    /** The next frames. @param in interleaved, full scale 1. @return interleaved stereo. */
+    /** Renders the next frames.
+     *  @param in interleaved, full scale 1
+     *  @return interleaved stereo, full scale 1 */
     std::vector<double> process(const std::vector<double>& in);
 
   private:
@@ -39,7 +43,7 @@ class Rendering {
 
       private:
         std::vector<Path> paths_;
-        std::vector<double> coming_[2];  // what earlier input still adds to each ear
+        std::vector<double> coming_[2];  // pending output of earlier input, per ear
     };
 
     std::size_t channels_;
@@ -48,7 +52,7 @@ class Rendering {
     bool has_audio_stage_;
 };
 
-/** From ears to 16 bits, block by block of 240 frames. */
+/** Limits or clips the ears' signal and truncates it to 16 bits, in blocks of 240 frames. */
 class OutputStage {
   public:
     explicit OutputStage(bool limits) : limits_(limits) {}
@@ -59,10 +63,10 @@ class OutputStage {
     Limiter limiter_;
 };
 
-/** -32768..-1 over 32768, 0..32767 over 32767. */
+/** Divides negative samples by 32768 and the others by 32767. */
 std::vector<double> toUnitScale(const Samples& samples);
 
-/** The blocks and queues around a rendering: one call of aem_ProcessSurround after the other. */
+/** The whole effect with its queues: each `process` stands for one call of aem_ProcessSurround. */
 class Surround {
   public:
     Surround(int type, int channels, int mode, bool limits)
@@ -78,9 +82,9 @@ class Surround {
     std::deque<std::int16_t> done_;
 };
 
-/** What calls of these sizes get to see of an output that is made in blocks of 240 frames.
- *  @param blocks     the whole output, stereo.
- *  @param call_sizes frames of each call; their sum is at most that of the blocks. */
+/** The output that calls of these sizes receive from an engine that renders blocks of 240 frames.
+ *  @param blocks     the engine's whole output, interleaved stereo
+ *  @param call_sizes frames of each call; their sum is at most the length of `blocks` */
 Samples servedInCalls(const Samples& blocks, const std::vector<int>& call_sizes);
 
 }  // namespace model

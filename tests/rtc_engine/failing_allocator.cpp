@@ -14,7 +14,7 @@ int requests = 0;
 int living = 0;
 std::size_t requested_bytes = 0;
 
-// New memory holds what others have left there, and not the zeros that come fresh from the system.
+// Fills new memory, which would otherwise often hold zeros fresh from the system.
 constexpr int kUsedBefore = 0xA5;
 
 void* allocate(std::size_t bytes, std::size_t alignment = alignof(std::max_align_t)) noexcept {

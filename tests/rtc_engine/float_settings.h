@@ -1,4 +1,4 @@
-// Settings of the floating-point unit that a host may have made for its threads.
+// Floating-point settings that a host may have made for its threads.
 #pragma once
 
 #include <cfenv>
@@ -10,14 +10,14 @@
 
 namespace test {
 
-/** Whether numbers too small to be normal become zero: results (flush to zero) and operands (denormals are
- * zero). */
+/** Treatment of denormals: kZero replaces them by zero, both as results (flush to zero) and as operands
+ *  (denormals are zero). */
 enum class SmallNumbers { kKept, kZero };
 
-/** Sets the calling thread's floating-point unit as long as it lives. */
+/** Changes the calling thread's floating-point settings for the lifetime of the object. */
 class FloatSettings {
   public:
-    /** @param rounding FE_TONEAREST, FE_TOWARDZERO, .. */
+    /** @param rounding FE_TONEAREST, FE_TOWARDZERO, FE_UPWARD or FE_DOWNWARD */
     FloatSettings(SmallNumbers small_numbers, int rounding) {
         std::fegetenv(&former_);
         if (small_numbers == SmallNumbers::kZero) makeSmallNumbersZero();

@@ -1,5 +1,5 @@
-// Hosts often let their audio threads take numbers that are too small to be normal for zero, which is quicker
-// on some processors, and may have set another rounding mode. The sound must not depend on either.
+// Hosts often make their audio threads treat denormals as zero, which is faster on some processors, and may
+// set another rounding mode. The sound must not depend on either.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -17,8 +17,7 @@ using test::FloatSettings;
 using test::Pcm;
 using test::SmallNumbers;
 
-// Small numbers come from these: full scale, one step above silence, and silence for long enough that
-// everything that decays has decayed.
+// Produces denormals: full scale, noise of one LSB, and silence that is long enough for every decay to end.
 Pcm fromLoudToSilent(int channels, int silent_frames) {
     Pcm all = test::bursts(5, channels * 24000);
     test::append(all, test::noise(6, channels * 12000, 1));
@@ -35,14 +34,15 @@ struct HostSettings {
     const char* name;
 };
 
-constexpr HostSettings kSmallNumbersAreZero = {SmallNumbers::kZero, FE_TONEAREST, "small numbers are zero"};
+constexpr HostSettings kSmallNumbersAreZero = {SmallNumbers::kZero, FE_TONEAREST, "denormals are zero"};
 constexpr HostSettings kEverySetting[] = {
     kSmallNumbersAreZero,
     {SmallNumbers::kKept, FE_TOWARDZERO, "rounding toward zero"},
     {SmallNumbers::kKept, FE_UPWARD, "rounding upward"},
-    {SmallNumbers::kZero, FE_DOWNWARD, "rounding downward, small are zero"}};
+    {SmallNumbers::kZero, FE_DOWNWARD, "rounding downward, denormals are zero"}};
 
-// The setting is there while an effect works, and while it is made, too, or is not.
+// Compares the output under a setting made before the effect is created, and one made after, with the usual
+// output.
 template <typename Make, typename Output>
 void expectSameBits(const HostSettings& host, Make make, Output output_of) {
     SCOPED_TRACE(host.name);
@@ -59,8 +59,8 @@ void expectSameBits(const HostSettings& host, Make make, Output output_of) {
     EXPECT_TRUE(output_of(effect.get()) == expected) << "set before creation";
 }
 
-// The tests below would pass if the setting did nothing at all.
-TEST(HostFloatSettings, AreInForceAsLongAsATestAsksForThem) {
+// Guards the tests below, which would also pass if the settings had no effect.
+TEST(HostFloatSettings, ApplyForTheLifetimeOfTheGuardObject) {
     volatile float smallest_normal = std::numeric_limits<float>::min();
     volatile float one = 1.0F;
     const auto half_of_smallest = [&] { return smallest_normal * 0.5F; };
@@ -78,7 +78,7 @@ TEST(HostFloatSettings, AreInForceAsLongAsATestAsksForThem) {
     EXPECT_EQ(one / -3.0F, -third);
 }
 
-TEST(HostFloatSettings, SurroundSoundsTheSameUnderEverySetting) {
+TEST(HostFloatSettings, DoNotChangeSurround) {
     for (const int type : {1, 13}) {
         for (const int channels : {1, 2, 6, 8}) {
             for (const int limiter : {0, 1}) {
@@ -99,7 +99,7 @@ TEST(HostFloatSettings, SurroundSoundsTheSameUnderEverySetting) {
     }
 }
 
-TEST(HostFloatSettings, TheNormalizerSoundsTheSameUnderEverySetting) {
+TEST(HostFloatSettings, DoNotChangeTheNormalizer) {
     for (const int channels : {1, 2, 6, 8}) {
         SCOPED_TRACE(std::to_string(channels) + " channels");
         const Pcm in = fromLoudToSilent(channels, 20 * 48000);
@@ -111,7 +111,7 @@ TEST(HostFloatSettings, TheNormalizerSoundsTheSameUnderEverySetting) {
     }
 }
 
-TEST(HostFloatSettings, DialogueEnhancementSoundsTheSameUnderEverySetting) {
+TEST(HostFloatSettings, DoNotChangeDialogueEnhancement) {
     const Pcm in = fromLoudToSilent(2, 20 * 48000);
     for (const int frames : {512, 1024}) {
         SCOPED_TRACE("calls of " + std::to_string(frames));
@@ -123,7 +123,7 @@ TEST(HostFloatSettings, DialogueEnhancementSoundsTheSameUnderEverySetting) {
     }
 }
 
-TEST(HostFloatSettings, TheLimiterGivesTheSameBitsWhereSmallNumbersAreZero) {
+TEST(HostFloatSettings, DoNotChangeTheLimiterWhenDenormalsAreZero) {
     for (const std::int32_t lookahead : {0, 1}) {
         SCOPED_TRACE(lookahead);
         std::vector<float> in;
@@ -147,7 +147,7 @@ TEST(HostFloatSettings, TheLimiterGivesTheSameBitsWhereSmallNumbersAreZero) {
     }
 }
 
-TEST(HostFloatSettings, AreTheHostsOwnAgainAfterEveryCall) {
+TEST(HostFloatSettings, AreRestoredAfterEveryCall) {
     const auto surround = test::makeSurround(2, 1, 0, 1);
     const auto normalizer = test::makeNormalizer(2);
     const auto dialogue = test::makeDialogue();

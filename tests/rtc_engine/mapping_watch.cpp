@@ -9,7 +9,7 @@
 
 namespace {
 
-static_assert(sizeof(off_t) == sizeof(long), "only then does the system call take bytes");
+static_assert(sizeof(off_t) == sizeof(long), "SYS_mmap takes the offset in bytes only where off_t is a long");
 
 bool is_watching_mappings = false;
 bool refuses = false;

@@ -1,12 +1,12 @@
-// Replaces mmap and munmap, to count what is mapped and to let mmap fail. The allocator reaches the kernel
-// without these functions.
+// Replaces mmap and munmap, to count mapped bytes and make mmap fail. The allocator is not affected: it does
+// not reach the kernel through these functions.
 #pragma once
 
 #include <cstddef>
 
 namespace test {
 
-/** Watches the mappings of its lifetime. One at a time, on one thread. */
+/** Counts the mappings during its lifetime. Only one object may exist at a time, on one thread. */
 class MappingWatch {
   public:
     enum class Kernel { kGives, kRefuses };
@@ -16,9 +16,9 @@ class MappingWatch {
     MappingWatch(const MappingWatch&) = delete;
     MappingWatch& operator=(const MappingWatch&) = delete;
 
-    /** Calls of mmap and munmap, refused ones too. */
+    /** Calls of mmap and munmap since the start, including refused ones. */
     int calls() const;
-    /** Mapped and not unmapped since the start, in whole pages. */
+    /** Bytes mapped since the start and not yet unmapped, in whole pages. */
     std::ptrdiff_t bytes() const;
 };
 

@@ -47,11 +47,11 @@ void store(AVSampleFormat packed, uint8_t* at, int16_t value) {
             *reinterpret_cast<double*>(at) = value / kFullScale;
             break;
         default:
-            ADD_FAILURE() << "sample format " << packed;
+            ADD_FAILURE() << "unknown sample format " << packed;
     }
 }
 
-// In 16-bit units; whole when the sample is a 16-bit value.
+// Returns the sample in 16-bit units: a whole number if the sample is a 16-bit value.
 double load(AVSampleFormat packed, const uint8_t* at) {
     switch (packed) {
         case AV_SAMPLE_FMT_U8:
@@ -67,7 +67,7 @@ double load(AVSampleFormat packed, const uint8_t* at) {
         case AV_SAMPLE_FMT_DBL:
             return *reinterpret_cast<const double*>(at) * kFullScale;
         default:
-            ADD_FAILURE() << "sample format " << packed;
+            ADD_FAILURE() << "unknown sample format " << packed;
             return 0;
     }
 }
@@ -103,7 +103,8 @@ std::vector<int16_t> samplesOf(const AVFrame* frame) {
         for (int c = 0; c < frame->ch_layout.nb_channels; ++c) {
             const double value = load(packed, addressOf(frame, i, c));
             if (value != std::nearbyint(value) || std::abs(value) > kFullScale) {
-                ADD_FAILURE() << "frame " << i << " channel " << c << " holds " << value;
+                ADD_FAILURE() << "frame " << i << ", channel " << c << ": " << value
+                              << " is not a 16-bit value";
                 return samples;
             }
             samples.push_back(static_cast<int16_t>(value));
@@ -126,7 +127,7 @@ std::vector<AVSampleFormat> allSampleFormats() {
 
 SampleSource noise(uint32_t seed, int amplitude) {
     return [seed, amplitude](int frame, int channel) {
-        // A hash of the position, so that any sample can be asked for in any order.
+        // A hash of the position lets callers read the samples in any order.
         uint32_t x = seed * 0x9E3779B9u + static_cast<uint32_t>(frame) * 0x85EBCA6Bu +
                      static_cast<uint32_t>(channel) * 0xC2B2AE35u;
         x = (x ^ (x >> 16)) * 0x7FEB352Du;

@@ -20,25 +20,27 @@ struct FrameSpec {
     int channels = 2;
     int rate_hz = 48000;
     int frames = 1024;
-    std::string layout{};  // as libavutil writes layouts; empty: the default one of the channel count
+    std::string layout{};  // libavutil's name, such as "5.1(side)"; empty: default of the channel count
 };
 
-/** The 16-bit sample of a frame and channel; other formats hold the same value in their own scale. */
+/** Returns the 16-bit sample at a frame and channel. Other formats hold the same value in their own scale. */
 using SampleSource = std::function<int16_t(int frame, int channel)>;
 
-/** A frame in memory of its own. Every format except u8 holds each 16-bit sample exactly; u8 its upper byte.
- */
+/** Makes a frame that owns its memory. Every format except u8 holds each 16-bit sample exactly; u8 keeps the
+ *  upper byte. */
 std::unique_ptr<Vorlin::AVQFFrame> makeFrame(const FrameSpec& spec, const SampleSource& source);
 
-/** The samples of a frame, interleaved, as 16-bit. Fails the test when a sample is no exact 16-bit value. */
+/** Returns the samples of a frame, interleaved, as 16-bit. Fails the test if a sample is not an exact 16-bit
+ *  value. */
 std::vector<int16_t> samplesOf(const AVFrame* frame);
 
+/** Returns the AVFrame inside a frame, which keeps it; null if the frame is not an AVQFFrame. */
 AVFrame* avFrameOf(const std::unique_ptr<Vorlin::IQFFrame>& frame);
 
-/** Every sample format that libavutil knows. */
+/** Returns every sample format that libavutil knows. */
 std::vector<AVSampleFormat> allSampleFormats();
 
-/** Reproducible noise over the whole 16-bit range, different for each seed. */
+/** Makes reproducible white noise, uniform over -amplitude..amplitude; each seed gives another sequence. */
 SampleSource noise(uint32_t seed, int amplitude = 32767);
 
 }  // namespace test

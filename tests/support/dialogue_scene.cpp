@@ -22,10 +22,10 @@ Pcm oneAfterTheOther(const std::vector<std::string>& recordings) {
     return all;
 }
 
-// A low pass of one pole at 1 kHz.
+// One-pole low-pass filter with its cut-off at 1 kHz for 48 kHz input.
 Pcm dulled(const Pcm& bright) {
     Pcm dull;
-    int level = 0;  // in 1/8
+    int level = 0;  // 1/8 of a sample step
     for (const std::int16_t sample : bright) {
         level += sample - level / 8;
         dull.push_back(static_cast<std::int16_t>(level / 8));

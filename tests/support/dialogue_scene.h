@@ -1,4 +1,4 @@
-// Somebody speaks in the middle of a stereo picture, and something else goes on at its sides.
+// Test scene for dialogue enhancement: speech in the centre of a stereo image, another sound at each side.
 #pragma once
 
 #include "support/signals.h"
@@ -6,19 +6,19 @@
 namespace test {
 
 enum class Sides {
-    kNoise,   // noise of each side's own, falling by 6 dB an octave from 1 kHz on
-    kVoices,  // other people's announcements, others on either side
+    kNoise,   // independent noise on each side, falling by 6 dB per octave above 1 kHz
+    kVoices,  // other announcements, different ones on each side
 };
 
-/** Interleaved stereo of 48 kHz, as long as each other: mix = speech + background. No peak passes 9000, so
- * that an effect may add 11 dB before anything limits it. */
+/** Three interleaved stereo signals of equal length at 48 kHz: mix = speech + background. The mix peaks at
+ *  9000, so an effect can add 11 dB before a limiter engages. */
 struct DialogueScene {
-    Pcm speech;  // four announcements, one after the other, the same in both channels
+    Pcm speech;  // four announcements in sequence, identical in both channels
     Pcm background;
     Pcm mix;
 };
 
-/** @param speech_db rms of the speech over that of the background, pauses and all, in dB, -20 to 40. */
+/** @param speech_db RMS level of the speech above the background, pauses included; dB, -20 to 40. */
 DialogueScene dialogueScene(Sides sides, double speech_db);
 
 }  // namespace test

@@ -9,7 +9,7 @@
 
 namespace test {
 
-/** The normalizer called by hand: what the filter should make of 16-bit blocks. */
+/** Calls the normalizer directly; the filter must produce the same samples from the same 16-bit blocks. */
 class DirectNormalizer {
   public:
     explicit DirectNormalizer(int channels, int rate_hz = 48000)

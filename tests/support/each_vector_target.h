@@ -1,8 +1,8 @@
-// Runs a check with every set of vector instructions that this machine has, the smallest too.
+// Runs a check once for each vector instruction set that this machine supports, including the baseline.
 #pragma once
 
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h selects the compiled targets, so it must precede every header of Highway.
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
@@ -10,14 +10,15 @@
 
 namespace test {
 
-/** Which kernels HWY_DYNAMIC_DISPATCH takes.
- *  @param targets bits of Highway, or 0: the best of the machine. */
+/** Selects the kernels that HWY_DYNAMIC_DISPATCH calls.
+ *  @param targets Highway's target bits; 0 selects the best target of the machine. */
 inline void dispatchTo(std::int64_t targets) {
     hwy::SetSupportedTargetsForTest(targets);
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());
 }
 
-/** Calls `check` for each; not from two threads at once. */
+/** Calls `check` once per target, then restores the best one. The selection is global: call from one thread
+ *  at a time. */
 template <typename Check>
 void forEachVectorTarget(Check check) {
     dispatchTo(0);

@@ -7,7 +7,7 @@
 
 namespace test {
 
-/** An output block with guards on both sides. */
+/** An output buffer between two guard zones, which reveal writes outside the buffer. */
 class GuardedBlock {
   public:
     explicit GuardedBlock(std::size_t samples) : memory_(samples + 2 * kGuard, kMark) {}

@@ -18,7 +18,8 @@
 
 namespace {
 
-static_assert(sizeof(off_t) == sizeof(long), "only then does the system call take bytes");
+static_assert(sizeof(off_t) == sizeof(long),
+              "the system call takes its offset in bytes only on 64-bit systems");
 
 std::uintptr_t addressOf(const void* memory) {
     return reinterpret_cast<std::uintptr_t>(memory);
@@ -30,19 +31,19 @@ std::uintptr_t roundedToPages(std::size_t bytes) {
     return (bytes + page_bytes - 1) / page_bytes * page_bytes;
 }
 
-// The anonymous mappings of the program, as ranges of addresses that do not overlap. The array has a fixed
-// size, because some programs replace the allocator to count its calls.
+// Records the program's anonymous mappings as address ranges that do not overlap. The array has a fixed size
+// because some test programs replace the allocator to count its calls.
 class Mappings {
   public:
-    // The lock is held over the system call, or another thread might get the same addresses before the count
-    // knows that they are free.
+    // The lock covers the system call. Otherwise another thread could get the same addresses before this
+    // record knows that they are free.
     void* map(void* address, std::size_t bytes, int protection, int flags, int file, off_t offset) {
         const std::lock_guard<std::mutex> lock(mutex_);
         const long result = syscall(SYS_mmap, address, bytes, protection, flags, file, offset);
         if (result == -1) return MAP_FAILED;
         const Range range{static_cast<std::uintptr_t>(result),
                           static_cast<std::uintptr_t>(result) + roundedToPages(bytes)};
-        remove(range);  // at a fixed address it takes the place of others
+        remove(range);  // MAP_FIXED replaces any mapping at these addresses
         if ((flags & MAP_ANONYMOUS) != 0) append(range);
         return std::bit_cast<void*>(result);
     }
@@ -70,14 +71,13 @@ class Mappings {
     void append(Range range) {
         if (range.begin >= range.end) return;
         if (count_ == std::size(ranges_)) {
-            std::fputs("heap_bytes: the program holds more mappings than can be counted\n", stderr);
+            std::fputs("heap_bytes: too many mappings to count; enlarge Mappings::ranges_\n", stderr);
             std::abort();
         }
         ranges_[count_++] = range;
     }
 
-    // The hole may cover parts of a mapping, the whole of it, several or none. What is left on either side
-    // of it stays.
+    // The hole may cover part of a mapping, a whole one, several or none. The parts outside the hole remain.
     void remove(Range hole) {
         std::size_t i = 0;
         while (i < count_) {
@@ -97,7 +97,7 @@ class Mappings {
     std::size_t count_ = 0;
 };
 
-// Ready before any code of the program runs.
+// Constant initialization makes the record ready before any code of the program runs.
 constinit Mappings program_mappings;
 
 }  // namespace

@@ -4,14 +4,14 @@
 
 namespace test {
 
-/** Bytes that this process holds: of the allocator, its overhead included, and in anonymous mappings.
+/** Returns the bytes that this process holds: allocated memory with the allocator's overhead, plus anonymous
+ *  mappings.
  *
- *  The allocator does not see what a program maps by itself. heap_bytes.cpp therefore takes the place of mmap
- *  and munmap for all code of the program but its shared libraries, and counts. The allocator reaches the
- *  kernel without these functions, so nothing counts twice.
+ *  The allocator does not see memory that the program maps itself. heap_bytes.cpp therefore replaces mmap and
+ *  munmap for all code of the program except its shared libraries, and counts the mapped bytes. The allocator
+ *  reaches the kernel without these two functions, so no byte is counted twice.
  *
- *  A sanitizer replaces the allocator and both functions for its own needs: the result means nothing under
- *  one. */
+ *  A sanitizer replaces the allocator and both functions, so the result is meaningless under one. */
 std::size_t heapBytes();
 
 }  // namespace test

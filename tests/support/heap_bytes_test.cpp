@@ -18,7 +18,7 @@ std::byte* mapped(std::size_t bytes, void* address = nullptr, int more_flags = 0
     return memory == MAP_FAILED ? nullptr : static_cast<std::byte*>(memory);
 }
 
-TEST(HeapBytes, CountWhatTheProgramMapsInWholePagesUntilItIsUnmapped) {
+TEST(HeapBytes, CountsAMappingInWholePagesUntilItIsUnmapped) {
     const std::size_t before = test::heapBytes();
     std::byte* const memory = mapped(99 * kPage_bytes + 1);
     ASSERT_NE(memory, nullptr);
@@ -28,7 +28,7 @@ TEST(HeapBytes, CountWhatTheProgramMapsInWholePagesUntilItIsUnmapped) {
     EXPECT_EQ(test::heapBytes(), before);
 }
 
-TEST(HeapBytes, CountWhatIsLeftOfAMappingThatIsUnmappedInParts) {
+TEST(HeapBytes, CountsTheRestOfAPartlyUnmappedMapping) {
     const std::size_t before = test::heapBytes();
     std::byte* const memory = mapped(100 * kPage_bytes);
     ASSERT_NE(memory, nullptr);
@@ -42,7 +42,7 @@ TEST(HeapBytes, CountWhatIsLeftOfAMappingThatIsUnmappedInParts) {
     EXPECT_EQ(test::heapBytes(), before);
 }
 
-TEST(HeapBytes, CountAMappingOnceThatTakesThePlaceOfAnother) {
+TEST(HeapBytes, CountsAMappingThatReplacesPartOfAnotherOnlyOnce) {
     const std::size_t before = test::heapBytes();
     std::byte* const memory = mapped(100 * kPage_bytes);
     ASSERT_NE(memory, nullptr);
@@ -52,7 +52,7 @@ TEST(HeapBytes, CountAMappingOnceThatTakesThePlaceOfAnother) {
     EXPECT_EQ(test::heapBytes(), before);
 }
 
-TEST(HeapBytes, LeaveOutAMappedFile) {
+TEST(HeapBytes, DoesNotCountAMappedFile) {
     std::FILE* const file = std::tmpfile();
     ASSERT_NE(file, nullptr);
     EXPECT_EQ(ftruncate(fileno(file), static_cast<off_t>(kPage_bytes)), 0);
@@ -65,7 +65,7 @@ TEST(HeapBytes, LeaveOutAMappedFile) {
     std::fclose(file);
 }
 
-TEST(HeapBytes, LeaveTheCountAloneWhenTheKernelRefuses) {
+TEST(HeapBytes, KeepsTheCountWhenTheKernelRefusesACall) {
     const std::size_t before = test::heapBytes();
     EXPECT_EQ(mapped(0), nullptr);
     std::byte* const memory = mapped(kPage_bytes);
@@ -76,8 +76,8 @@ TEST(HeapBytes, LeaveTheCountAloneWhenTheKernelRefuses) {
     EXPECT_EQ(test::heapBytes(), before);
 }
 
-// The allocator puts a small block into its arena and maps a large one.
-TEST(HeapBytes, CountWhatTheAllocatorGivesOnce) {
+// The allocator takes a small block from its arena and maps a large one.
+TEST(HeapBytes, CountsSmallAndLargeAllocationsOnce) {
     constexpr std::size_t kLarge_bytes = 64U << 20U;
     for (const std::size_t bytes : {std::size_t{10000}, kLarge_bytes}) {
         const std::size_t before = test::heapBytes();

@@ -4,9 +4,9 @@
 
 namespace test {
 
-/** By how many frames `out` is late: where its correlation with `in` is greatest, within +-limit; the left
- * channels of interleaved stereo. Compiled with the libraries, since test programs are not optimised and this
- * takes its time. */
+/** Returns the delay of `out` against `in` in frames: the lag within +-limit with the greatest
+ *  cross-correlation of the left channels. Both signals are interleaved stereo. An optimised library compiles
+ *  this search, which would be too slow in test programs: those are built without optimisation. */
 int lateness(const std::vector<float>& in, const std::vector<float>& out, int limit);
 
 }  // namespace test

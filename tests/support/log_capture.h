@@ -1,4 +1,4 @@
-// Collects what the effects log, in place of the default writer, as long as it lives. One at a time.
+// Collects the effects' log lines in place of the default writer while it lives. Only one may live at a time.
 #pragma once
 
 #include <string>
@@ -26,7 +26,7 @@ class LogCapture {
         static std::vector<std::string> lines;
         return lines;
     }
-    /** What the writer was told of each line's length. */
+    /** Lengths in bytes, as passed to the writer with each line. */
     static std::vector<int>& lengths() {
         static std::vector<int> lengths;
         return lengths;

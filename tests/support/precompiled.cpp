@@ -1,4 +1,4 @@
-// The target that compiles the headers of all tests needs a source of its own.
+// Gives the target that precompiles the test headers a source file, which CMake requires.
 int main() {
     return 0;
 }

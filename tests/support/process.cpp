@@ -36,7 +36,7 @@ std::string contentsOf(int file) {
     return contents;
 }
 
-/** In the child, where only calls that are safe after fork are made. */
+// Runs in the child, so it makes only calls that are safe after fork.
 [[noreturn]] void becomeProgram(char* const* arguments, const ProcessOptions& options, int out, int err) {
     const int nothing = open("/dev/null", O_RDONLY);
     dup2(nothing, STDIN_FILENO);

@@ -11,32 +11,32 @@
 namespace test {
 
 struct ProcessResult {
-    int exit_code = -1;  // -1 when a signal ended the process
-    int signal = 0;      // the signal that ended it, or 0
-    std::string out;     // all of its standard output
-    std::string err;     // all of its standard error
+    int exit_code = -1;  // -1 if a signal ended the process
+    int signal = 0;      // signal that ended the process, or 0
+    std::string out;     // its whole standard output
+    std::string err;     // its whole standard error
 };
 
 struct ProcessOptions {
-    std::optional<uint64_t> file_size_limit_bytes;  // as `ulimit -f` sets it
-    std::string working_folder;                     // empty: ours
+    std::optional<uint64_t> file_size_limit_bytes;  // RLIMIT_FSIZE of the program
+    std::string working_folder;                     // empty: the folder of the test
 };
 
-/** A running program, without standard input. Killed if it is never waited for. */
+/** A running program with an empty standard input. The destructor kills it if it still runs. */
 class Process {
   public:
-    /** @param command the program's path (or its name, to be found in PATH) and its arguments. */
+    /** @param command path of the program, or a name to search for in PATH, followed by its arguments. */
     explicit Process(const std::vector<std::string>& command, const ProcessOptions& options = {});
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
     bool isRunning();
-    /** Whether it has a handler for a signal, as the kernel says. */
+    /** Returns true if the program has installed a handler for `signal`, according to the kernel. */
     bool handles(int signal) const;
     void send(int signal) const;
 
-    /** Wait for its end; after `limit` it is killed, which the result shows. */
+    /** Waits for the end of the program. Kills it after `limit`; the result then holds SIGKILL. */
     ProcessResult wait(std::chrono::seconds limit = std::chrono::seconds(60));
 
   private:
@@ -45,11 +45,11 @@ class Process {
     pid_t pid_ = -1;
     bool has_ended_ = false;
     int status_ = 0;
-    int out_ = -1;  // files that have no name any more
+    int out_ = -1;  // descriptors of unlinked temporary files
     int err_ = -1;
 };
 
-/** Run a program to its end. */
+/** Runs a program to its end. */
 ProcessResult runProcess(const std::vector<std::string>& command, const ProcessOptions& options = {});
 
 }  // namespace test

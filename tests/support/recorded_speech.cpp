@@ -24,7 +24,7 @@ bool hasTag(const std::vector<char>& bytes, std::size_t offset, const char* tag)
 
 Pcm samplesOfMonoWav(const std::vector<char>& bytes, const std::string& path) {
     if (!hasTag(bytes, 0, "RIFF") || !hasTag(bytes, 8, "WAVE"))
-        throw std::runtime_error(path + " is no WAV file");
+        throw std::runtime_error("\"" + path + "\" is not a WAV file");
     std::size_t chunk = 12;
     while (chunk + 8 <= bytes.size()) {
         const auto length = littleEndianAt<std::uint32_t>(bytes, chunk + 4);
@@ -33,7 +33,7 @@ Pcm samplesOfMonoWav(const std::vector<char>& bytes, const std::string& path) {
             const bool is_16_bit_mono = littleEndianAt<std::uint16_t>(bytes, body) == 1 &&
                                         littleEndianAt<std::uint16_t>(bytes, body + 2) == 1 &&
                                         littleEndianAt<std::uint16_t>(bytes, body + 14) == 16;
-            if (!is_16_bit_mono) throw std::runtime_error(path + " is not 16-bit mono PCM");
+            if (!is_16_bit_mono) throw std::runtime_error("\"" + path + "\" is not 16-bit mono PCM");
         }
         if (hasTag(bytes, chunk, "data")) {
             Pcm pcm(length / 2);
@@ -44,7 +44,7 @@ Pcm samplesOfMonoWav(const std::vector<char>& bytes, const std::string& path) {
         }
         chunk = body + length + length % 2;
     }
-    throw std::runtime_error(path + " holds no samples");
+    throw std::runtime_error("\"" + path + "\" has no data chunk");
 }
 
 }  // namespace
@@ -54,8 +54,8 @@ Pcm recordedSpeech(const std::string& name) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
         throw std::runtime_error(
-            "no recording " + path +
-            ": install the package alsa-utils, or configure with -DSONIVEX_SPEECH_FOLDER=...");
+            "cannot open recording \"" + path +
+            "\": install the package alsa-utils or configure with -DSONIVEX_SPEECH_FOLDER=<folder>");
     }
     const std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     return samplesOfMonoWav(bytes, path);

@@ -1,4 +1,4 @@
-// Real recordings: one spoken announcement per loudspeaker, 48 kHz mono, from the package alsa-utils.
+// Recorded speech from the package alsa-utils: one spoken announcement per loudspeaker, 48 kHz mono.
 #pragma once
 
 #include <string>
@@ -7,11 +7,12 @@
 
 namespace test {
 
-/** Samples of a recording, for example "Front_Center". Throws std::runtime_error, with the way to get it,
- * when it is not there or no 16-bit mono WAV. */
+/** Returns the samples of a recording, for example "Front_Center".
+ *  @throws std::runtime_error if the file is missing, with instructions to install it, or if it is not a
+ *  16-bit mono WAV file. */
 Pcm recordedSpeech(const std::string& name);
 
-/** Every channel says something else, up to 8 channels. */
+/** Returns interleaved speech with a different announcement in each of up to 8 channels. */
 Pcm recordedSpeech(int channels);
 
 }  // namespace test

@@ -5,7 +5,7 @@
 
 namespace test {
 
-/** A folder of its own for one test, removed with all that is in it. */
+/** A fresh temporary folder for one test. The destructor removes it with its contents. */
 class TemporaryFolder {
   public:
     TemporaryFolder();
@@ -14,9 +14,9 @@ class TemporaryFolder {
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     const std::string& path() const { return path_; }
-    /** The path of a file in it. */
+    /** Returns the path of a file in the folder. */
     std::string file(const std::string& name) const { return path_ + "/" + name; }
-    /** The names of everything in it, hidden files too, in order. */
+    /** Returns the names of all entries, hidden ones included, in sorted order. */
     std::vector<std::string> names() const;
 
   private:

@@ -7,17 +7,17 @@
 
 namespace test {
 
-/** Format, rate and layout of interleaved float samples. */
+/** Returns the spec of interleaved float samples in the default layout of their channel count. */
 sonivex_tool::AudioSpec floatSpec(int channels, int rate_hz = 48000);
 
-/** A frame of float samples: `value(frame, channel)`. */
+/** Makes a frame of interleaved float samples, each being `value(frame, channel)`. */
 sonivex_tool::FramePtr floatFrame(int channels, int frames, const std::function<float(int, int)>& value,
                                   int rate_hz = 48000);
 
-/** A mono frame that counts from `first`, with `first` as its pts. */
+/** Makes a mono frame whose samples count up from `first`, with `first` as its pts. */
 sonivex_tool::FramePtr countingFrame(int first, int frames);
 
-/** The interleaved samples of a frame of floats. */
+/** Returns the samples of a frame of interleaved floats. */
 std::vector<float> floatsOf(const AVFrame& frame);
 
 }  // namespace test

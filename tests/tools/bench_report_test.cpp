@@ -18,7 +18,7 @@ BenchReport example() {
                      {{"normalizer", "", 1, 512}, {.rounds = 8, .cpu_ms_per_s = 0.5}}}};
 }
 
-TEST(BenchReport, TextIsATableOfTimesRealTimeAndShareOfACore) {
+TEST(BenchReport, TextListsTheSpeedAndTheCoreShareOfEachEffect) {
     EXPECT_EQ(benchText(example()),
               "A Processor; vectors: AVX2, 4 doubles\n"
               "effect      type        channels  times real time  of one core\n"
@@ -26,7 +26,7 @@ TEST(BenchReport, TextIsATableOfTimesRealTimeAndShareOfACore) {
               "normalizer  -                  1             2000      0.050 %\n");
 }
 
-TEST(BenchReport, JsonHoldsTheSameFigures) {
+TEST(BenchReport, JsonContainsTheSameFigures) {
     const std::string text = benchJson(example());
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
     const auto json = nlohmann::json::parse(text);
@@ -46,7 +46,7 @@ TEST(BenchReport, JsonHoldsTheSameFigures) {
     EXPECT_TRUE(json["rows"][1]["type"].is_null());
 }
 
-TEST(BenchReport, SaysThatItDoesNotKnow) {
+TEST(BenchReport, ReportsAnUnnamedProcessorAsUnknown) {
     BenchReport report = example();
     report.processor.clear();
     report.vectors.clear();
@@ -56,7 +56,7 @@ TEST(BenchReport, SaysThatItDoesNotKnow) {
     EXPECT_TRUE(json["vectors"].is_null());
 }
 
-TEST(BenchReport, JsonStaysValidForAProcessorWhoseNameIsNoUtf8) {
+TEST(BenchReport, JsonIsValidIfTheProcessorsNameIsNotUtf8) {
     BenchReport report = example();
     report.processor = "\xe9";
     EXPECT_TRUE(nlohmann::json::accept(benchJson(report)));

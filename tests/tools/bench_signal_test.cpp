@@ -32,7 +32,7 @@ double likeness(const std::vector<double>& a, const std::vector<double>& b) {
     return product(a, b) / std::sqrt(product(a, a) * product(b, b));
 }
 
-TEST(Babble, SoundsInEveryChannelAtItsLevel) {
+TEST(BenchSignal, HasTheStatedLevelInEveryChannel) {
     const auto babble = makeBabble(8, kRateHz, kRateHz);
     ASSERT_EQ(babble.size(), 8U * kRateHz);
     for (int channel = 0; channel < 8; ++channel) {
@@ -42,14 +42,14 @@ TEST(Babble, SoundsInEveryChannelAtItsLevel) {
     }
 }
 
-TEST(Babble, OfTwoChannelsIsNotTheSame) {
+TEST(BenchSignal, DiffersBetweenChannels) {
     const auto babble = makeBabble(2, kRateHz, kRateHz);
     EXPECT_LT(std::abs(likeness(channelOf(babble, 2, 0), channelOf(babble, 2, 1))), 0.1);
 }
 
-TEST(Babble, IsDarkLikeSpeechAndPausesBetweenSyllables) {
+TEST(BenchSignal, HasTheDarkSpectrumAndThePausesOfSpeech) {
     const auto samples = channelOf(makeBabble(1, kRateHz, kRateHz), 1, 0);
-    EXPECT_GT(product(samples, samples, 1) / product(samples, samples), 0.9);  // white noise: 0
+    EXPECT_GT(product(samples, samples, 1) / product(samples, samples), 0.9);  // 0 for white noise
     double loudest = 0.0;
     double quietest = std::numeric_limits<double>::infinity();
     constexpr size_t kPart = kRateHz / 40;
@@ -62,11 +62,11 @@ TEST(Babble, IsDarkLikeSpeechAndPausesBetweenSyllables) {
     EXPECT_GT(10.0 * std::log10(loudest / quietest), 15.0);
 }
 
-TEST(Babble, IsTheSameEveryTime) {
+TEST(BenchSignal, IsIdenticalInEveryRun) {
     EXPECT_EQ(makeBabble(2, 1000, kRateHz), makeBabble(2, 1000, kRateHz));
 }
 
-TEST(BenchCases, CoverEveryEffectOrOnlyTheOneNamed) {
+TEST(BenchCases, CoverEveryEffectOrOnlyTheNamedOne) {
     EXPECT_EQ(sonivex_tool::benchCases("").size(), 11U);
     EXPECT_EQ(sonivex_tool::benchCases("surround").size(), 6U);
     EXPECT_EQ(sonivex_tool::benchCases("normalizer").size(), 4U);

@@ -42,14 +42,14 @@ Samples shifted(const Samples& samples, int delay) {
     return out;
 }
 
-/** Through a one-pole low-pass; with 0.1, it takes the treble away by 20 dB and more. */
+// Applies a one-pole low-pass. With a coefficient of 0.1 it attenuates the treble by 20 dB and more.
 Samples muffled(Samples samples, float coefficient = 0.1F) {
     float level = 0.0F;
     for (float& sample : samples) sample = level += coefficient * (sample - level);
     return samples;
 }
 
-TEST(DelayFinder, FindsDelaysOfSpeechInBothDirections) {
+TEST(DelayFinder, FindsTheDelayOfSpeechInBothDirections) {
     const Samples before = speech("Front_Center");
     for (const int delay : {0, 1, 511, 1536, 4999, -1, -700}) {
         const Samples after = shifted(before, delay);
@@ -57,7 +57,7 @@ TEST(DelayFinder, FindsDelaysOfSpeechInBothDirections) {
     }
 }
 
-TEST(DelayFinder, IsNotMisledByAFilterAGainOrAnInvertedSign) {
+TEST(DelayFinder, FindsTheDelayDespiteAFilterAGainAndAnInvertedSign) {
     const Samples before = speech("Front_Center");
     Samples after = muffled(shifted(before, 1000));
     for (float& sample : after) sample *= -3.0F;
@@ -66,7 +66,7 @@ TEST(DelayFinder, IsNotMisledByAFilterAGainOrAnInvertedSign) {
     EXPECT_NEAR(static_cast<double>(*delay), 1000.0, 2.0);
 }
 
-TEST(DelayFinder, FindsADelayUnderAsMuchNoise) {
+TEST(DelayFinder, FindsTheDelayUnderNoiseAsLoudAsTheSignal) {
     const Samples before = noise(1);
     Samples after = shifted(before, 300);
     const Samples other = noise(2);
@@ -74,7 +74,7 @@ TEST(DelayFinder, FindsADelayUnderAsMuchNoise) {
     EXPECT_EQ(findDelay({{before, after}}, kLongest), 300);
 }
 
-TEST(DelayFinder, ChannelsThatAgreeFindWhatTheyShare) {
+TEST(DelayFinder, CombinesChannelsAndIgnoresSilentOnes) {
     const Samples left = noise(1);
     const Samples right = noise(2);
     const Samples silence(left.size(), 0.0F);
@@ -84,22 +84,22 @@ TEST(DelayFinder, ChannelsThatAgreeFindWhatTheyShare) {
     EXPECT_EQ(findDelay({{silence, silence}, {right, late_right}}, kLongest), 64);
 }
 
-/** `common`, so many decibels below `other`. */
+// Mixes `common`, attenuated by `below_db`, into `other`.
 Samples buried(const Samples& common, double below_db, Samples other) {
     const auto gain = static_cast<float>(std::pow(10.0, -below_db / 20.0));
     for (size_t n = 0; n < other.size(); ++n) other[n] += gain * common[n];
     return other;
 }
 
-/** As 16-bit files hold it. */
+// Rounds the samples to 16 bits.
 Samples rounded(Samples samples) {
     for (float& sample : samples) sample = std::nearbyint(sample * 32768.0F) / 32768.0F;
     return samples;
 }
 
-// Three low-passes at 76 Hz leave nothing above 1 kHz, so that faint noise, here the same in both without a
-// delay, has most of the spectrum to itself.
-TEST(DelayFinder, IsNotMisledByTheFaintNoiseUnderMuffledSounds) {
+// Three low-passes at 76 Hz leave nothing above 1 kHz. Faint noise, which is the same in both recordings and
+// not delayed, therefore dominates most of the spectrum.
+TEST(DelayFinder, IgnoresFaintCommonNoiseUnderLowPassedSounds) {
     Samples dull = noise(3);
     for (int pass = 0; pass < 3; ++pass) dull = muffled(dull, 0.01F);
     const auto [lowest, highest] = std::minmax_element(dull.begin(), dull.end());
@@ -112,16 +112,17 @@ TEST(DelayFinder, IsNotMisledByTheFaintNoiseUnderMuffledSounds) {
     EXPECT_EQ(findDelay({{buried(other, kFaint_db, dull), buried(other, kFaint_db, late)}}, kLongest), 700);
 }
 
-// White noise of N samples stands out of the mean by sqrt(N) times its share of the amplitude, and by pi / 4
-// as much where it is but a small part of the sound: 14 times at -23 dB, 8 times at -28 dB.
-TEST(DelayFinder, WantsAPeakThatStandsOutByFar) {
+// Common white noise of N samples makes a peak of sqrt(N) times its share of the amplitude, relative to the
+// RMS of the correlation. If that share is small, another factor of pi / 4 applies: 14 times at -23 dB, 8
+// times at -28 dB.
+TEST(DelayFinder, RejectsAPeakBelowTenTimesTheRmsOfTheCorrelation) {
     const Samples before = noise(1);
     EXPECT_EQ(findDelay({{before, buried(shifted(before, 300), 23.0, noise(2))}}, kLongest), 300);
     EXPECT_EQ(findDelay({{before, buried(shifted(before, 300), 28.0, noise(2))}}, kLongest), std::nullopt);
 }
 
-// A tone fits at every half period; that both recordings are cut at the same instants says nothing.
-TEST(DelayFinder, SeesNoDelayInSteadyTones) {
+// A tone matches at every half period, and the instants at which both recordings are cut must not count.
+TEST(DelayFinder, FindsNoDelayInSteadyTones) {
     for (const double frequency_hz : {50.0, 100.0, 440.0, 997.3, 3000.0}) {
         Samples before(60000);
         Samples after(before.size());
@@ -134,7 +135,7 @@ TEST(DelayFinder, SeesNoDelayInSteadyTones) {
     }
 }
 
-TEST(DelayFinder, SeesNoDelayWhereNothingMatches) {
+TEST(DelayFinder, FindsNoDelayBetweenUnrelatedSoundsOrInSilence) {
     const Samples silence(60000, 0.0F);
     const Samples voice = speech("Front_Center");
     const Samples other_voice = speech("Rear_Right");

@@ -6,7 +6,7 @@ namespace {
 
 using sonivex_tool::parseDumpName;
 
-TEST(DumpName, IsReadFromThePathOfADumpFileAndMadeAgain) {
+TEST(DumpName, ParsesThePathOfADumpFileAndRebuildsIt) {
     const auto name = parseDumpName("some/folder/sonivex_surround_input_12345678.pcm");
     ASSERT_TRUE(name.has_value());
     EXPECT_EQ(name->folder, "some/folder/");
@@ -17,7 +17,7 @@ TEST(DumpName, IsReadFromThePathOfADumpFileAndMadeAgain) {
     EXPECT_EQ(name->partner().path(), "some/folder/sonivex_surround_output_12345678.pcm");
 }
 
-TEST(DumpName, IsNothingElse) {
+TEST(DumpName, RejectsEveryOtherName) {
     for (const char* path :
          {"", "x.pcm", "sonivex_surround_input_1234567.pcm", "sonivex_surround_input_123456789.pcm",
           "sonivex_reverb_input_12345678.pcm", "sonivex_surround_middle_12345678.pcm",

@@ -7,7 +7,7 @@ namespace {
 using sonivex_tool::parseSegment;
 using sonivex_tool::Segment;
 
-TEST(EarSegments, AreANameAndTwoTimes) {
+TEST(EarSegments, ConsistOfANameAndTwoTimes) {
     Segment segment;
     ASSERT_TRUE(parseSegment("side left=10-12.5", segment));
     EXPECT_EQ(segment.name, "side left");
@@ -17,7 +17,7 @@ TEST(EarSegments, AreANameAndTwoTimes) {
     EXPECT_EQ(segment.name, "a=b");
 }
 
-TEST(EarSegments, MustMakeSense) {
+TEST(EarSegments, RejectMalformedNamesAndTimes) {
     Segment segment;
     for (const char* text : {"", "x", "=0-1", "x=", "x=1", "x=1-", "x=-1", "x=-1-2", "x=2-1", "x=1-1",
                              "x=a-2", "x=1-2s", "x=0-inf", "x=nan-1", "x=0-1e999", "x= 0-1"}) {
@@ -25,7 +25,7 @@ TEST(EarSegments, MustMakeSense) {
     }
 }
 
-TEST(EarTable, NamesTheEarThatLeadsAndTheLouderOne) {
+TEST(EarTable, NamesTheLeadingAndTheLouderEar) {
     const std::string text = sonivex_tool::asText({
         {{"front left", 0.0, 2.0}, {false, 265.4, 3.26, 0.9}},
         {{"side right", 2.0, 4.0}, {false, -640.0, -0.4, 0.8}},

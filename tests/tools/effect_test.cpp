@@ -9,11 +9,11 @@ namespace {
 using namespace sonivex_tool;
 using nlohmann::json;
 
-TEST(Effect, TheNormalizerIsTheDefault) {
+TEST(EffectCatalogue, ListsTheNormalizerFirstAsTheDefault) {
     EXPECT_EQ(allEffects().front().name, "normalizer");
 }
 
-TEST(Effect, OptionsNameTheEffectAndOnlyWhatWasSet) {
+TEST(EffectCatalogue, OptionsEnableTheEffectAndContainOnlyWhatTheUserSet) {
     EXPECT_EQ(json::parse(optionsJson(*findEffect("normalizer"), {})), json({{"enable_normalizer", true}}));
     FilterOptions options;
     options.surround_type = "MegaBass";
@@ -29,15 +29,15 @@ TEST(Effect, OptionsNameTheEffectAndOnlyWhatWasSet) {
     EXPECT_TRUE(json::parse(optionsJson(*findEffect("dialogue"), {})).contains("enable_dialoguenhance"));
 }
 
-TEST(Effect, DumpsOnlyWhenAsked) {
+TEST(EffectCatalogue, OptionsEnableDumpsOnRequest) {
     FilterOptions options;
     options.dump = true;
     EXPECT_EQ(json::parse(optionsJson(*findEffect("normalizer"), options)),
               json({{"enable_normalizer", true}, {"enable_dump", true}}));
 }
 
-// Dialogue enhancement hands a block of 512 out three blocks later; the others as soon as they can.
-TEST(Effect, IsLateByItsQueuesAndItsOwnDelay) {
+// Dialogue enhancement outputs a block of 512 frames three blocks later. The other effects output it at once.
+TEST(EffectCatalogue, DelayIsThatOfTheQueuesPlusTheEffectsOwn) {
     EXPECT_EQ(effectDelayFrames(*findEffect("normalizer"), 512), 0);
     EXPECT_EQ(effectDelayFrames(*findEffect("normalizer"), 256), 256);
     EXPECT_EQ(effectDelayFrames(*findEffect("surround"), 480), 0);
@@ -46,12 +46,12 @@ TEST(Effect, IsLateByItsQueuesAndItsOwnDelay) {
     EXPECT_EQ(effectDelayFrames(*findEffect("dialogue"), 300), std::nullopt);
 }
 
-TEST(Effect, SaysWhatItDoesNotTake) {
+TEST(EffectCatalogue, ExplainsWhichAudioAnEffectDoesNotSupport) {
     const Effect& normalizer = *findEffect("normalizer");
     EXPECT_EQ(whyUnsupported(normalizer, 8, 16000), "");
-    EXPECT_EQ(whyUnsupported(normalizer, 3, 48000), "the normalizer takes 1, 2, 6 or 8 channels, not 3");
+    EXPECT_EQ(whyUnsupported(normalizer, 3, 48000), "the normalizer supports 1, 2, 6 or 8 channels, not 3");
     EXPECT_EQ(whyUnsupported(normalizer, 2, 22050),
-              "the normalizer takes 16000, 44100 or 48000 Hz, not 22050");
+              "the normalizer supports 16000, 44100 or 48000 Hz, not 22050");
     EXPECT_NE(whyUnsupported(*findEffect("surround"), 2, 16000), "");
     EXPECT_NE(whyUnsupported(*findEffect("dialogue"), 1, 48000), "");
     EXPECT_EQ(findEffect("reverb"), nullptr);

@@ -15,7 +15,7 @@ AudioSpec specWith(AVSampleFormat format, int channels = 2, int rate_hz = 48000)
     return spec;
 }
 
-TEST(EncoderPlan, NearestSampleFormatLosesNothingThenWastesLittle) {
+TEST(EncoderPlan, ChoosesTheSmallestSampleFormatThatLosesNothing) {
     const std::vector<AVSampleFormat> integers = {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_S32};
     EXPECT_EQ(nearestSampleFormat(AV_SAMPLE_FMT_U8P, integers), AV_SAMPLE_FMT_S16);
     EXPECT_EQ(nearestSampleFormat(AV_SAMPLE_FMT_S16P, integers), AV_SAMPLE_FMT_S16);
@@ -29,14 +29,14 @@ TEST(EncoderPlan, NearestSampleFormatLosesNothingThenWastesLittle) {
     EXPECT_EQ(nearestSampleFormat(AV_SAMPLE_FMT_S16, {}), AV_SAMPLE_FMT_S16);
 }
 
-TEST(EncoderPlan, NearestRateIsTheNextOneUp) {
+TEST(EncoderPlan, ChoosesTheNextHigherRateOrElseTheHighest) {
     EXPECT_EQ(nearestRateHz(44100, {48000, 24000, 16000}), 48000);
     EXPECT_EQ(nearestRateHz(16000, {48000, 24000, 16000}), 16000);
     EXPECT_EQ(nearestRateHz(96000, {8000, 48000, 44100}), 48000);
     EXPECT_EQ(nearestRateHz(12345, {}), 12345);
 }
 
-TEST(EncoderPlan, WavHoldsSamplesLikeTheInputs) {
+TEST(EncoderPlan, WavKeepsTheSampleFormatOfTheInput) {
     const std::vector<std::pair<AVSampleFormat, AVCodecID>> pairs = {
         {AV_SAMPLE_FMT_U8, AV_CODEC_ID_PCM_U8},     {AV_SAMPLE_FMT_U8P, AV_CODEC_ID_PCM_U8},
         {AV_SAMPLE_FMT_S16, AV_CODEC_ID_PCM_S16LE}, {AV_SAMPLE_FMT_S16P, AV_CODEC_ID_PCM_S16LE},
@@ -47,25 +47,25 @@ TEST(EncoderPlan, WavHoldsSamplesLikeTheInputs) {
     EXPECT_EQ(planEncoder("a.wav", specWith(AV_SAMPLE_FMT_S32), 24).codec->id, AV_CODEC_ID_PCM_S24LE);
 }
 
-TEST(EncoderPlan, ANameWithoutExtensionIsWav) {
+TEST(EncoderPlan, WritesWavIfTheNameHasNoExtension) {
     EXPECT_STREQ(planEncoder("folder.d/name", specWith(AV_SAMPLE_FMT_S16), 0).muxer->name, "wav");
 }
 
-TEST(EncoderPlan, SaysWhenTheRateMustChange) {
+TEST(EncoderPlan, NotesThatTheRateMustChange) {
     const EncoderPlan plan = planEncoder("a.opus", specWith(AV_SAMPLE_FMT_FLTP, 2, 44100), 0);
     EXPECT_EQ(plan.spec.rate_hz, 48000);
     EXPECT_EQ(plan.notes.size(), 1U);
     EXPECT_TRUE(planEncoder("a.opus", specWith(AV_SAMPLE_FMT_FLTP), 0).notes.empty());
 }
 
-TEST(EncoderPlan, ACodecOfOneRateGetsThatRateThoughItsEncoderTakesAny) {
+TEST(EncoderPlan, UsesTheOnlyRateOfACodecEvenIfTheEncoderAcceptsAny) {
     const EncoderPlan plan = planEncoder("a.g722", specWith(AV_SAMPLE_FMT_S16, 1, 44100), 0);
     EXPECT_EQ(plan.spec.rate_hz, 16000);
     EXPECT_EQ(plan.notes.size(), 1U);
     EXPECT_TRUE(planEncoder("a.g722", specWith(AV_SAMPLE_FMT_S16, 1, 16000), 0).notes.empty());
 }
 
-TEST(EncoderPlan, RefusesFilesThatSayNeitherRateNorChannels) {
+TEST(EncoderPlan, RefusesFormatsThatStoreNeitherRateNorChannels) {
     for (const char* name : {"a.sw", "a.uw", "a.sb", "a.ub", "a.al", "a.ul", "a.aptx", "a.dfpwm"}) {
         try {
             planEncoder(name, specWith(AV_SAMPLE_FMT_S16), 0);
@@ -76,7 +76,7 @@ TEST(EncoderPlan, RefusesFilesThatSayNeitherRateNorChannels) {
     }
 }
 
-TEST(EncoderPlan, RefusesNamesAndChannelsThatCannotBe) {
+TEST(EncoderPlan, RefusesUnknownFormatsAndUnsupportedChannelCounts) {
     const auto refusal = [](const std::string& name, int channels) {
         try {
             planEncoder(name, specWith(AV_SAMPLE_FMT_S16, channels), 0);
@@ -91,7 +91,7 @@ TEST(EncoderPlan, RefusesNamesAndChannelsThatCannotBe) {
     EXPECT_EQ(refusal("a.mp3", 2), ExitCode::Success);
 }
 
-TEST(EncoderPlan, OnlyLossyEncodersGetABitRate) {
+TEST(EncoderPlan, SetsABitRateForLossyEncodersOnly) {
     EXPECT_EQ(planEncoder("a.flac", specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 0);
     EXPECT_EQ(planEncoder("a.wav", specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 0);
     EXPECT_EQ(planEncoder("a.mp3", specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 192'000);

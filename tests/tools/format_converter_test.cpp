@@ -10,7 +10,7 @@ namespace {
 
 using namespace sonivex_tool;
 
-TEST(FormatConverter, LetsFramesOfTheWantedKindPassUntouched) {
+TEST(FormatConverter, PassesFramesOfTheTargetSpecThroughUntouched) {
     FormatConverter converter(test::floatSpec(2));
     FramePtr frame = test::floatFrame(2, 64, [](int, int) { return 0.5F; });
     const uint8_t* samples = frame->data[0];
@@ -20,7 +20,7 @@ TEST(FormatConverter, LetsFramesOfTheWantedKindPassUntouched) {
     EXPECT_EQ(converter.flush(), nullptr);
 }
 
-TEST(FormatConverter, TakesEveryChangeOfTheStreamAndLosesNoSound) {
+TEST(FormatConverter, FollowsEveryFormatChangeWithoutLosingSound) {
     FormatConverter converter(test::floatSpec(2, 48000));
     int frames = 0;
     const auto count = [&](const FramePtr& frame) {
@@ -33,11 +33,11 @@ TEST(FormatConverter, TakesEveryChangeOfTheStreamAndLosesNoSound) {
     for (int i = 0; i < 10; ++i) count(converter.convert(test::floatFrame(1, 4800, half, 48000)));
     for (int i = 0; i < 10; ++i) count(converter.convert(test::floatFrame(2, 4800, half, 48000)));
     count(converter.flush());
-    // One second of each; a resampler may round its end by some samples.
+    // One second of each. A resampler may round its end by a few samples.
     EXPECT_NEAR(frames, 3 * 48000, 40);
 }
 
-TEST(AudioSpec, CustomAndUnspecifiedLayoutsCountAsTheDefaultOfTheirNumber) {
+TEST(AudioSpec, ReplacesAnUnspecifiedLayoutByTheDefaultOfItsChannelCount) {
     FramePtr frame = test::floatFrame(6, 16, [](int, int) { return 0.0F; });
     frame->ch_layout.order = AV_CHANNEL_ORDER_UNSPEC;
     const AudioSpec spec = specOf(*frame);
@@ -45,7 +45,7 @@ TEST(AudioSpec, CustomAndUnspecifiedLayoutsCountAsTheDefaultOfTheirNumber) {
     EXPECT_EQ(av_channel_layout_compare(&spec.layout, &expected), 0);
 }
 
-TEST(AudioSpec, TrimmingAFrameKeepsTheSamplesBetween) {
+TEST(AudioSpec, TrimmingAFrameKeepsTheChosenSamples) {
     const FramePtr frame = test::countingFrame(0, 100);
     trimFrame(*frame, 10, 3);
     EXPECT_EQ(test::floatsOf(*frame), (std::vector<float>{10.0F, 11.0F, 12.0F}));

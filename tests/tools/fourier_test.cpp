@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(Fourier, IsTheSumThatDefinesIt) {
+TEST(FourierTransform, MatchesTheDefiningSum) {
     std::mt19937 random(3);
     std::normal_distribution<double> value;
     for (const std::size_t size : {1U, 2U, 4U, 8U, 256U}) {

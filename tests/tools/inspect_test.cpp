@@ -36,7 +36,7 @@ std::string bytesOf(Number number) {
     return bytes;
 }
 
-/** A WAV file of float samples, the same in every channel; on little-endian machines. */
+// Makes a WAV file of float samples, the same in every channel. Works on little-endian machines only.
 std::string floatWav(uint16_t channels, uint32_t rate_hz, const std::vector<float>& samples) {
     std::string data;
     for (const float sample : samples) {
@@ -76,7 +76,7 @@ class Inspect : public testing::Test {
     test::TemporaryFolder folder_;
 };
 
-TEST_F(Inspect, ComparesTheFilesOfASessionHoweverTheirFolderIsWritten) {
+TEST_F(Inspect, ComparesTheFilesOfASessionForAnySpellingOfTheirFolder) {
     const std::string input = written(kInput, noiseBytes(4 * 4096));
     written(kOutput, noiseBytes(4 * 4096));
     const std::string name = std::filesystem::path(folder_.path()).filename();
@@ -84,7 +84,7 @@ TEST_F(Inspect, ComparesTheFilesOfASessionHoweverTheirFolderIsWritten) {
         EXPECT_EQ(inspected({input, folder_.path() + way + kOutput}).pairs.size(), 1U) << way;
 }
 
-TEST_F(Inspect, ComparesNothingAcrossSessionsOrFolders) {
+TEST_F(Inspect, ComparesNoFilesOfDifferentSessionsOrFolders) {
     const test::TemporaryFolder other;
     test::writeFile(other.file(kOutput), noiseBytes(4 * 4096));
     const std::string input = written(kInput, noiseBytes(4 * 4096));
@@ -93,24 +93,24 @@ TEST_F(Inspect, ComparesNothingAcrossSessionsOrFolders) {
     EXPECT_THAT(inspected({input, later, other.file(kOutput)}).pairs, IsEmpty());
 }
 
-TEST_F(Inspect, ReadsTheWholeFramesOfADumpThatIsCutOff) {
+TEST_F(Inspect, ReadsTheWholeFramesOfATruncatedDump) {
     const auto report = inspected({written(kInput, noiseBytes(4 * 1000 + 3))});
     EXPECT_EQ(report.files.at(0).levels.frames, 1000);
-    EXPECT_THAT(report.files[0].notes, ElementsAre(HasSubstr("left out at the end: 3")));
-    EXPECT_THAT(asText(report), HasSubstr("left out at the end: 3\n"));
+    EXPECT_THAT(report.files[0].notes, ElementsAre(HasSubstr("trailing bytes ignored: 3")));
+    EXPECT_THAT(asText(report), HasSubstr("trailing bytes ignored: 3\n"));
     EXPECT_EQ(nlohmann::json::parse(asJson(report))["files"][0]["notes"].size(), 1U);
-    // The user's word counts as much as the name's.
+    // A channel count from the user makes the file as well known as its name does.
     const std::string normalized = written("sonivex_normalizer_input_12345678.pcm", noiseBytes(12 * 10 + 7));
     EXPECT_EQ(inspected({normalized}, {6}).files.at(0).levels.frames, 10);
     EXPECT_THAT(inspected({written(kInput, noiseBytes(4 * 1000))}).files.at(0).notes, IsEmpty());
 }
 
-TEST_F(Inspect, RefusesABrokenFrameWhereItMayMeanOtherChannels) {
+TEST_F(Inspect, RefusesAPartialFrameThatMayMeanAnotherChannelCount) {
     const std::string normalized = written("sonivex_normalizer_input_12345678.pcm", noiseBytes(4 * 10 + 2));
-    expectFailure({{normalized}, {}, {}}, ExitCode::NoAudio, "2 channels of 16 bits (--channels sets");
+    expectFailure({{normalized}, {}, {}}, ExitCode::NoAudio, "2 channels of 16 bits); --channels sets");
     const std::string plain = written("plain.pcm", noiseBytes(5));
-    expectFailure({{plain}, {}, {}}, ExitCode::NoAudio, "(--channels sets the number)");
-    expectFailure({{plain}, {}, {{1}, {}}}, ExitCode::NoAudio, "frames of 2 bytes, 1 channel of 16 bits");
+    expectFailure({{plain}, {}, {}}, ExitCode::NoAudio, "; --channels sets the channel count");
+    expectFailure({{plain}, {}, {{1}, {}}}, ExitCode::NoAudio, "2-byte frames (1 channel of 16 bits)");
     try {
         inspected({plain}, {1});
     } catch (const Failure& failure) {
@@ -124,14 +124,14 @@ TEST_F(Inspect, NamesTheFileWhoseLevelsCannotBeMeasured) {
     for (const uint32_t rate_hz : {5U, 16U, 10000000U, 2147483647U}) {
         const std::string path = written("rate.wav", floatWav(1, rate_hz, samples));
         expectFailure({{path}, {}, {}}, ExitCode::UnsupportedAudio,
-                      "rate.wav: has " + std::to_string(rate_hz) + " Hz");
+                      "rate.wav\": its sample rate is " + std::to_string(rate_hz) + " Hz");
     }
     const std::string many = written("many.wav", floatWav(65, 48000, samples));
-    expectFailure({{many}, {}, {}}, ExitCode::UnsupportedAudio, "many.wav: has 65 channels");
+    expectFailure({{many}, {}, {}}, ExitCode::UnsupportedAudio, "many.wav\": it has 65 channels");
     EXPECT_EQ(inspected({written("rate.wav", floatWav(1, 4000, samples))}).files.at(0).levels.frames, 100);
 }
 
-TEST_F(Inspect, SaysWhereSamplesAreNoNumbers) {
+TEST_F(Inspect, ReportsSamplesThatAreNotFinite) {
     for (const float bad :
          {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
         std::vector<float> samples(4800, 0.1F);
@@ -146,12 +146,12 @@ TEST_F(Inspect, SaysWhereSamplesAreNoNumbers) {
     }
 }
 
-TEST_F(Inspect, WantsFilesThatCanBeReadTwiceForAPair) {
+TEST_F(Inspect, RefusesAPipeAsOneSideOfAPair) {
     const std::string pipe = folder_.file("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const std::string file = written(kInput, noiseBytes(4 * 1000));
     for (const auto& pair : {std::pair(pipe, file), std::pair(file, pipe)})
-        expectFailure({{}, pair, {}}, ExitCode::InputNotReadable, "pipe: is no regular file");
+        expectFailure({{}, pair, {}}, ExitCode::InputNotReadable, "pipe\": it is not a regular file");
 }
 
 }  // namespace

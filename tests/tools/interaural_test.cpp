@@ -15,7 +15,7 @@ using sonivex_tool::InterauralDifference;
 
 constexpr int kRate_hz = 48000;
 
-/** Eight tones below 4 kHz, as they sound `delay_s` later: a delay of any length, exactly. */
+// Returns eight tones below 4 kHz, delayed by exactly `delay_s`, which need not be whole samples.
 std::vector<double> tones(double delay_s, double gain = 0.1) {
     std::vector<double> samples(kRate_hz / 2);
     for (size_t n = 0; n < samples.size(); ++n) {
@@ -27,7 +27,7 @@ std::vector<double> tones(double delay_s, double gain = 0.1) {
     return samples;
 }
 
-TEST(Interaural, FindsADelayBetweenTheSamplesAndTheLevelBesideIt) {
+TEST(EarComparison, FindsFractionalDelaysAndTheLevelDifference) {
     for (const double delay_us : {-730.0, -260.0, -31.0, 0.0, 7.0, 333.0, 950.0}) {
         SCOPED_TRACE(delay_us);
         const auto ears = compareEars(tones(0.0, 0.1), tones(delay_us * 1e-6, 0.05), kRate_hz);
@@ -38,14 +38,14 @@ TEST(Interaural, FindsADelayBetweenTheSamplesAndTheLevelBesideIt) {
     }
 }
 
-TEST(Interaural, SwappedEarsSwapTheSigns) {
+TEST(EarComparison, SwappingTheEarsSwapsTheSigns) {
     const auto ears = compareEars(tones(0.0002, 0.03), tones(0.0, 0.1), kRate_hz);
     EXPECT_NEAR(ears.delay_us, -200.0, 1.0);
     EXPECT_NEAR(ears.level_db, -10.46, 0.05);
     EXPECT_EQ(heardSide(ears), "right");
 }
 
-TEST(Interaural, UnlikeNoiseHasLittleLikeness) {
+TEST(EarComparison, ReportsALowLikenessForIndependentNoise) {
     std::mt19937 random(7);
     std::normal_distribution<double> value(0.0, 0.1);
     std::vector<double> left(24000);
@@ -55,7 +55,7 @@ TEST(Interaural, UnlikeNoiseHasLittleLikeness) {
     EXPECT_LT(compareEars(left, right, kRate_hz).likeness, 0.1) << "seed 7";
 }
 
-TEST(Interaural, SilenceIsSilentAndHasNoSide) {
+TEST(EarComparison, ReportsSilenceAsSilentWithoutASide) {
     const std::vector<double> none(4800, 0.0);
     const std::vector<double> rounding(4800, 1.0 / 32768.0);
     for (const auto& ears : {compareEars(none, none, kRate_hz), compareEars(rounding, none, kRate_hz),
@@ -67,14 +67,14 @@ TEST(Interaural, SilenceIsSilentAndHasNoSide) {
     }
 }
 
-TEST(Interaural, OneSilentEarIsAHundredDecibelsAndNoDelay) {
+TEST(EarComparison, ReportsOneHundredDecibelsAndNoDelayForOneSilentEar) {
     const auto ears = compareEars(tones(0.0), std::vector<double>(kRate_hz / 2, 0.0), kRate_hz);
     EXPECT_DOUBLE_EQ(ears.level_db, 100.0);
     EXPECT_EQ(ears.delay_us, 0.0);
     EXPECT_EQ(heardSide(ears), "left");
 }
 
-TEST(Interaural, ASideNeedsAnAudibleDifferenceAndNoContradiction) {
+TEST(EarComparison, NamesASideOnlyForAudibleConsistentDifferences) {
     const auto side = [](double delay_us, double level_db) {
         return heardSide(InterauralDifference{false, delay_us, level_db, 1.0});
     };

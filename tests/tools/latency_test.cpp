@@ -12,8 +12,8 @@ using sonivex_tool::constantDelayFrames;
 
 constexpr int kSilence = -1;
 
-/** What an effect that changes nothing answers to calls that carry the next of `numbers`: the queues
- * themselves. */
+// Returns the output of an effect that changes nothing but has the queues of latency.h. Each call carries the
+// next of `numbers`.
 std::vector<int> answers(int block, int call, int calls, const std::vector<int>& numbers) {
     std::vector<int> queued;
     std::vector<int> ready;
@@ -35,36 +35,36 @@ std::vector<int> answers(int block, int call, int calls, const std::vector<int>&
     return out;
 }
 
-TEST(Latency, CallsOfWholeBlocksAreAnsweredAtOnce) {
+TEST(QueueLatency, IsZeroForCallsOfWholeBlocks) {
     EXPECT_EQ(constantDelayFrames(512, 512), 0);
     EXPECT_EQ(constantDelayFrames(512, 1024), 0);
     EXPECT_EQ(constantDelayFrames(512, 4096), 0);
     EXPECT_EQ(constantDelayFrames(240, 480), 0);
 }
 
-TEST(Latency, CallsThatDivideTheBlockAreLateByABlockLessOneCall) {
+TEST(QueueLatency, IsABlockLessOneCallForCallsThatDivideTheBlock) {
     EXPECT_EQ(constantDelayFrames(512, 256), 256);
     EXPECT_EQ(constantDelayFrames(512, 128), 384);
     EXPECT_EQ(constantDelayFrames(512, 1), 511);
 }
 
-TEST(Latency, ACallLongerThanTheBlockIsLateByItselfUnlessItIsAMultiple) {
+TEST(QueueLatency, IsOneCallForLongerCallsThatAreNoMultipleOfTheBlock) {
     EXPECT_EQ(constantDelayFrames(512, 768), 768);
     EXPECT_EQ(constantDelayFrames(240, 1024), 1024);
 }
 
-TEST(Latency, ASizeThatMakesSilenceInTheMiddleHasNoDelay) {
+TEST(QueueLatency, IsUndefinedForSizesThatCauseSilentGaps) {
     EXPECT_EQ(constantDelayFrames(512, 100), std::nullopt);
     EXPECT_EQ(constantDelayFrames(512, 300), std::nullopt);
 }
 
-TEST(Latency, AgreesWithTheQueuesThemselvesForManyCallSizes) {
+TEST(QueueLatency, MatchesSimulatedQueuesForManyCallSizes) {
     constexpr int kLongestCall = 1100;
     std::vector<int> numbers((512 + 4) * kLongestCall);
     std::iota(numbers.begin(), numbers.end(), 0);
     for (const int block : {240, 512}) {
         for (int call = 1; call <= kLongestCall; call += call < 64 ? 1 : 5) {
-            // Long enough for every remainder of the block to come up.
+            // The run is long enough for every remainder of the block to occur.
             const std::vector<int> out = answers(block, call, block + 4, numbers);
             const auto delay = constantDelayFrames(block, call);
             const auto sound = std::find_if(out.begin(), out.end(), [](int n) { return n != kSilence; });

@@ -23,8 +23,8 @@ LevelReport measure(int channels, const std::function<double(int64_t, int)>& val
     return meter.result();
 }
 
-// A sine's power is half its peak's square: 3.01 dB below.
-TEST(LevelMeter, MeasuresEachChannelAndAllTogether) {
+// The power of a sine is half the square of its peak, so its RMS lies 3.01 dB below the peak.
+TEST(LevelMeter, MeasuresEachChannelAndAllChannelsTogether) {
     const auto report = measure(2, [](int64_t n, int c) {
         return (c == 0 ? 0.1 : 0.01) * std::sin(2.0 * kPi * 1000.0 / 48000.0 * static_cast<double>(n));
     });
@@ -40,21 +40,21 @@ TEST(LevelMeter, MeasuresEachChannelAndAllTogether) {
     EXPECT_NEAR(report.all.sample_peak_dbfs.value(), -20.0, 0.01);
 }
 
-// A sine of a quarter of the rate, sampled 45 degrees off its tops: 3 dB hide between the samples.
-TEST(LevelMeter, FindsPeaksBetweenTheSamples) {
+// A sine at a quarter of the rate, sampled 45 degrees off its peaks, hides 3 dB between the samples.
+TEST(LevelMeter, FindsTruePeaksBetweenTheSamples) {
     const auto report = measure(
         1, [](int64_t n, int) { return 0.5 * std::sin(kPi / 2.0 * static_cast<double>(n) + kPi / 4.0); });
     EXPECT_NEAR(report.all.sample_peak_dbfs.value(), -9.03, 0.01);
     EXPECT_NEAR(report.all.true_peak_dbtp.value(), -6.02, 0.3);
 }
 
-TEST(LevelMeter, SaysWhereSoundBeginsInAnyChannel) {
+TEST(LevelMeter, FindsTheFirstAudibleFrameOfAnyChannel) {
     const auto report = measure(2, [](int64_t n, int c) { return c == 1 && n >= 12345 ? 0.01 : 0.0005; });
     EXPECT_EQ(report.first_audible_frame, 12345);
     EXPECT_EQ(measure(2, [](int64_t, int) { return 0.0005; }).first_audible_frame, std::nullopt);
 }
 
-TEST(LevelMeter, SilenceHasNoLevel) {
+TEST(LevelMeter, ReportsNoLevelForSilence) {
     const auto report = measure(2, [](int64_t, int) { return 0.0; });
     for (const auto& levels : {report.all, report.channels.at(0), report.channels.at(1)}) {
         EXPECT_FALSE(levels.rms_dbfs || levels.sample_peak_dbfs || levels.true_peak_dbtp);

@@ -13,7 +13,7 @@ namespace {
 using sonivex_tool::Loudness;
 using sonivex_tool::LoudnessMeter;
 
-/** Ten seconds of a 997 Hz sine of a peak level in the channels that `is_on` names. */
+// Measures ten seconds of a 997 Hz sine with the given peak level in the channels that `is_on` selects.
 Loudness sineLoudness(int channels, double peak_dbfs, const std::function<bool(int)>& is_on) {
     const double peak = std::pow(10.0, peak_dbfs / 20.0);
     LoudnessMeter meter(test::floatSpec(channels));
@@ -27,7 +27,7 @@ Loudness sineLoudness(int channels, double peak_dbfs, const std::function<bool(i
 }
 
 // EBU Tech 3341, cases 1 and 2: a stereo sine of -23 dBFS peak is -23 LUFS, within 0.1 LU.
-TEST(Loudness, AStereoSineMeasuresItsPeakLevel) {
+TEST(LoudnessMeter, MeasuresAStereoSineAtItsPeakLevel) {
     for (const double level : {-23.0, -33.0}) {
         const Loudness loudness = sineLoudness(2, level, [](int) { return true; });
         ASSERT_TRUE(loudness.integrated_lufs.has_value());
@@ -37,8 +37,8 @@ TEST(Loudness, AStereoSineMeasuresItsPeakLevel) {
     }
 }
 
-// ITU-R BS.1770: surround channels weigh 1.41 (+1.5 dB), the low-frequency channel nothing.
-TEST(Loudness, WeighsTheLoudspeakersOfFivePointOne) {
+// ITU-R BS.1770 weights surround channels by 1.41 (+1.5 dB) and leaves out the low-frequency channel.
+TEST(LoudnessMeter, WeightsTheLoudspeakersOfFivePointOne) {
     const Loudness front = sineLoudness(6, -23.0, [](int c) { return c < 2; });
     const Loudness back = sineLoudness(6, -23.0, [](int c) { return c >= 4; });
     const Loudness low = sineLoudness(6, -23.0, [](int c) { return c == 3; });
@@ -48,13 +48,13 @@ TEST(Loudness, WeighsTheLoudspeakersOfFivePointOne) {
     EXPECT_NEAR(low.sample_peak_dbfs.value_or(0.0), -23.0, 0.01);
 }
 
-TEST(Loudness, OfSilenceIsMissing) {
+TEST(LoudnessMeter, ReportsNoLoudnessForSilence) {
     const Loudness loudness = sineLoudness(2, -23.0, [](int) { return false; });
     EXPECT_FALSE(loudness.integrated_lufs.has_value());
     EXPECT_FALSE(loudness.sample_peak_dbfs.has_value());
 }
 
-TEST(Loudness, IsRefusedOutsideTheRangeOfTheMeasure) {
+TEST(LoudnessMeter, RefusesRatesAndChannelCountsThatItCannotMeasure) {
     using sonivex_tool::whyUnmeasurable;
     EXPECT_EQ(whyUnmeasurable(test::floatSpec(64, 4000)), "");
     EXPECT_EQ(whyUnmeasurable(test::floatSpec(1, 2822400)), "");

@@ -8,7 +8,7 @@ namespace {
 
 using namespace sonivex_tool;
 
-/** A file of one stream, with tags. */
+// A file in memory with one stream and with tags on both.
 class File {
   public:
     explicit File(const char* format) {
@@ -44,7 +44,7 @@ void copy(File& from, File& to) {
     copyMetadata(from.context(), from.stream(), to.context(), to.stream());
 }
 
-TEST(Metadata, KeepsTheTagsOfTheFileAndOfTheStream) {
+TEST(MetadataCopy, KeepsTheTagsOfTheFileAndOfTheStream) {
     File from("matroska");
     File to("matroska");
     from.tag("title", "Song");
@@ -55,7 +55,7 @@ TEST(Metadata, KeepsTheTagsOfTheFileAndOfTheStream) {
     EXPECT_EQ(to.tagOf("language"), "");
 }
 
-TEST(Metadata, LeavesOutWhatDescribesTheOldFile) {
+TEST(MetadataCopy, OmitsTagsThatDescribeTheOldFile) {
     const auto keys = {"ENCODER",      "major_brand",           "handler_name",
                        "DURATION-eng", "_STATISTICS_TAGS",      "iTunSMPB",
                        "BPS",          "REPLAYGAIN_TRACK_GAIN", "R128_TRACK_GAIN"};
@@ -72,7 +72,7 @@ TEST(Metadata, LeavesOutWhatDescribesTheOldFile) {
     }
 }
 
-TEST(Metadata, MovesTagsBetweenOggsStreamAndOtherFormatsFiles) {
+TEST(MetadataCopy, MovesTagsBetweenAnOggStreamAndTheFileOfOtherFormats) {
     File ogg("ogg");
     File flac("flac");
     ogg.tagStream("artist", "Band");

@@ -37,7 +37,7 @@ class OutputFileTest : public testing::Test {
     test::TemporaryFolder folder_;
 };
 
-TEST_F(OutputFileTest, AppearsUnderItsNameOnlyWhenCommitted) {
+TEST_F(OutputFileTest, AppearsUnderItsNameOnlyOnCommit) {
     OutputFile file(folder_.file("a"), false);
     put(file, "whole");
     EXPECT_FALSE(std::filesystem::exists(folder_.file("a")));
@@ -46,7 +46,7 @@ TEST_F(OutputFileTest, AppearsUnderItsNameOnlyWhenCommitted) {
     EXPECT_THAT(folder_.names(), ElementsAre("a"));
 }
 
-TEST_F(OutputFileTest, LeavesNothingWithoutACommit) {
+TEST_F(OutputFileTest, LeavesNothingBehindWithoutACommit) {
     {
         OutputFile file(folder_.file("a"), false);
         put(file, "part");
@@ -56,7 +56,7 @@ TEST_F(OutputFileTest, LeavesNothingWithoutACommit) {
     EXPECT_THAT(folder_.names(), IsEmpty());
 }
 
-TEST_F(OutputFileTest, NeverReplacesAFileThatCameMeanwhile) {
+TEST_F(OutputFileTest, NeverReplacesAFileThatAppearedMeanwhile) {
     OutputFile file(folder_.file("a"), false);
     put(file, "new");
     test::writeFile(folder_.file("a"), "came first");
@@ -64,7 +64,7 @@ TEST_F(OutputFileTest, NeverReplacesAFileThatCameMeanwhile) {
     EXPECT_EQ(test::readFile(folder_.file("a")), "came first");
 }
 
-TEST_F(OutputFileTest, ReplacesAFileWhenAskedToAndKeepsItsMode) {
+TEST_F(OutputFileTest, ReplacesAFileOnRequestAndKeepsItsMode) {
     test::writeFile(folder_.file("a"), "old");
     ASSERT_EQ(chmod(folder_.file("a").c_str(), 0640), 0);
     OutputFile file(folder_.file("a"), true);
@@ -76,7 +76,7 @@ TEST_F(OutputFileTest, ReplacesAFileWhenAskedToAndKeepsItsMode) {
     EXPECT_EQ(status.st_mode & 07777U, 0640U);
 }
 
-TEST_F(OutputFileTest, WritesThroughALinkAndKeepsIt) {
+TEST_F(OutputFileTest, WritesThroughASymbolicLinkAndKeepsIt) {
     std::filesystem::create_directory(folder_.file("d"));
     std::filesystem::create_symlink("d/target", folder_.file("link"));
     OutputFile file(folder_.file("link"), false);
@@ -86,7 +86,7 @@ TEST_F(OutputFileTest, WritesThroughALinkAndKeepsIt) {
     EXPECT_EQ(test::readFile(folder_.file("d/target")), "new");
 }
 
-TEST_F(OutputFileTest, RefusesWhatIsThereAndWhatIsNoFile) {
+TEST_F(OutputFileTest, RefusesExistingFilesFoldersAndDevices) {
     test::writeFile(folder_.file("a"), "old");
     const auto check = [&](const std::string& path, bool replace) {
         return failureOf([&] { OutputFile::check(path, replace); });
@@ -98,7 +98,7 @@ TEST_F(OutputFileTest, RefusesWhatIsThereAndWhatIsNoFile) {
     EXPECT_EQ(check(folder_.file("b"), false), ExitCode::Success);
 }
 
-TEST_F(OutputFileTest, RaisesASeekThatFailed) {
+TEST_F(OutputFileTest, ReportsAFailedSeek) {
     OutputFile file(folder_.file("a"), false);
     put(file, "text");
     avio_flush(file.io());
@@ -109,7 +109,7 @@ TEST_F(OutputFileTest, RaisesASeekThatFailed) {
     EXPECT_EQ(failureOf([&] { file.commit(); }), ExitCode::OutputNotWritable);
 }
 
-TEST_F(OutputFileTest, SaysThatAFolderIsMissing) {
+TEST_F(OutputFileTest, ReportsAMissingFolder) {
     EXPECT_EQ(failureOf([&] { OutputFile file(folder_.file("no/a"), false); }), ExitCode::OutputNotWritable);
 }
 

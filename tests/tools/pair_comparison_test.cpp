@@ -46,7 +46,7 @@ Samples scaled(Samples samples, float gain) {
     return samples;
 }
 
-/** The same samples in every channel, in frames of an odd length. */
+// Makes a side with the same samples in every channel, in frames of an odd length.
 ComparedSide side(const Samples& samples, int channels = 1, int rate_hz = kRate_hz) {
     const auto audible =
         std::find_if(samples.begin(), samples.end(), [](float x) { return std::abs(x) > 0.001F; });
@@ -70,7 +70,7 @@ ComparedSide side(const Samples& samples, int channels = 1, int rate_hz = kRate_
     return made;
 }
 
-TEST(PairComparison, TellsDelayAndGainOfLateAndOfEarlyOutputs) {
+TEST(PairComparison, MeasuresDelayAndGainOfLateAndEarlyOutputs) {
     const Samples sound = noise(1, 2 * kSecond);
     const Samples quiet = silence(700);
     const auto late = comparePair(side(sound), side(joined({quiet, scaled(sound, 2.0F)})));
@@ -81,8 +81,8 @@ TEST(PairComparison, TellsDelayAndGainOfLateAndOfEarlyOutputs) {
     EXPECT_NEAR(early.gain_db.value(), -20.0 * std::log10(2.0), 1e-6);
 }
 
-// Only what both hold counts: here something louder comes behind the end of the other.
-TEST(PairComparison, GainIsThatOfTheCommonLength) {
+// Only the common part counts. Here one side continues with louder noise after the end of the other.
+TEST(PairComparison, MeasuresTheGainOverTheCommonLength) {
     const Samples sound = noise(1, 2 * kSecond);
     const Samples more = joined({sound, scaled(noise(2, kSecond), 4.0F)});
     for (const auto& [input, output] :
@@ -96,7 +96,7 @@ TEST(PairComparison, GainIsThatOfTheCommonLength) {
     EXPECT_NEAR(cut_before.gain_db.value(), 0.0, 1e-6);
 }
 
-TEST(PairComparison, LooksWhereTheInputBeginsToSound) {
+TEST(PairComparison, SearchesTheDelayFromTheFirstAudibleFrame) {
     const Samples quiet = silence(20 * kSecond);
     const Samples sound = noise(1, kSecond);
     const auto difference =
@@ -105,7 +105,7 @@ TEST(PairComparison, LooksWhereTheInputBeginsToSound) {
     EXPECT_NEAR(difference.gain_db.value(), 0.0, 1e-6);
 }
 
-TEST(PairComparison, LooksForTenSeconds) {
+TEST(PairComparison, SearchesTheDelayInTenSeconds) {
     const auto matching_after = [](int seconds) {
         const Samples common = noise(1, 5 * kSecond);
         return comparePair(side(joined({noise(2, seconds * kSecond), common, silence(500)})),
@@ -116,8 +116,9 @@ TEST(PairComparison, LooksForTenSeconds) {
     EXPECT_EQ(matching_after(11), std::nullopt);
 }
 
-// At 768 kHz ten seconds would take half a gigabyte: 2^21 frames less half a second are 2.2 s.
-TEST(PairComparison, LooksForLessAtTheHighestRates) {
+// At 768 kHz ten seconds would take half a gigabyte. The limit of 2^21 frames less half a second is 2.2 s
+// there.
+TEST(PairComparison, SearchesAShorterTimeAtTheHighestRates) {
     constexpr int kHighRate_hz = 768000;
     constexpr int kUnrelated = 5 * kHighRate_hz / 2;
     const Samples common = noise(1, kHighRate_hz / 2);
@@ -127,14 +128,14 @@ TEST(PairComparison, LooksForLessAtTheHighestRates) {
     EXPECT_EQ(difference.delay_frames, std::nullopt);
 }
 
-TEST(PairComparison, ComparesSumsWhereTheChannelsDiffer) {
+TEST(PairComparison, ComparesChannelSumsIfTheChannelCountsDiffer) {
     const Samples sound = noise(1, kSecond);
     const auto difference = comparePair(side(sound, 6), side(joined({silence(60), sound}), 2));
     EXPECT_EQ(difference.delay_frames, 60);
     EXPECT_NEAR(difference.gain_db.value(), 10.0 * std::log10(2.0 / 6.0), 1e-6);
 }
 
-TEST(PairComparison, SaysNothingOfSilenceAndOfWhatIsNoNumber) {
+TEST(PairComparison, ReportsNothingForSilenceAndNonFiniteSamples) {
     const Samples sound = noise(1, kSecond);
     Samples broken = sound;
     broken[100] = std::numeric_limits<float>::infinity();

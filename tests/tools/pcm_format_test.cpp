@@ -9,21 +9,21 @@ namespace {
 using namespace sonivex_tool;
 using Lines = std::vector<std::string>;
 
-TEST(PcmChannels, AreOneOrTwoNumbers) {
+TEST(PcmChannelsOption, AcceptsOneOrTwoNumbersOnly) {
     EXPECT_EQ(parseChannels("6"), std::vector<int>{6});
     EXPECT_EQ(parseChannels("6,2"), (std::vector<int>{6, 2}));
     for (const char* text : {"", "0", "9", "-1", "12", "6,", ",6", "6,2,1", "6;2", "six", "6 ", "2.5"})
         EXPECT_TRUE(parseChannels(text).empty()) << text;
 }
 
-TEST(PcmFormatGuess, AssumesStereoAt48kHzAndSaysSo) {
+TEST(PcmFormatGuess, AssumesStereoAt48kHzAndReportsIt) {
     const PcmGuess guess = guessPcmFormat("some.pcm", {}, false);
     EXPECT_EQ(guess.format.channels, 2);
     EXPECT_EQ(guess.format.rate_hz, 48000);
     EXPECT_EQ(guess.assumptions, (Lines{"2 channels", "48000 Hz"}));
 }
 
-TEST(PcmFormatGuess, TakesTheUsersWord) {
+TEST(PcmFormatGuess, UsesTheHintsOfTheUser) {
     const PcmHints hints{{6, 1}, 44100};
     EXPECT_EQ(guessPcmFormat("some.pcm", hints, false).format.channels, 6);
     EXPECT_EQ(guessPcmFormat("some.pcm", hints, true).format.channels, 1);
@@ -32,14 +32,14 @@ TEST(PcmFormatGuess, TakesTheUsersWord) {
     EXPECT_TRUE(guessPcmFormat("some.pcm", hints, true).assumptions.empty());
 }
 
-TEST(PcmFormatGuess, OneNumberIsTheInputsAndTheOutputsOfAnEffectThatKeepsIt) {
+TEST(PcmFormatGuess, AppliesOneChannelCountToOutputsThatKeepIt) {
     const PcmHints hints{{6}, 48000};
     EXPECT_EQ(guessPcmFormat("sonivex_normalizer_output_12345678.pcm", hints, false).format.channels, 6);
     EXPECT_EQ(guessPcmFormat("sonivex_surround_input_12345678.pcm", hints, false).format.channels, 6);
     EXPECT_EQ(guessPcmFormat("sonivex_surround_output_12345678.pcm", hints, false).format.channels, 2);
 }
 
-TEST(PcmFormatGuess, FindsSurroundsInputChannelsFromTheSizesOfBothFiles) {
+TEST(PcmFormatGuess, DerivesSurroundsInputChannelsFromTheSizesOfBothFiles) {
     for (const int channels : {1, 2, 6, 8}) {
         const test::TemporaryFolder folder;
         const std::string input = folder.file("sonivex_surround_input_12345678.pcm");

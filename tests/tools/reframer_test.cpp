@@ -13,7 +13,7 @@ using sonivex_tool::defaultLayout;
 using sonivex_tool::FramePtr;
 using sonivex_tool::Reframer;
 
-TEST(Reframer, GivesTheSameSamplesInTheLengthsAskedFor) {
+TEST(Reframer, ReturnsTheSameSamplesInTheRequestedLengths) {
     Reframer reframer(test::floatSpec(1));
     int given = 0;
     for (const int length : {1, 700, 3, 1300, 44}) {
@@ -34,7 +34,7 @@ TEST(Reframer, GivesTheSameSamplesInTheLengthsAskedFor) {
     EXPECT_EQ(reframer.size(), 0);
 }
 
-TEST(Reframer, SilenceIsTheMiddleOfTheScaleInEveryFormat) {
+TEST(Reframer, AppendsSilenceAtMidScaleInEveryFormat) {
     AudioSpec spec;
     spec.rate_hz = 48000;
     spec.layout = defaultLayout(2);

@@ -25,7 +25,7 @@ RenderReport example() {
     return report;
 }
 
-TEST(RenderReport, TextSaysWhatChanged) {
+TEST(RenderReport, TextShowsLevelsBeforeAndAfter) {
     const std::string text = asText(example());
     EXPECT_THAT(text, HasSubstr("in.wav (pcm_f32le, 48000 Hz, stereo)"));
     EXPECT_THAT(text, HasSubstr("2.000 s, rendered 100 times faster than real time"));
@@ -34,7 +34,7 @@ TEST(RenderReport, TextSaysWhatChanged) {
     EXPECT_THAT(text, HasSubstr("94 of the filter, 0 dropped, 0 bypassed"));
 }
 
-TEST(RenderReport, JsonHoldsTheSameFigures) {
+TEST(RenderReport, JsonContainsTheSameFigures) {
     const std::string text = asJson(example());
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
     const auto json = nlohmann::json::parse(text);
@@ -47,30 +47,30 @@ TEST(RenderReport, JsonHoldsTheSameFigures) {
     EXPECT_EQ(json["frames_filled_with_silence"], 0);
 }
 
-TEST(RenderReport, RemarksOnlyOnWhatWentWrong) {
+TEST(RenderReport, RemarksOnProblemsOnly) {
     RenderReport report = example();
     EXPECT_THAT(remarks(report), IsEmpty());
-    report.bypassed = report.pushed;  // it stood aside from the start, which is said then
+    report.bypassed = report.pushed;  // bypassed from the start, which has a note of its own
     EXPECT_THAT(remarks(report), IsEmpty());
     report.decode_errors = 3;
     report.dropped = 2;
     report.silent_fill_frames = 2048;
     report.bypassed = 5;
     EXPECT_THAT(remarks(report),
-                ElementsAre("in.wav: damaged, 3 decoding errors",
-                            "the filter gave up 2 calls; 2048 frames of silence stand in their place",
-                            "the filter took too long and let 5 calls pass untouched"));
+                ElementsAre("\"in.wav\" is damaged: 3 decoding errors",
+                            "the filter dropped 2 calls; 2048 frames of silence replace them",
+                            "the filter took too long and passed 5 calls through untouched"));
 }
 
-TEST(RenderReport, SaysThatUntouchedCallsAmongDelayedOnesComeEarly) {
+TEST(RenderReport, RemarksThatUntouchedCallsAmongDelayedOnesAreEarly) {
     RenderReport report = example();
     report.bypassed = 5;
     report.delay_frames = 256;
     EXPECT_THAT(remarks(report),
-                ElementsAre(HasSubstr("5 calls pass untouched; they stand 256 frames early")));
+                ElementsAre(HasSubstr("5 calls through untouched; they are 256 frames early")));
 }
 
-TEST(RenderReport, SaysWhatADumpLacks) {
+TEST(RenderReport, RemarksOnMissingAndIncompleteDumps) {
     RenderReport report = example();
     report.dump_folder = "dumps";
     report.dump_bytes_missing = 4096;
@@ -81,7 +81,7 @@ TEST(RenderReport, SaysWhatADumpLacks) {
     EXPECT_THAT(remarks(report), IsEmpty());
 }
 
-TEST(RenderReport, SilenceHasNoFigures) {
+TEST(RenderReport, ShowsNoFiguresForSilence) {
     RenderReport report = example();
     report.input.loudness = {};
     report.output.loudness = {};
@@ -91,7 +91,7 @@ TEST(RenderReport, SilenceHasNoFigures) {
     EXPECT_TRUE(json["output"]["sample_peak_dbfs"].is_null());
 }
 
-TEST(RenderReport, JsonStaysValidForAFileNameThatIsNoUtf8) {
+TEST(RenderReport, JsonIsValidIfAFileNameIsNotUtf8) {
     RenderReport report = example();
     report.input.path = "caf\xe9.wav";
     EXPECT_TRUE(nlohmann::json::accept(asJson(report)));

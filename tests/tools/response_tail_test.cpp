@@ -22,7 +22,7 @@ int64_t longestOf(const std::string& set_name) {
     return static_cast<int64_t>(longest);
 }
 
-TEST(ResponseTail, IsAsLongAsTheResponsesThatAreCompiledIn) {
+TEST(ResponseTail, HasTheLengthOfTheCompiledInResponses) {
     const auto& surround = *findEffect("surround");
     FilterOptions options;
     options.surround_type = "3DSurround";
@@ -32,7 +32,7 @@ TEST(ResponseTail, IsAsLongAsTheResponsesThatAreCompiledIn) {
     options.surround_type = "MegaBass";
     for (const auto& [layout, channels] : {std::pair{"2.0", 2}, std::pair{"5.1", 6}, std::pair{"7.1", 8}}) {
         for (const char* mode : {"-mode1", "-mode2", "-mode3"}) {
-            // One response after the other is a sample shorter than both together.
+            // A cascade of two responses is one sample shorter than their lengths together.
             EXPECT_EQ(responseTailFrames(surround, options, channels),
                       longestOf(std::string(layout) + mode) + longestOf("audio") - 1);
         }

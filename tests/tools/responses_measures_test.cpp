@@ -15,7 +15,8 @@ using sonivex_tool::measureResponse;
 
 constexpr int kRate_hz = 48000;
 
-/** An impulse at sample 40, and 10 dB below it noise that falls by 60 dB in `time_s`. */
+// Returns an impulse at sample 40 followed by noise, which starts at an RMS of 0.03 and falls by 60 dB in
+// `time_s`.
 std::vector<double> room(double time_s, size_t size, unsigned seed) {
     std::mt19937 random(seed);
     std::normal_distribution<double> value(0.0, 0.03);
@@ -28,7 +29,7 @@ std::vector<double> room(double time_s, size_t size, unsigned seed) {
     return gains;
 }
 
-TEST(ResponseMeasures, OfASingleSampleAreItsGainAndPlace) {
+TEST(ImpulseResponseMeasures, GiveTheGainAndPositionOfASingleSample) {
     std::vector<double> gains(4800, 0.0);
     gains[96] = -0.5;
     const auto measures = measureResponse(gains, kRate_hz, 0.0);
@@ -38,12 +39,12 @@ TEST(ResponseMeasures, OfASingleSampleAreItsGainAndPlace) {
     EXPECT_DOUBLE_EQ(measures.arrival_ms, 2.0);
 }
 
-TEST(ResponseMeasures, TheArrivalIsTheFirstSampleAtATenthOfThePeak) {
+TEST(ImpulseResponseMeasures, PlaceTheArrivalAtTheFirstTenthOfThePeak) {
     const std::vector<double> gains = {0.0, 0.099, -0.1, 1.0, 0.0};
     EXPECT_EQ(measureResponse(gains, kRate_hz, 0.0).arrival_samples, 2U);
 }
 
-TEST(ResponseMeasures, SilenceHasNoEnergyAndNoDecay) {
+TEST(ImpulseResponseMeasures, GiveNoEnergyAndNoDecayForSilence) {
     const auto measures = measureResponse(std::vector<double>(9600, 0.0), kRate_hz, 0.25);
     EXPECT_EQ(measures.peak, 0.0);
     EXPECT_EQ(measures.energy_db, -std::numeric_limits<double>::infinity());
@@ -51,12 +52,12 @@ TEST(ResponseMeasures, SilenceHasNoEnergyAndNoDecay) {
     EXPECT_TRUE(energyDecay_db(std::vector<double>(10, 0.0)).empty());
 }
 
-TEST(ResponseMeasures, FindTheReverberationTimeOfDecayingNoise) {
+TEST(ImpulseResponseMeasures, FindTheReverberationTimeOfDecayingNoise) {
     for (const double time_s : {0.15, 0.25, 0.4}) {
         for (const unsigned seed : {1U, 2U, 3U}) {
             SCOPED_TRACE(testing::Message() << time_s << " s, seed " << seed);
             std::vector<double> gains = room(time_s, 13000, seed);
-            // The closing fade, which must not count.
+            // The closing fade must not count.
             for (size_t n = 9750; n < gains.size(); ++n) gains[n] *= 1e-3;
             const auto measures = measureResponse(gains, kRate_hz, 0.25);
             ASSERT_TRUE(measures.reverberation_s);
@@ -65,12 +66,12 @@ TEST(ResponseMeasures, FindTheReverberationTimeOfDecayingNoise) {
     }
 }
 
-TEST(ResponseMeasures, TooShortOrGrowingHasNoReverberationTime) {
+TEST(ImpulseResponseMeasures, GiveNoReverberationTimeForShortOrGrowingResponses) {
     EXPECT_FALSE(measureResponse(room(0.2, 2000, 5), kRate_hz, 0.0).reverberation_s);
     EXPECT_FALSE(measureResponse(room(-0.5, 13000, 5), kRate_hz, 0.0).reverberation_s);
 }
 
-TEST(ResponseMeasures, TheEnergyDecayCountsWhatIsStillToCome) {
+TEST(ImpulseResponseMeasures, IntegrateTheEnergyDecayBackwards) {
     const std::vector<double> decay = energyDecay_db(std::vector<double>{3.0, 2.0, 1.0, 0.0});
     ASSERT_EQ(decay.size(), 3U);
     EXPECT_DOUBLE_EQ(decay[0], 0.0);
@@ -78,7 +79,7 @@ TEST(ResponseMeasures, TheEnergyDecayCountsWhatIsStillToCome) {
     EXPECT_DOUBLE_EQ(decay[2], 10.0 * std::log10(1.0 / 14.0));
 }
 
-TEST(ResponseMeasures, TheMagnitudeOfADelayIsFlat) {
+TEST(ImpulseResponseMeasures, GiveAFlatMagnitudeForADelay) {
     std::vector<double> gains(7000, 0.0);
     gains[1234] = 2.0;
     const auto points = magnitude(gains, kRate_hz);
@@ -89,7 +90,7 @@ TEST(ResponseMeasures, TheMagnitudeOfADelayIsFlat) {
     for (const auto& point : points) EXPECT_NEAR(point.gain_db, 6.0206, 1e-4) << point.frequency_hz;
 }
 
-TEST(ResponseMeasures, TheMagnitudeOfATwoTapAverageIsACosine) {
+TEST(ImpulseResponseMeasures, GiveACosineMagnitudeForATwoTapAverage) {
     // (x[n] + x[n-1]) / 2 has the gain cos(pi f / rate).
     const std::vector<double> gains = {0.5, 0.5};
     for (const auto& point : magnitude(gains, kRate_hz)) {

@@ -9,7 +9,7 @@ namespace {
 using sonivex_tool::allResponseSets;
 using sonivex_tool::findResponseSet;
 
-TEST(ResponseTables, AreAllThereOnce) {
+TEST(ResponseSets, ContainEveryTableOnce) {
     std::set<std::string> names;
     size_t sources = 0;
     for (const auto& set : allResponseSets()) {
@@ -20,13 +20,14 @@ TEST(ResponseTables, AreAllThereOnce) {
             names.insert(source.right.name);
         }
     }
-    // 2 + 6 + 8 sources of type 3DSurround, 3 modes of 2 + 5 + 7, two tables each; the Audio stage's one.
+    // 3DSurround has 2 + 6 + 8 sources, and each of the 3 modes has 2 + 5 + 7, with two tables each. The
+    // Audio stage has one source with one table.
     EXPECT_EQ(sources, 16U + 42U + 1U);
     EXPECT_EQ(names.size(), 2U * (16U + 42U) + 1U);
     EXPECT_EQ(findResponseSet("nothing"), nullptr);
 }
 
-TEST(ResponseTables, HaveTheLeftEarFirst) {
+TEST(ResponseSets, AssignEachTableToItsEar) {
     const auto& source = findResponseSet("7.1-mode2")->sources.at(3);
     EXPECT_EQ(source.left.name, "7_1_4_h_mode2L48");
     EXPECT_EQ(source.right.name, "7_1_4_h_mode2R48");

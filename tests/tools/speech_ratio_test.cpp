@@ -22,7 +22,7 @@ Sound floats(const test::Pcm& pcm) {
     return {pcm.begin(), pcm.end()};
 }
 
-// Words in the middle, and noise of each side's own.
+// Speech that is the same in both channels, over noise that is independent in each channel.
 struct Scene {
     Sound speech = [] {
         const test::Pcm words = test::recordedSpeech("Front_Center");
@@ -45,7 +45,7 @@ struct Scene {
     SpeechRatio compared(const Sound& out) const { return compareSpeech(speech, background, out, kRate_hz); }
 };
 
-TEST(SpeechRatio, FindsNoRiseInTheMixItself) {
+TEST(SpeechRatio, ReportsNoRiseForTheMixItself) {
     const Scene scene;
     for (const float level : {1.0F, 4.0F / 3.0F}) {
         const SpeechRatio ratio = scene.compared(scene.mixed(level, level));
@@ -55,7 +55,7 @@ TEST(SpeechRatio, FindsNoRiseInTheMixItself) {
     }
 }
 
-TEST(SpeechRatio, FindsTheRiseThatWasMadeWhateverTheLevels) {
+TEST(SpeechRatio, FindsTheAppliedRiseAtAnyLevel) {
     const Scene scene;
     for (const float speech_gain : {0.5F, 1.0F, 2.0F}) {
         for (const float background_gain : {0.25F, 1.0F, 1.5F}) {
@@ -66,19 +66,20 @@ TEST(SpeechRatio, FindsTheRiseThatWasMadeWhateverTheLevels) {
     }
 }
 
-TEST(SpeechRatio, TellsTheLevelsOfTwoNoisesByTheirPower) {
+TEST(SpeechRatio, ReportsThePowerRatioOfTwoNoises) {
     const Sound speech = floats(test::noise(5, 2 * kFrames, 6000));
     const Sound background = floats(test::noise(6, 2 * kFrames, 3000));
     Sound mix(speech);
     for (std::size_t i = 0; i < mix.size(); ++i) mix[i] += background[i];
     const SpeechRatio ratio = compareSpeech(speech, background, mix, kRate_hz);
-    EXPECT_NEAR(ratio.before_db, 20.0 * std::log10(2.0), 0.15);  // 2 s of noise know their power so well
+    // The power of 2 s of noise varies by 0.15 dB.
+    EXPECT_NEAR(ratio.before_db, 20.0 * std::log10(2.0), 0.15);
     EXPECT_EQ(ratio.segments, 20U);
 }
 
-// Gains that change from segment to segment: powers add up, so two halves of the same noise at gains 1 and 2
-// have a mean power of 2.5.
-TEST(SpeechRatio, AddsPowersUpWhenGainsChangeOverTime) {
+// If gains change from segment to segment, powers add up: two halves of the same noise at gains 1 and 2 have
+// a mean power of 2.5.
+TEST(SpeechRatio, AddsPowersIfGainsChangeOverTime) {
     Scene scene;
     scene.speech = floats(test::noise(5, 2 * kFrames, 6000));
     const auto rising = [](std::size_t frame) { return frame < kFrames / 2 ? 1.0F : 2.0F; };
@@ -87,7 +88,7 @@ TEST(SpeechRatio, AddsPowersUpWhenGainsChangeOverTime) {
     EXPECT_LT(ratio.unexplained, 1e-2);
 }
 
-// The same words in both channels, twice as loud in the right one.
+// Both channels have the same words, but the right channel has twice the amplitude.
 TEST(SpeechRatio, CountsBothChannels) {
     const Scene scene;
     Sound out = scene.mixed(1.0F, 1.0F);
@@ -95,10 +96,10 @@ TEST(SpeechRatio, CountsBothChannels) {
     EXPECT_NEAR(scene.compared(out).rise_db(), 10.0 * std::log10((1.0 + 4.0) / 2.0), 1e-3);
 }
 
-// Low-passing the mix takes from the background, which has highs, and leaves low speech.
-TEST(SpeechRatio, SeesAGainThatDependsOnFrequency) {
+// A low-pass attenuates the broadband background and leaves the speech, here a low tone, unchanged.
+TEST(SpeechRatio, DetectsAGainThatDependsOnFrequency) {
     Scene scene;
-    constexpr std::size_t kMean = 8;  // frames; a moving mean has its first zero at 6 kHz
+    constexpr std::size_t kMean = 8;  // frames; the moving average has its first zero at 6 kHz
     for (std::size_t channel = 0; channel < 2; ++channel) {
         float phase = 0.0F;
         for (std::size_t i = channel; i < scene.speech.size(); i += 2, phase += 0.04F)  // 306 Hz
@@ -112,8 +113,8 @@ TEST(SpeechRatio, SeesAGainThatDependsOnFrequency) {
     EXPECT_GT(scene.compared(out).rise_db(), 1.0);
 }
 
-// Silence of a second, in which the background is ducked once the filters have rung out.
-TEST(SpeechRatio, LooksOnlyWhereSomebodySpeaks) {
+// The speech pauses for a second. The background is ducked during the pause, after the filters have rung out.
+TEST(SpeechRatio, MeasuresOnlySegmentsThatContainSpeech) {
     Scene scene;
     scene.speech = floats(test::noise(5, 2 * kFrames, 6000));
     std::fill(scene.speech.begin() + kFrames, scene.speech.end(), 0.0F);
@@ -124,13 +125,13 @@ TEST(SpeechRatio, LooksOnlyWhereSomebodySpeaks) {
     EXPECT_LE(ratio.segments, 11U);
 }
 
-// A second of noise, then a second of fainter noise: somebody still speaks 18 dB below the mean power, and no
-// more 22 dB below it. The first segment of the second second has what the filters ring with.
-TEST(SpeechRatio, TakesForSpeechWhatIsLessThanTwentyDecibelsBelowItsMean) {
+// The speech is a second of noise, then a second of fainter noise. The fainter half counts as speech at 18 dB
+// below the mean power, but not at 22 dB. Its first segment may count because the filters still ring.
+TEST(SpeechRatio, CountsSegmentsLessThanTwentyDecibelsBelowTheMeanAsSpeech) {
     const auto segments_with = [](double below_db) {
         Scene scene;
         scene.speech = floats(test::noise(5, 2 * kFrames, 6000));
-        // Of powers 1 and g^2 the mean is (1 + g^2) / 2; g^2 is so far below it.
+        // The mean of the powers 1 and g^2 is (1 + g^2) / 2, and g^2 = share * mean.
         const double share = std::pow(10.0, -below_db / 10.0);
         const auto gain = static_cast<float>(std::sqrt(share / (2.0 - share)));
         for (std::size_t i = kFrames; i < scene.speech.size(); ++i) scene.speech[i] *= gain;
@@ -140,7 +141,7 @@ TEST(SpeechRatio, TakesForSpeechWhatIsLessThanTwentyDecibelsBelowItsMean) {
     EXPECT_LE(segments_with(22.0), 11U);
 }
 
-TEST(SpeechRatio, SaysWhenTheOutputIsNotAligned) {
+TEST(SpeechRatio, ReportsAMisalignedOutputAsUnexplained) {
     const Scene scene;
     Sound late(scene.speech.size());
     const Sound mix = scene.mixed(1.0F, 1.0F);
@@ -148,7 +149,7 @@ TEST(SpeechRatio, SaysWhenTheOutputIsNotAligned) {
     EXPECT_GT(scene.compared(late).unexplained, 0.3);
 }
 
-TEST(SpeechRatio, IsTheSameForSixteenBits) {
+TEST(SpeechRatio, IsTheSameForSixteenBitSamples) {
     const test::Pcm words = test::recordedSpeech("Front_Center");
     const test::Pcm speech = test::interleaved({words, words});
     const test::Pcm background = test::noise(3, static_cast<int>(speech.size()), 2000);
@@ -162,8 +163,8 @@ TEST(SpeechRatio, IsTheSameForSixteenBits) {
     EXPECT_NEAR(whole.rise_db(), 20.0 * std::log10(2.0), 0.01);
 }
 
-// Speech that falls silent early in an effect is still looked at where it was spoken.
-TEST(SpeechRatioOfParts, LooksWhereTheSpeakerIsActive) {
+// Speech that an effect silences early is still measured where it was spoken.
+TEST(SpeechRatioOfParts, MeasuresWhereTheSpeakerIsActive) {
     const Sound speaker = floats(test::noise(5, 2 * kFrames, 6000));
     const Sound background = floats(test::noise(6, 2 * kFrames, 6000));
     Sound speech = speaker;
@@ -175,13 +176,13 @@ TEST(SpeechRatioOfParts, LooksWhereTheSpeakerIsActive) {
     EXPECT_EQ(sonivex_tool::ratioOfParts_db(speech, background, Sound(speech.size()), kRate_hz), 0.0);
 }
 
-TEST(SpeechRatioOfParts, IsTheLevelInTheMix) {
+TEST(SpeechRatioOfParts, EqualsTheRatioInTheMix) {
     const Scene scene;
     EXPECT_EQ(sonivex_tool::ratioOfParts_db(scene.speech, scene.background, scene.speech, kRate_hz),
               scene.compared(scene.mixed(1.0F, 1.0F)).before_db);
 }
 
-TEST(SpeechRatio, IsNothingWithoutSpeechBackgroundOrOutput) {
+TEST(SpeechRatio, IsZeroWithoutSpeechBackgroundOrOutput) {
     const Scene scene;
     const Sound silence(scene.speech.size());
     const Sound mix = scene.mixed(1.0F, 1.0F);
@@ -195,7 +196,7 @@ TEST(SpeechRatio, IsNothingWithoutSpeechBackgroundOrOutput) {
     }
 }
 
-TEST(SpeechRatio, IsNothingWhereSamplesAreNoNumbers) {
+TEST(SpeechRatio, IsZeroIfSamplesAreNotFinite) {
     const Scene scene;
     const Sound mix = scene.mixed(1.0F, 1.0F);
     for (const float bad :

@@ -31,7 +31,7 @@ class TimelineTest : public testing::Test {
     std::vector<float> out_;
 };
 
-TEST_F(TimelineTest, PassesFramesOnWithoutADelay) {
+TEST_F(TimelineTest, PassesFramesThroughWithoutADelay) {
     Timeline timeline = make(0);
     timeline.accept(test::countingFrame(0, 100));
     timeline.accept(test::countingFrame(100, 100));
@@ -40,13 +40,13 @@ TEST_F(TimelineTest, PassesFramesOnWithoutADelay) {
     EXPECT_EQ(timeline.filledFrames(), 0);
 }
 
-TEST_F(TimelineTest, CutsTheDelayAwayAlsoWithinAFrame) {
+TEST_F(TimelineTest, RemovesADelayThatEndsWithinAFrame) {
     Timeline timeline = make(150);
     for (int i = 0; i < 4; ++i) timeline.accept(test::countingFrame(100 * i, 100));
     EXPECT_EQ(out_, countedFrom(150, 250));
 }
 
-TEST_F(TimelineTest, CutsEverythingBehindTheEnd) {
+TEST_F(TimelineTest, CutsEverythingAfterTheEnd) {
     Timeline timeline = make(10);
     timeline.accept(test::countingFrame(0, 100));
     timeline.setEnd(120);
@@ -56,7 +56,7 @@ TEST_F(TimelineTest, CutsEverythingBehindTheEnd) {
     EXPECT_EQ(out_, countedFrom(10, 120));
 }
 
-TEST_F(TimelineTest, FillsAHoleWithSilenceSoThatTheRestStaysInPlace) {
+TEST_F(TimelineTest, FillsAGapWithSilenceAndKeepsTheRestInPlace) {
     Timeline timeline = make(0);
     timeline.accept(test::countingFrame(0, 10));
     timeline.accept(test::countingFrame(30, 10));
@@ -68,7 +68,7 @@ TEST_F(TimelineTest, FillsAHoleWithSilenceSoThatTheRestStaysInPlace) {
     EXPECT_EQ(timeline.filledFrames(), 20);
 }
 
-TEST_F(TimelineTest, FillsUpToTheEndWhenTheLastFramesAreMissing) {
+TEST_F(TimelineTest, FillsUpToTheEndIfTheLastFramesAreMissing) {
     Timeline timeline = make(0);
     timeline.accept(test::countingFrame(0, 10));
     timeline.setEnd(20'000);

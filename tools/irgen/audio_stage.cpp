@@ -17,7 +17,7 @@ constexpr std::size_t kSamples = 6000;
 constexpr std::uint64_t kSeed = 9001;
 constexpr double kReverberationTime_s = 0.12;
 constexpr double kMixing_s = 0.006;
-constexpr double kTail_db = -28.0;  // energy, against the unit sample
+constexpr double kTail_db = -28.0;  // energy, relative to the unit sample
 
 constexpr FilterPoint kTailBassCut{200.0, kButterworthQ, kAudioRate_hz};
 constexpr FilterPoint kTailShelf{3000.0, kButterworthQ, kAudioRate_hz};

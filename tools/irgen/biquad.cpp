@@ -8,7 +8,7 @@
 namespace sonivex_irgen {
 namespace {
 
-// The cookbook's intermediate values: w0 the angular frequency, alpha the bandwidth.
+// Intermediate values of the cookbook: w0 is the angular frequency, alpha sets the bandwidth.
 struct Terms {
     double cos_w0;
     double alpha;
@@ -19,7 +19,7 @@ Terms termsOf(const FilterPoint& at) {
     return {exactCos(w0), exactSin(w0) / (2.0 * at.q)};
 }
 
-/** A of the cookbook: the square root of the amplitude ratio. */
+// A of the cookbook: the square root of the amplitude ratio.
 double shelfAmplitude(double gain_db) {
     return dbToAmplitude(0.5 * gain_db);
 }

@@ -10,8 +10,9 @@ namespace sonivex_irgen {
 namespace {
 
 constexpr std::size_t kMeasuredPoints = 4096;
-constexpr double kSmoothing_octaves = 1.0 / 12.0;  // to either side
-constexpr double kNeighbourhood_deg = 15.001;  // grids have steps of 5 degrees: 15 is within, rounded or not
+constexpr double kSmoothing_octaves = 1.0 / 12.0;  // half width
+// Grids have steps of 5 degrees. The margin keeps neighbours at 15 degrees inside despite rounding.
+constexpr double kNeighbourhood_deg = 15.001;
 constexpr double kLowest_db = -30.0;
 constexpr double kHighest_db = 15.0;
 constexpr double kHeldFrom_hz = 15000.0;
@@ -23,7 +24,7 @@ std::vector<double> smoothedPower(const std::vector<double>& response) {
     return smoothOverOctaves(powerSpectrum(response, kMeasuredPoints), kSmoothing_octaves);
 }
 
-/** One weight for each direction, smaller where the grid is dense. */
+// One weight for each direction; it is smaller where the grid is dense.
 std::vector<double> densityWeights(const HeadMeasurements& head) {
     const double smallest_cosine = exactCos(kNeighbourhood_deg * kPi / 180.0);
     std::vector<double> weights;
@@ -33,7 +34,7 @@ std::vector<double> densityWeights(const HeadMeasurements& head) {
         for (const HeadMeasurement& other : head.directions) {
             if (dot(here.direction, other.direction) >= smallest_cosine) ++neighbours;
         }
-        // Rounding can leave a direction just outside its own neighbourhood only if it is no unit vector.
+        // A unit vector lies in its own neighbourhood; the limit of 1 covers a direction that is not one.
         weights.push_back(1.0 / static_cast<double>(std::max<std::size_t>(neighbours, 1)));
     }
     return weights;
@@ -54,7 +55,7 @@ std::vector<double> diffuseFieldPower(const HeadMeasurements& head) {
     return sum;
 }
 
-/** Linear interpolation between bins at a fractional position. */
+// Linear interpolation between bins at a fractional position.
 double readAt(const std::vector<double>& values, double position) {
     const double below = std::floor(position);
     const auto index = std::min(static_cast<std::size_t>(below), values.size() - 2);
@@ -62,13 +63,13 @@ double readAt(const std::vector<double>& values, double position) {
     return values[index] + fraction * (values[index + 1] - values[index]);
 }
 
-/** 0 at kFadeEnd_hz and below, 1 at kFadeStart_hz and above, a raised cosine on log f between. */
+// 0 at kFadeEnd_hz and below, 1 at kFadeStart_hz and above, a raised cosine over log f between.
 double bassWeight(double frequency_hz) {
     if (frequency_hz <= kFadeEnd_hz) return 0.0;
     return halfCosineFade(exactLog(kFadeStart_hz / frequency_hz) / exactLog(kFadeStart_hz / kFadeEnd_hz));
 }
 
-/** From the file's rate to ours: T at the kHeadBins bins. */
+// Resamples T from the bins at the file's sample rate to the kHeadBins bins at kRate_hz.
 std::vector<double> atHeadBins(const std::vector<double>& measured_db, double rate_hz) {
     const double bins_per_hz = static_cast<double>(kMeasuredPoints) / rate_hz;
     std::vector<double> transfer_db(kHeadBins);

@@ -1,11 +1,12 @@
-// What a head does to a sound by its direction alone.
+// Directional transfer functions: the part of a head's response that depends on the direction alone.
 //
 //   power      |H|^2 of a response, averaged over +-1/12 octave
-//   average    of power over all directions and both ears, crowded directions counting less
-//   T          10 log10(power / average), -30..15 dB
+//   average    weighted mean of power over all directions and both ears; directions in a dense part of the
+//              grid weigh less
+//   T          10 log10(power / average), limited to -30..15 dB
 //
 // Dividing by the average removes the measuring loudspeaker and suits headphones that are voiced to the
-// diffuse field (Middlebrooks 1999). Finer detail than 1/6 octave does not help a sound to leave the head
+// diffuse field (Middlebrooks 1999). Detail finer than 1/6 octave does not improve externalisation
 // (Hassager et al. 2016).
 #pragma once
 
@@ -17,14 +18,16 @@
 
 namespace sonivex_irgen {
 
-/** T of one direction in dB at the kHeadBins bins, for each ear. */
+/** T of one direction. */
 struct DirectionalTransfer {
-    Vector3 direction;
+    Vector3 direction;  // unit vector towards the source
+    /** T in dB at the kHeadBins bins, for each ear. */
     std::array<std::vector<double>, kEars> transfer_db;
 };
 
-/** One entry for each measured direction. Held above 15 kHz; faded to 0 dB from 400 down to 120 Hz, where
- * small loudspeakers measure nothing and a head does nothing. */
+/** Computes T for each measured direction, in the order of the measurements.
+ *  T keeps its value at 15 kHz above that frequency. It fades to 0 dB from 400 down to 120 Hz, where small
+ *  loudspeakers measure nothing useful and the head has hardly any effect. */
 std::vector<DirectionalTransfer> directionalTransfers(const HeadMeasurements& head);
 
 }  // namespace sonivex_irgen

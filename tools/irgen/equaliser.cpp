@@ -28,7 +28,7 @@ std::size_t binAt(double frequency_hz, const std::vector<double>& bins) {
     return static_cast<std::size_t>(std::floor(frequency_hz / binWidth_hz(bins) + 0.5));
 }
 
-/** Level in the middle of the spectrum, to which the rest is compared. */
+// Mean level in the middle of the spectrum; the rest is compared to it.
 double referenceLevel_db(const std::vector<double>& level_db) {
     double sum = 0.0;
     for (int point = 0; point < kReferencePoints; ++point) {
@@ -40,7 +40,7 @@ double referenceLevel_db(const std::vector<double>& level_db) {
     return sum / static_cast<double>(kReferencePoints);
 }
 
-/** What is missing to the target at each bin, held at the ends of the audible range. */
+// Target minus level at each bin, in dB. Below kHeldBelow_hz and above kHeldAbove_hz the value is held.
 std::vector<double> missing_db(const std::vector<EarSignals>& sources, const EqualiserPlan& plan) {
     std::vector<double> level_db =
         smoothOverOctaves(programmePower(sources, plan.programme), 0.5 * plan.smoothing_octaves);

@@ -1,8 +1,14 @@
-// One filter for all tables of a group, which makes the programme's spectrum flat.
+// Equaliser: one filter for all tables of a group, which makes the spectrum of a typical programme flat.
 //
-// The same filter for both ears leaves the differences between them, and so the direction, as they are
-// (Merimaa 2009). repeat: measure the programme's power, smooth it, add what is missing to the filter, filter
-// the parts, mix
+// Both ears share the filter, so the interaural differences, and with them the direction, stay unchanged
+// (Merimaa 2009).
+//
+//   repeat plan.rounds times:
+//       level_db   = power of the programme at the ears, smoothed, relative to 400 Hz - 2.5 kHz
+//       filter_db += strength * (target_db - level_db), limited to +-12 dB
+//       group      = mix of the original components, each filtered with the minimum-phase filter
+//
+// The target is flat but for the air shelf.
 #pragma once
 
 #include <vector>
@@ -12,23 +18,26 @@
 
 namespace sonivex_irgen {
 
+/** Settings of the equaliser for one group. */
 struct EqualiserPlan {
     Programme programme;
     double air_db;             // rise of the target from 11 to 14 kHz
-    double smoothing_octaves;  // width of the average
-    int rounds;                // of measuring and correcting
-    double strength;           // part of the error that a round corrects
+    double smoothing_octaves;  // full width of the smoothing window
+    int rounds;                // measurements, each followed by a correction
+    double strength;           // fraction of the error that one round corrects
     double direct_to_reverberant_db;
 };
 
+/** A group after equalisation. */
 struct EqualisedGroup {
     std::vector<EarSignals> sources;  // in the group's order, equalised and mixed
-    double largest_gain_db;           // of the filter, by magnitude
+    double largest_gain_db;           // largest magnitude of the filter's gain in dB
 };
 
-/** The air shelf: 0 dB up to 11 kHz, air_db from 14 kHz. */
+/** Air shelf of the target: 0 dB up to 11 kHz, rising smoothly to air_db at 14 kHz and constant above. */
 double airShelf_db(double frequency_hz, double air_db);
 
+/** Equalises all loudspeakers of a group with one filter and mixes their components. */
 EqualisedGroup equaliseGroup(const std::vector<SourceComponents>& group, const EqualiserPlan& plan);
 
 }  // namespace sonivex_irgen

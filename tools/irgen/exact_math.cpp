@@ -9,8 +9,8 @@ namespace {
 
 constexpr double kLn10 = 2.30258509299404568402;
 
-// Constants in two or three parts, the leading ones with trailing zero bits, so that a whole multiple of them
-// is exact and the reduced argument keeps its last bits.
+// Constants split into two or three parts. The leading parts end in zero bits, so their whole multiples are
+// exact and the reduced argument keeps its last bits.
 constexpr double kLn2High = 0x1.62e42fefap-1;
 constexpr double kLn2Low = 0x1.cf79abc9e3b3ap-40;
 constexpr double kHalfPiHigh = 0x1.921fb544p+0;
@@ -24,7 +24,7 @@ double powerOfTwo(std::int64_t exponent) {
     return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + kExponentBias) << kMantissaBits);
 }
 
-/** Taylor series of the sine for |r| <= pi/4. */
+// Taylor series of the sine for |r| <= pi/4.
 double sineSeries(double r) {
     double sum = 0.0;
     const double square = r * r;
@@ -32,7 +32,7 @@ double sineSeries(double r) {
     return r + r * sum;
 }
 
-/** Taylor series of the cosine for |r| <= pi/4. */
+// Taylor series of the cosine for |r| <= pi/4.
 double cosineSeries(double r) {
     double sum = 0.0;
     const double square = r * r;
@@ -40,7 +40,7 @@ double cosineSeries(double r) {
     return 1.0 + sum;
 }
 
-/** sin(x + quarter_turns * pi/2). */
+// sin(x + quarter_turns * pi/2)
 double turnedSine(double x, std::int64_t quarter_turns) {
     const double turns = std::floor(x / (0.5 * kPi) + 0.5);
     const double r = ((x - turns * kHalfPiHigh) - turns * kHalfPiMiddle) - turns * kHalfPiLow;
@@ -49,7 +49,7 @@ double turnedSine(double x, std::int64_t quarter_turns) {
     return quadrant >= 2 ? -value : value;
 }
 
-/** Maclaurin series of the arc sine for |x| <= 0.5: the terms fall by four each. */
+// Maclaurin series of the arc sine for |x| <= 0.5; each term is at most a quarter of the one before.
 double arcSineSeries(double x) {
     const double square = x * x;
     double term = x;

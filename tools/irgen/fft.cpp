@@ -9,7 +9,8 @@
 namespace sonivex_irgen {
 namespace {
 
-/** exp(-2 pi i k / size) for k below size/2, computed once for each size. The generator has one thread. */
+// exp(-2 pi i k / size) for k up to size/2, computed once for each size. The cache has no lock; the generator
+// has one thread.
 const std::vector<Complex>& twiddles(std::size_t size) {
     static std::map<std::size_t, std::vector<Complex>> by_size;
     std::vector<Complex>& factors = by_size[size];

@@ -1,6 +1,7 @@
-// Discrete Fourier transform in double, radix 2, with a fixed order of operations.
+// Radix-2 discrete Fourier transform in double precision with a fixed order of operations.
 //   forward: X[k] = sum over n of x[n] * exp(-2 pi i k n / size)
 //   inverse: x[n] = 1/size * sum over k of X[k] * exp(+2 pi i k n / size)
+// The twiddle factors are cached without a lock; the generator has one thread.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +9,7 @@
 
 namespace sonivex_irgen {
 
-/** Plain pair of doubles: std::complex leaves its multiplication to the compiler's library. */
+/** Pair of doubles with a fixed multiplication; that of std::complex depends on the compiler's library. */
 struct Complex {
     double re = 0.0;
     double im = 0.0;
@@ -26,27 +27,35 @@ inline Complex operator*(Complex a, Complex b) {
 inline Complex operator*(double a, Complex b) {
     return {a * b.re, a * b.im};
 }
+
+/** |a|^2 */
 inline double squaredMagnitude(Complex a) {
     return a.re * a.re + a.im * a.im;
 }
 
-/** Transform in place; the size must be a power of two. */
+/** Forward transform in place; the size must be a power of two. */
 void fft(std::vector<Complex>& values);
+
+/** Inverse transform in place, scaled by 1/size; the size must be a power of two. */
 void inverseFft(std::vector<Complex>& values);
 
-/** The size/2 + 1 bins of a real signal, padded with zeros to `size`, a power of two not below its length. */
+/** Forward transform of a real signal that is padded with zeros to `size`.
+ *  @param size a power of two, not below the signal's length
+ *  @return bins 0 to size/2 */
 std::vector<Complex> realSpectrum(const std::vector<double>& signal, std::size_t size);
 
-/** The real signal of size/2 + 1 bins: 2 * (bins - 1) samples. */
+/** Inverse of realSpectrum.
+ *  @param bins bins 0 to size/2
+ *  @return size = 2 * (bins - 1) samples */
 std::vector<double> realSignal(const std::vector<Complex>& bins);
 
-/** |X|^2 of realSpectrum. */
+/** |X|^2 at the bins of realSpectrum. */
 std::vector<double> powerSpectrum(const std::vector<double>& signal, std::size_t size);
 
 /** Linear convolution of a signal with a filter, cut to the signal's length. */
 std::vector<double> convolveToLength(const std::vector<double>& signal, const std::vector<double>& filter);
 
-/** The smallest power of two not below n, at least 1. */
+/** Smallest power of two that is not below n; at least 1. */
 std::size_t nextPowerOfTwo(std::size_t n);
 
 }  // namespace sonivex_irgen

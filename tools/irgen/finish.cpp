@@ -53,7 +53,7 @@ std::vector<std::int16_t> quantise(const std::vector<double>& response, double s
         const double rounded = std::floor(wanted + 0.5);
         if (!(rounded >= std::numeric_limits<std::int16_t>::min() &&
               rounded <= std::numeric_limits<std::int16_t>::max())) {
-            throw UnmetTableFact("a value does not fit 16 bits");
+            throw UnmetTableFact("a value does not fit in 16 bits");
         }
         table[n] = static_cast<std::int16_t>(rounded);
         carried = n < kPlainlyRounded_samples ? 0.0 : wanted - rounded;

@@ -1,4 +1,4 @@
-// The last steps from a response to a table of integers.
+// The last steps from a designed response to a table of integers.
 #pragma once
 
 #include <cstdint>
@@ -7,30 +7,33 @@
 
 namespace sonivex_irgen {
 
-/** A table cannot be what its readers count on; the text says which and why. */
+/** A table breaks a fact that its readers rely on. The text names the table and the reason. */
 class UnmetTableFact : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/** How a response begins and ends. */
+/** Settings of finishResponse. */
 struct FinishPlan {
     double bass_shelf_db;
     double high_pass_hz;
-    double faded_part;  // of its end
+    double faded_part;  // fraction of the length that fades out, at the end
     double rate_hz;
 };
 
-/** Bass shelf at 110 Hz, Butterworth high-pass, fade to nothing, and a sum of zero: what remains is taken
- * away as a Hann window over the last three quarters. */
+/** Shapes both ends of the spectrum and the end of a response, in place.
+ *
+ *   bass shelf at 110 Hz, Butterworth high-pass
+ *   fade to zero over the last faded_part of the length, along half a cosine
+ *   subtract a Hann window over the last three quarters, scaled so that the samples sum to zero */
 void finishResponse(const FinishPlan& plan, std::vector<double>& response);
 
-/** Round scale * response. The first 256 samples, where the peak is, are rounded to the nearest; from there
- * on each rounding error is carried to the next sample, which keeps the sum at zero. Throws UnmetTableFact if
- * a value does not fit 16 bits. */
+/** Rounds scale * response to integers. The first 256 samples, which hold the peak, are rounded to the
+ *  nearest. From there on each rounding error is carried to the next sample, which keeps the sum at zero.
+ *  Throws UnmetTableFact if a value does not fit in 16 bits. */
 std::vector<std::int16_t> quantise(const std::vector<double>& response, double scale);
 
-/** The largest magnitude. */
+/** Largest magnitude of a response. */
 double peakMagnitude(const std::vector<double>& response);
 
 }  // namespace sonivex_irgen

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kMinimumDirections = 64;
 constexpr std::size_t kMinimumLength_samples = 64;
-constexpr std::size_t kMaximumLength_samples = 4096;  // longer is a room's response, not a head's
+constexpr std::size_t kMaximumLength_samples = 4096;  // a longer response is that of a room, not of a head
 constexpr double kMinimumRate_hz = 32000.0;
 constexpr double kMaximumRate_hz = 192000.0;
 constexpr double kWidestGap_deg = 15.0;
@@ -40,12 +40,12 @@ void checkResponses(const HeadMeasurement& measured, std::size_t number) {
         fail("direction ", number, " is not finite");
     }
     for (std::size_t ear = 0; ear < kEars; ++ear) {
-        if (!isFinite(measured.delays_samples[ear])) fail("a delay of direction ", number, " is not finite");
+        if (!isFinite(measured.delays_samples[ear])) fail("a delay for direction ", number, " is not finite");
         for (const double sample : measured.ears[ear]) {
             if (!isFinite(sample))
-                fail("a response to direction ", number, " holds a value that is not finite");
+                fail("a response for direction ", number, " holds a value that is not finite");
         }
-        if (energy(measured.ears[ear]) == 0.0) fail("a response to direction ", number, " is all zero");
+        if (energy(measured.ears[ear]) == 0.0) fail("a response for direction ", number, " is all zeros");
     }
 }
 
@@ -61,19 +61,19 @@ const HeadMeasurement& nearest(const HeadMeasurements& head, const Vector3& want
 
 void checkHeadMeasurements(const HeadMeasurements& head) {
     if (head.directions.size() < kMinimumDirections) {
-        fail("only ", head.directions.size(), " directions, ", kMinimumDirections, " are needed");
+        fail("only ", head.directions.size(), " directions; at least ", kMinimumDirections, " are needed");
     }
     if (!(head.rate_hz >= kMinimumRate_hz && head.rate_hz <= kMaximumRate_hz)) {
-        fail("sampling rate ", head.rate_hz, " Hz is outside 32000 to 192000");
+        fail("sample rate ", head.rate_hz, " Hz is outside 32000 to 192000 Hz");
     }
     const std::size_t length_samples = head.directions.front().ears[0].size();
     if (length_samples < kMinimumLength_samples || length_samples > kMaximumLength_samples) {
-        fail("responses of ", length_samples, " samples; a head's have ", kMinimumLength_samples, " to ",
-             kMaximumLength_samples);
+        fail("the responses have ", length_samples, " samples; a head response has ", kMinimumLength_samples,
+             " to ", kMaximumLength_samples);
     }
     for (std::size_t number = 0; number < head.directions.size(); ++number) {
         for (const std::vector<double>& response : head.directions[number].ears) {
-            if (response.size() != length_samples) fail("responses of unequal length");
+            if (response.size() != length_samples) fail("the responses differ in length");
         }
         checkResponses(head.directions[number], number);
     }
@@ -86,7 +86,8 @@ void checkHeadMeasurements(const HeadMeasurements& head) {
         }
     }
     const HeadMeasurement& from_the_left = nearest(head, horizontalDirection(90.0));
-    if (energy(from_the_left.ears[0]) <= energy(from_the_left.ears[1])) fail("left and right are swapped");
+    if (energy(from_the_left.ears[0]) <= energy(from_the_left.ears[1]))
+        fail("the left and right ears are swapped");
 }
 
 }  // namespace sonivex_irgen

@@ -1,4 +1,4 @@
-// Measured free-field responses of a head, and whether they will do.
+// Measured free-field responses of a head, and the check that they are usable.
 #pragma once
 
 #include <array>
@@ -12,13 +12,14 @@
 
 namespace sonivex_irgen {
 
-/** The responses of both ears to one direction. */
+/** Responses of both ears to one direction. */
 struct HeadMeasurement {
     Vector3 direction;                              // unit vector towards the source
     std::array<std::vector<double>, kEars> ears;    // left, right
-    std::array<double, kEars> delays_samples = {};  // to be added before the responses
+    std::array<double, kEars> delays_samples = {};  // delay in front of each response, at the file's rate
 };
 
+/** All measured directions of one head. */
 struct HeadMeasurements {
     double rate_hz = 0.0;
     std::vector<HeadMeasurement> directions;
@@ -30,9 +31,13 @@ class UnusableHead : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/** Throws UnusableHead for fewer than 64 directions, responses shorter than 64 or longer than 4096 samples or
- * of unequal length, a rate outside 32-192 kHz, a value that is not finite, a response that is all zero, a
- * gap of more than 15 degrees around a loudspeaker's direction, and ears the wrong way round. */
+/** Throws UnusableHead unless all of this holds:
+ *  - there are 64 directions or more;
+ *  - all responses have the same length, 64 to 4096 samples;
+ *  - the sample rate is 32 to 192 kHz;
+ *  - every value is finite and no response is all zeros;
+ *  - a measured direction lies within 15 degrees of each loudspeaker's direction;
+ *  - the left ear hears a source on the left louder than the right ear does. */
 void checkHeadMeasurements(const HeadMeasurements& head);
 
 }  // namespace sonivex_irgen

@@ -11,7 +11,7 @@ namespace sonivex_irgen {
 namespace {
 
 constexpr std::size_t kNearest = 4;
-constexpr double kHalfDegree_rad = 0.0087266;  // keeps the weight of a measured direction itself finite
+constexpr double kHalfDegree_rad = 0.0087266;  // keeps the weight finite at a measured direction
 constexpr std::size_t kEarResponse_samples = 512;
 
 }  // namespace
@@ -20,7 +20,7 @@ HeadModel::HeadModel(std::vector<DirectionalTransfer> transfers, double radius_m
     : transfers_(std::move(transfers)), radius_m_(radius_m) {}
 
 EarSpectra HeadModel::transfer_db(const Vector3& direction) const {
-    // Pairs of chord and index: equal chords are taken in the file's order.
+    // Pairs of chord and index, so that equal chords are taken in the file's order.
     std::vector<std::pair<double, std::size_t>> nearest;
     nearest.reserve(transfers_.size());
     for (std::size_t m = 0; m < transfers_.size(); ++m) {

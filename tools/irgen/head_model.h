@@ -1,7 +1,11 @@
-// The head that everything is heard with: spectra of any direction, and arrival times on whole samples.
+// The head through which all sound is heard: spectra for any direction, and arrival times in whole samples.
 //
-// Minimum phase and a delay are perceptually sufficient (Kulkarni, Isabelle & Colburn 1999), interpolate
-// without combs and do not ring before the sound arrives.
+// A minimum-phase response behind a delay is perceptually sufficient (Kulkarni, Isabelle & Colburn 1999). It
+// interpolates without comb filtering and does not ring before the sound arrives.
+//
+// Use, for each ear:
+//   const std::int64_t start = head.arrivals(direction, centre_samples)[ear];
+//   addResponse(earResponse(head.transfer_db(direction)[ear]), gain, start, signal);
 #pragma once
 
 #include <array>
@@ -13,21 +17,24 @@
 
 namespace sonivex_irgen {
 
-using EarSpectra = std::array<std::vector<double>, kEars>;  // dB at the kHeadBins bins
-using EarSignals = std::array<std::vector<double>, kEars>;  // left, right
+using EarSpectra = std::array<std::vector<double>, kEars>;  // left, right; dB at the kHeadBins bins
+using EarSignals = std::array<std::vector<double>, kEars>;  // left, right; samples
 
 class HeadModel {
   public:
+    /** @param transfers directional transfer functions, at least one
+     *  @param radius_m  radius of the sphere that the interaural delays follow */
     HeadModel(std::vector<DirectionalTransfer> transfers, double radius_m);
 
+    /** Radius of the sphere in metres. */
     double radius_m() const { return radius_m_; }
 
-    /** The transfer in dB from a direction (unit vector) to each ear: the mean of the four nearest measured
-     * ones. */
+    /** Transfer in dB from a direction (unit vector) to each ear. It is the mean of the four nearest measured
+     *  transfers, weighted with 1 / (chord + half a degree)^2. */
     EarSpectra transfer_db(const Vector3& direction) const;
 
-    /** The samples at which a sound reaches the ears, if it reaches the middle of the head at
-     * `centre_samples`. */
+    /** Samples at which a sound from a direction (unit vector) reaches the left and the right ear, rounded to
+     *  whole samples, if it reaches the centre of the head at `centre_samples`. */
     std::array<std::int64_t, kEars> arrivals(const Vector3& direction, double centre_samples) const;
 
   private:
@@ -35,10 +42,10 @@ class HeadModel {
     double radius_m_;
 };
 
-/** Ear responses of a spectrum: minimum phase, 512 samples. */
+/** Minimum-phase response of 512 samples for a spectrum in dB at the kHeadBins bins. */
 std::vector<double> earResponse(const std::vector<double>& transfer_db);
 
-/** Add gain * response to a signal from sample `start`; what does not fit is dropped. */
+/** Adds gain * response to a signal from sample `start` on; samples outside the signal are dropped. */
 void addResponse(const std::vector<double>& response, double gain, std::int64_t start,
                  std::vector<double>& signal);
 

@@ -14,13 +14,13 @@ constexpr double kSmallestAbsorption = 0.02;
 constexpr double kLargestAbsorption = 0.95;
 constexpr double kNarrowingFrom_hz = 250.0;
 constexpr double kNarrowing_octaves = 5.0;
-constexpr double kNarrowest = 1.2;          // exponent of the cardioid above 8 kHz
-constexpr double kSmallestCardioid = 0.05;  // behind the loudspeaker
-constexpr double kFullWeightPart = 0.6;     // of the early part
+constexpr double kNarrowest = 1.2;          // exponent of the cardioid from 8 kHz up
+constexpr double kSmallestCardioid = 0.05;  // limit behind the loudspeaker
+constexpr double kFullWeightPart = 0.6;     // fraction of the early part
 
 enum Wall : std::size_t { kBack, kFront, kRight, kLeft, kFloor, kCeiling, kWalls };
 
-/** Furniture: no two walls of a room are alike. */
+// Absorption of one wall. Furniture makes the walls of a room differ.
 double absorptionOf(Wall wall, double average) {
     double absorption = average;
     if (wall == kRight) absorption = average + 0.04;
@@ -34,7 +34,7 @@ double binFrequency_hz(std::size_t bin) {
     return static_cast<double>(bin) * kRate_hz / static_cast<double>(kHeadPoints);
 }
 
-/** What one hit on a wall takes away, in dB (negative), at the kHeadBins bins. */
+// Level change in dB (negative) of one reflection from a wall, at the kHeadBins bins.
 std::vector<double> wallLevels_db(const Room& room, Wall wall) {
     std::array<double, kBands> octaves{};
     for (std::size_t band = 0; band < kBands; ++band) {
@@ -54,7 +54,7 @@ std::vector<double> wallLevels_db(const Room& room, Wall wall) {
     return level_db;
 }
 
-/** How directive the loudspeaker is at the kHeadBins bins: the exponent of its cardioid. */
+// Directivity of the loudspeaker at the kHeadBins bins: the exponent of its cardioid.
 std::vector<double> narrowing() {
     std::vector<double> exponents(kHeadBins);
     for (std::size_t k = 0; k < kHeadBins; ++k) {
@@ -65,14 +65,15 @@ std::vector<double> narrowing() {
     return exponents;
 }
 
-/** One dimension of an image: `cell` counts the mirrored rooms from the real one. */
+// One coordinate of an image source, with the reflections it stands for.
 struct Reflected {
     double place_m;
-    int hits_low;   // on the wall at 0
-    int hits_high;  // on the wall at the room's size
-    double sense;   // -1 if the image looks the other way
+    int hits_low;   // reflections from the wall at 0
+    int hits_high;  // reflections from the wall at the room's size
+    double sense;   // -1 if the image faces the other way
 };
 
+// Mirrors a coordinate into the room `cell` rooms away from the real one.
 Reflected reflect(double place_m, double size_m, int cell) {
     const bool is_mirrored = cell % 2 != 0;
     const int hits = cell < 0 ? -cell : cell;
@@ -87,7 +88,8 @@ double earlyWeight(double delay_s, double early_end_s) {
     return halfCosineFade((delay_s - full_until_s) / (early_end_s - full_until_s));
 }
 
-/** Magnitude of an image against the direct sound: distance, walls, and the loudspeaker's own direction. */
+// Level of an image relative to the direct sound, from its distance, the walls and the angle off the
+// loudspeaker's axis.
 class ImageLevels {
   public:
     explicit ImageLevels(const Room& room) : narrowing_(narrowing()) {

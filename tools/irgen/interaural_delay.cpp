@@ -9,7 +9,7 @@ namespace sonivex_irgen {
 namespace {
 
 constexpr std::size_t kOversampling = 8;
-constexpr double kOnsetLevel = 0.1;  // of the peak
+constexpr double kOnsetLevel = 0.1;  // fraction of the peak
 constexpr double kHorizontal_z = 0.05;
 constexpr std::size_t kEnoughDirections = 8;
 constexpr double kSmallestRadius_m = 0.07;
@@ -18,7 +18,7 @@ constexpr double kLargestRadius_m = 0.11;
 std::vector<double> oversampled(const std::vector<double>& response) {
     std::vector<Complex> bins = realSpectrum(response, 2 * nextPowerOfTwo(response.size()));
     const std::size_t half = bins.size() - 1;
-    bins[half] = 0.5 * bins[half];  // the old Nyquist bin now has a mirror image
+    bins[half] = 0.5 * bins[half];  // the old Nyquist bin gets a mirror image
     bins.resize(half * kOversampling + 1);
     return realSignal(bins);
 }

@@ -1,4 +1,4 @@
-// How much later a sound reaches the far ear: Woodworth's sphere, and the radius that fits a measured head.
+// Interaural delay of Woodworth's spherical head, and the radius of the sphere that fits a measured head.
 //   delay = a / c * (theta + sin theta), theta the angle off the median plane
 #pragma once
 
@@ -9,15 +9,16 @@
 
 namespace sonivex_irgen {
 
-/** By how much the right ear is later than the left, in seconds; negative from the right.
+/** Time in seconds by which the sound reaches the right ear after the left one; negative for a source on the
+ *  right.
  *  @param direction unit vector */
 double woodworthDelay_s(double radius_m, const Vector3& direction);
 
-/** The radius whose delays come nearest, by least squares, to the measured ones in the horizontal plane (in
- * all directions, if fewer than 8 lie there); at least 0.07 m and at most 0.11 m. */
+/** Radius whose delays fit the measured ones best by least squares, limited to 0.07..0.11 m. The fit uses the
+ *  directions in the horizontal plane, or all directions if fewer than 8 lie there. */
 double fitHeadRadius_m(const HeadMeasurements& head);
 
-/** When a response first reaches a tenth of its peak, in samples, to an eighth of a sample. */
+/** Position in samples, to an eighth of a sample, at which a response first reaches a tenth of its peak. */
 double onset_samples(const std::vector<double>& response);
 
 }  // namespace sonivex_irgen

@@ -12,13 +12,14 @@ namespace sonivex_irgen {
 namespace {
 
 constexpr double kLowestOctave_hz = 125.0;
-constexpr double kLog1000 = 6.9078;  // 60 dB as a power, in nepers of amplitude
+constexpr double kLog1000 = 6.9078;  // ln 1000: 60 dB in nepers
 constexpr double kEarDistance_m = 0.15;
 
 constexpr std::array<double, kTailOctaves> kTimeFactors{1.15, 1.1, 1.0, 1.0, 1.0, 0.95, 0.85, 0.7};
 constexpr std::array<double, kTailOctaves> kLevels_db{0.0, 0.0, 0.0, 0.0, -0.5, -1.5, -3.5, -6.0};
 
-/** Part of a frequency that belongs to an octave: the windows add up to 1, the outer two are open. */
+// Weight of an octave at a frequency. The windows add up to 1; the outer two extend to the ends of the
+// spectrum.
 double octaveWindow(std::size_t octave, double frequency_hz) {
     constexpr double kLast = kTailOctaves - 1;
     const double place = std::clamp(exactLog2(std::max(frequency_hz, 1.0) / kLowestOctave_hz), 0.0, kLast);
@@ -32,7 +33,7 @@ double binFrequency_hz(std::size_t bin, std::size_t bins, double rate_hz) {
     return static_cast<double>(bin) * rate_hz / static_cast<double>(2 * (bins - 1));
 }
 
-/** Cut noise into octaves and let each die away in its own time. */
+// Splits noise into octaves, gives each its own decay and sums them.
 std::vector<double> decayingNoise(const std::vector<Complex>& noise, const TailDecay& decay,
                                   std::size_t samples, double rate_hz) {
     std::vector<double> sum(samples, 0.0);

@@ -1,4 +1,4 @@
-// Late reverberation: decaying noise whose ears agree as they do in a diffuse field.
+// Late reverberation: decaying noise whose coherence between the ears is that of a diffuse field.
 //
 //   left, right = sqrt((1+g)/2) x +- sqrt((1-g)/2) y      x, y noise, g the coherence at each frequency
 //   each octave times min(t / mixing time, 1) * exp(-6.9078 t / RT)
@@ -15,23 +15,24 @@ namespace sonivex_irgen {
 
 inline constexpr std::size_t kTailOctaves = 8;  // 125 Hz to 16 kHz
 
-/** How a tail dies away. */
+/** Decay of a tail. */
 struct TailDecay {
     std::array<double, kTailOctaves> reverberation_times_s;
-    double mixing_s;  // from here on the reflections can no longer be told apart
+    double mixing_s;  // time after the direct sound from which single reflections cannot be told apart
 };
 
-/** The decay of a room: slower in the bass, faster in the treble; mixing time sqrt(V in m3) ms (Polack). */
+/** Decay of a room, slower in the bass and faster in the treble. The mixing time is sqrt(V in m3) ms
+ *  (Polack). */
 TailDecay roomDecay(const Room& room);
 
-/** Coherence of a diffuse field at the two ears (Lindevald & Benade 1986). */
+/** Coherence of a diffuse field between the ears (Lindevald & Benade 1986). */
 double earCoherence(double frequency_hz);
 
-/** `samples` samples for each ear, silent before kOrigin_samples; noise of the seeds 2 seed + 1 and 2 seed
- * + 2. The level is that of the noise and means nothing. */
+/** Late reverberation of `samples` samples for each ear, silent up to kOrigin_samples. It is made from noise
+ *  of the seeds 2 seed + 1 and 2 seed + 2. Its level is that of the noise and is arbitrary. */
 EarSignals binauralTail(std::uint64_t seed, const TailDecay& decay, std::size_t samples);
 
-/** The same without a second ear: noise of the seed 2 seed + 1 at another rate. */
+/** Like binauralTail, but for one channel at any sample rate, from noise of the seed 2 seed + 1. */
 std::vector<double> monoTail(std::uint64_t seed, const TailDecay& decay, std::size_t samples, double rate_hz);
 
 }  // namespace sonivex_irgen

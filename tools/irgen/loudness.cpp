@@ -9,7 +9,7 @@
 namespace sonivex_irgen {
 namespace {
 
-// The two filters of ITU-R BS.1770 at 48 kHz: the head's shelf, and the high-pass.
+// The two filters of ITU-R BS.1770 at 48 kHz: the shelf, which models the head, and the high-pass.
 constexpr Biquad kHeadShelf{1.53512485958697, -2.69169618940638, 1.19839281085285, -1.69065929318241,
                             0.73248077421585};
 constexpr Biquad kBassCut{1.0, -2.0, 1.0, -1.99004745483398, 0.99007225036621};

@@ -15,7 +15,7 @@ constexpr double kSurround_deg = 110.0;
 constexpr double kSide_deg = 90.0;
 constexpr double kBack_deg = 140.0;
 
-/** Direct to reverberant energy in dB. */
+// Direct-to-reverberant energy ratio of each kind of loudspeaker.
 struct Ratios {
     double front_db = 0.0;
     double centre_db = 0.0;
@@ -28,16 +28,16 @@ constexpr double kLowFrequencyRatio_db = 20.0;
 constexpr std::uint64_t kCingoSeed = 101;
 constexpr std::uint64_t kBingo51Seed = 1000;
 constexpr std::uint64_t kBingo71Seed = 2000;
-constexpr std::uint64_t kLowFrequencySeed = 90;  // above the set's own
+constexpr std::uint64_t kLowFrequencySeed = 90;  // added to the set's own
 
-/** How the three strengths of the effect differ. */
+// Parameters in which the three modes of the effect differ.
 struct Mode {
     std::uint64_t number = 0;
     Room room;
     Ratios ratios;
     double air_db = 0.0;
     double bass_shelf_db = 0.0;
-    double largest_magnitude = 0.0;  // falls with the bass lift: all modes are equally loud
+    double largest_magnitude = 0.0;  // falls with the bass lift, so that all modes are equally loud
 };
 
 constexpr std::array<Mode, 3> kModes{{
@@ -55,8 +55,8 @@ std::vector<std::string> numberedSources(const std::string& layout, int count, c
     return names;
 }
 
-/** Front pair, centre, low frequency and the surround pairs. The seeds count the groups without the low
- * frequency. */
+// Groups in the order of the sources: front pair, centre, low frequency, surround pairs. The seed rises by 10
+// from group to group; the low-frequency group has an offset of its own and does not count.
 std::vector<LoudspeakerGroup> surroundGroups(std::uint64_t seed, const Ratios& ratios, bool has_low_frequency,
                                              std::initializer_list<double> surround_pairs_deg) {
     std::vector<LoudspeakerGroup> groups{{Kind::kFrontPair, kFront_deg, seed, ratios.front_db},

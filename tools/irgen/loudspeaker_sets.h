@@ -1,4 +1,4 @@
-// The sets of tables: which loudspeakers, in which room, voiced how.
+// The sets of tables: the loudspeakers of each, the room they stand in, and the voicing.
 #pragma once
 
 #include <cstdint>
@@ -11,38 +11,42 @@
 
 namespace sonivex_irgen {
 
-/** Loudspeakers that are equalised and levelled together, in the order of their sources. */
+/** One loudspeaker or a pair that is equalised and levelled together. */
 struct LoudspeakerGroup {
     enum class Kind { kFrontPair, kCentre, kLowFrequency, kSurroundPair };
     Kind kind;
-    double azimuth_deg;  // of the left one of a pair
-    std::uint64_t seed;  // of the first one's reverberation; a pair's second has the next
+    double azimuth_deg;  // left positive; of a pair, that of the left loudspeaker
+    std::uint64_t seed;  // of the first loudspeaker's reverberation; the second of a pair has the next
     double direct_to_reverberant_db;
 
+    /** True if the group has two loudspeakers. */
     bool isPair() const { return kind == Kind::kFrontPair || kind == Kind::kSurroundPair; }
 };
 
+/** Design of one set of tables. */
 struct LoudspeakerSet {
     std::string name;                       // for reports
-    std::vector<std::string> source_names;  // of each source, without prefix, ear and rate
-    std::size_t samples;
+    std::vector<std::string> source_names;  // of the tables of each source, without prefix, ear and rate
+    std::size_t samples;                    // of each table
     Room room;
-    std::vector<LoudspeakerGroup> groups;
+    std::vector<LoudspeakerGroup> groups;  // in the order of the sources
     Programme front_programme;
     bool is_centre_equal_in_both_ears;
     double air_db;
     double bass_shelf_db;
     double high_pass_hz;
-    double faded_part;  // of the table's end
-    /** Largest magnitude of the set's tables; without one the tables are at the level of a dry channel. */
+    double faded_part;  // fraction of the table that fades out, at the end
+    /** Largest magnitude of the set's tables. Without a value the tables have the level of a dry channel, but
+     *  for the low-frequency source. */
     std::optional<double> largest_magnitude;
-    double divisor;  // the stored integer of a gain of 1
+    double divisor;  // integer that the effect reads as a gain of 1
 };
 
-/** All sets but the Audio pair: cingo; Bingo 5.1 and 7.1; modes 1 to 3 of two channels, 5.1 and 7.1. */
+/** All sets but the Audio stage, in the order of the tables: cingo; Bingo 5.1 and 7.1; modes 1 to 3 for two
+ *  channels, for 5.1 and for 7.1. */
 std::vector<LoudspeakerSet> loudspeakerSets();
 
-/** Every azimuth at which a loudspeaker stands, left positive. */
+/** Azimuths of all loudspeakers of all sets, left positive. */
 std::vector<double> loudspeakerAzimuths_deg();
 
 }  // namespace sonivex_irgen

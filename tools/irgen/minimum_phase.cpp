@@ -11,8 +11,8 @@ std::vector<double> minimumPhaseResponse(const std::vector<double>& magnitude_db
     std::vector<Complex> bins(half + 1);
     for (std::size_t k = 0; k <= half; ++k) bins[k].re = magnitude_db[k] * nepers_per_db;
 
-    // Fold the anticausal half of the cepstrum onto the causal one: the phase that goes with the magnitude
-    // appears.
+    // Folding the anticausal half of the cepstrum onto the causal half yields the minimum phase that belongs
+    // to the magnitude.
     std::vector<double> cepstrum = realSignal(bins);
     for (std::size_t n = 1; n < half; ++n) cepstrum[n] *= 2.0;
     for (std::size_t n = half + 1; n < 2 * half; ++n) cepstrum[n] = 0.0;

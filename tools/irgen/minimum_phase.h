@@ -1,5 +1,5 @@
-// The impulse response with a given magnitude and the least delay: folded real cepstrum (Oppenheim &
-// Schafer).
+// Minimum-phase response: the impulse response with a given magnitude and the least delay. The method folds
+// the real cepstrum (Oppenheim & Schafer).
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,9 @@
 
 namespace sonivex_irgen {
 
-/** @param magnitude_db levels at the bins 0 to size/2 of a power-of-two transform of `size` points
- *  @param taps        samples to keep, at most size; the second half of them fades out along half a cosine
+/** Designs a minimum-phase response.
+ *  @param magnitude_db levels at the bins 0 to size/2 of a power-of-two transform of `size` points
+ *  @param taps         samples to keep, at most size; the second half of them fades out along half a cosine
  *  @return `taps` samples, the first at time 0 */
 std::vector<double> minimumPhaseResponse(const std::vector<double>& magnitude_db, std::size_t taps);
 

@@ -18,7 +18,7 @@ double GaussianNoise::next() {
         const std::uint64_t bits = bits_.next();
         for (int shift = 0; shift < 64; shift += 16) sum += (bits >> shift) & 0xFFFFU;
     }
-    // Eight uniform values of 0..65535: mean 8 * 32767.5, deviation 65536 * sqrt(8 / 12).
+    // Eight uniform values in 0..65535 have the mean 8 * 32767.5 and the deviation 65536 * sqrt(8 / 12).
     return (static_cast<double>(sum) - 8.0 * 32767.5) / (65536.0 * std::sqrt(8.0 / 12.0));
 }
 

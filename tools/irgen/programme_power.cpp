@@ -18,7 +18,7 @@ double realProduct(Complex a, Complex b) {
     return a.re * b.re + a.im * b.im;
 }
 
-/** Mean over the ears of |h1|^2 + |h2|^2 + 2 rho Re(h1 h2*); rho 1 gives |h1 + h2|^2. */
+// Mean over the ears of |h1|^2 + |h2|^2 + 2 rho Re(h1 h2*); rho = 1 gives |h1 + h2|^2.
 std::vector<double> pairPower(const EarSignals& first, const EarSignals& second, Programme programme) {
     std::vector<double> power(kPoints / 2 + 1, 0.0);
     for (std::size_t ear = 0; ear < kEars; ++ear) {
@@ -35,7 +35,7 @@ std::vector<double> pairPower(const EarSignals& first, const EarSignals& second,
     return power;
 }
 
-/** Both ears' powers added up, the mean over the loudspeakers. */
+// Sum of the powers at both ears, averaged over the loudspeakers.
 std::vector<double> singlePower(const std::vector<EarSignals>& group) {
     std::vector<double> power(kPoints / 2 + 1, 0.0);
     for (const EarSignals& ears : group) {

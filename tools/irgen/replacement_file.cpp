@@ -29,7 +29,7 @@ void ReplacementFile::commit(const std::string& text) {
 }
 
 void ReplacementFile::fail() const {
-    throw UnwritableOutput(path_ + ": " + (errno != 0 ? std::strerror(errno) : "write error"));
+    throw UnwritableOutput(path_ + ": cannot write: " + (errno != 0 ? std::strerror(errno) : "write error"));
 }
 
 }  // namespace sonivex_irgen

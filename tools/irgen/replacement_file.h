@@ -1,4 +1,7 @@
-// A file that is replaced as a whole or not at all: written under a temporary name beside it, then renamed.
+// A file that is replaced as a whole or not at all: the new one is written under a temporary name beside the
+// old one and then renamed.
+//
+// Use: ReplacementFile file(path); then file.commit(text) when the text is ready.
 #pragma once
 
 #include <fstream>
@@ -15,15 +18,16 @@ class UnwritableOutput : public std::runtime_error {
 
 class ReplacementFile {
   public:
-    /** Opens the temporary file, so that a path that cannot be written shows before the work for it is done.
+    /** Opens the temporary file at once, so that an unwritable path fails before the contents are computed.
      *  Throws UnwritableOutput. */
     explicit ReplacementFile(std::string path);
     ReplacementFile(const ReplacementFile&) = delete;
     ReplacementFile& operator=(const ReplacementFile&) = delete;
-    /** Without commit nothing is left but the old file. */
+    /** Removes the temporary file unless commit succeeded; the old file is then untouched. */
     ~ReplacementFile();
 
-    /** Write the new contents and put them in the old file's place. Once. Throws UnwritableOutput. */
+    /** Writes the new contents and puts them in the old file's place. Call it once. Throws
+     *  UnwritableOutput. */
     void commit(const std::string& text);
 
   private:

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kBlockBytes = 64;
 
-// Fractional parts of the cube roots of the first 64 primes.
+// Round constants: fractional parts of the cube roots of the first 64 primes.
 constexpr std::array<std::uint32_t, 64> kRoundConstants{
     0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
     0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
@@ -21,7 +21,7 @@ constexpr std::array<std::uint32_t, 64> kRoundConstants{
     0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
     0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
 
-// Fractional parts of the square roots of the first 8 primes.
+// Initial state: fractional parts of the square roots of the first 8 primes.
 using State = std::array<std::uint32_t, 8>;
 constexpr State kStart{0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
                        0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
@@ -66,7 +66,7 @@ std::string sha256(std::string_view bytes) {
     const std::size_t whole = bytes.size() - bytes.size() % kBlockBytes;
     for (std::size_t at = 0; at < whole; at += kBlockBytes) addBlock(bytes.substr(at, kBlockBytes), state);
 
-    // One bit, zeros, and the length in bits fill up the last one or two blocks.
+    // Padding: a one bit, zeros, and the length in bits complete the last one or two blocks.
     std::string last(bytes.substr(whole));
     last.push_back('\x80');
     while (last.size() % kBlockBytes != kBlockBytes - 8) last.push_back('\0');

@@ -1,4 +1,4 @@
-// SHA-256 (FIPS 180-4), to name the file that the tables were made from.
+// SHA-256 (FIPS 180-4). It identifies the SOFA file that the tables were made from.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace sonivex_irgen {
 
-/** The digest of some bytes as 64 lower-case hexadecimal digits. */
+/** Digest of some bytes as 64 lower-case hexadecimal digits. */
 std::string sha256(std::string_view bytes);
 
 }  // namespace sonivex_irgen

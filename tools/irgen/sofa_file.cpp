@@ -16,7 +16,8 @@ using Hrtf = std::unique_ptr<MYSOFA_HRTF, FreeHrtf>;
 
 constexpr unsigned kCoordinates = 3;
 
-/** The library's own codes start at 10000; smaller positive ones are the system's. */
+// Text for an error of libmysofa. The library's own codes start at 10000; smaller positive ones are the
+// system's errno values.
 std::string describe(int error) {
     switch (error) {
         case MYSOFA_INTERNAL_ERROR:
@@ -42,7 +43,7 @@ std::string describe(int error) {
         case MYSOFA_ONLY_DELAYS_WITH_IR_OR_MR_SUPPORTED:
             return "unsupported dimensions of Data.Delay";
         case MYSOFA_ONLY_THE_SAME_SAMPLING_RATE_SUPPORTED:
-            return "more than one sampling rate";
+            return "more than one sample rate";
         case MYSOFA_RECEIVERS_WITH_RCI_SUPPORTED:
         case MYSOFA_RECEIVERS_WITH_CARTESIAN_SUPPORTED:
             return "unsupported receiver positions";
@@ -57,21 +58,21 @@ std::string describe(int error) {
     return "error " + std::to_string(error);
 }
 
-/** Which receiver is the left ear: the one on the +y side. */
+// Index of the receiver on the +y side, which is the left ear.
 unsigned leftReceiver(const MYSOFA_HRTF& hrtf) {
     const MYSOFA_ARRAY& positions = hrtf.ReceiverPosition;
     if (positions.values == nullptr || positions.elements < kEars * kCoordinates) {
-        throw UnusableHead("the receivers' positions are missing");
+        throw UnusableHead("the receiver positions are missing");
     }
     const float y0 = positions.values[1];
     const float y1 = positions.values[kCoordinates + 1];
     if (y0 > y1) return 0;
     if (y1 > y0) return 1;
-    throw UnusableHead("the receivers are not on two sides of the head");
+    throw UnusableHead("the receivers are not on opposite sides of the head");
 }
 
-/** libmysofa computes positions in single precision with the C library's sines, which differ in the last bit
- * between libraries. This rounds the difference away: to 0.0006 degrees. */
+// libmysofa computes positions in single precision with the sines of the C library, whose last bit differs
+// between libraries. Rounding to 1e-5, or 0.0006 degrees, removes the difference.
 double snap(double coordinate) {
     return std::floor(coordinate * 1e5 + 0.5) / 1e5;
 }
@@ -79,27 +80,27 @@ double snap(double coordinate) {
 Vector3 unitVector(const float* position) {
     const Vector3 point{position[0], position[1], position[2]};
     const double distance = length(point);
-    if (!(distance > 0.0)) throw UnusableHead("a source lies in the middle of the head");
+    if (!(distance > 0.0)) throw UnusableHead("a source lies at the centre of the head");
     const Vector3 snapped{snap(point.x / distance), snap(point.y / distance), snap(point.z / distance)};
     return (1.0 / length(snapped)) * snapped;
 }
 
 void checkShape(const MYSOFA_HRTF& hrtf) {
-    if (hrtf.R != kEars) throw UnusableHead(std::to_string(hrtf.R) + " receivers, a head has 2");
+    if (hrtf.R != kEars) throw UnusableHead(std::to_string(hrtf.R) + " receivers; a head has 2");
     const std::size_t responses = std::size_t{hrtf.M} * hrtf.R;
     if (hrtf.DataIR.values == nullptr || hrtf.DataIR.elements != responses * hrtf.N) {
-        throw UnusableHead("Data.IR does not fit its dimensions");
+        throw UnusableHead("the size of Data.IR does not match the dimensions");
     }
     if (hrtf.SourcePosition.values == nullptr ||
         hrtf.SourcePosition.elements != std::size_t{hrtf.M} * kCoordinates) {
-        throw UnusableHead("SourcePosition does not fit its dimensions");
+        throw UnusableHead("the size of SourcePosition does not match the dimensions");
     }
     if (hrtf.DataSamplingRate.values == nullptr || hrtf.DataSamplingRate.elements < 1) {
-        throw UnusableHead("the sampling rate is missing");
+        throw UnusableHead("Data.SamplingRate is missing");
     }
     const std::size_t delays = hrtf.DataDelay.elements;
     if (delays != 0 && (hrtf.DataDelay.values == nullptr || (delays != hrtf.R && delays != responses))) {
-        throw UnusableHead("Data.Delay does not fit its dimensions");
+        throw UnusableHead("the size of Data.Delay does not match the dimensions");
     }
 }
 
@@ -133,7 +134,7 @@ HeadMeasurements measurementsIn(const MYSOFA_HRTF& hrtf) {
 HeadMeasurements readSofaFile(const std::string& path) {
     int error = 0;
     const Hrtf hrtf(mysofa_load(path.c_str(), &error));
-    if (!hrtf) throw UnusableHead("cannot be opened or is not SOFA: " + describe(error));
+    if (!hrtf) throw UnusableHead("cannot be read as a SOFA file: " + describe(error));
     if (const int rejected = mysofa_check(hrtf.get()); rejected != MYSOFA_OK) {
         throw UnusableHead("not a file of free-field head responses: " + describe(rejected));
     }

@@ -1,4 +1,4 @@
-// Head responses out of an AES69 (SOFA) file.
+// Reader for head responses in AES69 (SOFA) files.
 #pragma once
 
 #include <string>
@@ -9,12 +9,12 @@ struct MYSOFA_HRTF;
 
 namespace sonivex_irgen {
 
-/** The measurements in a record of libmysofa whose positions are Cartesian, not yet checked themselves.
- *  Throws UnusableHead if there are not two receivers on two sides, or an array does not fit its dimensions.
- */
+/** Converts a record of libmysofa whose positions are Cartesian. It does not call checkHeadMeasurements.
+ *  Throws UnusableHead if there are not two receivers on opposite sides, a source is at the centre of the
+ *  head, or the size of an array does not match the dimensions. */
 HeadMeasurements measurementsIn(const MYSOFA_HRTF& hrtf);
 
-/** Read and check a file of free-field head responses.
+/** Reads and checks a file of free-field head responses.
  *  Throws UnusableHead with the reason, without the file's name. */
 HeadMeasurements readSofaFile(const std::string& path);
 

@@ -32,7 +32,8 @@ SourceComponents roomComponents(const HeadModel& head, const Room& room, const S
     return parts;
 }
 
-/** Energy of both ears above kRatioFrom_hz; in units of its own, only ratios mean something. */
+// Energy of both ears from kRatioFrom_hz up, in arbitrary units. Only ratios between signals of one length
+// are meaningful.
 double comparedEnergy(const EarSignals& ears) {
     double sum = 0.0;
     for (const std::vector<double>& ear : ears) {

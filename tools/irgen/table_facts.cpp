@@ -9,8 +9,8 @@
 namespace sonivex_irgen {
 namespace {
 
-/** Sides of the sources: l, r, c in the centre, e in the centre with equal ears, b the low-frequency channel.
- */
+// Expected names, length and peak of a set. `sides` has one letter for each source: l left, r right,
+// c centre, e centre with equal ears, b low-frequency channel.
 struct ExpectedSet {
     std::string_view first_table;
     std::string_view last_table;
@@ -35,7 +35,7 @@ constexpr std::array<ExpectedSet, 13> kExpected{{
     {"7_1_1_h_mode3L48", "7_1_7_h_mode3R48", 7000, "lrelrlr", 13349},
 }};
 
-constexpr double kCentreSpread = 1.3;  // of the two peaks
+constexpr double kCentreSpread = 1.3;  // limit of the ratio of the two peaks
 
 void require(bool is_met, const Table& table, const std::string& reason) {
     if (!is_met) throw UnmetTableFact(table.name + ": " + reason);
@@ -55,7 +55,7 @@ void checkSide(char side, const Table& left, const Table& right) {
     if (side == 'r') require(!is_central && right_peak > left_peak, left, "the source is not on the right");
     if (side == 'c' || side == 'e' || side == 'b')
         require(is_central, left, "the source is not in the centre");
-    if (side == 'e') require(left.samples == right.samples, left, "the ears differ");
+    if (side == 'e') require(left.samples == right.samples, left, "the two ears differ");
 }
 
 void checkSet(const TableSet& set, const ExpectedSet& expected) {
@@ -97,9 +97,9 @@ void checkTableFacts(const std::vector<TableSet>& sets) {
     }
     for (std::size_t i = 0; i < all.size(); ++i) {
         for (std::size_t j = i + 1; j < all.size(); ++j) {
-            // The two ears of a centre are neighbours in the list.
+            // The two ears of a mode's centre are equal by design; they are neighbours in the list.
             if (j == i + 1 && isCentreOfMode(*all[i]) && isCentreOfMode(*all[j])) continue;
-            require(all[i]->samples != all[j]->samples, *all[i], "the same as " + all[j]->name);
+            require(all[i]->samples != all[j]->samples, *all[i], "identical to " + all[j]->name);
         }
     }
 }

@@ -1,4 +1,4 @@
-// What the readers of the tables count on.
+// Facts about the tables that their readers rely on.
 #pragma once
 
 #include <vector>
@@ -8,10 +8,13 @@
 
 namespace sonivex_irgen {
 
-/** Throws UnmetTableFact with the table and the reason unless every set has its tables in order, by name and
- * length; its largest magnitude; its sources on their sides (the ear with the larger peak; in the middle
- * where the two peaks are within 30 %); equal ears in the centre of the modes; and no two other tables alike.
- */
+/** Throws UnmetTableFact, with the table and the reason, unless all of this holds:
+ *  - every set has its tables in order, checked by number, first and last name, and length;
+ *  - every set has its largest magnitude;
+ *  - every source is on its side, that of the ear with the larger peak, or in the centre, where the larger
+ *    peak is less than 1.3 times the other;
+ *  - the ears are equal in the centre of the modes;
+ *  - no other two tables are alike. */
 void checkTableFacts(const std::vector<TableSet>& sets);
 
 }  // namespace sonivex_irgen

@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::size_t kValuesPerLine = 16;
 
-/** A length in metres with five decimals, whatever the locale. */
+// A length in metres with five decimals; unlike that of a stream, the text does not depend on the locale.
 std::string metres(double length_m) {
     const auto units = static_cast<unsigned long>(std::floor(length_m * 1e5 + 0.5));
     std::string decimals = std::to_string(units % 100000);

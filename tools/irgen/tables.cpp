@@ -18,7 +18,7 @@ constexpr double kLowFrequencyMagnitude = 32392.0;
 constexpr double kFrontSmoothing_octaves = 1.0 / 3.0;
 constexpr int kFrontRounds = 3;
 
-// Rear and side cues lie in the fine structure of the spectrum and must survive.
+// Surround groups get a gentler equaliser: side and rear cues lie in the fine structure of the spectrum.
 constexpr double kSurroundSmoothing_octaves = 0.5;
 constexpr int kSurroundRounds = 1;
 constexpr double kSurroundStrength = 0.7;
@@ -68,7 +68,7 @@ std::vector<SourceComponents> groupComponents(const HeadModel& head, const Louds
     return components;
 }
 
-/** A set while it is made: responses instead of integers. */
+// A set in the making: responses, not yet integers.
 struct SetResponses {
     std::vector<EarSignals> sources;
     std::vector<bool> is_low_frequency;
@@ -99,7 +99,8 @@ void addGroup(const HeadModel& head, const LoudspeakerSet& set, const Loudspeake
     }
 }
 
-/** The integer of a gain of 1: so that the set's peak is met, or that the level is that of a dry channel. */
+// Integer that stands for a gain of 1 in the design. It meets the set's largest magnitude if there is one;
+// otherwise it is the divisor, which keeps the level of a dry channel.
 double setScale(const LoudspeakerSet& set, const SetResponses& made) {
     if (!set.largest_magnitude) return set.divisor;
     return *set.largest_magnitude / largestMagnitude(made.sources);
@@ -113,7 +114,7 @@ double peakOf(const std::vector<Table>& tables) {
     return peak;
 }
 
-/** What the front pair does to the loudness of its programme. */
+// Loudness change of the front pair's programme through the effect.
 double frontLoudness_db(const LoudspeakerSet& set, const SetResponses& made, double scale) {
     const std::vector<EarSignals> front(made.sources.begin(), made.sources.begin() + 2);
     return pinkLoudness_db(programmePower(front, set.front_programme)) + 2.0 * powerToDb(scale / set.divisor);
@@ -161,8 +162,8 @@ TableSet makeAudioTable() {
                  .loudness_change_db = 0.0,
                  .largest_gain_db = 0.0};
     set.peak = peakOf(set.tables);
-    // Filter and programme run at 48 kHz here; the table's own rate moves the result by a few hundredths of a
-    // dB.
+    // Filter and programme run at 48 kHz here. At the table's own rate of 44.1 kHz the result would differ by
+    // a few hundredths of a dB.
     set.loudness_change_db =
         pinkLoudness_db(
             programmePower({{response, std::vector<double>(response.size(), 0.0)}}, Programme::kOneChannel)) +
@@ -173,7 +174,7 @@ TableSet makeAudioTable() {
 }  // namespace
 
 std::vector<TableSet> makeTableSets(const HeadModel& head) {
-    constexpr std::size_t kAudioPlace = 3;  // behind cingo and the two Bingo sets
+    constexpr std::size_t kAudioPlace = 3;  // after cingo and the two Bingo sets
     std::vector<TableSet> sets;
     for (const LoudspeakerSet& set : loudspeakerSets()) {
         if (sets.size() == kAudioPlace) sets.push_back(makeAudioTable());

@@ -6,6 +6,7 @@
 namespace sonivex_tool {
 namespace {
 
+// Frames per call of an encoder that accepts any length.
 constexpr int kFramesWhereAnyLengthDoes = 4096;
 
 }  // namespace
@@ -30,7 +31,7 @@ void AudioSink::check(int result) const {
     file_.throwIfFailed();
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
     if (result < 0)
-        throw Failure(ExitCode::OutputNotWritable, "the output cannot be encoded: " + errorText(result));
+        throw Failure(ExitCode::OutputNotWritable, "cannot encode the output: " + errorText(result));
 }
 
 void AudioSink::openEncoder() {
@@ -44,10 +45,10 @@ void AudioSink::openEncoder() {
     if ((plan_.muxer->flags & AVFMT_GLOBALHEADER) != 0) encoder_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     const int result = avcodec_open2(encoder_.get(), plan_.codec, nullptr);
     if (result < 0) {
-        throw Failure(ExitCode::OutputFormat, std::string(avcodec_get_name(plan_.codec->id)) +
-                                                  " cannot hold " + layoutName(plan_.spec.layout) + " at " +
-                                                  std::to_string(plan_.spec.rate_hz) +
-                                                  " Hz: " + errorText(result));
+        throw Failure(ExitCode::OutputFormat,
+                      std::string("cannot encode the output: ") + avcodec_get_name(plan_.codec->id) +
+                          " does not support " + layoutName(plan_.spec.layout) + " at " +
+                          std::to_string(plan_.spec.rate_hz) + " Hz: " + errorText(result));
     }
 }
 
@@ -59,13 +60,14 @@ void AudioSink::openMuxer(const AudioSource& source) {
     muxer_->pb = file_.io();
     muxer_->flags |= AVFMT_FLAG_CUSTOM_IO;
     Dictionary options;
-    options.set("rf64", "auto");  // WAV beyond 4 GiB; other formats do not know it
+    options.set("rf64", "auto");  // lets WAV exceed 4 GiB; other muxers ignore it
     const int result = avformat_write_header(muxer_, options.address());
     file_.throwIfFailed();
     if (result < 0) {
-        throw Failure(ExitCode::OutputFormat, std::string(plan_.muxer->name) + " cannot hold " +
-                                                  avcodec_get_name(plan_.codec->id) + " with " +
-                                                  layoutName(plan_.spec.layout) + ": " + errorText(result));
+        throw Failure(ExitCode::OutputFormat, std::string("cannot write the output: ") + plan_.muxer->name +
+                                                  " does not support " + avcodec_get_name(plan_.codec->id) +
+                                                  " with " + layoutName(plan_.spec.layout) + ": " +
+                                                  errorText(result));
     }
 }
 

@@ -9,21 +9,23 @@
 
 namespace sonivex_tool {
 
-/** Encodes frames into a file. */
+/** Encodes frames and muxes them into a file. */
 class AudioSink {
   public:
-    /** Open the encoder and write the file's header, with the tags of `source`. `file` must outlive this
-     * object.
-     *  @throw Failure (OutputFormat, or what OutputFile raises), here and below */
+    /** Opens the encoder and writes the file's header with the tags of `source`.
+     *
+     * `file` must outlive this object. The constructor and every member below throw Failure (OutputFormat,
+     * OutputNotWritable, or the failure that `file` recorded) and std::bad_alloc. */
     AudioSink(const EncoderPlan& plan, const AudioSource& source, OutputFile& file);
     ~AudioSink();
     AudioSink(const AudioSink&) = delete;
     AudioSink& operator=(const AudioSink&) = delete;
 
-    /** Encode a frame of the plan's spec. */
+    /** Encodes a frame, which must have the plan's spec. The samples are copied. */
     void write(const AVFrame& frame);
 
-    /** Encode what is left and end the file; it still has to be committed. */
+    /** Encodes the remaining samples, drains the encoder and writes the trailer. The caller then commits the
+     * file. */
     void finish();
 
   private:

@@ -12,12 +12,13 @@ int stopReading(void* /*opaque*/) {
     return pendingSignal() != 0 ? 1 : 0;
 }
 
-/** A file is named as such, or a colon in its name would be taken for the end of a protocol. */
+// Prefixes the path of an existing file with "file:", because libavformat would otherwise take a colon in its
+// name for the end of a protocol. Rejects a folder.
 std::string asUrl(const std::string& path) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (std::filesystem::is_directory(status)) {
-        throw Failure(ExitCode::InputNotReadable, path + ": is a folder");
+        throw Failure(ExitCode::InputNotReadable, "cannot open \"" + path + "\": it is a folder");
     }
     return std::filesystem::exists(status) ? "file:" + path : path;
 }
@@ -32,7 +33,8 @@ AudioSource::AudioSource(const std::string& path, int stream_number) {
         openDecoder(path);
         first_ = decode();
         if (first_ == nullptr)
-            throw Failure(ExitCode::NoAudio, path + ": nothing in the audio stream decodes");
+            throw Failure(ExitCode::NoAudio,
+                          "cannot decode \"" + path + "\": its audio stream yields no samples");
         describe();
     } catch (...) {
         avformat_close_input(&container_);
@@ -52,9 +54,10 @@ void AudioSource::openContainer(const std::string& path) {
     if (result >= 0) result = avformat_find_stream_info(container_, nullptr);
     throwIfInterrupted();
     if (result == AVERROR_INVALIDDATA) {
-        throw Failure(ExitCode::InputNotReadable, path + ": no known audio or video format");
+        throw Failure(ExitCode::InputNotReadable, "cannot open \"" + path + "\": unknown file format");
     }
-    if (result < 0) throw Failure(ExitCode::InputNotReadable, path + ": " + errorText(result));
+    if (result < 0)
+        throw Failure(ExitCode::InputNotReadable, "cannot open \"" + path + "\": " + errorText(result));
 }
 
 void AudioSource::chooseStream(const std::string& path, int stream_number) {
@@ -67,10 +70,10 @@ void AudioSource::chooseStream(const std::string& path, int stream_number) {
         stream.discard = AVDISCARD_DEFAULT;
         stream_index_ = static_cast<int>(i);
     }
-    if (found == 0) throw Failure(ExitCode::NoAudio, path + ": has no audio stream");
+    if (found == 0) throw Failure(ExitCode::NoAudio, "cannot open \"" + path + "\": it has no audio stream");
     if (stream_index_ < 0) {
-        throw Failure(ExitCode::NoAudio, path + ": has no audio stream " + std::to_string(stream_number) +
-                                             ", only " +
+        throw Failure(ExitCode::NoAudio, "cannot open \"" + path + "\": it has no audio stream " +
+                                             std::to_string(stream_number) + ", only " +
                                              (found == 1 ? "0" : "0 to " + std::to_string(found - 1)));
     }
 }
@@ -79,16 +82,16 @@ void AudioSource::openDecoder(const std::string& path) {
     const AVStream& audio = stream();
     const AVCodec* codec = avcodec_find_decoder(audio.codecpar->codec_id);
     if (codec == nullptr) {
-        throw Failure(ExitCode::NoAudio, path + ": there is no decoder for its audio (" +
+        throw Failure(ExitCode::NoAudio, "cannot decode \"" + path +
+                                             "\": there is no decoder for its audio (" +
                                              avcodec_get_name(audio.codecpar->codec_id) + ")");
     }
     decoder_.reset(allocated(avcodec_alloc_context3(codec)));
     int result = avcodec_parameters_to_context(decoder_.get(), audio.codecpar);
-    // Without it the decoder cannot tell how much of the first and the last packet is padding.
+    // The decoder needs the time base to tell how much of the first and the last packet is padding.
     decoder_->pkt_timebase = audio.time_base;
     if (result >= 0) result = avcodec_open2(decoder_.get(), codec, nullptr);
-    if (result < 0)
-        throw Failure(ExitCode::NoAudio, path + ": its audio cannot be decoded: " + errorText(result));
+    if (result < 0) throw Failure(ExitCode::NoAudio, "cannot decode \"" + path + "\": " + errorText(result));
 }
 
 void AudioSource::describe() {
@@ -111,7 +114,7 @@ bool AudioSource::feedDecoder() {
         const int result = av_read_frame(container_, packet_.get());
         throwIfInterrupted();
         if (result < 0) {
-            // A file that breaks off plays until there, as in a player.
+            // A file that breaks off is decoded up to that point, as a player does.
             if (result != AVERROR_EOF) ++decode_errors_;
             is_draining_ = true;
             return avcodec_send_packet(decoder_.get(), nullptr) >= 0;

@@ -9,37 +9,44 @@
 
 namespace sonivex_tool {
 
-/** What is known of an audio stream once its first frame is decoded. */
+/** Properties of an audio stream, known once its first frame is decoded. */
 struct SourceInfo {
-    std::string container;    // libavformat's name of the format
-    std::string codec;        // libavcodec's name of the decoder
-    AudioSpec spec;           // of the first frame, and of every frame that `read` returns
-    int bits_per_sample = 0;  // that matter, when fewer than the format has (24 in an s32); else 0
-    std::optional<double> length_seconds;  // as the container says; not to be relied on
+    std::string container;    // libavformat's name for the format
+    std::string codec;        // libavcodec's name for the codec
+    AudioSpec spec;           // of the first frame, and so of every frame that `read` returns
+    int bits_per_sample = 0;  // significant bits if fewer than the format has (24 in s32), else 0
+    std::optional<double> length_seconds;  // as the container states it; unreliable
 };
 
-/** The decoded frames of one audio stream of a file.
+/** Decodes one audio stream of a file.
  *
- *  Damaged packets are skipped and counted, as players do. Frames that come in another rate, layout or format
- * than the first are converted to the first one's. */
+ * Damaged packets are skipped, as players do, and counted. Every frame is converted to the sample rate,
+ * layout and format of the first one. */
 class AudioSource {
   public:
-    /** @param path a file or anything else that libavformat opens. @param stream_number among the audio
-     * streams, from 0. @throw Failure (InputNotReadable, NoAudio, or that of a pending signal) */
+    /** Opens the stream and decodes its first frame.
+     * @param path a file, or any other address that libavformat opens
+     * @param stream_number index among the audio streams, from 0
+     * @throw Failure (InputNotReadable, NoAudio, or the exit code of a pending signal), std::bad_alloc */
     AudioSource(const std::string& path, int stream_number);
     ~AudioSource();
     AudioSource(const AudioSource&) = delete;
     AudioSource& operator=(const AudioSource&) = delete;
 
+    /** Properties of the stream. */
     const SourceInfo& info() const { return info_; }
 
-    /** The next frame, or null at the end. @throw Failure of a pending signal */
+    /** Returns the next frame, or null at the end of the stream.
+     * @throw Failure with the exit code of a pending signal, or Internal when a conversion fails
+     * @throw std::bad_alloc */
     FramePtr read();
 
-    /** Packets and frames that did not decode so far, and a stream that broke off. */
+    /** Packets and frames that have failed to decode so far, plus one if reading broke off before the end. */
     uint64_t decodeErrors() const { return decode_errors_; }
 
+    /** The opened file; owned by this object. */
     const AVFormatContext& container() const { return *container_; }
+    /** The stream that is decoded; owned by this object. */
     const AVStream& stream() const { return *container_->streams[stream_index_]; }
 
   private:

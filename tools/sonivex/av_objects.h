@@ -1,6 +1,6 @@
 #pragma once
 
-// Owners for the objects of the FFmpeg libraries, and their errors as text.
+// Owning pointers to the objects of the FFmpeg libraries, and the text of the libraries' errors.
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -19,6 +19,7 @@ extern "C" {
 
 namespace sonivex_tool {
 
+/** Frees each kind of object with the function of its library. */
 struct AvDeleter {
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }
     void operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
@@ -32,20 +33,21 @@ using CodecContextPtr = std::unique_ptr<AVCodecContext, AvDeleter>;
 using ResamplerPtr = std::unique_ptr<SwrContext, AvDeleter>;
 using AudioFifoPtr = std::unique_ptr<AVAudioFifo, AvDeleter>;
 
-/** Hand `object` on, or throw std::bad_alloc when there is none. */
+/** Returns `object` if it is not null. @throw std::bad_alloc if it is null */
 template <typename Object>
 Object* allocated(Object* object) {
     if (object == nullptr) throw std::bad_alloc();
     return object;
 }
 
+/** Describes an FFmpeg error code: "No such file or directory". */
 inline std::string errorText(int averror) {
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
     av_strerror(averror, text, sizeof text);
     return text;
 }
 
-/** A dictionary that frees itself. */
+/** An AVDictionary that frees itself. */
 class Dictionary {
   public:
     Dictionary() = default;
@@ -53,15 +55,18 @@ class Dictionary {
     Dictionary& operator=(const Dictionary&) = delete;
     ~Dictionary() { av_dict_free(&entries_); }
 
+    /** Sets `key` to `value`. @param flags AV_DICT_* */
     void set(const std::string& key, const std::string& value, int flags = 0) {
         av_dict_set(&entries_, key.c_str(), value.c_str(), flags);
     }
-    /** The value of `key`, or null. */
+    /** The value of `key`, or null. The pointer is valid until the dictionary changes. */
     const char* get(const std::string& key) const {
         const AVDictionaryEntry* entry = av_dict_get(entries_, key.c_str(), nullptr, 0);
         return entry != nullptr ? entry->value : nullptr;
     }
+    /** The underlying dictionary; null while it is empty. */
     const AVDictionary* entries() const { return entries_; }
+    /** The address that FFmpeg functions take to read and replace the dictionary. */
     AVDictionary** address() { return &entries_; }
 
   private:

@@ -20,8 +20,9 @@ namespace sonivex_tool {
 namespace {
 
 constexpr char kBenchFooter[] =
-    "Calls the effects directly, on one thread, at 48000 Hz; a row is the median of several rounds of a\n"
-    "second of audio. Other work on the machine makes it slower. Exit codes are those of `sonivex render`.\n";
+    "The effects are called directly, on one thread, at 48000 Hz. Each row is the median of several\n"
+    "rounds over one second of audio. Other work on the machine slows the effects down.\n"
+    "The exit codes are those of `sonivex render`.\n";
 constexpr double kShortest_s = 0.1;
 constexpr double kLongest_s = 3600.0;
 
@@ -42,7 +43,8 @@ CLI::Validator duration() {
             "", "duration"};
 }
 
-/** The effects to run: the one that was asked for, which the plug-in must have, or all that it has. */
+// The cases to measure: those of the effect `asked` for, or of all effects if `asked` is empty. Cases whose
+// effect the plug-in does not have are left out; if none remains, the command fails.
 std::vector<BenchCase> chosenCases(const Vorlin::Plugin& plugin, const std::string& asked) {
     std::vector<BenchCase> cases = benchCases(asked);
     std::erase_if(cases, [&](const BenchCase& shape) {
@@ -55,7 +57,7 @@ std::vector<BenchCase> chosenCases(const Vorlin::Plugin& plugin, const std::stri
     return cases;
 }
 
-/** As the kernel names it; processors other than x86-64 mostly go unnamed there. */
+// The processor's name as the kernel gives it; mostly empty on processors other than x86-64.
 std::string processorName() {
     std::ifstream info("/proc/cpuinfo");
     for (std::string line; std::getline(info, line);) {
@@ -84,7 +86,7 @@ BenchReport measure(const Vorlin::Plugin& plugin, const BenchChoices& choices) {
 
 void run(const BenchChoices& choices) {
     installSignalHandlers();
-    ResultStream result(ResultStream::Prints::Nowhere);  // some handles greet
+    ResultStream result(ResultStream::Prints::Nowhere);  // creating some handles prints a banner
     const auto plugin = loadPlugin(choices.plugin);
     const BenchReport report = measure(*plugin, choices);
     result.write(choices.json ? benchJson(report) : benchText(report));
@@ -95,20 +97,24 @@ void run(const BenchChoices& choices) {
 std::function<void()> addBenchCommand(CLI::App& program) {
     auto choices = std::make_shared<BenchChoices>();
     CLI::App* command =
-        program.add_subcommand("bench", "Measure how much of a processor core each effect takes here");
+        program.add_subcommand("bench", "Measure how much processor time each effect takes on this machine");
     command->footer(kBenchFooter);
-    command->add_option("--effect", choices->effect, "Only this one: normalizer, surround or dialogue")
+    command
+        ->add_option("--effect", choices->effect,
+                     "Measure only this effect: normalizer, surround or dialogue")
         ->option_text("NAME")
         ->check(CLI::IsMember(effectNames()));
-    command->add_option("--seconds", choices->seconds, "About how long to measure, 0.1 to 3600 (default 5)")
+    command
+        ->add_option("--seconds", choices->seconds,
+                     "Approximate duration of the measurement, 0.1 to 3600\n(default 5)")
         ->option_text("SECONDS")
         ->check(duration());
     command
         ->add_option("--plugin", choices->plugin,
-                     "The filter's library; else libSonivexFilter.so beside this\n"
-                     "program, in ../lib from it, or on the library path")
+                     "The filter's library. Without it, libSonivexFilter.so beside\n"
+                     "this program, in ../lib from there, or on the library path")
         ->option_text("FILE");
-    command->add_flag("--json", choices->json, "Print the measures as one JSON object");
+    command->add_flag("--json", choices->json, "Print the results as one JSON object");
     return [choices] { run(*choices); };
 }
 

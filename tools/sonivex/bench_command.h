@@ -5,7 +5,8 @@
 
 namespace sonivex_tool {
 
-/** Add `bench` to the program. @return what to call when it was chosen; it throws `Failure`. */
+/** Adds the subcommand `bench` to the program.
+ * @return a function that runs the command once the command line is parsed; it throws Failure */
 std::function<void()> addBenchCommand(CLI::App& program);
 
 }  // namespace sonivex_tool

@@ -14,11 +14,13 @@ constexpr int kOtherCallFrames = 512;
 constexpr int k3DSurround = 1;
 constexpr int kMegaBass = 13;
 
-/** Only the type is taken from the header's declaration: the function is the plug-in's. */
+// Looks up a function that the plug-in exports. The caller takes only the function's type from the header's
+// declaration, so the program does not link against the effects.
 template <typename Function>
 Function* find(const Vorlin::Plugin& plugin, const char* name) {
     void* const symbol = plugin.symbol(name);
-    if (symbol == nullptr) throw Failure(ExitCode::EffectMissing, std::string("the plug-in has no ") + name);
+    if (symbol == nullptr)
+        throw Failure(ExitCode::EffectMissing, std::string("the plug-in does not export ") + name);
     return reinterpret_cast<Function*>(symbol);
 }
 
@@ -87,7 +89,8 @@ BenchEffect::BenchEffect(const Vorlin::Plugin& plugin, const BenchCase& shape)
     : shape_(shape), handle_(nullptr, [](void*) {}) {
     Parts parts = make(plugin, shape);
     if (parts.handle == nullptr)
-        throw Failure(ExitCode::FilterFailed, shape.effect + ": the plug-in makes no handle");
+        throw Failure(ExitCode::FilterFailed,
+                      "the plug-in cannot create the effect \"" + shape.effect + "\"");
     handle_ = {parts.handle, parts.release};
     call_ = std::move(parts.call);
     out_samples_ = static_cast<size_t>(shape.call_frames) * static_cast<size_t>(parts.channels_out);
@@ -99,7 +102,8 @@ void BenchEffect::process(const std::vector<int16_t>& in) {
         static_cast<size_t>(shape_.call_frames) * static_cast<size_t>(shape_.channels);
     for (size_t first = 0; first + call_samples <= in.size(); first += call_samples) {
         if (call_(in.data() + first, out_.data()) != static_cast<int>(out_samples_))
-            throw Failure(ExitCode::FilterFailed, shape_.effect + ": a call was not answered in full");
+            throw Failure(ExitCode::FilterFailed,
+                          "the effect \"" + shape_.effect + "\" did not return all samples of a call");
     }
 }
 

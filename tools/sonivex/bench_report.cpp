@@ -47,7 +47,7 @@ std::string benchJson(const BenchReport& report) {
                          {"vectors", textOrNull(report.vectors)},
                          {"sample_rate_hz", kBenchRateHz},
                          {"rows", std::move(rows)}};
-    // What the system says of itself need not be UTF-8.
+    // The system's name of the processor need not be UTF-8.
     return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

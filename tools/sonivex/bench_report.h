@@ -8,21 +8,22 @@
 
 namespace sonivex_tool {
 
+/** The result of a benchmark run. */
 struct BenchReport {
     struct Row {
         BenchCase shape;
         BenchTiming timing;
     };
 
-    std::string processor;  // as the system names it; empty: it does not
-    std::string vectors;    // as the plug-in names them; empty: it does not
+    std::string processor;  // the system's name of it; empty if the system does not tell
+    std::string vectors;    // the plug-in's name of the vector instructions; empty if it does not tell
     std::vector<Row> rows;
 };
 
-/** For people: a table, with the last newline. */
+/** Formats the report for people: a table whose last line is terminated. */
 std::string benchText(const BenchReport& report);
 
-/** For programs: one JSON object on one line, with the newline. */
+/** Formats the report for programs: one JSON object on one terminated line. */
 std::string benchJson(const BenchReport& report);
 
 }  // namespace sonivex_tool

@@ -13,7 +13,7 @@ double now_s(clockid_t clock) {
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-/** Of two in the middle the lower. */
+// Returns the median; of two middle values the lower one.
 double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<ptrdiff_t>((values.size() - 1) / 2);
     std::nth_element(values.begin(), middle, values.end());

@@ -10,17 +10,19 @@ namespace {
 
 constexpr double kFullScale = 32768.0;
 constexpr double kSyllables_hz = 4.0;
-// Long-term speech is strongest between these and falls to either side (Byrne et al. 1994).
+// The long-term spectrum of speech is strongest between these two and falls off on either side (Byrne et al.
+// 1994).
 constexpr double kLowest_hz = 100.0;
 constexpr double kHighest_hz = 500.0;
 
-/** y += coefficient * (x - y) */
+// Returns the coefficient of the one-pole low-pass  y += coefficient * (x - y).
 double onePoleCoefficient(double corner_hz, int rate_hz) {
     return -std::expm1(-2.0 * std::numbers::pi * corner_hz / rate_hz);
 }
 
 std::vector<double> speechNoise(unsigned seed, int frames, int rate_hz) {
-    std::mt19937 random(seed);  // its numbers are the same everywhere, those of a distribution are not
+    // The standard defines the engine's numbers, but not those of a distribution.
+    std::mt19937 random(seed);
     const double low_pass = onePoleCoefficient(kHighest_hz, rate_hz);
     const double high_pass = onePoleCoefficient(kLowest_hz, rate_hz);
     double smooth = 0.0;
@@ -36,7 +38,7 @@ std::vector<double> speechNoise(unsigned seed, int frames, int rate_hz) {
     return samples;
 }
 
-/** Each speaker begins elsewhere in the syllable. */
+// Shapes syllables into the noise. `phase` is the place in the syllable, 0 to 1, at which the speaker begins.
 void speakSyllables(std::vector<double>& samples, double phase, int rate_hz) {
     for (size_t frame = 0; frame < samples.size(); ++frame) {
         const double syllables = kSyllables_hz * static_cast<double>(frame) / rate_hz + phase;

@@ -5,11 +5,12 @@
 
 namespace sonivex_tool {
 
-/** Noise that babbles like people talking, another one in each channel: the spectrum of speech, four
- * syllables a second, at kBabbleLevel_dbfs. Every channel always sounds, and their sum leaves a limiter idle.
- *  @param channels from 1.
- *  @param frames   samples per channel, from 1.
- *  @return [frames][channels], the same samples in every run. */
+/** Makes noise that resembles people talking, independent in each channel. It has the spectrum of speech,
+ *  four syllables per second, and a level of kBabbleLevel_dbfs. Every channel carries sound throughout, and
+ *  the sum of all channels stays low enough to leave a limiter idle.
+ *  @param channels at least 1
+ *  @param frames samples per channel, at least 1
+ *  @return interleaved samples, [frames][channels]; identical in every run */
 std::vector<int16_t> makeBabble(int channels, int frames, int rate_hz);
 
 constexpr double kBabbleLevel_dbfs = -30.0;  // RMS of each channel; 0 is that of a full-scale square

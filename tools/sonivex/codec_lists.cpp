@@ -3,7 +3,8 @@
 namespace sonivex_tool {
 namespace {
 
-/** The one rate of a codec whose encoder takes any, and whose streams all play at this one; else 0. */
+// The single rate of a codec, or 0 if it has several. The encoders of these codecs accept any rate, but their
+// streams always play at this one.
 int onlyRateHz(AVCodecID codec) {
     switch (codec) {
         case AV_CODEC_ID_ADPCM_G722:

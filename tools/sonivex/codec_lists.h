@@ -6,11 +6,16 @@
 
 namespace sonivex_tool {
 
-// What an encoder says it can take. An empty list says nothing: anything may do. A codec that only knows one
-// rate has that one, whatever its encoder says.
+// Lists of what an encoder declares to support. An empty list means that the encoder declares no limits.
 
+/** Sample formats that the encoder declares. */
 std::vector<AVSampleFormat> sampleFormats(const AVCodec& codec);
+
+/** Sample rates in Hz that the encoder declares. For a codec that has a single rate by definition, only that
+ * rate, even if its encoder declares none. */
 std::vector<int> sampleRatesHz(const AVCodec& codec);
+
+/** Channel layouts that the encoder declares. The layouts are owned by FFmpeg. */
 std::vector<AVChannelLayout> channelLayouts(const AVCodec& codec);
 
 }  // namespace sonivex_tool

@@ -6,19 +6,22 @@
 
 namespace sonivex_tool {
 
-/** What a command says while it works, on standard error: lines of text, and how far it is, as a bar on a
- * terminal or else as a line now and then. A quiet console says nothing. */
+/** Prints notes and progress to standard error while a command works.
+ *
+ * Progress is a bar on a terminal, redrawn at most every 100 ms, and otherwise a line at most every 5 s. */
 class Console {
   public:
+    /** @param quiet print nothing at all */
     explicit Console(bool quiet);
 
-    /** A line for the user. */
+    /** Prints a line for the user, in place of the bar if one is shown. */
     void note(const std::string& line);
 
-    /** The work is at `seconds` of the audio, out of `total` if that is known. Cheap; call it often. */
+    /** Reports that `seconds` of audio are done, out of `total` if that is known. Cheap enough to call for
+     * every frame: it prints only when the next update is due. */
     void progress(double seconds, std::optional<double> total);
 
-    /** The work is done, or has failed: the bar goes away. */
+    /** Removes the bar, if one is shown, when the work has ended or failed. */
     void clearBar();
 
   private:
@@ -33,10 +36,11 @@ class Console {
     Clock::time_point last_shown_;
 };
 
-/** "1:02:03" or "2:03". */
+/** Formats a duration as "1:02:03", or as "2:03" below one hour. Fractions of a second are cut off, and a
+ * negative duration counts as 0. */
 std::string clockTime(double seconds);
 
-/** "sonivex: <line>" on standard error: the prefix tells errors from everything else there. */
+/** Prints "sonivex: <line>" to standard error. Only errors carry this prefix. */
 void printError(const std::string& line);
 
 }  // namespace sonivex_tool

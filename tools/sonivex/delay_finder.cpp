@@ -11,20 +11,21 @@
 namespace sonivex_tool {
 namespace {
 
-// Sounds without anything in common reach 5 to 6 times the mean; the effects' outputs 20 and more.
+// Least height of the peak over the RMS of the correlation. Unrelated sounds reach 5 to 6, the effects'
+// outputs 20 and more.
 constexpr double kClearPeak = 10.0;
-// What of the peak's height may be reached elsewhere: tones come to 0.9, the effects' outputs to 0.4.
+// Greatest height of any other peak, as a share of the highest: tones reach 0.9, the effects' outputs 0.4.
 constexpr double kHighestRival = 0.7;
-// A peak is as wide as the sound is muffled: 1 ms at 48 kHz.
+// Lags this close to the peak belong to it: 1 ms at 48 kHz. A low-passed sound has a wide peak.
 constexpr int64_t kPeakWidth_samples = 48;
-// Length of each fade as a share of the sound.
+// Length of each fade as a share of the recording.
 constexpr double kFadeShare = 0.05;
-// Relative to the mean of |X||Y|: 30 dB below it a bin counts half.
+// Floor relative to the mean of |X||Y|: a bin 30 dB below the mean has half the weight.
 constexpr double kFloor = 1e-3;
 
 using Bins = std::vector<std::complex<double>>;
 
-/** Half a Hann window at either end, 1 between them. */
+// Returns a window with half a Hann window at either end and 1 in between.
 std::vector<double> fades(std::size_t size) {
     std::vector<double> window(size, 1.0);
     const auto length = static_cast<std::size_t>(kFadeShare * static_cast<double>(size));
@@ -35,10 +36,10 @@ std::vector<double> fades(std::size_t size) {
     return window;
 }
 
-/** Adds the phases of one pair's cross-spectrum to a sum. */
+// Sums the phases of the cross-spectra of channel pairs.
 class PhaseSum {
   public:
-    /** @param samples of every recording. */
+    // `samples` is the length of every recording.
     PhaseSum(const Fourier& fourier, std::size_t samples)
         : fourier_(fourier),
           window_(fades(samples)),
@@ -59,7 +60,7 @@ class PhaseSum {
         }
     }
 
-    /** Conjugated, so that a forward transform brings it back to time. */
+    // The sum is conjugated: a forward transform turns it into the correlation over time.
     Bins& sum() { return sum_; }
 
   private:
@@ -78,7 +79,7 @@ class PhaseSum {
     Bins sum_;
 };
 
-/** |c| at each lag from -longest to longest. */
+// Returns |c| at each lag from -longest to longest.
 std::vector<double> heights(const Bins& correlation, int longest) {
     std::vector<double> all;
     for (int64_t lag = -longest; lag <= longest; ++lag) {
@@ -88,7 +89,7 @@ std::vector<double> heights(const Bins& correlation, int longest) {
     return all;
 }
 
-/** The greatest of all but those round `peak`. */
+// Returns the greatest value outside the neighbourhood of `peak`.
 double highestRival(const std::vector<double>& all, int64_t peak) {
     double highest = 0.0;
     for (int64_t place = 0; place < std::ssize(all); ++place) {
@@ -103,7 +104,7 @@ double highestRival(const std::vector<double>& all, int64_t peak) {
 std::optional<int64_t> findDelay(const std::vector<ChannelPair>& pairs, int longest) {
     if (pairs.empty() || pairs.front().before.empty()) return std::nullopt;
     const std::size_t samples = pairs.front().before.size();
-    // So much longer than the sound that a delay in one direction does not wrap into the other.
+    // Zero padding of at least `longest` samples keeps a delay in one direction from wrapping into the other.
     const std::size_t size = std::bit_ceil(samples + static_cast<std::size_t>(longest));
     const Fourier fourier(size);
     PhaseSum phases(fourier, samples);

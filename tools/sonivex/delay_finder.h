@@ -7,27 +7,30 @@
 
 namespace sonivex_tool {
 
-// How late one recording of a sound is against another, whatever was done to levels and spectrum between:
+// Finds the delay between two recordings of one sound, even if levels and spectrum changed in between:
 //
 //   X, Y:  spectra of a channel before and after, faded in and out
 //   C[k] = sum over channels of conj(X[k]) Y[k] / (|X[k]| |Y[k]| + floor)
 //   c[n] = inverse transform of C;  the delay is the n of the greatest |c[n]|
 //
-// Only phases count (generalised cross-correlation with phase transform), so a filter between the two does
-// not smear the peak as it does that of the plain correlation. A tone fits at every period, so a peak counts
-// only when none elsewhere comes near it. The fades keep the instant at which both recordings are cut, which
-// they share whatever the delay is, out of the spectra; the floor keeps bins that hold no more than rounding
-// noise from having a say.
+// This is the generalised cross-correlation with phase transform: only phases count, so a filter between the
+// two recordings does not smear the peak as it smears that of the plain correlation.
+//
+// - A tone matches at every period. A peak therefore counts only if no other peak comes near its height.
+// - Both recordings are cut at the same instants, whatever the delay. The fades keep these cuts out of the
+//   spectra.
+// - The floor silences bins that hold nothing but rounding noise.
 
-/** A channel before and after; equally many samples. */
+/** A channel before and after; both have the same number of samples. */
 struct ChannelPair {
     std::span<const float> before;
     std::span<const float> after;
 };
 
-/** Find by how many samples `after` is late; negative when it is early.
- *  @param longest the delay looked for goes from -longest to longest; below the number of samples.
- *  @return nothing when no delay stands out: silence, steady tones, or sounds that have nothing in common.
+/** Finds by how many samples `after` lags `before`; negative if it leads.
+ *  @param pairs the channels, all of the same length
+ *  @param longest the search covers -longest to longest; less than the number of samples
+ *  @return nothing if no delay stands out: silence, steady tones, or unrelated sounds
  *  @throw std::bad_alloc */
 std::optional<int64_t> findDelay(const std::vector<ChannelPair>& pairs, int longest);
 

@@ -25,9 +25,9 @@ DumpFolder::DumpFolder(const std::string& path) : path_(path) {
     const bool is_folder = std::filesystem::is_directory(status);
     if (!is_folder || access(path.c_str(), W_OK | X_OK) != 0) {
         const std::string reason = std::filesystem::exists(status) && !is_folder
-                                       ? "is no folder"
+                                       ? "it is not a folder"
                                        : std::strerror(error ? error.value() : errno);
-        throw Failure(ExitCode::OutputNotWritable, "--dump " + path + ": " + reason);
+        throw Failure(ExitCode::OutputNotWritable, "cannot write to --dump \"" + path + "\": " + reason);
     }
     old_files_ = dumpFiles();
     Vorlin::globalSettings::GetInstance().setProperty(kDumpFolderProperty, path);

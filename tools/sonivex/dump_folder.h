@@ -7,18 +7,21 @@
 
 namespace sonivex_tool {
 
-/** Where the filter writes the PCM that enters and leaves its effect. The player tells it through a property,
- * and the filter does not tell which names it chose: they are those that appear while this object lives. */
+/** The folder to which the filter writes the PCM that enters and leaves its effect.
+ *
+ *  The program names the folder to the filter through a global property. The filter does not report the file
+ *  names that it chooses, so this class counts every dump file that appears in the folder while it lives. */
 class DumpFolder {
   public:
-    /** Make `path` the folder of all dumps of this process.
-     *  @throw Failure (OutputNotWritable) when it is no folder, or files cannot be made in it */
+    /** Makes `path` the folder for all dumps of this process.
+     *  @throw Failure (OutputNotWritable) if it is not a folder or the process may not create files in it */
     explicit DumpFolder(const std::string& path);
 
-    /** Names of the dump files that have come since, in order. */
+    /** Returns the names of the dump files that appeared since construction, in lexical order. */
     std::vector<std::string> newFiles() const;
 
-    /** How much is in those of them that hold what went into the effect, or what came out of it. */
+    /** Returns the total bytes in the new files of one side of the effect.
+     *  @param is_input true: the PCM that entered the effect; false: the PCM that left it */
     uint64_t newBytes(bool is_input) const;
 
   private:

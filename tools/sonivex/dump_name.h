@@ -5,21 +5,22 @@
 
 namespace sonivex_tool {
 
-/** What the name of one of the filter's dump files says: "sonivex_surround_input_12345678.pcm". */
+/** The parts of the name of a dump file, such as "sonivex_surround_input_12345678.pcm". */
 struct DumpName {
-    std::string folder;    // with its slash; empty for the working folder
+    std::string folder;    // with a trailing slash; empty for the working folder
     std::string effect;    // "surround", "dialoguenhance" or "normalizer"
-    bool is_input = true;  // what went into the effect, or what came out of it
+    bool is_input = true;  // true: the effect's input; false: its output
     std::string session;   // eight digits, the same for both files of a session
 
-    /** The path of such a file. */
+    /** Returns the path of the file. */
     std::string path() const;
 
-    /** The other file of the session. */
+    /** Returns the name of the session's other file. */
     DumpName partner() const;
 };
 
-/** Read the name of a dump file; nothing when `path` ends in another kind of name. */
+/** Parses the path of a dump file.
+ *  @return nothing if its last component is not the name of a dump file */
 std::optional<DumpName> parseDumpName(const std::string& path);
 
 }  // namespace sonivex_tool

@@ -36,7 +36,8 @@ StereoSamples readStereo(const std::string& path) {
     AudioSpec spec = source.info().spec;
     if (spec.channels() != 2) {
         throw Failure(ExitCode::UnsupportedAudio,
-                      path + ": ears are two channels, not " + std::to_string(spec.channels()));
+                      "cannot measure \"" + path +
+                          "\": it is not stereo (channels: " + std::to_string(spec.channels()) + ")");
     }
     spec.format = AV_SAMPLE_FMT_DBLP;
     FormatConverter converter(spec);
@@ -50,13 +51,13 @@ StereoSamples readStereo(const std::string& path) {
     return samples;
 }
 
-/** Reads all of `text`; false if it is no number. */
+// Parses all of `text`. Returns false if it is not a finite number.
 bool parseSeconds(const std::string& text, double& seconds) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
     return error == std::errc() && end == text.data() + text.size() && std::isfinite(seconds);
 }
 
-/** The magnitude with its unit. */
+// Formats the magnitude with its unit.
 std::string withUnit(double value, int decimals, const std::string& unit) {
     std::array<char, 64> number{};
     (void)std::snprintf(number.data(), number.size(), "%.*f ", decimals, std::abs(value));
@@ -101,7 +102,8 @@ std::vector<SegmentEars> measureEars(const std::string& path, const std::vector<
         const double from = std::round(segment.from_s * samples.rate_hz);
         const double to = std::round(segment.to_s * samples.rate_hz);
         if (to > size || from >= to) {
-            throw Failure(ExitCode::Usage, path + ": no segment " + segment.name + " in " +
+            throw Failure(ExitCode::Usage, "cannot measure --segment \"" + segment.name + "\" of \"" + path +
+                                               "\": it is empty or extends beyond the end of the file at " +
                                                withUnit(size / samples.rate_hz, 2, "s"));
         }
         const auto first = static_cast<std::size_t>(from);

@@ -15,24 +15,24 @@ struct Segment {
     double to_s = 0.0;
 };
 
-/** Read "NAME=FROM-TO", times in seconds: "side left=10-12".
- *  @return whether it is one, with 0 <= FROM < TO */
+/** Parses "NAME=FROM-TO" with times in seconds: "side left=10-12".
+ *  @return false if `text` has another form or violates 0 <= FROM < TO; `segment` is unspecified then */
 bool parseSegment(const std::string& text, Segment& segment);
 
-/** A segment and what the ears have of it. */
+/** A segment and the differences between the ears in it. */
 struct SegmentEars {
     Segment segment;
     InterauralDifference ears;
 };
 
-/** Compare the ears of each segment of a stereo file; without segments, of all of it.
- *  @throw Failure when the file cannot be read, has no two channels, or ends before a segment does */
+/** Compares the ears in each segment of a stereo file; without segments, in the whole file.
+ *  @throw Failure if the file cannot be read, is not stereo, or ends before a segment does */
 std::vector<SegmentEars> measureEars(const std::string& path, const std::vector<Segment>& segments);
 
-/** For people: a table, with the last newline. */
+/** Formats the rows for people: a table whose last line is terminated. */
 std::string asText(const std::vector<SegmentEars>& rows);
 
-/** For programs: one JSON array on one line, with the newline. */
+/** Formats the rows for programs: one JSON array on one terminated line. */
 std::string asJson(const std::vector<SegmentEars>& rows);
 
 }  // namespace sonivex_tool

@@ -16,8 +16,8 @@ namespace sonivex_tool {
 namespace {
 
 constexpr char kEarsFooter[] =
-    "A sound is heard on the side of the ear that it reaches first and where it is louder.\n"
-    "Exit codes are those of `sonivex render`.\n";
+    "A sound is heard on the side of the ear that it reaches first and at which it is louder.\n"
+    "The exit codes are those of `sonivex render`.\n";
 
 struct EarsChoices {
     std::string file;
@@ -29,7 +29,8 @@ CLI::Validator segmentText() {
     return CLI::Validator(
         [](const std::string& text) {
             Segment segment;
-            return parseSegment(text, segment) ? std::string() : "must be NAME=FROM-TO, in seconds: " + text;
+            return parseSegment(text, segment) ? std::string()
+                                               : "must be NAME=FROM-TO in seconds, not " + text;
         },
         "", "segment");
 }
@@ -49,17 +50,17 @@ void run(const EarsChoices& choices) {
 std::function<void()> addEarsCommand(CLI::App& program) {
     auto choices = std::make_shared<EarsChoices>();
     CLI::App* command =
-        program.add_subcommand("ears", "Measure on which side a stereo file for headphones is heard");
+        program.add_subcommand("ears", "Measure on which side a stereo file is heard through headphones");
     command->footer(kEarsFooter);
     command->add_option("FILE", choices->file, "A stereo file")->option_text(" ")->required();
     command
         ->add_option("--segment", choices->segments,
-                     "A part to measure alone, as NAME=FROM-TO in seconds;\n"
-                     "may be given more than once")
+                     "A part of FILE to measure on its own, as NAME=FROM-TO in\n"
+                     "seconds; may be given more than once")
         ->option_text("NAME=FROM-TO")
         ->allow_extra_args(false)
         ->check(segmentText());
-    command->add_flag("--json", choices->json, "Print the measures as one JSON array");
+    command->add_flag("--json", choices->json, "Print the results as one JSON array");
     return [choices] { run(*choices); };
 }
 

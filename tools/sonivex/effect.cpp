@@ -8,7 +8,8 @@
 namespace sonivex_tool {
 namespace {
 
-// Its frames of 2048 samples overlap by three quarters: a block of input leaves three hops after it came.
+// Dialogue enhancement overlaps frames of 2048 samples by three quarters, so a block of input leaves three
+// hops after it arrives.
 constexpr int kDialogueHops = 3;
 constexpr int kDialogueHopFrames = 512;
 
@@ -81,11 +82,11 @@ const Effect* findEffect(const std::string& name) {
 
 std::string whyUnsupported(const Effect& effect, int channels, int rate_hz) {
     if (!contains(effect.channels, channels)) {
-        return effect.title + " takes " + listOf(effect.channels) + " channels, not " +
+        return effect.title + " supports " + listOf(effect.channels) + " channels, not " +
                std::to_string(channels);
     }
     if (!contains(effect.rates_hz, rate_hz)) {
-        return effect.title + " takes " + listOf(effect.rates_hz) + " Hz, not " + std::to_string(rate_hz);
+        return effect.title + " supports " + listOf(effect.rates_hz) + " Hz, not " + std::to_string(rate_hz);
     }
     return {};
 }

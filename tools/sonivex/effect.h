@@ -7,36 +7,44 @@
 
 namespace sonivex_tool {
 
-/** What the program must know of an effect from outside: how to ask for it and what it takes. */
+// The effects of the filter as the command line knows them: their names, the audio that they process, their
+// delay, and the option object that switches one on.
+//
+//   const Effect* effect = findEffect("surround");
+//   const std::string reason = whyUnsupported(*effect, channels, rate_hz);  // empty: supported
+//   player.setOptions(optionsJson(*effect, options));
+
+/** An effect as seen from outside. */
 struct Effect {
     std::string name;                    // as on the command line
     std::string title;                   // for messages
     std::string enable_option;           // member of the filter's option object that switches it on
-    std::string exported_function;       // a plug-in that has the effect exports this
+    std::string exported_function;       // exported by every plug-in that has the effect
     std::vector<int> channels;           // channel counts that it processes; others pass through untouched
-    std::vector<int> rates_hz;           // likewise sample rates
-    int block_frames;                    // it works in blocks of so many frames
-    int own_delay_frames;                // by which it is late beyond the queueing of its blocks
-    std::optional<int> output_channels;  // what comes out, when that is not what went in
+    std::vector<int> rates_hz;           // sample rates that it processes; others pass through untouched
+    int block_frames;                    // length of its blocks
+    int own_delay_frames;                // delay beyond the queueing of its blocks
+    std::optional<int> output_channels;  // channels of the output, if other than those of the input
 };
 
-/** Every effect that the filter may have, the default one first. */
+/** Returns every effect that the filter may have, the default one first. */
 const std::vector<Effect>& allEffects();
 
-/** Their names, in that order. */
+/** Returns the names of all effects, in the order of allEffects(). */
 std::vector<std::string> effectNames();
 
-/** By how many frames the output of `effect` is late when all its calls have `call_frames`; nothing when such
- * calls would bring silence in the middle of the sound. */
+/** Returns the delay of `effect`'s output in frames when every call has `call_frames` frames.
+ *  @return nothing if calls of this length cause silent gaps in the middle of the sound (see latency.h) */
 std::optional<int64_t> effectDelayFrames(const Effect& effect, int call_frames);
 
-/** The effect of that name, or null. */
+/** Returns the effect of that name, or null. */
 const Effect* findEffect(const std::string& name);
 
-/** Empty when `effect` processes such audio; else why it would pass it on untouched. */
+/** Explains, in a message for the user, why `effect` passes such audio through untouched.
+ *  @return empty if the effect processes it */
 std::string whyUnsupported(const Effect& effect, int channels, int rate_hz);
 
-/** The filter's options as the user set them; what was not set stays as the filter has it. */
+/** The filter's options as the user set them; a missing option keeps the filter's default. */
 struct FilterOptions {
     std::optional<std::string> surround_type;  // "3DSurround" or "MegaBass"
     std::optional<int> surround_mode;          // 1..3
@@ -45,7 +53,7 @@ struct FilterOptions {
     bool dump = false;                         // write the PCM around the effect to files
 };
 
-/** The filter's option object, as JSON. */
+/** Returns the filter's option object as JSON: `effect` switched on, and every option that is set. */
 std::string optionsJson(const Effect& effect, const FilterOptions& options);
 
 }  // namespace sonivex_tool

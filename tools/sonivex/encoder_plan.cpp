@@ -12,23 +12,25 @@
 namespace sonivex_tool {
 namespace {
 
-// Plenty for speech and music, and within what every common lossy encoder takes for its channels.
+// Ample for speech and music, and within the limits of every common lossy encoder.
 constexpr int64_t kBitsPerSecondPerChannel = 96'000;
-// Encoders made for lower rates stop at lower bit rates.
+// Below this sample rate encoders have lower bit rate limits, so they get half the rate.
 constexpr int kFullBandwidthHz = 32'000;
 
 bool isFloat(AVSampleFormat packed) {
     return packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL;
 }
 
-/** Bits of a sample that a format keeps exactly. */
+// Bits of a sample that a format preserves exactly.
 int precisionBits(AVSampleFormat packed) {
     if (packed == AV_SAMPLE_FMT_FLT) return 24;
     if (packed == AV_SAMPLE_FMT_DBL) return 53;
     return 8 * av_get_bytes_per_sample(packed);
 }
 
-/** Smaller is better: first nothing lost, then nothing wasted, then the same kind, then the same planes. */
+// Distance of `choice` from `wanted`; smaller is better. In order of weight it counts precision lost,
+// precision wasted, a change between integer and float (more if it can clip), and a change between packed and
+// planar.
 int distance(AVSampleFormat wanted, AVSampleFormat choice) {
     const AVSampleFormat from = av_get_packed_sample_fmt(wanted);
     const AVSampleFormat to = av_get_packed_sample_fmt(choice);
@@ -63,7 +65,7 @@ bool holdsAnyPcm(const AVOutputFormat& muxer) {
     return name == "wav" || name == "w64";
 }
 
-/** Whether a file is nothing but samples. A player would have to guess their rate and their channels. */
+// Whether the format holds only samples. A player would have to guess their sample rate and channels.
 bool isHeaderless(const AVOutputFormat& muxer) {
     const std::string name = muxer.name;
     if (name == "aptx" || name == "aptx_hd" || name == "dfpwm") return true;
@@ -75,15 +77,17 @@ const AVOutputFormat* chooseMuxer(const std::string& path) {
     const AVOutputFormat* muxer = extension.empty() ? av_guess_format("wav", nullptr, nullptr)
                                                     : av_guess_format(nullptr, path.c_str(), nullptr);
     if (muxer == nullptr) {
-        throw Failure(ExitCode::OutputFormat, path + ": no file format is known by the name " + extension);
+        throw Failure(ExitCode::OutputFormat,
+                      "cannot write \"" + path + "\": unknown file format \"" + extension + "\"");
     }
     if ((muxer->flags & (AVFMT_NOFILE | AVFMT_NEEDNUMBER)) != 0 || muxer->audio_codec == AV_CODEC_ID_NONE) {
         throw Failure(ExitCode::OutputFormat,
-                      path + ": " + extension + " is no format for one file of audio");
+                      "cannot write \"" + path + "\": \"" + extension + "\" is not an audio file format");
     }
     if (isHeaderless(*muxer)) {
         throw Failure(ExitCode::OutputFormat,
-                      path + ": " + extension + " keeps neither the sample rate nor the channels");
+                      "cannot write \"" + path + "\": \"" + extension +
+                          "\" files store neither the sample rate nor the channel count");
     }
     return muxer;
 }
@@ -97,9 +101,9 @@ AVChannelLayout chooseLayout(const std::string& path, const AVCodec& codec, cons
         if (choice.nb_channels == wanted.nb_channels && same_count == nullptr) same_count = &choice;
     }
     if (same_count == nullptr) {
-        throw Failure(ExitCode::OutputFormat, path + ": " + avcodec_get_name(codec.id) + " cannot hold " +
-                                                  std::to_string(wanted.nb_channels) + " channels (" +
-                                                  layoutName(wanted) + ")");
+        throw Failure(ExitCode::OutputFormat, "cannot write \"" + path + "\": " + avcodec_get_name(codec.id) +
+                                                  " does not support " + std::to_string(wanted.nb_channels) +
+                                                  " channels (" + layoutName(wanted) + ")");
     }
     return *same_count;
 }
@@ -144,14 +148,16 @@ EncoderPlan planEncoder(const std::string& path, const AudioSpec& audio, int bit
         holdsAnyPcm(*plan.muxer) ? pcmCodec(audio.format, bits_per_sample) : plan.muxer->audio_codec;
     plan.codec = avcodec_find_encoder(id);
     if (plan.codec == nullptr) {
-        throw Failure(ExitCode::OutputFormat, path + ": there is no encoder for " + avcodec_get_name(id));
+        throw Failure(ExitCode::OutputFormat,
+                      "cannot write \"" + path + "\": there is no encoder for " + avcodec_get_name(id));
     }
     plan.spec.format = nearestSampleFormat(audio.format, sampleFormats(*plan.codec));
     plan.spec.rate_hz = nearestRateHz(audio.rate_hz, sampleRatesHz(*plan.codec));
     plan.spec.layout = chooseLayout(path, *plan.codec, audio.layout);
     if (plan.spec.rate_hz != audio.rate_hz) {
-        plan.notes.push_back(std::string(avcodec_get_name(id)) + " has no " + std::to_string(audio.rate_hz) +
-                             " Hz; written at " + std::to_string(plan.spec.rate_hz) + " Hz");
+        plan.notes.push_back(std::string(avcodec_get_name(id)) + " does not support " +
+                             std::to_string(audio.rate_hz) + " Hz; the output has " +
+                             std::to_string(plan.spec.rate_hz) + " Hz");
     }
     if (av_get_packed_sample_fmt(plan.spec.format) == AV_SAMPLE_FMT_S32)
         plan.bits_per_sample = bits_per_sample;

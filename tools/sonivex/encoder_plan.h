@@ -8,27 +8,32 @@
 
 namespace sonivex_tool {
 
-/** What a file is written with. */
+/** How a file is encoded and muxed. */
 struct EncoderPlan {
     const AVOutputFormat* muxer = nullptr;
     const AVCodec* codec = nullptr;
-    AudioSpec spec;                  // what the encoder takes
-    int bits_per_sample = 0;         // that matter, when fewer than the format has; else 0
-    int64_t bit_rate = 0;            // bits per second; 0 for a lossless encoder
-    std::vector<std::string> notes;  // what the user should know, a line each
+    AudioSpec spec;                  // of the encoder's input
+    int bits_per_sample = 0;         // significant bits if fewer than the format has, else 0
+    int64_t bit_rate = 0;            // bit/s of all channels; 0 for a lossless encoder
+    std::vector<std::string> notes;  // for the user, one line each
 };
 
-/** The sample format out of `choices` that keeps the most of `wanted`, and of those the smallest; `wanted`
- * itself when there are no choices. */
+/** Picks from `choices` the sample format that loses the least precision of `wanted`, and of those the
+ * smallest. Returns `wanted` itself if there are no choices. */
 AVSampleFormat nearestSampleFormat(AVSampleFormat wanted, const std::vector<AVSampleFormat>& choices);
 
-/** The lowest rate out of `choices` that is not below `wanted`, else the highest; `wanted` without choices.
- */
+/** Picks from `choices` the lowest rate that is not below `wanted`, or the highest rate if all are below it.
+ * Returns `wanted` itself if there are no choices. Rates are in Hz. */
 int nearestRateHz(int wanted, const std::vector<int>& choices);
 
-/** Choose by the name of the file: WAV for none, with PCM samples like the audio's own; else what libavformat
- * makes of the name, with its default encoder.
- *  @param bits_per_sample as in SourceInfo. @throw Failure (OutputFormat) */
+/** Chooses muxer, encoder and encoder input from the name of the file.
+ *
+ * libavformat derives the muxer from the name, and the muxer's default encoder is used. A name without an
+ * extension means WAV. WAV and W64 hold PCM samples in the format of `audio`.
+ * @param path of the output file; nothing is opened
+ * @param audio spec of the audio to encode
+ * @param bits_per_sample as in SourceInfo
+ * @throw Failure (OutputFormat) */
 EncoderPlan planEncoder(const std::string& path, const AudioSpec& audio, int bits_per_sample);
 
 }  // namespace sonivex_tool

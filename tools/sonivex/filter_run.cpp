@@ -42,14 +42,14 @@ FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorli
     player_ = Vorlin::Player::create(
         plugin, config, [this](std::unique_ptr<Vorlin::IQFFrame> frame) { receive(std::move(frame)); });
     if (player_ == nullptr) {
-        throw Failure(ExitCode::FilterFailed, "the filter cannot be made ready");
+        throw Failure(ExitCode::FilterFailed, "cannot initialise the filter (--verbose shows its log)");
     }
     if (!player_->setOptions(optionsJson(*settings.effect, settings.options))) {
-        throw Failure(ExitCode::FilterFailed, "the filter does not understand its options");
+        throw Failure(ExitCode::FilterFailed, "the filter rejected its options (--verbose shows its log)");
     }
     if (settings.playback_speed) player_->setSpeed(*settings.playback_speed);
     if (settings.video_fps) player_->setVideoFps(*settings.video_fps);
-    // A filter that passes everything on is never late.
+    // A bypassed filter has no delay.
     if (player_->isBypassed()) delay_frames_ = 0;
     timeline_.setDelay(settings.keep_delay ? 0 : delay_frames_);
     for (const double seconds : settings.flush_at_s)
@@ -78,9 +78,8 @@ void FilterRun::receive(std::unique_ptr<Vorlin::IQFFrame> frame) {
 
 void FilterRun::check(int result) {
     if (output_error_ != nullptr) std::rethrow_exception(output_error_);
-    if (result == AVERROR(ETIMEDOUT))
-        throw Failure(ExitCode::FilterFailed, "the filter has stopped answering");
-    if (result < 0) throw Failure(ExitCode::FilterFailed, "the filter fails: " + errorText(result));
+    if (result == AVERROR(ETIMEDOUT)) throw Failure(ExitCode::FilterFailed, "the filter stopped responding");
+    if (result < 0) throw Failure(ExitCode::FilterFailed, "the filter failed: " + errorText(result));
 }
 
 void FilterRun::flushWhenDue() {
@@ -104,7 +103,8 @@ void FilterRun::push(FramePtr frame) {
 
 void FilterRun::finish() {
     check(player_->drain());
-    if (counts().pulled == 0) throw Failure(ExitCode::FilterFailed, "the filter gave up every frame");
+    if (counts().pulled == 0)
+        throw Failure(ExitCode::FilterFailed, "the filter dropped every frame (--verbose shows its log)");
     timeline_.finish();
 }
 

@@ -8,10 +8,10 @@ namespace sonivex_tool {
 namespace {
 
 [[noreturn]] void fail(int averror) {
-    throw Failure(ExitCode::Internal, "audio cannot be converted: " + errorText(averror));
+    throw Failure(ExitCode::Internal, "cannot convert the audio: " + errorText(averror));
 }
 
-/** `first` followed by `second`, either of which may be null. */
+// Joins `first` and `second`, either of which may be null.
 FramePtr joined(FramePtr first, FramePtr second, const AudioSpec& spec) {
     if (first == nullptr) return second;
     if (second == nullptr) return first;
@@ -27,7 +27,7 @@ FramePtr joined(FramePtr first, FramePtr second, const AudioSpec& spec) {
 
 void FormatConverter::open(const AudioSpec& source) {
     SwrContext* context = nullptr;
-    AVChannelLayout source_layout = source.layout;  // older releases ask for layouts that they could change
+    AVChannelLayout source_layout = source.layout;  // older releases take a non-const layout
     int result = swr_alloc_set_opts2(&context, &target_.layout, target_.format, target_.rate_hz,
                                      &source_layout, source.format, source.rate_hz, 0, nullptr);
     resampler_.reset(context);
@@ -45,7 +45,7 @@ FramePtr FormatConverter::run(const AVFrame* input) {
     if (room < 0) fail(room);
     if (room == 0) return nullptr;
     FramePtr output = makeFrame(target_, room);
-    // libswresample of some releases takes the input planes without const inside.
+    // The const qualifiers of the input planes differ between releases of libswresample.
     const auto** planes = input != nullptr ? const_cast<const uint8_t**>(input->extended_data) : nullptr;
     const int produced = swr_convert(resampler_.get(), output->extended_data, room, planes, input_frames);
     if (produced < 0) fail(produced);

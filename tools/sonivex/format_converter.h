@@ -4,20 +4,25 @@
 
 namespace sonivex_tool {
 
-/** Turns frames of any kind into frames of one kind, through libswresample. Frames that are of that kind
- * already pass untouched. The input may change at any frame; what the resampler still holds comes out before.
- */
+/** Converts frames of any spec to one spec with libswresample.
+ *
+ * Frames that already have the target spec pass through unchanged. The input's spec may change at any frame.
+ * The samples that the resampler still holds then come out first. */
 class FormatConverter {
   public:
+    /** @param target spec of every frame that `convert` and `flush` return */
     explicit FormatConverter(const AudioSpec& target) : target_(target) {}
 
+    /** The target spec. */
     const AudioSpec& target() const { return target_; }
 
-    /** @return the converted frame; null when the resampler keeps all of it for now. pts is not kept.
-     *  @throw std::bad_alloc, Failure (Internal) when libswresample cannot do it */
+    /** Converts a frame and takes ownership of it. A converted frame loses its pts.
+     * @return the converted frame, or null while the resampler holds all of it
+     * @throw std::bad_alloc; Failure (Internal) when libswresample cannot convert it */
     FramePtr convert(FramePtr frame);
 
-    /** What the resampler still holds, or null. */
+    /** Returns the samples that the resampler still holds, or null if there are none.
+     * @throw as `convert` does */
     FramePtr flush();
 
   private:

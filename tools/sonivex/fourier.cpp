@@ -15,7 +15,8 @@ Fourier::Fourier(std::size_t size) : size_(size), turns_(size / 2) {
     }
 }
 
-// Radix 2, decimation in time: the values in bit-reversed order, then butterflies over ever longer stretches.
+// Radix 2, decimation in time: puts the values into bit-reversed order, then applies butterflies over
+// stretches that double in length.
 void Fourier::transform(std::vector<std::complex<double>>& x) const {
     assert(x.size() == mSize);
     for (std::size_t n = 1, reversed = 0; n < size_; ++n) {
@@ -31,7 +32,8 @@ void Fourier::transform(std::vector<std::complex<double>>& x) const {
                 std::complex<double>& a = x[first + k];
                 std::complex<double>& b = x[first + k + half];
                 const std::complex<double> turn = turns_[k * step];
-                // Written out: the library's product looks for infinities, at a third of the speed.
+                // The product is written out because std::complex's checks for NaN and infinity and takes
+                // three times as long.
                 const std::complex<double> turned(b.real() * turn.real() - b.imag() * turn.imag(),
                                                   b.real() * turn.imag() + b.imag() * turn.real());
                 b = a - turned;

@@ -9,16 +9,16 @@
 
 namespace sonivex_tool {
 
-/** The frames of a file, from its beginning. */
+/** A file opened for reading its frames from the beginning. */
 struct FrameStream {
-    std::string codec;  // libavcodec's name
+    std::string codec;  // libavcodec's name for the codec
     AudioSpec spec;     // of every frame
-    /** The next frame, or null at the end. @throw Failure, of a pending signal too */
+    /** Returns the next frame, or null at the end. @throw Failure, also for a pending signal */
     std::function<FramePtr()> read;
-    int rest_bytes = 0;  // at the end of a file of bare samples, that are no whole frame
+    int rest_bytes = 0;  // after the last whole frame of a file of bare samples
 };
 
-/** Open an audio file, or one of bare samples when `format` says how to read it. @throw Failure */
+/** Opens the first audio stream of a file, or a file of bare samples if `format` is given. @throw Failure */
 FrameStream openFrameStream(const std::string& path, const std::optional<PcmFormat>& format);
 
 }  // namespace sonivex_tool

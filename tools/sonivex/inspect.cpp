@@ -11,7 +11,7 @@
 namespace sonivex_tool {
 namespace {
 
-/** A file with the way to read it again. */
+// A measured file, and a function that opens it again.
 struct Measured {
     InspectedFile file;
     std::function<FrameStream()> open;
@@ -31,9 +31,10 @@ Measured measure(const std::string& path, const PcmHints& hints, bool is_output)
     measured.file.codec = stream.codec;
     measured.file.spec = stream.spec;
     const std::string reason = whyUnmeasurable(stream.spec);
-    if (!reason.empty()) throw Failure(ExitCode::UnsupportedAudio, path + ": " + reason);
+    if (!reason.empty())
+        throw Failure(ExitCode::UnsupportedAudio, "cannot measure \"" + path + "\": " + reason);
     if (stream.rest_bytes > 0) {
-        measured.file.notes.push_back("cut off inside a frame: bytes left out at the end: " +
+        measured.file.notes.push_back("the file ends inside a frame; trailing bytes ignored: " +
                                       std::to_string(stream.rest_bytes));
     }
     LevelMeter meter(stream.spec);
@@ -48,31 +49,34 @@ ComparedSide sideOf(const Measured& measured) {
 
 InspectedPair compare(const Measured& input, const Measured& output) {
     if (input.file.spec.rate_hz != output.file.spec.rate_hz) {
-        throw Failure(ExitCode::UnsupportedAudio,
-                      output.file.path + ": has " + std::to_string(output.file.spec.rate_hz) +
-                          " Hz, its input " + std::to_string(input.file.spec.rate_hz) + " Hz");
+        throw Failure(ExitCode::UnsupportedAudio, "cannot compare \"" + output.file.path + "\" with \"" +
+                                                      input.file.path + "\": their sample rates are " +
+                                                      std::to_string(output.file.spec.rate_hz) + " Hz and " +
+                                                      std::to_string(input.file.spec.rate_hz) + " Hz");
     }
     const PairDifference difference = comparePair(sideOf(input), sideOf(output));
     return {input.file.path, output.file.path, input.file.spec.rate_hz, difference.delay_frames,
             difference.gain_db};
 }
 
-/** A comparison reads the files again. A path of nothing may be an address that libavformat knows. */
+// A comparison reads its files more than once, so a pipe or a device cannot be compared. A path that does not
+// exist passes, because it may be a URL that libavformat opens.
 void requireReadableTwice(const std::string& path) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (!std::filesystem::exists(status) || std::filesystem::is_regular_file(status) ||
         std::filesystem::is_directory(status))
         return;
-    throw Failure(ExitCode::InputNotReadable, path + ": is no regular file, and --pair reads files twice");
+    throw Failure(ExitCode::InputNotReadable,
+                  "cannot compare \"" + path + "\": it is not a regular file, and --pair reads files twice");
 }
 
-/** The output that belongs to `input`, or null. */
+// Returns the output of the dump session whose input is `input`, or null.
 const Measured* outputOf(const Measured& input, const std::vector<Measured>& files) {
     const auto name = parseDumpName(input.file.path);
     if (!name || !name->is_input) return nullptr;
     const std::string path = name->partner().path();
-    // The same file may be called "name", "./name" or by its whole path.
+    // The user may name the same file "name", "./name" or by its absolute path.
     const auto found = std::find_if(files.begin(), files.end(), [&](const Measured& m) {
         std::error_code error;
         return std::filesystem::equivalent(m.file.path, path, error);

@@ -18,10 +18,10 @@ namespace sonivex_tool {
 namespace {
 
 constexpr char kInspectFooter[] =
-    "Files named *.pcm are bare interleaved 16-bit samples, as the filter dumps them; they do not say\n"
-    "their channels and rate. Two files of one dump session (sonivex_EFFECT_input_ID.pcm and\n"
-    "sonivex_EFFECT_output_ID.pcm) are compared with each other.\n"
-    "Exit codes are those of `sonivex render`.\n";
+    "Files named *.pcm hold bare interleaved 16-bit samples, as the filter dumps them. They do not state\n"
+    "their channel count and sample rate. The two files of a dump session (sonivex_EFFECT_input_ID.pcm\n"
+    "and sonivex_EFFECT_output_ID.pcm) are compared with each other.\n"
+    "The exit codes are those of `sonivex render`.\n";
 constexpr int kLowestRate_hz = 4000;
 constexpr int kHighestRate_hz = 768000;
 
@@ -34,7 +34,7 @@ struct InspectChoices {
 
 void run(InspectChoices& choices) {
     if (choices.request.files.empty() && choices.pair.empty())
-        throw Failure(ExitCode::Usage, "no FILE to inspect (sonivex inspect --help explains)");
+        throw Failure(ExitCode::Usage, "FILE or --pair is required (try \"sonivex inspect --help\")");
     if (!choices.pair.empty()) choices.request.pair = {choices.pair.at(0), choices.pair.at(1)};
     choices.request.hints.channels = parseChannels(choices.channels);
     installSignalHandlers();
@@ -49,21 +49,23 @@ void run(InspectChoices& choices) {
 std::function<void()> addInspectCommand(CLI::App& program) {
     auto choices = std::make_shared<InspectChoices>();
     CLI::App* command = program.add_subcommand(
-        "inspect", "Measure the levels of files, and what an effect did between two of them");
+        "inspect", "Measure the levels of files, and the latency and gain between two of them");
     command->footer(kInspectFooter);
     command->add_option("FILE", choices->request.files, "Audio files or dump files")->option_text(" ");
     command
         ->add_option("--pair", choices->pair,
-                     "Compare OUT with IN: how late it is, and how much louder;\nwhatever their names")
+                     "Measure the latency and gain from IN to OUT, whatever their\nnames")
         ->option_text("IN OUT")
         ->expected(2);
     command
         ->add_option("--channels", choices->channels,
-                     "Channels of .pcm files, 1 to 8; two numbers (6,2) when an\neffect's output has others")
+                     "Channel count of .pcm files, 1 to 8; two counts, as in 6,2,\n"
+                     "if the effect's output has a different one")
         ->option_text("N[,M]")
         ->check(CLI::Validator(
             [](const std::string& text) {
-                return parseChannels(text).empty() ? "must be N or N,M, each 1 to 8: " + text : std::string();
+                return parseChannels(text).empty() ? "must be N or N,M, each 1 to 8, not " + text
+                                                   : std::string();
             },
             "", "channels"));
     command->add_option("--rate", choices->request.hints.rate_hz, "Sample rate of .pcm files (default 48000)")

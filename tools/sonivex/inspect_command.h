@@ -5,7 +5,8 @@
 
 namespace sonivex_tool {
 
-/** Add `inspect` to the program. @return what runs it, once the command line is parsed; it throws Failure. */
+/** Adds the subcommand `inspect` to the program.
+ * @return a function that runs the command once the command line is parsed; it throws Failure */
 std::function<void()> addInspectCommand(CLI::App& program);
 
 }  // namespace sonivex_tool

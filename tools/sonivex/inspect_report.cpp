@@ -28,7 +28,7 @@ double lengthSeconds(const InspectedFile& file) {
     return static_cast<double>(file.levels.frames) / file.spec.rate_hz;
 }
 
-/** "FL", or the number of a channel without a position. */
+// Returns a channel's abbreviation such as "FL", or its number from 1 if it has no position.
 std::string channelName(const AudioSpec& spec, size_t channel) {
     const AVChannel id = av_channel_layout_channel_from_index(&spec.layout, static_cast<unsigned>(channel));
     std::array<char, 32> name{};
@@ -62,7 +62,7 @@ std::string fileText(const InspectedFile& file) {
         std::string list;
         for (const std::string& assumption : file.assumptions)
             list += (list.empty() ? "" : " and ") + assumption;
-        text += "  assumed, as the file does not say: " + list + " (see --channels, --rate)\n";
+        text += "  not specified by the file, assumed: " + list + " (see --channels, --rate)\n";
     }
     for (const std::string& note : file.notes) text += "  " + note + "\n";
     text += row("channel", {"RMS", "sample peak", "true peak", "loudness"});

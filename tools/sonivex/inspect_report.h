@@ -6,10 +6,11 @@
 
 namespace sonivex_tool {
 
-/** For people: a table for each file and a few lines for each pair, with the last newline. */
+/** Formats the report for people: a table for each file and a few lines for each pair, the last line
+ *  terminated. */
 std::string asText(const InspectReport& report);
 
-/** For programs: one JSON object on one line, with the newline. */
+/** Formats the report for programs: one JSON object on one terminated line. */
 std::string asJson(const InspectReport& report);
 
 }  // namespace sonivex_tool

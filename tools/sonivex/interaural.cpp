@@ -8,8 +8,8 @@
 namespace sonivex_tool {
 namespace {
 
-constexpr double kLongestDelay_s = 0.001;  // around a large head: 0.8 ms
-constexpr double kSilence_rms = 1e-4;      // -80 dBFS, well above the rounding of 16-bit samples
+constexpr double kLongestDelay_s = 0.001;  // a large head causes 0.8 ms
+constexpr double kSilence_rms = 1e-4;      // -80 dBFS, well above the rounding noise of 16-bit samples
 constexpr double kLargestLevel_db = 100.0;
 constexpr double kAudibleDelay_us = 20.0;
 constexpr double kAudibleLevel_db = 1.0;
@@ -20,7 +20,7 @@ double energyOf(std::span<const double> samples) {
     return sum;
 }
 
-/** Sum over n of left[n] * right[n + lag]. */
+// Returns the sum over n of left[n] * right[n + lag].
 double correlationAt(std::span<const double> left, std::span<const double> right, std::ptrdiff_t lag) {
     const auto size = static_cast<std::ptrdiff_t>(left.size());
     const std::ptrdiff_t first = std::max<std::ptrdiff_t>(0, -lag);
@@ -33,11 +33,11 @@ double correlationAt(std::span<const double> left, std::span<const double> right
 }
 
 struct Top {
-    double place = 0.0;  // from the middle one, -0.5 to 0.5
+    double place = 0.0;  // relative to the middle value, -0.5 to 0.5
     double height = 0.0;
 };
 
-/** The top of the parabola through three neighbours, of which the middle one is the greatest. */
+// Returns the top of the parabola through three neighbouring values, the middle one being the greatest.
 Top topOfParabola(double before, double middle, double after) {
     const double bend = before - 2.0 * middle + after;
     if (bend >= 0.0) return {0.0, middle};
@@ -63,7 +63,7 @@ InterauralDifference compareEars(std::span<const double> left, std::span<const d
     const double smallest = std::pow(10.0, -kLargestLevel_db / 10.0) * std::max(left_energy, right_energy);
     result.level_db = 10.0 * std::log10(std::max(left_energy, smallest) / std::max(right_energy, smallest));
 
-    // One lag more on either side, so that every candidate has two neighbours.
+    // One extra lag on either side gives every candidate two neighbours.
     const auto longest = static_cast<std::ptrdiff_t>(std::ceil(kLongestDelay_s * rate_hz));
     std::vector<double> correlations;
     for (std::ptrdiff_t lag = -longest - 1; lag <= longest + 1; ++lag) {

@@ -13,18 +13,19 @@
 namespace sonivex_tool {
 namespace {
 
-// A signal may reach any thread of the program, a decoder's too, so it is not only the handler's business.
+// The flag is atomic rather than a volatile sig_atomic_t: the system may deliver a signal to any thread, a
+// decoder's included, while another thread reads the flag.
 std::atomic<int> g_pending_signal = 0;
 std::array<char, PATH_MAX> g_path_to_remove;
 std::atomic<bool> g_has_path_to_remove = false;
 static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
-              "else a signal handler must not touch them");
+              "a signal handler may only use lock-free atomics");
 
 ExitCode exitCodeOf(int signal) {
     return signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated;
 }
 
-// Only calls that are safe in a signal handler.
+// Calls only async-signal-safe functions.
 void onSignal(int signal) {
     if (g_pending_signal.exchange(signal) == 0) return;
     if (g_has_path_to_remove) (void)unlink(g_path_to_remove.data());
@@ -37,7 +38,7 @@ void installSignalHandlers() {
     struct sigaction remember {};
     remember.sa_handler = onSignal;
     sigemptyset(&remember.sa_mask);
-    // No SA_RESTART: a read that waits for a slow source returns, and the mark is seen.
+    // No SA_RESTART: a read that waits for a slow source returns, and its caller sees the flag.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &remember, nullptr);
 
     struct sigaction ignore {};
@@ -62,7 +63,7 @@ int pendingSignal() {
 void throwIfInterrupted() {
     const int signal = pendingSignal();
     if (signal == 0) return;
-    throw Failure(exitCodeOf(signal), "interrupted, nothing is kept");
+    throw Failure(exitCodeOf(signal), "interrupted; no result was written");
 }
 
 }  // namespace sonivex_tool

@@ -2,19 +2,26 @@
 
 namespace sonivex_tool {
 
-/** From now on SIGINT, SIGTERM and SIGHUP only leave a mark, so that a command can clean up behind itself; a
- * file that grows too large and a reader that goes away become errors of `write`. */
+/** Makes SIGINT, SIGTERM and SIGHUP set a flag (`pendingSignal`) instead of ending the program, so that a
+ * command can clean up. The second such signal ends the program at once.
+ *
+ * SIGXFSZ and SIGPIPE are ignored from then on: a file over the size limit and a closed pipe become errors of
+ * `write`. */
 void installSignalHandlers();
 
-/** The file that the second such signal removes, which ends the program at once: the way out when whatever
- * runs never gets to see the mark. Null: none. A copy is kept; a path that the system would not open anyway
- * is ignored. One thread may call this. */
+/** Sets the file that the second signal removes before it ends the program. The second signal is the user's
+ * way out when the running code never checks the flag.
+ *
+ * @param path copied; null for no file. A path of PATH_MAX bytes or more is ignored, since the system would
+ * not open it either.
+ *
+ * Only one thread may call this. */
 void removeOnSecondSignal(const char* path);
 
-/** The signal that asked the program to end, or 0. Any thread may ask. */
+/** The signal that asked the program to end, or 0. Any thread may call this. */
 int pendingSignal();
 
-/** @throw Failure with the exit code of the signal, if one is pending. */
+/** Throws if a signal is pending. @throw Failure with the exit code of that signal */
 void throwIfInterrupted();
 
 }  // namespace sonivex_tool

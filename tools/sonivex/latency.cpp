@@ -7,8 +7,8 @@ namespace sonivex_tool {
 std::optional<int64_t> constantDelayFrames(int block_frames, int call_frames) {
     const int64_t block = block_frames;
     const int64_t call = call_frames;
-    // `queued` depends on the total modulo the block, so it repeats after this many calls; twice that sees
-    // every state with the full lead.
+    // `queued` equals the total modulo the block, so it repeats after block / gcd calls. Twice as many calls
+    // visit every state after the lead has built up in full.
     const int64_t calls = 2 * block / std::gcd(block, call) + 2;
     int64_t queued = 0;
     int64_t ready = 0;

@@ -5,21 +5,20 @@
 
 namespace sonivex_tool {
 
-// How late an effect's output is.
+// The delay of an effect's output caused by its block queue.
 //
-// An effect queues the samples of a call, works them off in whole blocks, and answers a call only when all of
-// it is ready, with silence otherwise:
+// An effect queues the samples of a call and processes them in whole blocks. It answers a call with silence
+// unless it has enough processed samples for the whole call:
 //
 //   queued += call;  while (queued >= block) { queued -= block; ready += block; }
 //   if (ready >= call) ready -= call; else the call's answer is silence
 //
-// Each silent answer adds one call to the delay. For some call sizes (300 frames in blocks of 512) a further
-// silent answer comes in the middle of the sound, because the first ones did not build up enough of a lead.
-// Such a size tears a hole into the output and has no delay that a player could take away.
+// Each silent answer adds one call to the delay. For some call sizes (300 frames in blocks of 512) another
+// silent answer follows in the middle of the sound, because the first ones did not build up enough of a lead.
+// Such a size leaves gaps in the output and has no constant delay that a player could compensate.
 
-/** The frames by which the output is late for calls of `call_frames`, when every silent answer comes before
- * the first one that is not; nothing when a call size makes silence later on. Both counts must be positive.
- */
+/** Returns the delay of the output in frames for calls of `call_frames`, both counts positive.
+ *  @return nothing if a silent answer follows one that is not silent */
 std::optional<int64_t> constantDelayFrames(int block_frames, int call_frames);
 
 }  // namespace sonivex_tool

@@ -28,7 +28,7 @@ void LevelMeter::Closer::operator()(ebur128_state* state) const {
     ebur128_destroy(&state);
 }
 
-// The mix's meter is made first and refuses what the channels' could not measure either.
+// The mix's meter is constructed first. It throws for every spec that the channels' meters could not measure.
 LevelMeter::LevelMeter(const AudioSpec& spec) : to_planes_(planesOf(spec)), mix_(spec) {
     for (int c = 0; c < spec.channels(); ++c) {
         constexpr int kMeasures = EBUR128_MODE_I | EBUR128_MODE_TRUE_PEAK;

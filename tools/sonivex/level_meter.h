@@ -13,31 +13,34 @@
 
 namespace sonivex_tool {
 
-/** Levels of one channel or of all together; what cannot be said is missing. */
+/** Levels of one channel or of all channels together; a level that cannot be given is missing. */
 struct Levels {
-    bool is_finite = true;                   // else a sample is no number, and nothing below can be said
+    bool is_finite = true;                   // false: a sample is NaN or infinite, and every level is missing
     std::optional<double> rms_dbfs;          // 0 is a full-scale square wave; missing for digital silence
-    std::optional<double> sample_peak_dbfs;  // likewise
-    std::optional<double> true_peak_dbtp;    // ITU-R BS.1770, by oversampling; likewise
-    std::optional<double> integrated_lufs;   // missing when nothing rises above the gate of -70 LUFS
+    std::optional<double> sample_peak_dbfs;  // missing for digital silence
+    std::optional<double> true_peak_dbtp;    // ITU-R BS.1770, by oversampling; missing for digital silence
+    std::optional<double> integrated_lufs;   // EBU R128; missing if nothing exceeds the gate of -70 LUFS
 };
 
-/** What a LevelMeter found. */
+/** The result of a LevelMeter. */
 struct LevelReport {
     int64_t frames = 0;
-    std::vector<Levels> channels;  // a channel's loudness is that of a mono file of it
-    Levels all;                    // the mean power of the channels, the highest peaks, the mix's loudness
-    std::optional<int64_t> first_audible_frame;  // the first with a sample above -60 dBFS
+    std::vector<Levels> channels;  // the loudness of a channel is that of a mono file of it
+    Levels all;                    // the channels' mean power, their highest peaks, and the mix's loudness
+    std::optional<int64_t> first_audible_frame;  // first frame with a sample above -60 dBFS in any channel
 };
 
-/** Measures levels of frames of one spec. */
+/** Measures the levels of frames that share one spec. */
 class LevelMeter {
   public:
-    /** @throw Failure (UnsupportedAudio) for what is unmeasurable; std::bad_alloc, here and below */
+    /** @throw Failure (UnsupportedAudio) if `spec` cannot be measured (see whyUnmeasurable); std::bad_alloc,
+     *  from add() too */
     explicit LevelMeter(const AudioSpec& spec);
     ~LevelMeter();
 
+    /** Measures the next frame of the stream. */
     void add(const AVFrame& frame);
+    /** Returns the levels of all frames so far. */
     LevelReport result() const;
 
   private:

@@ -8,8 +8,9 @@
 namespace sonivex_tool {
 namespace {
 
-// Below 3.4 kHz the weighting's shelf at 1.7 kHz has no room, so that libebur128's filter is unstable; from
-// 16 to 19 Hz it writes beyond its memory. Above the other two it makes no meter.
+// Below 3.4 kHz the K-weighting's shelf at 1.7 kHz lies above half the sample rate, and libebur128's filter
+// is unstable; from 16 to 19 Hz libebur128 writes out of bounds. Above the two upper limits it creates no
+// meter.
 constexpr int kLowestRate_hz = 4000;
 constexpr int kHighestRate_hz = 2822400;
 constexpr int kMostChannels = 64;
@@ -19,7 +20,7 @@ AudioSpec doubleSpec(AudioSpec spec) {
     return spec;
 }
 
-/** Where a loudspeaker stands, as ITU-R BS.1770 weighs it. */
+// Returns a loudspeaker's position, which sets its weight in ITU-R BS.1770.
 int ituPosition(AVChannel channel, int channels) {
     switch (channel) {
         case AV_CHAN_FRONT_LEFT:
@@ -40,7 +41,7 @@ int ituPosition(AVChannel channel, int channels) {
         case AV_CHAN_BACK_RIGHT:
             return channels > 6 ? EBUR128_Mm135 : EBUR128_RIGHT_SURROUND;
         default:
-            return EBUR128_Mp180;  // a position of plain weight
+            return EBUR128_Mp180;  // a position of weight 1
     }
 }
 
@@ -52,19 +53,19 @@ void LoudnessMeter::Closer::operator()(ebur128_state* state) const {
 
 std::string whyUnmeasurable(const AudioSpec& spec) {
     if (spec.rate_hz < kLowestRate_hz || spec.rate_hz > kHighestRate_hz) {
-        return "has " + std::to_string(spec.rate_hz) + " Hz, levels are measured from " +
+        return "its sample rate is " + std::to_string(spec.rate_hz) + " Hz; levels can be measured from " +
                std::to_string(kLowestRate_hz) + " to " + std::to_string(kHighestRate_hz) + " Hz";
     }
     if (spec.channels() > kMostChannels) {
-        return "has " + std::to_string(spec.channels()) + " channels, levels are measured of " +
-               std::to_string(kMostChannels) + " at most";
+        return "it has " + std::to_string(spec.channels()) + " channels; levels can be measured of at most " +
+               std::to_string(kMostChannels);
     }
     return "";
 }
 
 LoudnessMeter::LoudnessMeter(const AudioSpec& spec) : to_double_(doubleSpec(spec)) {
     const std::string reason = whyUnmeasurable(spec);
-    if (!reason.empty()) throw Failure(ExitCode::UnsupportedAudio, "the audio " + reason);
+    if (!reason.empty()) throw Failure(ExitCode::UnsupportedAudio, "cannot measure the audio: " + reason);
     const int channels = spec.channels();
     state_.reset(
         allocated(ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(spec.rate_hz),

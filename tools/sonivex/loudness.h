@@ -10,23 +10,27 @@
 
 namespace sonivex_tool {
 
-/** A file's loudness; what cannot be said is missing. */
+/** The loudness of a file; a value that cannot be given is missing. */
 struct Loudness {
-    std::optional<double> integrated_lufs;   // missing when nothing rises above the gate of -70 LUFS
+    std::optional<double> integrated_lufs;   // missing if nothing exceeds the gate of -70 LUFS
     std::optional<double> sample_peak_dbfs;  // missing for digital silence
 };
 
-/** Why loudness and levels of such audio cannot be measured, for the user; empty when they can. */
+/** Explains, in a message for the user, why loudness and levels of such audio cannot be measured.
+ *  @return empty if they can */
 std::string whyUnmeasurable(const AudioSpec& spec);
 
-/** Measures integrated loudness (EBU R128) and sample peak of frames of one spec. */
+/** Measures the integrated loudness (EBU R128) and the sample peak of frames that share one spec. */
 class LoudnessMeter {
   public:
-    /** @throw Failure (UnsupportedAudio) for what is unmeasurable; std::bad_alloc, here and below */
+    /** @throw Failure (UnsupportedAudio) if `spec` cannot be measured (see whyUnmeasurable); std::bad_alloc,
+     *  from add() too */
     explicit LoudnessMeter(const AudioSpec& spec);
     ~LoudnessMeter();
 
+    /** Measures the next frame of the stream. */
     void add(const AVFrame& frame);
+    /** Returns the loudness of all frames so far. */
     Loudness result() const;
 
   private:

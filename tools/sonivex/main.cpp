@@ -1,4 +1,5 @@
-// sonivex: the filter from the command line. One subcommand does one thing; see docs/command-line.md.
+// The `sonivex` program runs the filter on files. Each subcommand does one thing; docs/command-line.md
+// describes them.
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -26,9 +27,10 @@ int exitWith(ExitCode code) {
     return static_cast<int>(code);
 }
 
-/** A file that is opened while a standard descriptor is closed takes its number, and then what the program or
- * an effect prints ends in that file. So /dev/null stands in for each, opened the wrong way round: using it
- * still fails as it does on a closed descriptor. @return whether all three are open */
+// Opens /dev/null on every standard descriptor that is closed, and returns whether all three are open then.
+// Otherwise the next file to be opened would take the descriptor's number and receive what the program or an
+// effect prints. The access mode is the wrong one on purpose: using the descriptor still fails, as it does on
+// a closed one.
 bool occupyStandardDescriptors() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(descriptor, F_GETFD) >= 0) continue;
@@ -39,7 +41,8 @@ bool occupyStandardDescriptors() {
 }
 
 int parseAndRun(int argc, char** argv) {
-    CLI::App program("Audio post-processing for media players, from the command line", "sonivex");
+    CLI::App program("Run the audio effects of the Sonivex filter on files, and measure the results",
+                     "sonivex");
     program.set_version_flag("--version", "sonivex " SONIVEX_VERSION);
     program.require_subcommand(1);
     const std::map<std::string, std::function<void()>> commands = {
@@ -61,7 +64,7 @@ int parseAndRun(int argc, char** argv) {
         return exitWith(ExitCode::Success);
     } catch (const CLI::ParseError& error) {
         const std::string command = chosen().empty() ? "sonivex" : "sonivex " + chosen();
-        sonivex_tool::printError(std::string(error.what()) + " (" + command + " --help explains)");
+        sonivex_tool::printError(std::string(error.what()) + " (try \"" + command + " --help\")");
         return exitWith(ExitCode::Usage);
     }
     commands.at(chosen())();

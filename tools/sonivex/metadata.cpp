@@ -9,11 +9,12 @@
 namespace sonivex_tool {
 namespace {
 
+// Tags that describe the file rather than the recording; letter case does not matter.
 constexpr std::array<std::string_view, 10> kAboutTheFile = {
     "encoder",  "major_brand", "minor_version", "compatible_brands", "handler_name", "vendor_id",
     "iTunSMPB", "duration",    "bps",           "itunnorm"};
 
-// Loudness figures, and statistics that one muxer writes.
+// Prefixes of such tags: loudness figures, and the statistics that Matroska muxers write.
 constexpr std::array<std::string_view, 4> kPrefixesAboutTheFile = {"replaygain_", "r128_", "_statistics_",
                                                                    "number_of_"};
 
@@ -26,7 +27,7 @@ std::string lowerCase(std::string_view text) {
 
 bool isAboutTheFile(const std::string& key) {
     const std::string lower = lowerCase(key);
-    // Matroska writes its figures once per language: "DURATION-eng".
+    // Matroska writes its statistics once per language: "DURATION-eng".
     const std::string name = lower.substr(0, lower.find('-'));
     const auto is_name = [&](std::string_view tag) { return lowerCase(tag) == name; };
     const auto is_prefix = [&](std::string_view prefix) { return lower.starts_with(prefix); };
@@ -49,7 +50,7 @@ void copyMetadata(const AVFormatContext& source, const AVStream& source_stream, 
     copyTags(source.metadata, &output.metadata);
     copyTags(source_stream.metadata, &output_stream.metadata);
 
-    // Ogg keeps title and artist with the stream, most others with the file, and few muxers write both.
+    // Ogg stores title and artist with the stream, most other formats with the file. Few muxers write both.
     const bool is_from_ogg = std::string_view(source.iformat->name) == "ogg";
     if (is_from_ogg) copyTags(source_stream.metadata, &output.metadata);
     const std::string_view muxer = output.oformat->name;

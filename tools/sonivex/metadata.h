@@ -4,9 +4,10 @@
 
 namespace sonivex_tool {
 
-/** The tags that `output` shall carry, with its one audio stream, so that it says of itself what `source`
- * said of `source_stream`. Left out is what describes the old file rather than the recording: its encoder, its
- * statistics, its gapless and loudness figures. */
+/** Copies tags and disposition from `source` and `source_stream` to `output` and its only audio stream.
+ *
+ * Tags that describe the old file rather than the recording are left out: its encoder, its statistics, its
+ * gapless and loudness figures. A tag that the output already has is kept. */
 void copyMetadata(const AVFormatContext& source, const AVStream& source_stream, AVFormatContext& output,
                   AVStream& output_stream);
 

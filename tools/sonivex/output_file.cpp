@@ -18,11 +18,12 @@ namespace sonivex_tool {
 namespace {
 
 constexpr int kBufferBytes = 1 << 16;
-constexpr int kMaxLinks = 40;  // as the kernel follows
+constexpr int kMaxLinks = 40;  // the limit of the Linux kernel
 constexpr int kMaxNameAttempts = 100;
-constexpr mode_t kNewFileMode = 0666;  // less the umask
+constexpr mode_t kNewFileMode = 0666;  // before the umask
 
-/** Where writing to `path` would really write, also through links to nothing yet. */
+// The path that a write to `path` would create or change. Links are followed even if their target does not
+// exist yet.
 std::filesystem::path followLinks(std::filesystem::path path) {
     for (int i = 0; i < kMaxLinks; ++i) {
         std::error_code error;
@@ -48,7 +49,7 @@ std::string randomSuffix() {
 }
 
 Failure alreadyThere(const std::string& name) {
-    return {ExitCode::OutputExists, name + ": exists already (--force replaces it)"};
+    return {ExitCode::OutputExists, "cannot write \"" + name + "\": it already exists (--force replaces it)"};
 }
 
 }  // namespace
@@ -56,8 +57,10 @@ Failure alreadyThere(const std::string& name) {
 void OutputFile::check(const std::string& path, bool replace) {
     const auto status = statOf(path);
     if (!status) return;
-    if (S_ISDIR(status->st_mode)) throw Failure(ExitCode::OutputExists, path + ": is a folder");
-    if (!S_ISREG(status->st_mode)) throw Failure(ExitCode::OutputExists, path + ": is not a regular file");
+    if (S_ISDIR(status->st_mode))
+        throw Failure(ExitCode::OutputExists, "cannot write \"" + path + "\": it is a folder");
+    if (!S_ISREG(status->st_mode))
+        throw Failure(ExitCode::OutputExists, "cannot write \"" + path + "\": it is not a regular file");
     if (!replace) throw alreadyThere(path);
 }
 
@@ -88,7 +91,7 @@ void OutputFile::createTemporary() {
     const std::filesystem::path destination(destination_);
     for (int i = 0; i < kMaxNameAttempts; ++i) {
         const auto candidate = destination.parent_path() / (".sonivex-" + randomSuffix() + ".part");
-        removeOnSecondSignal(candidate.c_str());  // before it exists, or a signal could come in between
+        removeOnSecondSignal(candidate.c_str());  // before the file exists: a signal may come in between
         descriptor_ = ::open(candidate.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode);
         if (descriptor_ >= 0) {
             temporary_ = candidate.string();
@@ -99,7 +102,7 @@ void OutputFile::createTemporary() {
         if (error_number != EEXIST) fail(error_number);
     }
     if (descriptor_ < 0) fail(EEXIST);
-    // A file that is replaced keeps who may read it; where that cannot be, the umask's choice stands.
+    // The new file takes over the mode of the file that it replaces. If that fails, the umask's mode remains.
     if (const auto old = statOf(destination_)) (void)!::fchmod(descriptor_, old->st_mode & 07777U);
 }
 
@@ -135,21 +138,21 @@ void OutputFile::throwIfFailed() const {
 void OutputFile::fail(int error_number) const {
     const bool is_full = error_number == ENOSPC || error_number == EDQUOT || error_number == EFBIG;
     throw Failure(is_full ? ExitCode::NoSpace : ExitCode::OutputNotWritable,
-                  name_ + ": cannot be written: " + std::strerror(error_number));
+                  "cannot write \"" + name_ + "\": " + std::strerror(error_number));
 }
 
 void OutputFile::commit() {
     avio_flush(io_);
     throwIfFailed();
-    // Else a crash of the machine soon after could leave the name on a file whose contents never arrived.
+    // Without fsync, a crash of the machine soon after the rename could leave a file without its contents.
     int result = 0;
     do {
         result = ::fsync(descriptor_);
     } while (result != 0 && errno == EINTR);
-    if (result != 0 && errno != EINVAL) fail(errno);  // EINVAL: this file system has no such thing
+    if (result != 0 && errno != EINVAL) fail(errno);  // EINVAL: not supported by this file system
     const int descriptor = descriptor_;
     descriptor_ = -1;
-    // Network file systems report a full disk only here.
+    // Network file systems may report a full disk only on close.
     if (::close(descriptor) != 0 && errno != EINTR) fail(errno);
     giveName();
     removeOnSecondSignal(nullptr);
@@ -166,7 +169,8 @@ void OutputFile::giveName() {
     if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return;
     if (errno == EEXIST) throw alreadyThere(name_);
     if (errno != EINVAL && errno != ENOSYS) fail(errno);
-    // Not every file system can rename without replacing. A second name is as good, where there are such.
+    // Not every file system supports RENAME_NOREPLACE. Creating a hard link does not replace a file either,
+    // but not every file system supports links.
     if (::link(from, to) == 0) {
         ::unlink(from);
         return;

@@ -8,46 +8,50 @@
 
 namespace sonivex_tool {
 
-/** A file that appears only when it is whole.
+/** An output file that appears under its name only when it is complete.
  *
- *  It is written under a temporary name in the folder where it shall be, and renamed by `commit`. Without a
- * commit the destructor removes it, and so does a second signal (see interrupt.h), of one such object. A
- * symbolic link is followed: what it points at is replaced. */
+ * The data goes to a file with a temporary name in the destination's folder, which `commit` renames. Without
+ * a commit the destructor removes the temporary file. A second signal removes it too (see interrupt.h), but
+ * only for one object at a time. A symbolic link is followed: its target is replaced. */
 class OutputFile {
   public:
-    /** Say early what would stop `commit`. @throw Failure (OutputExists) */
+    /** Checks early for a destination that would make `commit` fail: a folder, a special file, or an existing
+     * file that may not be replaced. @throw Failure (OutputExists) */
     static void check(const std::string& path, bool replace);
 
-    /** @param replace whether a file of this name may be replaced; else `commit` never does.
-     *  @throw Failure (OutputExists, OutputNotWritable, NoSpace), here and below */
+    /** Creates the temporary file.
+     *
+     * The constructor and every member below throw Failure (OutputExists, OutputNotWritable, NoSpace).
+     * @param replace whether `commit` may replace an existing file; if false, it never does
+     * @throw std::bad_alloc */
     OutputFile(const std::string& path, bool replace);
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /** For a muxer; owned by this object. What fails inside is raised by `throwIfFailed`. */
+    /** The I/O context for a muxer; owned by this object. Its callbacks record errors for `throwIfFailed`. */
     AVIOContext* io() { return io_; }
 
-    /** Raise the first write or seek that failed. */
+    /** Throws if a write or seek has failed; reports the first such error. */
     void throwIfFailed() const;
 
-    /** Write what is buffered through to the disk, close, and give the file its name. */
+    /** Writes the buffered data through to the disk, closes the file and gives it its name. Call it once. */
     void commit();
 
   private:
     void createTemporary();
     void giveName();
-    /** @return the AVERROR of an error that `throwIfFailed` shall raise, if it is the first. */
+    /** Records an errno for `throwIfFailed` unless an earlier one is recorded. @return its AVERROR */
     int remember(int error_number);
     int writeAll(const uint8_t* data, size_t bytes);
     int64_t seek(int64_t offset, int whence);
     [[noreturn]] void fail(int error_number) const;
     void close();
 
-    std::string name_;         // as the user wrote it, for messages
-    std::string destination_;  // symbolic links followed
+    std::string name_;         // as the user typed it, for messages
+    std::string destination_;  // with symbolic links followed
     bool replace_;
-    std::string temporary_;  // empty when there is none to remove
+    std::string temporary_;  // empty when there is no file to remove
     int descriptor_ = -1;
     AVIOContext* io_ = nullptr;
     int error_number_ = 0;

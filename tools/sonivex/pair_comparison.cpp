@@ -12,12 +12,14 @@ namespace {
 
 constexpr int kCompared_s = 10;
 constexpr double kLongestShift_s = 0.5;
-// Of the transforms, which bounds their memory: 2^21 values take 32 MiB. From 200 kHz on the time is shorter.
+// Largest transform length. It bounds the memory: 2^21 values take 32 MiB. From 200 kHz on it also shortens
+// the compared time.
 constexpr int64_t kMostTransformed_frames = int64_t{1} << 21;
 
 using Planes = std::vector<std::vector<float>>;
 
-/** Hands out frames of `stream` from frame `from` on, `count` of them at most: for each piece its planes. */
+// Reads up to `count` frames of `stream` from frame `from` on, and passes them to `use` piece by piece as
+// planar floats.
 void forRange(const FrameStream& stream, int64_t from, int64_t count,
               const std::function<void(const AVFrame& planes)>& use) {
     AudioSpec spec = stream.spec;
@@ -44,7 +46,7 @@ const float* plane(const AVFrame& frame, size_t channel) {
     return reinterpret_cast<const float*>(frame.extended_data[channel]);
 }
 
-/** The frames from `from` on, `count` of them; silence stands in for what the stream has no more. */
+// Returns `count` frames of each channel from frame `from` on, padded with silence after the stream's end.
 Planes readPlanes(const FrameStream& stream, int64_t from, int64_t count) {
     Planes planes(static_cast<size_t>(stream.spec.channels()));
     for (auto& samples : planes) samples.reserve(static_cast<size_t>(count));
@@ -71,7 +73,7 @@ double energyOf(const FrameStream& stream, int64_t from, int64_t count) {
     return energy;
 }
 
-/** All channels added up into the first. */
+// Sums all channels into the first and removes the others.
 void mixDown(Planes& planes) {
     for (size_t c = 1; c < planes.size(); ++c) {
         for (size_t n = 0; n < planes[c].size(); ++n) planes[0][n] += planes[c][n];

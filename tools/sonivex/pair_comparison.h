@@ -10,23 +10,23 @@ namespace sonivex_tool {
 
 /** One side of a comparison. */
 struct ComparedSide {
-    std::function<FrameStream()> open;  // from the beginning, each time
+    std::function<FrameStream()> open;  // opens the stream at its beginning, at each call
     int64_t frames = 0;
-    std::optional<int64_t> first_audible_frame;
+    std::optional<int64_t> first_audible_frame;  // missing if no frame is audible
 };
 
-/** How the second side differs from the first. */
+/** The difference of the output from the input. */
 struct PairDifference {
-    std::optional<int64_t> delay_frames;  // by which it is late; missing when there is no clear match
-    std::optional<double> gain_db;        // missing when a side is silent or not finite
+    std::optional<int64_t> delay_frames;  // lag of the output; missing if there is no clear match
+    std::optional<double> gain_db;        // missing if a side is silent or not finite
 };
 
-/** Compare two recordings of one rate.
+/** Compares two recordings of one sample rate.
  *
- *  The delay is looked for within half a second either way, in the ten seconds after the input begins to
- *  sound (above 200 kHz in 2^21 frames less half a second): channel by channel, or in the sums of the
- * channels when their numbers differ. The gain is that of all channels together over the whole length, the
- * delay taken away.
+ *  The delay is searched within half a second either way, in the ten seconds after the input begins to sound
+ *  (above 200 kHz: in 2^21 frames less half a second). The search goes channel by channel, or through the
+ *  sums of the channels if the channel counts differ. The gain is that of all channels together over the
+ *  whole common length, with the delay removed.
  *  @throw Failure of the streams, std::bad_alloc */
 PairDifference comparePair(const ComparedSide& input, const ComparedSide& output);
 

@@ -13,7 +13,7 @@ namespace {
 constexpr int kFramesPerRead = 4096;
 
 [[noreturn]] void failToRead(const std::string& path, const std::string& reason) {
-    throw Failure(ExitCode::InputNotReadable, path + ": " + reason);
+    throw Failure(ExitCode::InputNotReadable, "cannot read \"" + path + "\": " + reason);
 }
 
 }  // namespace
@@ -25,24 +25,24 @@ PcmFile::PcmFile(const std::string& path, const PcmFormat& format) : path_(path)
 
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
-    if (std::filesystem::is_directory(status)) failToRead(path, "is a folder");
+    if (std::filesystem::is_directory(status)) failToRead(path, "it is a folder");
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
-        failToRead(path, "is no regular file");
+        failToRead(path, "it is not a regular file");
     file_.reset(std::fopen(path.c_str(), "rbe"));
     if (file_ == nullptr) failToRead(path, std::strerror(errno));
 
     const std::uintmax_t bytes = std::filesystem::file_size(path, error);
     if (error) failToRead(path, error.message());
     const std::uintmax_t frame_bytes = static_cast<std::uintmax_t>(format.channels) * sizeof(int16_t);
-    if (bytes == 0) throw Failure(ExitCode::NoAudio, path + ": is empty");
+    if (bytes == 0) throw Failure(ExitCode::NoAudio, "cannot read \"" + path + "\": it is empty");
     rest_bytes_ = static_cast<int>(bytes % frame_bytes);
     if (rest_bytes_ == 0 || (format.broken_end == BrokenEnd::CutOff && bytes > frame_bytes)) return;
     throw Failure(
         ExitCode::NoAudio,
-        path + ": its " + std::to_string(bytes) + " bytes are no whole number of frames of " +
-            std::to_string(frame_bytes) + " bytes, " + std::to_string(format.channels) +
-            (format.channels == 1 ? " channel" : " channels") + " of 16 bits" +
-            (format.broken_end == BrokenEnd::WrongAssumption ? " (--channels sets the number)" : ""));
+        "cannot read \"" + path + "\": its " + std::to_string(bytes) + " bytes are not a whole number of " +
+            std::to_string(frame_bytes) + "-byte frames (" + std::to_string(format.channels) +
+            (format.channels == 1 ? " channel" : " channels") + " of 16 bits)" +
+            (format.broken_end == BrokenEnd::WrongAssumption ? "; --channels sets the channel count" : ""));
 }
 
 FramePtr PcmFile::read() {

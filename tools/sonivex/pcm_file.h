@@ -9,20 +9,22 @@
 
 namespace sonivex_tool {
 
-/** The frames of a file of bare interleaved 16-bit samples in machine byte order, as the filter dumps them.
- */
+/** Reads a file of bare interleaved 16-bit samples in machine byte order, as the filter dumps them. */
 class PcmFile {
   public:
-    /** @throw Failure (InputNotReadable; NoAudio when it holds no whole frame, or ends inside one that was
-     * not simply cut off) */
+    /** Opens the file and checks its size.
+     * @throw Failure InputNotReadable if the file cannot be opened
+     * @throw Failure NoAudio if it holds no whole frame, or ends inside a frame and `format.broken_end` is
+     * not CutOff */
     PcmFile(const std::string& path, const PcmFormat& format);
 
+    /** Spec of every frame. */
     const AudioSpec& spec() const { return spec_; }
 
-    /** Bytes behind the last whole frame, which are not read. */
+    /** Bytes after the last whole frame; they are not read. */
     int restBytes() const { return rest_bytes_; }
 
-    /** The next frame, or null at the end. @throw Failure (InputNotReadable) */
+    /** Returns the next frame, or null at the end. @throw Failure (InputNotReadable), std::bad_alloc */
     FramePtr read();
 
   private:

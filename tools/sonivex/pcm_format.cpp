@@ -13,7 +13,8 @@ namespace {
 constexpr int kSurroundOutputs = 2;
 constexpr int kDialogueChannels = 2;
 
-/** Channels of surround's input, from the sizes of input and output. */
+// Channel count of surround's input, from the sizes of the input and output files, which hold equally many
+// frames.
 std::optional<int> surroundInputs(const DumpName& input) {
     std::error_code error;
     const std::uintmax_t input_bytes = std::filesystem::file_size(input.path(), error);
@@ -27,7 +28,7 @@ std::optional<int> surroundInputs(const DumpName& input) {
     return std::nullopt;
 }
 
-/** What the file's name tells of its channels, alone or with its partner's size. */
+// Channel count that follows from a dump file's name, alone or with the sizes of both files of its session.
 std::optional<int> channelsByName(const DumpName& name) {
     if (name.effect == "dialoguenhance") return kDialogueChannels;
     if (name.effect != "surround") return std::nullopt;

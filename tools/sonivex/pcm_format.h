@@ -6,41 +6,41 @@
 
 namespace sonivex_tool {
 
-/** What a part of a frame at a file's end means. */
+/** Meaning of an incomplete frame at the end of a file. */
 enum class BrokenEnd {
-    WrongAssumption,  // the number of channels was but assumed
-    NoPcm,            // the user has named it, so this is no such file
-    CutOff,           // whoever dumped it was stopped, or the disk was full
+    WrongAssumption,  // the channel count was only assumed and is probably wrong
+    NoPcm,            // the user gave the channel count, so the file is not of that format
+    CutOff,           // the dump was cut off: the program was stopped, or the disk was full
 };
 
-/** What a file of bare samples does not say of itself. */
+/** Format of a file of bare samples, which has no header to state it. */
 struct PcmFormat {
     int channels = 2;
     int rate_hz = 48000;
     BrokenEnd broken_end = BrokenEnd::WrongAssumption;
 };
 
-/** What the user says of such files. */
+/** Hints from the user about files of bare samples. */
 struct PcmHints {
-    std::vector<int> channels;   // of what goes into an effect, then of what comes out; may be shorter
-    std::optional<int> rate_hz;  // of all of them
+    std::vector<int> channels;   // of an effect's input, then of its output; may hold fewer
+    std::optional<int> rate_hz;  // of all files, in Hz
 };
 
-/** How to read a file of bare samples, and what of it is no more than an assumption. */
+/** The format to read a file of bare samples with, and which parts of it are assumptions. */
 struct PcmGuess {
     PcmFormat format;
     std::vector<std::string> assumptions;  // "48000 Hz", "2 channels"
 };
 
-/** Read "N" or "N,M", numbers of channels from 1 to 8; nothing when it is anything else. */
+/** Parses "N" or "N,M", channel counts from 1 to 8. Returns an empty list for any other text. */
 std::vector<int> parseChannels(const std::string& text);
 
-/** Whether `path` is a file of bare 16-bit samples by its extension, ".pcm". */
+/** Whether the extension of `path` is ".pcm", which stands for bare 16-bit samples. */
 bool isPcmPath(const std::string& path);
 
-/** Work out how to read the dump file `path`: from the hints, from its name, from the sizes of both files of
- *  its session (both hold equally many frames), or else by assumption.
- *  @param is_output whether it is the second of a pair; a dump file's own name goes first. */
+/** Works out the format of the file `path` from the hints, from its name, from the sizes of both files of its
+ * dump session (they hold equally many frames), or else by assumption.
+ * @param is_output whether the file is an effect's output; the name of a dump file overrides this */
 PcmGuess guessPcmFormat(const std::string& path, const PcmHints& hints, bool is_output);
 
 }  // namespace sonivex_tool

@@ -20,7 +20,8 @@ std::vector<std::filesystem::path> placesBesideProgram() {
     return {folder / kPluginFile, folder.parent_path() / "lib" / kPluginFile};
 }
 
-/** The loader searches the system for a name without a slash; a user who names a file means that file. */
+// The loader looks up a name without a slash on the system's search path. A user who names an existing file
+// means that file.
 std::string asPath(const std::string& path) {
     std::error_code error;
     if (path.find('/') == std::string::npos && std::filesystem::exists(path, error)) return "./" + path;
@@ -44,9 +45,11 @@ std::shared_ptr<Vorlin::Plugin> loadPlugin(const std::string& path) {
     }
     std::string why;
     auto plugin = Vorlin::Plugin::load(chosen, why);
-    if (plugin == nullptr) throw Failure(ExitCode::PluginNotFound, "the plug-in cannot be loaded: " + why);
+    if (plugin == nullptr) throw Failure(ExitCode::PluginNotFound, "cannot load the plug-in: " + why);
     if (!Vorlin::filterPrototype::isRegistered(kFilterName)) {
-        throw Failure(ExitCode::PluginNotFound, chosen + ": holds no filter of the name " + kFilterName);
+        throw Failure(
+            ExitCode::PluginNotFound,
+            "cannot use the plug-in \"" + chosen + "\": it contains no filter named \"" + kFilterName + "\"");
     }
     return plugin;
 }

@@ -7,13 +7,13 @@
 
 namespace sonivex_tool {
 
-/** The name that the filter answers to in the player's registry. */
+/** The name under which the filter is registered with the player. */
 constexpr char kFilterName[] = "sonivex";
 
-/** Load the filter's library.
- *  @param path what the user asked for; empty: beside this program, in ../lib from there, then wherever the
- * system's loader looks.
- *  @throw Failure (PluginNotFound) */
+/** Loads the filter's library.
+ *  @param path the library that the user named. Empty: the first of libSonivexFilter.so beside this program,
+ *  in ../lib from there, and on the search path of the system's loader.
+ *  @throw Failure (PluginNotFound) if it cannot be loaded or registers no filter named kFilterName */
 std::shared_ptr<Vorlin::Plugin> loadPlugin(const std::string& path);
 
 }  // namespace sonivex_tool

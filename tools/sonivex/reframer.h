@@ -4,19 +4,22 @@
 
 namespace sonivex_tool {
 
-/** Cuts frames of any length into frames of the lengths one asks for. All are of one spec. */
+/** Queues frames of any length and returns frames of the requested lengths. All frames have one spec. */
 class Reframer {
   public:
-    /** @throw std::bad_alloc, here and below */
+    /** Creates an empty queue. @throw std::bad_alloc, as do the members that append or take samples */
     explicit Reframer(const AudioSpec& spec);
 
+    /** Appends the samples of `frame`, which are copied. */
     void append(const AVFrame& frame);
+
+    /** Appends `frames` samples of silence per channel. */
     void appendSilence(int frames);
 
-    /** Frames that wait. */
+    /** Queued samples per channel. */
     int size() const;
 
-    /** The oldest `frames`, of which there must be so many. */
+    /** Removes the oldest `frames` samples per channel and returns them. Requires frames <= size(). */
     FramePtr take(int frames);
 
   private:

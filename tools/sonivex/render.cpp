@@ -18,7 +18,7 @@
 namespace sonivex_tool {
 namespace {
 
-/** What the filter makes of the input: the effect may change the channels, nothing else changes. */
+// Returns the spec of the filter's output. The effect may change the channel count; nothing else changes.
 AudioSpec filteredSpec(const AudioSpec& input, const Effect& effect) {
     AudioSpec spec = input;
     if (effect.output_channels) spec.layout = defaultLayout(*effect.output_channels);
@@ -28,13 +28,14 @@ AudioSpec filteredSpec(const AudioSpec& input, const Effect& effect) {
 void checkSettings(const RenderSettings& settings, const Vorlin::Plugin& plugin) {
     const Effect& effect = *settings.effect;
     if (!plugin.exports(effect.exported_function.c_str())) {
-        throw Failure(ExitCode::EffectMissing, "the plug-in does not have " + effect.title + " yet");
+        throw Failure(ExitCode::EffectMissing,
+                      "the plug-in does not have " + effect.title + "; choose another --effect or --plugin");
     }
     if (!effectDelayFrames(effect, settings.call_frames)) {
         throw Failure(ExitCode::Usage, "--frame-size " + std::to_string(settings.call_frames) +
-                                           " would tear holes into the output: " + effect.title +
-                                           " works in blocks of " + std::to_string(effect.block_frames) +
-                                           " frames");
+                                           " would leave silent gaps in the output of " + effect.title +
+                                           "; choose a divisor or a multiple of " +
+                                           std::to_string(effect.block_frames));
     }
     if (settings.threaded && settings.call_frames < kShortestThreadedCallFrames) {
         throw Failure(ExitCode::Usage, "--threaded needs a --frame-size of at least " +
@@ -43,7 +44,7 @@ void checkSettings(const RenderSettings& settings, const Vorlin::Plugin& plugin)
     OutputFile::check(settings.output, settings.replace_output);
 }
 
-/** From the filter to the file: converts to what the encoder takes, measures, encodes. */
+// Converts the filter's output to the encoder's format, measures its loudness, and encodes it into the file.
 class Destination {
   public:
     Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file)
@@ -73,13 +74,13 @@ class Destination {
     int64_t frames_ = 0;
 };
 
-/** Push whole calls out of what waits. */
+// Pushes the waiting frames as far as they fill whole calls.
 void pushCalls(Reframer& waiting, FilterRun& filter, int call_frames) {
     while (waiting.size() >= call_frames) filter.push(waiting.take(call_frames));
 }
 
-/** Pad the last call with silence, and drive out with more of it what the filter still holds and
- * the `tail_frames` for which its effect sounds on. */
+// Pads the last call with silence. Pushes enough further silence to drive out the frames that the filter
+// still holds and the `tail_frames` for which the effect keeps sounding.
 void pushTail(Reframer& waiting, FilterRun& filter, int64_t tail_frames, int call_frames) {
     const int64_t rest = waiting.size() + tail_frames + filter.delayFrames();
     const int64_t calls = (rest + call_frames - 1) / call_frames;
@@ -93,8 +94,8 @@ void pushTail(Reframer& waiting, FilterRun& filter, int64_t tail_frames, int cal
     pushCalls(waiting, filter, call_frames);
 }
 
-/** What the dump of a render lacks, as when the disk is full: both sides of the effect hold every call that
- * was neither given up nor passed on untouched. */
+// Returns how many bytes the dump of a render lacks, for example because the disk is full. The dumps of both
+// sides of the effect should hold every call that was neither dropped nor passed through untouched.
 uint64_t missingDumpBytes(const DumpFolder& dumps, const RenderReport& report, int call_frames,
                           int input_channels, int output_channels) {
     const uint64_t unseen = std::min(report.dropped + report.bypassed, report.pushed);
@@ -116,7 +117,8 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     AudioSource source(settings.input, settings.stream_number);
     const AudioSpec input = source.info().spec;
     const std::string reason = whyUnsupported(effect, input.channels(), input.rate_hz);
-    if (!reason.empty()) throw Failure(ExitCode::UnsupportedAudio, settings.input + ": " + reason);
+    if (!reason.empty())
+        throw Failure(ExitCode::UnsupportedAudio, "cannot render \"" + settings.input + "\": " + reason);
 
     RenderReport report;
     const auto note = [&](const std::string& line) {
@@ -133,7 +135,8 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     std::optional<DumpFolder> dumps;
     if (!settings.dump_folder.empty()) dumps.emplace(settings.dump_folder);
     FilterRun filter(settings, plugin, input, [&](FramePtr frame) { destination.write(std::move(frame)); });
-    if (filter.isBypassed()) note("the filter stands aside at this frame rate and speed: nothing is changed");
+    if (filter.isBypassed())
+        note("the filter bypasses itself at this frame rate and playback speed: the audio stays unchanged");
     console.note(settings.input + " -> " + settings.output + ", " + effect.name);
 
     LoudnessMeter meter(input);

@@ -12,34 +12,44 @@
 
 namespace sonivex_tool {
 
-/** Frames per call that `render` uses unless told otherwise: every effect has a constant delay with it, and
- * the normalizer and dialogue enhancement none beyond their own. */
+// Renders a file through the filter:
+//
+//   decode -> calls of call_frames -> filter -> remove the delay -> convert to the encoder's format -> encode
+//
+// After the last packet, silence drives out what the filter still holds. The output file appears only when it
+// is complete.
+
+/** Default frames per call. Every effect has a constant delay with it; the normalizer and dialogue
+ *  enhancement have none from queueing. */
 constexpr int kDefaultCallFrames = 1024;
-/** Eight channels of two such calls and a block still fit an effect's ring of 81919 samples. */
+/** Largest frames per call: two such calls and one block of eight channels still fit an effect's ring of
+ *  81919 samples. */
 constexpr int kLongestCallFrames = 4096;
-/** The filter's own thread takes a nap of 10 ms when it finds nothing to do, and few calls may wait for it:
- * it does a few per nap, however short they are. */
+/** Smallest frames per call with the filter on its own thread. That thread sleeps for 10 ms when it finds
+ *  nothing to do, and only a few calls may wait for it. It therefore serves a few calls per 10 ms, however
+ *  short they are. */
 constexpr int kShortestThreadedCallFrames = 64;
 
+/** The command line of `render`. */
 struct RenderSettings {
     std::string input;
     std::string output;
     const Effect* effect = nullptr;
     FilterOptions options;
     std::optional<double> video_fps;
-    std::optional<double> playback_speed;
-    int stream_number = 0;
+    std::optional<double> playback_speed;  // 1 is normal
+    int stream_number = 0;                 // among the audio streams of the input, from 0
     int call_frames = kDefaultCallFrames;
-    std::vector<double> flush_at_s;  // where in the input the filter is flushed, as a seek does
-    std::string dump_folder;         // where the PCM around the effect is written; empty: nowhere
+    std::vector<double> flush_at_s;  // positions in the input at which the filter is flushed, as by a seek
+    std::string dump_folder;         // receives the PCM around the effect; empty: no dump
     bool keep_delay = false;
     bool keep_tail = false;  // let the effect's responses ring out after the input's end
-    bool threaded = false;
+    bool threaded = false;   // let the filter work on its own thread
     bool replace_output = false;
 };
 
-/** Render a file through the filter of `plugin` into another.
- *  @throw Failure, std::bad_alloc; nothing is left behind then. */
+/** Renders a file through the filter of `plugin` into another file.
+ *  @throw Failure, std::bad_alloc; no file is left behind then */
 RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                     Console& console);
 

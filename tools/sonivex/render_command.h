@@ -6,7 +6,8 @@
 
 namespace sonivex_tool {
 
-/** Add `render` to the program. @return what runs it, once the command line is parsed; it throws Failure. */
+/** Adds the subcommand `render` to the program.
+ * @return a function that runs the command once the command line is parsed; it throws Failure */
 std::function<void()> addRenderCommand(CLI::App& program);
 
 }  // namespace sonivex_tool

@@ -86,20 +86,19 @@ double RenderReport::timesRealTime() const {
 std::vector<std::string> remarks(const RenderReport& report) {
     std::vector<std::string> lines;
     if (report.decode_errors > 0) {
-        lines.push_back(report.input.path + ": damaged, " + std::to_string(report.decode_errors) +
+        lines.push_back("\"" + report.input.path + "\" is damaged: " + std::to_string(report.decode_errors) +
                         " decoding errors");
     }
     if (report.dropped > 0) {
-        lines.push_back("the filter gave up " + std::to_string(report.dropped) + " calls; " +
-                        std::to_string(report.silent_fill_frames) +
-                        " frames of silence stand in their place");
+        lines.push_back("the filter dropped " + std::to_string(report.dropped) + " calls; " +
+                        std::to_string(report.silent_fill_frames) + " frames of silence replace them");
     }
     if (report.bypassed > 0 && report.bypassed < report.pushed) {
-        std::string line =
-            "the filter took too long and let " + std::to_string(report.bypassed) + " calls pass untouched";
-        // What passes untouched is not delayed, while its neighbours are.
+        std::string line = "the filter took too long and passed " + std::to_string(report.bypassed) +
+                           " calls through untouched";
+        // Untouched calls have no delay, but the calls around them have.
         if (report.delay_frames > 0)
-            line += "; they stand " + std::to_string(report.delay_frames) + " frames early";
+            line += "; they are " + std::to_string(report.delay_frames) + " frames early";
         lines.push_back(line);
     }
     if (!report.dump_folder.empty() && report.dumps.empty())
@@ -120,7 +119,7 @@ std::string asText(const RenderReport& report) {
     text += line("Length", fixed(report.lengthSeconds(), 3) + " s, rendered " +
                                fixed(report.timesRealTime(), 0) + " times faster than real time");
     text += line("Loudness", changeText(report.input.loudness.integrated_lufs,
-                                        report.output.loudness.integrated_lufs, "LUFS", "none to measure"));
+                                        report.output.loudness.integrated_lufs, "LUFS", "not measurable"));
     text += line("Sample peak", changeText(report.input.loudness.sample_peak_dbfs,
                                            report.output.loudness.sample_peak_dbfs, "dBFS", "silence"));
     if (report.delay_frames > 0) {
@@ -155,7 +154,7 @@ std::string asJson(const RenderReport& report) {
         {"dump_files", report.dumps},
         {"notes", report.notes},
     };
-    // A file name is any bytes; JSON is UTF-8.
+    // File names may hold any bytes, but JSON must be UTF-8.
     return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

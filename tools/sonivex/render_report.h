@@ -9,7 +9,7 @@
 
 namespace sonivex_tool {
 
-/** One side of a render. */
+/** The input or the output file of a render. */
 struct FileReport {
     std::string path;
     std::string format;  // libavformat's name
@@ -19,7 +19,7 @@ struct FileReport {
     Loudness loudness;
 };
 
-/** What a render did. */
+/** The result of a render. */
 struct RenderReport {
     FileReport input;
     FileReport output;
@@ -29,27 +29,29 @@ struct RenderReport {
     bool delay_is_removed = true;
     uint64_t decode_errors = 0;
     uint64_t pushed = 0;              // calls of the filter, each with a block of frames
-    uint64_t dropped = 0;             // of these, given up by it and replaced by silence
-    uint64_t bypassed = 0;            // of these, passed through untouched
-    int64_t silent_fill_frames = 0;   // silence in OUT for what was given up, in frames of the input's rate
-    uint64_t flushes = 0;             // of the filter, as asked for
+    uint64_t dropped = 0;             // calls of these that the filter dropped; silence replaced them
+    uint64_t bypassed = 0;            // calls of these that passed through untouched
+    int64_t silent_fill_frames = 0;   // silence in OUT for dropped calls, in frames of the input's rate
+    uint64_t flushes = 0;             // flushes of the filter that the settings asked for
     std::string dump_folder;          // empty: no dump was asked for
     std::vector<std::string> dumps;   // names of the files written there
-    uint64_t dump_bytes_missing = 0;  // what the filter did not manage to write to them
-    std::vector<std::string> notes;
+    uint64_t dump_bytes_missing = 0;  // bytes that the filter failed to write to them
+    std::vector<std::string> notes;   // lines that the user should see
 
+    /** Returns the length of the output in seconds. */
     double lengthSeconds() const;
-    /** Seconds of audio for each second of work. */
+    /** Returns the seconds of output rendered per second of work; 0 if no time was measured. */
     double timesRealTime() const;
 };
 
-/** What went less well than it could, for the user, a line each. */
+/** Lists, for the user, what went wrong without failing the render; one line each. */
 std::vector<std::string> remarks(const RenderReport& report);
 
-/** For people: several lines, with the last newline. */
+/** Formats the report for people: several lines, the last one terminated. */
 std::string asText(const RenderReport& report);
 
-/** For programs: one JSON object on one line, with the newline. */
+/** Formats the report for programs: one JSON object on one terminated line. Bytes of file names that are not
+ *  UTF-8 are replaced. */
 std::string asJson(const RenderReport& report);
 
 }  // namespace sonivex_tool

@@ -3,12 +3,12 @@
 namespace sonivex_tool {
 namespace {
 
-// Lengths of the response tables, which are part of the effect's interface.
+// Lengths of the response tables in frames. They are part of the effect's interface.
 constexpr int64_t kStereoFrames = 13000;
 constexpr int64_t kFiveOneFrames = 8544;
 constexpr int64_t kSevenOneFrames = 8640;
-// MegaBass: a loudspeaker's response, then that of the headphone stage. One after the other they are a frame
-// shorter than both together.
+// MegaBass convolves with a loudspeaker's response, then with that of the headphone stage. The cascade is one
+// frame shorter than both lengths together.
 constexpr int64_t kLoudspeakerFrames = 7000;
 constexpr int64_t kHeadphoneFrames = 6000;
 

@@ -35,7 +35,8 @@ ResponseChoice chosenBy(const ResponsesChoices& choices) {
     if (choices.source && choices.set.empty()) throw Failure(ExitCode::Usage, "--source needs --set");
     const auto sources = static_cast<int>(choice.sets.front()->sources.size());
     if (choices.source && *choices.source > sources) {
-        throw Failure(ExitCode::Usage, choices.set + " has sources 1 to " + std::to_string(sources));
+        throw Failure(ExitCode::Usage, "--source " + std::to_string(*choices.source) + ": " + choices.set +
+                                           " has sources 1 to " + std::to_string(sources));
     }
     return choice;
 }
@@ -55,17 +56,17 @@ void run(const ResponsesChoices& choices) {
 std::function<void()> addResponsesCommand(CLI::App& program) {
     auto choices = std::make_shared<ResponsesChoices>();
     CLI::App* command =
-        program.add_subcommand("responses", "List and draw the impulse responses that surround is made of");
-    command->add_option("--set", choices->set, "Only this set; the names are those that the list shows")
+        program.add_subcommand("responses", "List and plot the impulse responses of the surround effect");
+    command->add_option("--set", choices->set, "Show only this set; the list shows the names")
         ->option_text("NAME")
         ->check(CLI::IsMember(setNames()));
-    command->add_option("--source", choices->source, "Only this loudspeaker of the set, from 1")
+    command->add_option("--source", choices->source, "Show only this loudspeaker of the set, counted from 1")
         ->option_text("N")
         ->check(CLI::Range(1, 8));
     command
         ->add_option("--plot", choices->plot,
-                     "Draw the pair of --set and --source into a PNG file, which\n"
-                     "is replaced if it exists")
+                     "Plot the pair of --set and --source to a PNG file; an\n"
+                     "existing file is replaced")
         ->option_text("FILE");
     command->add_flag("--json", choices->json, "Print the list as one JSON array");
     return [choices] { run(*choices); };

@@ -5,8 +5,8 @@
 
 namespace sonivex_tool {
 
-/** Add `responses` to the program. @return what runs it, once the command line is parsed; it throws Failure.
- */
+/** Adds the subcommand `responses` to the program.
+ * @return a function that runs the command once the command line is parsed; it throws Failure */
 std::function<void()> addResponsesCommand(CLI::App& program);
 
 }  // namespace sonivex_tool

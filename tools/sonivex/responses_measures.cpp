@@ -26,7 +26,7 @@ double decibels(double power) {
     return std::max(10.0 * std::log10(power), kFloor_db);
 }
 
-/** Butterworth high-pass of second order by the bilinear transform. */
+// Second-order Butterworth high-pass, by the bilinear transform.
 std::vector<double> highPass(std::span<const double> x, double cutoff_hz, int rate_hz) {
     const double k = std::tan(std::numbers::pi * cutoff_hz / rate_hz);
     const double scale = 1.0 / (1.0 + std::numbers::sqrt2 * k + k * k);
@@ -47,7 +47,7 @@ std::vector<double> highPass(std::span<const double> x, double cutoff_hz, int ra
     return y;
 }
 
-/** Slope of the least-squares line through y at 0, 1, 2, … */
+// Returns the slope of the least-squares line through y at 0, 1, 2, …
 double slopeOf(std::span<const double> y) {
     const auto count = static_cast<double>(y.size());
     double xy = 0.0;
@@ -111,7 +111,7 @@ std::vector<double> energyDecay_db(std::span<const double> gains) {
 }
 
 std::vector<SpectrumPoint> magnitude(std::span<const double> gains, int rate_hz) {
-    // Twice the length: the bins are then close enough to average over them.
+    // Twice the length puts the bins close enough together to average over them.
     std::vector<std::complex<double>> bins(std::bit_ceil(2 * std::max<std::size_t>(gains.size(), 4096)));
     std::copy(gains.begin(), gains.end(), bins.begin());
     Fourier(bins.size()).transform(bins);

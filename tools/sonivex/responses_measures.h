@@ -7,33 +7,36 @@
 
 namespace sonivex_tool {
 
-/** What an impulse response is, in figures. */
+// Figures and curves that describe one impulse response. Responses are given as gains, one per sample.
+
+/** The figures of an impulse response. */
 struct ResponseMeasures {
-    double peak = 0.0;                // the largest magnitude, as gain
-    double energy_db = 0.0;           // sum of squares; 0 dB is that of a wire. -infinity for silence
-    std::size_t arrival_samples = 0;  // the first sample at a tenth of the peak
+    double peak = 0.0;                // largest magnitude, as a gain
+    double energy_db = 0.0;           // sum of squares; 0 dB is that of a unit impulse, -infinity silence
+    std::size_t arrival_samples = 0;  // first sample of at least a tenth of the peak
     double arrival_ms = 0.0;
-    /** Time in which the sound of the room falls by 60 dB: a line through the levels of 5 ms pieces above
-     * 300 Hz, from 20 ms after the arrival to the closing fade. Nothing when that is too short, or does not
-     * fall. */
+    /** Time in which the sound of the room falls by 60 dB. It follows from a line through the levels of 5 ms
+     *  pieces above 300 Hz, from 20 ms after the arrival to the closing fade. Missing if that range is too
+     *  short or the levels do not fall. */
     std::optional<double> reverberation_s;
 };
 
-/** @param faded_part of the length, at the end. */
+/** Measures an impulse response.
+ *  @param faded_part share of the length, at the end, that the closing fade covers; 0 to 1 */
 ResponseMeasures measureResponse(std::span<const double> gains, int rate_hz, double faded_part);
 
-/** Schroeder's backward integral: the energy from each sample on, in dB of all of it. Ends where nothing is
- * left. */
+/** Returns Schroeder's backward integral: the energy from each sample to the end, in dB relative to the total
+ *  energy. Ends before the first sample from which on there is no energy. */
 std::vector<double> energyDecay_db(std::span<const double> gains);
 
-/** A point of a response's spectrum. */
+/** One point of a response's spectrum. */
 struct SpectrumPoint {
     double frequency_hz = 0.0;
     double gain_db = 0.0;
 };
 
-/** The magnitude, its power averaged over a twelfth of an octave, from 20 Hz to 20 kHz in 48 points an
- * octave. */
+/** Returns the magnitude response with its power averaged over a twelfth of an octave, at 48 points per
+ *  octave from 20 Hz to 20 kHz, or to just below half the sample rate if that is lower. */
 std::vector<SpectrumPoint> magnitude(std::span<const double> gains, int rate_hz);
 
 }  // namespace sonivex_tool

@@ -25,7 +25,7 @@ struct Colour {
 constexpr Colour kInk{0.13, 0.13, 0.15};
 constexpr Colour kGrid{0.87, 0.87, 0.89};
 constexpr Colour kZero{0.60, 0.60, 0.64};
-// Apart for colour-blind eyes as well (Okabe & Ito 2008).
+// These two are distinguishable for colour-blind readers (Okabe & Ito 2008).
 constexpr std::array<Colour, 2> kEarColours{Colour{0.00, 0.45, 0.70}, Colour{0.90, 0.45, 0.00}};
 
 constexpr double kLeftMargin = 95.0;
@@ -56,7 +56,7 @@ struct Axis {
     std::vector<Tick> ticks;
     std::vector<double> minor_ticks = {};
 
-    /** 0 at the low end, 1 at the high end. */
+    // Returns 0 at the low end of the axis and 1 at the high end.
     double place(double value) const {
         if (is_logarithmic) return std::log(value / low) / std::log(high / low);
         return (value - low) / (high - low);
@@ -74,7 +74,7 @@ std::string number(double value, int decimals = 0) {
     return text.data();
 }
 
-/** 1, 2 or 5 times a power of ten, so that about `count` fit into the range. */
+// Returns 1, 2 or 5 times a power of ten, chosen so that about `count` steps fit into the range.
 double niceStep(double range, double count) {
     const double rough = range / count;
     const double power = std::pow(10.0, std::floor(std::log10(rough)));
@@ -84,7 +84,7 @@ double niceStep(double range, double count) {
     return 10.0 * power;
 }
 
-/** A linear axis from multiple to multiple of its step. */
+// Makes a linear axis with a tick at each multiple of `step`.
 Axis linearAxis(double low, double high, double step, const std::string& label) {
     const int decimals = std::max(0, static_cast<int>(std::ceil(-std::log10(step) - 1e-9)));
     Axis axis{.low = low, .high = high, .label = label, .ticks = {}};
@@ -110,7 +110,7 @@ Axis frequencyAxis() {
     return axis;
 }
 
-/** One panel of the picture. */
+// One panel of the picture: a titled grid with two axes, into which curves are drawn.
 class Panel {
   public:
     Panel(cairo_t* context, int number, const std::string& title, Axis x, Axis y)
@@ -147,7 +147,7 @@ class Panel {
         cairo_stroke(context_);
     }
 
-    /** @param anchor part of the text's width that lies left of x. */
+    // `anchor` is the share of the text's width that lies left of x.
     void text(const std::string& words, double x, double y, double anchor) {
         cairo_text_extents_t extents;
         cairo_text_extents(context_, words.c_str(), &extents);
@@ -225,7 +225,7 @@ void drawImpulses(cairo_t* context, const Ears& ears, int rate_hz) {
         }
     }
     const double step = niceStep(highest - lowest, 6.0);
-    Panel panel(context, 0, "Impulse response, the first " + number(kImpulseShown_ms) + " ms",
+    Panel panel(context, 0, "Impulse response, first " + number(kImpulseShown_ms) + " ms",
                 linearAxis(0.0, kImpulseShown_ms, 5.0, "time (ms)"),
                 linearAxis(step * std::floor(lowest / step), step * std::ceil(highest / step), step, "gain"));
     for (std::size_t ear = 2; ear-- > 0;) panel.draw(curves.at(ear), kEarColours.at(ear));
@@ -252,7 +252,7 @@ void drawMagnitudes(cairo_t* context, const Ears& ears, int rate_hz) {
 
 void drawDecays(cairo_t* context, const Ears& ears, const ResponseSet& set) {
     std::array<Curve, 2> curves;
-    std::string title = "Energy decay: what is still to come";
+    std::string title = "Energy decay (Schroeder integral)";
     double length_ms = 0.0;
     for (std::size_t ear = 0; ear < 2; ++ear) {
         const std::vector<double> decay = energyDecay_db(ears.at(ear));
@@ -282,7 +282,8 @@ void writePng(cairo_surface_t* surface, const std::string& path) {
     (void)std::remove(temporary.c_str());
     throw Failure(error == ENOSPC || error == EDQUOT || error == EFBIG ? ExitCode::NoSpace
                                                                        : ExitCode::OutputNotWritable,
-                  path + ": " + (error != 0 ? std::strerror(error) : cairo_status_to_string(status)));
+                  "cannot write \"" + path +
+                      "\": " + (error != 0 ? std::strerror(error) : cairo_status_to_string(status)));
 }
 
 }  // namespace

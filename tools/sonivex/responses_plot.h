@@ -10,10 +10,10 @@ namespace sonivex_tool {
 constexpr int kPlotWidth = 1200;
 constexpr int kPlotHeight = 1350;
 
-/** Draw what both ears hear of one source, over each other: the first 30 ms of the impulse responses, their
- * magnitudes, and the decay of their energy.
- *  @param source its number, from 1
- *  @param path of the PNG file to write, under a temporary name until it is whole
+/** Draws the responses of one source at both ears, overlaid, in three panels: the first 30 ms of the impulse
+ *  responses, their magnitude responses, and their energy decays.
+ *  @param source number of the source in the set, from 1
+ *  @param path of the PNG file; it is written under a temporary name and renamed when it is complete
  *  @throw Failure (OutputNotWritable, NoSpace), std::bad_alloc */
 void plotResponses(const ResponseSet& set, int source, const std::string& path);
 

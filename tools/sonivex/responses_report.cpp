@@ -33,7 +33,7 @@ std::string responsesText(const ResponseChoice& choice) {
     std::array<char, 160> line{};
     const auto append = [&] { text += line.data(); };
     for (const ResponseSet* chosen : choice.sets) {
-        (void)std::snprintf(line.data(), line.size(), "%s%s: %s; %d Hz, a sample is gain x %.0f\n",
+        (void)std::snprintf(line.data(), line.size(), "%s%s: %s; %d Hz, sample = gain x %.0f\n",
                             text.empty() ? "" : "\n", chosen->name.c_str(), chosen->use.c_str(),
                             chosen->rate_hz, chosen->divisor);
         append();

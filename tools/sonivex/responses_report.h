@@ -8,16 +8,18 @@
 
 namespace sonivex_tool {
 
-/** Which tables to list. */
+/** The tables to list. */
 struct ResponseChoice {
     std::vector<const ResponseSet*> sets;
-    std::optional<int> source;  // from 1; all if there is none
+    std::optional<int> source;  // number of the source in each set, from 1; missing: all sources
 };
 
-/** For people: a table for each set, with the last newline. */
+/** Measures the chosen responses and formats the figures for people: a table for each set, the last line
+ *  terminated. */
 std::string responsesText(const ResponseChoice& choice);
 
-/** For programs: one JSON array of tables on one line, with the newline. */
+/** Measures the chosen responses and formats the figures for programs: one JSON array with an object for each
+ *  table, on one terminated line. */
 std::string responsesJson(const ResponseChoice& choice);
 
 }  // namespace sonivex_tool

@@ -14,7 +14,7 @@ constexpr double kAudioDivisor = 24000.0;
 constexpr double kCingoFade = 0.25;
 constexpr double kLoudspeakersFade = 0.3;
 
-/** Tables in the order of table_list.h: left ear before right. */
+// `tables` come in the order of table_list.h: for each source, the left ear's before the right ear's.
 ResponseSet makeSet(const std::string& name, const std::string& use, const std::vector<ResponseTable>& tables,
                     double divisor = kLoudspeakersDivisor, double faded_part = kLoudspeakersFade) {
     ResponseSet set{.name = name,
@@ -27,7 +27,7 @@ ResponseSet makeSet(const std::string& name, const std::string& use, const std::
     return set;
 }
 
-// Ends with a comma, for lists.
+// Expands to one list element with its trailing comma.
 #define SONIVEX_RESPONSE_TABLE(name) ResponseTable{#name, k_##name},
 
 std::vector<ResponseSet> makeSets() {

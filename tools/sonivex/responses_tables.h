@@ -7,19 +7,21 @@
 
 namespace sonivex_tool {
 
-/** One table of an impulse response; the data is compiled in. */
+// The impulse response tables of the surround effect, compiled into the program.
+
+/** The table of one impulse response. */
 struct ResponseTable {
     std::string name;
-    std::span<const std::int16_t> samples;
+    std::span<const std::int16_t> samples;  // static data
 };
 
-/** What both ears hear of one loudspeaker. */
+/** The responses of one loudspeaker at both ears. */
 struct ResponseSource {
     ResponseTable left;
     ResponseTable right;
 };
 
-/** Is it one table for the two? */
+/** Whether both ears use the same table. */
 inline bool isSharedByBothEars(const ResponseSource& source) {
     return source.left.samples.data() == source.right.samples.data();
 }
@@ -27,20 +29,20 @@ inline bool isSharedByBothEars(const ResponseSource& source) {
 /** The responses of one loudspeaker layout in one room. */
 struct ResponseSet {
     std::string name;  // as on the command line
-    std::string use;   // what the effect uses it for
+    std::string use;   // effect type and layout that use the set, for messages
     int rate_hz = 48000;
     double divisor = 1.0;     // one sample is gain * divisor
-    double faded_part = 0.0;  // of a table's length, at its end
+    double faded_part = 0.0;  // share of a table's length, at its end, that the closing fade covers
     std::vector<ResponseSource> sources;
 };
 
-/** All that are compiled in. The Audio stage's set has one source with the same table at both ears. */
+/** Returns all sets. The set of the Audio stage has one source, with the same table at both ears. */
 const std::vector<ResponseSet>& allResponseSets();
 
-/** The set of that name, or null. */
+/** Returns the set of that name, or null. */
 const ResponseSet* findResponseSet(const std::string& name);
 
-/** A table's samples as gains. */
+/** Returns a table's samples as gains. */
 std::vector<double> gainsOf(const ResponseTable& table, const ResponseSet& set);
 
 }  // namespace sonivex_tool

@@ -15,7 +15,7 @@ ResultStream::ResultStream(Prints prints) : descriptor_(fcntl(STDOUT_FILENO, F_D
     (void)std::fflush(stdout);
     int target = -1;
     if (prints == Prints::ToStandardError) target = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
-    // A program without standard error has nowhere to show them either.
+    // If the program has no standard error, the prints are discarded.
     if (target < 0) target = open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (target < 0) return;
     dup2(target, STDOUT_FILENO);
@@ -34,7 +34,7 @@ void ResultStream::write(const std::string& text) {
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) {
             throw Failure(ExitCode::Internal,
-                          std::string("standard output cannot be written: ") + std::strerror(errno));
+                          std::string("cannot write to standard output: ") + std::strerror(errno));
         }
         written += static_cast<size_t>(count);
     }

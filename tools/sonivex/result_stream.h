@@ -4,21 +4,22 @@
 
 namespace sonivex_tool {
 
-/** Where a command writes its result: standard output as the program was given it.
+/** Writes a command's result to the program's original standard output.
  *
- *  Effects print to standard output on their own account. From construction on, whatever is written to
- * descriptor 1 goes to standard error, or nowhere, so that the result stands alone. One object per program.
- */
+ * Some effects print to standard output themselves. The constructor therefore redirects descriptor 1 to
+ * standard error or to /dev/null, so that the result stands alone. A program has one such object. */
 class ResultStream {
   public:
+    /** Where the effects' own prints go. */
     enum class Prints { ToStandardError, Nowhere };
 
+    /** Redirects descriptor 1 for the rest of the program's life; the destructor does not restore it. */
     explicit ResultStream(Prints prints);
     ~ResultStream();
     ResultStream(const ResultStream&) = delete;
     ResultStream& operator=(const ResultStream&) = delete;
 
-    /** Write all of `text`. @throw Failure when it cannot be written. */
+    /** Writes all of `text`. @throw Failure (Internal) when a write fails */
     void write(const std::string& text);
 
   private:

@@ -24,9 +24,10 @@ namespace sonivex_tool {
 namespace {
 
 constexpr char kSpeechFooter[] =
-    "All three are stereo files of one rate that begin at the same instant. What OUT holds of each of the\n"
-    "two is found by least squares, in third octaves from 200 to 4000 Hz and segments of 100 ms.\n"
-    "Exit codes are those of `sonivex render`.\n";
+    "All three files are stereo, have the same sample rate and begin at the same instant. A least-squares\n"
+    "fit finds how much of SPEECH and of BACKGROUND is in OUT, in third-octave bands from 200 to 4000 Hz\n"
+    "and segments of 100 ms.\n"
+    "The exit codes are those of `sonivex render`.\n";
 constexpr int kLowestSpeechRate_hz = 500;
 
 struct SpeechChoices {
@@ -46,7 +47,8 @@ Stereo readStereo(const std::string& path) {
     AudioSpec spec = source.info().spec;
     if (spec.channels() != 2) {
         throw Failure(ExitCode::UnsupportedAudio,
-                      path + ": is no stereo file, it has " + std::to_string(spec.channels()) + " channels");
+                      "cannot measure \"" + path +
+                          "\": it is not stereo (channels: " + std::to_string(spec.channels()) + ")");
     }
     spec.format = AV_SAMPLE_FMT_FLT;
     FormatConverter converter(spec);
@@ -64,14 +66,15 @@ Stereo readStereo(const std::string& path) {
     append(converter.flush());
     const auto is_finite = [](float sample) { return std::isfinite(sample); };
     if (!std::all_of(stereo.samples.begin(), stereo.samples.end(), is_finite))
-        throw Failure(ExitCode::NoAudio, path + ": holds samples that are not finite");
+        throw Failure(ExitCode::NoAudio,
+                      "cannot measure \"" + path + "\": it contains NaN or infinite samples");
     return stereo;
 }
 
 std::string textOf(const SpeechRatio& ratio) {
     std::array<char, 160> text{};
     (void)std::snprintf(text.data(), text.size(),
-                        "Speech against background  %.1f dB -> %.1f dB  (%+.1f dB)\n", ratio.before_db,
+                        "Speech-to-background ratio  %.1f dB -> %.1f dB  (%+.1f dB)\n", ratio.before_db,
                         ratio.after_db, ratio.rise_db());
     return text.data();
 }
@@ -93,13 +96,16 @@ void run(const SpeechChoices& choices) {
     const Stereo background = readStereo(choices.background);
     const Stereo output = readStereo(choices.output);
     if (speech.rate_hz != background.rate_hz || speech.rate_hz != output.rate_hz)
-        throw Failure(ExitCode::UnsupportedAudio, choices.output + ": the three files differ in sample rate");
+        throw Failure(ExitCode::UnsupportedAudio, "cannot measure \"" + choices.output +
+                                                      "\": the three files have different sample rates");
     if (output.rate_hz < kLowestSpeechRate_hz)
-        throw Failure(ExitCode::UnsupportedAudio, choices.output + ": its sample rate is below 500 Hz");
+        throw Failure(ExitCode::UnsupportedAudio,
+                      "cannot measure \"" + choices.output + "\": its sample rate is below 500 Hz");
     const SpeechRatio ratio =
         compareSpeech(speech.samples, background.samples, output.samples, output.rate_hz);
     if (ratio.segments == 0)
-        throw Failure(ExitCode::NoAudio, choices.output + ": nobody speaks, or there is no background");
+        throw Failure(ExitCode::NoAudio,
+                      "cannot measure \"" + choices.output + "\": there is no speech, or no background");
     result.write(choices.json ? jsonOf(ratio) : textOf(ratio));
 }
 
@@ -108,16 +114,16 @@ void run(const SpeechChoices& choices) {
 std::function<void()> addSpeechCommand(CLI::App& program) {
     auto choices = std::make_shared<SpeechChoices>();
     CLI::App* command =
-        program.add_subcommand("speech", "Measure by how much an effect lifts speech out of its background");
+        program.add_subcommand("speech", "Measure how far an effect raises speech above its background");
     command->footer(kSpeechFooter);
     command->add_option("SPEECH", choices->speech, "The speech alone")->option_text(" ")->required();
     command->add_option("BACKGROUND", choices->background, "The background alone")
         ->option_text(" ")
         ->required();
-    command->add_option("OUT", choices->output, "What an effect made of SPEECH + BACKGROUND")
+    command->add_option("OUT", choices->output, "The effect's output for SPEECH + BACKGROUND")
         ->option_text(" ")
         ->required();
-    command->add_flag("--json", choices->json, "Print the measures as one JSON object");
+    command->add_flag("--json", choices->json, "Print the results as one JSON object");
     return [choices] { run(*choices); };
 }
 

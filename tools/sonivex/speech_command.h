@@ -5,7 +5,8 @@
 
 namespace sonivex_tool {
 
-/** Add `speech` to the program. @return what runs it, once the command line is parsed; it throws Failure. */
+/** Adds the subcommand `speech` to the program.
+ * @return a function that runs the command once the command line is parsed; it throws Failure */
 std::function<void()> addSpeechCommand(CLI::App& program);
 
 }  // namespace sonivex_tool

@@ -13,15 +13,15 @@ constexpr double kLowestBand_hz = 200.0;
 constexpr double kHighestBand_hz = 4000.0;
 constexpr double kHighestBandOfRate = 0.45;
 constexpr double kSegment_s = 0.1;
-/** A segment counts as speech if it has this share of the mean power of speech: 20 dB below it. */
+// A segment contains speech if its power is at least this share of the mean power of speech: -20 dB.
 constexpr double kActiveShare = 0.01;
-/** Of two second-order sections in a row, so that the whole is a third of an octave wide at -3 dB. */
+// Q of each of two cascaded second-order sections; the cascade is a third of an octave wide at -3 dB.
 constexpr double kSectionQ = 2.78;
-/** Speech and background of a tile that are this much alike cannot be told apart. */
+// If the squared correlation of speech and background in a tile reaches this, the fit cannot separate them.
 constexpr double kGreatestLikeness = 1.0 - 1e-9;
 constexpr std::size_t kChannels = 2;
 
-/** A resonator with gain 1 at its centre, run twice. */
+// Two cascaded resonators, each with gain 1 at the centre.
 class BandPass {
   public:
     BandPass(double centre_hz, double rate_hz) {
@@ -51,7 +51,7 @@ class BandPass {
     std::array<Section, 2> sections_;
 };
 
-/** Products of the three sounds, summed over a tile. */
+// The products of the three sounds, summed over a tile.
 struct Tile {
     double speech2 = 0.0;
     double background2 = 0.0;
@@ -70,7 +70,7 @@ struct Tile {
     }
 };
 
-/** Power of each sound, summed over tiles. */
+// The power of each sound, summed over tiles.
 struct Powers {
     double speech_before = 0.0;
     double background_before = 0.0;
@@ -95,7 +95,8 @@ struct Powers {
         double background = 0.0;
     };
 
-    /** The least squares fit; what is silent, or cannot be told from the other, has gain 0. */
+    // Least-squares fit of the output by speech and background. A silent sound has gain 0. If the two cannot
+    // be separated, the weaker one has gain 0.
     static Gains gains(const Tile& tile) {
         const double both = tile.speech2 * tile.background2;
         if (tile.speech_background * tile.speech_background >= kGreatestLikeness * both) {
@@ -115,7 +116,7 @@ struct Powers {
 
 using Tiles = std::vector<Tile>;
 
-/** Tiles of one channel and band, one for each whole segment. */
+// Returns the tiles of one channel and band, one for each whole segment.
 template <typename Sample>
 Tiles tilesOf(std::span<const Sample> speech, std::span<const Sample> background,
               std::span<const Sample> output, std::size_t channel, double centre_hz, int rate_hz,
@@ -135,7 +136,7 @@ Tiles tilesOf(std::span<const Sample> speech, std::span<const Sample> background
     return tiles;
 }
 
-/** Tiles of all bands and channels. */
+// Returns the tiles of all bands and channels.
 template <typename Sample>
 std::vector<Tiles> tilesOfAllBands(std::span<const Sample> speech, std::span<const Sample> background,
                                    std::span<const Sample> output, int rate_hz) {
@@ -155,7 +156,7 @@ std::vector<Tiles> tilesOfAllBands(std::span<const Sample> speech, std::span<con
     return bands;
 }
 
-/** @param speaker power of the one whose activity counts. */
+// Returns, for each segment, whether the sound whose power `speaker` selects is active in it.
 std::vector<bool> activeSegments(const std::vector<Tiles>& bands, double Tile::*speaker) {
     const std::size_t segments = bands.empty() ? 0 : bands.front().size();
     std::vector<double> power(segments, 0.0);

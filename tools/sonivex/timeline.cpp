@@ -7,7 +7,7 @@
 namespace sonivex_tool {
 namespace {
 
-constexpr int64_t kLongestFill = 8192;  // frames in one piece of silence
+constexpr int64_t kLongestFill = 8192;  // frames in one piece of silence; bounds its memory
 
 }  // namespace
 

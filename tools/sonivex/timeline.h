@@ -8,31 +8,33 @@
 
 namespace sonivex_tool {
 
-/** Puts the frames that come out of the filter where they belong.
+/** Aligns the frames that come out of the filter with the input.
  *
- *  A frame's pts is the number of frames before it on the filter's side. The first `delay_frames` of what
- * comes out are cut away, and so is everything behind the end. A frame that the filter gave up leaves a hole,
- * which is filled with silence, so that everything after it stays in place. */
+ *  A frame's pts is its position on the filter's side, in frames (samples per channel). The timeline removes
+ *  the first `delay_frames` and everything after the end. It fills the gap of a dropped frame with silence,
+ *  so that everything after the gap stays in place. */
 class Timeline {
   public:
+    /** Receives the aligned frames in order, and owns them. */
     using Output = std::function<void(FramePtr)>;
 
+    /** @param delay_frames frames to remove at the start */
     Timeline(int64_t delay_frames, Output output) : delay_frames_(delay_frames), output_(std::move(output)) {}
 
-    /** Before the first frame only. */
+    /** Sets the frames to remove at the start. Call it before the first frame. */
     void setDelay(int64_t frames) { delay_frames_ = frames; }
 
-    /** The number of frames that shall leave, once it is known. At most what has been given in less the
-     * delay. */
+    /** Sets the total frames to output; at most the input length minus the delay. */
     void setEnd(int64_t frames) { end_ = frames; }
 
-    /** Take the next frame out of the filter, with its pts. */
+    /** Takes the next frame out of the filter, with its pts set.
+     *  @throw std::bad_alloc, and whatever the output throws */
     void accept(FramePtr frame);
 
-    /** Nothing more comes: fill up to the end, if it is known. */
+    /** Ends the stream: fills up to the end with silence if the end is known and any frame was accepted. */
     void finish();
 
-    /** Frames of silence among those that left, in place of what the filter gave up. */
+    /** Returns the frames of silence among the output that replaced dropped frames. */
     int64_t filledFrames() const { return filled_frames_; }
 
   private:
@@ -43,7 +45,7 @@ class Timeline {
     int64_t delay_frames_;
     Output output_;
     int64_t end_ = kOpenEnd;
-    int64_t position_ = 0;  // frames that left
+    int64_t position_ = 0;  // frames handed to the output
     int64_t filled_frames_ = 0;
     AudioSpec spec_;  // of the last frame
 };

@@ -19,13 +19,13 @@ TEST(LogBridge, JoinsPrefixAndFormattedMessage) {
     EXPECT_EQ(log.lengths()[0], 20);
 }
 
-TEST(LogBridge, APercentSignInThePrefixIsNoFormat) {
+TEST(LogBridge, PrintsAPercentSignInThePrefixLiterally) {
     const LogCapture log;
     ZubrelAem_logTrace("100 %s ", "done");
     EXPECT_EQ(log.lines().at(0), "100 %s done");
 }
 
-TEST(LogBridge, AnEmptyLineIsHandedOnToo) {
+TEST(LogBridge, PassesAnEmptyLineToTheWriter) {
     const LogCapture log;
     ZubrelAem_logTrace("", "%s", "");
     ASSERT_EQ(log.lines().size(), 1U);
@@ -33,7 +33,7 @@ TEST(LogBridge, AnEmptyLineIsHandedOnToo) {
     EXPECT_EQ(log.lengths()[0], 0);
 }
 
-TEST(LogBridge, ALongMessageIsCutToFillTheLine) {
+TEST(LogBridge, CutsALongMessageToFillTheLine) {
     const LogCapture log;
     ZubrelAem_logTrace("[p] ", "%s\n", std::string(3000, 'm').c_str());
     ASSERT_EQ(log.lines().size(), 1U);
@@ -41,7 +41,7 @@ TEST(LogBridge, ALongMessageIsCutToFillTheLine) {
     EXPECT_EQ(log.lengths()[0], 2047);
 }
 
-TEST(LogBridge, AMessageThatJustFitsIsWhole) {
+TEST(LogBridge, KeepsAMessageThatJustFits) {
     const LogCapture log;
     ZubrelAem_logTrace("[p] ", "%s", std::string(2043, 'm').c_str());
     EXPECT_EQ(log.lines().at(0), "[p] " + std::string(2043, 'm'));
@@ -58,14 +58,14 @@ TEST(LogBridge, APrefixThatFillsTheLineLeavesNoRoomForTheMessage) {
     }
 }
 
-TEST(LogBridgeDeathTest, APrefixLongerThanTheLineEndsTheProcessWithAMessage) {
+TEST(LogBridgeDeathTest, AbortsWithAMessageForAPrefixLongerThanTheLine) {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const std::string prefix(2049, 'p');
     EXPECT_EXIT(ZubrelAem_logTrace(prefix.c_str(), "message"), testing::KilledBySignal(SIGABRT),
                 "a prefix of 2049 bytes does not fit a line of 2048");
 }
 
-TEST(LogBridge, WithoutAWriterTheLineIsDropped) {
+TEST(LogBridge, DropsALineWithoutAWriter) {
     const LogCapture restores_the_writer;
     logWriterFun = nullptr;
     testing::internal::CaptureStdout();
@@ -74,9 +74,9 @@ TEST(LogBridge, WithoutAWriterTheLineIsDropped) {
     EXPECT_TRUE(LogCapture::lines().empty());
 }
 
-TEST(LogBridge, WithoutPrefixOrFormatNothingIsLogged) {
+TEST(LogBridge, LogsNothingForANullPrefix) {
     const LogCapture log;
-    const char* volatile nothing = nullptr;  // volatile: the compiler warns of what it can see
+    const char* volatile nothing = nullptr;  // volatile hides the null from the compiler's warnings
     ZubrelAem_logTrace(nothing, "message\n");
     EXPECT_TRUE(log.lines().empty());
 }
@@ -87,7 +87,7 @@ TEST(LogBridge, TheDefaultWriterPrintsToStandardOutputAndAddsNothing) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "[p] 100% done");
 }
 
-TEST(LogBridge, LogWriteReturnsWhatItPrinted) {
+TEST(LogBridge, LogWriteReturnsTheNumberOfBytesPrinted) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(logWrite("five %d\n"), 8);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "five %d\n");

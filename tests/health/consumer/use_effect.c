@@ -1,3 +1,4 @@
+// Normalizes one block through the installed library.
 #include <sonivex/sonivex.h>
 #include <stdio.h>
 

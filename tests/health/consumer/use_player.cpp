@@ -1,4 +1,4 @@
-// As the embedding guide shows it.
+// Loads the plug-in and passes one frame through it, as docs/embedding.md shows.
 #include <vorlin/av_frame.h>
 #include <vorlin/player.h>
 

@@ -1,5 +1,5 @@
-// A filter library as small as one can be: it enters its prototype when it is loaded. Its clones say where
-// they come from by getName.
+// A minimal filter library. It registers its prototype when it is loaded. getName of a clone identifies the
+// library.
 #include <memory>
 
 #include "vorlin/filter.h"

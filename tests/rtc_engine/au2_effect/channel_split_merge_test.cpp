@@ -17,7 +17,7 @@ TEST(ChannelSplitMerge, SplitGivesEachChannelItsSamplesInOrder) {
     EXPECT_EQ(channels[2], (std::vector<float>{100, 200}));
 }
 
-TEST(ChannelSplitMerge, SplitTakesSamplesAndLeavesAnUnfinishedFrame) {
+TEST(ChannelSplitMerge, SplitCountsSamplesAndIgnoresAnIncompleteFrame) {
     const std::vector<float> interleaved{1, 10, 2, 20, 3};
     std::vector<std::vector<float>> channels(2, std::vector<float>(3, -1.0F));
     float* const buffers[] = {channels[0].data(), channels[1].data()};
@@ -26,7 +26,7 @@ TEST(ChannelSplitMerge, SplitTakesSamplesAndLeavesAnUnfinishedFrame) {
     EXPECT_EQ(channels[1], (std::vector<float>{10, 20, -1}));
 }
 
-TEST(ChannelSplitMerge, MergeTakesFramesAndUndoesSplit) {
+TEST(ChannelSplitMerge, MergeCountsFramesAndUndoesSplit) {
     for (int channels = 1; channels <= 8; ++channels) {
         for (const int frames : {1, 2, 3, 64, 513}) {
             const auto samples = static_cast<std::size_t>(channels * frames);
@@ -46,7 +46,7 @@ TEST(ChannelSplitMerge, MergeTakesFramesAndUndoesSplit) {
     }
 }
 
-TEST(ChannelSplitMerge, NothingHappensWithoutAFrameOrAChannel) {
+TEST(ChannelSplitMerge, DoNothingWithoutAFrameOrAChannel) {
     float sample = 3.0F;
     float plane = 4.0F;
     float* const buffers[] = {&plane};

@@ -1,5 +1,6 @@
-// The gain stage takes logarithm and power from the C library and rounds them to float at once. Libraries
-// differ in the last bits of a double; here is shown that this cannot change the float.
+// The gain stage computes logarithm and power with the C library in double and rounds each result to float.
+// C libraries differ in the last bits of a double. These tests show that such differences never change the
+// float.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,8 +14,8 @@ namespace {
 
 constexpr bool kLongDoubleIsLonger = std::numeric_limits<long double>::digits >= 64;
 
-// How many units in the last place of a double lie between `exact` and the nearest point where rounding to
-// float turns from one float to the next.
+// Distance from `exact` to the nearest boundary where rounding to float changes the result, in units in the
+// last place of a double.
 double doubleUlpsToRoundingBoundary(long double exact) {
     const auto nearest = static_cast<float>(exact);
     const float infinity = std::numeric_limits<float>::infinity();
@@ -27,7 +28,7 @@ double doubleUlpsToRoundingBoundary(long double exact) {
     return static_cast<double>(distance / static_cast<long double>(ulp));
 }
 
-// The best libraries are within one unit, the worst in use within two.
+// The best C libraries are accurate to one unit, the worst in use to two.
 constexpr double kSafeUlps = 8;
 
 float levelOfPeakDb(int peak) {
@@ -46,8 +47,8 @@ void expectSafePower(float gain_db) {
     ASSERT_EQ(static_cast<float>(std::pow(10.0, static_cast<double>(exponent))), static_cast<float>(exact));
 }
 
-TEST(GainRounding, TheLevelOfEveryPeakIsFarFromARoundingBoundary) {
-    if (!kLongDoubleIsLonger) GTEST_SKIP() << "long double is no more precise than double here";
+TEST(NormalizerGainRounding, LevelsOfAllPeaksAreFarFromRoundingBoundaries) {
+    if (!kLongDoubleIsLonger) GTEST_SKIP() << "needs a long double that is more precise than double";
     double nearest_ulps = 1e300;
     for (int peak = 1; peak <= 32768; ++peak) {
         const long double exact = 20.0L * std::log10(static_cast<long double>(peak) / 32768.0L);
@@ -59,11 +60,11 @@ TEST(GainRounding, TheLevelOfEveryPeakIsFarFromARoundingBoundary) {
     RecordProperty("nearest_double_ulps", std::to_string(nearest_ulps));
 }
 
-TEST(GainRounding, TheFactorOfEveryGainAfterTheFirstStepIsFarFromARoundingBoundary) {
-    if (!kLongDoubleIsLonger) GTEST_SKIP() << "long double is no more precise than double here";
+TEST(NormalizerGainRounding, FactorsAfterTheFirstStepAreFarFromRoundingBoundaries) {
+    if (!kLongDoubleIsLonger) GTEST_SKIP() << "needs a long double that is more precise than double";
     std::set<float> gains{20.0F};
     for (int peak = 1; peak <= 32768; ++peak) {
-        // Steps of 3 dB follow the first one whenever a later block is a little too loud.
+        // After the first step, every later block that is slightly too loud causes a step of 3 dB.
         for (float gain = gainAfter(20.0F, peak); gain > 0; gain = std::max(0.0F, gain - 3.0F))
             gains.insert(gain);
     }
@@ -72,8 +73,8 @@ TEST(GainRounding, TheFactorOfEveryGainAfterTheFirstStepIsFarFromARoundingBounda
     for (const float gain : gains) ASSERT_NO_FATAL_FAILURE(expectSafePower(gain));
 }
 
-TEST(GainRounding, TheFactorAfterRandomRunsOfPeaksIsFarFromARoundingBoundary) {
-    if (!kLongDoubleIsLonger) GTEST_SKIP() << "long double is no more precise than double here";
+TEST(NormalizerGainRounding, FactorsAfterRandomPeaksAreFarFromRoundingBoundaries) {
+    if (!kLongDoubleIsLonger) GTEST_SKIP() << "needs a long double that is more precise than double";
     constexpr std::uint64_t kSeed = 20;
     SCOPED_TRACE("seed " + std::to_string(kSeed));
     test::Random random(kSeed);

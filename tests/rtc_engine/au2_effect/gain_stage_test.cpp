@@ -16,7 +16,7 @@ using test::MixerPointer;
 
 constexpr float kStartGainDb = 20.0F;
 
-// A block of 512 samples with the given peak; the answer is the gain after it.
+// Processes a block of 512 samples with the given peak and returns the gain after it, in dB.
 float gainAfterPeak(MixerState& mixer, int peak) {
     std::vector<std::int16_t> block(512, 0);
     block[200] = static_cast<std::int16_t>(-peak);
@@ -28,7 +28,7 @@ int peakOfLevel(double level_db) {
     return static_cast<int>(std::lround(32768 * std::pow(10.0, level_db / 20)));
 }
 
-TEST(GainStage, SilenceKeepsTheGainAndStaysSilent) {
+TEST(NormalizerGainStage, SilenceKeepsTheGainAndStaysSilent) {
     const MixerPointer mixer = makeMixer();
     const std::vector<std::int16_t> in(512, 0);
     std::vector<std::int16_t> out(512, 77);
@@ -36,7 +36,7 @@ TEST(GainStage, SilenceKeepsTheGainAndStaysSilent) {
     EXPECT_EQ(out, in);
 }
 
-TEST(GainStage, TakesTheStartGainOnlyAtTheFirstBlock) {
+TEST(NormalizerGainStage, UsesTheStartGainOnlyForTheFirstBlock) {
     const MixerPointer mixer = makeMixer();
     EXPECT_EQ(mixer->gainDb, 0.0F);
     EXPECT_EQ(gainAfterPeak(*mixer, 1), 20.0F);
@@ -46,37 +46,37 @@ TEST(GainStage, TakesTheStartGainOnlyAtTheFirstBlock) {
     EXPECT_EQ(ddagcproc_dB(mixer.get(), &in, 1, &out, 12.0F), 20.0F);
 }
 
-TEST(GainStage, FallsByWhatTheBlockWouldPassFullScale) {
+TEST(NormalizerGainStage, LowersTheGainByTheExcessOverFullScale) {
     const MixerPointer mixer = makeMixer();
     EXPECT_NEAR(gainAfterPeak(*mixer, peakOfLevel(-10)), 10.0, 1e-3);
     EXPECT_NEAR(gainAfterPeak(*mixer, peakOfLevel(-21)), 10.0, 1e-3);
 }
 
-TEST(GainStage, FallsByThreeDecibelsAtLeast) {
+TEST(NormalizerGainStage, LowersTheGainByAtLeastThreeDecibels) {
     const MixerPointer mixer = makeMixer();
     EXPECT_EQ(gainAfterPeak(*mixer, peakOfLevel(-19)), 17.0F);
     EXPECT_EQ(gainAfterPeak(*mixer, peakOfLevel(-16.5)), 14.0F);
 }
 
-TEST(GainStage, AFullScaleBlockAtTheStartTakesTheGainToZeroAtOnce) {
+TEST(NormalizerGainStage, AFullScaleFirstBlockLowersTheGainToZero) {
     const MixerPointer mixer = makeMixer();
     EXPECT_EQ(gainAfterPeak(*mixer, 32768), 0.0F);
 }
 
-TEST(GainStage, NeverFallsBelowZero) {
+TEST(NormalizerGainStage, NeverLowersTheGainBelowZeroDecibels) {
     const MixerPointer mixer = makeMixer();
     EXPECT_NEAR(gainAfterPeak(*mixer, peakOfLevel(-1)), 1.0, 1e-3);
     EXPECT_EQ(gainAfterPeak(*mixer, peakOfLevel(-0.5)), 0.0F);
     EXPECT_EQ(gainAfterPeak(*mixer, 32768), 0.0F);
 }
 
-TEST(GainStage, APeakThatJustFitsLeavesTheGain) {
+TEST(NormalizerGainStage, KeepsTheGainForAPeakThatJustFits) {
     const MixerPointer mixer = makeMixer();
     EXPECT_EQ(gainAfterPeak(*mixer, 3276), 20.0F);  // -20.002 dBFS
     EXPECT_EQ(gainAfterPeak(*mixer, 3277), 17.0F);  // -19.9998 dBFS
 }
 
-TEST(GainStage, NeverRises) {
+TEST(NormalizerGainStage, NeverRaisesTheGain) {
     constexpr std::uint64_t kSeed = 3;
     test::Random random(kSeed);
     for (int run = 0; run < 50; ++run) {
@@ -92,9 +92,9 @@ TEST(GainStage, NeverRises) {
     }
 }
 
-// level + gain is a float sum: after a step it should be 0 and can be a rounding error above, which counts as
-// too loud and costs the smallest step. Players hear it, so it must not change unnoticed.
-TEST(GainStage, TheRoundingOfTheSumCostsAnotherStepForSomeSteadyPeaks) {
+// The sum level + gain is in float. After a step it should be 0, but a rounding error can leave it above 0,
+// which counts as too loud and costs another 3 dB step. The step is audible, so it must not change unnoticed.
+TEST(NormalizerGainStage, RoundingCausesASecondStepForSomeSteadyPeaks) {
     const MixerPointer mixer = makeMixer();
     std::vector<int> stepped_again;
     for (int peak = 6000; peak <= 24000; ++peak) {
@@ -110,18 +110,19 @@ TEST(GainStage, TheRoundingOfTheSumCostsAnotherStepForSomeSteadyPeaks) {
     EXPECT_LT(share, 0.4);
 }
 
-TEST(GainStage, AppliesTheGainAfterItsStepToTheSameBlock) {
+TEST(NormalizerGainStage, AppliesTheNewGainToTheSameBlock) {
     const MixerPointer mixer = makeMixer();
     std::vector<std::int16_t> in(512, 0);
     in[0] = static_cast<std::int16_t>(peakOfLevel(-10));
     in[511] = 1000;
     std::vector<std::int16_t> out(512);
     ddagcproc_dB(mixer.get(), in.data(), 512, out.data(), kStartGainDb);
-    // 10 dB now; the peak is at full scale then, so the limiter takes 1 % and settles 0.2 % lower still.
+    // The gain is now 10 dB and puts the peak at full scale. The limiter takes 1 % and settles another 0.2 %
+    // lower.
     EXPECT_NEAR(out[511], 1000 * std::pow(10.0, 0.5) * 0.99 * 0.998, 2);
 }
 
-TEST(GainStage, NoSamplesCountAsSilence) {
+TEST(NormalizerGainStage, TreatsACallWithoutSamplesAsSilence) {
     const MixerPointer mixer = makeMixer();
     const std::int16_t in = -32768;
     std::int16_t out = 55;

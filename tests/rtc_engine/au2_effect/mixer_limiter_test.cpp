@@ -23,7 +23,7 @@ std::unique_ptr<PeakLimiterState> makeLimiter(int per_sample_detect = 0) {
     return limiter;
 }
 
-TEST(MixerLimiter, ResetKeepsCeilingAndDetection) {
+TEST(MixerLimiter, ResetKeepsTheCeilingAndTheDetectionMode) {
     const auto limiter = makeLimiter();
     limiter->threshold = 123.0F;
     limiter->perSampleDetect = 4;
@@ -45,7 +45,7 @@ TEST(MixerLimiter, ResetKeepsCeilingAndDetection) {
     EXPECT_EQ(limiter->indexMask, 63);
 }
 
-TEST(MixerLimiter, WithBlockDetectionTheOutputIsNotDelayed) {
+TEST(MixerLimiter, BlockDetectionAddsNoLatency) {
     const auto limiter = makeLimiter();
     std::vector<float> in(200, 0.0F);
     in[50] = 20000.0F;
@@ -55,8 +55,8 @@ TEST(MixerLimiter, WithBlockDetectionTheOutputIsNotDelayed) {
     EXPECT_EQ(std::count(out.begin(), out.end(), 0.0F), 199);
 }
 
-TEST(MixerLimiter, WithBlockDetectionEverySampleHasTheLevelOfTheLoudest) {
-    // Where the loud sample stands makes no difference to the gain of the others before it.
+TEST(MixerLimiter, BlockDetectionUsesThePeakLevelForEverySample) {
+    // The position of the loud sample does not affect the gain of the samples before it.
     std::vector<std::vector<float>> starts;
     for (const std::size_t place : {100U, 399U}) {
         const auto limiter = makeLimiter();
@@ -70,7 +70,7 @@ TEST(MixerLimiter, WithBlockDetectionEverySampleHasTheLevelOfTheLoudest) {
     EXPECT_NEAR(starts[0][99], 10 * kCeiling / 50000, 0.1);
 }
 
-TEST(MixerLimiter, WithPerSampleDetectionTheOutputIsSixtyThreeSamplesLate) {
+TEST(MixerLimiter, PerSampleDetectionDelaysTheOutputBySixtyThreeSamples) {
     const auto limiter = makeLimiter(1);
     std::vector<float> in(200, 0.0F);
     in[50] = 20000.0F;
@@ -80,7 +80,7 @@ TEST(MixerLimiter, WithPerSampleDetectionTheOutputIsSixtyThreeSamplesLate) {
     EXPECT_EQ(std::count(out.begin(), out.end(), 0.0F), 199);
 }
 
-TEST(MixerLimiter, PerSampleDetectionTurnsTheGainDownBeforeThePeakComes) {
+TEST(MixerLimiter, PerSampleDetectionLowersTheGainBeforeThePeak) {
     const auto limiter = makeLimiter(1);
     std::vector<float> in(200, 1000.0F);
     in[100] = 60000.0F;
@@ -91,7 +91,7 @@ TEST(MixerLimiter, PerSampleDetectionTurnsTheGainDownBeforeThePeakComes) {
     EXPECT_LE(out[163], 32440.3223F);
 }
 
-TEST(MixerLimiter, NothingHappensForNoSamples) {
+TEST(MixerLimiter, IgnoresCallsWithoutSamples) {
     const auto limiter = makeLimiter();
     const PeakLimiterState before = *limiter;
     float sample = 99999.0F;
@@ -103,7 +103,7 @@ TEST(MixerLimiter, NothingHappensForNoSamples) {
 
 class MixerLimiterDetection : public testing::TestWithParam<model::Detection> {};
 
-TEST_P(MixerLimiterDetection, MatchesTheModelToTheBitInPlaceAndApart) {
+TEST_P(MixerLimiterDetection, MatchesTheModelToTheBitInPlaceAndOutOfPlace) {
     for (const std::uint64_t seed : {5U, 6U, 7U}) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         test::Random random(seed);

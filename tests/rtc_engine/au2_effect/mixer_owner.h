@@ -14,7 +14,8 @@ struct FreeMixer {
 };
 using MixerPointer = std::unique_ptr<MixerState, FreeMixer>;
 
-/** A mixer as mixcreat makes it, without the version line on the test's output. */
+/** Creates a mixer with mixcreat and keeps its version line off the test's output.
+ *  @param printed if not null, receives the line */
 inline MixerPointer createMixer(std::string* printed = nullptr) {
     MixerState* mixer = nullptr;
     testing::internal::CaptureStdout();
@@ -24,7 +25,7 @@ inline MixerPointer createMixer(std::string* printed = nullptr) {
     return MixerPointer(mixer);
 }
 
-/** A mixer as the normalizer sets it up, or with other channels or detection. */
+/** Creates a mixer and initializes it; the defaults are the normalizer's. */
 inline MixerPointer makeMixer(int channels = 1, int per_sample_detect = 0, float level = 1.0F) {
     MixerPointer mixer = createMixer();
     mixinit(mixer.get(), channels, per_sample_detect, level);

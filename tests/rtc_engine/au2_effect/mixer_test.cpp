@@ -17,7 +17,7 @@ using test::makeMixer;
 using test::MixerPointer;
 using test::Pcm;
 
-// An idle limiter takes up to 0.2 %, and truncation up to one unit.
+// An idle limiter lowers the level by up to 0.2 %, truncation by up to one LSB.
 void expectNearlyEqual(std::int16_t output, double sum) {
     EXPECT_LE(std::abs(output), std::abs(sum) + 0.01);
     EXPECT_GE(std::abs(output), std::abs(sum) * 0.998 - 1);
@@ -28,7 +28,7 @@ bool isAllZero(const MixerState& mixer) {
     return std::memcmp(&mixer, &zero, sizeof mixer) == 0;
 }
 
-TEST(Mixer, CreationPrintsTheVersionAndGivesAZeroedRecord) {
+TEST(Mixer, CreationPrintsTheVersionAndReturnsAZeroedRecord) {
     std::string printed;
     const MixerPointer mixer = test::createMixer(&printed);
     EXPECT_EQ(printed, "mix Version: 88.\n");
@@ -36,7 +36,7 @@ TEST(Mixer, CreationPrintsTheVersionAndGivesAZeroedRecord) {
     EXPECT_STREQ(VerString, "88");
 }
 
-TEST(Mixer, InitSetsEveryLimiter) {
+TEST(Mixer, InitSetsUpEveryLimiter) {
     const MixerPointer mixer = makeMixer(3, 1, 0.5F);
     EXPECT_EQ(mixer->channelCount, 3);
     for (const PeakLimiterState& limiter : mixer->limiters) {
@@ -49,7 +49,7 @@ TEST(Mixer, InitSetsEveryLimiter) {
     EXPECT_EQ(mixer->gainInitialised, 0);
 }
 
-TEST(Mixer, InitAnewForgetsTheGain) {
+TEST(Mixer, InitForgetsThePreviousGain) {
     const MixerPointer mixer = makeMixer();
     mixer->gainDb = 5.0F;
     mixer->gainInitialised = 1;
@@ -58,7 +58,7 @@ TEST(Mixer, InitAnewForgetsTheGain) {
     EXPECT_EQ(mixer->gainInitialised, 0);
 }
 
-TEST(Mixer, RefusesToWorkWithoutOneToEightChannels) {
+TEST(Mixer, RejectsChannelCountsOtherThanOneToEight) {
     const std::int16_t in[] = {1, 2, 3, 4};
     const std::int16_t* const inputs[] = {in};
     for (const int channels : {0, -1, 9, 1000000, -2147483647}) {
@@ -75,7 +75,7 @@ TEST(Mixer, RefusesToWorkWithoutOneToEightChannels) {
     EXPECT_EQ(mixproc(never_set_up.get(), inputs, nullptr, 0, 1, 4, out), -2);
 }
 
-TEST(Mixer, ABadInitAfterAGoodOneStopsTheMixer) {
+TEST(Mixer, AnInvalidInitClearsAWorkingMixer) {
     const MixerPointer mixer = makeMixer(2);
     mixinit(mixer.get(), 9, 0, 1.0F);
     EXPECT_TRUE(isAllZero(*mixer));
@@ -110,13 +110,13 @@ TEST(Mixer, ScalesByDecibels) {
     for (std::size_t i = 0; i < 4; ++i) expectNearlyEqual(out[i], 10.0 * a[i] + 0.1 * b[i]);
 }
 
-TEST(Mixer, WithoutInputsTheOutputIsSilence) {
+TEST(Mixer, OutputsSilenceWithoutInputs) {
     Pcm out(4, 9);
     EXPECT_EQ(mixproc(makeMixer().get(), nullptr, nullptr, 0, 0, 4, out.data()), 0);
     EXPECT_EQ(out, Pcm(4, 0));
 }
 
-TEST(Mixer, ALoudChannelDoesNotTurnTheOthersDown) {
+TEST(Mixer, ALoudChannelDoesNotLowerTheOthers) {
     const Pcm loud(4000, 30000);
     const Pcm quiet(4000, 1000);
     const Pcm in = test::interleaved({loud, quiet});
@@ -127,7 +127,7 @@ TEST(Mixer, ALoudChannelDoesNotTurnTheOthersDown) {
     EXPECT_NEAR(out[7999], 2000 * 0.998, 1);
 }
 
-TEST(Mixer, EachChannelIsLimitedAsIfItWereAlone) {
+TEST(Mixer, LimitsEachChannelIndependently) {
     std::vector<Pcm> channels;
     std::vector<model::Limiter> limiters(8);
     for (std::uint64_t c = 0; c < 8; ++c) channels.push_back(test::bursts(40 + c, 900 * 20));
@@ -152,7 +152,7 @@ TEST(Mixer, EachChannelIsLimitedAsIfItWereAlone) {
     }
 }
 
-TEST(Mixer, NoOutputIsAboveTheCeiling) {
+TEST(Mixer, NeverExceedsTheCeiling) {
     for (const std::uint64_t seed : {1U, 2U, 3U}) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         test::Random random(seed);
@@ -169,7 +169,7 @@ TEST(Mixer, NoOutputIsAboveTheCeiling) {
     }
 }
 
-TEST(Mixer, SamplesAfterTheLastWholeFrameAreMixedButNotLimited) {
+TEST(Mixer, MixesButDoesNotLimitSamplesOfAnIncompleteFrame) {
     const Pcm in{100, 200, 300, 400, 32767};
     const std::int16_t* const inputs[] = {in.data(), in.data()};
     Pcm out(6, 9);
@@ -177,12 +177,12 @@ TEST(Mixer, SamplesAfterTheLastWholeFrameAreMixedButNotLimited) {
     expectNearlyEqual(out[3], 800);
     EXPECT_EQ(out[4], 32767);
     EXPECT_EQ(out[5], 9);
-    // Fewer samples than one frame has.
+    // Three samples are less than one frame of eight channels.
     EXPECT_EQ(mixproc(makeMixer(8).get(), inputs, nullptr, 0, 2, 3, out.data()), 0);
     EXPECT_EQ((Pcm{out.begin(), out.begin() + 3}), (Pcm{200, 400, 600}));
 }
 
-TEST(Mixer, NothingHappensForNoSamples) {
+TEST(Mixer, IgnoresCallsWithoutSamples) {
     const MixerPointer mixer = makeMixer();
     const std::int16_t in = 5;
     const std::int16_t* const inputs[] = {&in};

@@ -1,4 +1,4 @@
-// What the normalizer does with arguments that make no sense.
+// The normalizer's response to invalid arguments.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -15,7 +15,7 @@ using test::makeNormalizer;
 using test::normalized;
 using test::Pcm;
 
-TEST(NormalizerArguments, ANullHandleIsLoggedAndRefused) {
+TEST(NormalizerArguments, ANullHandleIsLoggedAndRejected) {
     const test::LogCapture log;
     const Pcm in(8, 1);
     GuardedBlock out(8);
@@ -32,7 +32,7 @@ TEST(NormalizerArguments, ReleasingANullHandleIsLogged) {
     EXPECT_EQ(log.lines()[0], "[ZubrelAem]: (normalizer: 239) [audio]::kv normalizer handle is NULL.\n");
 }
 
-TEST(NormalizerArguments, NullBuffersAreRefused) {
+TEST(NormalizerArguments, NullBuffersAreRejected) {
     const auto handle = makeNormalizer(2);
     const Pcm in(8, 1);
     GuardedBlock out(8);
@@ -42,7 +42,7 @@ TEST(NormalizerArguments, NullBuffersAreRefused) {
     EXPECT_EQ(aem_ProcessNormalizer(handle.get(), nullptr, nullptr, 0, 2), -1);
 }
 
-TEST(NormalizerArguments, NoFramesMeanThatNothingHappens) {
+TEST(NormalizerArguments, CallsWithoutFramesDoNothing) {
     const auto handle = makeNormalizer(2);
     const short in = 1;
     GuardedBlock out(1);
@@ -52,7 +52,7 @@ TEST(NormalizerArguments, NoFramesMeanThatNothingHappens) {
     EXPECT_TRUE(out.isUntouched());
 }
 
-TEST(NormalizerArguments, ChannelCountsOutOfRangeMeanThatNothingHappens) {
+TEST(NormalizerArguments, ChannelCountsOutOfRangeDoNothing) {
     const auto handle = makeNormalizer(2);
     const short in = 1;
     GuardedBlock out(1);
@@ -65,7 +65,7 @@ TEST(NormalizerArguments, ChannelCountsOutOfRangeMeanThatNothingHappens) {
     EXPECT_TRUE(out.isUntouched());
 }
 
-TEST(NormalizerArguments, SampleCountsBeyondAnIntAreRefused) {
+TEST(NormalizerArguments, SampleCountsBeyondAnIntAreRejected) {
     const auto handle = makeNormalizer(2);
     const short in = 1;
     GuardedBlock out(1);
@@ -76,7 +76,7 @@ TEST(NormalizerArguments, SampleCountsBeyondAnIntAreRefused) {
     EXPECT_TRUE(out.isUntouched());
 }
 
-TEST(NormalizerArguments, RefusedCallsLeaveWhatIsQueuedAsItWas) {
+TEST(NormalizerArguments, RejectedCallsLeaveTheQueuesUnchanged) {
     const Pcm in = test::bursts(6, 2 * 20000);
     const auto undisturbed = makeNormalizer(2);
     const Pcm expected = normalized(undisturbed.get(), in, 2, 400);
@@ -103,7 +103,7 @@ TEST(NormalizerArguments, NothingOutsideTheOutputIsWritten) {
         const auto handle = makeNormalizer(channels);
         for (const int frames : {1, 511, 512, 513, 4100, 100000}) {
             const auto samples = static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames);
-            // Memory of its own and exactly as long, so that a sanitizer sees every read beyond it.
+            // The input has exactly the memory it needs, so that a sanitizer reports every read beyond it.
             const auto in = std::make_unique<short[]>(samples);
             std::fill_n(in.get(), samples, short{-3000});
             GuardedBlock out(samples);
@@ -130,7 +130,7 @@ TEST(NormalizerArguments, TheChannelCountMayChangeFromCallToCall) {
     }
 }
 
-TEST(NormalizerArguments, AnyChannelCountAndRateCanBeStoredAtCreation) {
+TEST(NormalizerArguments, CreationAcceptsAnyChannelCountAndRate) {
     for (const int number : {INT_MIN, -1, 0, 1, 20, 21, INT_MAX}) {
         testing::internal::CaptureStdout();
         const test::NormalizerPointer handle(aem_CreateNormalizer(number, number));

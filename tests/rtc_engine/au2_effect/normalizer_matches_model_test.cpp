@@ -1,4 +1,4 @@
-// The normalizer against the independent model, to the bit.
+// Compares the normalizer with its independent model, bit by bit.
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
@@ -17,7 +17,7 @@ namespace {
 using test::Pcm;
 using test::Random;
 
-// Feeds both with the same calls until the input is used up; a call may bring more than a ring holds.
+// Feeds both with the same calls until the input is used up. A call may exceed the capacity of a ring.
 void expectSameAsModel(const Pcm& in, int channels, const std::function<int()>& next_frames) {
     const test::NormalizerPointer handle = test::makeNormalizer(channels);
     model::Normalizer reference(static_cast<std::size_t>(channels));
@@ -44,7 +44,7 @@ void expectSameAsModel(const Pcm& in, int channels, const std::function<int()>& 
 
 struct CallSizes {
     const char* name;
-    int frames;  // the same in every call; 0: random, -1: beyond the rings
+    int frames;  // per call; 0: random, -1: random and at times beyond the capacity of the rings
 };
 
 void PrintTo(const CallSizes& sizes, std::ostream* stream) {
@@ -54,7 +54,7 @@ void PrintTo(const CallSizes& sizes, std::ostream* stream) {
 std::function<int()> callsOf(const CallSizes& sizes, int channels, Random& random) {
     if (sizes.frames > 0) return [sizes] { return sizes.frames; };
     if (sizes.frames == 0) return [&random] { return random.between(1, 3000); };
-    // Together more than both rings hold: short calls are served from what long ones left behind.
+    // Long calls overflow both rings; short calls are then served from what the long ones left behind.
     return [&random, channels] {
         const int samples =
             random.between(0, 2) == 0 ? random.between(82000, 200000) : random.between(1, 60000);
@@ -62,7 +62,7 @@ std::function<int()> callsOf(const CallSizes& sizes, int channels, Random& rando
     };
 }
 
-class NormalizerAndModel : public testing::TestWithParam<std::tuple<int, CallSizes>> {
+class NormalizerMatchesModel : public testing::TestWithParam<std::tuple<int, CallSizes>> {
   protected:
     void expectSame(const Pcm& in) {
         const auto& [channels, sizes] = GetParam();
@@ -70,7 +70,7 @@ class NormalizerAndModel : public testing::TestWithParam<std::tuple<int, CallSiz
         SCOPED_TRACE("seed " + std::to_string(kSeed));
         Random random(kSeed);
         Pcm signal = in;
-        // Long enough for a dozen of the longest calls.
+        // Long enough for about six of the longest calls.
         while (sizes.frames < 0 && signal.size() < 1200000) signal.insert(signal.end(), in.begin(), in.end());
         signal.resize(signal.size() / static_cast<std::size_t>(channels) *
                       static_cast<std::size_t>(channels));
@@ -80,15 +80,15 @@ class NormalizerAndModel : public testing::TestWithParam<std::tuple<int, CallSiz
     static int samplesOfFrames(int frames) { return frames * channels(); }
 };
 
-TEST_P(NormalizerAndModel, GiveTheSameForSpeech) {
+TEST_P(NormalizerMatchesModel, ForSpeech) {
     expectSame(test::recordedSpeech(channels()));
 }
 
-TEST_P(NormalizerAndModel, GiveTheSameForQuietSpeech) {
+TEST_P(NormalizerMatchesModel, ForQuietSpeech) {
     expectSame(test::scaled(test::recordedSpeech(channels()), 1, 17));
 }
 
-TEST_P(NormalizerAndModel, GiveTheSameForSpeechThatGrowsLouder) {
+TEST_P(NormalizerMatchesModel, ForSpeechThatGrowsLouder) {
     const Pcm speech = test::recordedSpeech(channels());
     Pcm growing;
     for (const int loudness : {1, 3, 8, 20, 60}) {
@@ -98,29 +98,29 @@ TEST_P(NormalizerAndModel, GiveTheSameForSpeechThatGrowsLouder) {
     expectSame(growing);
 }
 
-TEST_P(NormalizerAndModel, GiveTheSameForNoise) {
+TEST_P(NormalizerMatchesModel, ForNoise) {
     for (const int amplitude : {300, 5000, 32767})
         expectSame(test::noise(7, samplesOfFrames(8000), amplitude));
 }
 
-TEST_P(NormalizerAndModel, GiveTheSameForBursts) {
+TEST_P(NormalizerMatchesModel, ForBursts) {
     expectSame(test::bursts(11, samplesOfFrames(20000)));
 }
 
-TEST_P(NormalizerAndModel, GiveTheSameForSweeps) {
+TEST_P(NormalizerMatchesModel, ForSweeps) {
     for (const int amplitude : {3000, 32767}) expectSame(test::sweep(12000, channels(), amplitude));
 }
 
-TEST_P(NormalizerAndModel, GiveTheSameForFullScaleSquares) {
+TEST_P(NormalizerMatchesModel, ForFullScaleSquareWaves) {
     expectSame(test::square(samplesOfFrames(8000), 37, 32767));
 }
 
-TEST_P(NormalizerAndModel, GiveTheSameForSilence) {
+TEST_P(NormalizerMatchesModel, ForSilence) {
     expectSame(Pcm(static_cast<std::size_t>(samplesOfFrames(5000))));
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    , NormalizerAndModel,
+    , NormalizerMatchesModel,
     testing::Combine(testing::Values(1, 2, 3, 6, 8),
                      testing::Values(CallSizes{"1", 1}, CallSizes{"100", 100}, CallSizes{"512", 512},
                                      CallSizes{"513", 513}, CallSizes{"1024", 1024}, CallSizes{"4096", 4096},
@@ -130,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
                "Frames";
     });
 
-RC_GTEST_PROP(NormalizerProperties, MatchesTheModelForAnyChannelCountAndCalls, ()) {
+RC_GTEST_PROP(NormalizerMatchesModelProperty, ForAnyChannelCountAndCallSizes, ()) {
     const auto seed = *rc::gen::arbitrary<std::uint64_t>();
     const int channels = *rc::gen::inRange(1, 21);
     const int longest_call = *rc::gen::elementOf(std::vector<int>{3, 600, 2000, 9000});

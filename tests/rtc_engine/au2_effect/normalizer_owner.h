@@ -15,7 +15,8 @@ struct ReleaseNormalizer {
 };
 using NormalizerPointer = std::unique_ptr<void, ReleaseNormalizer>;
 
-/** A normalizer, without the version line on the test's output. */
+/** Creates a normalizer and keeps the mixer's version line off the test's output.
+ *  @param printed if not null, receives the line */
 inline NormalizerPointer makeNormalizer(int channels, std::string* printed = nullptr) {
     testing::internal::CaptureStdout();
     NormalizerPointer handle(aem_CreateNormalizer(channels, 48000));
@@ -25,7 +26,8 @@ inline NormalizerPointer makeNormalizer(int channels, std::string* printed = nul
     return handle;
 }
 
-/** The output of calls of `frames` each; what is left of the input after the last whole call is not sent. */
+/** Processes `in` in calls of `frames` each and returns the output. The remainder of the input after the last
+ *  whole call is not processed. */
 inline Pcm normalized(void* handle, const Pcm& in, int channels, int frames) {
     Pcm out;
     const auto call_samples = static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames);

@@ -26,7 +26,7 @@ TEST(Normalizer, CreationPrintsTheMixersVersion) {
     EXPECT_EQ(printed, "mix Version: 88.\n");
 }
 
-TEST(Normalizer, IsSilentUntilTheFirstBlockIsWhole) {
+TEST(Normalizer, IsSilentUntilTheFirstBlockIsComplete) {
     const auto handle = makeNormalizer(1);
     const Pcm in(100, 1000);
     for (int call = 1; call <= 5; ++call) {
@@ -35,7 +35,7 @@ TEST(Normalizer, IsSilentUntilTheFirstBlockIsWhole) {
     EXPECT_GT(normalized(handle.get(), in, 1, 100).front(), 9000);
 }
 
-TEST(Normalizer, TheDelayOfCallsThatDivideABlockIsTheRestOfTheBlock) {
+TEST(Normalizer, LatencyOfCallsThatDivideABlockIsTheRestOfTheBlock) {
     for (int frames = 1; frames <= 512; frames *= 2) {
         SCOPED_TRACE(frames);
         const auto handle = makeNormalizer(2);
@@ -45,7 +45,7 @@ TEST(Normalizer, TheDelayOfCallsThatDivideABlockIsTheRestOfTheBlock) {
     }
 }
 
-TEST(Normalizer, CallsOfWholeBlocksHaveNoDelay) {
+TEST(Normalizer, CallsOfWholeBlocksHaveNoLatency) {
     const Pcm in = test::noise(5, 2 * 4096, 1000);
     const auto handle_512 = makeNormalizer(2);
     const Pcm out_512 = normalized(handle_512.get(), in, 2, 512);
@@ -56,15 +56,16 @@ TEST(Normalizer, CallsOfWholeBlocksHaveNoDelay) {
     }
 }
 
-TEST(Normalizer, ACallIsServedWholeOrNotAtAll) {
+TEST(Normalizer, ACallGetsAllItsSamplesOrSilence) {
     const auto handle = makeNormalizer(1);
     const Pcm out = normalized(handle.get(), Pcm(700 * 3, 800), 1, 700);
-    // 700 in, 512 done: silent. 1400 in, 1024 done: served, 324 left. 2100 in, 2048 done: 1348 left, served.
+    // Call 1: 700 in, 512 rendered: silence. Call 2: 1400 in, 1024 rendered: served, 324 remain.
+    // Call 3: 2100 in, 2048 rendered: 1348 available, served.
     EXPECT_EQ(std::count(out.begin(), out.begin() + 700, 0), 700);
     EXPECT_EQ(std::count(out.begin() + 700, out.end(), 0), 0);
 }
 
-TEST(Normalizer, RaisesQuietMaterialByTwentyDecibels) {
+TEST(Normalizer, RaisesQuietSignalsByTwentyDecibels) {
     const auto handle = makeNormalizer(2);
     const Pcm in = test::sweep(48000, 2, 1000);
     const Pcm out = normalized(handle.get(), in, 2, 512);
@@ -74,7 +75,7 @@ TEST(Normalizer, RaisesQuietMaterialByTwentyDecibels) {
         energy_in += in[i] * in[i];
         energy_out += out[i] * out[i];
     }
-    // Two idle limiters, each at 0.0999 / 0.1001 = -0.017 dB, and two truncations.
+    // Two idle limiters, each with a gain of 0.0999 / 0.1001 = -0.017 dB, and two truncations.
     EXPECT_NEAR(10 * std::log10(energy_out / energy_in), 20 - 2 * 0.0174, 0.003);
 }
 
@@ -89,7 +90,7 @@ TEST(Normalizer, RaisesQuietSpeechAndKeepsItsShape) {
     }
 }
 
-TEST(Normalizer, FullScaleIsTurnedDownAndNeverPassesTheCeiling) {
+TEST(Normalizer, LimitsFullScaleToTheCeiling) {
     for (const int channels : {1, 2, 6, 8}) {
         for (const int half_period : {1, 7, 64, 5000}) {
             const auto handle = makeNormalizer(channels);
@@ -101,7 +102,7 @@ TEST(Normalizer, FullScaleIsTurnedDownAndNeverPassesTheCeiling) {
     }
 }
 
-TEST(Normalizer, ASuddenLoudPassageNeverPassesTheCeilingForAnyCallSize) {
+TEST(Normalizer, NeverExceedsTheCeilingInASuddenLoudPassageForAnyCallSize) {
     for (const int frames : {1, 64, 512, 1000, 4096}) {
         for (const std::uint64_t seed : {1U, 2U}) {
             const auto handle = makeNormalizer(2);
@@ -111,12 +112,12 @@ TEST(Normalizer, ASuddenLoudPassageNeverPassesTheCeilingForAnyCallSize) {
     }
 }
 
-TEST(Normalizer, SilenceInIsSilenceOut) {
+TEST(Normalizer, KeepsSilenceSilent) {
     const auto handle = makeNormalizer(6);
     EXPECT_EQ(largestOf(normalized(handle.get(), Pcm(6 * 4096), 6, 512)), 0);
 }
 
-TEST(Normalizer, TheGainDoesNotComeBackAfterALoudPassage) {
+TEST(Normalizer, TheGainDoesNotRecoverAfterALoudPassage) {
     const auto handle = makeNormalizer(1);
     normalized(handle.get(), test::square(512, 16, 32767), 1, 512);
     const Pcm quiet(48000, 1000);

@@ -13,9 +13,9 @@ using test::AllocationWatch;
 using test::Pcm;
 
 constexpr int kAllocationsOfANormalizer = 3;  // the handle, its mixer, its limiter
-constexpr int kAllocationsOfABlock = 2;       // the mixer's sum and its one channel
+constexpr int kAllocationsOfABlock = 2;       // the mixer's sum and its only channel
 
-TEST(OutOfMemory, CreatingANormalizerGivesNullAndFreesEverything) {
+TEST(NormalizerOutOfMemory, CreationReturnsNullAndFreesEverything) {
     for (int failing = 1; failing <= kAllocationsOfANormalizer; ++failing) {
         SCOPED_TRACE("allocation " + std::to_string(failing));
         testing::internal::CaptureStdout();
@@ -34,7 +34,7 @@ TEST(OutOfMemory, CreatingANormalizerGivesNullAndFreesEverything) {
     }
 }
 
-TEST(OutOfMemory, ANormalizerIsFreedWhole) {
+TEST(NormalizerOutOfMemory, ReleaseFreesEverything) {
     testing::internal::CaptureStdout();
     int requested = 0;
     int alive = -1;
@@ -50,7 +50,7 @@ TEST(OutOfMemory, ANormalizerIsFreedWhole) {
     EXPECT_EQ(alive, 0);
 }
 
-TEST(OutOfMemory, ProcessingAllocatesTheMixersBlocksAndNothingElse) {
+TEST(NormalizerOutOfMemory, ProcessingAllocatesOnlyTheBlocksOfTheMixer) {
     const auto handle = test::makeNormalizer(2);
     const Pcm in = test::noise(1, 2 * 4096, 20000);
     Pcm out(in.size());
@@ -64,7 +64,7 @@ TEST(OutOfMemory, ProcessingAllocatesTheMixersBlocksAndNothingElse) {
     EXPECT_EQ(watch.alive(), 0);
 }
 
-TEST(OutOfMemory, ABlockWithoutMemoryIsSilentAndTheNextOneIsNot) {
+TEST(NormalizerOutOfMemory, ABlockWithoutMemoryIsSilentAndTheNextBlockIsNot) {
     for (int failing = 1; failing <= kAllocationsOfABlock; ++failing) {
         SCOPED_TRACE("allocation " + std::to_string(failing));
         const auto handle = test::makeNormalizer(1);
@@ -84,7 +84,7 @@ TEST(OutOfMemory, ABlockWithoutMemoryIsSilentAndTheNextOneIsNot) {
     }
 }
 
-TEST(OutOfMemory, TheMixerSaysWhatItHadNoMemoryForAndLeavesTheOutput) {
+TEST(NormalizerOutOfMemory, TheMixerReportsTheFailedAllocationAndLeavesTheOutput) {
     constexpr int kChannels = 8;
     const Pcm in = test::noise(2, kChannels * 64, 20000);
     const std::int16_t* const input = in.data();
@@ -106,7 +106,7 @@ TEST(OutOfMemory, TheMixerSaysWhatItHadNoMemoryForAndLeavesTheOutput) {
     }
 }
 
-TEST(OutOfMemory, CreatingAMixerReportsItAndStoresNull) {
+TEST(NormalizerOutOfMemory, CreatingAMixerReturnsAnErrorAndStoresNull) {
     MixerState* mixer = reinterpret_cast<MixerState*>(&mixer);
     testing::internal::CaptureStdout();
     int result = 0;

@@ -1,4 +1,4 @@
-// What no sample should be and some are.
+// Floats that a valid stream never contains and a broken one may.
 #pragma once
 
 #include <limits>

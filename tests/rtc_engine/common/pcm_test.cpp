@@ -16,7 +16,8 @@ namespace {
 using test::kInfinity;
 using test::kNotANumber;
 
-// Calls check(first, count) for every count of up to some vectors, from places of any alignment.
+// Calls check(first, count) for every count from 0 to several vectors and for starts of different alignment,
+// once per set of vector instructions.
 template <typename Check>
 void forEveryPlaceAndCount(Check check) {
     test::forEachVectorTarget([&] {
@@ -26,7 +27,7 @@ void forEveryPlaceAndCount(Check check) {
     });
 }
 
-// Round every corner of the conversion, and any bits.
+// Floats around every corner case of the conversion, then random bit patterns and numbers.
 std::vector<float> anyFloats(std::size_t count) {
     std::vector<float> floats = {kNotANumber, -kNotANumber, kInfinity, -kInfinity,
                                  3e38F,       -3e38F,       1e-45F,    -0.0F};
@@ -46,7 +47,7 @@ std::vector<float> anyFloats(std::size_t count) {
     return floats;
 }
 
-TEST(Pcm, FractionsAreCutTowardZero) {
+TEST(PcmKernels, TruncateFractionsTowardZero) {
     EXPECT_EQ(sonivex::truncateToInt16(0.99F), 0);
     EXPECT_EQ(sonivex::truncateToInt16(-0.99F), 0);
     EXPECT_EQ(sonivex::truncateToInt16(1.99F), 1);
@@ -55,7 +56,7 @@ TEST(Pcm, FractionsAreCutTowardZero) {
     EXPECT_EQ(sonivex::truncateToInt16(-32440.32F), -32440);
 }
 
-TEST(Pcm, WhatDoesNotFitSaturates) {
+TEST(PcmKernels, SaturateValuesOutOfRange) {
     EXPECT_EQ(sonivex::truncateToInt16(32767.0F), 32767);
     EXPECT_EQ(sonivex::truncateToInt16(32767.5F), 32767);
     EXPECT_EQ(sonivex::truncateToInt16(32768.0F), 32767);
@@ -67,12 +68,12 @@ TEST(Pcm, WhatDoesNotFitSaturates) {
     EXPECT_EQ(sonivex::truncateToInt16(-kInfinity), -32768);
 }
 
-TEST(Pcm, NotANumberIsSilence) {
+TEST(PcmKernels, ConvertNaNToSilence) {
     EXPECT_EQ(sonivex::truncateToInt16(kNotANumber), 0);
     EXPECT_EQ(sonivex::truncateToInt16(-kNotANumber), 0);
 }
 
-TEST(Pcm, Every16BitSampleSurvivesTheWayThroughFloat) {
+TEST(PcmKernels, KeepEvery16BitSampleInARoundTripThroughFloat) {
     std::vector<std::int16_t> all;
     for (int sample = -32768; sample <= 32767; ++sample) all.push_back(static_cast<std::int16_t>(sample));
     const int count = static_cast<int>(all.size());
@@ -87,13 +88,13 @@ TEST(Pcm, Every16BitSampleSurvivesTheWayThroughFloat) {
     EXPECT_EQ(back, all);
 }
 
-TEST(Pcm, TheMostNegativeSampleHasMagnitude32768) {
+TEST(PcmKernels, GiveTheMostNegativeSampleMagnitude32768) {
     const std::vector<std::int16_t> pcm{5, -32768, 32767};
     EXPECT_EQ(sonivex::largestMagnitude(pcm.data(), 3), 32768);
     EXPECT_EQ(sonivex::largestMagnitude(pcm.data() + 2, 1), 32767);
 }
 
-TEST(Pcm, AnEmptyBlockHasMagnitudeZero) {
+TEST(PcmKernels, GiveAnEmptyBlockMagnitudeZero) {
     const std::int16_t pcm = 7;
     const float number = 7;
     EXPECT_EQ(sonivex::largestMagnitude(&pcm, 0), 0);
@@ -101,7 +102,7 @@ TEST(Pcm, AnEmptyBlockHasMagnitudeZero) {
     EXPECT_EQ(sonivex::largestMagnitude(&number, 0), 0.0F);
 }
 
-TEST(Pcm, ThePeakIsFoundAtEveryPlaceOfABlock) {
+TEST(PcmKernels, FindThePeakAtEveryPositionInABlock) {
     test::forEachVectorTarget([] {
         for (int length = 1; length <= 100; ++length) {
             for (int place = 0; place < length; ++place) {
@@ -115,7 +116,7 @@ TEST(Pcm, ThePeakIsFoundAtEveryPlaceOfABlock) {
     });
 }
 
-TEST(Pcm, TheMostNegativeSampleIsTheLargestAnywhere) {
+TEST(PcmKernels, FindTheMostNegativeSampleAtEveryPosition) {
     test::forEachVectorTarget([] {
         for (std::size_t place = 0; place < 100; ++place) {
             std::vector<std::int16_t> pcm(100, 32767);
@@ -125,7 +126,7 @@ TEST(Pcm, TheMostNegativeSampleIsTheLargestAnywhere) {
     });
 }
 
-TEST(Pcm, VectorsConvertToInt16AsSingleSamplesDo) {
+TEST(PcmKernels, VectorConversionToInt16EqualsTheScalarOne) {
     const std::vector<float> in = anyFloats(300);
     forEveryPlaceAndCount([&](std::size_t first, std::size_t count) {
         for (std::size_t from = 0; from + first + count <= in.size(); from += 60) {
@@ -139,7 +140,7 @@ TEST(Pcm, VectorsConvertToInt16AsSingleSamplesDo) {
     });
 }
 
-TEST(Pcm, VectorsConvertToFloatAsSingleSamplesDo) {
+TEST(PcmKernels, VectorConversionToFloatEqualsTheScalarOne) {
     const test::Pcm in = test::noise(4, 200, 32767);
     forEveryPlaceAndCount([&](std::size_t first, std::size_t count) {
         std::vector<float> expected(in.begin(), in.end());
@@ -152,7 +153,7 @@ TEST(Pcm, VectorsConvertToFloatAsSingleSamplesDo) {
     });
 }
 
-TEST(Pcm, ScaledSamplesAreRoundedBeforeAndAfterTheyAreAdded) {
+TEST(PcmKernels, RoundScaledSamplesBeforeAndAfterAddition) {
     const test::Pcm in = test::noise(5, 200, 32767);
     constexpr float kFactor = 3.1622777F;  // 10 dB: few products are exact
     forEveryPlaceAndCount([&](std::size_t first, std::size_t count) {
@@ -167,7 +168,7 @@ TEST(Pcm, ScaledSamplesAreRoundedBeforeAndAfterTheyAreAdded) {
     });
 }
 
-TEST(Pcm, VectorsFindThePeakThatSingleSamplesHave) {
+TEST(PcmKernels, VectorPeakEqualsTheScalarOne) {
     const test::Pcm pcm = test::noise(6, 200, 32767);
     const std::vector<float> floats = anyFloats(400);
     forEveryPlaceAndCount([&](std::size_t first, std::size_t count) {
@@ -184,7 +185,7 @@ TEST(Pcm, VectorsFindThePeakThatSingleSamplesHave) {
     });
 }
 
-TEST(Pcm, NotANumberIsPassedOverWhereverItStands) {
+TEST(PcmKernels, SkipNaNsInThePeakAtEveryPosition) {
     test::forEachVectorTarget([] {
         for (std::size_t place = 0; place < 100; ++place) {
             std::vector<float> in(100, -2.0F);

@@ -57,11 +57,11 @@ void expectSameState(const Au2LimiterState& a, const Au2LimiterState& b) {
     EXPECT_EQ(a.lookahead, b.lookahead);
 }
 
-// The library's limiter and the scalar one beside it; every call is compared whole.
+// Runs the library's limiter and the scalar one side by side and compares output and state after every call.
 class LimiterPair {
   public:
     LimiterPair() {
-        std::memset(static_cast<void*>(&ours_), 0x3C, sizeof ours_);  // reset does not clear what is unused
+        std::memset(static_cast<void*>(&ours_), 0x3C, sizeof ours_);  // reset does not clear unused fields
         au2_limiter_reset(&ours_);
         scalar_ = ours_;
     }
@@ -72,7 +72,7 @@ class LimiterPair {
         change(scalar_);
     }
 
-    /** Into another block, or in place every other time. */
+    // Alternates between in-place and out-of-place processing.
     void limit(const std::vector<float>& in) {
         const int count = static_cast<int>(in.size());
         std::vector<float> expected(in.size());
@@ -93,7 +93,7 @@ class LimiterPair {
     bool is_in_place_ = false;
 };
 
-// Even over -magnitude..magnitude, with the loudest sample somewhere.
+// Noise with a uniform distribution over -magnitude..magnitude and one sample of exactly `magnitude`.
 std::vector<float> noiseUpTo(test::Random& random, std::size_t samples, float magnitude) {
     std::vector<float> noise;
     for (std::size_t i = 0; i < samples; ++i) {
@@ -108,7 +108,7 @@ std::size_t callSize(test::Random& random) {
     return static_cast<std::size_t>(random.between(1, longest[random.between(0, 5)]));
 }
 
-TEST(PeakLimiter, EqualsTheScalarOneForAnyLevelsAndCallSizes) {
+TEST(PeakLimiter, EqualsTheScalarLimiterForAnyLevelsAndCallSizes) {
     test::forEachVectorTarget([] {
         for (const std::uint64_t seed : {1U, 2U, 3U, 4U, 5U}) {
             SCOPED_TRACE("seed " + std::to_string(seed));
@@ -123,13 +123,13 @@ TEST(PeakLimiter, EqualsTheScalarOneForAnyLevelsAndCallSizes) {
     });
 }
 
-TEST(PeakLimiter, EqualsTheScalarOneForLevelsRoundTheCeiling) {
+TEST(PeakLimiter, EqualsTheScalarLimiterForLevelsAroundTheCeiling) {
     test::forEachVectorTarget([] {
         test::Random random(11);
         LimiterPair pair;
         for (int call = 0; call < 500 && !testing::Test::HasFailure(); ++call) {
             SCOPED_TRACE("call " + std::to_string(call));
-            // From units in the last place to what the idle gain of 0.998 leaves room for.
+            // From units in the last place up to more than the headroom that the idle gain of 0.998 leaves.
             const float distance = std::ldexp(1.0F, -random.between(3, 24));
             const float sign = random.between(0, 1) == 0 ? -1.0F : 1.0F;
             pair.limit(noiseUpTo(random, callSize(random), sonivex::kCeiling * (1.0F + sign * distance)));
@@ -137,7 +137,7 @@ TEST(PeakLimiter, EqualsTheScalarOneForLevelsRoundTheCeiling) {
     });
 }
 
-TEST(PeakLimiter, EqualsTheScalarOneWhileTheGainRisesFromAnywhere) {
+TEST(PeakLimiter, EqualsTheScalarLimiterWhileTheGainRises) {
     test::forEachVectorTarget([] {
         test::Random random(12);
         for (const float loudest : {32500.0F, 36000.0F, 60000.0F, 1e6F, 1e20F, 3e38F, kInfinity}) {
@@ -150,7 +150,7 @@ TEST(PeakLimiter, EqualsTheScalarOneWhileTheGainRisesFromAnywhere) {
     });
 }
 
-TEST(PeakLimiter, EqualsTheScalarOneForCallsShorterThanTheWindow) {
+TEST(PeakLimiter, EqualsTheScalarLimiterForCallsShorterThanTheWindow) {
     test::forEachVectorTarget([] {
         for (std::size_t samples = 1; samples <= 130; ++samples) {
             SCOPED_TRACE(samples);
@@ -165,7 +165,7 @@ TEST(PeakLimiter, EqualsTheScalarOneForCallsShorterThanTheWindow) {
     });
 }
 
-TEST(PeakLimiter, EqualsTheScalarOneForWhatIsNoOrdinaryNumber) {
+TEST(PeakLimiter, EqualsTheScalarLimiterForNaNsInfinitiesAndDenormals) {
     test::forEachVectorTarget([] {
         test::Random random(13);
         const float odd[] = {kNotANumber, kInfinity, -kInfinity, -0.0F, 0.0F, 1e-45F, -1e-38F, 3e38F};
@@ -182,7 +182,7 @@ TEST(PeakLimiter, EqualsTheScalarOneForWhatIsNoOrdinaryNumber) {
     });
 }
 
-TEST(PeakLimiter, EqualsTheScalarOneForAnyThresholdAndIdleGain) {
+TEST(PeakLimiter, EqualsTheScalarLimiterForAnyThresholdAndIdleGain) {
     test::forEachVectorTarget([] {
         for (const float threshold : {0.0F, 1e-40F, 100.0F, kInfinity, kNotANumber}) {
             for (const float idle_gain : {1.0F, 0.0F, -0.0F, -1.0F, 5.0F, kInfinity, kNotANumber}) {
@@ -202,7 +202,7 @@ TEST(PeakLimiter, EqualsTheScalarOneForAnyThresholdAndIdleGain) {
     });
 }
 
-TEST(PeakLimiter, EqualsTheScalarOneWhenDetectionChangesBetweenCalls) {
+TEST(PeakLimiter, EqualsTheScalarLimiterWhenDetectionChangesBetweenCalls) {
     test::Random random(15);
     LimiterPair pair;
     for (int call = 0; call < 400 && !testing::Test::HasFailure(); ++call) {

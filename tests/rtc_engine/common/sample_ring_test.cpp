@@ -23,7 +23,7 @@ test::Pcm readAll(SampleRing& ring, int count) {
     return out;
 }
 
-TEST(SampleRing, TheFirstSampleEverWrittenLiesAtIndexOne) {
+TEST(SampleRing, WritesTheFirstSampleAtIndexOne) {
     const auto ring = emptyRing();
     const std::int16_t sample = 1234;
     EXPECT_EQ(sonivex::writeSamples(*ring, &sample, 1), 1);
@@ -33,7 +33,7 @@ TEST(SampleRing, TheFirstSampleEverWrittenLiesAtIndexOne) {
     EXPECT_EQ(ring->data[0], 0);
 }
 
-TEST(SampleRing, HoldsOneSampleLessThanItsLengthAndRefusesTheRest) {
+TEST(SampleRing, HoldsOneSampleLessThanItsLengthAndRejectsTheRest) {
     const auto ring = emptyRing();
     const test::Pcm pcm = test::noise(1, 81921, 32767);
     EXPECT_EQ(sonivex::writeSamples(*ring, pcm.data(), 81921), 81919);
@@ -43,7 +43,7 @@ TEST(SampleRing, HoldsOneSampleLessThanItsLengthAndRefusesTheRest) {
     EXPECT_EQ(sonivex::fillLevel(*ring), 0);
 }
 
-TEST(SampleRing, AFullRingTakesAsManySamplesAsWereRead) {
+TEST(SampleRing, AFullRingAcceptsAsManySamplesAsWereRead) {
     const auto ring = emptyRing();
     const test::Pcm pcm = test::noise(2, 81919, 32767);
     sonivex::writeSamples(*ring, pcm.data(), 81919);
@@ -51,7 +51,7 @@ TEST(SampleRing, AFullRingTakesAsManySamplesAsWereRead) {
     EXPECT_EQ(sonivex::writeSamples(*ring, pcm.data(), 10), 3);
 }
 
-TEST(SampleRing, NothingIsWrittenForCountsBelowOne) {
+TEST(SampleRing, WritesNothingForCountsBelowOne) {
     const auto ring = emptyRing();
     const std::int16_t sample = 1;
     EXPECT_EQ(sonivex::writeSamples(*ring, &sample, 0), 0);
@@ -59,7 +59,7 @@ TEST(SampleRing, NothingIsWrittenForCountsBelowOne) {
     EXPECT_EQ(ring->writeIndex, 0);
 }
 
-TEST(SampleRing, TheIndexAfterTheLastIsZero) {
+TEST(SampleRing, WrapsFromTheLastIndexToZero) {
     const auto ring = emptyRing();
     ring->readIndex = ring->writeIndex = 81918;
     const test::Pcm pcm{11, 22, 33};
@@ -72,7 +72,7 @@ TEST(SampleRing, TheIndexAfterTheLastIsZero) {
     EXPECT_EQ(ring->readIndex, 1);
 }
 
-TEST(SampleRing, ABlockThatEndsAtTheLastSlotLeavesTheIndexThere) {
+TEST(SampleRing, KeepsTheIndexAtTheLastSlotAfterABlockThatEndsThere) {
     const auto ring = emptyRing();
     const test::Pcm pcm(81919, 5);
     sonivex::writeSamples(*ring, pcm.data(), 81919);
@@ -85,7 +85,7 @@ TEST(SampleRing, ABlockThatEndsAtTheLastSlotLeavesTheIndexThere) {
     EXPECT_EQ(ring->readIndex, 0);
 }
 
-// Sample by sample, as the rules have it.
+// Reference: writes a single sample.
 bool writeOne(SampleRing& ring, std::int16_t sample) {
     const std::int32_t next = (ring.writeIndex + 1) % 81920;
     if (next == ring.readIndex) return false;
@@ -94,7 +94,7 @@ bool writeOne(SampleRing& ring, std::int16_t sample) {
     return true;
 }
 
-RC_GTEST_PROP(SampleRing, WritesABlockAsItWouldSampleBySample, ()) {
+RC_GTEST_PROP(SampleRing, WritesABlockLikeSingleSamples, ()) {
     const auto seed = *rc::gen::arbitrary<std::uint64_t>();
     test::Random random(seed);
     const auto ring = emptyRing();

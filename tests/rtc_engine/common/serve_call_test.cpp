@@ -15,13 +15,13 @@ using test::Pcm;
 
 constexpr std::int16_t kUntouched = -7;
 
-// Hands every block on as it is, up to blocks_at_once of them at a time.
+// An effect that passes every block through unchanged, up to blocks_at_once blocks per render.
 class PassingEffect {
   public:
     explicit PassingEffect(int block_samples, int blocks_at_once = 1)
         : block_samples_(block_samples), blocks_at_once_(blocks_at_once) {}
 
-    /** One call that asks for out_count samples. */
+    // Makes one call that requests out_count samples.
     Pcm call(const Pcm& in, int out_count) {
         Pcm out(static_cast<std::size_t>(out_count), kUntouched);
         call({in.data(), static_cast<int>(in.size())}, {out.data(), out_count});
@@ -42,7 +42,7 @@ class PassingEffect {
 
     int inputQueued() const { return sonivex::fillLevel(*in_ring_); }
     int outputQueued() const { return sonivex::fillLevel(*out_ring_); }
-    /** The numbers of blocks that render was told since this was asked last. */
+    // Returns the block counts that `render` received since the previous query.
     std::vector<int> waiting() { return std::exchange(waiting_, {}); }
 
   private:
@@ -53,7 +53,7 @@ class PassingEffect {
     std::vector<int> waiting_;
 };
 
-// No sample twice within 30000, and none that is silent or untouched.
+// A sequence without repetition within 30000 samples, and without values that mean silence or untouched.
 Pcm numbered(int count, int first = 0) {
     Pcm pcm;
     for (int i = first; i < first + count; ++i) pcm.push_back(static_cast<std::int16_t>(1 + i % 30000));
@@ -64,7 +64,7 @@ Pcm silence(int count) {
     return Pcm(static_cast<std::size_t>(count), 0);
 }
 
-TEST(ServeCall, ACallShorterThanABlockGetsSilenceAndItsSamplesWait) {
+TEST(ServeCall, QueuesACallShorterThanABlockAndReturnsSilence) {
     PassingEffect effect(240);
     EXPECT_EQ(effect.call(numbered(100)), silence(100));
     EXPECT_EQ(effect.inputQueued(), 100);
@@ -72,7 +72,7 @@ TEST(ServeCall, ACallShorterThanABlockGetsSilenceAndItsSamplesWait) {
     EXPECT_TRUE(effect.waiting().empty());
 }
 
-TEST(ServeCall, TheThirdCallOfAHundredFramesGetsTheStartOfTheFirstBlock) {
+TEST(ServeCall, ServesTheFirstBlockFromTheCallThatCompletesIt) {
     PassingEffect effect(240);
     effect.call(numbered(100));
     EXPECT_EQ(effect.call(numbered(100, 100)), silence(100));
@@ -81,30 +81,30 @@ TEST(ServeCall, TheThirdCallOfAHundredFramesGetsTheStartOfTheFirstBlock) {
     EXPECT_EQ(effect.call(numbered(100, 400)), numbered(100, 200));
 }
 
-TEST(ServeCall, ACallOfABlockGetsItAtOnce) {
+TEST(ServeCall, ServesACallOfOneBlockAtOnce) {
     PassingEffect effect(240);
     EXPECT_EQ(effect.call(numbered(240)), numbered(240));
     EXPECT_EQ(effect.inputQueued(), 0);
     EXPECT_EQ(effect.outputQueued(), 0);
 }
 
-TEST(ServeCall, ASilentCallWithinTheStreamLosesNothing) {
+TEST(ServeCall, LosesNothingInASilentCallWithinTheStream) {
     PassingEffect effect(300);
     effect.call(numbered(200));
     EXPECT_EQ(effect.call(numbered(200, 200)), numbered(200));
-    EXPECT_EQ(effect.call(numbered(150, 400)), silence(150));  // 100 are there
+    EXPECT_EQ(effect.call(numbered(150, 400)), silence(150));  // only 100 are available
     EXPECT_EQ(effect.outputQueued(), 100);
     EXPECT_EQ(effect.call(numbered(60, 550)), numbered(60, 200));
 }
 
-TEST(ServeCall, ACallForAllThatIsQueuedIsServedAndForOneSampleMoreIsNot) {
+TEST(ServeCall, ServesACallForAllQueuedSamplesButNotForOneMore) {
     PassingEffect effect(300);
     EXPECT_EQ(effect.call(numbered(300), 100), numbered(100));
     EXPECT_EQ(effect.call({}, 201), silence(201));
     EXPECT_EQ(effect.call({}, 200), numbered(200, 100));
 }
 
-TEST(ServeCall, TheEndOfACallForWhichTheInputRingHasNoRoomIsDropped) {
+TEST(ServeCall, DropsTheEndOfACallWhenTheInputRingIsFull) {
     PassingEffect effect(1000);
     EXPECT_EQ(effect.call(numbered(82000), 81000), numbered(81000));
     EXPECT_EQ(effect.inputQueued(), 919);  // of 81919
@@ -114,7 +114,7 @@ TEST(ServeCall, TheEndOfACallForWhichTheInputRingHasNoRoomIsDropped) {
     EXPECT_EQ(effect.call(numbered(81, 82000), 1000), expected);
 }
 
-TEST(ServeCall, CallsOfMoreThanARingHoldsAreSilentAndTheFullOutputRingDropsBlocks) {
+TEST(ServeCall, CallsBeyondTheRingCapacityAreSilentAndAFullOutputRingDropsBlocks) {
     PassingEffect effect(1000);
     EXPECT_EQ(effect.call(numbered(81920)), silence(81920));
     EXPECT_EQ(effect.outputQueued(), 81000);
@@ -127,7 +127,7 @@ TEST(ServeCall, CallsOfMoreThanARingHoldsAreSilentAndTheFullOutputRingDropsBlock
     EXPECT_EQ(effect.outputQueued(), 0);
 }
 
-TEST(ServeCall, CountsBelowOneQueueNothingAndWriteNothing) {
+TEST(ServeCall, QueuesAndWritesNothingForCountsBelowOne) {
     PassingEffect effect(240);
     effect.call(numbered(340), 40);
     const Pcm in = numbered(300);
@@ -141,10 +141,10 @@ TEST(ServeCall, CountsBelowOneQueueNothingAndWriteNothing) {
     }
 }
 
-TEST(ServeCall, NothingIsWrittenBesideWhatWasAskedFor) {
+TEST(ServeCall, WritesOnlyTheRequestedOutput) {
     PassingEffect effect(240);
     const Pcm in = numbered(240);
-    for (const int queued : {100, 240}) {  // a silent call, then one that is served
+    for (const int queued : {100, 240}) {  // first a silent call, then a served one
         Pcm out(102, kUntouched);
         effect.call({in.data(), queued}, {out.data() + 1, 100});
         EXPECT_EQ(out.front(), kUntouched);
@@ -153,11 +153,11 @@ TEST(ServeCall, NothingIsWrittenBesideWhatWasAskedFor) {
     }
 }
 
-TEST(ServeCall, RenderIsToldHowManyBlocksWait) {
+TEST(ServeCall, PassesTheNumberOfQueuedBlocksToRender) {
     PassingEffect one_by_one(240);
     one_by_one.call(numbered(1000));
     EXPECT_EQ(one_by_one.waiting(), (std::vector<int>{4, 3, 2, 1}));
-    one_by_one.call(numbered(199));  // with 40 that wait: one short of a block
+    one_by_one.call(numbered(199));  // with the 40 queued samples, one short of a block
     EXPECT_EQ(one_by_one.waiting(), std::vector<int>{});
     one_by_one.call(numbered(1));
     EXPECT_EQ(one_by_one.waiting(), std::vector<int>{1});
@@ -169,7 +169,7 @@ TEST(ServeCall, RenderIsToldHowManyBlocksWait) {
     EXPECT_EQ(in_pairs.waiting(), (std::vector<int>{3, 1}));
 }
 
-TEST(ServeCall, TheOutputIsTheSameHoweverManyBlocksRenderTakesAtOnce) {
+TEST(ServeCall, OutputDoesNotDependOnHowManyBlocksRenderTakesAtOnce) {
     PassingEffect one_by_one(240);
     PassingEffect in_pairs(240, 2);
     PassingEffect all_at_once(240, 1000);
@@ -182,7 +182,7 @@ TEST(ServeCall, TheOutputIsTheSameHoweverManyBlocksRenderTakesAtOnce) {
     }
 }
 
-TEST(ServeCall, InputAndOutputMayBeTheSameMemory) {
+TEST(ServeCall, AllowsInputAndOutputInTheSameMemory) {
     PassingEffect effect(100);
     Pcm samples = numbered(150);
     effect.call({samples.data(), 150}, {samples.data(), 150});

@@ -10,7 +10,7 @@
 
 namespace {
 
-TEST(SlidingMaximum, IsTheLargestOfTheLastWindowForEveryWindowLength) {
+TEST(SlidingMaximum, FindsTheLargestOfTheWindowForEveryWindowLength) {
     for (int depth = 1; depth <= 8; ++depth) {
         const int leaves = 1 << depth;
         SCOPED_TRACE("leaves " + std::to_string(leaves));
@@ -19,7 +19,7 @@ TEST(SlidingMaximum, IsTheLargestOfTheLastWindowForEveryWindowLength) {
         test::Random random(17);
         int leaf = random.between(0, leaves - 1);
         for (int step = 0; step < 5000; ++step) {
-            // Few different values, so that equal ones meet; long falls, so that old maxima leave.
+            // Few distinct values produce ties; long decays let old maxima leave the window.
             const float value = static_cast<float>(random.between(0, 9) * (1000 - step % 1000));
             window.push_back(value);
             if (window.size() > static_cast<std::size_t>(leaves)) window.pop_front();
@@ -31,7 +31,7 @@ TEST(SlidingMaximum, IsTheLargestOfTheLastWindowForEveryWindowLength) {
     }
 }
 
-TEST(SlidingMaximum, LaysTheLevelsOneBehindTheOtherFromTheLeavesOn) {
+TEST(SlidingMaximum, StoresTheTreeLevelsOneAfterTheOtherFromTheLeavesUp) {
     std::vector<float> tree(128, 0.0F);
     sonivex::insertIntoMaximumTree(tree.data(), 37, 5.0F, 6, 64);
     std::vector<std::size_t> written;

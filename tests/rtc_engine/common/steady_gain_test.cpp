@@ -14,7 +14,7 @@ namespace {
 
 constexpr float kThreshold = 1030.0F;
 
-// The law of steady_gain.h, a sample at a time.
+// Reference: the recursion of steady_gain.h, one sample at a time.
 float limitOneByOne(float gain, float smoothed_gain, const std::vector<float>& in, std::vector<float>& out) {
     out.clear();
     for (const float x : in) {
@@ -57,7 +57,7 @@ std::vector<float> noise(test::Random& random, int samples, int magnitude) {
     return noise;
 }
 
-TEST(SteadyGain, RisesAsOneByOneFromAnyGainOverAnyLength) {
+TEST(SteadyGain, RisesLikeTheScalarRecursionFromAnyGainForAnyLength) {
     test::forEachVectorTarget([] {
         test::Random random(1);
         for (int samples = 0; samples < 300 && !testing::Test::HasFailure(); ++samples) {
@@ -68,7 +68,7 @@ TEST(SteadyGain, RisesAsOneByOneFromAnyGainOverAnyLength) {
     });
 }
 
-TEST(SteadyGain, RisesAsOneByOneForSeconds) {
+TEST(SteadyGain, RisesLikeTheScalarRecursionForSeconds) {
     test::forEachVectorTarget([] {
         test::Random random(2);
         for (const float gain : {0.0F, 0.0625F, 0.4999F, 0.7F, 0.97F}) {
@@ -78,7 +78,7 @@ TEST(SteadyGain, RisesAsOneByOneForSeconds) {
     });
 }
 
-TEST(SteadyGain, StopsAtTheSmoothedGainWhereverItIsReached) {
+TEST(SteadyGain, StopsAtTheSmoothedGainAtAnyPosition) {
     test::forEachVectorTarget([] {
         test::Random random(3);
         for (int i = 0; i < 2000 && !testing::Test::HasFailure(); ++i) {
@@ -90,7 +90,7 @@ TEST(SteadyGain, StopsAtTheSmoothedGainWhereverItIsReached) {
     });
 }
 
-TEST(SteadyGain, ALoudSampleLowersTheGainForThoseBehindItWhereverItStands) {
+TEST(SteadyGain, ALoudSampleLowersTheGainOfLaterSamplesAtAnyPosition) {
     test::forEachVectorTarget([] {
         test::Random random(4);
         for (std::size_t place = 0; place < 100; ++place) {
@@ -106,8 +106,8 @@ TEST(SteadyGain, ALoudSampleLowersTheGainForThoseBehindItWhereverItStands) {
     });
 }
 
-// Samples that the gain takes exactly to the threshold, while threshold / sample is another gain.
-TEST(SteadyGain, ExactlyTheThresholdIsNotTooLoud) {
+// Tries samples that the gain scales exactly to the threshold although threshold / sample is another gain.
+TEST(SteadyGain, ASampleExactlyAtTheThresholdIsNotLimited) {
     test::forEachVectorTarget([] {
         int cases = 0;
         for (std::size_t place = 0; place < 100; ++place) {
@@ -129,7 +129,7 @@ TEST(SteadyGain, ExactlyTheThresholdIsNotTooLoud) {
     });
 }
 
-TEST(SteadyGain, IsHeldWhereEverySampleIsTooLoud) {
+TEST(SteadyGain, MatchesTheScalarRecursionWhenEverySampleIsTooLoud) {
     test::forEachVectorTarget([] {
         test::Random random(5);
         for (int i = 0; i < 100; ++i) {

@@ -20,12 +20,12 @@ Floats toUnitScale(const Pcm& pcm) {
     return out;
 }
 
-TEST(UnitScale, BothEndsAreExact) {
+TEST(UnitScale, BothEndsOfTheRangeAreExact) {
     EXPECT_EQ(toUnitScale({-32768, 32767, 0, 16384, -16384}),
               (Floats{-1.0F, 1.0F, 0.0F, 16384.0F / 32767.0F, -0.5F}));
 }
 
-TEST(UnitScale, EveryValueIsTheQuotientRoundedOnce) {
+TEST(UnitScale, RoundsEveryQuotientOnce) {
     Pcm all;
     for (int s = -32768; s <= 32767; ++s) all.push_back(static_cast<std::int16_t>(s));
     const Floats scaled = toUnitScale(all);
@@ -35,7 +35,7 @@ TEST(UnitScale, EveryValueIsTheQuotientRoundedOnce) {
     }
 }
 
-TEST(UnitScale, EachHalfHasItsFactorOnTheWayBack) {
+TEST(UnitScale, ScalesEachHalfByItsOwnFactorOnTheWayBack) {
     const Floats in = {0.5F, -0.5F, 1.0F, -1.0F, 2.0F, -2.0F, 0.0F};
     Floats out(in.size());
     sonivex::unitScaleToInt16Units(in.data(), static_cast<int>(in.size()), out.data());
@@ -45,7 +45,7 @@ TEST(UnitScale, EachHalfHasItsFactorOnTheWayBack) {
     EXPECT_EQ(pcm, (Pcm{16383, -16384, 32767, -32768, 32767, -32768, 0}));
 }
 
-TEST(UnitScale, ClippingHoldsSamplesAndTheirSourceAtFullScale) {
+TEST(UnitScale, ClipsTheOutputAndTheInputBufferAtFullScale) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     Floats samples = {1.5F, -1.5F, -0.5F, 0.5F, 1.0F, -1.0F, kInfinity, -kInfinity, 0.99999F, -0.00001F};
     Pcm out(samples.size());
@@ -54,7 +54,7 @@ TEST(UnitScale, ClippingHoldsSamplesAndTheirSourceAtFullScale) {
     EXPECT_EQ(samples, (Floats{1.0F, -1.0F, -0.5F, 0.5F, 1.0F, -1.0F, 1.0F, -1.0F, 0.99999F, -0.00001F}));
 }
 
-TEST(UnitScale, NotANumberIsSilence) {
+TEST(UnitScale, ConvertsNaNToSilence) {
     float nan = std::numeric_limits<float>::quiet_NaN();
     std::int16_t out = 9;
     sonivex::clipToInt16(&nan, 1, &out);
@@ -62,15 +62,15 @@ TEST(UnitScale, NotANumberIsSilence) {
     EXPECT_TRUE(std::isnan(nan));
 }
 
-// 1.0002 in hexadecimal over 32768: times 32767 that is 0.99999999906867743, which rounds to 1 in float.
-TEST(UnitScale, ClippingMultipliesInFloat) {
+// 0x1.0002p-15 * 32767 = 0.99999999906867743, which rounds to 1 in float.
+TEST(UnitScale, MultipliesInFloatWhenClipping) {
     float sample = 0x1.0002p-15F;
     std::int16_t out = 0;
     sonivex::clipToInt16(&sample, 1, &out);
     EXPECT_EQ(out, 1);
 }
 
-TEST(UnitScale, ToFloatAndBackKeepsEverySampleWithinOne) {
+TEST(UnitScale, KeepsEverySampleWithinOneLsbInARoundTrip) {
     for (int s = -32768; s <= 32767; ++s) {
         Floats scaled = toUnitScale({static_cast<std::int16_t>(s)});
         std::int16_t back = 0;
@@ -80,7 +80,7 @@ TEST(UnitScale, ToFloatAndBackKeepsEverySampleWithinOne) {
     }
 }
 
-TEST(UnitScale, VectorsScaleAsSingleSamplesDo) {
+TEST(UnitScale, VectorScalingEqualsTheScalarOne) {
     const Pcm pcm = test::noise(7, 200, 32767);
     Floats floats;
     for (const std::int16_t sample : pcm) floats.push_back(static_cast<float>(sample) / 20000.0F);

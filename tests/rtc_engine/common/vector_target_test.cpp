@@ -7,7 +7,7 @@
 
 namespace {
 
-// What processors' makers call the set that Highway calls `target`, and how many doubles its registers hold.
+// Common name of the instruction set that Highway calls `target`, and the number of doubles per register.
 std::string expectedFor(const std::string& target) {
     if (target.rfind("AVX3", 0) == 0) return "AVX-512, 8 doubles";
     if (target == "AVX2") return "AVX2, 4 doubles";
@@ -16,7 +16,7 @@ std::string expectedFor(const std::string& target) {
     return "no vector instructions";
 }
 
-TEST(VectorTarget, NamesTheSetThatTheKernelsAreHeldTo) {
+TEST(VectorTarget, NamesTheInstructionSetThatTheKernelsAreRestrictedTo) {
     for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
         test::dispatchTo(target);
         const char* const name = hwy::TargetName(target);
@@ -25,7 +25,7 @@ TEST(VectorTarget, NamesTheSetThatTheKernelsAreHeldTo) {
     test::dispatchTo(0);
 }
 
-TEST(VectorTarget, IsTheBestOfThisProcessorUnlessHeld) {
+TEST(VectorTarget, IsTheBestOfThisProcessorUnlessRestricted) {
     test::dispatchTo(0);
     EXPECT_EQ(aem_VectorTarget(), expectedFor(hwy::TargetName(hwy::SupportedAndGeneratedTargets().front())));
 }

@@ -17,7 +17,8 @@ namespace {
 using sonivex::Bin;
 using sonivex::Fluxes;
 
-// What a frame leaves behind, and the pass that it takes.
+// Arrays of the analysis: magnitudes of centre and side, which persist from frame to frame, and the shares of
+// the current frame.
 class Analysis {
   public:
     explicit Analysis(std::size_t bins) : centre(bins), side(bins), share_left(bins), share_right(bins) {}
@@ -36,7 +37,7 @@ class Analysis {
     std::vector<float> share_right;
 };
 
-// With the other channel silent the side is this one.
+// With a silent right channel the side equals the left channel.
 std::vector<float> magnitudesOf(const std::vector<Bin>& x) {
     Analysis analysis(x.size());
     analysis.run(x, std::vector<Bin>(x.size()));
@@ -60,21 +61,21 @@ void expectTheBitsOfHypot(const std::vector<Bin>& x) {
     }
 }
 
-TEST(Magnitude, HasTheValuesOfATable) {
+TEST(DialogueMagnitude, MatchesATableOfValues) {
     test::forEachVectorTarget([] {
         EXPECT_EQ(magnitudeOf(3, -4), 5.0F);
         EXPECT_EQ(magnitudeOf(-5, 12), 13.0F);
         EXPECT_EQ(magnitudeOf(0, -0.25F), 0.25F);
         EXPECT_EQ(magnitudeOf(0, 0), 0.0F);
         EXPECT_EQ(magnitudeOf(1, 1), 0x1.6a09e6p+0F);
-        // Their squares are no floats any more.
+        // The squares of these overflow or underflow float.
         EXPECT_EQ(magnitudeOf(3e30F, 4e30F), 5e30F);
         EXPECT_EQ(magnitudeOf(FLT_TRUE_MIN, 0), FLT_TRUE_MIN);
         EXPECT_EQ(magnitudeOf(3 * FLT_TRUE_MIN, 4 * FLT_TRUE_MIN), 5 * FLT_TRUE_MIN);
     });
 }
 
-TEST(Magnitude, HasTheBitsOfTheCLibrarysHypotForEveryFiniteNumber) {
+TEST(DialogueMagnitude, MatchesHypotToTheBitForEveryFiniteNumber) {
     const std::vector<float> edges = {0.0F,        -0.0F,       FLT_TRUE_MIN, -FLT_TRUE_MIN, FLT_MIN / 2,
                                       FLT_MIN,     FLT_EPSILON, 1.0F,         -1.0F,         0.7071068F,
                                       FLT_MAX / 2, FLT_MAX,     -FLT_MAX};
@@ -94,7 +95,7 @@ TEST(Magnitude, HasTheBitsOfTheCLibrarysHypotForEveryFiniteNumber) {
                                   std::bit_cast<float>(static_cast<std::uint32_t>(bits >> 32U))};
                 if (!std::isfinite(pair.re) || !std::isfinite(pair.im)) continue;
                 pairs.push_back(pair);
-                // Numbers of any exponent seldom meet; here both count.
+                // Random exponents rarely meet; in this pair both parts affect the magnitude.
                 pairs.push_back({pair.re, std::ldexp(pair.re, static_cast<int>(bits % 25U) - 12) * 0.7F});
             }
             expectTheBitsOfHypot(pairs);
@@ -102,14 +103,14 @@ TEST(Magnitude, HasTheBitsOfTheCLibrarysHypotForEveryFiniteNumber) {
     });
 }
 
-TEST(Magnitude, OfTheSideIsThatOfTheDifference) {
+TEST(DialogueMagnitude, OfTheSideEqualsTheMagnitudeOfTheDifference) {
     Analysis analysis(5);
     analysis.run({{4, 1}, {0, 0}, {1, 1}, {-2, 0}, {7, 7}}, {{1, 5}, {0, 0}, {1, 1}, {3, 12}, {7, 8}});
     EXPECT_EQ(analysis.side, (std::vector<float>{5, 0, 0, 13, 1}));
 }
 
-// Of equal channels the centre is either.
-TEST(SpectralFlux, IsTheSquaredChangeOfMagnitude) {
+// The channels are equal, so the centre equals them.
+TEST(DialogueSpectralFlux, IsTheSquaredChangeOfMagnitude) {
     Analysis analysis(3);
     analysis.centre = {3, 5, 0};
     analysis.side = {1, 3, 0};
@@ -120,16 +121,16 @@ TEST(SpectralFlux, IsTheSquaredChangeOfMagnitude) {
     EXPECT_EQ(analysis.side, (std::vector<float>{0, 0, 0}));
 }
 
-TEST(SpectralFlux, IsSummedFromTheFirstBinInFloat) {
+TEST(DialogueSpectralFlux, IsSummedFromTheFirstBinInFloat) {
     test::forEachVectorTarget([] {
-        // 2^24 takes up no single 1; from the other end the ones would come to 15 first.
+        // In float 2^24 + 1 = 2^24, so ones added after 2^24 are lost. Ones added first come to 15.
         std::vector<Bin> both(16, Bin{1, 0});
         both[0] = {4096, 0};
         Analysis first(16);
         EXPECT_EQ(first.run(both, both).centre, 16777216.0F);
         std::swap(both[0], both[15]);
         Analysis last(16);
-        EXPECT_EQ(last.run(both, both).centre, 16777232.0F);  // 15 + 2^24 goes to the even neighbour
+        EXPECT_EQ(last.run(both, both).centre, 16777232.0F);  // 15 + 2^24 is a tie and rounds to even
 
         std::vector<Bin> alone(16, Bin{1, 0});
         alone[0] = {4096, 0};
@@ -142,7 +143,7 @@ TEST(SpectralFlux, IsSummedFromTheFirstBinInFloat) {
     });
 }
 
-// Of every level, and of every share of the centre.
+// Spectrum whose bins differ widely in level; two of them differ widely in the share of the centre, too.
 std::vector<Bin> noiseSpectrum(std::uint64_t seed, std::size_t bins) {
     test::Random random(seed);
     std::vector<Bin> spectrum;
@@ -154,7 +155,7 @@ std::vector<Bin> noiseSpectrum(std::uint64_t seed, std::size_t bins) {
     return spectrum;
 }
 
-TEST(BinAnalysis, TakesEveryBinAsIfItWereAlone) {
+TEST(DialogueBinAnalysis, TreatsEveryBinIndependently) {
     const std::vector<Bin> left = noiseSpectrum(1, 80);
     const std::vector<Bin> right = noiseSpectrum(2, 80);
     test::forEachVectorTarget([&] {

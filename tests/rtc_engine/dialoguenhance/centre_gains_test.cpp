@@ -27,8 +27,8 @@ Gained gainedBy(Bin left, Bin right, float presence, GainRange range) {
     return out;
 }
 
-TEST(CentreGains, LiftTheCentreByFloorAndScale) {
-    // D = 0: share 1, gain 0.5 * 1 + 1
+TEST(DialogueCentreGains, RaiseTheCentreByFloorAndScale) {
+    // D = left - right = 0: share 1, gain 0.5 * 1 + 1
     const Gained out = gainedBy({4, -8}, {4, -8}, 0.5F, {1, 1});
     EXPECT_NEAR(out.left.re, 6, 1e-6);
     EXPECT_NEAR(out.left.im, -12, 1e-6);
@@ -36,23 +36,23 @@ TEST(CentreGains, LiftTheCentreByFloorAndScale) {
     EXPECT_EQ(out.right.im, out.left.im);
 }
 
-TEST(CentreGains, WeighEachChannelAgainstTheDifference) {
-    // D = (2, 0): left 16 / (4 + 16), right 4 / (4 + 4)
+TEST(DialogueCentreGains, WeighEachChannelAgainstTheDifference) {
+    // D = (2, 0): left share 16 / (4 + 16), right share 4 / (4 + 4)
     const Gained out = gainedBy({4, 0}, {2, 0}, 1, {1, 1});
     EXPECT_NEAR(out.left.re, 1.8 * 4, 1e-6);
     EXPECT_NEAR(out.right.re, 1.5 * 2, 1e-6);
     EXPECT_EQ(out.left.im, 0.0F);
 }
 
-TEST(CentreGains, WeighImaginaryPartsAsWell) {
-    // D = (0, 3): left 25 / (9 + 25), right 16 / (9 + 16)
+TEST(DialogueCentreGains, WeighImaginaryPartsAsWell) {
+    // D = (0, 3): left share 25 / (9 + 25), right share 16 / (9 + 16)
     const Gained out = gainedBy({4, 3}, {4, 0}, 1, {0, 1});
     EXPECT_NEAR(out.left.re, 4 * 25.0 / 34, 1e-6);
     EXPECT_NEAR(out.left.im, 3 * 25.0 / 34, 1e-6);
     EXPECT_NEAR(out.right.re, 4 * 16.0 / 25, 1e-6);
 }
 
-TEST(CentreGains, WithoutPresenceAreTheFloorExactly) {
+TEST(DialogueCentreGains, EqualTheFloorExactlyWithoutPresence) {
     const Gained out = gainedBy({4, -8}, {1, 2}, 0, {1.5F, 700});
     EXPECT_EQ(out.left.re, 6.0F);
     EXPECT_EQ(out.left.im, -12.0F);
@@ -60,23 +60,23 @@ TEST(CentreGains, WithoutPresenceAreTheFloorExactly) {
     EXPECT_EQ(out.right.im, 3.0F);
 }
 
-TEST(CentreGains, ScaleMultipliesThePresence) {
+TEST(DialogueCentreGains, MultiplyThePresenceByTheScale) {
     EXPECT_NEAR(gainedBy({1, 0}, {1, 0}, 0.25F, {0.5F, 8}).left.re, 2.5, 1e-6);
     EXPECT_NEAR(gainedBy({1, 0}, {1, 0}, 0.25F, {0.5F, -8}).left.re, -1.5, 1e-6);
 }
 
-TEST(CentreGains, OfSilenceAreSilence) {
+TEST(DialogueCentreGains, KeepSilenceSilent) {
     const Gained out = gainedBy({0, 0}, {0, 0}, 1, {1, 1});
     EXPECT_EQ(out.left.re, 0.0F);
     EXPECT_EQ(out.right.im, 0.0F);
 }
 
-TEST(CentreGains, AreHalfWhereTheBinsPowerIsEps) {
+TEST(DialogueCentreGains, AreHalvedWhenThePowerOfABinEqualsEpsilon) {
     const float root_eps = std::sqrt(1.1920929e-07F);
     EXPECT_NEAR(gainedBy({root_eps, 0}, {root_eps, 0}, 1, {0, 1}).left.re / root_eps, 0.5, 1e-6);
 }
 
-TEST(CentreGains, TreatEveryBinAlike) {
+TEST(DialogueCentreGains, TreatEveryBinAlike) {
     constexpr float kGuard = 77;
     test::Random random(1);
     std::vector<float> shares;

@@ -15,34 +15,34 @@ using sonivex::Fluxes;
 
 constexpr float kFloatEps = 1.1920929e-07F;
 
-TEST(CentreEstimate, OfEqualChannelsIsEither) {
+TEST(DialogueCentreEstimate, EqualsTheChannelsWhenTheyAreEqual) {
     const Bin centre = centreOf({3, -4}, {3, -4});
     EXPECT_EQ(centre.re, 3.0F);
     EXPECT_EQ(centre.im, -4.0F);
 }
 
-TEST(CentreEstimate, OfOneChannelAloneIsNothing) {
-    // |D| = |S|, but for eps: a millionth of the sum's power at this level
+TEST(DialogueCentreEstimate, IsZeroWhenOneChannelIsSilent) {
+    // |D| = |S| except for eps, which is negligible at this level
     const Bin centre = centreOf({3, -4}, {0, 0});
     EXPECT_NEAR(centre.re, 0, 1e-6);
     EXPECT_NEAR(centre.im, 0, 1e-6);
 }
 
-TEST(CentreEstimate, LeavesWhatTheChannelsDoNotShare) {
+TEST(DialogueCentreEstimate, ExcludesWhatTheChannelsDoNotShare) {
     // S = (8, 0), D = (2, 0): (1 - 2 / 8) / 2 * 8
     const Bin centre = centreOf({5, 0}, {3, 0});
     EXPECT_FLOAT_EQ(centre.re, 3.0F);
     EXPECT_EQ(centre.im, 0.0F);
-    // S = (4, 4), D = (4, -4), a quarter turn apart: |D| = |S|
+    // S = (4, 4), D = (4, -4), channels a quarter turn apart: |D| = |S|
     EXPECT_NEAR(centreOf({4, 0}, {0, 4}).re, 0, 1e-6);
 }
 
-TEST(CentreEstimate, IsNegativeWhereTheChannelsOpposeEachOther) {
+TEST(DialogueCentreEstimate, IsNegativeWhenTheChannelsOpposeEachOther) {
     // S = (1, 0), D = (5, 0): (1 - 5) / 2 * 1
     EXPECT_FLOAT_EQ(centreOf({3, 0}, {-2, 0}).re, -2.0F);
 }
 
-TEST(CentreEstimate, OfOppositeChannelsAndOfSilenceIsZero) {
+TEST(DialogueCentreEstimate, IsZeroForOppositeChannelsAndForSilence) {
     const Bin opposite = centreOf({3, -4}, {-3, 4});
     EXPECT_EQ(opposite.re, 0.0F);
     EXPECT_EQ(opposite.im, 0.0F);
@@ -51,7 +51,7 @@ TEST(CentreEstimate, OfOppositeChannelsAndOfSilenceIsZero) {
     EXPECT_EQ(silent.im, 0.0F);
 }
 
-TEST(CentreEstimate, IsHeldAtTheLevelOfItsEps) {
+TEST(DialogueCentreEstimate, IsRegularizedAtTheLevelOfEpsilon) {
     // |S|^2 = eps: the ratio is |D|^2 / (2 eps), here 1 / 8.
     const float root_eps = std::sqrt(kFloatEps);
     const Bin centre = centreOf({0.75F * root_eps, 0}, {0.25F * root_eps, 0});
@@ -65,21 +65,21 @@ struct PresenceCase {
     double after;
 };
 
-TEST(Presence, HasTheValuesOfATable) {
+TEST(DialoguePresence, MatchesATableOfValues) {
     const PresenceCase cases[] = {
         {0, {1, 0}, 1, 0.05},       // all centre: p = 0.5
         {0, {1, 0}, 2, 0.1},        // p = 1
-        {0, {1, 0}, 50, 0.1},       // held to 1
+        {0, {1, 0}, 50, 0.1},       // p clamped to 1
         {0, {3, 1}, 1, 0.025},      // p = 0.25
-        {0, {1, 1}, 1, 0},          // as much as the side
-        {0.5F, {1, 3}, 1, 0.45},    // held to 0
+        {0, {1, 1}, 1, 0},          // equal fluxes: p = 0
+        {0.5F, {1, 3}, 1, 0.45},    // p clamped to 0
         {0.5F, {0, 0}, 1, 0.45},    // silence
-        {1, {4, 0}, 2, 1},          // stays full
-        {0.5F, {1, 0}, 0, 0.45},    // not sensitive
-        {0.5F, {1, 0}, -1, 0.45},   // a negative level turns centre into p < 0
-        {0.5F, {0, 1}, -1, 0.5},    // and side into p = 0.5
-        {0, {0, 0}, -4, 0.1},       // and silence into p = 2, held to 1
-        {0, {kFloatEps, 0}, 1, 0},  // at eps the share is a half
+        {1, {4, 0}, 2, 1},          // stays at 1
+        {0.5F, {1, 0}, 0, 0.45},    // level 0: p = 0
+        {0.5F, {1, 0}, -1, 0.45},   // negative level: all centre gives p < 0,
+        {0.5F, {0, 1}, -1, 0.5},    // all side gives p = 0.5,
+        {0, {0, 0}, -4, 0.1},       // silence gives p = 2, clamped to 1
+        {0, {kFloatEps, 0}, 1, 0},  // the share is 1 / 2 if the flux equals eps
         {0, {3 * kFloatEps, 0}, 1, 0.025},
         {0, {1, 0}, FLT_MAX, 0.1},
         {1, {1, 0}, -FLT_MAX, 0.9},
@@ -90,8 +90,8 @@ TEST(Presence, HasTheValuesOfATable) {
     }
 }
 
-TEST(Presence, IsSmoothedInDouble) {
-    // In float 0.9 and 0.1 are other numbers: 0.1F * 0.9F + 0.5F * 0.1F differs.
+TEST(DialoguePresence, IsSmoothedInDouble) {
+    // 0.9F and 0.1F are not 0.9 and 0.1, so that before * 0.9F + p * 0.1F gives other results.
     int differs = 0;
     for (int i = 1; i < 1000; ++i) {
         const float before = static_cast<float>(i) / 1000.0F;
@@ -106,7 +106,7 @@ TEST(Presence, IsSmoothedInDouble) {
     EXPECT_GT(differs, 100);
 }
 
-TEST(Presence, StaysWithinItsRange) {
+TEST(DialoguePresence, StaysBetweenZeroAndOne) {
     test::Random random(3);
     float presence = 0;
     for (int i = 0; i < 10000; ++i) {

@@ -11,13 +11,14 @@
 
 namespace test {
 
-/** Frames of the fixed block of a rate. */
+/** Block length at a sample rate, in frames. */
 inline int hopFrames(int rate_hz) {
     return rate_hz <= 50000 ? 512 : rate_hz <= 100000 ? 1024 : 2048;
 }
 
-/** The output of calls of these sizes, in frames; input beyond their sum is left. Each call's input has
- * memory of its own, so that a sanitizer sees every read beyond it, and each output has guards. */
+/** Processes `in` with a new handle in calls of these sizes, in frames, and returns the output. Input beyond
+ *  their sum is not processed. Each call's input has memory of exactly its size, so that a sanitizer reports
+ *  every read beyond it, and each output has guards. */
 inline Pcm enhanced(const DialogueSettings& settings, const Pcm& in, const std::vector<int>& call_sizes) {
     const DialoguePointer handle = makeDialogue(settings);
     Pcm out;
@@ -36,11 +37,12 @@ inline Pcm enhanced(const DialogueSettings& settings, const Pcm& in, const std::
     return out;
 }
 
-/** As many calls of `size` frames as fit into `frames`. */
+/** @return as many calls of `size` frames as fit into `frames` */
 inline std::vector<int> callsOf(int size, std::size_t frames) {
     return std::vector<int>(frames / static_cast<std::size_t>(size), size);
 }
 
+/** @return calls of 1 to `longest` frames whose sum is `frames` */
 inline std::vector<int> randomCalls(std::uint64_t seed, std::size_t frames, int longest) {
     Random random(seed);
     std::vector<int> sizes;

@@ -28,7 +28,8 @@ inline DialoguePointer makeDialogue(const DialogueSettings& settings = {}) {
     return handle;
 }
 
-/** The output of calls of `frames` each; what is left of the input after the last whole call is not sent. */
+/** Processes `in` in calls of `frames` each and returns the output. The remainder of the input after the last
+ *  whole call is not processed. */
 inline Pcm enhanced(void* handle, const Pcm& in, int frames) {
     Pcm out;
     const std::size_t call_samples = 2 * static_cast<std::size_t>(frames);

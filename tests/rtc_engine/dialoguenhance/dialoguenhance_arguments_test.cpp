@@ -1,4 +1,4 @@
-// What the dialogue enhancer does with arguments that make no sense.
+// The dialogue enhancer's response to invalid and extreme arguments.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@ int process(void* handle, const short* in, short* out, int frames) {
     return aem_ProcessDialoguEnhance(handle, in, out, frames, 48000);
 }
 
-TEST(DialogueArguments, ANullHandleIsLoggedAndRefused) {
+TEST(DialogueArguments, ANullHandleIsLoggedAndRejected) {
     const test::LogCapture log;
     const Pcm in(8, 1);
     GuardedBlock out(8);
@@ -41,7 +41,7 @@ TEST(DialogueArguments, ReleasingANullHandleIsLogged) {
               "[ZubrelAem]: (dialoguenhance: 758) [audio]::kv dialoguenhance handle is NULL.\n");
 }
 
-TEST(DialogueArguments, NullBuffersAreRefused) {
+TEST(DialogueArguments, NullBuffersAreRejected) {
     const auto handle = makeDialogue();
     const Pcm in(8, 1);
     GuardedBlock out(8);
@@ -51,7 +51,7 @@ TEST(DialogueArguments, NullBuffersAreRefused) {
     EXPECT_EQ(process(handle.get(), nullptr, nullptr, 0), -1);
 }
 
-TEST(DialogueArguments, NoFramesMeanThatNothingHappens) {
+TEST(DialogueArguments, CallsWithoutFramesDoNothing) {
     const auto handle = makeDialogue();
     const short in = 1;
     GuardedBlock out(1);
@@ -61,7 +61,7 @@ TEST(DialogueArguments, NoFramesMeanThatNothingHappens) {
     EXPECT_TRUE(out.isUntouched());
 }
 
-TEST(DialogueArguments, SampleCountsBeyondAnIntAreRefused) {
+TEST(DialogueArguments, SampleCountsBeyondAnIntAreRejected) {
     const auto handle = makeDialogue();
     const short in = 1;
     GuardedBlock out(1);
@@ -71,7 +71,7 @@ TEST(DialogueArguments, SampleCountsBeyondAnIntAreRefused) {
     EXPECT_TRUE(out.isUntouched());
 }
 
-TEST(DialogueArguments, RefusedCallsLeaveWhatIsQueuedAsItWas) {
+TEST(DialogueArguments, RejectedCallsLeaveTheQueuesUnchanged) {
     const Pcm in = test::bursts(6, 2 * 20000);
     const auto undisturbed = makeDialogue();
     const Pcm expected = enhanced(undisturbed.get(), in, 400);
@@ -98,7 +98,7 @@ TEST(DialogueArguments, NothingOutsideTheOutputIsWritten) {
         const auto handle = makeDialogue({.rate_hz = rate_hz});
         for (const int frames : {1, 511, 512, 513, 4100, 100000}) {
             const auto samples = 2 * static_cast<std::size_t>(frames);
-            // Memory of its own and exactly as long, so that a sanitizer sees every read beyond it.
+            // The input has exactly the memory it needs, so that a sanitizer reports every read beyond it.
             const auto in = std::make_unique<short[]>(samples);
             std::fill_n(in.get(), samples, short{-3000});
             GuardedBlock out(samples);
@@ -109,7 +109,7 @@ TEST(DialogueArguments, NothingOutsideTheOutputIsWritten) {
     }
 }
 
-TEST(DialogueArguments, TheRateOfACallIsNotUsed) {
+TEST(DialogueArguments, TheRateOfACallIsIgnored) {
     const Pcm in = test::noise(1, 2 * 4096, 9000);
     const auto expected_by = makeDialogue();
     const Pcm expected = enhanced(expected_by.get(), in, 4096);
@@ -121,7 +121,7 @@ TEST(DialogueArguments, TheRateOfACallIsNotUsed) {
     }
 }
 
-TEST(DialogueArguments, AnyChannelCountCanBeStoredAtCreation) {
+TEST(DialogueArguments, CreationAcceptsAnyChannelCount) {
     const Pcm in = test::noise(1, 2 * 4096, 9000);
     const auto expected_by = makeDialogue();
     const Pcm expected = enhanced(expected_by.get(), in, 4096);
@@ -132,7 +132,7 @@ TEST(DialogueArguments, AnyChannelCountCanBeStoredAtCreation) {
     }
 }
 
-TEST(DialogueArguments, NumbersThatAreNotFiniteAsFloatsGiveNoHandle) {
+TEST(DialogueArguments, CreationRejectsNumbersThatAreNotFiniteAsFloats) {
     testing::internal::CaptureStdout();
     for (const double number :
          {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
@@ -144,8 +144,8 @@ TEST(DialogueArguments, NumbersThatAreNotFiniteAsFloatsGiveNoHandle) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-// Infinite products and their differences, which are no numbers, become silence or the ceiling; and the input
-// that is remembered is not touched by them.
+// Infinite products and the NaNs from their differences become silence or the ceiling. They do not reach the
+// stored input.
 TEST(DialogueArguments, HugeFiniteNumbersDoNoHarm) {
     const Pcm in = test::bursts(2, 2 * 16 * 512);
     for (const double huge : {1e30, -1e30, static_cast<double>(FLT_MAX), -static_cast<double>(FLT_MAX)}) {
@@ -161,7 +161,7 @@ TEST(DialogueArguments, HugeFiniteNumbersDoNoHarm) {
     }
 }
 
-TEST(DialogueArguments, TinyNumbersAreTaken) {
+TEST(DialogueArguments, TinyNumbersAreAccepted) {
     const auto handle = makeDialogue({.gain_floor = 1e-300, .gain_scale = -1e-45, .voice_level = 1e-40});
     const Pcm out = enhanced(handle.get(), test::noise(1, 2 * 4096, 9000), 512);
     EXPECT_EQ(std::count(out.begin(), out.end(), 0), static_cast<std::ptrdiff_t>(out.size()));

@@ -1,4 +1,4 @@
-// What a whole stream goes through: how loud it comes out, how late, and for rates whose hop is longer.
+// Level and latency of whole streams, at several sample rates with different hops.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +12,8 @@ using test::Pcm;
 
 constexpr int kRates_hz[] = {16000, 44100, 48000, 50000, 50001, 96000, 100000, 100001, 192000};
 
-// Windows whose squares add up to 2, over 1.5, and a limiter that idles at 0.0999 / (1 - 0.8999).
+// The squared windows sum to 2, the output is divided by 1.5, and the idle limiter's gain settles at
+// 0.0999 / (1 - 0.8999).
 constexpr double kNeutral = 4.0 / 3.0 * 0.0999 / 0.1001;
 
 double decibels(double gain) {
@@ -25,7 +26,7 @@ Pcm channelOf(const Pcm& stereo, std::size_t channel) {
     return one;
 }
 
-// The product of the input and the output `delay` frames later, over the last quarter of the stream.
+// Correlation of the input with the output `delay` frames later, over the last quarter of the stream.
 double product(const Pcm& in, const Pcm& out, std::size_t delay) {
     double sum = 0;
     for (std::size_t i = in.size() / 4 * 3; i < in.size(); ++i)
@@ -33,7 +34,7 @@ double product(const Pcm& in, const Pcm& out, std::size_t delay) {
     return sum;
 }
 
-// The delay at which both are most alike.
+// The delay with the largest correlation.
 std::size_t delayOf(const Pcm& in, const Pcm& out, std::size_t longest) {
     std::size_t best = 0;
     double greatest = 0;
@@ -47,7 +48,7 @@ std::size_t delayOf(const Pcm& in, const Pcm& out, std::size_t longest) {
     return best;
 }
 
-// The least squares gain from input to the output that comes `delay` frames later.
+// Least-squares gain from the input to the output `delay` frames later.
 double gainOf(const Pcm& in, const Pcm& out, std::size_t delay) {
     double power = 0;
     for (std::size_t i = in.size() / 4 * 3; i < in.size(); ++i) {
@@ -60,7 +61,7 @@ std::size_t threeHops(int rate_hz) {
     return 3 * static_cast<std::size_t>(test::hopFrames(rate_hz));
 }
 
-TEST(DialogueDelay, IsThreeHopsWhenCallsAreBlocks) {
+TEST(DialogueLatency, IsThreeHopsForCallsOfWholeBlocks) {
     for (const int rate_hz : {16000, 48000, 96000, 192000}) {
         SCOPED_TRACE(rate_hz);
         const int hop = test::hopFrames(rate_hz);
@@ -78,8 +79,8 @@ TEST(DialogueDelay, IsThreeHopsWhenCallsAreBlocks) {
     }
 }
 
-// Every window that covers the first frames is there when they come out.
-TEST(DialogueDelay, IsSilenceAndThenTheFullLevelFromTheFirstFrame) {
+// All windows that cover the first frames have been added when these frames leave.
+TEST(DialogueLatency, IsSilentAndThenAtFullLevelFromTheFirstFrame) {
     for (const int rate_hz : {48000, 96000, 192000}) {
         SCOPED_TRACE(rate_hz);
         const int hop = test::hopFrames(rate_hz);
@@ -94,8 +95,8 @@ TEST(DialogueDelay, IsSilenceAndThenTheFullLevelFromTheFirstFrame) {
     }
 }
 
-// The first block is served when it is whole, with the call that completes it.
-TEST(DialogueDelay, GrowsByTheStartUpWhenCallsAreShorterThanABlock) {
+// The call that completes the first block receives its output.
+TEST(DialogueLatency, GrowsByTheStartUpForCallsShorterThanABlock) {
     for (const int rate_hz : {44100, 96000}) {
         const int hop = test::hopFrames(rate_hz);
         const Pcm in = test::noise(2, 2 * 16 * hop, 6000);
@@ -122,7 +123,7 @@ void expectLevel(const test::DialogueSettings& settings, const Pcm& in, double e
     }
 }
 
-TEST(DialogueLevel, IsFourThirdsTimesTheIdleLimiterWithoutVoice) {
+TEST(DialogueLevel, IsFourThirdsTimesTheIdleLimiterAtVoiceLevelZero) {
     EXPECT_NEAR(decibels(kNeutral), 2.48, 0.005);
     for (const int rate_hz : kRates_hz) {
         SCOPED_TRACE(rate_hz);
@@ -131,9 +132,8 @@ TEST(DialogueLevel, IsFourThirdsTimesTheIdleLimiterWithoutVoice) {
     }
 }
 
-// The same in both channels: all change is in the centre, so the presence goes to half the voice level, at
-// most 1.
-TEST(DialogueLevel, OfTheSameInBothChannelsRisesWithTheVoiceLevelUpToTwice) {
+// With equal channels all change is in the centre, so the presence settles at half the voice level, up to 1.
+TEST(DialogueLevel, OfEqualChannelsRisesWithTheVoiceLevelUpToTwice) {
     for (const int rate_hz : {48000, 96000, 192000}) {
         for (const double voice_level : {0.5, 1.0, 2.0, 10.0}) {
             SCOPED_TRACE(std::to_string(rate_hz) + " Hz, voice " + std::to_string(voice_level));
@@ -145,15 +145,15 @@ TEST(DialogueLevel, OfTheSameInBothChannelsRisesWithTheVoiceLevelUpToTwice) {
     }
 }
 
-// Nothing but sides: no presence.
-TEST(DialogueLevel, OfAntiPhaseStaysNeutral) {
+// The signal is all side, so there is no presence.
+TEST(DialogueLevel, OfAntiPhaseSignalsStaysNeutral) {
     const Pcm left = test::noise(5, 100 * 512, 6000);
     expectLevel({.voice_level = 10}, test::interleaved({left, test::scaled(left, -1, 1)}), kNeutral);
 }
 
-// With presence 1 the gains are 1 + |L|^2 / (|L - R|^2 + |L|^2) and likewise for the right: of R = 3/4 L the
-// left gets 1 + 1 / (1/16 + 1), and the right 1 + (9/16) / (1/16 + 9/16).
-TEST(DialogueLevel, OfAChannelFallsWithItsDistanceFromTheOther) {
+// With presence 1 the left gain is 1 + |L|^2 / (|L - R|^2 + |L|^2), and the right gain likewise. R = 3/4 L
+// gives 1 + 1 / (1/16 + 1) on the left and 1 + (9/16) / (1/16 + 9/16) on the right.
+TEST(DialogueLevel, OfAChannelFallsAsTheChannelsDiffer) {
     const Pcm left = test::noise(6, 200 * 512, 6000);
     const Pcm right = test::scaled(left, 3, 4);
     const Pcm in = test::interleaved({left, right});
@@ -164,14 +164,14 @@ TEST(DialogueLevel, OfAChannelFallsWithItsDistanceFromTheOther) {
     EXPECT_NEAR(decibels(gain_right), decibels(kNeutral * 1.9), 0.01);
 }
 
-// Of R = L / 2 the centre changes as much as the side, which is the border of dialogue.
-TEST(DialogueLevel, OfAChannelHalfAsLoudAsTheOtherIsNeutral) {
+// With R = L / 2 the centre changes as much as the side, which is the threshold of presence.
+TEST(DialogueLevel, IsNeutralWhenOneChannelIsHalfAsLoud) {
     const Pcm left = test::noise(6, 100 * 512, 9000);
     expectLevel({.voice_level = 1}, test::interleaved({left, test::scaled(left, 1, 2)}), kNeutral);
 }
 
-// The limiter holds what would pass 0.99 of full scale.
-TEST(DialogueLevel, NeverPassesTheCeiling) {
+// The limiter's ceiling is 0.99 of full scale.
+TEST(DialogueLevel, NeverExceedsTheCeiling) {
     for (const int rate_hz : {44100, 96000, 192000}) {
         const Pcm one = test::square(60000, 100, 32767);
         const Pcm out = test::enhanced({.rate_hz = rate_hz, .voice_level = 10}, test::interleaved({one, one}),

@@ -1,4 +1,4 @@
-// What the effect is for: speech in the centre gets louder against what is at the sides.
+// The purpose of the effect: speech in the centre becomes louder relative to a background at the sides.
 #include <gtest/gtest.h>
 
 #include "dialogue_calls.h"
@@ -18,13 +18,13 @@ constexpr std::ptrdiff_t kDelaySamples = 2 * 3 * 512;
 
 SpeechRatio measured(const DialogueScene& scene, double voice_level) {
     Pcm in = scene.mix;
-    in.resize(in.size() + kDelaySamples, 0);  // for the last of it to come out
+    in.resize(in.size() + kDelaySamples, 0);  // flushes the last frames out of the effect
     const Pcm late = test::enhanced({.voice_level = voice_level}, in, test::callsOf(512, in.size() / 2));
     const Pcm out(late.begin() + kDelaySamples, late.end());
     return sonivex_tool::compareSpeech(scene.speech, scene.background, out, kRate_hz);
 }
 
-// Of the parts of the output themselves, which only a model can tell.
+// Rise between the separate parts of the output, which only the model can compute.
 double trueRise_db(const DialogueScene& scene, double voice_level) {
     const model::DialogueParts parts =
         model::enhancedParts(scene.speech, scene.background, kRate_hz, voice_level);
@@ -34,17 +34,17 @@ double trueRise_db(const DialogueScene& scene, double voice_level) {
            sonivex_tool::ratioOfParts_db(speaker, background, speaker, kRate_hz);
 }
 
-class DialogueAndSpeech : public testing::TestWithParam<Sides> {
+class DialogueSpeechRatio : public testing::TestWithParam<Sides> {
   protected:
     const DialogueScene scene_ = test::dialogueScene(GetParam(), 6);
 };
 
-TEST_P(DialogueAndSpeech, StandAsTheyDidWithoutVoiceLevel) {
+TEST_P(DialogueSpeechRatio, IsUnchangedAtVoiceLevelZero) {
     EXPECT_NEAR(measured(scene_, 0).rise_db(), 0, 0.01);
 }
 
-// 6 dB is the most there is: twice for speech, once for the background.
-TEST_P(DialogueAndSpeech, RisesAgainstWhatIsAtTheSides) {
+// The largest possible rise is 6 dB: gain 2 for speech and 1 for the background.
+TEST_P(DialogueSpeechRatio, RisesOverABackgroundAtTheSides) {
     const SpeechRatio usual = measured(scene_, 1);
     const SpeechRatio strong = measured(scene_, 3);
     EXPECT_GT(usual.segments, 20U);
@@ -54,8 +54,8 @@ TEST_P(DialogueAndSpeech, RisesAgainstWhatIsAtTheSides) {
     EXPECT_LT(strong.unexplained, 0.01);
 }
 
-// The measure takes some of what varies within a tile for background, so it is rather too low than too high.
-TEST_P(DialogueAndSpeech, RisesByWhatItsPartsDo) {
+// The measure counts some variation within a tile as background, so it errs on the low side.
+TEST_P(DialogueSpeechRatio, RisesByAsMuchAsThatOfTheSeparateParts) {
     for (const double voice_level : {1.0, 3.0}) {
         const double rise_db = measured(scene_, voice_level).rise_db();
         const double true_rise_db = trueRise_db(scene_, voice_level);
@@ -64,13 +64,13 @@ TEST_P(DialogueAndSpeech, RisesByWhatItsPartsDo) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, DialogueAndSpeech, testing::Values(Sides::kNoise, Sides::kVoices),
+INSTANTIATE_TEST_SUITE_P(, DialogueSpeechRatio, testing::Values(Sides::kNoise, Sides::kVoices),
                          [](const auto& suite) {
                              return suite.param == Sides::kNoise ? "AmongNoise" : "AmongVoices";
                          });
 
-// The effect knows no speech, only what both channels share.
-TEST(SpeechAtASide, FallsAgainstABackgroundInTheMiddle) {
+// The effect does not recognise speech; it raises what both channels share.
+TEST(DialogueSpeechAtOneSide, FallsRelativeToABackgroundInTheCentre) {
     DialogueScene scene = test::dialogueScene(Sides::kNoise, 0);
     for (std::size_t i = 0; i < scene.mix.size(); i += 2) {
         scene.speech[i + 1] = 0;

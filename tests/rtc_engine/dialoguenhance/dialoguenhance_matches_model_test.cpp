@@ -1,5 +1,5 @@
-// The whole effect against the model in double. Its sums in single precision and the transforms' rounding,
-// which differs between processors, may show in the last bit.
+// Compares the whole effect with its model in double. Single-precision sums and the rounding of the
+// transforms, which differs between processors, may affect the last bit.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -30,7 +30,7 @@ void PrintTo(const Signal& signal, std::ostream* out) {
 
 constexpr int kFrames = 30000;
 
-// A part of the announcement with words and pauses.
+// Part of a recorded announcement, with words and pauses.
 Pcm speech() {
     Pcm words = test::recordedSpeech("Front_Center");
     words.resize(kFrames);
@@ -54,7 +54,7 @@ Pcm hardPanned() {
     return test::interleaved({speech(), Pcm(kFrames, 0)});
 }
 
-// Squares and noise that reach both ends of the range, together and apart.
+// A square wave, equal in both channels, and independent noise; both reach both ends of the range.
 Pcm fullScale() {
     Pcm both = test::square(kFrames, 2 * 37, 32767);
     const Pcm apart = test::noise(22, kFrames, 32767);
@@ -122,7 +122,7 @@ std::string nameOf(const testing::TestParamInfo<Case>& info) {
 
 class DialogueMatchesModel : public testing::TestWithParam<Case> {};
 
-TEST_P(DialogueMatchesModel, InCallsOfABlock) {
+TEST_P(DialogueMatchesModel, InCallsOfOneBlock) {
     const auto& [signal, voice_level, rate_hz] = GetParam();
     const DialogueSettings settings{.rate_hz = rate_hz, .voice_level = voice_level};
     expectSameAsModel(settings, signal.make(), test::callsOf(test::hopFrames(rate_hz), kFrames));
@@ -135,9 +135,9 @@ INSTANTIATE_TEST_SUITE_P(Signals, DialogueMatchesModel,
                                           testing::Values(16000, 44100, 48000, 96000, 192000)),
                          nameOf);
 
-class DialogueCutsMatchModel : public testing::TestWithParam<std::tuple<Signal, int, int>> {};
+class DialogueMatchesModelInCalls : public testing::TestWithParam<std::tuple<Signal, int, int>> {};
 
-TEST_P(DialogueCutsMatchModel, ForEveryCallSize) {
+TEST_P(DialogueMatchesModelInCalls, OfEverySize) {
     const auto& [signal, call_frames, rate_hz] = GetParam();
     const DialogueSettings settings{.rate_hz = rate_hz, .voice_level = 2.5};
     const std::vector<int> calls =
@@ -145,7 +145,7 @@ TEST_P(DialogueCutsMatchModel, ForEveryCallSize) {
     expectSameAsModel(settings, signal.make(), calls);
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, DialogueCutsMatchModel,
+INSTANTIATE_TEST_SUITE_P(Calls, DialogueMatchesModelInCalls,
                          testing::Combine(testing::Values(kFullScale, kSpeechWithBackground),
                                           testing::Values(1, 100, 512, 513, 1024, 4096, 0),
                                           testing::Values(44100, 48000, 96000, 192000)),
@@ -173,7 +173,8 @@ TEST(DialogueMatchesModel, ForANegativeVoiceLevel) {
     }
 }
 
-// Calls longer than a ring: samples are refused one by one, and the longest call is never served.
+// Some calls exceed the rings. The input ring then rejects samples one by one, and a call for more samples
+// than the output ring holds gets silence.
 TEST(DialogueMatchesModel, WhenCallsOverflowTheRings) {
     const std::vector<int> calls{100, 41000, 30000, 11000, 7, 20000, 41001, 512, 40959};
     std::size_t samples = 0;

@@ -22,7 +22,7 @@ constexpr int kHop = 512;
 constexpr int kDelayFrames = 3 * kHop;
 constexpr test::DialogueSettings kNeutral = {.gain_scale = 0};
 
-// The divisor of the overlap, the window's period of N - 1 points, and the limiter at rest.
+// Factors: overlap sum over its divisor, the window's period of N - 1 points, and the idle limiter's gain.
 constexpr double kNeutralGain = 4.0 / 3 * 2047 / 2048 * 0.0999 / 0.1001;
 
 Pcm bothChannels(const Pcm& mono) {
@@ -35,7 +35,7 @@ Pcm concatenated(const std::vector<Pcm>& parts) {
     return all;
 }
 
-// One loud frame in silence.
+// Silence with one loud frame.
 Pcm click(int frames, int at_frame) {
     Pcm pcm(2 * static_cast<std::size_t>(frames));
     pcm[2 * static_cast<std::size_t>(at_frame)] = 20000;
@@ -53,7 +53,7 @@ bool isSilent(const Pcm& pcm) {
     return std::count(pcm.begin(), pcm.end(), 0) == static_cast<std::ptrdiff_t>(pcm.size());
 }
 
-// The factor between input and output over the end of both, where the presence has settled.
+// Least-squares gain over the second half of the output, where the presence has settled.
 double settledGain(const Pcm& in, const Pcm& out) {
     const std::size_t delay = 2 * kDelayFrames;
     double product = 0;
@@ -65,7 +65,7 @@ double settledGain(const Pcm& in, const Pcm& out) {
     return product / power;
 }
 
-TEST(Dialogue, NeutralMaterialComesOutFourThirdsAsLoudLessTheLimitersRest) {
+TEST(DialogueEnhancement, NeutralGainIsFourThirdsTimesTheIdleLimiter) {
     const auto handle = makeDialogue(kNeutral);
     const Pcm in = test::noise(1, 2 * 96 * kHop, 20000);
     const Pcm out = enhanced(handle.get(), in, kHop);
@@ -75,12 +75,12 @@ TEST(Dialogue, NeutralMaterialComesOutFourThirdsAsLoudLessTheLimitersRest) {
     }
 }
 
-TEST(Dialogue, SoundComesThreeHopsLater) {
+TEST(DialogueEnhancement, LatencyIsThreeHops) {
     const auto handle = makeDialogue(kNeutral);
     EXPECT_EQ(firstLoudFrame(enhanced(handle.get(), click(8 * kHop, 700), kHop)), 700 + kDelayFrames);
 }
 
-TEST(Dialogue, TheFirstThreeHopsAreSilentAndTheFourthIsWhole) {
+TEST(DialogueEnhancement, TheFirstThreeHopsAreSilentAndTheFourthIsAtFullLevel) {
     const auto handle = makeDialogue(kNeutral);
     const Pcm out = enhanced(handle.get(), Pcm(2 * 4 * kHop, 9000), kHop);
     for (std::size_t i = 0; i < 2 * kDelayFrames; ++i) ASSERT_NEAR(out[i], 0, 1) << i;
@@ -88,7 +88,7 @@ TEST(Dialogue, TheFirstThreeHopsAreSilentAndTheFourthIsWhole) {
         ASSERT_NEAR(out[i], 9000 * kNeutralGain, 15) << i;
 }
 
-TEST(Dialogue, CallsThatDivideAHopAreLaterByTheRestOfIt) {
+TEST(DialogueEnhancement, CallsThatDivideAHopAddTheRestOfItToTheLatency) {
     for (int frames = 1; frames <= kHop; frames *= 2) {
         const auto handle = makeDialogue(kNeutral);
         const Pcm out = enhanced(handle.get(), click(8 * kHop, 700), frames);
@@ -96,7 +96,7 @@ TEST(Dialogue, CallsThatDivideAHopAreLaterByTheRestOfIt) {
     }
 }
 
-TEST(Dialogue, CallsOfWholeHopsGiveTheSameOutput) {
+TEST(DialogueEnhancement, CallsOfWholeHopsGiveTheSameOutput) {
     const Pcm in = test::bursts(5, 2 * 32 * kHop);
     const auto handle_512 = makeDialogue();
     const Pcm out_512 = enhanced(handle_512.get(), in, kHop);
@@ -106,7 +106,7 @@ TEST(Dialogue, CallsOfWholeHopsGiveTheSameOutput) {
     }
 }
 
-// A handle past its start, with nothing queued on either side, and calls of steady input.
+// A handle past its start-up, with empty queues, that processes a constant signal.
 class SteadyDialogue {
   public:
     SteadyDialogue() : handle_(makeDialogue(kNeutral)) { call(8 * kHop); }
@@ -118,29 +118,29 @@ class SteadyDialogue {
     test::DialoguePointer handle_;
 };
 
-TEST(Dialogue, IsSilentWhileLessThanABlockHasComeAndNothingWaits) {
+TEST(DialogueEnhancement, IsSilentUntilABlockIsCompleteIfNoOutputIsQueued) {
     SteadyDialogue dialogue;
     EXPECT_TRUE(isSilent(dialogue.call(100)));
-    EXPECT_TRUE(isSilent(dialogue.call(411)));   // 511 have come
-    EXPECT_FALSE(isSilent(dialogue.call(1)));    // a block; 511 wait
-    EXPECT_FALSE(isSilent(dialogue.call(511)));  // no block, but they waited
+    EXPECT_TRUE(isSilent(dialogue.call(411)));   // 511 frames in
+    EXPECT_FALSE(isSilent(dialogue.call(1)));    // completes a block; 511 frames of output remain
+    EXPECT_FALSE(isSilent(dialogue.call(511)));  // completes no block; served from the remaining frames
 }
 
-TEST(Dialogue, ACallIsServedWholeOrNotAtAll) {
+TEST(DialogueEnhancement, ACallGetsAllItsSamplesOrSilence) {
     SteadyDialogue dialogue;
-    EXPECT_TRUE(isSilent(dialogue.call(600)));  // one block is too little; it waits
+    EXPECT_TRUE(isSilent(dialogue.call(600)));  // one block is too short for the call and stays queued
     const Pcm out = dialogue.call(500);
     EXPECT_EQ(std::count_if(out.begin(), out.end(), [](std::int16_t s) { return s > 11000; }), 1000);
 }
 
-TEST(Dialogue, ACallLongerThanTheRingIsNeverServed) {
+TEST(DialogueEnhancement, ACallLongerThanTheRingGetsSilence) {
     const auto handle = makeDialogue(kNeutral);
     for (int call = 0; call < 3; ++call) {
         EXPECT_TRUE(isSilent(enhanced(handle.get(), Pcm(2 * 40960, 9000), 40960)));
     }
 }
 
-TEST(Dialogue, WhatAFullRingCannotTakeIsDropped) {
+TEST(DialogueEnhancement, AFullRingDropsExcessSamples) {
     constexpr std::size_t kRingFrames = 40959;
     constexpr int kWholeBlocks = static_cast<int>(kRingFrames) / kHop;
     const Pcm in = test::noise(7, 2 * 60000, 9000);
@@ -155,7 +155,7 @@ TEST(Dialogue, WhatAFullRingCannotTakeIsDropped) {
     EXPECT_FALSE(isSilent(Pcm(out.end() - 100, out.end())));
 }
 
-TEST(Dialogue, TheHopFollowsTheRateGivenAtCreation) {
+TEST(DialogueEnhancement, TheHopFollowsTheRateGivenAtCreation) {
     const std::vector<std::tuple<int, int>> hop_of_rate = {{INT_MIN, 512}, {0, 512},       {48000, 512},
                                                            {50000, 512},   {50001, 1024},  {100000, 1024},
                                                            {100001, 2048}, {INT_MAX, 2048}};
@@ -168,9 +168,9 @@ TEST(Dialogue, TheHopFollowsTheRateGivenAtCreation) {
     }
 }
 
-TEST(Dialogue, LiftsWhatBothChannelsShare) {
+TEST(DialogueEnhancement, RaisesWhatBothChannelsShare) {
     const Pcm in = bothChannels(test::noise(1, 128 * kHop, 5000));
-    // D is 0, so p is half the voice level.
+    // The channel difference is 0, so p is half the voice level.
     for (const auto& [voice_level, gain] : {std::pair{1.0, 1.5}, {0.5, 1.25}, {2.0, 2.0}, {9.0, 2.0}}) {
         const auto handle = makeDialogue({.voice_level = voice_level});
         const Pcm out = enhanced(handle.get(), in, kHop);
@@ -178,7 +178,7 @@ TEST(Dialogue, LiftsWhatBothChannelsShare) {
     }
 }
 
-TEST(Dialogue, FloorAndScaleMakeTheGain) {
+TEST(DialogueEnhancement, GainIsFloorPlusScaleAtFullPresence) {
     const Pcm in = bothChannels(test::noise(1, 128 * kHop, 5000));
     for (const auto& [floor, scale] : {std::pair{0.5, 1.0}, {0.0, 2.0}, {1.0, -0.5}, {2.0, 0.5}}) {
         const auto handle = makeDialogue({.gain_floor = floor, .gain_scale = scale, .voice_level = 2});
@@ -187,14 +187,14 @@ TEST(Dialogue, FloorAndScaleMakeTheGain) {
     }
 }
 
-TEST(Dialogue, LeavesChannelsAloneThatHaveNothingInCommon) {
+TEST(DialogueEnhancement, LeavesUncorrelatedChannelsUnchanged) {
     const Pcm in = test::noise(1, 2 * 128 * kHop, 5000);
     const auto handle = makeDialogue();
     const auto neutral = makeDialogue(kNeutral);
     EXPECT_EQ(enhanced(handle.get(), in, kHop), enhanced(neutral.get(), in, kHop));
 }
 
-TEST(Dialogue, ANegativeVoiceLevelLiftsWhenTheSidesChange) {
+TEST(DialogueEnhancement, ANegativeVoiceLevelRaisesTheOutputWhenTheSidesChange) {
     const auto handle = makeDialogue({.voice_level = -4});
     const Pcm wide = test::noise(1, 2 * 128 * kHop, 5000);
     EXPECT_GT(settledGain(wide, enhanced(handle.get(), wide, kHop)) / kNeutralGain, 1.2);
@@ -203,14 +203,14 @@ TEST(Dialogue, ANegativeVoiceLevelLiftsWhenTheSidesChange) {
     EXPECT_NEAR(settledGain(centre, enhanced(other.get(), centre, kHop)) / kNeutralGain, 1.0, 0.001);
 }
 
-TEST(Dialogue, AVoiceLevelOfZeroIsNeutral) {
+TEST(DialogueEnhancement, AVoiceLevelOfZeroIsNeutral) {
     const Pcm in = bothChannels(test::noise(2, 64 * kHop, 9000));
     const auto handle = makeDialogue({.voice_level = 0});
     const auto neutral = makeDialogue(kNeutral);
     EXPECT_EQ(enhanced(handle.get(), in, kHop), enhanced(neutral.get(), in, kHop));
 }
 
-TEST(Dialogue, ThePresenceGrowsByATenthOfTheWayPerHopAndDecaysInSilence) {
+TEST(DialogueEnhancement, PresenceCoversATenthOfTheWayPerHopAndDecaysInSilence) {
     const Pcm noise = bothChannels(test::noise(1, 64 * kHop, 5000));
     const Pcm silence(2 * 120 * kHop);
     const auto used = makeDialogue({.voice_level = 2});
@@ -220,8 +220,9 @@ TEST(Dialogue, ThePresenceGrowsByATenthOfTheWayPerHopAndDecaysInSilence) {
     const std::size_t onset = noise.size() + silence.size() + 2 * kDelayFrames;
     for (std::size_t i = onset; i < afresh.size(); ++i) ASSERT_NEAR(after_use[i], afresh[i], 2) << i;
 
-    // Of the first hop of sound the gain is that of four frames, of presence 0.1, 0.19, 0.271, 0.3439:
-    // between their gains, while after 40 frames it is 2 less 0.9^40.
+    // Frame n of the sound has presence 1 - 0.9^n and gain 2 - 0.9^n. Four frames overlap in each hop: in the
+    // first one those with presence 0.1, 0.19, 0.271 and 0.3439, so its gain lies between theirs; in hop 40
+    // the frames 41 to 44.
     const auto gain_of_hop = [&](std::size_t hop) {
         double in_power = 0;
         double out_power = 0;
@@ -236,7 +237,7 @@ TEST(Dialogue, ThePresenceGrowsByATenthOfTheWayPerHopAndDecaysInSilence) {
     EXPECT_NEAR(gain_of_hop(40), 2 - std::pow(0.9, 43), 0.01);
 }
 
-// Triangle wave that fits a hop, so that every frame is the same.
+// Triangle wave whose period is one hop, so that all frames are equal.
 Pcm triangle(int frames, int amplitude) {
     Pcm mono;
     for (int i = 0; i < frames; ++i) {
@@ -264,13 +265,13 @@ Pcm centreOf(const Pcm& pcm) {
     return centre;
 }
 
-TEST(Dialogue, ACentreThatDoesNotChangeIsNoDialogue) {
+TEST(DialogueEnhancement, ASteadyCentreIsNotDialogue) {
     const Pcm in = bothChannels(triangle(128 * kHop, 9000));
     const auto handle = makeDialogue({.voice_level = 2});
     EXPECT_NEAR(settledGain(in, enhanced(handle.get(), in, kHop)) / kNeutralGain, 1.0, 0.001);
 }
 
-TEST(Dialogue, ASideThatDoesNotChangeDoesNotHideDialogue) {
+TEST(DialogueEnhancement, ASteadySideDoesNotHideDialogue) {
     const Pcm changing = test::noise(1, 128 * kHop, 3000);
     const Pcm in = withSide(changing, triangle(128 * kHop, 9000));
     const auto handle = makeDialogue({.voice_level = 2});
@@ -278,14 +279,14 @@ TEST(Dialogue, ASideThatDoesNotChangeDoesNotHideDialogue) {
     EXPECT_GT(settledGain(bothChannels(changing), bothChannels(centreOf(out))) / kNeutralGain, 1.8);
 }
 
-// Half the sample rate has no history, so that its whole magnitude counts as change in every frame.
-TEST(Dialogue, AtHalfTheSampleRateASteadyToneCountsAsChange) {
+// The bin at half the sample rate has no history: its whole magnitude counts as change in every frame.
+TEST(DialogueEnhancement, ASteadyToneAtHalfTheSampleRateCountsAsChange) {
     const Pcm in = bothChannels(test::square(128 * kHop, 1, 5000));
     const auto handle = makeDialogue({.voice_level = 2});
     EXPECT_NEAR(settledGain(in, enhanced(handle.get(), in, kHop)) / kNeutralGain, 2.0, 0.01);
 }
 
-TEST(Dialogue, AtHalfTheSampleRateASteadySideHidesWhatChangesInTheCentre) {
+TEST(DialogueEnhancement, ASteadySideToneAtHalfTheSampleRateHidesDialogue) {
     const Pcm changing = test::noise(1, 128 * kHop, 300);
     const Pcm tone = test::square(128 * kHop, 1, 5000);
     const Pcm in = withSide(changing, tone);
@@ -294,12 +295,12 @@ TEST(Dialogue, AtHalfTheSampleRateASteadySideHidesWhatChangesInTheCentre) {
     EXPECT_EQ(enhanced(handle.get(), in, kHop), enhanced(neutral.get(), in, kHop));
 }
 
-TEST(Dialogue, SilenceInIsSilenceOut) {
+TEST(DialogueEnhancement, KeepsSilenceSilent) {
     const auto handle = makeDialogue();
     EXPECT_TRUE(isSilent(enhanced(handle.get(), Pcm(2 * 32 * kHop), kHop)));
 }
 
-TEST(Dialogue, NoOutputPassesTheLimitersCeiling) {
+TEST(DialogueEnhancement, NeverExceedsTheCeiling) {
     for (const double gain_floor : {1.0, 50.0}) {
         const auto handle = makeDialogue({.gain_floor = gain_floor});
         const Pcm out = enhanced(handle.get(), test::bursts(3, 2 * 64 * kHop), 333);
@@ -310,7 +311,7 @@ TEST(Dialogue, NoOutputPassesTheLimitersCeiling) {
     }
 }
 
-TEST(Dialogue, HandlesAreIndependentAndRepeatable) {
+TEST(DialogueEnhancement, HandlesAreIndependentAndRepeatable) {
     const Pcm in = test::bursts(4, 2 * 16 * kHop);
     const auto alone = makeDialogue();
     const Pcm expected = enhanced(alone.get(), in, kHop);

@@ -19,7 +19,7 @@ int failing_request = 0;
 int requests = 0;
 int living = 0;
 
-// True if this request is the one to fail.
+// Counts a request; true if it is the one to fail.
 bool countRequest() {
     return is_watching && ++requests == failing_request;
 }

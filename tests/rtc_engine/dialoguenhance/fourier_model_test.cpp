@@ -1,4 +1,4 @@
-// The model's transform against the sum that defines it.
+// Compares the model's transform with the sum that defines it.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -26,7 +26,7 @@ std::complex<double> bin(const std::vector<double>& x, std::size_t k) {
     return sum;
 }
 
-TEST(FourierModel, IsTheSumThatDefinesIt) {
+TEST(FourierModel, EqualsItsDefiningSum) {
     for (const std::size_t n : {2U, 4U, 16U, 2048U, 8192U}) {
         SCOPED_TRACE(n);
         const std::vector<double> x = numbers(n);
@@ -39,7 +39,7 @@ TEST(FourierModel, IsTheSumThatDefinesIt) {
     }
 }
 
-TEST(FourierModel, BringsTheSignalBack) {
+TEST(FourierModel, RestoresTheSignal) {
     for (const std::size_t n : {2U, 16U, 2048U}) {
         const std::vector<double> x = numbers(n);
         const std::vector<double> back = model::signalOf(model::spectrumOf(x));
@@ -48,7 +48,7 @@ TEST(FourierModel, BringsTheSignalBack) {
     }
 }
 
-TEST(FourierModel, TakesNoImaginaryPartOfTheOuterBins) {
+TEST(FourierModel, IgnoresTheImaginaryPartsOfTheOuterBins) {
     auto spectrum = model::spectrumOf(numbers(16));
     const std::vector<double> plain = model::signalOf(spectrum);
     spectrum.front() += std::complex<double>(0, 3);

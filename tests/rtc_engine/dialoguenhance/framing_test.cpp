@@ -22,7 +22,7 @@ std::vector<float> windowOf(int points) {
     return window;
 }
 
-TEST(SineWindow, IsHalfAPeriodFromZeroToZero) {
+TEST(DialogueWindow, IsHalfASinePeriodFromZeroToZero) {
     for (const int points : {2048, 4096, 8192}) {
         const std::vector<float> window = windowOf(points);
         EXPECT_EQ(window.front(), 0.0F);
@@ -35,8 +35,8 @@ TEST(SineWindow, IsHalfAPeriodFromZeroToZero) {
     }
 }
 
-// pi/4, pi/2 and 3 pi/4 lie on samples.
-TEST(SineWindow, HasTheValuesOfATable) {
+// With 5 points, samples 1 to 3 lie at pi/4, pi/2 and 3 pi/4.
+TEST(DialogueWindow, MatchesKnownValues) {
     const float half = std::sqrt(0.5F);
     const std::vector<float> window = windowOf(5);
     EXPECT_FLOAT_EQ(window[1], half);
@@ -44,7 +44,7 @@ TEST(SineWindow, HasTheValuesOfATable) {
     EXPECT_FLOAT_EQ(window[3], half);
 }
 
-TEST(SineWindow, ItsSquaresAQuarterApartSumToTwo) {
+TEST(DialogueWindow, SquaresAQuarterApartSumToTwo) {
     constexpr int kHop = 512;
     const std::vector<float> window = windowOf(4 * kHop);
     for (std::size_t i = 0; i < kHop; ++i) {
@@ -53,12 +53,12 @@ TEST(SineWindow, ItsSquaresAQuarterApartSumToTwo) {
             const double w = window[i + part * kHop];
             sum += w * w;
         }
-        // Not exactly: the period is N - 1 points, one short of four hops.
+        // Not exactly 2: the period is N - 1 points, one short of four hops.
         ASSERT_NEAR(sum, 2.0, 0.0016) << i;
     }
 }
 
-TEST(Framing, SplitsFramesIntoChannels) {
+TEST(DialogueFraming, SplitsFramesIntoChannels) {
     const std::vector<float> in = {1, -2, 3, -4, 5, -6};
     std::vector<float> left(3);
     std::vector<float> right(3);
@@ -67,7 +67,7 @@ TEST(Framing, SplitsFramesIntoChannels) {
     EXPECT_EQ(right, (std::vector<float>{-2, -4, -6}));
 }
 
-TEST(HopRing, ANewHopTakesThePlaceOfTheOldest) {
+TEST(DialogueHopRing, ANewHopReplacesTheOldest) {
     sonivex::HopRing hops;
     std::vector<int> ring = {0, 0, 0, 0};
     std::vector<int> frame;
@@ -80,7 +80,7 @@ TEST(HopRing, ANewHopTakesThePlaceOfTheOldest) {
     EXPECT_EQ(frame, (std::vector<int>{3, 4, 5, 6}));
 }
 
-TEST(Framing, AFrameIsTheInputUnderTheWindow) {
+TEST(DialogueFraming, MultipliesTheInputByTheWindow) {
     const std::vector<float> in = {2, -3, 4};
     const std::vector<float> window = {0, 0.5F, 0.25F};
     std::vector<float> frame(3, 9.0F);
@@ -88,7 +88,7 @@ TEST(Framing, AFrameIsTheInputUnderTheWindow) {
     EXPECT_EQ(frame, (std::vector<float>{0, -1.5F, 1}));
 }
 
-TEST(Framing, OverlappingFramesAddUnderTheWindow) {
+TEST(DialogueFraming, AddsWindowedFramesToTheOverlap) {
     const std::vector<float> frame = {2, -3, 4};
     const std::vector<float> window = {0, 0.5F, 0.25F};
     std::vector<float> out = {7, 1, 2};
@@ -96,7 +96,7 @@ TEST(Framing, OverlappingFramesAddUnderTheWindow) {
     EXPECT_EQ(out, (std::vector<float>{7, -0.5F, 3}));
 }
 
-TEST(Framing, TheFirstFrameOfAHopNeedsNoSilenceBefore) {
+TEST(DialogueFraming, StartsAnOverlapByOverwritingIt) {
     const std::vector<float> frame = {2, -3, -1};
     const std::vector<float> window = {0.5F, 0.5F, 0};
     std::vector<float> out = {7, 1, 2};
@@ -105,7 +105,7 @@ TEST(Framing, TheFirstFrameOfAHopNeedsNoSilenceBefore) {
     EXPECT_FALSE(std::signbit(out[2]));
 }
 
-TEST(Framing, EmittedFramesAreInterleavedAndTwoThirdsAsLoud) {
+TEST(DialogueFraming, EmitsInterleavedFramesAtTwoThirdsOfTheLevel) {
     const std::vector<float> left = {3, 0.1F};
     const std::vector<float> right = {-1.5F, 1};
     std::vector<float> out(4);
@@ -113,8 +113,8 @@ TEST(Framing, EmittedFramesAreInterleavedAndTwoThirdsAsLoud) {
     EXPECT_EQ(out, (std::vector<float>{2, -1, 0.1F / 1.5F, 1 / 1.5F}));
 }
 
-// A division: the product with the rounded 2/3 is another float for many samples.
-TEST(Framing, EmittedSamplesAreTheNearestFloatsToTheQuotient) {
+// The level change is a division; the product with the rounded 2/3 differs for many samples.
+TEST(DialogueFraming, EmitsTheQuotientsRoundedToNearest) {
     int differs_from_product = 0;
     std::vector<float> samples(20000);
     std::iota(samples.begin(), samples.end(), 1.0F);
@@ -135,8 +135,8 @@ std::vector<float> noise(std::uint64_t seed, std::size_t count) {
     return floats;
 }
 
-// From any place, of any count, with a guard behind what is written.
-TEST(Framing, VectorsDoAsSingleSamplesDo) {
+// Tries every start and count, with a guard after the output.
+TEST(DialogueFraming, VectorResultsEqualTheScalarOnes) {
     constexpr float kGuard = 77;
     const std::vector<float> in = noise(1, 200);
     const std::vector<float> window = noise(2, 200);

@@ -19,7 +19,7 @@ using test::AllocationWatch;
 using test::LibavutilWatch;
 
 constexpr int kOwnAllocations = 2;        // the handle and its limiter
-constexpr int kArraysAndTransforms = 16;  // 12 and 4
+constexpr int kArraysAndTransforms = 16;  // 12 arrays and 4 transforms
 
 void* createDialogue() {
     return aem_CreateDialoguEnhance(2, 48000, 1.0, 1.0, 1.0);
@@ -37,7 +37,7 @@ TEST(DialogueOutOfMemory, CreationWithoutAHandlePrintsALine) {
     EXPECT_EQ(handle, nullptr);
 }
 
-// With the given request of one of them refused; 0: none.
+// Makes one request fail, of operator new or of libavutil; 0: none.
 void expectSilentFailureThatFreesEverything(int failing, int failing_of_libavutil) {
     testing::internal::CaptureStdout();
     void* handle = nullptr;
@@ -67,7 +67,7 @@ TEST(DialogueOutOfMemory, CreationWithoutAnArrayOrATransformIsSilentAndFreesEver
     }
 }
 
-TEST(DialogueOutOfMemory, CreationUnderAnyOfLibavutilsOwnLimitsSucceedsOrGivesNull) {
+TEST(DialogueOutOfMemory, CreationUnderAnyLimitOfLibavutilSucceedsOrReturnsNull) {
     int nulls = 0;
     int handles = 0;
     for (std::size_t limit = 32; limit <= 1U << 20U; limit *= 2) {
@@ -84,7 +84,7 @@ TEST(DialogueOutOfMemory, CreationUnderAnyOfLibavutilsOwnLimitsSucceedsOrGivesNu
     EXPECT_GT(handles, 0);
 }
 
-TEST(DialogueOutOfMemory, AHandleIsFreedWhole) {
+TEST(DialogueOutOfMemory, ReleaseFreesEverything) {
     for (const int rate_hz : {48000, 96000, 192000}) {
         const LibavutilWatch libavutil;
         const AllocationWatch watch;
@@ -99,13 +99,13 @@ TEST(DialogueOutOfMemory, AHandleIsFreedWhole) {
     }
 }
 
-TEST(DialogueOutOfMemory, AHandleTakesNoMoreThanPromised) {
+TEST(DialogueOutOfMemory, AHandleTakesNoMoreThanTheDocumentedMemory) {
     for (const auto& [rate_hz, promised_kib] : {std::pair{48000, 525U}, {96000, 635U}, {192000, 860U}}) {
         const std::size_t before = test::heapBytes();
         void* const handle = aem_CreateDialoguEnhance(2, rate_hz, 1.0, 1.0, 1.0);
         const std::size_t taken = test::heapBytes() - before;
         aem_ReleaseDialoguEnhance(handle);
-        // Releases of libavutil differ a little in what a transform holds.
+        // The memory of a transform differs slightly between libavutil releases, hence 5 % of tolerance.
         EXPECT_LE(taken, promised_kib * 1024 * 21 / 20) << rate_hz << " Hz";
     }
 }

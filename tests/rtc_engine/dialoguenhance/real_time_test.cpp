@@ -17,7 +17,7 @@ using test::Pcm;
 constexpr int kRatesHz[] = {48000, 96000, 192000};
 constexpr int kLongestCall = 45000;
 
-// Many blocks by calls of several sizes, with the limiter at work.
+// Processes many blocks in calls of several sizes, with the limiter at work.
 void processForAWhile(void* handle, const Pcm& in, Pcm& out) {
     for (const int frames : {512, 1, 100, 513, 2048, kLongestCall, 512}) {
         aem_ProcessDialoguEnhance(handle, in.data(), out.data(), frames, 48000);
@@ -39,7 +39,7 @@ TEST(DialogueRealTime, ProcessingAllocatesNothing) {
     }
 }
 
-// In a process that the kernel ends at the first system call other than read, write and exit.
+// Processes in a child that the kernel kills at the first system call other than read, write and exit.
 TEST(DialogueRealTime, ProcessingMakesNoSystemCall) {
     const Pcm in = test::bursts(2, 2 * kLongestCall);
     Pcm out(in.size());
@@ -54,7 +54,8 @@ TEST(DialogueRealTime, ProcessingMakesNoSystemCall) {
         }
         int status = 0;
         ASSERT_EQ(waitpid(child, &status, 0), child);
-        if (WIFEXITED(status) && WEXITSTATUS(status) == 77) GTEST_SKIP() << "no seccomp here";
+        if (WIFEXITED(status) && WEXITSTATUS(status) == 77)
+            GTEST_SKIP() << "this system does not support seccomp";
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << rate_hz << " Hz: status " << status;
     }
 }

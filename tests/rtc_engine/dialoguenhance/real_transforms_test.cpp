@@ -1,4 +1,4 @@
-// What the dialogue enhancer takes for granted of the installed libavutil.
+// Checks the properties of the installed libavutil that the dialogue enhancer relies on.
 #include "real_transforms.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ void fillWithNoise(Arrays& arrays) {
     for (std::size_t i = 0; i < noise.size(); ++i) arrays.frame[i] = static_cast<float>(noise[i]) / 32768.0F;
 }
 
-TEST(RealTransform, ForwardIsTheDiscreteFourierTransformUnscaled) {
+TEST(DialogueRealTransform, ForwardIsTheUnscaledDiscreteFourierTransform) {
     for (const int points : {2048, 4096, 8192}) {
         Arrays arrays(points);
         fillWithNoise(arrays);
@@ -45,14 +45,14 @@ TEST(RealTransform, ForwardIsTheDiscreteFourierTransformUnscaled) {
                                   -2 * std::numbers::pi * static_cast<double>(turn) / points);
             }
             const Bin bin = arrays.spectrum[static_cast<std::size_t>(k)];
-            // Noise of power 1/3 has bins of about sqrt(N/3); 26 to 52 here.
+            // Noise of power 1/3 has bins of about sqrt(N/3), here 26 to 52.
             EXPECT_NEAR(bin.re, sum.real(), 1e-4) << points << " points, bin " << k;
             EXPECT_NEAR(bin.im, sum.imag(), 1e-4) << points << " points, bin " << k;
         }
     }
 }
 
-TEST(RealTransform, InverseUndoesForwardWithoutAnyFactor) {
+TEST(DialogueRealTransform, InverseUndoesForwardWithoutAFactor) {
     for (const int points : {2048, 4096, 8192}) {
         Arrays arrays(points);
         fillWithNoise(arrays);
@@ -68,7 +68,7 @@ TEST(RealTransform, InverseUndoesForwardWithoutAnyFactor) {
     }
 }
 
-TEST(RealTransform, InverseOfTheEndBinsAloneIsTheirSamples) {
+TEST(DialogueRealTransform, InverseOfTheEndBinsAloneAlternatesBetweenTwoValues) {
     constexpr int kPoints = 2048;
     Arrays arrays(kPoints);
     sonivex::InverseTransform inverse;

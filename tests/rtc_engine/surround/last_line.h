@@ -7,7 +7,7 @@
 
 namespace test {
 
-/** Takes the place of the default writer as long as it lives, and keeps the last line without allocating. */
+/** Replaces the log writer for its lifetime and stores the last line, without allocating. */
 class LastLine {
   public:
     LastLine() : previous_(logWriterFun) {

@@ -1,5 +1,5 @@
-// How much of a loud master the limiter has to touch: synthetic dance music with far more bass than average,
-// as loud as broadcasts (-14 LUFS) and as the loudest records (-9 LUFS).
+// Measures the share of a loud master that the limiter touches. The master is synthetic dance music with far
+// more bass than average, at broadcast loudness (-14 LUFS) and at that of the loudest records (-9 LUFS).
 #include <ebur128.h>
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ using test::Pcm;
 
 constexpr int kRate_hz = 48000;
 constexpr int kMusic_frames = 10 * kRate_hz;
-constexpr int kBeat_frames = kRate_hz / 2;  // 120 beats a minute
+constexpr int kBeat_frames = kRate_hz / 2;  // 120 beats per minute
 
 struct Stereo {
     std::vector<float> left = std::vector<float>(kMusic_frames);
@@ -30,8 +30,8 @@ double sine(double cycles) {
     return std::sin(2.0 * std::numbers::pi * cycles);
 }
 
-// A drum of 50 Hz on every beat, a bass line of saw teeth between 41 and 62 Hz, held chords, wide on both
-// sides, and hiss on every half beat.
+// A 50 Hz drum on every beat, a bass line between 41 and 62 Hz with 8 partials, wide sustained chords, and a
+// hiss between the beats.
 Stereo danceMusic() {
     constexpr double kBassNotes_hz[] = {41.2, 41.2, 55.0, 61.7};
     constexpr double kChord_hz[] = {164.8, 246.9, 329.6, 415.3, 659.3};
@@ -78,7 +78,7 @@ double loudness_lufs(const Stereo& music) {
     return loudness;
 }
 
-// As a master is made: brought to the loudness, its peaks rounded off below full scale.
+// Imitates mastering: raises the music to the wanted loudness and rounds off its peaks below full scale.
 Pcm master(double wanted_lufs) {
     const Stereo music = danceMusic();
     double gain_lin = 1.0;
@@ -99,7 +99,7 @@ Pcm master(double wanted_lufs) {
     return pcm;
 }
 
-// Share of the blocks in which the limiter was at work, in percent.
+// Share of blocks in which the limiter works, in percent.
 double limitedBlocks_percent(const Pcm& in, int type, int mode) {
     const auto handle = test::makeSurround(2, type, mode);
     const SurroundHandle& inside = test::recordOf(handle);
@@ -117,13 +117,13 @@ double limitedBlocks_percent(const Pcm& in, int type, int mode) {
     return share_percent;
 }
 
-TEST(LoudProgramme, AtBroadcastLoudnessTheLimiterRests) {
+TEST(LoudProgramme, TheLimiterIsIdleAtBroadcastLoudness) {
     const Pcm in = master(-14.0);
     EXPECT_EQ(limitedBlocks_percent(in, 1, 1), 0.0);
     for (const int mode : {1, 2, 3}) EXPECT_LE(limitedBlocks_percent(in, 13, mode), 3.0) << mode;
 }
 
-TEST(LoudProgramme, OfTheLoudestRecordsTheLimiterTouchesFourTenthsAtMost) {
+TEST(LoudProgramme, TheLimiterTouchesAtMostFourTenthsOfTheLoudestRecords) {
     const Pcm in = master(-9.0);
     EXPECT_LE(limitedBlocks_percent(in, 1, 1), 12.0);
     for (const int mode : {1, 2, 3}) EXPECT_LE(limitedBlocks_percent(in, 13, mode), 40.0) << mode;

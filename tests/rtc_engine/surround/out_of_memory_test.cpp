@@ -17,8 +17,8 @@ using test::MappingWatch;
 constexpr const char* kNoMemoryLine =
     "[ZubrelAem]: (surround: 122) [KelvoSurround]::kv surround handle is created failed.\n";
 
-// Of a handle, rings and responses included, whether allocated or mapped; and what its creation takes for a
-// while, which is counted too.
+// Upper bound of all memory that a handle requests, allocated or mapped, including rings, responses and the
+// temporary memory of its creation.
 constexpr std::size_t mostKib(int channels, int type) {
     if (channels == 8) return type == 1 ? 2715 : 2235;
     if (channels == 6) return type == 1 ? 2110 : 1790;
@@ -40,9 +40,9 @@ struct Made {
 
 constexpr Made kEveryMade[] = {{1, 1}, {2, 1}, {6, 1}, {8, 1}, {1, 13}, {2, 13}, {6, 13}, {8, 13}};
 
-// Only the arena of the largest set of responses is mapped; where the system maps nothing, that is one more
-// allocation which can fail.
-TEST(SurroundOutOfMemory, CreationGivesNullLogsAndFreesEverythingWhicheverAllocationFails) {
+// Only the arena of the largest set of responses is mapped. If the system refuses to map it, it becomes one
+// more allocation that can fail.
+TEST(SurroundOutOfMemory, CreationReturnsNullLogsAndFreesEverythingIfAnyAllocationFails) {
     for (const auto kernel : {MappingWatch::Kernel::kGives, MappingWatch::Kernel::kRefuses}) {
         for (const auto& [channels, type] : kEveryMade) {
             SCOPED_TRACE(std::to_string(channels) + " channels, type " + std::to_string(type));
@@ -65,7 +65,7 @@ TEST(SurroundOutOfMemory, CreationGivesNullLogsAndFreesEverythingWhicheverAlloca
     }
 }
 
-TEST(SurroundOutOfMemory, AHandleIsFreedWholeAndTakesNoMoreThanPromised) {
+TEST(SurroundOutOfMemory, AHandleStaysWithinItsMemoryLimitAndFreesEverything) {
     for (const auto& [channels, type] : kEveryMade) {
         SCOPED_TRACE(std::to_string(channels) + " channels, type " + std::to_string(type));
         const MappingWatch mappings;
@@ -80,7 +80,7 @@ TEST(SurroundOutOfMemory, AHandleIsFreedWholeAndTakesNoMoreThanPromised) {
     }
 }
 
-TEST(SurroundOutOfMemory, WhereTheSystemMapsNothingTheSoundIsTheSame) {
+TEST(SurroundOutOfMemory, TheSoundIsTheSameWhenTheSystemRefusesToMap) {
     const test::Pcm in = test::bursts(1, 8 * 4800);
     for (const auto& [channels, type] : kEveryMade) {
         const auto mapped = test::makeSurround(channels, type);
@@ -95,7 +95,7 @@ TEST(SurroundOutOfMemory, WhereTheSystemMapsNothingTheSoundIsTheSame) {
     }
 }
 
-TEST(SurroundOutOfMemory, ABufferWithoutMemoryHasASizeAndIsNotFilled) {
+TEST(SurroundOutOfMemory, ABufferWithoutMemoryHasASizeAndIgnoresClear) {
     fftconvolver::Buffer<float> buffer;
     const AllocationWatch watch(1);
     buffer.resize(100);

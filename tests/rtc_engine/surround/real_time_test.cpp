@@ -27,7 +27,7 @@ struct Kind {
     int channels;
 };
 
-// As processSurround tells them apart.
+// The pipelines with the type and channels for which aem_ProcessSurround calls them.
 struct PipelineKind {
     PipelineOperation function;
     int type;
@@ -42,8 +42,8 @@ constexpr PipelineKind kPipelineKinds[] = {{ProcessSurround_Kelvo_Bingo_2, 1, 2}
                                            {ProcessSurround_Kelvo_Surround_5_1_To_Nangua, 13, 6},
                                            {ProcessSurround_Kelvo_Surround_7_1_To_Nangua, 13, 8}};
 
-// Calls that must be refused, or answered without a look: of every pipeline that is not the handle's, without
-// buffers, for more samples than an int counts, for less than a frame.
+// Makes calls that must be rejected or return at once: pipelines that do not match the handle, null buffers,
+// more samples than an int can count, and less than one frame.
 void callWrongly(void* handle, const Kind& kind, Pcm& in, short* out) {
     const int width = static_cast<int>(test::surroundWidth(kind.channels));
     for (const PipelineKind& pipeline : kPipelineKinds) {
@@ -67,7 +67,7 @@ void callWrongly(void* handle, const Kind& kind, Pcm& in, short* out) {
     }
 }
 
-// Whatever asks for memory in the meantime, by whichever way, gets none and is found out.
+// Every request for memory during `work` fails and is counted, whether it allocates or maps.
 template <typename Work>
 void expectNeedsNoMemory(Work work) {
     const std::size_t heap_before = mallinfo2().uordblks;
@@ -87,10 +87,10 @@ void expectNeedsNoMemory(Work work) {
 
 constexpr int kLongestCall_frames = 45000;
 static_assert(2 * kLongestCall_frames > sonivex::kRingCapacitySamples,
-              "the longest call is more than a ring holds, whatever the channels");
+              "the longest call must exceed the capacity of a ring for every channel count");
 
-// Many blocks by calls of several sizes, with the limiter at work. `in` holds the longest call in eight
-// channels.
+// Processes many blocks in calls of several sizes, with the limiter at work. `in` holds the longest call with
+// eight channels.
 void processForAWhile(void* handle, const Pcm& in, Pcm& out) {
     for (const int frames : {240, 1, 100, 480, 1024, kLongestCall_frames, 240}) {
         aem_ProcessSurround(handle, in.data(), out.data(), frames);
@@ -114,7 +114,7 @@ TEST(SurroundRealTime, ProcessingAllocatesNothing) {
     }
 }
 
-TEST(SurroundRealTime, RefusedCallsAllocateNothingAndTouchNothing) {
+TEST(SurroundRealTime, RejectedCallsAllocateAndWriteNothing) {
     for (const Kind& kind : kKinds) {
         SCOPED_TRACE(std::to_string(kind.channels) + " channels, type " + std::to_string(kind.type));
         const auto handle = test::makeSurround(kind.channels, kind.type);
@@ -127,8 +127,8 @@ TEST(SurroundRealTime, RefusedCallsAllocateNothingAndTouchNothing) {
     }
 }
 
-// Two handles hear the same; between the calls of one of them there are wrong ones.
-TEST(SurroundRealTime, AfterRefusedCallsTheTailOfEarlierSoundIsStillThere) {
+// Two handles get the same input; one of them gets invalid calls in between.
+TEST(SurroundRealTime, RejectedCallsKeepTheTailOfEarlierSound) {
     for (const Kind& kind : kKinds) {
         for (const int limiter : {0, 1}) {
             SCOPED_TRACE(std::to_string(kind.channels) + " channels, type " + std::to_string(kind.type));
@@ -140,7 +140,7 @@ TEST(SurroundRealTime, AfterRefusedCallsTheTailOfEarlierSoundIsStillThere) {
             Pcm loudest;
             for (const int frames : {240, 100, 700, 240, 1, 480, 900}) {
                 const auto samples = static_cast<std::size_t>(frames) * width;
-                // Sound in the first calls only: what comes later is its tail.
+                // Only the first calls have sound; later output is its tail.
                 const Pcm in = loudest.size() < 2 ? test::noise(samples, static_cast<int>(samples), 20000)
                                                   : Pcm(samples, 0);
                 const Pcm expected = test::surrounded(alone.get(), in, kind.channels, {frames});
@@ -153,7 +153,7 @@ TEST(SurroundRealTime, AfterRefusedCallsTheTailOfEarlierSoundIsStillThere) {
     }
 }
 
-TEST(SurroundRealTime, EveryPipelineOfItsOwnHandleAllocatesNothing) {
+TEST(SurroundRealTime, PipelinesAllocateNothing) {
     for (const Kind& kind : kKinds) {
         const auto handle = test::makeSurround(kind.channels, kind.type);
         Pcm in = test::bursts(3, 8 * 5000);
@@ -168,7 +168,7 @@ TEST(SurroundRealTime, EveryPipelineOfItsOwnHandleAllocatesNothing) {
     }
 }
 
-TEST(SurroundRealTime, ANullHandleIsLoggedWithoutMemory) {
+TEST(SurroundRealTime, ANullHandleIsLoggedWithoutAllocation) {
     for (const PipelineKind& pipeline : kPipelineKinds) {
         const test::LastLine log;
         Pcm in(8 * 240, 1);
@@ -181,8 +181,8 @@ TEST(SurroundRealTime, ANullHandleIsLoggedWithoutMemory) {
 
 using ReverbOperation = int (ConvolveReverb::*)(const float*, float*, int);
 
-// Every operation of a reverb that is set up for one layout, or for none.
-TEST(SurroundRealTime, EveryOperationOfAReverbAllocatesNothing) {
+// Tries every operation on a reverb that is set up for one layout or none.
+TEST(SurroundRealTime, ReverbOperationsAllocateNothing) {
     constexpr ReverbOperation kOperations[] = {
         &ConvolveReverb::process_Kelvo_Bingo_2,      &ConvolveReverb::process_Kelvo_Bingo_5_1,
         &ConvolveReverb::process_Kelvo_Bingo_7_1,    &ConvolveReverb::process_Kelvo_Surround_2,
@@ -207,7 +207,7 @@ TEST(SurroundRealTime, EveryOperationOfAReverbAllocatesNothing) {
     }
 }
 
-// In a process that the kernel ends at the first system call other than read, write and exit.
+// Processes in a child that the kernel kills at the first system call other than read, write and exit.
 TEST(SurroundRealTime, ProcessingMakesNoSystemCall) {
     for (const int channels : {2, 6, 8}) {
         for (const int type : {1, 13}) {
@@ -225,7 +225,8 @@ TEST(SurroundRealTime, ProcessingMakesNoSystemCall) {
             }
             int status = 0;
             ASSERT_EQ(waitpid(child, &status, 0), child);
-            if (WIFEXITED(status) && WEXITSTATUS(status) == 77) GTEST_SKIP() << "no seccomp here";
+            if (WIFEXITED(status) && WEXITSTATUS(status) == 77)
+                GTEST_SKIP() << "this system does not support seccomp";
             EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0)
                 << channels << " channels, type " << type << ": status " << status;
         }

@@ -1,4 +1,4 @@
-// Creating what is not supported leaves the half-built handle allocated for ever, on purpose.
+// aem_CreateSurround intentionally leaks the half-built handle when it rejects its arguments.
 #pragma once
 
 #include "sonivex/surround.h"
@@ -15,8 +15,8 @@
 
 namespace test {
 
-/** Calls aem_CreateSurround with arguments that it rejects. The handle that stays allocated is the one
- *  exception from what the leak checker is asked to find. */
+/** Calls aem_CreateSurround with arguments that it rejects. The leak checker ignores the handle that stays
+ *  allocated. */
 inline void* createRejected(int channels, int type) {
 #if defined(SONIVEX_LEAK_CHECKER)
     const __lsan::ScopedDisabler kept_on_purpose;

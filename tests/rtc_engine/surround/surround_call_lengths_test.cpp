@@ -1,5 +1,5 @@
-// Calls of several blocks, which are rendered two at a time, against calls of one block each: the same sound,
-// as late as the calls make it.
+// Compares calls of several blocks, which the engine renders two at a time, with calls of one block each. The
+// sound must be the same apart from the latency that the call length causes.
 #include <gtest/gtest.h>
 
 #include "reference/surround_model.h"
@@ -25,7 +25,7 @@ std::vector<LengthsCase> everyLengthsCase() {
     return cases;
 }
 
-// Loud enough for the limiter and the clip, with silences.
+// Loud enough to engage the limiter and the clip, with a stretch of silence.
 test::Pcm streamOf(std::size_t width, std::uint64_t seed) {
     test::Pcm in = test::bursts(seed, static_cast<int>(kStream_frames * width));
     for (std::size_t i = in.size() / 2; i < in.size() / 2 + 3000 * width; ++i) in[i] = 0;
@@ -46,7 +46,7 @@ class SurroundCallLengths : public ::testing::TestWithParam<LengthsCase> {
     const test::Pcm blocks_ = outputIn(test::callsOf(240, kStream_frames));
 };
 
-TEST_P(SurroundCallLengths, CallsOfSomeBlocksGiveTheSamplesOfOneBlockAfterTheOther) {
+TEST_P(SurroundCallLengths, CallsOfSeveralBlocksEqualCallsOfOneBlock) {
     for (const int frames : {480, 720, 960, 2400, 9600}) {
         SCOPED_TRACE(frames);
         const test::Pcm out = outputIn(test::callsOf(frames, kStream_frames));
@@ -55,14 +55,14 @@ TEST_P(SurroundCallLengths, CallsOfSomeBlocksGiveTheSamplesOfOneBlockAfterTheOth
     }
 }
 
-TEST_P(SurroundCallLengths, CallsThatEndWithinABlockGiveTheSameSamplesLater) {
+TEST_P(SurroundCallLengths, CallsThatEndWithinABlockOnlyAddLatency) {
     for (const int frames : {1024, 1152, 1536, 441, 512, 100}) {
         SCOPED_TRACE(frames);
         expectSameSound(test::callsOf(frames, kStream_frames));
     }
 }
 
-TEST_P(SurroundCallLengths, CallsOfAnyLengthGiveTheSameSamplesLater) {
+TEST_P(SurroundCallLengths, CallsOfAnyLengthOnlyAddLatency) {
     for (const int longest : {240, 700, 3000}) {
         SCOPED_TRACE(longest);
         expectSameSound(test::randomCalls(static_cast<std::uint64_t>(longest), kStream_frames, longest));

@@ -1,5 +1,5 @@
-// The whole effect against direct convolution in double and the same conversion. The convolution is made once
-// for each layout; limiter, clip and queues are cheap.
+// Compares the whole effect with direct convolution in double, followed by the model of limiter and clip. The
+// convolution is slow, so it runs once per layout.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -18,8 +18,8 @@ using test::Pcm;
 constexpr std::size_t kBlockFrames = 240;
 constexpr double kWantedEqualShare = 0.998;
 
-// An impulse in each channel, alone, with time for the longest response to end; then noise, a sweep, a
-// full-scale square, speech, loud noise, and silence.
+// One impulse per channel, one after the other, with time for the longest response to end; then noise, a
+// sweep, a full-scale square wave, speech, loud noise, and silence.
 Pcm programme(int channels) {
     const std::size_t width = test::surroundWidth(channels);
     const int ch = static_cast<int>(width);
@@ -68,7 +68,7 @@ Pcm converted(const std::vector<double>& ears, bool limits) {
     return out;
 }
 
-// Within 1 everywhere, and equal nearly everywhere, counting only where there is sound.
+// Expects samples within 1 LSB everywhere, and equal for nearly all samples that are not silent.
 void expectSame(const Pcm& out, const Pcm& expected) {
     ASSERT_EQ(out.size(), expected.size());
     std::size_t sounding = 0;
@@ -109,7 +109,7 @@ TEST_P(SurroundMatchesDirectConvolution, InEveryBlockWithLimiterAndClip) {
     }
 }
 
-// The blocks are the same to the bit however the input is cut, and the calls see what the queues let through.
+// The rendered blocks do not depend on the call size to the bit; a call receives what the queues deliver.
 TEST_P(SurroundMatchesDirectConvolution, ForEveryCallSizeToTheBit) {
     const auto [type, channels, mode] = GetParam();
     const Pcm& in = referenceFor(type, channels, mode).in;
@@ -136,7 +136,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SurroundSetting{13, 8, 0}, SurroundSetting{13, 8, 1}, SurroundSetting{13, 8, 2},
                     SurroundSetting{13, 8, 3}, SurroundSetting{13, 8, 7}));
 
-// All channels at once, each with an announcement of its own.
+// All channels at once, each with its own announcement.
 TEST(SurroundMatchesDirectConvolution, ForSpeechFromEveryLoudspeaker) {
     constexpr std::size_t kFrames = 60 * kBlockFrames;
     for (const SurroundSetting& setting :
@@ -156,9 +156,9 @@ TEST(SurroundMatchesDirectConvolution, ForSpeechFromEveryLoudspeaker) {
 
 class SurroundRings : public testing::TestWithParam<std::tuple<SurroundSetting, int>> {};
 
-// Calls longer than a ring: samples are refused one by one, which splits frames and turns the channels of all
-// that follows, and the longest call is never served.
-TEST_P(SurroundRings, RefuseWhatCallsLongerThanTheyBring) {
+// Some calls exceed the rings. The input ring then rejects samples one by one, which splits frames and
+// rotates the channels of all later input; a call for more samples than the output ring holds gets silence.
+TEST_P(SurroundRings, RejectTheSamplesThatExceedTheirCapacity) {
     const auto [setting, limiter] = GetParam();
     const int channels = setting.channels;
     model::Surround model(setting.type, channels, setting.mode, limiter == 1);

@@ -1,5 +1,5 @@
-// Every layout against the plain scheme, bit for bit and at every vector width: one scalar convolver for each
-// pair of a source and an ear, added up in the sources' order.
+// Compares every layout with the plain algorithm, bit for bit and at every vector width: one scalar convolver
+// per pair of source and ear, summed in the order of the sources.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -27,7 +27,7 @@ struct Layout {
     std::function<void(ConvolveReverb&)> set_up;
     Operation operation;
     std::function<Inspector::Responses(const Inspector&)> responses;
-    std::vector<Term> terms;  // one for each response
+    std::vector<Term> terms;  // one per response
 };
 
 std::vector<Term> bothEarsOf(const std::vector<std::size_t>& channels) {
@@ -68,7 +68,7 @@ std::vector<Layout> everyLayout() {
          {{0, 0}, {1, 1}}}};
 }
 
-// Interleaved noise in which channels fall silent by themselves and all together, the last one for long.
+// Interleaved noise in which channels fall silent, separately and all at once, and the last one for good.
 Floats programme(std::size_t width, std::size_t frames, std::uint64_t seed) {
     Floats in;
     for (const std::int16_t sample : test::noise(seed, static_cast<int>(width * frames), 32767)) {

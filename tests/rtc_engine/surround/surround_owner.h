@@ -28,13 +28,13 @@ inline SurroundHandle& recordOf(const SurroundPointer& handle) {
     return *static_cast<SurroundHandle*>(handle.get());
 }
 
-/** Samples of an input frame: mono streams come as two. */
+/** Samples per input frame: the effect takes mono as two channels. */
 inline std::size_t surroundWidth(int channels) {
     return static_cast<std::size_t>(std::max(channels, 2));
 }
 
-/** The output of calls of these sizes. Each call's input has memory of its own, so that a sanitizer sees
- * every read beyond it. */
+/** Processes `in` in calls of these sizes, in frames, and returns the output. Each call's input has memory of
+ *  exactly its size, so that a sanitizer reports every read beyond it. */
 inline Pcm surrounded(void* handle, const Pcm& in, int channels, const std::vector<int>& call_sizes) {
     const std::size_t width = surroundWidth(channels);
     Pcm out;
@@ -51,11 +51,12 @@ inline Pcm surrounded(void* handle, const Pcm& in, int channels, const std::vect
     return out;
 }
 
-/** As many calls of `size` frames as fit into `frames`. */
+/** @return as many calls of `size` frames as fit into `frames` */
 inline std::vector<int> callsOf(int size, std::size_t frames) {
     return std::vector<int>(frames / static_cast<std::size_t>(size), size);
 }
 
+/** @return calls of 1 to `longest` frames whose sum is `frames` */
 inline std::vector<int> randomCalls(std::uint64_t seed, std::size_t frames, int longest) {
     Random random(seed);
     std::vector<int> sizes;

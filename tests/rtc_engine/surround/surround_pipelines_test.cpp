@@ -38,7 +38,7 @@ bool isSilent(const Pcm& pcm) {
     return std::count(pcm.begin(), pcm.end(), 0) == static_cast<std::ptrdiff_t>(pcm.size());
 }
 
-TEST(SurroundPipelines, ANullHandleIsLoggedAndRefused) {
+TEST(SurroundPipelines, ANullHandleIsLoggedAndRejected) {
     for (const Pipeline& pipeline : kPipelines) {
         const test::LogCapture log;
         Pcm in(8 * 240, 1);
@@ -50,7 +50,7 @@ TEST(SurroundPipelines, ANullHandleIsLoggedAndRefused) {
     }
 }
 
-TEST(SurroundPipelines, TheDispatchCallsThePipelineOfTypeAndChannels) {
+TEST(SurroundPipelines, DispatchCallsThePipelineOfTheTypeAndChannels) {
     for (const Pipeline& pipeline : kPipelines) {
         Pcm in = test::bursts(1, pipeline.channels * 2400);
         const auto dispatched = makeSurround(pipeline.channels, pipeline.type);
@@ -70,8 +70,8 @@ struct MadeFor {
 
 constexpr MadeFor kEveryHandle[] = {{1, 1}, {1, 2}, {1, 6}, {1, 8}, {13, 1}, {13, 2}, {13, 6}, {13, 8}};
 
-// All 48 combinations: six pipelines, eight kinds of handles.
-TEST(SurroundPipelines, AHandleForOtherChannelsOrAnotherTypeIsRefused) {
+// Tries all 48 combinations of six pipelines and eight kinds of handles.
+TEST(SurroundPipelines, AHandleForOtherChannelsOrAnotherTypeIsRejected) {
     int refused = 0;
     for (const auto& [type, channels] : kEveryHandle) {
         const auto handle = makeSurround(channels, type);
@@ -95,8 +95,8 @@ TEST(SurroundPipelines, AHandleForOtherChannelsOrAnotherTypeIsRefused) {
     EXPECT_EQ(refused, 48 - 8);
 }
 
-// Loud sound has just begun, so its tail would betray a call that rendered anything.
-TEST(SurroundPipelines, ARefusedCallChangesNothingOfTheSoundAfterIt) {
+// Loud sound has just begun, so its tail reveals any call that renders something.
+TEST(SurroundPipelines, ARejectedCallDoesNotChangeLaterSound) {
     for (const auto& [type, channels] : kEveryHandle) {
         const std::size_t width = test::surroundWidth(channels);
         const auto disturbed = makeSurround(channels, type);
@@ -119,7 +119,7 @@ TEST(SurroundPipelines, ARefusedCallChangesNothingOfTheSoundAfterIt) {
     }
 }
 
-TEST(SurroundPipelines, ACorruptedHandleGetsNothing) {
+TEST(SurroundPipelines, ACorruptedHandleGetsNoOutput) {
     const auto handle = makeSurround(2, 1);
     const Pcm in(480, 1);
     GuardedBlock out(480);
@@ -137,7 +137,7 @@ TEST(SurroundPipelines, ACorruptedHandleGetsNothing) {
     EXPECT_EQ(record.inRing->writeIndex, 0);
 }
 
-TEST(SurroundPipelines, FramesBelowOneAreAnsweredBeforeAnythingElseIsLookedAt) {
+TEST(SurroundPipelines, FramesBelowOneReturnBeforeAnyOtherCheck) {
     const short in = 1;
     GuardedBlock out(1);
     const test::LogCapture log;
@@ -164,7 +164,7 @@ TEST(SurroundPipelines, FramesBelowOneAreAnsweredBeforeAnythingElseIsLookedAt) {
     EXPECT_TRUE(log.lines().empty());
 }
 
-TEST(SurroundPipelines, ANullHandleIsLoggedWhateverTheFrames) {
+TEST(SurroundPipelines, ANullHandleIsLoggedForAnyFrames) {
     for (const Pipeline& pipeline : kPipelines) {
         for (const int frames : {240, 1, 0, -1, INT_MIN}) {
             const test::LogCapture log;
@@ -175,7 +175,7 @@ TEST(SurroundPipelines, ANullHandleIsLoggedWhateverTheFrames) {
     }
 }
 
-TEST(SurroundPipelines, IsSilentUntilTheFirstBlockIsWhole) {
+TEST(SurroundPipelines, IsSilentUntilTheFirstBlockIsComplete) {
     const auto handle = makeSurround(2, 1);
     const Pcm in(200, 9000);
     SurroundHandle& record = test::recordOf(handle);
@@ -188,7 +188,7 @@ TEST(SurroundPipelines, IsSilentUntilTheFirstBlockIsWhole) {
     EXPECT_EQ(sonivex::fillLevel(*record.outRing), 280);
 }
 
-TEST(SurroundPipelines, CallsOfABlockHaveNoDelay) {
+TEST(SurroundPipelines, CallsOfOneBlockHaveNoLatency) {
     for (const int channels : {2, 6, 8}) {
         const auto handle = makeSurround(channels, 1);
         SurroundHandle& record = test::recordOf(handle);
@@ -203,7 +203,7 @@ TEST(SurroundPipelines, CallsOfABlockHaveNoDelay) {
     }
 }
 
-TEST(SurroundPipelines, NoFramesRenderWhatStillWaits) {
+TEST(SurroundPipelines, ACallWithoutFramesRendersQueuedInput) {
     const auto handle = makeSurround(2, 1);
     SurroundHandle& record = test::recordOf(handle);
     const Pcm waiting(700, 3000);
@@ -216,7 +216,7 @@ TEST(SurroundPipelines, NoFramesRenderWhatStillWaits) {
     EXPECT_EQ(sonivex::fillLevel(*record.outRing), 480);
 }
 
-TEST(SurroundPipelines, NegativeFramesMeanThatNothingIsReadOrWritten) {
+TEST(SurroundPipelines, NegativeFramesReadAndWriteNothing) {
     const auto handle = makeSurround(6, 13);
     GuardedBlock out(1);
     const short in = 1;
@@ -226,7 +226,7 @@ TEST(SurroundPipelines, NegativeFramesMeanThatNothingIsReadOrWritten) {
     EXPECT_EQ(test::recordOf(handle).inRing->writeIndex, 0);
 }
 
-TEST(SurroundPipelines, NullArgumentsAreRefused) {
+TEST(SurroundPipelines, NullArgumentsAreRejected) {
     const auto handle = makeSurround(2, 1);
     const Pcm in(480, 1);
     GuardedBlock out(480);
@@ -239,7 +239,7 @@ TEST(SurroundPipelines, NullArgumentsAreRefused) {
     EXPECT_EQ(test::recordOf(handle).inRing->writeIndex, 0);
 }
 
-TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRefused) {
+TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRejected) {
     const short in = 1;
     GuardedBlock out(1);
     for (const int channels : {2, 6, 8}) {
@@ -247,7 +247,7 @@ TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRefused) {
         for (const int frames : {INT_MAX, INT_MAX / channels + 1, INT_MIN, INT_MIN / 2 - 1}) {
             EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), frames), 0) << frames;
         }
-        // A negative count is only doubled.
+        // For a negative count the return value is twice the count.
         for (const int frames : {INT_MIN / 2, INT_MIN / channels - 1, INT_MIN / channels}) {
             if (frames < INT_MIN / 2) continue;
             EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), frames), 2 * frames) << frames;
@@ -273,7 +273,7 @@ TEST(SurroundPipelines, NothingOutsideTheOutputIsWritten) {
     }
 }
 
-// Stereo with one tap for each channel at its own ear, so that the conversions on both sides show.
+// Renders stereo with one tap from each channel to its own ear, so that only gain and conversions remain.
 Pcm throughGain(const Pcm& in, float gain, int limiter) {
     const auto handle = makeSurround(2, 1, 0, limiter);
     ConvolveReverbInspector(*test::recordOf(handle).reverb)
@@ -282,20 +282,20 @@ Pcm throughGain(const Pcm& in, float gain, int limiter) {
     return surrounded(handle.get(), in, 2, {240});
 }
 
-TEST(SurroundPipelines, TheHardClipCutsFractionsAndHoldsFullScale) {
+TEST(SurroundPipelines, TheHardClipTruncatesFractionsAndHoldsFullScale) {
     Pcm in(480, 0);
     in[0] = 32767;
     in[3] = -32768;
     const Pcm half = throughGain(in, 0.5F, 0);
-    EXPECT_EQ(half[0], 16383);  // 16383.5
+    EXPECT_EQ(half[0], 16383);  // truncated from 16383.5
     EXPECT_EQ(half[3], -16384);
     const Pcm louder = throughGain(in, 1.5F, 0);
     EXPECT_EQ(louder[0], 32767);
     EXPECT_EQ(louder[3], -32768);
 }
 
-// The limiter's idle gain starts at 1 and has not moved at the first sample but for its smoothing: 0.9998.
-TEST(SurroundPipelines, TheLimiterTakesSamplesInInt16UnitsWithAScaleForEachHalf) {
+// The limiter's idle gain starts at 1; at the first sample its smoothing has moved it to 0.9998.
+TEST(SurroundPipelines, TheLimiterGetsInt16UnitsWithASeparateScaleForEachSign) {
     Pcm in(480, 0);
     in[0] = 32767;
     const float scaled = 0.5F * 32767.0F;
@@ -307,8 +307,8 @@ TEST(SurroundPipelines, TheLimiterTakesSamplesInInt16UnitsWithAScaleForEachHalf)
     EXPECT_EQ(throughGain(in, 0.5F, 1)[0], static_cast<std::int16_t>(expected[0]));
 }
 
-// One sequence for both ears: a peak in the left one turns the right one down within the same frame.
-TEST(SurroundPipelines, TheLimiterHasOneGainForBothEars) {
+// Both ears share one gain: a peak in the left ear lowers the right ear within the same frame.
+TEST(SurroundPipelines, TheLimiterAppliesOneGainToBothEars) {
     Pcm in(480, 0);
     for (std::size_t i = 0; i < 480; i += 2) {
         in[i] = 32767;

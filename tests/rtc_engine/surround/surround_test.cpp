@@ -16,7 +16,7 @@ using test::surrounded;
 constexpr const char* kChannelsMessage =
     "[KelvoSurround]::The input audio channel number is not supported\xEF\xBC\x81\n";
 
-TEST(Surround, AHandleKeepsWhatItWasMadeWith) {
+TEST(Surround, AHandleStoresItsCreationArguments) {
     const auto handle = test::SurroundPointer(aem_CreateSurround(6, 44100, 13, 2, 0));
     const SurroundHandle& record = test::recordOf(handle);
     EXPECT_EQ(record.channels, 6);
@@ -30,7 +30,7 @@ TEST(Surround, AHandleKeepsWhatItWasMadeWith) {
     EXPECT_EQ(sonivex::fillLevel(*record.outRing), 0);
 }
 
-TEST(Surround, StereoHoldsTheTwoChannelResponses) {
+TEST(Surround, StereoLoadsTheTwoChannelResponses) {
     const auto handle = makeSurround(2, 1, 0);
     ConvolveReverbInspector inspector(*test::recordOf(handle).reverb);
     EXPECT_EQ(inspector.layout(), &sonivex::kBingo2);
@@ -63,7 +63,7 @@ TEST(Surround, EveryTypeAndLayoutSetsUpItsAgents) {
     EXPECT_EQ(initialised(8, 13), 14 + 2);
 }
 
-TEST(Surround, OneChannelBehavesAsTwo) {
+TEST(Surround, MonoBehavesLikeStereo) {
     const Pcm in = test::bursts(1, 2 * 4800);
     for (const int type : {1, 13}) {
         const auto mono = makeSurround(1, type);
@@ -73,7 +73,7 @@ TEST(Surround, OneChannelBehavesAsTwo) {
     }
 }
 
-TEST(Surround, UnsupportedChannelsAreLoggedAndGiveNull) {
+TEST(Surround, UnsupportedChannelsAreLoggedAndReturnNull) {
     for (const int channels : {-1, 0, 3, 4, 5, 7, 9}) {
         const test::LogCapture log;
         EXPECT_EQ(test::createRejected(channels, 1), nullptr);
@@ -84,7 +84,7 @@ TEST(Surround, UnsupportedChannelsAreLoggedAndGiveNull) {
     }
 }
 
-TEST(Surround, UnsupportedTypesAreLoggedAndGiveNull) {
+TEST(Surround, UnsupportedTypesAreLoggedAndReturnNull) {
     for (const int type : {-1, 0, 2, 12, 14}) {
         const test::LogCapture log;
         EXPECT_EQ(test::createRejected(2, type), nullptr);
@@ -103,7 +103,7 @@ TEST(Surround, ReleasingANullHandleIsLogged) {
     EXPECT_EQ(log.lines()[0], "[ZubrelAem]: (surround: 732) [audio]::kv surround handle is NULL.\n");
 }
 
-TEST(Surround, TheModeIsHeardWithType13Only) {
+TEST(Surround, TheModeAffectsOnlyType13) {
     const Pcm in = test::bursts(2, 2 * 2400);
     const auto calls = test::callsOf(240, 2400);
     const auto output = [&](int type, int mode) {
@@ -116,7 +116,7 @@ TEST(Surround, TheModeIsHeardWithType13Only) {
     EXPECT_EQ(output(1, 1), output(1, 2));
 }
 
-TEST(Surround, SilenceInIsSilenceOut) {
+TEST(Surround, KeepsSilenceSilent) {
     for (const int type : {1, 13}) {
         for (const int limiter : {0, 1}) {
             const auto handle = makeSurround(8, type, 1, limiter);
@@ -134,7 +134,7 @@ TEST(Surround, TheTailEndsAfterTheLongestResponse) {
     EXPECT_EQ(std::count(out.begin() + 2 * 13000, out.end(), 0), 2 * 1400);
 }
 
-TEST(Surround, ALoudspeakerIsHeardAtItsOwnEarFirstAndLouder) {
+TEST(Surround, ALoudspeakerIsLouderAtItsOwnEar) {
     const auto energies = [](int channels, std::size_t channel, int type) {
         const auto handle = makeSurround(channels, type);
         const auto width = static_cast<std::size_t>(channels);
@@ -160,7 +160,7 @@ TEST(Surround, ALoudspeakerIsHeardAtItsOwnEarFirstAndLouder) {
     }
 }
 
-TEST(Surround, TheLimiterNeverPassesItsCeilingAndTheClipReachesFullScale) {
+TEST(Surround, TheLimiterKeepsItsCeilingAndTheClipReachesFullScale) {
     const Pcm in = test::square(8 * 9600, 8 * 300, 32767);
     const auto calls = test::callsOf(240, 9600);
     const auto limited = makeSurround(8, 1, 0, 1);

@@ -10,7 +10,7 @@
 
 namespace {
 
-/** Mean level between two frequencies, every octave counting the same. */
+// Mean level between two frequencies, in which every octave has the same weight.
 double level_db(const std::vector<double>& power, double from_hz, double to_hz) {
     double sum = 0.0;
     double total = 0.0;
@@ -23,7 +23,7 @@ double level_db(const std::vector<double>& power, double from_hz, double to_hz) 
     return 10.0 * std::log10(sum / total);
 }
 
-TEST(AudioStage, LiftsTheBassAndLeavesTheRestAlone) {
+TEST(IrgenAudioStage, LiftsTheBassAndLeavesTheRestFlat) {
     const std::vector<double> power =
         sonivex_irgen::powerSpectrum(sonivex_irgen::audioStageResponse(), 32768);
     const double middle_db = level_db(power, 400.0, 2000.0);
@@ -33,12 +33,12 @@ TEST(AudioStage, LiftsTheBassAndLeavesTheRestAlone) {
     }
 }
 
-TEST(AudioStage, IsOneClickWithAFaintTail) {
+TEST(IrgenAudioStage, IsAUnitImpulseWithAFaintTail) {
     const std::vector<double> response = sonivex_irgen::audioStageResponse();
     ASSERT_EQ(response.size(), 6000U);
     for (std::size_t n = 0; n < 40; ++n) ASSERT_EQ(response[n], 0.0) << n;
     EXPECT_GT(response[40], 1.0);
-    // From 300 Hz on the filters have rung out after 100 samples; the voicing moves the -28 dB by tenths.
+    // Above 300 Hz the filters have rung out after 100 samples. The voicing moves the -28 dB by tenths.
     std::vector<double> tail = response;
     std::fill(tail.begin(), tail.begin() + 140, 0.0);
     sonivex_irgen::applyFilter(sonivex_irgen::highPass({300.0, 0.7, 44100.0}), tail);

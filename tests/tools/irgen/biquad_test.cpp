@@ -16,14 +16,14 @@ double gain_db(const Biquad& filter, double frequency_hz) {
     return 10.0 * std::log10(powerResponse(filter, frequency_hz, kRate));
 }
 
-TEST(Biquad, HighPassIsThreeDecibelsDownAtItsFrequencyAndFallsTwelveAnOctave) {
+TEST(IrgenBiquad, HighPassIsThreeDecibelsDownAtItsCutoffAndFallsTwelvePerOctave) {
     const Biquad filter = highPass({180.0, kButterworthQ, kRate});
     EXPECT_NEAR(gain_db(filter, 180.0), -3.0103, 1e-3);
     EXPECT_NEAR(gain_db(filter, 5.0) - gain_db(filter, 10.0), -12.04, 0.01);
     EXPECT_NEAR(gain_db(filter, 5000.0), 0.0, 1e-3);
 }
 
-TEST(Biquad, ShelvesReachTheirGainOnTheirSideAndHalfOfItAtTheirFrequency) {
+TEST(IrgenBiquad, ShelvesReachFullGainOnTheirSideAndHalfOfItAtTheirCorner) {
     const Biquad low = lowShelf({110.0, kButterworthQ, kRate}, 4.0);
     EXPECT_NEAR(gain_db(low, 2.0), 4.0, 0.01);
     EXPECT_NEAR(gain_db(low, 110.0), 2.0, 0.01);
@@ -35,14 +35,14 @@ TEST(Biquad, ShelvesReachTheirGainOnTheirSideAndHalfOfItAtTheirFrequency) {
     EXPECT_NEAR(gain_db(high, 23999.0), -6.0, 0.01);
 }
 
-TEST(Biquad, PeakHasItsGainAtItsFrequencyOnly) {
+TEST(IrgenBiquad, PeakHasItsGainOnlyAtItsFrequency) {
     const Biquad filter = peak({300.0, 0.8, kRate}, -1.0);
     EXPECT_NEAR(gain_db(filter, 300.0), -1.0, 1e-6);
     EXPECT_NEAR(gain_db(filter, 5.0), 0.0, 0.01);
     EXPECT_NEAR(gain_db(filter, 20000.0), 0.0, 0.01);
 }
 
-TEST(Biquad, FilteringAnImpulseGivesThePowerResponse) {
+TEST(IrgenBiquad, FilteredImpulseHasTheComputedPowerResponse) {
     const Biquad filter = lowShelf({2000.0, kButterworthQ, kRate}, 6.0);
     std::vector<double> signal(4096, 0.0);
     signal[0] = 1.0;

@@ -15,7 +15,7 @@ namespace {
 
 using namespace sonivex_irgen;
 
-class Command : public testing::Test {
+class IrgenCommand : public testing::Test {
   protected:
     void SetUp() override { std::filesystem::create_directory(folder_); }
     void TearDown() override { std::filesystem::remove_all(folder_); }
@@ -39,7 +39,7 @@ class Command : public testing::Test {
     std::ostringstream err_;
 };
 
-TEST_F(Command, WrongUsageIsCodeTwo) {
+TEST_F(IrgenCommand, WrongUsageExitsWithCodeTwo) {
     using Arguments = std::vector<std::string>;
     for (const Arguments& arguments :
          {Arguments{}, Arguments{"--out"}, Arguments{"--sofa", "x"}, Arguments{"--report"},
@@ -47,31 +47,31 @@ TEST_F(Command, WrongUsageIsCodeTwo) {
         EXPECT_EQ(run(arguments, "default.sofa"), 2);
         EXPECT_EQ(err_.str(), "usage: sonivex-irgen [--sofa FILE] --out FILE [--report]\n");
     }
-    EXPECT_EQ(run({"--out", inFolder("x.cpp")}, ""), 2) << "no default to fall back on";
+    EXPECT_EQ(run({"--out", inFolder("x.cpp")}, ""), 2) << "without --sofa there is no file to use";
 }
 
-TEST_F(Command, UnusableSofaFileIsCodeThreeAndOneLineWithItsName) {
+TEST_F(IrgenCommand, UnusableSofaFileExitsWithCodeThreeAndIsNamedInOneLine) {
     const std::string sofa = inFolder("missing.sofa");
     EXPECT_EQ(run({"--sofa", sofa, "--out", inFolder("x.cpp")}), 3);
-    EXPECT_EQ(err_.str(), sofa + ": cannot be opened or is not SOFA: No such file or directory\n");
+    EXPECT_EQ(err_.str(), sofa + ": cannot be read as a SOFA file: No such file or directory\n");
     EXPECT_TRUE(isFolderEmpty());
 }
 
-TEST_F(Command, SofaFileGivenWinsOverTheDefault) {
+TEST_F(IrgenCommand, GivenSofaFileOverridesTheDefault) {
     EXPECT_EQ(run({"--out", inFolder("x.cpp")}, inFolder("default.sofa")), 3);
     EXPECT_EQ(err_.str().find(inFolder("default.sofa")), 0U);
     EXPECT_EQ(run({"--out", inFolder("x.cpp"), "--sofa", inFolder("own.sofa")}, inFolder("default.sofa")), 3);
     EXPECT_EQ(err_.str().find(inFolder("own.sofa")), 0U);
 }
 
-TEST_F(Command, OutputThatCannotBeWrittenIsCodeFour) {
+TEST_F(IrgenCommand, UnwritableOutputExitsWithCodeFour) {
     SONIVEX_NEED_PACKAGED_HEAD();
     EXPECT_EQ(run({"--out", inFolder("no/such/folder/x.cpp")}, SONIVEX_DEFAULT_SOFA), 4);
     EXPECT_TRUE(isOneLine());
     EXPECT_TRUE(isFolderEmpty());
 }
 
-TEST_F(Command, WritesTheTablesAndReportsEverySet) {
+TEST_F(IrgenCommand, WritesTheTablesAndReportsEverySet) {
     SONIVEX_NEED_PACKAGED_HEAD();
     ASSERT_EQ(run({"--report", "--out", inFolder("x.cpp")}, SONIVEX_DEFAULT_SOFA), 0);
     EXPECT_EQ(err_.str(), "");
@@ -80,19 +80,19 @@ TEST_F(Command, WritesTheTablesAndReportsEverySet) {
          {"cingo", "Bingo 5_1", "Bingo 7_1", "Audio", "2 mode1", "5_1 mode2", "7_1 mode3"}) {
         EXPECT_NE(out_.str().find(std::string("\n") + set), std::string::npos) << set;
     }
-    // Only the file itself is left.
+    // The temporary file is gone.
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 1);
     EXPECT_GT(std::filesystem::file_size(folder_ / "x.cpp"), 2000000U);
 }
 
-TEST_F(Command, FailedWriteLeavesTheOldFileAndNoHalfOne) {
-    // A folder in place of the file: the temporary file can be written, but not renamed.
+TEST_F(IrgenCommand, FailedWriteKeepsTheOldFileAndLeavesNoPartialOne) {
+    // A folder has the file's name: the temporary file can be written, but not renamed.
     std::filesystem::create_directory(folder_ / "taken.cpp");
     EXPECT_THROW(ReplacementFile(inFolder("taken.cpp")).commit("text"), UnwritableOutput);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 1);
     EXPECT_TRUE(std::filesystem::is_directory(folder_ / "taken.cpp"));
 
-    // A full device.
+    // The temporary file is on a full device.
     if (std::filesystem::exists("/dev/full")) {
         std::filesystem::create_directory(folder_ / "sub");
         const std::string temporary = inFolder("sub/x.cpp") + ".part" + std::to_string(getpid());

@@ -15,10 +15,10 @@ std::size_t binAt(double frequency_hz) {
     return static_cast<std::size_t>(std::lround(frequency_hz * kHeadPoints / kRate_hz));
 }
 
-TEST(OctaveSmoothing, AveragesTheBinsAround) {
+TEST(IrgenOctaveSmoothing, AveragesTheBinsAroundEachBin) {
     std::vector<double> power(101, 0.0);
     power[40] = 21.0;
-    // +-1/4 octave around bin 40 is 34 (33.6) to 48 (47.6): 15 bins.
+    // +-1/4 octave around bin 40 spans bins 34 (33.6) to 48 (47.6): 15 bins.
     const std::vector<double> smoothed = smoothOverOctaves(power, 0.25);
     EXPECT_DOUBLE_EQ(smoothed[40], 21.0 / 15.0);
     EXPECT_EQ(smoothed[30], 0.0);
@@ -26,8 +26,9 @@ TEST(OctaveSmoothing, AveragesTheBinsAround) {
     EXPECT_DOUBLE_EQ(smoothOverOctaves(std::vector<double>(64, 3.0), 0.5)[63], 3.0);
 }
 
-TEST(DirectionalTransfer, IsTheLevelAgainstTheAverageOfAllDirections) {
-    // Left: 2^y as a power, right 2^-y. The density weights make the mean one over the sphere's covered part.
+TEST(IrgenDirectionalTransfer, IsTheLevelRelativeToTheAverageOfAllDirections) {
+    // The left ear hears the power 2^y, the right ear 2^-y. The density weights make the average one over the
+    // covered part of the sphere. It is slightly above 1, so the front is slightly below 0 dB.
     const HeadMeasurements head = irgen_test::syntheticHead();
     const std::vector<DirectionalTransfer> transfers = directionalTransfers(head);
     ASSERT_EQ(transfers.size(), head.directions.size());
@@ -42,13 +43,13 @@ TEST(DirectionalTransfer, IsTheLevelAgainstTheAverageOfAllDirections) {
     }
 }
 
-TEST(DirectionalTransfer, FadesInTheBassAndHoldsAbove15KHz) {
+TEST(IrgenDirectionalTransfer, FadesOutInTheBassAndStaysConstantAbove15kHz) {
     const std::vector<DirectionalTransfer> transfers = directionalTransfers(irgen_test::syntheticHead());
     for (const DirectionalTransfer& transfer : transfers) {
         const std::vector<double>& level_db = transfer.transfer_db[0];
         ASSERT_EQ(level_db.size(), kHeadBins);
         for (std::size_t k = 0; k <= binAt(117.0); ++k) ASSERT_EQ(level_db[k], 0.0) << k;
-        // 219.1 Hz is the middle of 120 to 400 on a logarithmic scale; the nearest bin is 210.9 Hz.
+        // 219.1 Hz is the logarithmic middle of 120 and 400 Hz; the nearest bin is at 210.9 Hz.
         ASSERT_NEAR(level_db[binAt(219.1)], 0.451 * level_db[binAt(1000.0)], 0.002);
     }
     SONIVEX_NEED_PACKAGED_HEAD();
@@ -60,7 +61,7 @@ TEST(DirectionalTransfer, FadesInTheBassAndHoldsAbove15KHz) {
     }
 }
 
-TEST(DirectionalTransfer, IsLimitedToMinus30And15Decibels) {
+TEST(IrgenDirectionalTransfer, IsLimitedToMinus30To15Decibels) {
     HeadMeasurements head = irgen_test::syntheticHead();
     for (double& sample : head.directions[0].ears[0]) sample *= 100.0;
     for (double& sample : head.directions[1].ears[0]) sample *= 1e-6;
@@ -69,10 +70,10 @@ TEST(DirectionalTransfer, IsLimitedToMinus30And15Decibels) {
     EXPECT_EQ(transfers[1].transfer_db[0][binAt(2000.0)], -30.0);
 }
 
-TEST(DirectionalTransfer, DoesNotDependOnTheMeasuringLoudspeaker) {
+TEST(IrgenDirectionalTransfer, DoesNotDependOnTheMeasuringLoudspeaker) {
     HeadMeasurements head = irgen_test::syntheticHead();
     const std::vector<DirectionalTransfer> before = directionalTransfers(head);
-    // Another loudspeaker: louder, and with an echo one sample later.
+    // The other loudspeaker is louder and has an echo one sample later.
     for (HeadMeasurement& measured : head.directions) {
         for (std::vector<double>& response : measured.ears) {
             for (std::size_t n = response.size() - 1; n > 0; --n)

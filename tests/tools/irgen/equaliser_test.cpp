@@ -14,7 +14,7 @@ using namespace sonivex_irgen;
 
 constexpr std::size_t kSamples = 8192;
 
-/** A source whose direct sound has a colour, with a faint room of the same colour. */
+// A source with coloured direct sound in a faint room of the same colour.
 SourceComponents coloured(std::size_t arrival, std::uint64_t seed) {
     SourceComponents parts;
     for (std::size_t ear = 0; ear < kEars; ++ear) {
@@ -49,7 +49,7 @@ double bandLevel_db(const std::vector<double>& power, double centre_hz) {
     return 10.0 * std::log10(sum / bins);
 }
 
-TEST(Equaliser, MakesTheProgrammeFlatInThirdsOfAnOctave) {
+TEST(IrgenEqualiser, MakesTheProgrammeFlatInThirdOctaves) {
     for (const Programme programme :
          {Programme::kMusicPair, Programme::kOwnChannel, Programme::kOneChannel}) {
         const EqualiserPlan plan{programme, 0.0, 1.0 / 3.0, 3, 1.0, 10.0};
@@ -63,7 +63,7 @@ TEST(Equaliser, MakesTheProgrammeFlatInThirdsOfAnOctave) {
     }
 }
 
-TEST(Equaliser, LeavesTheDifferenceBetweenTheEars) {
+TEST(IrgenEqualiser, PreservesTheLevelDifferenceBetweenTheEars) {
     const SourceComponents before = coloured(34, 1);
     const EqualiserPlan plan{Programme::kOneChannel, 0.0, 0.5, 1, 0.7, 60.0};
     const EqualisedGroup group = equaliseGroup({before}, plan);
@@ -74,7 +74,7 @@ TEST(Equaliser, LeavesTheDifferenceBetweenTheEars) {
     }
 }
 
-TEST(Equaliser, GainIsLimitedToTwelveDecibels) {
+TEST(IrgenEqualiser, LimitsItsGainToTwelveDecibels) {
     SourceComponents parts = coloured(34, 1);
     for (EarSignals* part : {&parts.direct, &parts.reflections, &parts.tail}) {
         for (std::vector<double>& ear : *part) applyFilter(peak({6000.0, 0.7, kRate_hz}, -30.0), ear);
@@ -84,19 +84,19 @@ TEST(Equaliser, GainIsLimitedToTwelveDecibels) {
     EXPECT_EQ(group.largest_gain_db, 12.0);
 }
 
-TEST(Equaliser, AirRisesBetween11And14KHz) {
+TEST(IrgenEqualiser, AirShelfRisesBetween11And14kHz) {
     EXPECT_EQ(airShelf_db(11000.0, 2.5), 0.0);
     EXPECT_NEAR(airShelf_db(std::sqrt(11000.0 * 14000.0), 2.5), 1.25, 1e-12);
     EXPECT_NEAR(airShelf_db(14000.0, 2.5), 2.5, 1e-12);
     EXPECT_NEAR(airShelf_db(20000.0, 2.5), 2.5, 1e-12);
 }
 
-TEST(ProgrammePower, CountsThePairAsItsChannelsAgree) {
+TEST(IrgenProgrammePower, SumsAPairByTheCoherenceOfItsChannels) {
     EXPECT_NEAR(musicCoherence(20.0), 0.95, 1e-12);
     EXPECT_NEAR(musicCoherence(std::sqrt(150.0 * 3000.0)), 0.65, 1e-12);
     EXPECT_NEAR(musicCoherence(20000.0), 0.35, 1e-12);
 
-    // Every ear hears 1 of one loudspeaker and 0.5 of the other, at once.
+    // Each ear hears one loudspeaker with gain 1 and the other with gain 0.5, without delay.
     EarSignals left;
     left[0] = {1.0};
     left[1] = {0.5};

@@ -21,7 +21,7 @@ std::complex<double> slowBin(const std::vector<double>& x, std::size_t k, std::s
     return sum;
 }
 
-TEST(Fft, AgreesWithTheDefiningSum) {
+TEST(IrgenFft, MatchesTheDefiningSum) {
     for (const std::size_t size : {1U, 2U, 4U, 64U, 512U}) {
         SCOPED_TRACE("noise of seed 3, size " + std::to_string(size));
         const std::vector<double> x = gaussianNoise(3, size);
@@ -35,14 +35,14 @@ TEST(Fft, AgreesWithTheDefiningSum) {
     }
 }
 
-TEST(Fft, RealSignalUndoesRealSpectrum) {
+TEST(IrgenFft, RealSignalInvertsRealSpectrum) {
     const std::vector<double> x = gaussianNoise(4, 32768);
     const std::vector<double> back = realSignal(realSpectrum(x, x.size()));
     ASSERT_EQ(back.size(), x.size());
     for (std::size_t n = 0; n < x.size(); ++n) ASSERT_NEAR(back[n], x[n], 1e-12) << n;
 }
 
-TEST(Fft, ConvolutionAgreesWithTheDefiningSumAndKeepsTheSignalsLength) {
+TEST(IrgenFft, ConvolutionMatchesTheDefiningSumAndKeepsTheSignalLength) {
     const std::vector<double> x = gaussianNoise(5, 300);
     const std::vector<double> h = gaussianNoise(6, 47);
     const std::vector<double> y = convolveToLength(x, h);
@@ -54,7 +54,7 @@ TEST(Fft, ConvolutionAgreesWithTheDefiningSumAndKeepsTheSignalsLength) {
     }
 }
 
-TEST(Fft, NextPowerOfTwoIsNotBelow) {
+TEST(IrgenFft, NextPowerOfTwoIsTheSmallestThatIsNotBelow) {
     EXPECT_EQ(nextPowerOfTwo(0), 1U);
     EXPECT_EQ(nextPowerOfTwo(1), 1U);
     EXPECT_EQ(nextPowerOfTwo(4096), 4096U);

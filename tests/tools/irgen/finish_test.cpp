@@ -11,14 +11,14 @@ namespace {
 
 using namespace sonivex_irgen;
 
-TEST(Finish, SumsToZeroAndEndsInSilence) {
+TEST(IrgenFinish, SumsToZeroAndEndsInSilence) {
     std::vector<double> response = gaussianNoise(11, 7000);
     finishResponse({4.0, 15.0, 0.3, 48000.0}, response);
     EXPECT_NEAR(std::accumulate(response.begin(), response.end(), 0.0), 0.0, 1e-9);
     for (std::size_t n = 6990; n < 7000; ++n) EXPECT_LT(std::abs(response[n]), 1e-4) << n;
 }
 
-TEST(Finish, LeavesTheBeginningButForTheFilters) {
+TEST(IrgenFinish, ChangesTheBeginningOnlyByTheFilters) {
     std::vector<double> response(7000, 0.0);
     response[40] = 1.0;
     finishResponse({0.0, 15.0, 0.3, 48000.0}, response);
@@ -26,8 +26,8 @@ TEST(Finish, LeavesTheBeginningButForTheFilters) {
     EXPECT_NEAR(response[40], 1.0, 0.002);
 }
 
-TEST(Finish, ShelfLiftsTheBass) {
-    // The sum of a response times a slow cosine is its gain at that frequency.
+TEST(IrgenFinish, ShelfLiftsTheBass) {
+    // Correlation with a cosine and a sine of 60 Hz gives the gain at that frequency.
     const auto gain_at_60_hz = [](double shelf_db) {
         std::vector<double> response(13000, 0.0);
         response[40] = 1.0;
@@ -43,7 +43,7 @@ TEST(Finish, ShelfLiftsTheBass) {
     EXPECT_NEAR(gain_at_60_hz(4.0) - gain_at_60_hz(0.0), 3.67, 0.1);
 }
 
-TEST(Quantise, RoundsTheFirst256SamplesToTheNearest) {
+TEST(IrgenQuantise, RoundsTheFirst256SamplesToTheNearestInteger) {
     std::vector<double> response(256, 0.0);
     response[0] = 0.5;
     response[1] = -0.5;
@@ -56,13 +56,13 @@ TEST(Quantise, RoundsTheFirst256SamplesToTheNearest) {
     EXPECT_EQ(table[3], -2);
 }
 
-TEST(Quantise, CarriesTheErrorAfterwardsSoThatTheSumStays) {
+TEST(IrgenQuantise, CarriesLaterRoundingErrorsToPreserveTheSum) {
     const std::vector<std::int16_t> table = quantise(std::vector<double>(1256, 0.3), 1.0);
     EXPECT_EQ(std::accumulate(table.begin(), table.begin() + 256, 0), 0);
     EXPECT_EQ(std::accumulate(table.begin() + 256, table.end(), 0), 300);
 }
 
-TEST(Quantise, PeakIsExact) {
+TEST(IrgenQuantise, KeepsThePeakExact) {
     for (const double peak : {9597.0, 32392.0, 26905.0, 16805.0}) {
         std::vector<double> response = {0.1, -0.7312345678912345, 0.2};
         const std::vector<std::int16_t> table = quantise(response, peak / peakMagnitude(response));
@@ -70,7 +70,7 @@ TEST(Quantise, PeakIsExact) {
     }
 }
 
-TEST(Quantise, RefusesWhatDoesNotFit) {
+TEST(IrgenQuantise, RejectsValuesThatDoNotFitIn16Bits) {
     EXPECT_EQ(quantise({32767.0, -32768.0}, 1.0), (std::vector<std::int16_t>{32767, -32768}));
     EXPECT_THROW(quantise({32767.6}, 1.0), UnmetTableFact);
     EXPECT_THROW(quantise({-32769.0}, 1.0), UnmetTableFact);

@@ -17,18 +17,18 @@ std::size_t binAt(double frequency_hz) {
     return static_cast<std::size_t>(std::lround(frequency_hz * kHeadPoints / kRate_hz));
 }
 
-TEST(InterauralDelay, IsWoodworthsSphere) {
-    // 8.75 cm, 30 degrees: 0.0875 / 343 * (pi / 6 + 1 / 2).
+TEST(IrgenInterauralDelay, FollowsWoodworthsSphere) {
+    // A radius of 8.75 cm at 30 degrees gives 0.0875 / 343 * (pi / 6 + 1 / 2).
     EXPECT_NEAR(woodworthDelay_s(0.0875, horizontalDirection(30.0)), 261.13e-6, 0.01e-6);
     EXPECT_NEAR(woodworthDelay_s(0.0875, horizontalDirection(-150.0)), -261.13e-6, 0.01e-6);
     EXPECT_EQ(woodworthDelay_s(0.0875, {0.0, 0.0, 1.0}), 0.0);
 }
 
-TEST(InterauralDelay, OnsetIsATenthOfThePeakToAnEighthOfASample) {
+TEST(IrgenInterauralDelay, OnsetIsFoundAtATenthOfThePeak) {
     std::vector<double> response(128, 0.0);
     response[20] = 0.05;
     response[50] = -1.0;
-    // The interpolated peak at 50 begins before it; what is at 20 is too small.
+    // The interpolated peak at sample 50 starts before it. The sample at 20 is below a tenth of the peak.
     EXPECT_GT(onset_samples(response), 45.0);
     EXPECT_LT(onset_samples(response), 50.0);
     std::vector<double> later(128, 0.0);
@@ -37,7 +37,7 @@ TEST(InterauralDelay, OnsetIsATenthOfThePeakToAnEighthOfASample) {
     EXPECT_EQ(onset_samples(later) - onset_samples(response), 5.0);
 }
 
-/** Delays of an exact sphere, put into Data.Delay. */
+// A head with the delays of an exact sphere, given as Data.Delay gives them.
 HeadMeasurements sphere(double radius_m) {
     HeadMeasurements head = irgen_test::syntheticHead();
     for (HeadMeasurement& measured : head.directions) {
@@ -52,18 +52,18 @@ HeadMeasurements sphere(double radius_m) {
     return head;
 }
 
-TEST(InterauralDelay, FitFindsTheRadiusOfASphereWithinReason) {
+TEST(IrgenInterauralDelay, FitFindsTheRadiusOfASphereWithinLimits) {
     EXPECT_NEAR(fitHeadRadius_m(sphere(0.0912)), 0.0912, 1e-6);
     EXPECT_EQ(fitHeadRadius_m(sphere(0.05)), 0.07);
     EXPECT_EQ(fitHeadRadius_m(sphere(0.2)), 0.11);
 }
 
-TEST(InterauralDelay, PackagedHeadHasARadiusOf84Millimetres) {
+TEST(IrgenInterauralDelay, PackagedHeadHasARadiusOf84Millimetres) {
     SONIVEX_NEED_PACKAGED_HEAD();
     EXPECT_NEAR(fitHeadRadius_m(*irgen_test::packagedHead()), 0.08426, 0.000005);
 }
 
-class PackagedHeadModel : public testing::Test {
+class IrgenPackagedHeadModel : public testing::Test {
   protected:
     void SetUp() override { SONIVEX_NEED_PACKAGED_HEAD(); }
 
@@ -73,12 +73,12 @@ class PackagedHeadModel : public testing::Test {
     }
 };
 
-TEST_F(PackagedHeadModel, HearsTheLevelsOfTheDesign) {
+TEST_F(IrgenPackagedHeadModel, HasTheLevelsOfAnIndependentPrototype) {
     const auto at = [](double azimuth_deg, double frequency_hz) {
         const EarSpectra heard_db = head().transfer_db(horizontalDirection(azimuth_deg));
         return std::array<double, 2>{heard_db[0][binAt(frequency_hz)], heard_db[1][binAt(frequency_hz)]};
     };
-    // Levels of an independent prototype; how it cuts its averages off at bins may differ.
+    // The levels come from an independent prototype. It may round the limits of its averages to other bins.
     constexpr double kTolerance_db = 0.05;
     EXPECT_NEAR(at(30.0, 1000.0)[0], 1.56, kTolerance_db);
     EXPECT_NEAR(at(30.0, 1000.0)[1], -6.93, kTolerance_db);
@@ -89,7 +89,7 @@ TEST_F(PackagedHeadModel, HearsTheLevelsOfTheDesign) {
     EXPECT_NEAR(at(0.0, 8000.0)[0], -14.95, kTolerance_db);
 }
 
-TEST_F(PackagedHeadModel, HearsWholeSamplesOfDelay) {
+TEST_F(IrgenPackagedHeadModel, DelaysTheEarsByWholeSamples) {
     const auto at = [](double azimuth_deg) {
         return head().arrivals(horizontalDirection(azimuth_deg), 40.0);
     };
@@ -101,7 +101,7 @@ TEST_F(PackagedHeadModel, HearsWholeSamplesOfDelay) {
     EXPECT_EQ(at(-110.0), (Arrivals{53, 28}));
 }
 
-TEST(HeadModel, DirectionBetweenFourMeasuredOnesIsTheirMean) {
+TEST(IrgenHeadModel, AveragesTheFourNearestDirections) {
     std::vector<DirectionalTransfer> transfers;
     for (const double azimuth_deg : {-2.0, -1.0, 1.0, 2.0, 90.0}) {
         DirectionalTransfer& transfer = transfers.emplace_back();
@@ -110,14 +110,14 @@ TEST(HeadModel, DirectionBetweenFourMeasuredOnesIsTheirMean) {
             level_db.assign(kHeadBins, azimuth_deg * azimuth_deg);
     }
     const HeadModel head(transfers, 0.0875);
-    // Weights 1 / (chord + half a degree)^2, chords of 1 and 2 degrees: 1 / 1.5^2 and 1 / 2.5^2.
+    // The weights are 1 / (chord + half a degree)^2. Chords of 1 and 2 degrees give 1 / 1.5^2 and 1 / 2.5^2.
     const double near = 1.0 / (1.5 * 1.5);
     const double far = 1.0 / (2.5 * 2.5);
     const double expected_db = (near * 1.0 + far * 4.0) / (near + far);
     EXPECT_NEAR(head.transfer_db(horizontalDirection(0.0))[0][100], expected_db, 1e-3);
 }
 
-TEST(HeadModel, ResponsesOutsideTheSignalAreDropped) {
+TEST(IrgenHeadModel, DropsSamplesOutsideTheSignal) {
     std::vector<double> signal(4, 0.0);
     addResponse({1.0, 2.0, 3.0}, 2.0, -1, signal);
     EXPECT_EQ(signal, (std::vector<double>{4.0, 6.0, 0.0, 0.0}));

@@ -19,14 +19,14 @@ double energy(const std::vector<double>& signal, std::size_t from, std::size_t t
     return sum;
 }
 
-TEST(LateTail, EarsAgreeInTheBassAndNotInTheTreble) {
+TEST(IrgenLateTail, EarsAreCoherentInTheBassButNotInTheTreble) {
     EXPECT_NEAR(earCoherence(0.0), 1.0, 1e-12);
-    // By hand at 500 Hz: k d = 1.3739; sin(3.0225) / 3.0225 = 0.03930; sqrt(1 + 0.6869^4) = 1.1056.
+    // Worked by hand at 500 Hz: k d = 1.3739; sin(3.0225) / 3.0225 = 0.03930; sqrt(1 + 0.6869^4) = 1.1056.
     EXPECT_NEAR(earCoherence(500.0), 0.03930 / 1.1056, 1e-4);
     EXPECT_LT(std::abs(earCoherence(4000.0)), 0.01);
 }
 
-TEST(LateTail, IsSilentUntilTheDirectSound) {
+TEST(IrgenLateTail, IsSilentUntilTheDirectSound) {
     for (const std::vector<double>& ear : binauralTail(101, roomDecay(kListeningRoom), kSamples)) {
         ASSERT_EQ(ear.size(), kSamples);
         for (std::size_t n = 0; n <= 40; ++n) ASSERT_EQ(ear[n], 0.0) << n;
@@ -34,11 +34,11 @@ TEST(LateTail, IsSilentUntilTheDirectSound) {
     }
 }
 
-TEST(LateTail, FallsBySixtyDecibelsInTheReverberationTime) {
+TEST(IrgenLateTail, DecaysBySixtyDecibelsInTheReverberationTime) {
     TailDecay decay{};
     decay.reverberation_times_s.fill(0.2);
     decay.mixing_s = 0.005;
-    // Averaged over seeds 1 to 20: energies of 10 ms, 100 ms apart, differ by 30 dB.
+    // Energies of 10 ms that are 100 ms apart differ by 30 dB; seeds 1 to 20 are averaged.
     double early = 0.0;
     double late = 0.0;
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
@@ -49,7 +49,7 @@ TEST(LateTail, FallsBySixtyDecibelsInTheReverberationTime) {
     EXPECT_NEAR(10.0 * std::log10(early / late), 30.0, 0.5);
 }
 
-TEST(LateTail, RisesLinearlyUntilTheMixingTime) {
+TEST(IrgenLateTail, RisesLinearlyUntilTheMixingTime) {
     TailDecay decay{};
     decay.reverberation_times_s.fill(1000.0);
     decay.mixing_s = 0.1;  // 4800 samples from sample 40 on
@@ -63,7 +63,7 @@ TEST(LateTail, RisesLinearlyUntilTheMixingTime) {
     EXPECT_NEAR(std::sqrt(quarter / full), 0.25, 0.01);
 }
 
-TEST(LateTail, CoherenceOfTheEarsIsThatOfADiffuseField) {
+TEST(IrgenLateTail, InterauralCoherenceMatchesADiffuseField) {
     TailDecay decay{};
     decay.reverberation_times_s.fill(3.0);
     decay.mixing_s = 0.005;
@@ -88,7 +88,7 @@ TEST(LateTail, CoherenceOfTheEarsIsThatOfADiffuseField) {
     }
 }
 
-TEST(LateTail, RoomsDecayFasterInTheTrebleAndMixWithTheirVolume) {
+TEST(IrgenLateTail, RoomsDecayFasterInTheTrebleAndMixAccordingToTheirVolume) {
     const TailDecay decay = roomDecay(kListeningRoom);
     EXPECT_NEAR(decay.reverberation_times_s[0], 0.2875, 1e-12);
     EXPECT_NEAR(decay.reverberation_times_s[3], 0.25, 1e-12);

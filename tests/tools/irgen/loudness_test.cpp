@@ -11,7 +11,7 @@ namespace {
 
 using namespace sonivex_irgen;
 
-/** Loudness of a full-scale sine in one channel, by a library of its own. */
+// Loudness of a full-scale sine in one channel, measured with libebur128.
 double sineLoudness_lufs(double frequency_hz) {
     struct Destroy {
         void operator()(ebur128_state* state) const { ebur128_destroy(&state); }
@@ -27,7 +27,7 @@ double sineLoudness_lufs(double frequency_hz) {
     return loudness_lufs;
 }
 
-TEST(Loudness, KWeightingIsThatOfALoudnessMeter) {
+TEST(IrgenLoudness, KWeightingMatchesALoudnessMeter) {
     for (const double frequency_hz : {30.0, 60.0, 200.0, 997.0, 2500.0, 8000.0, 16000.0}) {
         const double relative_db = 10.0 * std::log10(kWeighting(frequency_hz) / kWeighting(997.0));
         EXPECT_NEAR(relative_db, sineLoudness_lufs(frequency_hz) - sineLoudness_lufs(997.0), 0.1)
@@ -35,12 +35,12 @@ TEST(Loudness, KWeightingIsThatOfALoudnessMeter) {
     }
 }
 
-TEST(Loudness, OfAFlatResponseIsItsLevel) {
+TEST(IrgenLoudness, EqualsTheLevelOfAFlatResponse) {
     EXPECT_NEAR(pinkLoudness_db(std::vector<double>(16385, 1.0)), 0.0, 1e-12);
     EXPECT_NEAR(pinkLoudness_db(std::vector<double>(16385, 0.25)), -6.0206, 1e-4);
 }
 
-TEST(Loudness, IgnoresWhatIsInaudible) {
+TEST(IrgenLoudness, IgnoresInaudibleFrequencies) {
     std::vector<double> power(16385, 1.0);
     power[0] = power[5] = 1e6;          // 7 Hz
     power[14000] = power[16384] = 1e6;  // 20.5 kHz and more

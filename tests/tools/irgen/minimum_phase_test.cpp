@@ -12,7 +12,7 @@ using sonivex_irgen::minimumPhaseResponse;
 
 constexpr std::size_t kPoints = 2048;
 
-/** Levels of the filter 1 - zero * z^-1. */
+// Levels in dB of the filter 1 - zero * z^-1.
 std::vector<double> oneZeroLevels(double zero) {
     std::vector<double> levels(kPoints / 2 + 1);
     for (std::size_t k = 0; k < levels.size(); ++k) {
@@ -22,23 +22,23 @@ std::vector<double> oneZeroLevels(double zero) {
     return levels;
 }
 
-TEST(MinimumPhase, FlatLevelIsOneSample) {
+TEST(IrgenMinimumPhase, FlatMagnitudeYieldsASingleSample) {
     const std::vector<double> response = minimumPhaseResponse(std::vector<double>(kPoints / 2 + 1, 6.0), 512);
     ASSERT_EQ(response.size(), 512U);
     EXPECT_NEAR(response[0], std::pow(10.0, 0.3), 1e-12);
     for (std::size_t n = 1; n < response.size(); ++n) ASSERT_NEAR(response[n], 0.0, 1e-12) << n;
 }
 
-TEST(MinimumPhase, FindsTheFilterWhoseZeroIsInsideTheUnitCircle) {
-    // A zero at 1/0.8 has the same magnitude but for a factor, and would be the wrong answer.
+TEST(IrgenMinimumPhase, PlacesTheZeroInsideTheUnitCircle) {
+    // A zero at 1/0.8 gives the same magnitude up to a factor, but not the minimum phase.
     const std::vector<double> response = minimumPhaseResponse(oneZeroLevels(0.8), 512);
     EXPECT_NEAR(response[0], 1.0, 1e-9);
     EXPECT_NEAR(response[1], -0.8, 1e-9);
     for (std::size_t n = 2; n < response.size(); ++n) ASSERT_NEAR(response[n], 0.0, 1e-9) << n;
 }
 
-TEST(MinimumPhase, SecondHalfFadesToNothing) {
-    // 1 / (1 - 0.999 z^-1) rings beyond the end.
+TEST(IrgenMinimumPhase, SecondHalfFadesOut) {
+    // 1 / (1 - 0.999 z^-1) still rings at the end.
     std::vector<double> levels = oneZeroLevels(0.999);
     for (double& level : levels) level = -level;
     const std::vector<double> response = minimumPhaseResponse(levels, 64);

@@ -6,8 +6,8 @@ namespace {
 
 using sonivex_irgen::sha256;
 
-// Examples of FIPS 180-4 and of NIST's validation programme.
-TEST(Sha256, GivesTheStandardsExamples) {
+// The examples are those of FIPS 180-4 and of NIST's validation programme.
+TEST(IrgenSha256, MatchesTheExamplesOfTheStandard) {
     EXPECT_EQ(sha256(""), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
     EXPECT_EQ(sha256("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
     EXPECT_EQ(sha256("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),

@@ -24,7 +24,7 @@ std::string reasonAgainst(const std::string& path) {
     }
 }
 
-class SofaFile : public testing::Test {
+class IrgenSofaFile : public testing::Test {
   protected:
     void SetUp() override { std::filesystem::create_directory(folder_); }
     void TearDown() override { std::filesystem::remove_all(folder_); }
@@ -43,7 +43,7 @@ class SofaFile : public testing::Test {
         std::filesystem::temp_directory_path() / ("sonivex-sofa-" + std::to_string(getpid()));
 };
 
-TEST_F(SofaFile, PackagedMeasurementsAre710DirectionsOf512SamplesAt44100Hz) {
+TEST_F(IrgenSofaFile, PackagedFileHas710DirectionsOf512SamplesAt44100Hz) {
     SONIVEX_NEED_PACKAGED_HEAD();
     const HeadMeasurements& head = *irgen_test::packagedHead();
     EXPECT_EQ(head.directions.size(), 710U);
@@ -53,27 +53,27 @@ TEST_F(SofaFile, PackagedMeasurementsAre710DirectionsOf512SamplesAt44100Hz) {
         ASSERT_NEAR(length(measured.direction), 1.0, 1e-12);
 }
 
-TEST_F(SofaFile, MissingFileIsNamedAsTheSystemDoes) {
+TEST_F(IrgenSofaFile, ReportsTheSystemsReasonForAMissingFile) {
     EXPECT_EQ(reasonAgainst((folder_ / "none.sofa").string()),
-              "cannot be opened or is not SOFA: No such file or directory");
+              "cannot be read as a SOFA file: No such file or directory");
 }
 
-TEST_F(SofaFile, TextIsNotSofa) {
-    EXPECT_EQ(reasonAgainst(write("not a SOFA file")), "cannot be opened or is not SOFA: invalid format");
-    EXPECT_NE(reasonAgainst(write("")).find("cannot be opened or is not SOFA"), std::string::npos);
+TEST_F(IrgenSofaFile, RejectsTextFiles) {
+    EXPECT_EQ(reasonAgainst(write("not a SOFA file")), "cannot be read as a SOFA file: invalid format");
+    EXPECT_NE(reasonAgainst(write("")).find("cannot be read as a SOFA file"), std::string::npos);
 }
 
-TEST_F(SofaFile, TruncatedFileIsRefused) {
+TEST_F(IrgenSofaFile, RejectsATruncatedFile) {
     SONIVEX_NEED_PACKAGED_HEAD();
     const std::string bytes = packagedBytes();
     for (const std::size_t size : {bytes.size() / 2, bytes.size() - 1000}) {
-        EXPECT_NE(reasonAgainst(write(bytes.substr(0, size))).find("cannot be opened or is not SOFA"),
+        EXPECT_NE(reasonAgainst(write(bytes.substr(0, size))).find("cannot be read as a SOFA file"),
                   std::string::npos)
             << size;
     }
 }
 
-TEST_F(SofaFile, OtherConventionIsRefused) {
+TEST_F(IrgenSofaFile, RejectsAnotherConvention) {
     SONIVEX_NEED_PACKAGED_HEAD();
     std::string bytes = packagedBytes();
     const std::string convention = "SimpleFreeFieldHRIR";
@@ -83,8 +83,8 @@ TEST_F(SofaFile, OtherConventionIsRefused) {
     EXPECT_NE(reasonAgainst(write(bytes)).find("not a file of free-field head responses"), std::string::npos);
 }
 
-/** A record as libmysofa fills it: two directions, responses of three samples. */
-class SofaRecord : public testing::Test {
+// A record as libmysofa fills it, with two directions and responses of three samples.
+class IrgenSofaRecord : public testing::Test {
   protected:
     MYSOFA_HRTF record() {
         MYSOFA_HRTF hrtf{};
@@ -109,7 +109,7 @@ class SofaRecord : public testing::Test {
     float delays_[4] = {0.5F, 1.5F, 2.5F, 3.5F};
 };
 
-TEST_F(SofaRecord, IsReadByDirectionAndEar) {
+TEST_F(IrgenSofaRecord, IsReadByDirectionAndEar) {
     const HeadMeasurements head = measurementsIn(record());
     ASSERT_EQ(head.directions.size(), 2U);
     EXPECT_EQ(head.rate_hz, 48000.0);
@@ -121,7 +121,7 @@ TEST_F(SofaRecord, IsReadByDirectionAndEar) {
     EXPECT_EQ(head.directions[1].delays_samples[1], 3.5);
 }
 
-TEST_F(SofaRecord, ReceiverOnThePositiveSideIsTheLeftEar) {
+TEST_F(IrgenSofaRecord, ReceiverOnThePositiveSideIsTheLeftEar) {
     receivers_[1] = -0.09F;
     receivers_[4] = 0.09F;
     const HeadMeasurements head = measurementsIn(record());
@@ -129,7 +129,7 @@ TEST_F(SofaRecord, ReceiverOnThePositiveSideIsTheLeftEar) {
     EXPECT_EQ(head.directions[0].delays_samples[0], 1.5);
 }
 
-TEST_F(SofaRecord, DelaysMayBeSharedByAllDirectionsOrMissing) {
+TEST_F(IrgenSofaRecord, DelaysMayBeSharedByAllDirectionsOrAbsent) {
     MYSOFA_HRTF hrtf = record();
     hrtf.DataDelay.elements = 2;
     EXPECT_EQ(measurementsIn(hrtf).directions[1].delays_samples[1], 1.5);
@@ -137,7 +137,7 @@ TEST_F(SofaRecord, DelaysMayBeSharedByAllDirectionsOrMissing) {
     EXPECT_EQ(measurementsIn(hrtf).directions[1].delays_samples[1], 0.0);
 }
 
-TEST_F(SofaRecord, IsRefusedWhenSomethingDoesNotFit) {
+TEST_F(IrgenSofaRecord, IsRejectedWhenItIsInconsistent) {
     const auto refuses = [this](auto change) {
         MYSOFA_HRTF hrtf = record();
         change(hrtf);
@@ -154,7 +154,7 @@ TEST_F(SofaRecord, IsRefusedWhenSomethingDoesNotFit) {
     refuses([](MYSOFA_HRTF& hrtf) { hrtf.ReceiverPosition.values[4] = hrtf.ReceiverPosition.values[1]; });
 }
 
-TEST_F(SofaRecord, SourceInsideTheHeadIsRefused) {
+TEST_F(IrgenSofaRecord, SourceAtTheCentreOfTheHeadIsRejected) {
     sources_[1] = 0.0F;
     EXPECT_THROW(measurementsIn(record()), UnusableHead);
     sources_[1] = NAN;

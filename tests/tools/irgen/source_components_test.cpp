@@ -24,7 +24,7 @@ const SourceComponents& left30() {
     return parts;
 }
 
-/** Energy of both ears from 300 Hz on, sample by sample less what is below. */
+// Energy of both ears from 300 Hz up.
 double energyAbove300Hz(const EarSignals& ears) {
     double sum = 0.0;
     for (const std::vector<double>& ear : ears) {
@@ -42,19 +42,19 @@ EarSignals difference(const EarSignals& a, const EarSignals& b) {
     return result;
 }
 
-TEST(SourceComponents, MixHasTheRatioOfDirectToReverberantEnergy) {
+TEST(IrgenSourceComponents, MixHasTheRequestedDirectToReverberantRatio) {
     for (const double ratio_db : {4.5, 8.0, 14.0, 20.0}) {
         const EarSignals mixed = mixComponents(left30(), ratio_db);
         const EarSignals room = difference(mixed, left30().direct);
         const double measured_db =
             10.0 * std::log10(energyAbove300Hz(left30().direct) / energyAbove300Hz(room));
-        // Reflections and tail are added as if they had nothing in common.
+        // The mix assumes that reflections and tail are uncorrelated; hence the tolerance.
         EXPECT_NEAR(measured_db, ratio_db, 0.3);
     }
 }
 
-TEST(SourceComponents, ReflectionsAreAtLeastFourDecibelsLowerAndAtMostHalfOfTheRoom) {
-    // By the first sample of a reflection, which the tail hardly reaches.
+TEST(IrgenSourceComponents, ReflectionsLoseFourDecibelsAndHoldAtMostHalfOfTheReverberantEnergy) {
+    // The gain of the reflections is measured where the tail is practically silent.
     SourceComponents parts = left30();
     for (std::vector<double>& ear : parts.tail) {
         for (double& sample : ear) sample *= 1e-9;
@@ -75,7 +75,7 @@ TEST(SourceComponents, ReflectionsAreAtLeastFourDecibelsLowerAndAtMostHalfOfTheR
     EXPECT_NEAR(gain_at(20.0), std::sqrt(half / energyAbove300Hz(parts.reflections)), 1e-4);
 }
 
-TEST(SourceComponents, RoomIsSilentInTheBass) {
+TEST(IrgenSourceComponents, ReverberationIsAttenuatedInTheBass) {
     for (const EarSignals* part : {&left30().reflections, &left30().tail}) {
         const std::vector<double> power = powerSpectrum((*part)[0], kSamples);
         double bass = 0.0;
@@ -86,14 +86,14 @@ TEST(SourceComponents, RoomIsSilentInTheBass) {
     }
 }
 
-TEST(SourceComponents, LowFrequencyChannelIsAUnitSampleInBothEars) {
+TEST(IrgenSourceComponents, LowFrequencyChannelReachesBothEarsAsAUnitSample) {
     const SourceComponents parts = lowFrequencyComponents(head(), kListeningRoom, {0.0, 1090, kSamples});
     for (const std::vector<double>& ear : parts.direct) {
         for (std::size_t n = 0; n < kSamples; ++n) ASSERT_EQ(ear[n], n == 40 ? 1.0 : 0.0) << n;
     }
 }
 
-TEST(SourceComponents, CopyMakesTheEarsEqual) {
+TEST(IrgenSourceComponents, CopyMakesTheEarsEqual) {
     SourceComponents parts = left30();
     copyLeftToRight(parts);
     EXPECT_EQ(parts.direct[0], parts.direct[1]);

@@ -11,7 +11,7 @@ namespace {
 
 using namespace sonivex_irgen;
 
-/** A table with one peak, and a small number of its own. */
+// A table with one peak, and a small number that no other table has.
 Table spike(const std::string& name, std::size_t samples, int peak) {
     static std::int16_t number = 0;
     Table table{name, std::vector<std::int16_t>(samples, 0)};
@@ -20,8 +20,8 @@ Table spike(const std::string& name, std::size_t samples, int peak) {
     return table;
 }
 
-/** What a set must hold: `sides` has one letter for each source, left, right, centre (equal ears in a mode)
- * or bass. */
+// A set that keeps all facts. `sides` has one letter for each source: l left, r right, c centre (with equal
+// ears in a mode), b low-frequency channel.
 TableSet validSet(const std::string& layout, const std::string& kind, std::size_t samples,
                   const std::string& sides, int peak) {
     TableSet set{};
@@ -57,7 +57,7 @@ std::vector<TableSet> validSets() {
     return sets;
 }
 
-class TableFacts : public testing::Test {
+class IrgenTableFacts : public testing::Test {
   protected:
     Table& table(const std::string& name) {
         for (TableSet& set : sets_) {
@@ -80,29 +80,29 @@ class TableFacts : public testing::Test {
     std::vector<TableSet> sets_ = validSets();
 };
 
-TEST_F(TableFacts, HoldForAll117Tables) {
+TEST_F(IrgenTableFacts, HoldForAll117Tables) {
     EXPECT_EQ(complaint(), "");
     std::size_t tables = 0;
     for (const TableSet& set : sets_) tables += set.tables.size();
     EXPECT_EQ(tables, 117U);
 }
 
-TEST_F(TableFacts, NoticeAWrongLength) {
+TEST_F(IrgenTableFacts, DetectAWrongLength) {
     table("5_1_2_h_mode2R48").samples.push_back(0);
     EXPECT_EQ(complaint(), "5_1_2_h_mode2R48: wrong length");
 }
 
-TEST_F(TableFacts, NoticeAWrongName) {
+TEST_F(IrgenTableFacts, DetectAWrongName) {
     table("cingoLL48").name = "cingoXX48";
     EXPECT_EQ(complaint(), "cingoXX48: wrong name");
 }
 
-TEST_F(TableFacts, NoticeAWrongPeak) {
+TEST_F(IrgenTableFacts, DetectAWrongPeak) {
     table("dolby441").samples[0] = 26906;
     EXPECT_EQ(complaint(), "dolby441: the set's peak is 26906 instead of 26905");
 }
 
-TEST_F(TableFacts, NoticeASourceOnTheWrongSide) {
+TEST_F(IrgenTableFacts, DetectASourceOnTheWrongSide) {
     std::swap(table("7_1_5_h_cL48").samples, table("7_1_5_h_cR48").samples);
     EXPECT_EQ(complaint(), "7_1_5_h_cL48: the source is not on the left");
     std::swap(table("7_1_5_h_cL48").samples, table("7_1_5_h_cR48").samples);
@@ -110,17 +110,17 @@ TEST_F(TableFacts, NoticeASourceOnTheWrongSide) {
     EXPECT_EQ(complaint(), "5_1_3_h_cL48: the source is not in the centre");
 }
 
-TEST_F(TableFacts, NoticeUnequalEarsInTheCentreOfAMode) {
+TEST_F(IrgenTableFacts, DetectUnequalEarsInTheCentreOfAMode) {
     table("7_1_3_h_mode3R48").samples[3000] += 1;
-    EXPECT_EQ(complaint(), "7_1_3_h_mode3L48: the ears differ");
+    EXPECT_EQ(complaint(), "7_1_3_h_mode3L48: the two ears differ");
 }
 
-TEST_F(TableFacts, NoticeTwoEqualTables) {
+TEST_F(IrgenTableFacts, DetectTwoEqualTables) {
     table("7_1_6_h_mode1L48").samples = table("7_1_4_h_mode1L48").samples;
-    EXPECT_EQ(complaint(), "7_1_4_h_mode1L48: the same as 7_1_6_h_mode1L48");
+    EXPECT_EQ(complaint(), "7_1_4_h_mode1L48: identical to 7_1_6_h_mode1L48");
 }
 
-TEST_F(TableFacts, NoticeAMissingTable) {
+TEST_F(IrgenTableFacts, DetectAMissingTable) {
     sets_[4].tables.pop_back();
     EXPECT_EQ(complaint(), "2 mode1: wrong number of tables");
     sets_.pop_back();

@@ -22,7 +22,7 @@ std::string fileBytes(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-TEST(Tables, AreByteForByteWhatIsCommitted) {
+TEST(IrgenTables, MatchTheCommittedTablesByteForByte) {
     SONIVEX_NEED_PACKAGED_HEAD();
     const std::string committed = fileBytes(SONIVEX_COMMITTED_TABLES);
     ASSERT_FALSE(committed.empty());
@@ -40,7 +40,7 @@ TEST(Tables, AreByteForByteWhatIsCommitted) {
     EXPECT_FALSE(std::getline(made, made_line));
 }
 
-TEST(Tables, SourceHasSixteenValuesALineAndAHeader) {
+TEST(IrgenTables, SourceHasAHeaderAndSixteenValuesPerLine) {
     TableSet set{};
     set.tables.push_back({"x", {}});
     for (std::int16_t n = 0; n < 18; ++n) set.tables[0].samples.push_back(static_cast<std::int16_t>(n - 1));
@@ -54,7 +54,7 @@ TEST(Tables, SourceHasSixteenValuesALineAndAHeader) {
     EXPECT_NE(text.find("sonivex-irgen"), std::string::npos);
 }
 
-TEST(LoudspeakerSets, SeedsAreThoseThatTheSoundWasJudgedWith) {
+TEST(IrgenLoudspeakerSets, SeedsMatchTheCommittedTables) {
     const auto seeds = [](const LoudspeakerSet& set) {
         std::vector<std::uint64_t> all;
         for (const LoudspeakerGroup& group : set.groups) all.push_back(group.seed);
@@ -71,7 +71,7 @@ TEST(LoudspeakerSets, SeedsAreThoseThatTheSoundWasJudgedWith) {
     EXPECT_EQ(seeds(sets[11]), (Seeds{5300, 5310, 5320, 5330}));
 }
 
-TEST(LoudspeakerSets, BackPairComesBeforeTheSidePair) {
+TEST(IrgenLoudspeakerSets, BackPairComesBeforeTheSidePair) {
     const std::vector<LoudspeakerSet> sets = loudspeakerSets();
     for (const std::size_t i : {2U, 9U, 10U, 11U}) {
         const std::vector<LoudspeakerGroup>& groups = sets[i].groups;

@@ -16,10 +16,10 @@
 namespace {
 
 constexpr float kCeiling = 32440.32F;
-// ceiling / x * x rounds twice: it can end one unit in the last place above the ceiling.
+// ceiling / x * x rounds twice and can exceed the ceiling by one unit in the last place.
 constexpr float kCeilingWithRounding = 32440.3223F;
 
-// Reset of what creation may have left in the record: it promises nothing about the contents.
+// Creation promises nothing about the contents of the record, so this fills it with garbage before the reset.
 sonivex::Au2LimiterOwner makeLimiter() {
     auto limiter = sonivex::makeAu2Limiter();
     std::memset(static_cast<void*>(limiter.get()), 0xA5, sizeof *limiter);
@@ -49,7 +49,7 @@ TEST(Au2Limiter, ResetGivesEveryFieldItsStartValue) {
     EXPECT_EQ(limiter->lookahead, 0);
 }
 
-TEST(Au2Limiter, BelowTheCeilingTheGainSinksFromOneToTwoThousandthsBelow) {
+TEST(Au2Limiter, TheIdleGainSettlesTwoThousandthsBelowOne) {
     const auto limiter = makeLimiter();
     const std::vector<float> out = limit(*limiter, std::vector<float>(480, 16000.0F), 0);
     EXPECT_NEAR(out.front(), 0.9998 * 16000, 0.01);
@@ -58,10 +58,10 @@ TEST(Au2Limiter, BelowTheCeilingTheGainSinksFromOneToTwoThousandthsBelow) {
     EXPECT_EQ(limiter->limiting, 0);
 }
 
-TEST(Au2Limiter, ALoudBlockEngagesAtItsFirstSampleAndStaysUnderTheCeiling) {
+TEST(Au2Limiter, EngagesAtTheFirstSampleOfALoudBlockAndKeepsTheCeiling) {
     const auto limiter = makeLimiter();
     std::fill(std::begin(limiter->peakTree), std::end(limiter->peakTree),
-              1e9F);  // must be cleared on engaging
+              1e9F);  // the limiter must clear it when it engages
     std::vector<float> in(480, 100.0F);
     in.back() = -40000.0F;
 
@@ -75,7 +75,7 @@ TEST(Au2Limiter, ALoudBlockEngagesAtItsFirstSampleAndStaysUnderTheCeiling) {
     EXPECT_EQ(std::count(limiter->peakTree + 128, limiter->peakTree + 512, 0.0F), 384);
 }
 
-TEST(Au2Limiter, ASampleThatTheGainWouldLeaveTooLoudIsHeldAtTheCeiling) {
+TEST(Au2Limiter, HoldsASampleAtTheCeilingIfTheGainLeavesItTooLoud) {
     const auto limiter = makeLimiter();
     const std::vector<float> out = limit(*limiter, {40000.0F}, 1);
     EXPECT_NEAR(out[0], kCeiling, 0.005);
@@ -91,17 +91,17 @@ TEST(Au2Limiter, ReleasesWhenTheLoudLevelLeavesTheWindow) {
     EXPECT_EQ(limiter->limiting, 0);
 }
 
-TEST(Au2Limiter, AfterTheReleaseTheGainRisesByTheReleaseStepOnly) {
+TEST(Au2Limiter, RaisesTheGainByTheReleaseStepAfterTheRelease) {
     const auto limiter = makeLimiter();
-    limit(*limiter, std::vector<float>(480, 64880.0F), 1);  // gain 0.5 and a little less
+    limit(*limiter, std::vector<float>(480, 64880.0F), 1);  // gain slightly below 0.5
     const float before = limiter->gain;
-    limit(*limiter, std::vector<float>(64, 1000.0F), 0);  // the last of these is the first to rise
+    limit(*limiter, std::vector<float>(64, 1000.0F), 0);  // the release happens at the last of these
     limit(*limiter, std::vector<float>(100, 1000.0F), 0);
     const double left = std::pow(0.9999, 101);
     EXPECT_NEAR(limiter->gain, before * left + (1 - left), 1e-4);
 }
 
-TEST(Au2Limiter, NothingHappensForNoSamples) {
+TEST(Au2Limiter, IgnoresCallsWithoutSamples) {
     const auto limiter = makeLimiter();
     limit(*limiter, std::vector<float>(100, 40000.0F), 1);
     const Au2LimiterState before = *limiter;
@@ -113,7 +113,7 @@ TEST(Au2Limiter, NothingHappensForNoSamples) {
     EXPECT_EQ(std::memcmp(&before, limiter.get(), sizeof before), 0);
 }
 
-TEST(Au2Limiter, ANullStateIsAnErrorOfProcessAndFree) {
+TEST(Au2Limiter, ProcessAndFreeRejectANullState) {
     const float in = 1.0F;
     float out = 5.0F;
     EXPECT_EQ(au2_limiter_proc(nullptr, &in, 1, &out), -1);
@@ -121,13 +121,13 @@ TEST(Au2Limiter, ANullStateIsAnErrorOfProcessAndFree) {
     EXPECT_EQ(au2_limiter_free(nullptr), -1);
 }
 
-TEST(Au2Limiter, CreatingAndFreeingAStateReturnZero) {
+TEST(Au2Limiter, CreateAndFreeReturnZero) {
     Au2LimiterState* state = nullptr;
     EXPECT_EQ(au2_limiter_create(&state), 0);
     EXPECT_EQ(au2_limiter_free(state), 0);
 }
 
-TEST(Au2Limiter, ExactlyTheCeilingDoesNotEngage) {
+TEST(Au2Limiter, DoesNotEngageAtExactlyTheCeiling) {
     const auto limiter = makeLimiter();
     limit(*limiter, {kCeiling}, 0);
     EXPECT_EQ(limiter->limiting, 0);
@@ -135,7 +135,7 @@ TEST(Au2Limiter, ExactlyTheCeilingDoesNotEngage) {
     EXPECT_EQ(limiter->limiting, 1);
 }
 
-TEST(Au2Limiter, ReleasesWhenTheWindowHoldsExactlyTheCeiling) {
+TEST(Au2Limiter, ReleasesWhenTheWindowMaximumEqualsTheCeiling) {
     const auto limiter = makeLimiter();
     limit(*limiter, {40000.0F}, 1);
     limit(*limiter, std::vector<float>(63, kCeiling), 0);
@@ -144,9 +144,9 @@ TEST(Au2Limiter, ReleasesWhenTheWindowHoldsExactlyTheCeiling) {
     EXPECT_EQ(limiter->limiting, 0);
 }
 
-TEST(Au2Limiter, TheFactorsOfSmoothingAndReleaseAreExact) {
+TEST(Au2Limiter, SmoothingAndReleaseFactorsAreExact) {
     const auto limiter = makeLimiter();
-    // One idle sample from chosen gains: each result is one factor alone.
+    // Processes one idle sample from chosen gains, so that each result is a single factor.
     const auto gains_after_a_sample = [&](float smoothed, float gain, float idle) {
         au2_limiter_reset(limiter.get());
         limiter->smoothedTarget = smoothed;
@@ -160,12 +160,12 @@ TEST(Au2Limiter, TheFactorsOfSmoothingAndReleaseAreExact) {
     EXPECT_EQ(std::bit_cast<std::uint32_t>(limiter->smoothedTarget), 0x3DCC985FU);
     gains_after_a_sample(1.0F, 0.0F, 1.0F);
     EXPECT_EQ(std::bit_cast<std::uint32_t>(limiter->gain), 0x38D1B717U);
-    // So large that the step vanishes beside it.
+    // The gain is so large that the step vanishes in rounding.
     gains_after_a_sample(0x1p40F, 0x1p30F, 0.0F);
     EXPECT_EQ(std::bit_cast<std::uint32_t>(limiter->gain * 0x1p-30F), 0x3F7FF972U);
 }
 
-TEST(Au2Limiter, NotANumberDoesNotDisturbTheSamplesAfterIt) {
+TEST(Au2Limiter, ANaNDoesNotDisturbLaterSamples) {
     const auto limiter = makeLimiter();
     const auto undisturbed = makeLimiter();
     std::vector<float> in(300, 1000.0F);
@@ -176,7 +176,7 @@ TEST(Au2Limiter, NotANumberDoesNotDisturbTheSamplesAfterIt) {
     EXPECT_TRUE(std::equal(out.begin() + 11, out.end(), expected.begin() + 11));
 }
 
-TEST(Au2Limiter, NotANumberIsForgottenWhileEachSampleIsDetected) {
+TEST(Au2Limiter, ANaNLeavesNoTraceInPerSampleDetection) {
     for (int position = 64; position < 128; ++position) {
         const auto limiter = makeLimiter();
         limiter->lookahead = 1;

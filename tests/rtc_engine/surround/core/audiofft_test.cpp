@@ -41,20 +41,19 @@ std::complex<long double> exactBin(const Floats& x, std::size_t k) {
     return sum;
 }
 
-// Rounded to float once, from a double that is right to 1e-13 of the largest magnitudes: half a unit in the
-// last place, and hardly more.
+// Half a unit in the last place for the single rounding to float, plus the error of the transform in double.
 float tolerance(long double exact, std::size_t length) {
     const double from_double = 1e-14 * std::sqrt(static_cast<double>(length)) * 8;
     return static_cast<float>(std::fabs(static_cast<double>(exact)) * 0x1.0001p-24 + from_double);
 }
 
-TEST(RealFft, SpectrumHasHalfTheLengthAndOneMoreBins) {
+TEST(AudioFFT, TheSpectrumHasHalfTheLengthPlusOneBins) {
     EXPECT_EQ(AudioFFT::ComplexSize(512), 257U);
     EXPECT_EQ(AudioFFT::ComplexSize(1), 1U);
     EXPECT_EQ(AudioFFT::ComplexSize(0), 1U);
 }
 
-TEST(RealFft, IsTheFourierSumRoundedToFloatOnce) {
+TEST(AudioFFT, EqualsTheFourierSumRoundedOnceToFloat) {
     for (std::size_t length = 1; length <= 2048; length *= 2) {
         SCOPED_TRACE(length);
         const Floats x = test::noiseFloats(length, length);
@@ -71,7 +70,7 @@ TEST(RealFft, IsTheFourierSumRoundedToFloatOnce) {
     }
 }
 
-TEST(RealFft, IsTheFourierSumAtTheLengthOfTailPartitions) {
+TEST(AudioFFT, EqualsTheFourierSumAtTheLengthOfTailPartitions) {
     const Floats x = test::noiseFloats(9, 32768);
     const Spectrum spectrum = transformed(x);
     for (std::size_t k = 0; k <= 16384; k += k < 8 ? 1 : 1021) {
@@ -81,7 +80,7 @@ TEST(RealFft, IsTheFourierSumAtTheLengthOfTailPartitions) {
     }
 }
 
-TEST(RealFft, AnImpulseHasAFlatSpectrum) {
+TEST(AudioFFT, AnImpulseHasAFlatSpectrum) {
     for (std::size_t length = 1; length <= 1024; length *= 2) {
         Floats x(length, 0.0F);
         x[0] = 1.0F;
@@ -91,7 +90,7 @@ TEST(RealFft, AnImpulseHasAFlatSpectrum) {
     }
 }
 
-TEST(RealFft, AConstantIsAllInTheFirstBin) {
+TEST(AudioFFT, AConstantFillsOnlyTheFirstBin) {
     for (std::size_t length = 2; length <= 1024; length *= 2) {
         Floats expected(length / 2 + 1, 0.0F);
         expected[0] = static_cast<float>(length);
@@ -101,7 +100,7 @@ TEST(RealFft, AConstantIsAllInTheFirstBin) {
     }
 }
 
-TEST(RealFft, ACosineIsRealAndASineNegativeImaginary) {
+TEST(AudioFFT, ACosineIsRealAndASineNegativeImaginary) {
     constexpr std::size_t kLength = 512;
     Floats cosine;
     Floats sine;
@@ -116,7 +115,7 @@ TEST(RealFft, ACosineIsRealAndASineNegativeImaginary) {
     EXPECT_NEAR(transformed(sine).re[1], 0.0F, 1e-5F);
 }
 
-TEST(RealFft, TheInverseGivesTheSignalBack) {
+TEST(AudioFFT, TheInverseRestoresTheSignal) {
     for (std::size_t length = 1; length <= 32768; length *= 2) {
         AudioFFT fft;
         fft.init(length);
@@ -130,7 +129,7 @@ TEST(RealFft, TheInverseGivesTheSignalBack) {
     }
 }
 
-TEST(RealFft, TheInverseIgnoresWhatRealSignalsDoNotHave) {
+TEST(AudioFFT, TheInverseIgnoresTheImaginaryPartsOfTheOuterBins) {
     AudioFFT fft;
     fft.init(16);
     Spectrum spectrum = transformed(fft, test::noiseFloats(3, 16));
@@ -143,7 +142,7 @@ TEST(RealFft, TheInverseIgnoresWhatRealSignalsDoNotHave) {
     EXPECT_EQ(back, expected);
 }
 
-TEST(RealFft, TheSameLengthAgainChangesNothing) {
+TEST(AudioFFT, InitializingTheSameLengthAgainChangesNothing) {
     AudioFFT fft;
     fft.init(64);
     const Floats x = test::noiseFloats(4, 64);
@@ -154,7 +153,7 @@ TEST(RealFft, TheSameLengthAgainChangesNothing) {
     EXPECT_EQ(before.im, after.im);
 }
 
-TEST(RealFft, LengthsCanFollowEachOther) {
+TEST(AudioFFT, TheLengthCanChange) {
     AudioFFT fft;
     for (const std::size_t length : {8U, 0U, 512U, 2U, 16U, 1U, 512U}) {
         fft.init(length);
@@ -163,7 +162,7 @@ TEST(RealFft, LengthsCanFollowEachOther) {
     }
 }
 
-TEST(RealFft, WithoutALengthNothingIsWritten) {
+TEST(AudioFFT, ALengthOfZeroWritesNothing) {
     AudioFFT fft;
     fft.init(0);
     float number = 3.0F;
@@ -176,8 +175,8 @@ TEST(RealFft, WithoutALengthNothingIsWritten) {
     EXPECT_EQ(im, 5.0F);
 }
 
-// Exactly as much memory as is promised to be enough, for the sanitizers.
-TEST(RealFft, OtherLengthsStayWithinTheirBounds) {
+// The buffers have exactly the documented size, so that a sanitizer reports any access beyond it.
+TEST(AudioFFT, LengthsThatAreNotPowersOfTwoStayWithinTheirBuffers) {
     for (const std::size_t length : {3U, 6U, 7U, 12U, 100U, 511U}) {
         AudioFFT fft;
         fft.init(length);

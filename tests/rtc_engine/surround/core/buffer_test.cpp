@@ -17,13 +17,13 @@ float randomFloat(test::Random& random) {
     return static_cast<float>(random.between(-1000000, 1000000)) / 65536.0F;
 }
 
-TEST(Buffer, StartsEmpty) {
+TEST(ConvolverBuffer, StartsEmpty) {
     const Buffer<float> buffer;
     EXPECT_EQ(buffer.data(), nullptr);
     EXPECT_EQ(buffer.size(), 0U);
 }
 
-TEST(Buffer, IsAlignedAndZeroAfterEveryResize) {
+TEST(ConvolverBuffer, IsAlignedAndZeroAfterEveryResize) {
     Buffer<float> buffer;
     for (const std::size_t size : {1U, 257U, 257U, 3U, 16384U}) {
         buffer.resize(size);
@@ -36,7 +36,7 @@ TEST(Buffer, IsAlignedAndZeroAfterEveryResize) {
     EXPECT_EQ(buffer.data(), nullptr);
 }
 
-TEST(Buffer, KeepsItsMemoryForTheSameSize) {
+TEST(ConvolverBuffer, KeepsItsMemoryForTheSameSize) {
     Buffer<float> buffer;
     buffer.resize(100);
     const float* const before = buffer.data();
@@ -44,7 +44,7 @@ TEST(Buffer, KeepsItsMemoryForTheSameSize) {
     EXPECT_EQ(buffer.data(), before);
 }
 
-TEST(Buffer, WithoutMemoryItHasASizeAndNoData) {
+TEST(ConvolverBuffer, HasASizeButNoDataWithoutMemory) {
     Buffer<float> buffer;
     buffer.resize(SIZE_MAX / 2);
     EXPECT_EQ(buffer.data(), nullptr);
@@ -53,7 +53,7 @@ TEST(Buffer, WithoutMemoryItHasASizeAndNoData) {
     EXPECT_TRUE(buffer.isEmpty());
 }
 
-TEST(Sum, AddsForEveryLengthAndNothingBeyond) {
+TEST(ConvolverSum, AddsExactlyTheGivenLength) {
     test::Random random(1);
     for (std::size_t length = 0; length <= 20; ++length) {
         Floats a(length);
@@ -68,7 +68,7 @@ TEST(Sum, AddsForEveryLengthAndNothingBeyond) {
     }
 }
 
-TEST(Sum, MayWriteOverEitherOfItsInputs) {
+TEST(ConvolverSum, MayOverwriteEitherInput) {
     Floats a = {1, 2, 3, 4, 5, 6, 7};
     Floats b = {10, 20, 30, 40, 50, 60, 70};
     fftconvolver::Sum(a.data(), a.data(), b.data(), a.size());
@@ -77,7 +77,7 @@ TEST(Sum, MayWriteOverEitherOfItsInputs) {
     EXPECT_EQ(b, (Floats{21, 42, 63, 84, 105, 126, 147}));
 }
 
-TEST(ComplexMultiplyAccumulate, RoundsEveryOperationByItself) {
+TEST(ComplexMultiplyAccumulate, RoundsEveryOperationSeparately) {
     test::Random random(2);
     for (std::size_t bins = 0; bins <= 20; ++bins) {
         SplitComplex result(bins);

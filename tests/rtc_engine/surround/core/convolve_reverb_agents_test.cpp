@@ -1,4 +1,4 @@
-// Which table each agent's number stands for, and what hears it: against a list written out by hand.
+// Checks each agent's table, channel and ear against a list written out by hand.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -15,7 +15,7 @@ using AgentTables = std::vector<const AgentTable*>;
 
 constexpr int kAgentBlock = 240;
 
-// An agent hears a channel, with one ear.
+// An agent convolves one channel for one ear.
 struct AgentPlace {
     std::size_t channel;
     std::size_t ear;
@@ -27,11 +27,11 @@ struct AgentsOfLayout {
     int channels;
     unsigned mode;
     double divisor;
-    std::map<std::size_t, AgentPlace> places;  // of the numbers, in the tables' order
+    std::map<std::size_t, AgentPlace> places;  // by agent number, in the order of `tables`
     AgentTables tables;
 };
 
-// Numbers from 8 on, two for each channel.
+// Agent numbers from 8 on, two per channel.
 std::map<std::size_t, AgentPlace> pairsFrom8(const std::vector<std::size_t>& channels) {
     std::map<std::size_t, AgentPlace> places;
     for (std::size_t i = 0; i < channels.size(); ++i) {
@@ -126,7 +126,7 @@ std::vector<AgentsOfLayout> everyNumbering() {
 #undef TABLE
 }
 
-// An ear hears the sum of its agents' tables when a channel brings an impulse.
+// Expected signal at an ear for an impulse in a channel: the sum of the tables of its agents.
 std::vector<float> heardOfImpulse(const AgentsOfLayout& agents, std::size_t channel, std::size_t ear) {
     std::vector<float> heard(kAgentBlock, 0.0F);
     std::size_t table = 0;
@@ -140,7 +140,7 @@ std::vector<float> heardOfImpulse(const AgentsOfLayout& agents, std::size_t chan
     return heard;
 }
 
-TEST(ConvolveReverbAgents, EveryNumberOfALayoutHasTheTableOfItsChannelAndEar) {
+TEST(ConvolveReverbAgents, EveryAgentOfALayoutHasTheTableOfItsChannelAndEar) {
     for (const AgentsOfLayout& agents : everyNumbering()) {
         SCOPED_TRACE(agents.name);
         const sonivex::Layout& layout = *agents.layout;
@@ -169,7 +169,7 @@ TEST(ConvolveReverbAgents, EveryNumberOfALayoutHasTheTableOfItsChannelAndEar) {
     }
 }
 
-TEST(ConvolveReverbAgents, AnImpulseInAChannelIsHeardAsTheTablesOfItsAgents) {
+TEST(ConvolveReverbAgents, AnImpulseInAChannelProducesTheTablesOfItsAgents) {
     for (const AgentsOfLayout& agents : everyNumbering()) {
         const auto width = static_cast<std::size_t>(agents.channels);
         for (std::size_t channel = 0; channel < width; ++channel) {
@@ -190,7 +190,7 @@ TEST(ConvolveReverbAgents, AnImpulseInAChannelIsHeardAsTheTablesOfItsAgents) {
     }
 }
 
-// The tables are read-only for everybody else.
+// Changes one sample of a table, which is read-only otherwise, and restores it at the end of its lifetime.
 class ChangedSample {
   public:
     explicit ChangedSample(const AgentTable& table)
@@ -206,7 +206,7 @@ class ChangedSample {
     const std::int16_t former_;
 };
 
-// Both Audio tables hold the same, so that only a difference between them shows which ear has which.
+// Both Audio tables have the same contents, so the test changes one of them to tell which ear uses which.
 TEST(ConvolveReverbAgents, EachEarOfTheAudioStageHasItsOwnTable) {
     const ChangedSample in_left_only(ConvolveReverb::g_dolbyL441);
     ConvolveReverb reverb;

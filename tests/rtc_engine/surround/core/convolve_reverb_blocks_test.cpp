@@ -1,4 +1,4 @@
-// Blocks at once against one after the other, bit for bit.
+// Compares blocks rendered together with blocks rendered one after the other, bit for bit.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -20,12 +20,12 @@ bool haveSameBits(const PairFloats& a, const PairFloats& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
 }
 
-// Sound that ends and begins again, so that banks rest and wake.
+// Sound or silence at random, so that banks go idle and wake up.
 PairFloats soundOrSilence(test::Random& random, std::size_t samples) {
     return random.between(0, 3) == 0 ? PairFloats(samples, 0.0F) : test::noiseFloats(random.bits(), samples);
 }
 
-TEST(ConvolveReverbBlocks, RenderedTogetherHaveTheBitsOfOneBlockAfterTheOther) {
+TEST(ConvolveReverbBlocks, RenderedTogetherEqualSingleBlocksToTheBit) {
     test::forEachVectorTarget([] {
         for (const sonivex::Layout* const layout : kPairedLayouts) {
             const auto width = static_cast<std::size_t>(layout->width);
@@ -48,7 +48,7 @@ TEST(ConvolveReverbBlocks, RenderedTogetherHaveTheBitsOfOneBlockAfterTheOther) {
                                        apart.data() + 2 * block * frames, n);
                 }
                 ASSERT_TRUE(haveSameBits(together, apart))
-                    << width << " samples a frame, call " << call << " of " << blocks << " times " << n;
+                    << width << " samples per frame, call " << call << " of " << blocks << " times " << n;
             }
         }
     });
@@ -72,7 +72,7 @@ TEST(ConvolveReverbBlocks, MayOverwriteTheirInput) {
     }
 }
 
-TEST(ConvolveReverbBlocks, WithoutASetUpAreAllSilent) {
+TEST(ConvolveReverbBlocks, AreSilentWithoutASetUp) {
     const PairFloats in = test::noiseFloats(2, 8 * 480);
     ConvolveReverb reverb;
     for (const bool is_set_up : {false, true}) {

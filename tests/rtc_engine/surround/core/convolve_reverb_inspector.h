@@ -8,7 +8,7 @@
 #include "convolve_reverb.h"
 #include "layouts.h"
 
-/** Looks into a ConvolveReverb. */
+/** Gives tests access to the internals of a ConvolveReverb. */
 class ConvolveReverbInspector {
   public:
     using Responses = std::span<const ConvolveReverb::Response>;
@@ -21,18 +21,19 @@ class ConvolveReverbInspector {
     int channels() const { return reverb_.channels; }
     std::uint64_t headBlockSize() const { return reverb_.headBlockSize; }
     std::uint64_t tailBlockSize() const { return reverb_.tailBlockSize; }
-    /** The longest block. */
+    /** Length of the longest block that the reverb is set up for. */
     std::size_t blockFrames() const { return reverb_.block_frames_; }
 
-    /** The layout that the loudspeakers' stage is set up for, or null. kAudio has a stage of its own. */
+    /** The layout of the loudspeaker stage; null if the stage is not set up. kAudio has its own stage. */
     const Layout* layout() const { return reverb_.layout_stage_.layout; }
     bool hasAudioStage() const { return reverb_.audio_stage_.layout == &sonivex::kAudio; }
-    /** Of the loudspeakers' stage and of the Audio stage, in the order of their tables. */
+    /** Responses of the loudspeaker stage, in the order of its tables. */
     Responses responses() const { return reverb_.layout_stage_.responses; }
+    /** Responses of the Audio stage, in the order of its tables. */
     Responses audio() const { return reverb_.audio_stage_.responses; }
     std::size_t loadedSets() const { return (responses().empty() ? 0U : 1U) + (audio().empty() ? 0U : 1U); }
 
-    /** Whether a source of a stage that is set up has this agent. */
+    /** True if a source of either stage has this agent. */
     bool isSetUp(std::size_t number) const {
         const auto agent = static_cast<int>(number);
         for (const Layout* const layout : {reverb_.layout_stage_.layout, reverb_.audio_stage_.layout}) {
@@ -44,7 +45,8 @@ class ConvolveReverbInspector {
         return false;
     }
 
-    /** Gives every agent of a stage that is set up one tap in place of its response, and silence before. */
+    /** Replaces the response of every agent in the stage of `layout` by a single tap and clears the stage's
+     *  history. */
     void plantGains(const Layout& layout, const std::function<float(std::size_t)>& gain_of) {
         std::array<float, kAgents> gains{};
         std::array<sonivex::Taps, kAgents> taps{};

@@ -27,7 +27,7 @@ Floats rendered(ConvolveReverb& reverb, Operation operation, const Floats& in, s
     return out;
 }
 
-// Only one channel of a block sounds.
+// A block with noise in one channel and silence in the others.
 Floats onlyChannel(std::size_t channel, std::size_t width) {
     Floats in(width * kBlock, 0.0F);
     const Floats samples = test::noiseFloats(channel + 1, kBlock);
@@ -35,7 +35,7 @@ Floats onlyChannel(std::size_t channel, std::size_t width) {
     return in;
 }
 
-// Gains that are powers of two apart, or the agents' numbers themselves.
+// Agent gains that identify the agents in a sum: powers of two, or the agent numbers.
 float powerOfTwo(std::size_t agent) {
     return agent < 4 ? static_cast<float>(1 << agent) : 0.0F;
 }
@@ -48,7 +48,7 @@ void plant(ConvolveReverb& reverb, const sonivex::Layout& layout, float (*gain_o
     ConvolveReverbInspector(reverb).plantGains(layout, gain_of);
 }
 
-// By every agent's gain, which channel reaches which ear through it.
+// Checks the gains from a channel to both ears, which tell the agents on the way.
 void expectGains(ConvolveReverb& reverb, Operation operation, std::size_t width, std::size_t channel,
                  float left, float right) {
     const Floats in = onlyChannel(channel, width);
@@ -79,8 +79,8 @@ TEST(ConvolveReverbProcessing, TwoChannelSurroundKeepsTheSidesApart) {
     expectGains(reverb, &ConvolveReverb::process_Kelvo_Surround_2, 2, 1, 0, 2 + 8);
 }
 
-// The same single tap everywhere: Bingo gives both ears L + R, Surround each ear twice its own side.
-TEST(ConvolveReverbProcessing, WithEqualResponsesTheTwoPairingsDiffer) {
+// All agents have the same single tap. Bingo then gives both ears L + R, Surround each ear its side twice.
+TEST(ConvolveReverbProcessing, BingoAndSurroundDifferForEqualResponses) {
     const Floats in = test::noiseFloats(3, 2 * kBlock);
     const auto half = [](std::size_t) { return 0.5F; };
     ConvolveReverb reverb;
@@ -111,10 +111,10 @@ struct Multichannel {
     Operation operation;
     SetUp set_up;
     std::size_t width;
-    std::vector<int> first_agents;  // of each channel; -1: not heard
+    std::vector<int> first_agents;  // per channel; -1: the channel is not rendered
 };
 
-TEST(ConvolveReverbProcessing, EveryChannelGoesThroughItsPairOfAgents) {
+TEST(ConvolveReverbProcessing, EveryChannelPassesThroughItsPairOfAgents) {
     const Multichannel layouts[] = {
         {&ConvolveReverb::process_Kelvo_Bingo_5_1,
          [](ConvolveReverb& reverb) { reverb.prepareToPlay_Kelvo_Bingo_5_1(6, kBlock); },
@@ -168,7 +168,7 @@ TEST(ConvolveReverbProcessing, TheOutputMayBeTheInput) {
     EXPECT_EQ(samples, rendered(apart, &ConvolveReverb::process_kelvo_audio_, in, 2));
 }
 
-TEST(ConvolveReverbProcessing, NoFramesMeanThatNothingIsReadOrWritten) {
+TEST(ConvolveReverbProcessing, CallsWithoutFramesReadAndWriteNothing) {
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
     float out = kMark;
@@ -177,7 +177,7 @@ TEST(ConvolveReverbProcessing, NoFramesMeanThatNothingIsReadOrWritten) {
     EXPECT_EQ(out, kMark);
 }
 
-TEST(ConvolveReverbProcessing, WithoutASetUpTheOutputIsSilence) {
+TEST(ConvolveReverbProcessing, OutputIsSilentWithoutASetUp) {
     ConvolveReverb reverb;
     const Floats in = test::noiseFloats(5, 8 * kBlock);
     for (const Operation operation : kEveryOperation) {
@@ -185,7 +185,7 @@ TEST(ConvolveReverbProcessing, WithoutASetUpTheOutputIsSilence) {
     }
 }
 
-TEST(ConvolveReverbProcessing, ASetUpForOtherChannelsGivesSilenceWithinBounds) {
+TEST(ConvolveReverbProcessing, ASetUpForOtherChannelsOutputsSilenceWithinBounds) {
     const Floats in = test::noiseFloats(6, 8 * kBlock);
     ConvolveReverb stereo;
     stereo.prepareToPlay_Kelvo_Bingo_2(2, kBlock);
@@ -213,9 +213,8 @@ constexpr Named kNamed[] = {{&ConvolveReverb::process_Kelvo_Bingo_2, &sonivex::k
                             {&ConvolveReverb::process_Kelvo_Surround_7_1, &sonivex::kSurround71},
                             {&ConvolveReverb::process_kelvo_audio_, &sonivex::kAudio}};
 
-// Between two blocks every operation but the right ones is called: what is heard next must be as if it had
-// not been.
-TEST(ConvolveReverbProcessing, AnOperationThatIsNotSetUpGivesSilenceAndDisturbsNoOther) {
+// Calls every operation but the right ones between two blocks. These calls must not affect the next block.
+TEST(ConvolveReverbProcessing, AnOperationWithoutASetUpOutputsSilenceAndDisturbsNoOther) {
     for (const Named& right : kNamed) {
         if (right.layout == &sonivex::kAudio) continue;
         const auto width = static_cast<std::size_t>(right.layout->width);
@@ -242,7 +241,7 @@ TEST(ConvolveReverbProcessing, AnOperationThatIsNotSetUpGivesSilenceAndDisturbsN
     }
 }
 
-TEST(ConvolveReverbProcessing, WithoutItsSetUpTheAudioStageIsSilentAndLeavesTheOtherAlone) {
+TEST(ConvolveReverbProcessing, AnAudioStageWithoutASetUpIsSilentAndDisturbsNoOther) {
     const Floats in = test::noiseFloats(13, 2 * kBlock);
     ConvolveReverb disturbed;
     ConvolveReverb alone;
@@ -257,7 +256,7 @@ TEST(ConvolveReverbProcessing, WithoutItsSetUpTheAudioStageIsSilentAndLeavesTheO
     }
 }
 
-TEST(ConvolveReverbProcessing, ASetUpForAnotherLayoutOrModeReplacesAndStartsFromSilence) {
+TEST(ConvolveReverbProcessing, ASetUpForAnotherLayoutOrModeStartsFromSilence) {
     const Floats in = test::noiseFloats(14, 2 * kBlock);
     ConvolveReverb reused;
     reused.prepareToPlay_Kelvo_Surround_2(2, kBlock, 1);
@@ -275,14 +274,14 @@ TEST(ConvolveReverbProcessing, ASetUpForAnotherLayoutOrModeReplacesAndStartsFrom
     EXPECT_EQ(rendered(reused, &ConvolveReverb::process_Kelvo_Surround_2, in, 2), Floats(2 * kBlock, 0.0F));
 }
 
-TEST(ConvolveReverbProcessing, BlocksLongerThanTheSetUpGiveSilence) {
+TEST(ConvolveReverbProcessing, BlocksLongerThanTheSetUpOutputSilence) {
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Bingo_2(2, 100);
     const Floats in = test::noiseFloats(7, 2 * 101);
     EXPECT_EQ(rendered(reverb, &ConvolveReverb::process_Kelvo_Bingo_2, in, 2), Floats(2 * 101, 0.0F));
 }
 
-TEST(ConvolveReverbProcessing, ShorterBlocksAreRenderedToo) {
+TEST(ConvolveReverbProcessing, RendersShorterBlocks) {
     const Floats in = test::noiseFloats(8, 2 * kBlock);
     ConvolveReverb whole;
     whole.prepareToPlay_Kelvo_Bingo_2(2, kBlock);

@@ -1,4 +1,4 @@
-// Set-ups for the same layout, twice: the responses stand one behind the other, and so does what is heard.
+// A second set-up for the same layout appends the responses to those of the first, and the output follows.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -13,7 +13,7 @@ namespace {
 using RepeatedFloats = std::vector<float>;
 
 constexpr int kRepeatedBlock = 240;
-// From here on a response is longer than the head stage of an agent, whose tail stage is another sum.
+// A longer response exceeds the head stage of an agent. The tail stage adds in another order, so bits differ.
 constexpr std::size_t kHeadTaps = 16384;
 
 struct RepeatedLayout {
@@ -28,7 +28,7 @@ constexpr RepeatedLayout kRepeated[] = {{"3DSurround, 5.1", &sonivex::kBingo51, 
                                         {"MegaBass, 7.1", &sonivex::kSurround71, 2},
                                         {"Audio", &sonivex::kAudio, 0}};
 
-// A burst, then silence for as long as the longest response, so that all of it is heard by itself.
+// A burst, then silence as long as the longest response, so that the whole tail comes out alone.
 RepeatedFloats burstAndSilence(const sonivex::Layout& layout) {
     const auto width = static_cast<std::size_t>(layout.width);
     RepeatedFloats in(width * kRepeatedBlock * 85, 0.0F);
@@ -46,7 +46,7 @@ RepeatedFloats twice(const ConvolveReverb::Table& table, const sonivex::Layout& 
     return response;
 }
 
-// One convolver for each pair of a source and an ear, added up in the sources' order, block by block.
+// Reference: one convolver per pair of source and ear, summed in the order of the sources, block by block.
 template <typename Convolver, typename Load>
 RepeatedFloats addedUp(const RepeatedLayout& repeated, const RepeatedFloats& in, Load load) {
     const sonivex::Layout& layout = *repeated.layout;
@@ -83,7 +83,7 @@ RepeatedFloats renderedInBlocks(ConvolveReverb& reverb, const sonivex::Layout& l
     return out;
 }
 
-TEST(ConvolveReverbRepeatedSetUp, TheOutputIsThatOfTheResponsesOneBehindTheOther) {
+TEST(ConvolveReverbRepeatedSetUp, RendersTheConcatenatedResponses) {
     for (const RepeatedLayout& repeated : kRepeated) {
         SCOPED_TRACE(repeated.name);
         const sonivex::Layout& layout = *repeated.layout;
@@ -127,8 +127,8 @@ TEST(ConvolveReverbRepeatedSetUp, StartsFromSilence) {
     }
 }
 
-// Both stages share memory; neither's set-up may take the other's.
-TEST(ConvolveReverbRepeatedSetUp, OfOneStageLeavesTheOtherAsItIs) {
+// Both stages share memory; a set-up of one stage must not take the memory of the other.
+TEST(ConvolveReverbRepeatedSetUp, OfOneStageLeavesTheOtherUnchanged) {
     const RepeatedFloats in = burstAndSilence(sonivex::kSurround2);
     ConvolveReverb disturbed;
     ConvolveReverb alone;
@@ -150,8 +150,8 @@ TEST(ConvolveReverbRepeatedSetUp, OfOneStageLeavesTheOtherAsItIs) {
     EXPECT_EQ(std::count(out.begin(), out.end(), 0.0F), 0);
 }
 
-// The block length belongs to a set-up, and the stage that was set up before keeps its partitions.
-TEST(ConvolveReverbRepeatedSetUp, StagesMayDifferInTheirBlockLengths) {
+// Each set-up has its own block length; a stage that was set up earlier keeps its partitions.
+TEST(ConvolveReverbRepeatedSetUp, AllowsDifferentBlockLengthsForTheStages) {
     const RepeatedFloats in = burstAndSilence(sonivex::kSurround2);
     ConvolveReverb mixed;
     ConvolveReverb alone;

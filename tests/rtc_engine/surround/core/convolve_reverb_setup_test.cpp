@@ -32,7 +32,7 @@ void expectResponse(const ConvolveReverb::Response& response, const Table& table
     }
 }
 
-TEST(ResponseTables, EveryTableHasItsLength) {
+TEST(SurroundResponseTables, EveryTableHasTheRightLength) {
     std::size_t tables = 0;
     const auto expectLength = [&](const Table& table, std::size_t length) {
         EXPECT_EQ(table.size(), length);
@@ -59,13 +59,13 @@ TEST(ResponseTables, EveryTableHasItsLength) {
     EXPECT_EQ(tables, 118U);
 }
 
-TEST(ResponseTables, BothAudioTablesAreTheSameAndNoOthersAre) {
+TEST(SurroundResponseTables, TheAudioTablesAreEqualAndOthersDiffer) {
     EXPECT_EQ(ConvolveReverb::g_dolbyL441, ConvolveReverb::g_dolbyR441);
     EXPECT_NE(ConvolveReverb::g_cingoLL48, ConvolveReverb::g_cingoRR48);
     EXPECT_NE(ConvolveReverb::g_7_1_3_h_mode2L48, ConvolveReverb::g_7_1_3_h_mode3L48);
 }
 
-TEST(ResponseTables, TheLastSampleOfEverySetCanBeRead) {
+TEST(SurroundResponseTables, TheLastSampleOfEverySetIsReadable) {
     EXPECT_EQ(ConvolveReverb::g_cingoLL48.at(12999), k_cingoLL48[12999]);
     EXPECT_EQ(ConvolveReverb::g_5_1_1_h_cL48.at(8543), k_5_1_1_h_cL48[8543]);
     EXPECT_EQ(ConvolveReverb::g_7_1_8_h_cR48.at(8639), k_7_1_8_h_cR48[8639]);
@@ -87,7 +87,7 @@ TEST(ConvolveReverbSetUp, StartsEmpty) {
     EXPECT_TRUE(agentsSetUp(inspector).empty());
 }
 
-TEST(ConvolveReverbSetUp, BlockSizesFollowFromTheBlockLength) {
+TEST(ConvolveReverbSetUp, PartitionSizesFollowFromTheBlockLength) {
     struct Sizes {
         int block_frames;
         std::uint64_t head;
@@ -106,7 +106,7 @@ TEST(ConvolveReverbSetUp, BlockSizesFollowFromTheBlockLength) {
     }
 }
 
-TEST(ConvolveReverbSetUp, TwoChannelBingoLoadsItsFourResponses) {
+TEST(ConvolveReverbSetUp, TwoChannelBingoLoadsFourResponses) {
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Bingo_2(1, 240);
     Inspector inspector(reverb);
@@ -162,13 +162,13 @@ TEST(ConvolveReverbSetUp, MegaBassOfSixChannelsLoadsFivePairsAndTheAudioStage) {
     expectResponse(inspector.responses()[9], ConvolveReverb::g_5_1_5_h_mode2R48, 20000);
 }
 
-// By the first and the last table of every mode.
+// The first and the last table of a mode.
 struct ModeTables {
     const Table* first;
     const Table* last;
 };
 
-TEST(ConvolveReverbSetUp, EveryModeButOneAndTwoIsThree) {
+TEST(ConvolveReverbSetUp, EveryModeExceptOneAndTwoMeansThree) {
     using R = ConvolveReverb;
     constexpr ModeTables kStereo[] = {{&R::g_2_1_h_mode1L48, &R::g_2_2_h_mode1R48},
                                       {&R::g_2_1_h_mode2L48, &R::g_2_2_h_mode2R48},
@@ -215,7 +215,7 @@ TEST(ConvolveReverbSetUp, ASecondSetUpAppendsToTheResponses) {
     }
 }
 
-TEST(ConvolveReverbSetUp, ASetUpForAnotherLayoutOrModeDropsTheFormerResponses) {
+TEST(ConvolveReverbSetUp, ASetUpForAnotherLayoutOrModeDropsThePreviousResponses) {
     ConvolveReverb reverb;
     const Inspector inspector(reverb);
     reverb.prepareToPlay_Kelvo_Audio(2, 240);
@@ -227,13 +227,12 @@ TEST(ConvolveReverbSetUp, ASetUpForAnotherLayoutOrModeDropsTheFormerResponses) {
     ASSERT_EQ(inspector.responses().size(), 12U);
     expectResponse(inspector.responses()[11], ConvolveReverb::g_5_1_6_h_cR48, 20000);
     EXPECT_EQ(inspector.layout(), &sonivex::kBingo51);
-    // The Audio stage is another one and keeps what it had.
+    // The Audio stage is a separate one and keeps its responses.
     ASSERT_EQ(inspector.audio().size(), 2U);
     expectResponse(inspector.audio()[0], ConvolveReverb::g_dolbyL441, 24000);
 }
 
-// Full scale of the tables, by hand: -32768 / 10000 and -32768 / 24000 as floats.
-// Puts a value into a table while it lives. The tables are read-only for everybody else.
+// Puts a value into a table, which is read-only otherwise, and restores it at the end of its lifetime.
 class PlantedSample {
   public:
     PlantedSample(const ConvolveReverb::Table& table, std::int16_t value)
@@ -249,6 +248,7 @@ class PlantedSample {
     const std::int16_t former_;
 };
 
+// Full scale by hand: -32768 / 10000 and -32768 / 24000 as floats.
 TEST(ConvolveReverbSetUp, TheLowestSampleIsScaledByTheDivisorOfItsSet) {
     const PlantedSample in_cingo(ConvolveReverb::g_cingoLL48, -32768);
     const PlantedSample in_audio(ConvolveReverb::g_dolbyL441, -32768);
@@ -260,7 +260,7 @@ TEST(ConvolveReverbSetUp, TheLowestSampleIsScaledByTheDivisorOfItsSet) {
     EXPECT_EQ(inspector.audio()[0][0], -1.3653333F);
 }
 
-TEST(ConvolveReverbSetUp, SamplesAreDividedInDoubleAndRoundedOnce) {
+TEST(ConvolveReverbSetUp, DividesSamplesInDoubleAndRoundsOnce) {
     ConvolveReverb reverb;
     reverb.prepareToPlay_Kelvo_Bingo_2(2, 240);
     Inspector inspector(reverb);

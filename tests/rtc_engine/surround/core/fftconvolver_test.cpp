@@ -15,7 +15,7 @@ using fftconvolver::FFTConvolver;
 using fftconvolver::TwoStageFFTConvolver;
 using Floats = std::vector<float>;
 
-// Noise that dies away, with a last tap that is not silent.
+// Decaying noise whose last tap is not silent.
 Floats room(std::uint64_t seed, std::size_t taps) {
     Floats response = test::noiseFloats(seed, taps);
     for (std::size_t i = 0; i < taps; ++i) {
@@ -35,8 +35,8 @@ Floats convolved(Convolver& convolver, const Floats& in, std::size_t call) {
     return out;
 }
 
-// Against the level of the output. Each product of spectra rounds a few times at 2^-24, and the errors of the
-// partitions' sum add up like noise.
+// The tolerance is relative to the peak of the output. Each product of spectra rounds a few times with an
+// error of 2^-24, and the errors of the partitions add up like noise.
 void expectNear(const Floats& out, const std::vector<double>& exact, std::size_t partitions = 64) {
     double peak = 0;
     for (const double sample : exact) peak = std::max(peak, std::fabs(sample));
@@ -45,7 +45,7 @@ void expectNear(const Floats& out, const std::vector<double>& exact, std::size_t
     for (std::size_t i = 0; i < out.size(); ++i) ASSERT_NEAR(out[i], exact[i], tolerance) << "sample " << i;
 }
 
-TEST(FFTConvolver, IsConvolutionForAnyLengthsAndCalls) {
+TEST(FFTConvolver, EqualsDirectConvolutionForAnyLengthsAndCalls) {
     for (const std::size_t taps : {1U, 2U, 63U, 64U, 65U, 200U, 700U}) {
         const Floats response = room(taps, taps);
         const Floats in = test::noiseFloats(taps + 1, 1500);
@@ -63,7 +63,7 @@ TEST(FFTConvolver, IsConvolutionForAnyLengthsAndCalls) {
     }
 }
 
-TEST(FFTConvolver, AUnitImpulseGivesTheInputBackWithoutDelay) {
+TEST(FFTConvolver, AUnitImpulseReturnsTheInputWithoutLatency) {
     Floats response(300, 0.0F);
     response[0] = 1.0F;
     const Floats in = test::noiseFloats(1, 3000);
@@ -75,7 +75,7 @@ TEST(FFTConvolver, AUnitImpulseGivesTheInputBackWithoutDelay) {
     }
 }
 
-TEST(FFTConvolver, SplittingTheInputDoesNotChangeTheOutputMuch) {
+TEST(FFTConvolver, SplittingTheInputChangesTheOutputOnlyByRounding) {
     const Floats response = room(2, 1000);
     const Floats in = test::noiseFloats(3, 4800);
     FFTConvolver whole;
@@ -86,7 +86,7 @@ TEST(FFTConvolver, SplittingTheInputDoesNotChangeTheOutputMuch) {
     expectNear(convolved(split, in, 240), std::vector<double>(expected.begin(), expected.end()));
 }
 
-TEST(FFTConvolver, PartitionsAreAsManyAsTheResponseFills) {
+TEST(FFTConvolver, HasAsManyPartitionsAsTheResponseFills) {
     const auto partitions = [](std::size_t taps, std::size_t block) {
         const Floats response = room(4, taps);
         FFTConvolver convolver;
@@ -105,7 +105,7 @@ TEST(FFTConvolver, PartitionsAreAsManyAsTheResponseFills) {
     EXPECT_EQ(partitions(5, 1), 5U);
 }
 
-TEST(FFTConvolver, SilentTapsAtTheEndAreLeftOut) {
+TEST(FFTConvolver, DropsSilentTapsAtTheEnd) {
     const Floats in = test::noiseFloats(5, 1000);
     Floats response = room(6, 500);
     FFTConvolver shorter;
@@ -117,7 +117,7 @@ TEST(FFTConvolver, SilentTapsAtTheEndAreLeftOut) {
     EXPECT_EQ(convolved(padded, in, 240), convolved(shorter, in, 240));
 }
 
-TEST(FFTConvolver, SilentMeansBelowAMillionth) {
+TEST(FFTConvolver, TreatsTapsBelowAMillionthAsSilent) {
     Floats response(300, 1e-6F);
     FFTConvolver convolver;
     convolver.init(256, response.data(), 300);
@@ -128,7 +128,7 @@ TEST(FFTConvolver, SilentMeansBelowAMillionth) {
     EXPECT_EQ(convolved(convolver, test::noiseFloats(7, 100), 100), Floats(100, 0.0F));
 }
 
-TEST(FFTConvolver, NoBlockSizeIsRefused) {
+TEST(FFTConvolver, RejectsABlockSizeOfZero) {
     const Floats response = room(8, 10);
     FFTConvolver convolver;
     ASSERT_TRUE(convolver.init(4, response.data(), 10));
@@ -136,7 +136,7 @@ TEST(FFTConvolver, NoBlockSizeIsRefused) {
     EXPECT_EQ(convolved(convolver, test::noiseFloats(9, 100), 30), Floats(100, 0.0F));
 }
 
-TEST(FFTConvolver, WithoutAResponseTheOutputIsSilence) {
+TEST(FFTConvolver, OutputsSilenceWithoutAResponse) {
     FFTConvolver convolver;
     EXPECT_EQ(convolved(convolver, test::noiseFloats(10, 100), 30), Floats(100, 0.0F));
     const Floats response = room(11, 10);
@@ -146,7 +146,7 @@ TEST(FFTConvolver, WithoutAResponseTheOutputIsSilence) {
     EXPECT_EQ(convolved(convolver, test::noiseFloats(12, 100), 30), Floats(100, 0.0F));
 }
 
-TEST(FFTConvolver, LoadingAgainStartsFromSilence) {
+TEST(FFTConvolver, StartsFromSilenceWhenLoadedAgain) {
     const Floats first = room(13, 2000);
     const Floats second = room(14, 300);
     const Floats in = test::noiseFloats(15, 1000);
@@ -171,7 +171,7 @@ TEST(FFTConvolver, TheOutputMayBeTheInput) {
     EXPECT_EQ(samples, convolved(apart, in, in.size()));
 }
 
-TEST(TwoStageConvolver, AResponseThatFitsIsAllInTheHead) {
+TEST(TwoStageConvolver, PutsAResponseThatFitsIntoTheHead) {
     const Floats response = room(18, 13000);
     TwoStageFFTConvolver convolver;
     ASSERT_TRUE(convolver.init(256, 12768, response.data(), response.size()));
@@ -182,7 +182,7 @@ TEST(TwoStageConvolver, AResponseThatFitsIsAllInTheHead) {
     EXPECT_EQ(convolver.tail().partitionCount(), 0U);
 }
 
-TEST(TwoStageConvolver, ALongResponseUsesEveryStageAndIsConvolution) {
+TEST(TwoStageConvolver, EqualsDirectConvolutionForAResponseThatUsesEveryStage) {
     const Floats response = room(19, 40000);
     Floats in(70000, 0.0F);
     test::Random random(20);
@@ -197,7 +197,7 @@ TEST(TwoStageConvolver, ALongResponseUsesEveryStageAndIsConvolution) {
     expectNear(convolved(convolver, in, 240), model::convolve(in, response));
 }
 
-TEST(TwoStageConvolver, IsConvolutionForAnyLengthsAndCalls) {
+TEST(TwoStageConvolver, EqualsDirectConvolutionForAnyLengthsAndCalls) {
     for (const std::size_t taps : {1U, 63U, 64U, 65U, 127U, 128U, 129U, 300U, 1000U}) {
         const Floats response = room(taps, taps);
         const Floats in = test::noiseFloats(taps + 1, 2000);
@@ -212,7 +212,7 @@ TEST(TwoStageConvolver, IsConvolutionForAnyLengthsAndCalls) {
     }
 }
 
-TEST(TwoStageConvolver, TheSmallerSizeIsTheHeads) {
+TEST(TwoStageConvolver, UsesTheSmallerSizeForTheHead) {
     const Floats response = room(21, 300);
     TwoStageFFTConvolver convolver;
     ASSERT_TRUE(convolver.init(50, 8, response.data(), response.size()));
@@ -222,7 +222,7 @@ TEST(TwoStageConvolver, TheSmallerSizeIsTheHeads) {
     expectNear(convolved(convolver, in, 100), model::convolve(in, response));
 }
 
-TEST(TwoStageConvolver, NoSizeOrNoSoundIsSilence) {
+TEST(TwoStageConvolver, OutputsSilenceForASizeOfZeroOrASilentResponse) {
     const Floats response = room(23, 300);
     const Floats quiet(300, 1e-7F);
     const Floats in = test::noiseFloats(24, 500);
@@ -237,7 +237,7 @@ TEST(TwoStageConvolver, NoSizeOrNoSoundIsSilence) {
     EXPECT_EQ(convolved(convolver, in, 100), Floats(500, 0.0F));
 }
 
-TEST(IRAgent, ConvolvesAndOverwrites) {
+TEST(IRAgent, ConvolvesAndOverwritesItsOutput) {
     const Floats response = room(25, 600);
     const Floats in = test::noiseFloats(26, 480);
     IRAgent agent;

@@ -11,8 +11,8 @@ namespace {
 constexpr float kInt16ToUnity = 0x1p-15F;
 constexpr float kSmallestStepDb = 3.0F;
 
-// The logarithm in double and rounded to float at once: C libraries differ in a double's last bit, and no
-// peak of 16 bits has its level so near the middle between two floats that this could show.
+// Takes the logarithm in double and rounds it to float at once. C libraries differ in the last bit of a
+// double, but no 16-bit peak has a level close enough to the midpoint of two floats for this to show.
 float levelOfPeakDb(int peak) {
     const float amplitude = static_cast<float>(peak) * kInt16ToUnity;
     return static_cast<float>(20.0 * std::log10(static_cast<double>(amplitude)));

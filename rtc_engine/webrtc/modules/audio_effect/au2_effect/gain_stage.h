@@ -1,4 +1,4 @@
-// Gain in decibels that only ever steps down, followed by the mixer and its limiter.
+// Applies a gain in decibels that only ever steps down, followed by the mixer and its limiter.
 //
 //   level_db = 20 log10(peak of the block / 32768)              silence: minus infinity
 //   gain_db  = start gain before the first block
@@ -6,19 +6,22 @@
 //   output   = mixer(block, gain_db)
 //
 // The gain is the mixer's gainDb: it lives as long as the mixer and never rises.
+//
+// Use: create and set up a mixer (mixer.h), then call ddagcproc_dB for every block.
 #pragma once
 
 #include <cstdint>
 
 #include "mixer.h"
 
-/** Run one block.
- *  @param mixer         set up by mixinit; gainDb and the limiters carry over from block to block.
- *  @param input         [sample_count] interleaved; its peak is taken over all channels.
- *  @param sample_count  below 1: counts as silence, nothing is written.
- *  @param output        [sample_count]; keeps what it held if the mixer has no memory. Must not overlap
- *                       input.
- *  @param start_gain_db the gain before the first block; not used after that.
- *  @return the gain in dB after this block, 0..start_gain_db. */
+/** Process one block.
+ *  @param mixer         set up by mixinit; its gainDb and limiters carry over from block to block.
+ *  @param input         [sample_count] interleaved; the peak is taken over all channels.
+ *  @param sample_count  if it is below 1, the block counts as silence and nothing is written.
+ *  @param output        [sample_count] interleaved; unchanged if the mixer gets no memory. Must not overlap
+ *                       `input`.
+ *  @param start_gain_db the gain before the first block; ignored after that.
+ *  @return the gain in dB after this block, 0..start_gain_db.
+ *  [any] not real-time safe (the mixer allocates) */
 float ddagcproc_dB(MixerState* mixer, const std::int16_t* input, int sample_count, std::int16_t* output,
                    float start_gain_db);

@@ -15,11 +15,12 @@ const char VerString[] = "88";
 
 namespace {
 
-// Floats that begin on a cache line: made by the usual allocation, which is quicker than an aligned one.
+// An array of floats that starts on a cache line. It comes from an ordinary allocation, which is faster than
+// an aligned one.
 class FloatBlock {
   public:
     FloatBlock() = default;
-    /** Not initialised; null when there is no memory. */
+    // Leaves the floats uninitialised. data() is null if memory runs out.
     explicit FloatBlock(int count) : memory_(new (std::nothrow) float[withSpare(count)]) {}
 
     float* data() const {
@@ -40,7 +41,7 @@ class FloatBlock {
 constexpr int kNoMemoryForSum = -1;
 constexpr int kNoMemoryForChannels = -2;
 
-// 10^(gain / 20), the quotient in float and the power in double.
+// Returns 10^(gain / 20), with the quotient in float and the power in double.
 float factorOfGain(float gain_db) {
     return static_cast<float>(std::pow(10.0, static_cast<double>(gain_db / 20.0F)));
 }
@@ -101,7 +102,7 @@ int mixproc(MixerState* mixer, const std::int16_t* const* inputs, const float* g
     addInputs(inputs, gains, gains_in_db != 0, input_count, sample_count, sum);
 
     if (channels == 1) {
-        // The sum is its only channel: nothing to split or merge.
+        // A mono sum needs no split or merge.
         const int has_engaged = limiter_proc(&mixer->limiters[0], sum, frames, buffers[0]);
         sonivex::floatToInt16(buffers[0], frames, output);
         return has_engaged;

@@ -1,9 +1,9 @@
-// Mixer: sums int16 inputs with a gain each and limits every channel of the sum.
+// Mixer: sums int16 inputs, each with its own gain, and limits every channel of the sum.
 //
 //   sum[i]    = sum over inputs k of input_k[i] * gain_k          in float, inputs in order
 //   output[i] = truncate(peak limiter of its channel (sum[i]))
 //
-// Use: mixcreat, mixinit, mixproc for every block, mixfree. One mixer is used by one thread at a time.
+// Use: call mixcreat, mixinit, mixproc for every block, then mixfree. One thread at a time may use a mixer.
 #pragma once
 
 #include <cstdint>
@@ -12,39 +12,45 @@
 
 inline constexpr int kMaxMixerChannels = 8;
 
-/** Version of the mixer, as mixcreat prints it. */
+/** The version that mixcreat prints. */
 extern const char VerString[];
 
+/** The state of a mixer and of the gain stage that uses it. */
 struct MixerState {
     float gainDb;                                  // current gain of the gain stage (gain_stage.h)
     std::int32_t gainInitialised;                  // 0 until the gain stage has set gainDb to its start value
-    PeakLimiterState limiters[kMaxMixerChannels];  // one for each channel
+    PeakLimiterState limiters[kMaxMixerChannels];  // one per channel
     std::int32_t channelCount;  // interleaved channels that are limited separately; 0: not set up
 };
 
-/** Print the version line to standard output and allocate a mixer, zeroed.
+/** Print the version line to standard output and allocate a zeroed mixer.
  *  @param mixer receives the mixer, which the caller frees with mixfree, or null when memory runs out.
- *  @return 0, or -1 when memory runs out. */
+ *  @return 0, or -1 when memory runs out.
+ *  [any] not real-time safe (allocates, prints) */
 int mixcreat(MixerState** mixer);
 
-/** Set a mixer up, also anew.
- *  @param channel_count     1..8; with any other count the record is zeroed and mixproc refuses its work.
- *  @param per_sample_detect not 0: limiters with look-ahead.
- *  @param level             ceiling in units of 0.99 of full scale. */
+/** Initialise or re-initialise a mixer.
+ *  @param channel_count     1..8. Any other count zeroes the record, and mixproc then fails.
+ *  @param per_sample_detect if it is not 0, the limiters use look-ahead.
+ *  @param level             ceiling in units of 0.99 of full scale.
+ *  [any] real-time safe */
 void mixinit(MixerState* mixer, int channel_count, int per_sample_detect, float level);
 
 /** Mix one block.
  *  @param inputs       [input_count][sample_count] interleaved.
- *  @param gains        [input_count], or null for 1.
- *  @param gains_in_db  not 0: gains are decibels, else factors.
- *  @param sample_count of all channels together; samples after the last whole frame are mixed but not
- *                     limited.
- *  @param output       [sample_count]; untouched unless the result is 0 or 1. Must not overlap an input.
- *  @return 1 if a limiter saw a level above its ceiling, 0 if none or sample_count is below 1; -1 when there
- *          is no memory for the sum, -2 when there is none for the channels or the mixer is not set up.
- *  Allocates its working blocks in every call and frees them: not strictly real-time safe. */
+ *  @param gains        [input_count], or null for gains of 1.
+ *  @param gains_in_db  not 0: the gains are decibels; 0: they are factors.
+ *  @param sample_count samples of all channels together. Samples after the last whole frame are mixed but not
+ *                      limited.
+ *  @param output       [sample_count] interleaved; written only if the result is 0 or 1. Must not overlap an
+ *                      input.
+ *  @return 1 if a limiter saw a level above its ceiling, 0 if none did or sample_count is below 1. -1 if the
+ *          sum cannot be allocated; -2 if the channels cannot be allocated or the mixer is not set up.
+ *  [any] not real-time safe (allocates and frees its working blocks in every call) */
 int mixproc(MixerState* mixer, const std::int16_t* const* inputs, const float* gains, int gains_in_db,
             int input_count, int sample_count, std::int16_t* output);
 
-/** Free a mixer. @return 0, or -1 for null. */
+/** Free a mixer.
+ *  @return 0, or -1 for null.
+ *  [any] not real-time safe (frees memory) */
 int mixfree(MixerState* mixer);

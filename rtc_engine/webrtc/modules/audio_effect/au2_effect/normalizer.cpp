@@ -23,13 +23,13 @@ constexpr int kMaxBlockSamples = 10240;
 constexpr int kMaxChannels = kMaxBlockSamples / kBlockFrames;
 constexpr float kStartGainDb = 20.0F;
 
-// Part of the log lines, see effect_log.h.
+// Source name and line numbers are part of the log lines, see effect_log.h.
 constexpr const char* kLogSource = "normalizer";
 constexpr int kLogLineProcess = 188;
 constexpr int kLogLineRelease = 239;
 constexpr const char* kLogNullHandle = "[audio]::kv normalizer handle is NULL.\n";
 
-// The whole state of one normalizer; all zero is an empty one.
+// The whole state of one normalizer. The all-zero record is empty and can be destroyed.
 struct NormalizerHandle {
     ~NormalizerHandle() { mixfree(mixer); }
 
@@ -48,13 +48,13 @@ void* reportFailedCreation() {
     return nullptr;
 }
 
-// One block from the input ring through gain stage and output limiter into the output ring.
+// Takes one block from the input ring through gain stage and output limiter to the output ring.
 void processBlock(NormalizerHandle& handle, int block_samples) {
     alignas(sonivex::kCacheLineBytes) std::int16_t block[kMaxBlockSamples];
     alignas(sonivex::kCacheLineBytes) std::int16_t gained[kMaxBlockSamples];
     sonivex::readSamples(handle.inRing, block, block_samples);
 
-    // A mixer without memory writes nothing: the block is silent then.
+    // If the mixer gets no memory, it writes nothing and the block stays silent.
     std::fill_n(gained, block_samples, std::int16_t{0});
     ddagcproc_dB(handle.mixer, block, block_samples, gained, kStartGainDb);
 

@@ -1,6 +1,6 @@
-// What the effects take for granted of float and double, so that they give the same bits everywhere: IEEE
-// 754, and every operation rounded to its own type. Included by every file whose arithmetic is part of the
-// output.
+// Checks at compile time what the effects assume about float and double to give the same bits on every
+// machine: IEEE 754 formats, and every operation rounded to its own type. Every file whose arithmetic affects
+// the output includes this header.
 #pragma once
 
 #include <cfloat>

@@ -1,10 +1,10 @@
-// One step of the peak limiter's gain (peak_limiter.h):
+// Computes one step of the peak limiter's gain (see peak_limiter.h):
 //
 //   smoothed = smoothed * 0.8999 + target * 0.0999
 //   gain     = min(smoothed, gain * 0.9999 + 0.0001)
 //   y        = gain * x;  if |y| > threshold: gain = threshold / |x|, y = gain * x
 //
-// Inline, since the scalar loops and the vector kernel's rests share it.
+// The functions are inline, because the scalar loops and the remainder loops of the vector kernel share them.
 #pragma once
 
 #include <algorithm>
@@ -16,26 +16,34 @@
 
 namespace sonivex {
 
-// The factors' exact values are part of the sound: 0.8999, 0.0999, 0.9999 and 0.0001 rounded to float.
+/** 0.8999, 0.0999, 0.9999 and 0.0001 rounded to float. Their exact values determine the output bits. */
 inline constexpr float kSmoothingKeep = std::bit_cast<float>(std::uint32_t{0x3F665FD9});
 inline constexpr float kSmoothingStep = std::bit_cast<float>(std::uint32_t{0x3DCC985F});
 inline constexpr float kReleaseKeep = std::bit_cast<float>(std::uint32_t{0x3F7FF972});
 inline constexpr float kReleaseStep = std::bit_cast<float>(std::uint32_t{0x38D1B717});
 
-/** Bit for bit: the two zeros are not the same gain, and a NaN is itself. */
+/** Compare the bits of two floats: +0 and -0 differ, and a NaN equals itself.
+ *  [any, concurrent] real-time safe */
 inline bool isSameFloat(float a, float b) {
     return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
 }
 
+/** @return the smoothed gain one sample later.
+ *  [any, concurrent] real-time safe */
 inline float smoothTarget(float smoothed_gain, float target) {
     return smoothed_gain * kSmoothingKeep + target * kSmoothingStep;
 }
 
+/** @return the gain one sample later: released by one step, but not above the smoothed gain.
+ *  [any, concurrent] real-time safe */
 inline float releaseGain(float gain, float smoothed_gain) {
     return std::min(smoothed_gain, gain * kReleaseKeep + kReleaseStep);
 }
 
-/** @param gain lowered when the sample would pass the threshold. */
+/** Apply the gain to one sample.
+ *  @param gain lowered if the sample would exceed the threshold.
+ *  @return the limited sample.
+ *  [any, concurrent] real-time safe */
 inline float applyGain(float& gain, float sample, float threshold) {
     float limited = gain * sample;
     if (std::fabs(limited) > threshold) {

@@ -1,8 +1,8 @@
-// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
+// Compiled once per vector instruction set; the best set that the processor supports is chosen at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "pcm.cpp"
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h must precede every Highway header.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -19,7 +19,7 @@ namespace sonivex::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// As many samples as a vector of floats has lanes.
+// Loads as many samples as a vector of floats has lanes.
 template <class D>
 HWY_INLINE hn::Vec<D> loadInt16(D d, const std::int16_t* in) {
     const hn::RebindToSigned<D> d32;
@@ -47,7 +47,7 @@ void addScaledInt16(const std::int16_t* in, float factor, int count, float* sum)
     for (; i < count; ++i) sum[i] += static_cast<float>(in[i]) * factor;
 }
 
-// Both conversions saturate.
+// Both conversions, to int32 and to int16, saturate. A NaN becomes 0 first.
 void floatToInt16(const float* in, int count, std::int16_t* out) {
     const hn::ScalableTag<float> d;
     const hn::RebindToSigned<decltype(d)> d32;
@@ -62,7 +62,7 @@ void floatToInt16(const float* in, int count, std::int16_t* out) {
     for (; i < count; ++i) out[i] = truncateToInt16(in[i]);
 }
 
-// Lowest and highest apart: the magnitude of -32768 is no int16.
+// Tracks minimum and maximum separately, because the magnitude of -32768 does not fit an int16.
 int largestMagnitudeOfInt16(const std::int16_t* in, int count) {
     const hn::ScalableTag<std::int16_t> d;
     const int lanes = static_cast<int>(hn::Lanes(d));
@@ -83,8 +83,8 @@ int largestMagnitudeOfInt16(const std::int16_t* in, int count) {
     return largest;
 }
 
-// The bits of magnitudes have their order, and those of a NaN are above infinity's. The maximum rounds
-// nothing, so any order will do.
+// Compares magnitudes by their bits, which as integers have the same order; the bits of a NaN are above those
+// of infinity. A maximum does not round, so the samples may be taken in any order.
 std::int32_t largestMagnitudeBits(const float* in, int count) {
     const hn::ScalableTag<float> d;
     const hn::RebindToSigned<decltype(d)> bits;

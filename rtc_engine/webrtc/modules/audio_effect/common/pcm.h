@@ -1,7 +1,7 @@
-// Between signed 16-bit PCM and floats on the same scale (full scale 32768, no scaling in between).
+// Converts between signed 16-bit PCM and floats on the same scale (full scale 32768, no scaling in between).
 //
-// Real-time safe, and with vectors: fastest where floats begin on a cache line. A count below 1 is an empty
-// block.
+// The functions on arrays use vector instructions and are fastest if the float arrays start on a cache line.
+// A count below 1 means an empty block.
 #pragma once
 
 #include <cstddef>
@@ -11,10 +11,11 @@
 
 namespace sonivex {
 
-/** No vector that begins on a multiple of it reaches into a second cache line. */
+/** Alignment for arrays of samples: a vector that starts on a multiple of it stays within one cache line. */
 inline constexpr std::size_t kCacheLineBytes = 64;
 
-/** Truncate toward zero and saturate to -32768..32767. NaN gives 0: a cast of it would be undefined. */
+/** Truncate toward zero and saturate to -32768..32767. NaN gives 0, because casting it would be undefined.
+ *  [any, concurrent] real-time safe */
 inline std::int16_t truncateToInt16(float sample) {
     const float number = sample == sample ? sample : 0.0F;
     const float above_floor = number > -32768.0F ? number : -32768.0F;
@@ -22,19 +23,24 @@ inline std::int16_t truncateToInt16(float sample) {
     return static_cast<std::int16_t>(static_cast<std::int32_t>(in_range));
 }
 
-/** out[i] = in[i], exactly. */
+/** out[i] = in[i], exactly.
+ *  [any, concurrent] real-time safe */
 void int16ToFloat(const std::int16_t* in, int count, float* out);
 
-/** sum[i] += in[i] * factor, rounded after each of the two. */
+/** sum[i] += in[i] * factor; product and sum are each rounded to float.
+ *  [any, concurrent] real-time safe */
 void addScaledInt16(const std::int16_t* in, float factor, int count, float* sum);
 
-/** out[i] = truncateToInt16(in[i]). */
+/** out[i] = truncateToInt16(in[i]).
+ *  [any, concurrent] real-time safe */
 void floatToInt16(const float* in, int count, std::int16_t* out);
 
-/** Largest |in[i]|, 0 for an empty block. -32768 counts as 32768, so the result needs more than 16 bits. */
+/** @return the largest |in[i]|, 0 for an empty block. -32768 counts as 32768, which does not fit an int16.
+ *  [any, concurrent] real-time safe */
 int largestMagnitude(const std::int16_t* in, int count);
 
-/** Largest |in[i]|, 0 for an empty block; NaN is passed over. */
+/** @return the largest |in[i]|, 0 for an empty block. NaNs are ignored.
+ *  [any, concurrent] real-time safe */
 float largestMagnitude(const float* in, int count);
 
 }  // namespace sonivex

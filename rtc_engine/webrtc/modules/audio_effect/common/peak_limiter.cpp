@@ -15,8 +15,8 @@ constexpr std::int32_t kWindowDepth = 6;
 constexpr std::int32_t kWindowSamples = 1 << kWindowDepth;
 static_assert(kWindowSamples <= kLimiterDelayEntries && 2 * kWindowSamples <= kLimiterTreeEntries);
 
-// What a call changes from sample to sample. Held apart from the record, since the compiler cannot know that
-// `out` does not point into it.
+// The state that changes from sample to sample. It is a copy of the record's fields, because the compiler
+// cannot know that `out` does not point into the record.
 struct Progress {
     explicit Progress(const PeakLimiterFields& fields)
         : gain(fields.gain),
@@ -46,7 +46,8 @@ void engage(const PeakLimiterFields& fields, Progress& progress) {
     progress.is_limiting = true;
 }
 
-// Puts a level into the window; the window's peak says how low the gain has to be, or that it may rise.
+// Inserts a level into the window and returns the window's peak. Releases the limiter if that peak is not
+// above the threshold.
 float insertLevel(const PeakLimiterFields& fields, Progress& progress, float level) {
     const float peak = insertIntoMaximumTree(fields.maximum_tree, progress.write_index, level,
                                              fields.tree_depth, fields.tree_leaves);
@@ -71,8 +72,8 @@ bool limitEachByItsOwnLevel(const PeakLimiterFields& fields, const float* in, in
     bool has_exceeded = false;
 
     for (int i = 0; i < count; ++i) {
-        // A NaN has no level: in the tree it would stay for ever, being neither more nor less than its
-        // sibling.
+        // A NaN has no level: if it came out of the tree as the peak, it would make the smoothed gain NaN
+        // for ever.
         const float magnitude = std::fabs(in[i]);
         const float level = magnitude >= 0.0F ? magnitude : 0.0F;
         if (level > threshold) {
@@ -91,7 +92,7 @@ bool limitEachByItsOwnLevel(const PeakLimiterFields& fields, const float* in, in
     return has_exceeded;
 }
 
-// Only what the window still holds when all samples have gone by.
+// Writes only the samples that the window still holds at the end of the call.
 void writeToDelay(const PeakLimiterFields& fields, const float* in, int count) {
     const std::int32_t window = fields.index_mask + 1;
     const int kept = std::min(count, window);
@@ -102,10 +103,11 @@ void writeToDelay(const PeakLimiterFields& fields, const float* in, int count) {
     std::copy_n(newest + before_end, kept - before_end, fields.delay);
 }
 
-// The last `rest` of a call's `count` samples, when the window's peak is the call's own level already.
+// Inserts the level of the last `rest` of a call's `count` samples. The window's peak is already the level of
+// this call.
 void insertRest(const PeakLimiterFields& fields, const Progress& progress, float level, int count, int rest) {
     if (count >= fields.tree_leaves) {
-        // All leaves come from this call, so that every node holds its level.
+        // All leaves come from this call, so every node holds its level.
         std::fill_n(fields.maximum_tree, 2 * fields.tree_leaves - 2, level);
         return;
     }
@@ -115,10 +117,11 @@ void insertRest(const PeakLimiterFields& fields, const Progress& progress, float
     }
 }
 
-// All samples count as loud as their peak. The target moves only while the window forgets what was before
-// this call; then it stands still, the smoothed gain soon does, and what is left is vectors.
+// Treats every sample as if it were as loud as the peak of the call. The target changes only while levels
+// from before this call leave the window. After that it is constant, and soon the smoothed gain is too;
+// vectors then process the remaining samples.
 bool limitAllByTheirPeak(const PeakLimiterFields& fields, const float* in, int count, float* out) {
-    // Before the first write: out may be in.
+    // The level is taken before the first write, because `out` may be `in`.
     const float level = largestMagnitude(in, count);
     writeToDelay(fields, in, count);
 

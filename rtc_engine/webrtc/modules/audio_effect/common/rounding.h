@@ -1,12 +1,12 @@
-// Rounding to nearest while an effect works, whatever a host has set for the thread.
+// Rounds to nearest while an effect works, whatever rounding mode the host has set for the thread.
 //
-// The limiters feed back what they have rounded, so that another rounding mode changes up to a quarter of the
-// samples, by up to 24 steps. Every exported function of an effect that computes therefore begins with
+// The limiters feed back rounded values, so another rounding mode changes up to a quarter of the samples, by
+// up to 24 steps. Every exported function of an effect that computes therefore begins with
 //
 //   const RoundingToNearest rounding;
 //
-// which gives the host its own mode back at the end. Whether small numbers count as zero is left as the host
-// has it: that changes no bit. A few cycles; real-time safe.
+// whose destructor restores the host's mode. Flush-to-zero and denormals-are-zero stay as the host has set
+// them: they change no bit. A switch takes a few cycles.
 #pragma once
 
 #include <cstdint>
@@ -19,11 +19,16 @@
 
 namespace sonivex {
 
+/** Keeps the current thread at round-to-nearest while the object lives. */
 class RoundingToNearest {
   public:
+    /** Save the thread's rounding mode and set round-to-nearest.
+     *  [any, concurrent] real-time safe */
     RoundingToNearest() : hosts_mode_(mode()) {
         if (hosts_mode_ != kNearest) setMode(kNearest);
     }
+    /** Restore the saved mode. Must run on the thread of the constructor.
+     *  [any, concurrent] real-time safe */
     ~RoundingToNearest() {
         if (hosts_mode_ != kNearest) setMode(hosts_mode_);
     }
@@ -31,13 +36,13 @@ class RoundingToNearest {
     RoundingToNearest& operator=(const RoundingToNearest&) = delete;
 
   private:
-    // No access to memory, and so no arithmetic on samples, moves past a change of the mode.
+    // Keeps the compiler from moving memory accesses, and thus arithmetic on samples, across a mode change.
     static void keepOrder() { asm volatile("" ::: "memory"); }
 
 #if defined(__SSE2__)
     using Mode = unsigned;
     static constexpr Mode kNearest = 0;
-    static constexpr unsigned kModeBits = 0x6000;  // of MXCSR; std::fegetround reads the x87 unit's
+    static constexpr unsigned kModeBits = 0x6000;  // of MXCSR; std::fegetround reads the x87 unit instead
 
     static Mode mode() {
         return _mm_getcsr() & kModeBits;

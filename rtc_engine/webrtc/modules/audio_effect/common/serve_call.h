@@ -1,14 +1,15 @@
-// Between a caller's block length and an effect's:
+// Adapts a caller's block length to an effect's:
 //
-//   in      --> in_ring
-//   in_ring --> render --> out_ring      while a whole block waits; one block at a time, or several
-//   out_ring --> out                     or silence, while it holds less than the call asks for
+//   in       --> in_ring
+//   in_ring  --> render --> out_ring     while a whole block waits; one block at a time, or several
+//   out_ring --> out                     or silence, if it holds less than the call asks for
 //
-// So the output begins with the first call that it has enough for, and lags by the silence before it. Where
-// the call length does not suit the block length, silence can come again in the middle of the sound; nothing
-// is lost then, and the lag grows.
+// The output starts with the first call for which out_ring holds enough, and lags by the silence before it.
+// If the call length does not suit the block length, silence can recur in mid-stream; no sample is lost then,
+// but the lag grows.
 //
-// Use: one pair of rings for an effect, empty at the start, and one serveCall for every call of it.
+// Use: give an effect one pair of rings, empty at the start, and call serveCall once for every call of the
+// effect.
 #pragma once
 
 #include <algorithm>
@@ -20,28 +21,29 @@
 
 namespace sonivex {
 
-/** Samples of all channels together; a count below 1 stands for none. */
+/** The input of one call. `count` is in samples of all channels together; below 1 it means none. */
 struct CallInput {
     const std::int16_t* samples;
     int count;
 };
+/** The output of one call. `count` is in samples of all channels together; below 1 it means none. */
 struct CallOutput {
     std::int16_t* samples;
     int count;
 };
 
-/** Serve one call of an effect. Only counts of samples matter here, so input and output may differ in
- *  channels, and so may a block in in_ring and what render makes of it.
+/** Serve one call of an effect. Only sample counts matter here, so input and output may differ in channel
+ *  count, and a block may have different sizes in in_ring and out_ring.
  *
- *  @param in            queued whole, or as much as in_ring has room for: the last samples are dropped.
- *  @param out           overwritten whole: with the oldest samples of out_ring, or with zeros, and then
- *                       out_ring keeps what it holds. A call for more than a ring holds is always silent.
- *                       May be the memory of `in`.
- *  @param block_samples 1..kRingCapacitySamples, of a block in in_ring.
+ *  @param in            queued as far as in_ring has room; the samples beyond are dropped.
+ *  @param out           overwritten whole with the oldest samples of out_ring. If out_ring holds too few,
+ *                       `out` becomes silence and out_ring keeps its samples; a call for more than
+ *                       kRingCapacitySamples is therefore always silent. May be the memory of `in`.
+ *  @param block_samples size of a block in in_ring, 1..kRingCapacitySamples.
  *  @param render        called as `int render(int blocks_waiting)` while at least one block waits. It reads
- *                       one to blocks_waiting blocks from in_ring, writes their output to out_ring, where
- *                       writeSamples drops what there is no room for, and returns how many it has read.
- *  Real-time safe if render is. */
+ *                       one to blocks_waiting blocks from in_ring, writes their output to out_ring and
+ *                       returns how many blocks it has read. writeSamples drops output that does not fit.
+ *  [any] real-time safe if render is */
 template <std::invocable<int> Render>
 void serveCall(SampleRing& in_ring, SampleRing& out_ring, CallInput in, CallOutput out, int block_samples,
                Render render) {

@@ -4,18 +4,20 @@
 //                          entry 2 * leaves - (2 << d)
 //   insert at leaf k:      on every level: node k = value; value = max(value, sibling of k); k = k / 2
 //
-// Every node holds the maximum of what is below it, so one path of `depth` steps per value is enough. The
-// caller moves k round the leaves; a tree of zeros stands for no values (they are magnitudes).
+// Every node holds the maximum of the leaves below it, so an insertion takes one path of `depth` steps. The
+// caller moves k round the leaves. A tree of zeros is an empty window, because all values are magnitudes.
 #pragma once
 
 #include <cstdint>
 
 namespace sonivex {
 
-/** Put `value` at `leaf`, over the oldest one.
- *  @param tree  2 * leaves entries.
- *  @param depth leaves is 1 << depth.
- *  @return the maximum of all leaves. */
+/** Insert `value` at `leaf`, where it replaces the oldest value.
+ *  @param tree   [2 * leaves]
+ *  @param leaf   0..leaves - 1.
+ *  @param leaves 1 << depth.
+ *  @return the maximum of all leaves.
+ *  [any] real-time safe */
 inline float insertIntoMaximumTree(float* tree, std::int32_t leaf, float value, std::int32_t depth,
                                    std::int32_t leaves) {
     std::int32_t node = leaf;

@@ -1,8 +1,8 @@
-// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
+// Compiled once per vector instruction set; the best set that the processor supports is chosen at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "steady_gain.cpp"
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h must precede every Highway header.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -14,7 +14,7 @@ namespace sonivex::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// isSameFloat of every lane.
+// Applies isSameFloat to every lane.
 template <class D>
 HWY_INLINE hn::Mask<D> areSameFloats(D d, hn::Vec<D> a, hn::Vec<D> b) {
     const hn::RebindToSigned<D> bits;
@@ -30,9 +30,9 @@ HWY_INLINE void applyConstantGain(float gain, const float* in, int count, float*
     for (; i < count; ++i) out[i] = gain * in[i];
 }
 
-// Whole vectors of gains that all rise by the same step, then those lanes of the next one that still do.
-// Takes at least one sample, of at least as many as a vector has lanes. Returns how many, with the last one's
-// gain.
+// Applies whole vectors of gains that all rise by the same step, then the leading lanes of the next vector
+// that still do. `count` must be at least the number of lanes. Processes at least one sample, returns how
+// many, and leaves the gain of the last one in `gain`.
 HWY_INLINE int applyRisingGain(float& gain, float smoothed_gain, float threshold, const float* in, int count,
                                float* out) {
     const hn::ScalableTag<float> d;
@@ -42,7 +42,7 @@ HWY_INLINE int applyRisingGain(float& gain, float smoothed_gain, float threshold
     const auto smoothed = hn::Set(d, smoothed_gain);
     const auto ceiling = hn::Set(d, threshold);
 
-    // The gains before lanes 0, 1, .. if every sample raises the gain as much as the first one does.
+    // Offsets of the gains before and after lanes 0, 1, .., if each sample adds the rise of the first one.
     const float rise = releaseGain(gain, smoothed_gain) - gain;
     const auto ramp = hn::Mul(hn::Iota(d, 0.0F), hn::Set(d, rise));
     const auto next_ramp = hn::Mul(hn::Iota(d, 1.0F), hn::Set(d, rise));
@@ -62,12 +62,13 @@ HWY_INLINE int applyRisingGain(float& gain, float smoothed_gain, float threshold
         const auto is_too_loud = hn::Gt(hn::Abs(limited), ceiling);
         if (HWY_LIKELY(hn::AllTrue(d, hn::AndNot(is_too_loud, is_right)))) {
             hn::StoreU(limited, d, out + done);
-            last_gain += rise_of_all_lanes;  // the last lane's guess, by the same two operations
+            last_gain += rise_of_all_lanes;  // the last lane's guess: same two operations
             done += lanes;
             continue;
         }
 
-        // Right are all lanes up to the first wrong guess, whose own gain still comes from a right one.
+        // All gains up to the lane of the first wrong guess are right; that lane's own gain comes from a
+        // right guess.
         const auto first_wrong = hn::FindFirstTrue(d, hn::Not(is_right));
         const int right = first_wrong < 0 ? lanes : static_cast<int>(first_wrong) + 1;
         const auto first_too_loud = hn::FindFirstTrue(d, is_too_loud);
@@ -95,7 +96,7 @@ float limitWithSteadyTarget(float gain, float smoothed_gain, float threshold, fl
     const int lanes = static_cast<int>(hn::Lanes(hn::ScalableTag<float>()));
     int done = 0;
     while (count - done >= lanes) {
-        // Rounding keeps the order: where the loudest stays below the threshold, all do.
+        // Rounding is monotonic: if the loudest sample stays within the threshold, all samples do.
         if (isSameFloat(releaseGain(gain, smoothed_gain), gain) && std::fabs(gain) * level <= threshold) {
             applyConstantGain(gain, in + done, count - done, out + done);
             return gain;

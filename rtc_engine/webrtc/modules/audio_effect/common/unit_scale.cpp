@@ -1,8 +1,8 @@
-// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
+// Compiled once per vector instruction set; the best set that the processor supports is chosen at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "unit_scale.cpp"
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h must precede every Highway header.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -13,7 +13,7 @@ namespace sonivex::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// The full scale of each lane's half of the range.
+// Selects for each lane the full scale of its half of the range.
 template <class D>
 HWY_INLINE hn::Vec<D> fullScale(D d, hn::Vec<D> sample) {
     return hn::IfThenElse(hn::Lt(sample, hn::Zero(d)), hn::Set(d, kNegativeFullScale),
@@ -74,7 +74,7 @@ void clipToInt16(float* samples, int count, std::int16_t* out) {
             out[i] = static_cast<std::int16_t>(sample * kNegativeFullScale);
         } else if (sample >= 0.0F) {
             out[i] = static_cast<std::int16_t>(sample * kPositiveFullScale);
-        } else {  // NaN, of which a cast would be undefined
+        } else {  // NaN: casting it would be undefined
             out[i] = 0;
         }
     }

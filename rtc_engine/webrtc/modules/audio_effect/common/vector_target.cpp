@@ -1,9 +1,8 @@
-// Compiled once for every set of vector instructions, as the kernels are, and chosen as they are: so it names
-// the set that they use.
+// Compiled and dispatched like the kernels, so it names the instruction set that they use.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "vector_target.cpp"
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h must precede every Highway header.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 

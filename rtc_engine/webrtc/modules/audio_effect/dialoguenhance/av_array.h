@@ -1,4 +1,4 @@
-// Arrays for libavutil's transforms: aligned for its widest vectors, zeroed, freed with their owner.
+// Arrays for libavutil's transforms: aligned for its widest vectors, zeroed, and freed with their owner.
 #pragma once
 
 extern "C" {
@@ -10,14 +10,20 @@ extern "C" {
 
 namespace sonivex {
 
+/** Deleter of an AvArray. */
 struct AvFree {
+    /** Free memory of libavutil's allocator; null is allowed.
+     *  [any] not real-time safe (frees memory) */
     void operator()(void* memory) const { av_free(memory); }
 };
 
+/** An array that owns its memory. */
 template <typename Element>
 using AvArray = std::unique_ptr<Element[], AvFree>;
 
-/** False, with the array null, when memory runs out. */
+/** Allocate `elements` zeroed elements and free what the array held.
+ *  @return false, with the array null, when memory runs out.
+ *  [any] not real-time safe (allocates) */
 template <typename Element>
 bool allocate(AvArray<Element>& array, int elements) {
     array.reset(static_cast<Element*>(av_mallocz(static_cast<std::size_t>(elements) * sizeof(Element))));

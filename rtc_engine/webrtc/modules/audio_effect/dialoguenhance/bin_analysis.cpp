@@ -1,8 +1,8 @@
-// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
+// Compiled once per vector instruction set; the best set that the processor supports is chosen at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "bin_analysis.cpp"
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h must precede every Highway header.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -14,13 +14,14 @@ namespace sonivex::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Magnitudes are made in double: as many bins at once as a vector has doubles.
+// Magnitudes are computed in double, so each step handles as many bins as a vector has doubles.
 using DoubleTag = hn::ScalableTag<double>;
 using Tag = hn::Rebind<float, DoubleTag>;
 using Doubles = hn::Vec<DoubleTag>;
 using Floats = hn::Vec<Tag>;
 
-// Vectors made up of plain code hold a magnitude beyond float at its end, where a cast makes infinity.
+// Vectors emulated in plain code clamp a magnitude beyond the range of float, where a cast gives infinity.
+// The scalar loop takes their place.
 constexpr bool kHasVectors = HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128;
 
 struct Bins {
@@ -57,7 +58,7 @@ HWY_INLINE Floats centreShare(const Bins& x, Floats side_power) {
     return hn::Div(own_power, hn::Add(hn::Add(side_power, own_power), hn::Set(Tag(), FLT_EPSILON)));
 }
 
-// The squared change of a magnitude, which takes the place of the one before.
+// Returns the squared change of a magnitude and overwrites the previous magnitude.
 HWY_INLINE Floats squaredChange(Floats now, float* magnitude) {
     const Floats change = hn::Sub(now, hn::LoadU(Tag(), magnitude));
     hn::StoreU(now, Tag(), magnitude);
@@ -70,7 +71,7 @@ float squaredChange(float now, float& magnitude) {
     return change * change;
 }
 
-// In one loop, because the sums wait most of their time for their last addition.
+// One loop computes everything, because the flux sums alone would mostly wait for their previous addition.
 Fluxes analyseBins(const Bin* left, const Bin* right, int bins, Magnitudes magnitudes, CentreShares shares) {
     const Tag d;
     const int lanes = static_cast<int>(hn::Lanes(d));

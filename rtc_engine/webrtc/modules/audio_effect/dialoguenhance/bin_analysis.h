@@ -1,4 +1,4 @@
-// One pass over the spectra of a frame, for everything that its gains need.
+// Computes in one pass over the spectra of a frame everything that its gains need.
 #pragma once
 
 #include "bin.h"
@@ -6,22 +6,25 @@
 
 namespace sonivex {
 
-/** What a frame leaves behind, per bin. */
+/** Magnitudes per bin, kept for the next frame. */
 struct Magnitudes {
     float* centre;  // |centreOf(left, right)|
     float* side;    // |left - right|
 };
 
-/** Per bin, centreShare of each channel. */
+/** centreShare of each channel, per bin. */
 struct CentreShares {
     float* left;
     float* right;
 };
 
-/** @param magnitudes [bins] of the frame before; they become those of this one.
- *  @param shares     [bins] written.
- *  @return both fluxes, each summed from the first bin on in float.
- *  Arrays must not overlap. Real-time safe. */
+/** Analyse one frame.
+ *  @param left, right [bins] spectra of the frame.
+ *  @param magnitudes  [bins] of the previous frame, replaced by those of this frame.
+ *  @param shares      [bins] overwritten.
+ *  @return both fluxes, each summed in float from the first bin on.
+ *  Arrays must not overlap.
+ *  [any, concurrent] real-time safe */
 Fluxes analyseBins(const Bin* left, const Bin* right, int bins, Magnitudes magnitudes, CentreShares shares);
 
 }  // namespace sonivex

@@ -1,8 +1,8 @@
-// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
+// Compiled once per vector instruction set; the best set that the processor supports is chosen at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "centre_gains.cpp"
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h must precede every Highway header.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -22,7 +22,8 @@ void applyCentreGains(const float* shares, int bins, float presence, GainRange r
     const auto scale = hn::Set(d, range.scale);
     const auto floor = hn::Set(d, range.floor);
 
-    // Which gain each part of a bin takes, in the two vectors that the bins of one vector of gains fill.
+    // One vector of gains covers two vectors of bins. The table indices give the real and the imaginary part
+    // of a bin the same gain.
     HWY_ALIGN std::int32_t sources[2 * hn::MaxLanes(d)];
     for (int i = 0; i < 2 * lanes; ++i) sources[i] = i / 2;
     const auto first = hn::SetTableIndices(d, sources);

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kChannels = 2;
 
-// A frame lasts about 43 ms at the usual rates, and no less at the higher ones.
+// A frame lasts about 43 ms at 48, 96 and 192 kHz.
 constexpr int kPoints = 2048;
 constexpr int kPointsOfHighRates = 4096;
 constexpr int kPointsOfVeryHighRates = 8192;
@@ -29,7 +29,7 @@ constexpr int kVeryHighRatesAboveHz = 100000;
 static_assert(kChannels * kPointsOfVeryHighRates / sonivex::kHopsPerFrame ==
               sonivex::kDialogueMaxBlockSamples);
 
-// Part of the log lines, see effect_log.h.
+// Source name and line numbers are part of the log lines, see effect_log.h.
 constexpr const char* kLogSource = "dialoguenhance";
 constexpr int kLogLineProcess = 694;
 constexpr int kLogLineRelease = 758;
@@ -45,7 +45,7 @@ bool isFiniteAsFloat(double number) {
     return std::isfinite(static_cast<float>(number));
 }
 
-// False when memory runs out.
+// Returns false when memory runs out.
 bool allocateArrays(DialoguEnhanceHandle& handle) {
     const int points = handle.fftSize;
     const int bins = points / 2 + 1;
@@ -63,7 +63,7 @@ bool allocateArrays(DialoguEnhanceHandle& handle) {
     return true;
 }
 
-// False when memory runs out.
+// Returns false when memory runs out.
 bool initTransforms(DialoguEnhanceHandle& handle) {
     for (auto& transform : handle.forwardTx) {
         if (!transform.init(handle.fftSize)) return false;
@@ -74,7 +74,7 @@ bool initTransforms(DialoguEnhanceHandle& handle) {
     return true;
 }
 
-// False when memory runs out.
+// Returns false when memory runs out.
 bool makeLimiter(DialoguEnhanceHandle& handle) {
     try {
         handle.limiter = sonivex::makeAu2Limiter();
@@ -84,7 +84,7 @@ bool makeLimiter(DialoguEnhanceHandle& handle) {
     }
 }
 
-// One block from the input ring through the effect into the output ring.
+// Takes one block from the input ring through the effect to the output ring.
 void processBlock(DialoguEnhanceHandle& handle, int block_samples) {
     std::int16_t block[sonivex::kDialogueMaxBlockSamples];
     sonivex::readSamples(handle.inRing, block, block_samples);

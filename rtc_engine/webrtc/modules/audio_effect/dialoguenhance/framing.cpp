@@ -1,8 +1,8 @@
-// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
+// Compiled once per vector instruction set; the best set that the processor supports is chosen at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "framing.cpp"
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h must precede every Highway header.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -101,7 +101,7 @@ void makeSineWindow(int points, float* window) {
     for (int i = 0; i < points - 1; ++i) {
         window[i] = static_cast<float>(std::sin(std::numbers::pi * i / (points - 1)));
     }
-    window[points - 1] = 0.0F;  // the sine of pi as it is rounded is 1.2e-16
+    window[points - 1] = 0.0F;  // the sine of the rounded pi is 1.2e-16
 }
 
 void splitStereo(const float* in, int frames, float* left, float* right) {

@@ -1,10 +1,11 @@
-// Real Fourier transforms by libavutil, of N real samples to N/2 + 1 bins and back.
+// Real Fourier transforms by libavutil, from N real samples to N/2 + 1 bins and back.
 //
 //   forward:  X[k] = sum over n of x[n] * exp(-2 pi i k n / N)
-//   inverse:  the way back, including the factor 1/N
+//   inverse:  with the factor 1/N, so that a round trip restores x
 //
-// Arrays come from av_array.h and must not overlap. Running is real-time safe; the last bits of the results
-// depend on the processor.
+// Arrays come from av_array.h and must not overlap. The last bits of the results depend on the processor.
+//
+// Use: call init once, then run for every frame.
 #pragma once
 
 extern "C" {
@@ -17,16 +18,26 @@ extern "C" {
 
 namespace sonivex {
 
+/** Deleter of a TransformContext. */
 struct UninitTransform {
+    /** Free a transform.
+     *  [any] not real-time safe (frees memory) */
     void operator()(AVTXContext* context) const { av_tx_uninit(&context); }
 };
+/** A transform that frees itself. */
 using TransformContext = std::unique_ptr<AVTXContext, UninitTransform>;
 
+/** Transform from samples to bins. */
 class ForwardTransform {
   public:
-    /** @param points a power of two. @return false when memory runs out. */
+    /** @param points N, a power of two.
+     *  @return false when memory runs out.
+     *  [any] not real-time safe (allocates) */
     bool init(int points);
-    /** @param frame N samples; may be overwritten.  @param spectrum N/2 + 1 bins. */
+    /** Transform one frame.
+     *  @param frame    N samples; may be overwritten.
+     *  @param spectrum receives N/2 + 1 bins.
+     *  [any] real-time safe */
     void run(float* frame, Bin* spectrum) const;
 
   private:
@@ -34,11 +45,17 @@ class ForwardTransform {
     av_tx_fn run_ = nullptr;
 };
 
+/** Transform from bins to samples. */
 class InverseTransform {
   public:
-    /** @param points a power of two. @return false when memory runs out. */
+    /** @param points N, a power of two.
+     *  @return false when memory runs out.
+     *  [any] not real-time safe (allocates) */
     bool init(int points);
-    /** @param spectrum N/2 + 1 bins, which are destroyed.  @param frame N samples. */
+    /** Transform one spectrum.
+     *  @param spectrum N/2 + 1 bins; the call destroys them.
+     *  @param frame    receives N samples.
+     *  [any] real-time safe */
     void run(Bin* spectrum, float* frame) const;
 
   private:

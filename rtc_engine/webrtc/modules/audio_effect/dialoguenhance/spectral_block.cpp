@@ -9,7 +9,7 @@
 namespace sonivex {
 namespace {
 
-// The newest frame of one channel.
+// Windows and transforms the newest frame of one channel.
 void analyse(const DialoguEnhanceHandle& h, const float* in, const ForwardTransform& transform,
              Bin* spectrum) {
     const int hop = h.hopSize;
@@ -34,7 +34,7 @@ void followPresence(DialoguEnhanceHandle& h) {
     h.side_magnitude.get()[bins - 1] = 0.0F;
 }
 
-// Adds one channel's frame to the sum of those before.
+// Applies the gains to one channel, transforms it back and adds the frame to the overlap sum.
 void synthesise(const DialoguEnhanceHandle& h, const float* shares, Bin* spectrum,
                 const InverseTransform& transform, float* sum) {
     const GainRange range = {static_cast<float>(h.gainFloor), static_cast<float>(h.gainScale)};

@@ -1,4 +1,4 @@
-// One hop of dialogue enhancement: block in, spectra, gains, block out.
+// Runs one hop of dialogue enhancement: block in, spectra, gains, block out.
 #pragma once
 
 #include <cstdint>
@@ -7,7 +7,9 @@
 
 namespace sonivex {
 
-/** Process hopSize interleaved stereo frames in place. Real-time safe. */
+/** Process one block in place.
+ *  @param block [h.hopSize][2] interleaved.
+ *  [any] real-time safe */
 void processDialogueBlock(DialoguEnhanceHandle& h, std::int16_t* block);
 
 }  // namespace sonivex

@@ -1,4 +1,4 @@
-// Whether the system maps large arenas or refuses, they serve alike and are given back whole.
+// Large arenas work alike whether the system maps them or refuses, and they return all their memory.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,11 +16,12 @@ using sonivex::Arena;
 using test::AllocationWatch;
 using test::MappingWatch;
 
-constexpr std::size_t kLeastMapped = 7 * (std::size_t{1} << 18);  // 1.75 MiB
+// The smallest arena that is mapped, 1.75 MiB.
+constexpr std::size_t kLeastMapped = 7 * (std::size_t{1} << 18);
 constexpr std::size_t kLargeSizes[] = {kLeastMapped, std::size_t{2} << 20, std::size_t{3} << 20,
                                        std::size_t{4} << 20};
 
-// Zeros first, then whatever is written.
+// The memory is zero at first and holds what is written.
 void expectServes(Arena& arena) {
     const std::size_t room = arena.room();
     auto* const bytes = arena.take<unsigned char>(room);
@@ -31,7 +32,7 @@ void expectServes(Arena& arena) {
     EXPECT_THROW(arena.take<unsigned char>(1), std::bad_alloc);
 }
 
-TEST(ArenaMapping, ALargeArenaIsMappedAndGivenBackWhole) {
+TEST(ArenaMapping, ALargeArenaIsMappedAndUnmappedCompletely) {
     for (const std::size_t bytes : kLargeSizes) {
         const MappingWatch mappings;
         const AllocationWatch allocations;
@@ -58,7 +59,7 @@ TEST(ArenaMapping, ASmallerArenaIsNotMapped) {
     EXPECT_EQ(allocations.alive(), 0);
 }
 
-TEST(ArenaMapping, WhereTheSystemMapsNothingTheAllocatorServes) {
+TEST(ArenaMapping, TheAllocatorServesWhenTheSystemRefusesToMap) {
     for (const std::size_t bytes : kLargeSizes) {
         const MappingWatch mappings(MappingWatch::Kernel::kRefuses);
         const AllocationWatch allocations;
@@ -68,12 +69,12 @@ TEST(ArenaMapping, WhereTheSystemMapsNothingTheAllocatorServes) {
             EXPECT_EQ(arena.room(), bytes);
             expectServes(arena);
         }
-        EXPECT_EQ(mappings.calls(), 1);  // the refused one: nothing to unmap
+        EXPECT_EQ(mappings.calls(), 1);  // only the refused mmap: there is nothing to unmap
         EXPECT_EQ(allocations.alive(), 0);
     }
 }
 
-TEST(ArenaMapping, WithNeitherThereIsNoArena) {
+TEST(ArenaMapping, ConstructionThrowsWhenMappingAndAllocatorFail) {
     for (const std::size_t bytes : kLargeSizes) {
         const MappingWatch mappings(MappingWatch::Kernel::kRefuses);
         const AllocationWatch allocations(1);

@@ -12,13 +12,13 @@ namespace {
 using sonivex::Arena;
 
 constexpr std::size_t kMib = std::size_t{1} << 20;
-// From here on an arena has pages of its own.
+// Arenas of at least this size are mapped in pages of their own.
 constexpr std::size_t kLeastOfHugePages = 2 * kMib - kMib / 4;
 
 constexpr std::size_t kArenaSizes[] = {
     64, 4096, kMib, kLeastOfHugePages - 64, kLeastOfHugePages, 2 * kMib, 5 * kMib / 2, 4 * kMib};
 
-TEST(Arena, ArraysAreAlignedAndZeroAndDoNotOverlap) {
+TEST(ConvolutionArena, ArraysAreAlignedAndZeroAndDoNotOverlap) {
     for (const std::size_t bytes : kArenaSizes) {
         SCOPED_TRACE(bytes);
         Arena arena(bytes);
@@ -42,7 +42,7 @@ TEST(Arena, ArraysAreAlignedAndZeroAndDoNotOverlap) {
     }
 }
 
-TEST(Arena, AnArrayTakesWholeAlignedPieces) {
+TEST(ConvolutionArena, AnArrayTakesWholeAlignmentUnits) {
     EXPECT_EQ(Arena::bytesOf<float>(0), 0U);
     EXPECT_EQ(Arena::bytesOf<float>(1), 64U);
     EXPECT_EQ(Arena::bytesOf<float>(16), 64U);
@@ -55,7 +55,7 @@ TEST(Arena, AnArrayTakesWholeAlignedPieces) {
     EXPECT_EQ(arena.room(), 64U);
 }
 
-TEST(Arena, WithoutRoomTheNextArrayIsRefusedAndASmallerOneStillFits) {
+TEST(ConvolutionArena, RejectsAnArrayThatDoesNotFitAndStillServesASmallerOne) {
     for (const std::size_t bytes : kArenaSizes) {
         SCOPED_TRACE(bytes);
         Arena arena(bytes);
@@ -68,7 +68,7 @@ TEST(Arena, WithoutRoomTheNextArrayIsRefusedAndASmallerOneStillFits) {
     }
 }
 
-TEST(Arena, AllOfItCanBeWritten) {
+TEST(ConvolutionArena, AllOfItsMemoryIsWritable) {
     for (const std::size_t bytes : kArenaSizes) {
         Arena arena(bytes);
         const std::size_t room = arena.room();
@@ -76,12 +76,12 @@ TEST(Arena, AllOfItCanBeWritten) {
     }
 }
 
-TEST(Arena, FromSevenEighthsOfAHugePageOnItFillsHugePages) {
+TEST(ConvolutionArena, UsesHugePagesFromSevenEighthsOfAHugePageOn) {
     EXPECT_EQ(Arena(kLeastOfHugePages - 64).room(), kLeastOfHugePages - 64);
 #if defined(__linux__)
     EXPECT_EQ(Arena(kLeastOfHugePages).room(), 2 * kMib);
     EXPECT_EQ(Arena(2 * kMib).room(), 2 * kMib);
-    EXPECT_EQ(Arena(5 * kMib / 2 + 1).room(), 5 * kMib / 2 + 4096);  // the rest in whole small pages
+    EXPECT_EQ(Arena(5 * kMib / 2 + 1).room(), 5 * kMib / 2 + 4096);  // the remainder takes whole small pages
     EXPECT_EQ(Arena(2 * kMib + kLeastOfHugePages).room(), 4 * kMib);
     Arena arena(kLeastOfHugePages);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arena.take<char>(1)) % (2 * kMib), 0U);

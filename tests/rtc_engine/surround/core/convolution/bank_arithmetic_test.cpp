@@ -1,4 +1,5 @@
-// Multiply-accumulate over tiles against the scalar one over whole spectra, bit for bit, at every width.
+// Compares the multiply-accumulate over tiles with the scalar one over whole spectra, bit for bit, at every
+// vector width.
 #include "bank_arithmetic.h"
 
 #include <gtest/gtest.h>
@@ -27,12 +28,12 @@ struct Case {
     std::size_t channels;
     std::size_t rows;
     Ears ears;
-    bool shares_response;  // both channels have the same one
+    bool shares_response;  // both channels have the same response
     std::size_t bins;
     std::size_t partitions;
 };
 
-// A spectrum of one channel: bins 0 .. L, of which the first and the last are real.
+// Spectrum of one channel: bins 0 .. L, of which the first and the last are real.
 std::unique_ptr<SplitComplex> randomSpectrum(test::Random& random, std::size_t bins) {
     auto spectrum = std::make_unique<SplitComplex>(bins + 1);
     for (std::size_t bin = 0; bin <= bins; ++bin) {
@@ -44,7 +45,7 @@ std::unique_ptr<SplitComplex> randomSpectrum(test::Random& random, std::size_t b
     return spectrum;
 }
 
-// Any step that may follow when `fill` frames of a block of L are there: up to four snapshots, cut anywhere.
+// A random valid step for a block that already holds `fill` frames: up to four snapshots, cut anywhere.
 Step randomStep(test::Random& random, std::size_t block_frames, std::size_t fill) {
     Step step;
     step.block_frames = block_frames;
@@ -66,15 +67,15 @@ Step randomStep(test::Random& random, std::size_t block_frames, std::size_t fill
     return step;
 }
 
-// Kinds of steps differ in whether the first block begins in them, in the blocks that the snapshots belong
-// to, and in whether the last one is finished.
+// Names the kind of a step, which depends on three things: whether the first block begins in it, which blocks
+// the snapshots belong to, and whether it finishes the last block.
 std::string kindOf(const Step& step) {
     std::string kind = step.beginsABlock() ? "fresh " : "continued ";
     for (std::size_t i = 0; i < step.count; ++i) kind += std::to_string(step.snapshots[i].block);
     return kind + (step.endsWithABlock() ? " finished" : " open");
 }
 
-// The scalar sums and the kernels', side by side through some steps.
+// Runs the scalar sums and the kernels side by side through several steps.
 class KernelBesideScalar {
   public:
     explicit KernelBesideScalar(const Case& c)
@@ -129,10 +130,10 @@ class KernelBesideScalar {
     }
 
   private:
-    using Spectra = std::vector<std::shared_ptr<SplitComplex>>;  // of each channel
+    using Spectra = std::vector<std::shared_ptr<SplitComplex>>;  // one per channel
 
-    // Of exactly as many floats as the kernels may touch, for a sanitizer to see. What a step does not have
-    // is no number.
+    // Exactly as many floats as the kernels may touch, so that a sanitizer reports any access beyond them.
+    // Lanes that a step does not use hold NaN.
     struct Planes {
         Buffer<float> re;
         Buffer<float> im;
@@ -155,7 +156,7 @@ class KernelBesideScalar {
         const std::size_t own = case_.shares_response ? 0 : row * case_.channels + channel;
         return *scalar_responses_[own * case_.partitions + i];
     }
-    // The last bin's real part takes the place of the first one's imaginary part.
+    // The last bin's real part is stored in place of the first bin's imaginary part.
     static float packedIm(const SplitComplex& spectrum, std::size_t bin) {
         return bin == 0 ? spectrum.re()[spectrum.size() - 1] : spectrum.im()[bin];
     }
@@ -171,7 +172,7 @@ class KernelBesideScalar {
         }
     }
 
-    // Once for both channels, in tiles of half the numbers.
+    // A shared response is stored once for both channels, in tiles of half the size.
     void placeSharedResponse(std::size_t i) {
         constexpr std::size_t kBins = kTileFloats / 2;
         for (std::size_t bin = 0; bin < case_.bins; ++bin) {
@@ -259,7 +260,7 @@ class KernelBesideScalar {
     std::unique_ptr<Planes> out_[2];
     std::size_t snapshots_of_planes_ = 1;
     std::vector<std::unique_ptr<SplitComplex>> scalar_responses_;            // [row][channel][partition]
-    std::vector<Spectra> older_;                                             // of each channel, newest first
+    std::vector<Spectra> older_;                                             // [channel], newest first
     std::vector<std::vector<std::unique_ptr<SplitComplex>>> sums_of_older_;  // [channel][row]
     std::size_t newest_ = 0;
 };
@@ -288,7 +289,7 @@ void forEveryBankCase(Check check) {
     });
 }
 
-TEST(BankArithmetic, ABlockAtATimeHasTheBitsOfTheScalarSum) {
+TEST(ConvolutionBankArithmetic, EqualsTheScalarSumToTheBitBlockByBlock) {
     forEveryBankCase([](const Case& c) {
         KernelBesideScalar both(c);
         for (std::size_t block = 0; block < 2 * c.partitions + 1; ++block) {
@@ -298,8 +299,8 @@ TEST(BankArithmetic, ABlockAtATimeHasTheBitsOfTheScalarSum) {
     });
 }
 
-// Longer for short blocks, which cost little.
-TEST(BankArithmetic, StepsOfAnyKindInAnyOrderHaveTheBitsOfTheScalarSum) {
+// Short blocks cost little, so they get more steps.
+TEST(ConvolutionBankArithmetic, EqualsTheScalarSumToTheBitForStepsOfAnyKindInAnyOrder) {
     forEveryBankCase([](const Case& c) {
         KernelBesideScalar both(c);
         test::Random random(31 * c.bins + c.partitions);
@@ -313,7 +314,7 @@ TEST(BankArithmetic, StepsOfAnyKindInAnyOrderHaveTheBitsOfTheScalarSum) {
     });
 }
 
-TEST(BankArithmetic, TheStepsOfRandomCallsHaveTheBitsOfTheScalarSum) {
+TEST(ConvolutionBankArithmetic, EqualsTheScalarSumToTheBitForTheStepsOfRandomCalls) {
     forEveryBankCase([](const Case& c) {
         KernelBesideScalar both(c);
         test::Random random(7 * c.bins + c.partitions);
@@ -331,10 +332,11 @@ TEST(BankArithmetic, TheStepsOfRandomCallsHaveTheBitsOfTheScalarSum) {
     });
 }
 
-// By hand: a step whose first block begins in it has up to two blocks, and 1 + 2 + 3 + 4 ways to share up to
-// four snapshots between them; one that goes on with a block has up to three, and 1 + 2 + 4 + 7 ways. Its
-// last block is finished or not, but a third one is not: that would be more frames than two blocks have.
-TEST(BankArithmetic, TheRandomStepsAreOfEveryKindThereIs) {
+// Counted by hand. A step that begins with a fresh block has up to two blocks: 1 + 2 + 3 + 4 ways to divide
+// up to four snapshots among them. A step that continues a block has up to three: 1 + 2 + 4 + 7 ways. Its
+// last block is finished or open; a third block is always open, because finishing it would take more frames
+// than two blocks have.
+TEST(ConvolutionBankArithmetic, RandomStepsCoverEveryKind) {
     test::Random random(1);
     std::set<std::string> kinds;
     std::size_t fill = 0;

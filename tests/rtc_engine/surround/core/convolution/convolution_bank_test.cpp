@@ -1,5 +1,5 @@
-// Banks against one scalar convolver for each response, bit for bit but for the sign of zeros, at every
-// vector width.
+// Compares banks with one scalar convolver per response at every vector width. All bits must be equal except
+// the sign of zeros.
 #include "convolution_bank.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +29,7 @@ constexpr BankShape kShapes[] = {{.channels = 1, .rows = 1, .ears = Ears::kBoth}
                                  {.channels = 2, .rows = 2, .ears = Ears::kChannels}};
 constexpr BankShape kTwoSources = {.channels = 2, .rows = 2, .ears = Ears::kRows};
 
-// Sound and silence in turn, in stretches that are shorter and longer than a response.
+// Inserts stretches of silence, with stretches of sound between them, shorter and longer than a response.
 void silenceStretches(Floats& interleaved, std::size_t longest, std::uint64_t seed) {
     test::Random random(seed);
     std::size_t i = 0;
@@ -50,7 +50,7 @@ std::size_t partitionsFor(const std::vector<Floats>& responses, std::size_t bloc
     return partitions;
 }
 
-// A bank in memory of its own, and where it is in its block.
+// A bank with its own memory and its position within the current block.
 class OwnedBank {
   public:
     OwnedBank(const BankShape& shape, std::size_t block_frames, const std::vector<Floats>& responses)
@@ -61,8 +61,8 @@ class OwnedBank {
           workspace_(block_frames, arena_),
           bank_(shape, tapsOf(responses).data(), partitions_, workspace_, arena_) {}
 
-    // @param in    [calls * frames][stride], of which the channels are the first ones.
-    // @param ears  added to.
+    // @param in    [calls * frames][stride] from `first` on; each frame begins with the bank's channels
+    // @param ears  [calls * frames][2]; the output is added to it
     void render(const Floats& in, std::size_t first, std::size_t stride, std::size_t frames,
                 std::size_t calls, Floats& ears) {
         Steps steps(block_frames_, fill_, frames, calls);
@@ -96,7 +96,7 @@ class OwnedBank {
     std::size_t fill_ = 0;
 };
 
-// A bank, and as many scalar convolvers as it has outputs.
+// A bank and one scalar convolver per output.
 class Pair {
   public:
     Pair(const BankShape& shape, std::size_t block_frames, const std::vector<Floats>& responses)
@@ -107,7 +107,8 @@ class Pair {
         }
     }
 
-    // Calls from a frame of the input on. What the ears have heard before is kept.
+    // Renders calls from frame `first` of the input on. The output must be added to the previous content of
+    // the ears.
     void expectEqual(const Floats& in, std::size_t first, std::size_t stride, std::size_t frames,
                      std::size_t calls) {
         Floats ears = test::noiseFloats(frames, 2 * frames * calls);
@@ -121,7 +122,7 @@ class Pair {
     }
 
   private:
-    // Every ear gets its outputs by channels if the ears are rows, and by rows if they are channels.
+    // An ear sums its outputs over the channels if the ears are rows, and over the rows if they are channels.
     void addScalar(const Floats& in, std::size_t first, std::size_t stride, std::size_t frames, float* ears) {
         const bool are_channels = shape_.ears == Ears::kChannels;
         for (std::size_t term = 0; term < (are_channels ? shape_.rows : shape_.channels); ++term) {
@@ -147,14 +148,14 @@ class Pair {
 std::vector<Floats> responsesFor(const BankShape& shape, std::size_t longest) {
     std::vector<Floats> responses;
     for (std::size_t i = 0; i < shape.responses(); ++i) {
-        // Not all of the same length.
+        // The responses differ in length.
         responses.push_back(test::noiseFloats(50 + i, longest > 7 * i ? longest - 7 * i : 1));
         responses.back().back() = 0.25F;
     }
     return responses;
 }
 
-// Calls of random lengths, some of them rendered together, until the input is at its end.
+// Renders calls of random length, some of them together, up to the end of the input.
 void expectEqualInRandomCalls(Pair& pair, const Floats& in, std::size_t stride, std::size_t longest,
                               std::uint64_t seed) {
     test::Random random(seed);
@@ -184,7 +185,7 @@ void forEveryShape(Check check) {
     });
 }
 
-TEST(ConvolutionBank, HasTheBitsOfScalarConvolversForAnyLengths) {
+TEST(ConvolutionBank, EqualsScalarConvolversToTheBitForAnyLengths) {
     forEveryShape([](const BankShape& shape) {
         for (const std::size_t block : {1U, 2U, 4U, 8U, 16U, 32U, 64U}) {
             for (const std::size_t taps : {std::size_t{1}, block, block + 1, 3 * block + 1, 7 * block}) {
@@ -198,7 +199,7 @@ TEST(ConvolutionBank, HasTheBitsOfScalarConvolversForAnyLengths) {
     });
 }
 
-TEST(ConvolutionBank, HasTheBitsOfScalarConvolversAtSurroundsBlocks) {
+TEST(ConvolutionBank, EqualsScalarConvolversToTheBitForTheBlocksOfSurround) {
     forEveryShape([](const BankShape& shape) {
         constexpr std::size_t kCall = 240;
         for (const std::size_t calls : {1U, 2U, 5U}) {
@@ -215,7 +216,7 @@ TEST(ConvolutionBank, HasTheBitsOfScalarConvolversAtSurroundsBlocks) {
     });
 }
 
-TEST(ConvolutionBank, SilenceThatComesAndGoesDoesNotChangeABit) {
+TEST(ConvolutionBank, EqualsScalarConvolversToTheBitThroughStretchesOfSilence) {
     forEveryShape([](const BankShape& shape) {
         constexpr std::size_t kBlock = 16;
         constexpr std::size_t kTaps = 40;
@@ -255,7 +256,7 @@ TEST(ConvolutionBank, OneSilentChannelDoesNotSilenceTheOther) {
     }
 }
 
-TEST(ConvolutionBank, SilenceIsExactOnceTheResponseHasEnded) {
+TEST(ConvolutionBank, OutputsExactSilenceAfterTheEndOfTheResponse) {
     constexpr std::size_t kTaps = 8000;
     constexpr std::size_t kCall = 240;
     OwnedBank bank(kTwoSources, 256, responsesFor(kTwoSources, kTaps));
@@ -275,7 +276,7 @@ TEST(ConvolutionBank, SilenceIsExactOnceTheResponseHasEnded) {
     EXPECT_LE(calls * kCall, kTaps + 3 * 256);
 }
 
-TEST(ConvolutionBank, OnlyItsOwnChannelsOfTheInputAreRead) {
+TEST(ConvolutionBank, ReadsOnlyItsOwnChannelsOfTheInput) {
     for (const BankShape& shape : kShapes) {
         const std::vector<Floats> responses = responsesFor(shape, 100);
         OwnedBank packed(shape, 16, responses);
@@ -295,8 +296,8 @@ TEST(ConvolutionBank, OnlyItsOwnChannelsOfTheInputAreRead) {
     }
 }
 
-// Below the sizes that get pages of their own an arena has no room but what was asked for.
-TEST(ConvolutionBank, TakesOfAnArenaWhatItSays) {
+// Arenas too small for pages of their own have exactly the requested room.
+TEST(ConvolutionBank, TakesExactlyTheStatedBytesFromAnArena) {
     for (const BankShape& shape : kShapes) {
         for (const std::size_t block : {1U, 2U, 4U, 8U, 16U, 32U, 64U}) {
             for (const std::size_t taps : {std::size_t{1}, block, 3 * block + 1}) {
@@ -307,7 +308,7 @@ TEST(ConvolutionBank, TakesOfAnArenaWhatItSays) {
     }
 }
 
-TEST(ConvolutionBank, AnArenaWithoutRoomIsRefused) {
+TEST(ConvolutionBank, RejectsAnArenaWithoutRoom) {
     const std::vector<Floats> responses = responsesFor(kTwoSources, 100);
     std::vector<Taps> taps;
     for (const Floats& response : responses) taps.push_back({response.data(), response.size()});

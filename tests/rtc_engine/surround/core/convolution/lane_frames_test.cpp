@@ -1,4 +1,4 @@
-// Lanes laid by vectors against a plain loop, bit for bit, at every vector width.
+// Compares the vector code that lays out lanes with a plain loop, bit for bit, at every vector width.
 #include "lane_frames.h"
 
 #include <gtest/gtest.h>
@@ -12,10 +12,10 @@ namespace {
 
 using sonivex::LaneSources;
 
-constexpr std::uint32_t kGuardBits = 0xFFC12345;  // of no number
+constexpr std::uint32_t kGuardBits = 0xFFC12345;  // a NaN
 constexpr std::size_t kGuards = 32;
 
-// Any bits at all, which the vectors must move as they are.
+// Random bit patterns, which the vectors must copy unchanged.
 std::vector<float> anyBits(test::Random& random, std::size_t count) {
     std::vector<float> numbers(count);
     for (float& number : numbers) {
@@ -25,8 +25,8 @@ std::vector<float> anyBits(test::Random& random, std::size_t count) {
     return numbers;
 }
 
-// A source's frames lie in memory of exactly their size, so that a sanitizer sees every read beyond it; a
-// source is somewhere even if it has none.
+// Each source has memory of exactly its size, so that a sanitizer reports every read beyond it. A source
+// without frames has a valid pointer, too.
 void expectLanes(const std::vector<std::size_t>& filled, std::size_t channels, std::size_t block_frames,
                  test::Random& random) {
     const std::size_t lanes = filled.size();
@@ -54,11 +54,11 @@ void expectLanes(const std::vector<std::size_t>& filled, std::size_t channels, s
             << "frame " << i / lanes / channels << ", lane " << i / channels % lanes;
     }
     for (std::size_t i = out.size() - kGuards; i < out.size(); ++i) {
-        ASSERT_EQ(std::memcmp(&out[i], &guard, sizeof guard), 0) << "behind the frames: " << i;
+        ASSERT_EQ(std::memcmp(&out[i], &guard, sizeof guard), 0) << "after the frames: " << i;
     }
 }
 
-TEST(LaneFrames, LieSideBySideWithZerosBehindWhatALaneHas) {
+TEST(ConvolutionLaneFrames, LieSideBySideAndArePaddedWithZeros) {
     test::forEachVectorTarget([] {
         test::Random random(1);
         for (const std::size_t block : {1U, 2U, 4U, 8U, 16U, 32U, 64U, 256U}) {
@@ -66,7 +66,7 @@ TEST(LaneFrames, LieSideBySideWithZerosBehindWhatALaneHas) {
                 for (const std::size_t lanes : {1U, 2U, 4U}) {
                     SCOPED_TRACE(std::to_string(lanes) + " lanes of " + std::to_string(channels) +
                                  " channels, blocks of " + std::to_string(block));
-                    // Every fill in every lane, beside random ones.
+                    // Tries every fill: in one lane beside random fills, and in all lanes at once.
                     for (std::size_t fill = 0; fill <= block; ++fill) {
                         std::vector<std::size_t> filled(lanes);
                         for (std::size_t& of_lane : filled) {

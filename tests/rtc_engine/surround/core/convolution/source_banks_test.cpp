@@ -1,4 +1,4 @@
-// Stages of any mixture of sources against one scalar convolver for each pair of a source and an ear.
+// Compares stages with any mixture of sources with one scalar convolver per pair of source and ear.
 #include "source_banks.h"
 
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ SourceBanks builtBanks(const std::vector<Source>& sources, const std::vector<Sta
     return banks;
 }
 
-// By number; the ones of `alike`, even ones, are those of the next number too.
+// Responses by agent number. Each agent in `alike`, an even number, shares its response with the next one.
 std::vector<StageFloats> responsesOfAgents(std::size_t agents, const std::vector<std::size_t>& alike) {
     std::vector<StageFloats> responses;
     for (std::size_t i = 0; i < agents; ++i) {
@@ -76,7 +76,7 @@ void expectScalarSums(const std::vector<Source>& sources, const std::vector<Stag
     }
 }
 
-// A frame of input has at least the room of a frame of output.
+// The output fits in place, because a frame of input has at least two samples.
 TEST(SourceBanks, MayOverwriteTheirInput) {
     for (const std::size_t width : {2U, 6U}) {
         const std::vector<Source> sources = {{0, 0, 1}, {1, 2, 3}};
@@ -97,8 +97,8 @@ TEST(SourceBanks, MayOverwriteTheirInput) {
     }
 }
 
-// Two sources, then an odd one, then the first of a pair: whichever of them both ears hear alike.
-TEST(SourceBanks, SourcesThatBothEarsHearAlikeKeepTheirPlaceInTheSums) {
+// A source with equal responses at both ears may be first or second of a pair, or the odd one at the end.
+TEST(SourceBanks, KeepTheOrderOfSumsForSourcesWithEqualEars) {
     const std::vector<Source> five = {{0, 0, 1}, {3, 2, 3}, {1, 4, 5}, {5, 6, 7}, {2, 8, 9}};
     for (const std::vector<std::size_t>& alike :
          {std::vector<std::size_t>{}, {0}, {2}, {4}, {8}, {0, 2}, {2, 4}, {0, 2, 4, 6, 8}}) {
@@ -107,8 +107,8 @@ TEST(SourceBanks, SourcesThatBothEarsHearAlikeKeepTheirPlaceInTheSums) {
     }
 }
 
-// Once for both ears, and not in a bank of two: that is what makes it cheap.
-TEST(SourceBanks, ASourceThatBothEarsHearAlikeTakesABankOfItsOwn) {
+// A source with equal responses is convolved once for both ears, which is cheap only in a bank of its own.
+TEST(SourceBanks, PutASourceWithEqualEarsIntoItsOwnBank) {
     const std::vector<Source> one = {{0, 0, 1}};
     const std::vector<Source> other = {{1, 2, 3}};
     const std::vector<Source> both = {{0, 0, 1}, {1, 2, 3}};
@@ -122,31 +122,31 @@ TEST(SourceBanks, ASourceThatBothEarsHearAlikeTakesABankOfItsOwn) {
     EXPECT_LT(bytes_of(other, responsesOfAgents(4, {2})), bytes_of(other, responsesOfAgents(4, {})));
 }
 
-TEST(SourceBanks, OneSourceAloneIsRendered) {
+TEST(SourceBanks, RenderASingleSource) {
     expectScalarSums({{4, 1, 0}}, responsesOfAgents(2, {}));
     expectScalarSums({{4, 0, 1}}, responsesOfAgents(2, {0}));
 }
 
-// Two channels side by side are taken as they lie, unless they are wanted the other way round.
-TEST(SourceBanks, SourcesMayComeInAnyOrderOfTheChannels) {
+// Two adjacent channels are read together, unless the sources have them in reverse order.
+TEST(SourceBanks, AcceptSourcesInAnyOrderOfTheChannels) {
     expectScalarSums({{0, 0, 1}, {1, 2, 3}}, responsesOfAgents(4, {}), 2);
     expectScalarSums({{1, 0, 1}, {0, 2, 3}}, responsesOfAgents(4, {}), 2);
     expectScalarSums({{1, 0, kNoAgent}, {0, kNoAgent, 1}}, responsesOfAgents(2, {}), 2);
 }
 
-TEST(SourceBanks, ASecondPairOfOneEarEachMayHaveOtherChannels) {
+TEST(SourceBanks, AcceptOtherChannelsInASecondPairOfOneEarEach) {
     expectScalarSums({{2, 0, kNoAgent}, {1, kNoAgent, 3}, {0, 1, kNoAgent}, {3, kNoAgent, 2}},
                      responsesOfAgents(4, {}));
 }
 
-TEST(SourceBanks, SourcesOfOneEarEachKeepTheSidesApart) {
+TEST(SourceBanks, KeepTheSidesApartForSourcesOfOneEarEach) {
     expectScalarSums({{2, 0, kNoAgent}, {1, kNoAgent, 1}}, responsesOfAgents(2, {}));
     expectScalarSums({{2, 0, kNoAgent}, {1, kNoAgent, 3}, {2, 1, kNoAgent}, {1, kNoAgent, 2}},
                      responsesOfAgents(4, {}));
 }
 
-// The same response for both sides is there once.
-TEST(SourceBanks, SidesThatAreAlikeShareAResponse) {
+// A response that both sides have in common is stored once.
+TEST(SourceBanks, ShareAResponseBetweenEqualSides) {
     const std::vector<Source> sides = {{2, 0, kNoAgent}, {1, kNoAgent, 1}};
     const std::vector<StageFloats> alike = responsesOfAgents(2, {0});
     expectScalarSums(sides, alike);
@@ -159,8 +159,8 @@ TEST(SourceBanks, SidesThatAreAlikeShareAResponse) {
                      responsesOfAgents(4, {0, 2}));
 }
 
-// Like a scalar convolver, a bank leaves out what is too quiet at the end of a response.
-TEST(SourceBanks, ResponsesWithSilentEndsOrOfSilenceAreRendered) {
+// Like a scalar convolver, a bank drops the inaudible end of a response.
+TEST(SourceBanks, RenderResponsesThatEndInSilenceOrAreSilent) {
     std::vector<StageFloats> responses = responsesOfAgents(4, {});
     responses[0].resize(500, 1e-7F);
     responses[1].assign(100, 0.0F);
@@ -169,7 +169,7 @@ TEST(SourceBanks, ResponsesWithSilentEndsOrOfSilenceAreRendered) {
     expectScalarSums({{0, 0, 1}, {1, 2, 3}}, responses);
 }
 
-TEST(SourceBanks, BuildingAnewStartsFromSilence) {
+TEST(SourceBanks, StartFromSilenceWhenRebuilt) {
     const std::vector<Source> sources = {{0, 0, 1}};
     const std::vector<StageFloats> responses = responsesOfAgents(2, {});
     const std::vector<sonivex::Taps> taps = tapsOfResponses(responses);
@@ -187,8 +187,8 @@ TEST(SourceBanks, BuildingAnewStartsFromSilence) {
     EXPECT_EQ(out, expected);
 }
 
-// There is no going on without memory, but what was built before still renders.
-TEST(SourceBanks, WithoutRoomTheFormerBanksStay) {
+// A build without enough memory throws, but the previous banks still render.
+TEST(SourceBanks, KeepThePreviousBanksWithoutRoom) {
     const std::vector<Source> sources = {{0, 0, 1}};
     const std::vector<StageFloats> responses = responsesOfAgents(2, {});
     const std::vector<sonivex::Taps> taps = tapsOfResponses(responses);

@@ -21,8 +21,9 @@ void expectSnapshots(const Step& step, const std::vector<Snapshot>& expected) {
     }
 }
 
-// Blocks A, B, C, .. of 256 by hand, in calls of 240: A 0-240 | A 240-256, B 0-224 | B 224-256, C 0-208 | ..
-TEST(Steps, CallsOf240AreCutWhereBlocksOf256End) {
+// Blocks A, B, C, .. of 256 in calls of 240, cut by hand:
+// A 0-240 | A 240-256, B 0-224 | B 224-256, C 0-208 | ..
+TEST(ConvolutionSteps, CutCallsOf240WhereBlocksOf256End) {
     Steps steps(256, 0, 240, 4);
     Step step = steps.next();
     expectSnapshots(step, {{0, 0, 240}, {0, 240, 256}, {1, 0, 224}, {1, 224, 256}});
@@ -45,7 +46,7 @@ TEST(Steps, CallsOf240AreCutWhereBlocksOf256End) {
     EXPECT_FALSE(steps.areLeft());
 }
 
-TEST(Steps, ACallGoesOnWithTheBlockThatWasBegun) {
+TEST(ConvolutionSteps, ContinueABlockThatAnEarlierCallBegan) {
     Steps one(256, 240, 240, 1);
     Step step = one.next();
     expectSnapshots(step, {{0, 240, 256}, {1, 0, 224}});
@@ -67,8 +68,8 @@ TEST(Steps, ACallGoesOnWithTheBlockThatWasBegun) {
     EXPECT_FALSE(two.areLeft());
 }
 
-// The last call before the cuts come round again ends with its block: fifteen blocks are sixteen calls.
-TEST(Steps, TheCutsOfCallsOf240ComeRoundAfterSixteenCalls) {
+// Sixteen calls fill fifteen blocks, so the last call before the pattern repeats ends with its block.
+TEST(ConvolutionSteps, RepeatTheCutsOfCallsOf240AfterSixteenCalls) {
     Steps whole_block(256, 16, 240, 1);
     expectSnapshots(whole_block.next(), {{0, 16, 256}});
     EXPECT_FALSE(whole_block.areLeft());
@@ -83,7 +84,7 @@ TEST(Steps, TheCutsOfCallsOf240ComeRoundAfterSixteenCalls) {
     EXPECT_EQ(fill, 0U);
 }
 
-TEST(Steps, AStepRendersNoMoreThanTwoBlocksOfFramesAndBeginsNoThirdBlock) {
+TEST(ConvolutionSteps, RenderAtMostTwoBlocksOfFramesAndBeginAtMostTwoBlocks) {
     Steps long_call(4, 1, 20, 1);
     expectSnapshots(long_call.next(), {{0, 1, 4}, {1, 0, 4}});
     expectSnapshots(long_call.next(), {{0, 0, 4}, {1, 0, 4}});
@@ -98,20 +99,20 @@ TEST(Steps, AStepRendersNoMoreThanTwoBlocksOfFramesAndBeginsNoThirdBlock) {
     EXPECT_FALSE(just_two_blocks.areLeft());
 }
 
-TEST(Steps, AStepHasNoFifthSnapshot) {
+TEST(ConvolutionSteps, HaveAtMostFourSnapshots) {
     Steps short_calls(256, 0, 10, 6);
     expectSnapshots(short_calls.next(), {{0, 0, 10}, {0, 10, 20}, {0, 20, 30}, {0, 30, 40}});
     expectSnapshots(short_calls.next(), {{0, 40, 50}, {0, 50, 60}});
     EXPECT_FALSE(short_calls.areLeft());
 }
 
-TEST(Steps, NoCallsAreNoSteps) {
+TEST(ConvolutionSteps, AreEmptyWithoutCallsOrFrames) {
     EXPECT_FALSE(Steps(256, 0, 240, 0).areLeft());
     EXPECT_FALSE(Steps(256, 100, 0, 3).areLeft());
 }
 
-// Where calls and blocks end, frame by frame, is what the steps must say.
-TEST(Steps, EveryFrameIsRenderedOnceInItsOrderForAnyLengths) {
+// Derives the ends of calls and blocks from the frame count and compares the steps with them.
+TEST(ConvolutionSteps, RenderEveryFrameOnceAndInOrderForAnyLengths) {
     test::Random random(1);
     for (int round = 0; round < 3000; ++round) {
         const std::size_t block = std::size_t{1} << random.between(0, 8);
@@ -139,7 +140,7 @@ TEST(Steps, EveryFrameIsRenderedOnceInItsOrderForAnyLengths) {
                 ASSERT_LT(snapshot.from, snapshot.to);
                 if (snapshot.from == 0) ++begun;
                 rendered += snapshot.frames();
-                // A snapshot ends where a call or a block ends, and neither ends within it.
+                // A snapshot ends at the end of a call or block, and neither ends within a snapshot.
                 const bool ends_block = (first_fill + rendered) % block == 0;
                 ASSERT_TRUE(ends_block || rendered % frames == 0);
                 ASSERT_EQ((rendered - 1) / frames, (rendered - snapshot.frames()) / frames);
@@ -162,8 +163,8 @@ TEST(Steps, EveryFrameIsRenderedOnceInItsOrderForAnyLengths) {
     }
 }
 
-// Nothing is put off to another step that has room in this one.
-TEST(Steps, AStepIsAsLongAsItMayBe) {
+// A step leaves nothing to the next one that would still fit.
+TEST(ConvolutionSteps, AreAsLongAsPossible) {
     test::Random random(2);
     for (int round = 0; round < 1000; ++round) {
         const auto frames = static_cast<std::size_t>(random.between(1, 600));

@@ -1,4 +1,4 @@
-// The transform in lanes against the scalar one, bit for bit, at every vector width.
+// Compares the transform in lanes with the scalar one, bit for bit, at every vector width.
 #include "lane_transform.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ using Floats = std::vector<float>;
 constexpr std::size_t kLanes[] = {1, 2, 4, 8};
 constexpr std::size_t kLargest = 2048;
 
-// Numbers of very different sizes, zeros of either sign among them.
+// Numbers of very different magnitude, including zeros of either sign.
 Floats wideRange(std::uint64_t seed, std::size_t count) {
     test::Random random(seed);
     Floats numbers(count);
@@ -41,7 +41,8 @@ struct Spectrum {
     Floats im;
 };
 
-// As lanes have it: the sign of i turned round, the last bin in the first one's imaginary part.
+// The scalar spectrum in the format of the lanes: the conjugate, with the last bin in the first bin's
+// imaginary part.
 Spectrum scalarSpectrum(const Floats& first_half) {
     const std::size_t half = first_half.size();
     Floats samples = first_half;
@@ -78,7 +79,7 @@ void expectForwardEqualsScalar(std::size_t n, std::size_t lanes) {
     const Floats frames = wideRange(n + lanes, half * lanes);
     fftconvolver::Buffer<double> work;
     work.resizeOrThrow(sonivex::LaneTransform::workDoubles(n));
-    // One float beyond an aligned place: floats may lie anywhere.
+    // Offset by one float, because the output need not be aligned.
     Floats unaligned(1 + 2 * half * lanes, 99.0F);
     float* const re = unaligned.data() + 1;
     float* const im = re + half * lanes;
@@ -134,15 +135,15 @@ void forEverySize(Check check) {
     });
 }
 
-TEST(LaneTransform, EveryLaneHasTheBitsOfTheScalarTransform) {
+TEST(LaneTransform, EveryLaneEqualsTheScalarTransformToTheBit) {
     forEverySize(expectForwardEqualsScalar);
 }
 
-TEST(LaneTransform, EveryLaneHasTheBitsOfTheScalarInverse) {
+TEST(LaneTransform, EveryLaneEqualsTheScalarInverseToTheBit) {
     forEverySize(expectInverseEqualsScalar);
 }
 
-TEST(LaneTransform, ForwardAndBackGivesTheInput) {
+TEST(LaneTransform, ARoundTripRestoresTheInput) {
     test::forEachVectorTarget([] {
         constexpr std::size_t kHalf = 256;
         constexpr std::size_t kLane = 4;

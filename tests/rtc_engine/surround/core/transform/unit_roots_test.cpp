@@ -9,18 +9,19 @@ namespace {
 
 using sonivex::UnitRoots;
 
-// Half a unit in the last place of a double between 2^(exponent) and twice that.
+// Half a unit in the last place of `number`.
 long double halfUnitOf(double number) {
     return std::ldexp(1.0L, std::ilogb(number) - 53);
 }
 
-// Rounded correctly: no double is nearer. The C library's long double has 11 bits more, and its own last bit
-// is not certain.
+// Expects correct rounding: no double is nearer. The C library's long double has 11 bits more than double,
+// but its last bit may be wrong.
 void expectNearest(double number, long double exact) {
     ASSERT_LE(std::fabs(exact - static_cast<long double>(number)), halfUnitOf(number) * 1.001L);
 }
 
-// From the nearer end of the quarter turn: close to the far one the angle's own rounding would count.
+// Computes from the nearer end of the quarter turn, because the rounding of the angle would matter near the
+// far end.
 long double exactSine(int k, int steps) {
     constexpr long double kQuarter = std::numbers::pi_v<long double> / 2;
     const auto angle = [&](int count) {
@@ -42,7 +43,7 @@ TEST(UnitRoots, AreTheNearestDoublesToSineAndCosine) {
     }
 }
 
-TEST(UnitRoots, AreExactWhereTheNumbersAre) {
+TEST(UnitRoots, AreExactAtKnownAngles) {
     const UnitRoots roots(2);
     EXPECT_EQ(roots.at(0).cosine, 1.0);
     EXPECT_EQ(roots.at(1).cosine, 0.70710678118654752440);

@@ -1,12 +1,15 @@
-// One impulse response at work, for one pair of a source and an ear: the scalar definition of right. The
-// shipped path runs banks of them (convolution/), held to this bit for bit; layouts.h tells which lane of a
-// bank stands for which agent.
+// The convolver of one impulse response, for one pair of a source and an ear. It is the scalar reference: the
+// shipped path runs banks (convolution/), which match it bit for bit. layouts.h numbers the agents, and
+// source.h tells which lane of a bank stands for which agent.
+//
+// Use: IRAgent agent; agent.init(256, 12768, ir, 8640); agent.process(in, out, n) for every call.
 #pragma once
 
 #include <cstddef>
 
 #include "two_stage_convolver.h"
 
+/** One scalar convolver. One thread at a time uses an object. */
 class IRAgent {
   public:
     IRAgent() = default;
@@ -14,13 +17,16 @@ class IRAgent {
     IRAgent& operator=(const IRAgent&) = delete;
     virtual ~IRAgent() = default;
 
-    /** As TwoStageFFTConvolver::init. */
+    /** Loads a response, see TwoStageFFTConvolver::init. [any] not real-time safe: allocates */
     bool init(std::size_t head, std::size_t tail, const float* ir, std::size_t irLen);
 
-    /** Convolve `len` samples, not negative, of `in` into `out`, which is overwritten and must not overlap.
-     *  Real-time safe. Silence before init. */
+    /** Convolves the next samples. The output is silence before init.
+     *  @param in, out [len] samples; `out` is overwritten and must not overlap `in`.
+     *  @param len     not negative.
+     *  [any] real-time safe */
     void process(const float* in, float* out, int len);
 
+    /** The convolver, owned by the agent. [any] real-time safe */
     const fftconvolver::TwoStageFFTConvolver& stages() const { return convolver; }
 
   private:

@@ -14,12 +14,12 @@ namespace {
 
 constexpr int kTableSizes = 2;  // entries of ip before its work area
 
-// Points of a complex transform on n doubles.
+// Returns the points of a complex transform on n doubles.
 std::size_t pointsOf(int n) {
     return static_cast<std::size_t>(n / 2);
 }
 
-// Does the pass that those of radix 4 have left over.
+// Runs the radix-2 pass if the radix-4 passes leave one over.
 void finishTransform(int n, int done, double* a) {
     if (done < n) radix2LastPass(a, pointsOf(n));
 }

@@ -14,8 +14,9 @@ using sonivex::Taps;
 
 constexpr std::size_t kAgents = 24;
 
-// Shortest tail partition, before it is rounded up to a power of two. At the blocks that surround uses it
-// holds every response whole, so that all of a response is in the head stage, and banks need no other.
+// Shortest tail partition in samples, before it is rounded up to a power of two. With the surround effect's
+// blocks it is longer than every response. The whole response then lies in the head stage, and banks need no
+// other stage.
 constexpr std::uint64_t kShortestTail = 12768;
 
 void appendScaled(const ConvolveReverb::Table& table, std::size_t samples, double divisor,
@@ -47,7 +48,8 @@ ConvolveReverb::Stage& ConvolveReverb::stageOf(const Layout& layout) {
     return &layout == &sonivex::kAudio ? audio_stage_ : layout_stage_;
 }
 
-// The Audio stage comes with a set-up of its own, and shall lie with the stage before it.
+// Returns the bytes to reserve for what follows the set-up of a layout. The Audio stage has its own set-up
+// later, but its memory should lie next to that of the layout's stage.
 std::size_t ConvolveReverb::bytesForLater(const Layout& layout) const {
     if (!layout.has_audio_stage) return owner_bytes_;
     const sonivex::BankShape audio_shape = {.channels = 2,

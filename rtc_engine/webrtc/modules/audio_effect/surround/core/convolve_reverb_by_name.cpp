@@ -1,4 +1,5 @@
-// The operations of ConvolveReverb by the names of their layouts. The pipelines have the layout's record.
+// The operations of ConvolveReverb by the names of their layouts. The pipelines use the layout's record
+// instead.
 #include "convolve_reverb.h"
 #include "layouts.h"
 

@@ -1,5 +1,5 @@
 // Copies the compiled-in responses into ConvolveReverb's tables when the library is loaded. The arrays are
-// constants, so the order in which files are initialised does not matter.
+// constants, so the initialisation order of the files does not matter.
 #include <iterator>
 
 #include "convolve_reverb.h"

@@ -19,14 +19,14 @@ Complex operator-(Complex a, Complex b) {
     return {a.re - b.re, a.im - b.im};
 }
 
-// The difference of the real part written as a sum, which is the same number: GCC makes fused instructions of
-// a difference beside a sum of products, even where it was told not to contract.
+// The difference in the real part is written as a sum, which is the same number: GCC fuses a difference of
+// products beside a sum of products, even if told not to contract.
 Complex operator*(Complex a, Complex b) {
     const double minus_im = -a.im;
     return {a.re * b.re + minus_im * b.im, a.re * b.im + a.im * b.re};
 }
 
-// The product with i, or with -i on the way back.
+// Multiplies by i, or by -i on the way back.
 template <Turn turn>
 Complex quarterTurned(Complex a) {
     return turn == Turn::kForward ? Complex{-a.im, a.re} : Complex{a.im, -a.re};
@@ -46,7 +46,7 @@ void put(double* leg, std::size_t i, Complex value) {
     leg[i + 1] = value.im;
 }
 
-// The four legs of a block, `doubles` long each, one behind the other.
+// The four legs of a block, contiguous, each `doubles` long.
 struct Legs {
     double* __restrict v0;
     double* __restrict v1;

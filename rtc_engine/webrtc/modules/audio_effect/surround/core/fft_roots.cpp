@@ -11,9 +11,9 @@ namespace {
 
 constexpr double kSquareRootOfHalf = 0.70710678118654752440;
 
-// t(k). The table reaches to an eighth of a turn: even k find their angle there, odd k beyond it at
-// 1/8 + a/8 turns, as the mirror image of 1/8 - a/8. In bit-reversed order a and 1 - a lie opposite each
-// other between two powers of two.
+// Returns t(k). The table reaches to an eighth of a turn. The angle of an even k is in the table. The angle
+// of an odd k lies beyond it, at 1/8 + a/8 turns, and is the mirror image of 1/8 - a/8. In bit-reversed order
+// a and 1 - a lie opposite each other between two powers of two.
 sonivex::UnitPoint rootOfBlock(const double* roots, std::size_t k) {
     std::size_t j = k >> 1;
     if ((k & 1) == 0) return {roots[2 * j], roots[2 * j + 1]};
@@ -22,7 +22,7 @@ sonivex::UnitPoint rootOfBlock(const double* roots, std::size_t k) {
     return {roots[2 * j + 1], roots[2 * j]};
 }
 
-// t(k) squared, without another rounding: the angle of k / 2, and for odd k a quarter turn more.
+// Returns t(k) squared without another rounding: it has the angle of t(k / 2), plus a quarter turn for odd k.
 sonivex::UnitPoint squaredRootOfBlock(const double* roots, std::size_t k) {
     const sonivex::UnitPoint root = rootOfBlock(roots, k >> 1);
     return (k & 1) == 0 ? root : sonivex::UnitPoint{-root.sine, root.cosine};
@@ -39,7 +39,7 @@ BlockRoots rootsOfBlock(const double* roots, std::size_t block) {
     const sonivex::UnitPoint t1 = rootOfBlock(roots, block);
     const sonivex::UnitPoint t2 = squaredRootOfBlock(roots, block);
     // The difference is written as a sum, which is the same number: GCC 12 fuses a difference of products
-    // beside a sum of products, even where it was told not to contract.
+    // beside a sum of products, even if told not to contract.
     const double minus_sine = -t1.sine;
     const sonivex::UnitPoint t3 = {t1.cosine * t2.cosine + minus_sine * t2.sine,
                                    t1.cosine * t2.sine + t1.sine * t2.cosine};
@@ -47,9 +47,10 @@ BlockRoots rootsOfBlock(const double* roots, std::size_t block) {
 }
 
 void reversePointOrder(double* points, std::size_t count, int* offsets) {
-    // The index in three parts: left and right of `width` values each, and one digit between them if the
-    // number of digits is odd. The reverse of (left, middle, right) is (r(right), middle, r(left)), so every
-    // pair of left and right < left is one exchange, with r(right) written for right.
+    // An index has three parts: left and right with `width` values each, and one digit between them if the
+    // number of digits is odd. The reverse of (left, middle, right) is (r(right), middle, r(left)). The loops
+    // visit (left, middle, r(right)), whose reverse is (right, middle, r(left)): every pair with right < left
+    // is one exchange.
     const int digits = std::countr_zero(count);
     const std::size_t width = std::size_t{1} << (digits / 2);
     const std::size_t middles = std::size_t{1} << (digits % 2);

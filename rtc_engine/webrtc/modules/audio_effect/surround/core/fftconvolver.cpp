@@ -47,14 +47,14 @@ bool FFTConvolver::init(std::size_t new_block_size, const float* ir, std::size_t
     convolved.resize(complexSize);
     overlap.resizeOrThrow(blockSize);
     inputBuffer.resizeOrThrow(blockSize);
-    segmentCount = partitions;  // last: a convolver that got no memory stays silent
+    segmentCount = partitions;  // set last: a convolver stays silent if memory ran out above
     return true;
 }
 
 void FFTConvolver::transformResponse(const float* ir, std::size_t irLen, std::size_t partitions) {
     irSegments.reserve(partitions);
     for (std::size_t i = 0; i < partitions; ++i) {
-        // The count is made in float: of a response of more than 2^24 taps it may be off by one.
+        // partitionsOf computes in float: beyond 2^24 taps its count may be off by one.
         const std::size_t first = std::min(i * blockSize, irLen);
         const std::size_t taps = std::min(irLen - first, blockSize);
         fftBuffer.clear();
@@ -90,7 +90,7 @@ void FFTConvolver::process(const float* in, float* out, std::size_t len) {
     }
 }
 
-// The block as far as it is filled; the rest of its buffer is zero.
+// Transforms the block as far as it is filled; the rest of its buffer is zero.
 void FFTConvolver::transformInput() {
     std::copy_n(inputBuffer.data(), blockSize, fftBuffer.data());
     std::fill_n(fftBuffer.data() + blockSize, segmentSize - blockSize, 0.0F);

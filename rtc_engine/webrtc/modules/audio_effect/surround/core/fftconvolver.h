@@ -1,17 +1,17 @@
 // Convolution of a stream with a fixed response, by uniform partitions of both in the frequency domain: the
-// scalar definition of right. The shipped path runs banks of these (convolution/), held to it bit for bit.
+// scalar reference. The shipped path runs banks of such convolvers (convolution/) and matches it bit for bit.
 //
 //   L          partition length, P partitions of the response, transforms of 2L
-//   H[i]       spectrum of samples iL .. iL+L-1 of the response, zeros behind
-//   X[b]       spectrum of input block b, zeros behind; the block being filled is transformed as far as it is
+//   H[i]       spectrum of samples iL .. iL+L-1 of the response, followed by zeros
+//   X[b]       spectrum of input block b, followed by zeros; an unfinished block is transformed as it is
 //   y          = inverse of sum over i of H[i] X[b-i];  its second half is added to the next block's first
 //
-// Every output sample depends on the input up to the same instant: no delay, for any call length. The sum
-// over the older blocks, i >= 1, is made once per block and kept.
+// Every output sample depends on the input up to the same instant: there is no delay, for any call length.
+// The sum over the older blocks, i >= 1, is computed once per block and kept.
 // Source: overlap-add with a frequency-domain delay line, Gardner, JAES 43 (1995); Wefers (2015).
 //
 // Use: FFTConvolver c; c.init(256, ir, 8640); c.process(in, out, n) for every call.
-// Threads: an object is used by one thread at a time.
+// Threads: one thread at a time uses an object.
 #pragma once
 
 #include <cstddef>
@@ -23,6 +23,7 @@
 
 namespace fftconvolver {
 
+/** A convolver with uniform partitions. It is silent until a response is loaded. */
 class FFTConvolver {
   public:
     FFTConvolver() = default;
@@ -30,24 +31,26 @@ class FFTConvolver {
     FFTConvolver& operator=(const FFTConvolver&) = delete;
     virtual ~FFTConvolver() = default;
 
-    /** Load a response; what was loaded is dropped first.
+    /** Drops the loaded response, loads a new one and starts from silence.
      *  @param new_block_size samples of a partition, rounded up to a power of two.
      *  @param ir             [irLen], copied; taps below 1e-6 at its end are left out. If nothing is left,
      *                        the output is silence.
-     *  @return false, and the output is silence, for a block size of 0.
-     *  Throws std::bad_alloc, and the output is silence, when memory runs out. */
+     *  @return false for a block size of 0; the output is then silence.
+     *  Throws std::bad_alloc when memory runs out; the output is then silence.
+     *  [any] not real-time safe: allocates */
     bool init(std::size_t new_block_size, const float* ir, std::size_t irLen);
 
-    /** @param in, out [len]; `out` is overwritten and may be `in`.
-     *  Real-time safe. Silence without a response. */
+    /** Convolves the next samples. The output is silence without a response.
+     *  @param in, out [len] samples; `out` is overwritten and may be `in`.
+     *  [any] real-time safe */
     void process(const float* in, float* out, std::size_t len);
 
-    /** Drop the response and release the memory. */
+    /** Drops the response and frees the memory. [any] not real-time safe */
     void reset();
 
-    /** Samples of a partition; 0 without a response. */
+    /** Samples of a partition; 0 without a response. [any] real-time safe */
     std::size_t partitionLength() const { return blockSize; }
-    /** Partitions of the response; 0 without one. */
+    /** Partitions of the response; 0 without a response. [any] real-time safe */
     std::size_t partitionCount() const { return segmentCount; }
 
   private:
@@ -62,14 +65,14 @@ class FFTConvolver {
     std::size_t segmentSize = 0;   // 2L
     std::size_t segmentCount = 0;  // P
     std::size_t complexSize = 0;   // L + 1 bins
-    Spectra inputSegments;         // ring of the input blocks' spectra
+    Spectra inputSegments;         // ring of input spectra
     Spectra irSegments;            // the response's partitions
-    Buffer<float> fftBuffer;       // 2L samples on the way into or out of a transform
+    Buffer<float> fftBuffer;       // 2L samples, input or output of a transform
     audiofft::AudioFFT fft;
     SplitComplex accumulated;  // sum of the older blocks
-    SplitComplex convolved;    // the same with the newest
+    SplitComplex convolved;    // that sum plus the newest block
     Buffer<float> overlap;     // second half of the last finished block's inverse transform
-    std::size_t current = 0;   // place of the newest block in the ring; the older ones follow
+    std::size_t current = 0;   // index of the newest block in the ring; older blocks follow
     Buffer<float> inputBuffer;
     std::size_t inputFill = 0;
 };

@@ -1,4 +1,5 @@
-// A layout: everything that tells one way of surround from another, in one record. layouts.h has them all.
+// A layout: one record with everything that distinguishes one kind of surround from another. layouts.h lists
+// all layouts.
 #pragma once
 
 #include <cstddef>
@@ -10,37 +11,41 @@
 
 namespace sonivex {
 
-/** A response as integers: samples times the divisor of its layout. */
+/** A response as integers: taps times the divisor of its layout. */
 using ResponseTable = std::vector<std::int16_t>;
 
+/** The constants of one layout. */
 struct Layout {
     int width;  // samples of an input frame
-    /** In the order of the float additions, which is part of the output's bits. */
+    /** Sources in the order of the float additions, which decides the bits of the output. */
     std::span<const Source> sources;
-    /** Mode by mode; in each source by source, left ear before right, as the agents are numbered. */
+    /** Tables mode by mode; in a mode source by source, left ear before right, as the agents are numbered. */
     std::span<const ResponseTable* const> tables;
-    double divisor;       // what stands for 1 in the tables
-    std::size_t samples;  // of each table
-    int log_line = 0;     // of the pipeline, see effect_log.h
+    double divisor;       // value in the tables that stands for 1
+    std::size_t samples;  // samples of each table
+    int log_line = 0;     // line number in the pipeline's log lines, see effect_log.h
     const char* log_null_handle = "[audio]::kv surround handle is NULL.\n";
-    bool has_audio_stage = false;  // what the ears hear goes through kAudio, too
+    bool has_audio_stage = false;  // true: the ear signals pass through kAudio as well
 };
 
-/** Responses of one mode. */
+/** Responses of one mode. [any, concurrent] real-time safe */
 constexpr std::size_t responsesOf(const Layout& layout) {
     std::size_t responses = 0;
     for (const Source& source : layout.sources) responses += hasBothEars(source) ? 2 : 1;
     return responses;
 }
 
-/** @param mode 1 or 2; every other value is 3. A layout without modes has one set of tables for all. */
+/** Returns the tables of one mode, in the order of Layout::tables.
+ *  @param mode 1 or 2; every other value is 3. A layout without modes has one set of tables for all modes.
+ *  [any, concurrent] real-time safe */
 constexpr std::span<const ResponseTable* const> tablesOf(const Layout& layout, unsigned mode) {
     const std::size_t count = responsesOf(layout);
     const std::size_t set = mode == 1 || mode == 2 ? mode - 1 : 2;
     return layout.tables.subspan(layout.tables.size() == count ? 0 : set * count, count);
 }
 
-/** Whether a stream of `channels` comes in frames of this layout; mono streams bring two samples a frame. */
+/** True if a stream of `channels` channels comes in frames of this layout. A mono stream brings two samples
+ *  per frame. [any, concurrent] real-time safe */
 constexpr bool takesChannels(const Layout& layout, int channels) {
     return channels == layout.width || (channels == 1 && layout.width == 2);
 }

@@ -1,5 +1,5 @@
-// The layouts that there are: 3DSurround ("Bingo") and MegaBass ("Surround"), each for two channels, 5.1
-// and 7.1, and the stage that what MegaBass gives to the ears goes through.
+// All layouts: 3DSurround ("Bingo") and MegaBass ("Surround"), each for two channels, 5.1 and 7.1, and the
+// Audio stage, which the ear signals of MegaBass pass through.
 #pragma once
 
 #include "convolve_reverb.h"
@@ -15,10 +15,10 @@ inline constexpr Source kBingo51Sources[] = {{0, 8, 9},   {1, 10, 11}, {2, 12, 1
                                              {3, 14, 15}, {4, 16, 17}, {5, 18, 19}};
 inline constexpr Source kBingo71Sources[] = {{0, 8, 9},   {1, 10, 11}, {2, 12, 13}, {3, 14, 15},
                                              {4, 16, 17}, {5, 18, 19}, {6, 20, 21}, {7, 22, 23}};
-// Each ear hears one channel only, twice: the responses and their tone are made for that.
+// Each ear hears only one channel, through two responses: the responses and their tone are made for that.
 inline constexpr Source kSurround2Sources[] = {
     {0, 0, kNoAgent}, {1, kNoAgent, 1}, {0, 2, kNoAgent}, {1, kNoAgent, 3}};
-// Without channel 3, low frequency, for which these sets have no response.
+// Channel 3, low frequency, is missing: these sets have no response for it.
 inline constexpr Source kSurround51Sources[] = {
     {0, 8, 9}, {1, 10, 11}, {2, 12, 13}, {4, 14, 15}, {5, 16, 17}};
 inline constexpr Source kSurround71Sources[] = {{0, 8, 9},   {1, 10, 11}, {2, 12, 13}, {4, 14, 15},

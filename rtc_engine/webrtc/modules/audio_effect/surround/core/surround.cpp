@@ -20,14 +20,14 @@ using sonivex::kSurroundTypeMegaBass;
 using sonivex::Layout;
 using sonivex::SampleRing;
 
-// Part of the log lines, see effect_log.h.
+// Line numbers in the log lines, see effect_log.h.
 constexpr int kLogLineNoMemory = 122;
 constexpr int kLogLineChannelsOf3D = 145;
 constexpr int kLogLineChannelsOfMegaBass = 163;
 constexpr int kLogLineType = 168;
 constexpr int kLogLineRelease = 732;
 constexpr const char* kLogNoMemory = "[KelvoSurround]::kv surround handle is created failed.\n";
-// With a full-width exclamation mark, U+FF01.
+// The message ends with a full-width exclamation mark, U+FF01.
 constexpr const char* kLogChannels =
     "[KelvoSurround]::The input audio channel number is not supported\xEF\xBC\x81\n";
 constexpr const char* kLogType = "[KelvoSurround]::kv surround type is not supported.\n";
@@ -46,7 +46,7 @@ struct FreeHandle {
 };
 using HandlePointer = std::unique_ptr<SurroundHandle, FreeHandle>;
 
-// Null, and logged, if there is none.
+// Returns the layout for a type and a channel count. Logs and returns null if there is none.
 const Layout* layoutOf(int type, int channels) {
     for (const Layout* const layout : {&sonivex::kBingo2, &sonivex::kBingo51, &sonivex::kBingo71}) {
         if (type == kSurroundType3D && takesChannels(*layout, channels)) return layout;
@@ -64,7 +64,7 @@ const Layout* layoutOf(int type, int channels) {
     return nullptr;
 }
 
-// Throws when memory runs out.
+// Returns null for an unsupported type or channel count. Throws std::bad_alloc when memory runs out.
 void* createHandle(int channels, int sample_rate, int type, int mode, int limiter) {
     HandlePointer handle(new SurroundHandle{});
     handle->channels = channels;
@@ -75,9 +75,9 @@ void* createHandle(int channels, int sample_rate, int type, int mode, int limite
     handle->reverb = new ConvolveReverb(2 * Arena::bytesOf<SampleRing>(1));
     handle->layout = layoutOf(type, channels);
     if (handle->layout == nullptr) {
-        // A rejected handle has always been left allocated.
+        // A rejected handle stays allocated, as it always has.
         static_cast<void>(handle.release());
-        return nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the leak is meant
+        return nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the leak is intended
     }
     const Layout& layout = *handle->layout;
     handle->reverb->prepare(layout, channels, sonivex::kSurroundBlockFrames, static_cast<unsigned>(mode));
@@ -103,7 +103,7 @@ void* aem_CreateSurround(int channels, int sampleRate, int type, int mode, int l
 }
 
 int aem_ProcessSurround(void* handle, const short* in, short* out, int frames) {
-    if (frames < INT_MIN / 2) return 0;  // twice as many is no int
+    if (frames < INT_MIN / 2) return 0;  // twice the count does not fit an int
     const auto* const surround = static_cast<const SurroundHandle*>(handle);
     if (surround == nullptr || surround->layout == nullptr) return 2 * std::min(frames, 0);
     return 2 * sonivex::processSurround(*surround->layout, handle, in, out, frames);

@@ -1,4 +1,5 @@
-// The whole state of one surround effect.
+// The whole state of one surround effect. surround.cpp makes and frees it, surround_pipelines.cpp renders
+// with it.
 #pragma once
 
 #include <cstdint>
@@ -9,33 +10,38 @@
 
 namespace sonivex {
 
+/** Frames of a block. */
 inline constexpr int kSurroundBlockFrames = 240;
+/** Most samples of an input frame. */
 inline constexpr int kSurroundMaxChannels = 8;
-/** Blocks that are rendered together: more than two are hardly quicker. */
+/** Most blocks rendered together: more than two are hardly faster. */
 inline constexpr int kSurroundMostBlocks = 2;
+/** Most frames rendered together. */
 inline constexpr int kSurroundMostFrames = kSurroundMostBlocks * kSurroundBlockFrames;
 
+/** `type` of aem_CreateSurround for 3DSurround. */
 inline constexpr int kSurroundType3D = 1;
+/** `type` of aem_CreateSurround for MegaBass. */
 inline constexpr int kSurroundTypeMegaBass = 13;
 
-/** How the effect names itself in log lines. */
+/** Name of the effect in log lines. */
 inline constexpr const char* kSurroundLogSource = "surround";
 
 }  // namespace sonivex
 
-/** All zero is an empty one. */
+/** One surround effect. An all-zero record is empty. */
 struct SurroundHandle {
-    // As given at creation. Only limiter is read again: the layout says the rest.
+    // As given at creation. Only limiter is read again; the layout stands for the rest.
     std::int32_t channels;
     std::int32_t sampleRate;  // the responses are the same at every rate
     std::int32_t type;
     std::int32_t mode;
-    std::int32_t limiter;           // 1: limit the output; else clip it
+    std::int32_t limiter;           // 1: limit the output; every other value: clip it
     const sonivex::Layout* layout;  // chosen by type and channels; null only in a broken record
     ConvolveReverb* reverb;         // owned
     Au2LimiterState* limiterState;  // owned
     float inBlock[sonivex::kSurroundMaxChannels * sonivex::kSurroundMostFrames];
     float outBlock[2 * sonivex::kSurroundMostFrames];
-    sonivex::SampleRing* inRing;  // both in the reverb's arena
-    sonivex::SampleRing* outRing;
+    sonivex::SampleRing* inRing;   // in the reverb's arena
+    sonivex::SampleRing* outRing;  // in the reverb's arena
 };

@@ -22,7 +22,7 @@ bool fitsInt(std::int64_t number) {
     return number <= std::numeric_limits<int>::max();
 }
 
-// One block: the limiter goes by the peak of what it is given at once.
+// Converts one block. The limiter follows the peak of each call's samples, so it gets one block per call.
 void toInt16(SurroundHandle& handle, float* samples, std::int16_t* out) {
     if (handle.limiter == 1) {
         unitScaleToInt16Units(samples, kBlockOutSamples, handle.inBlock);
@@ -33,7 +33,7 @@ void toInt16(SurroundHandle& handle, float* samples, std::int16_t* out) {
     }
 }
 
-// As many of the waiting blocks as are rendered together. @return how many.
+// Renders as many of the waiting blocks as one pass takes. Returns their count.
 int renderBlocks(SurroundHandle& handle, int blocks_waiting) {
     const Layout& layout = *handle.layout;
     const int blocks = std::min(blocks_waiting, kSurroundMostBlocks);
@@ -66,7 +66,7 @@ int processSurround(const Layout& layout, void* handle, const short* in, short* 
     }
     auto& surround = *static_cast<SurroundHandle*>(handle);
     if (surround.layout != &layout) return std::min(frames, 0);
-    const int taken_frames = std::max(frames, 0);  // of fewer than one, neither buffer is looked at
+    const int taken_frames = std::max(frames, 0);  // below 1, neither buffer is read or written
     const std::int64_t in_samples = std::int64_t{taken_frames} * layout.width;
     if (frames > 0 && (in == nullptr || out == nullptr || !fitsInt(in_samples))) return 0;
     serveCall(*surround.inRing, *surround.outRing, {in, static_cast<int>(in_samples)},
@@ -77,7 +77,7 @@ int processSurround(const Layout& layout, void* handle, const short* in, short* 
 
 }  // namespace sonivex
 
-// Their parameters are part of the exported names, hence `short*` for what is only read.
+// The parameter types are part of the exported names, so `in` stays `short*` although it is only read.
 int ProcessSurround_Kelvo_Bingo_2(void* handle, short* in, short* out, int frames) {
     return sonivex::processSurround(sonivex::kBingo2, handle, in, out, frames);
 }

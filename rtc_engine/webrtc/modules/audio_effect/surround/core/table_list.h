@@ -1,9 +1,11 @@
-// Every impulse response table, once: sets of table names for macros that take a name without its prefix.
-// Each set is in the order of the sources, left ear before right. Both Audio tables have the same data and
-// are written out where they are needed.
+// A list of all impulse response tables: sets of table names for macros that take a name without its prefix.
+// Each set is in the order of the sources, left ear before right. The two Audio tables have the same data and
+// are not in the list; the code names them where it needs them.
+//
+// Use: #define DECLARE(name) extern const int g_##name;   then   SONIVEX_TABLES_LOUDSPEAKERS(DECLARE)
 #pragma once
 
-// NOLINTBEGIN(bugprone-macro-parentheses): names are pasted, not computed with
+// NOLINTBEGIN(bugprone-macro-parentheses): the names are pasted, not evaluated
 
 #define SONIVEX_EARS(X, source, set) X(source##_h_##set##L48) X(source##_h_##set##R48)
 
@@ -36,7 +38,7 @@
 #define SONIVEX_TABLES_SURROUND_5_1(X, mode) SONIVEX_FIVE_SOURCES(X, 5_1, mode)
 #define SONIVEX_TABLES_SURROUND_7_1(X, mode) SONIVEX_SEVEN_SOURCES(X, 7_1, mode)
 
-// All but the Audio tables.
+// All tables except the Audio tables.
 #define SONIVEX_TABLES_LOUDSPEAKERS(X)    \
     SONIVEX_TABLES_BINGO_2(X)             \
     SONIVEX_TABLES_BINGO_5_1(X)           \

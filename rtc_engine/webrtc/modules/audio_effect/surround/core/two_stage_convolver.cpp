@@ -67,7 +67,7 @@ void TwoStageFFTConvolver::process(const float* in, float* out, std::size_t len)
     }
 }
 
-// At most up to the end of a head block.
+// Processes `n` samples, at most up to the end of a head block.
 void TwoStageFFTConvolver::processTails(const float* in, float* out, std::size_t n) {
     if (!firstTailReady.isEmpty()) Sum(out, out, firstTailReady.data() + readyPos, n);
     if (!tailReady.isEmpty()) Sum(out, out, tailReady.data() + readyPos, n);

@@ -1,16 +1,16 @@
-// Convolution with a long response: its head in short partitions without delay, its tail in long ones. Part
-// of the scalar definition of right: the shipped path runs banks (convolution/), held bit for bit to the head
-// stage, which holds every response that ships whole.
+// Convolution with a long response: short partitions convolve its head without delay, long partitions its
+// tail. Part of the scalar reference: the head stage holds every shipped response whole, and the banks of the
+// shipped path (convolution/) match that stage bit for bit.
 //
 //   response   [0, T)     [T, 2T)            [2T, ..)
 //   stage      head       first tail         tail
 //   partition  H          H                  T
 //
-// The tail stages work on input of T samples ago, so what they compute while one stretch of T samples comes
-// in is played out during the next.
+// The tail stages work on input that is T samples old: the result that they compute while one stretch of T
+// samples comes in is played out during the next stretch.
 //
 // Use: TwoStageFFTConvolver c; c.init(256, 12768, ir, 40000); c.process(in, out, n) for every call.
-// Threads: an object is used by one thread at a time.
+// Threads: one thread at a time uses an object.
 #pragma once
 
 #include <cstddef>
@@ -20,6 +20,7 @@
 
 namespace fftconvolver {
 
+/** A convolver with a head stage and two tail stages. It is silent until a response is loaded. */
 class TwoStageFFTConvolver {
   public:
     TwoStageFFTConvolver() = default;
@@ -27,30 +28,37 @@ class TwoStageFFTConvolver {
     TwoStageFFTConvolver& operator=(const TwoStageFFTConvolver&) = delete;
     virtual ~TwoStageFFTConvolver() = default;
 
-    /** Load a response; what was loaded is dropped first.
-     *  @param head, tail samples of a partition of either stage, rounded up to powers of two; the smaller one
-     *                    is the head's.
+    /** Drops the loaded response, loads a new one and starts from silence.
+     *  @param head, tail samples of a partition of the stages, rounded up to powers of two. The head stage
+     *                    gets the smaller of the two.
      *  @param ir         [irLen], copied; taps below 1e-6 at its end are left out. If nothing is left, the
      *                    output is silence.
-     *  @return false, and the output is silence, if a size is 0.
-     *  Throws std::bad_alloc, and the output is silence, when memory runs out. */
+     *  @return false if a size is 0; the output is then silence.
+     *  Throws std::bad_alloc when memory runs out; the output is then silence.
+     *  [any] not real-time safe: allocates */
     bool init(std::size_t head, std::size_t tail, const float* ir, std::size_t irLen);
 
-    /** @param in, out [len]; `out` is overwritten and must not overlap `in`.
-     *  Real-time safe. Silence without a response. */
+    /** Convolves the next samples. The output is silence without a response.
+     *  @param in, out [len] samples; `out` is overwritten and must not overlap `in`.
+     *  [any] real-time safe */
     void process(const float* in, float* out, std::size_t len);
 
-    /** H and T; 0 without a response. */
+    /** H; 0 without a response. [any] real-time safe */
     std::size_t headPartitionLength() const { return headBlockSize; }
+    /** T; 0 without a response. [any] real-time safe */
     std::size_t tailPartitionLength() const { return tailBlockSize; }
+    /** The head stage. [any] real-time safe */
     const FFTConvolver& head() const { return headStage; }
+    /** The first tail stage. [any] real-time safe */
     const FFTConvolver& firstTail() const { return firstTailStage; }
+    /** The tail stage. [any] real-time safe */
     const FFTConvolver& tail() const { return tailStage; }
 
   protected:
-    /** Compute tailOutput from backgroundInput: here at once, on the calling thread. */
+    /** Computes tailOutput from backgroundInput. This version does so at once, on the calling thread.
+     *  [any] real-time safe */
     virtual void startBackgroundProcessing();
-    /** Come back when tailOutput is complete. */
+    /** Returns when tailOutput is complete. [any] real-time safe */
     virtual void waitForBackgroundProcessing();
 
   private:
@@ -65,9 +73,9 @@ class TwoStageFFTConvolver {
     Buffer<float> firstTailOutput;  // being computed, H samples at a time
     Buffer<float> firstTailReady;   // being played out
     FFTConvolver tailStage;
-    Buffer<float> tailOutput;  // computed, to be played out next
+    Buffer<float> tailOutput;  // played out next
     Buffer<float> tailReady;   // being played out
-    Buffer<float> tailInput;   // the last input samples, T at most
+    Buffer<float> tailInput;   // latest input, up to T samples
     std::size_t tailInputFill = 0;
     std::size_t readyPos = 0;
     Buffer<float> backgroundInput;  // the stretch that tailStage works on

@@ -15,7 +15,7 @@ namespace sonivex {
 namespace {
 
 constexpr std::size_t kHugePageBytes = std::size_t{2} << 20;
-// Bytes of a huge page that may stay unused: memory that the handle holds for speed alone.
+// Most bytes of a huge page that may stay unused: the handle holds them for speed alone.
 constexpr std::size_t kMostUnusedBytes = kHugePageBytes / 8;
 
 std::size_t hugePagesOf(std::size_t bytes) {
@@ -23,7 +23,8 @@ std::size_t hugePagesOf(std::size_t bytes) {
 }
 
 #if defined(__linux__)
-// Memory whose first pages are huge ones, if the system likes; null if it gives none.
+// Maps memory at a huge-page boundary and asks the system to back its first pages with huge ones, which the
+// system may decline. Returns null if the system gives no memory.
 std::byte* mapWithHugePages(std::size_t bytes, std::size_t huge_pages) {
     const std::size_t reserved = bytes + kHugePageBytes;
     void* const map = mmap(nullptr, reserved, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -59,7 +60,8 @@ Arena::Arena(std::size_t bytes) {
         memory_ = static_cast<std::byte*>(::operator new (bytes, std::align_val_t{kAlignment}, std::nothrow));
         if (memory_ == nullptr) throw std::bad_alloc();
     }
-    // Mapped pages, too: no call of an effect shall wait for the system to give one.
+    // Mapped memory is zero already, but writing to it makes the system supply every page now. No call of an
+    // effect then waits for a page.
     std::memset(memory_, 0, bytes_);
     room_ = bytes_;
 }

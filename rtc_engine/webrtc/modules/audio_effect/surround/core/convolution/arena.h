@@ -1,10 +1,10 @@
-// One block of memory for the arrays that every call of a handle goes through.
+// One block of memory for the arrays that every call of a handle touches.
 //
-// Lying together they need few entries of the processor's address cache, and where they fill most of a huge
-// page of 2 MiB they get one, if the system has any to give: the time of a call then no longer depends on
-// which pages the process happened to get.
+// Arrays side by side need few entries of the processor's address cache (TLB). Where they fill most of a huge
+// page of 2 MiB, the arena asks the system for one. The time of a call then no longer depends on which pages
+// the process happened to get.
 //
-// Use: Arena arena(Arena::bytesOf<float>(n) + ..); float* a = arena.take<float>(n); .. freed with the arena.
+// Use: Arena arena(Arena::bytesOf<float>(n) + ..); float* a = arena.take<float>(n); its destructor frees all.
 #pragma once
 
 #include <cstddef>
@@ -13,28 +13,34 @@ namespace sonivex {
 
 class Arena {
   public:
-    /** The widest vector, and a cache line. */
+    /** Alignment of every array in bytes: the widest vector, and a cache line. */
     static constexpr std::size_t kAlignment = 64;
 
-    /** Throws std::bad_alloc when memory runs out. */
+    /** Allocates and zeroes the memory.
+     *  @param bytes the sum of bytesOf over the arrays to take.
+     *  Throws std::bad_alloc when memory runs out. [any] not real-time safe: allocates */
     explicit Arena(std::size_t bytes);
     Arena(const Arena&) = delete;
     Arena& operator=(const Arena&) = delete;
+    /** Frees the memory of all arrays. [any] not real-time safe */
     ~Arena();
 
-    /** The bytes that an array takes of an arena. */
+    /** Bytes that an array of `count` elements takes of an arena: a multiple of kAlignment.
+     *  [any, concurrent] real-time safe */
     template <typename Number>
     static constexpr std::size_t bytesOf(std::size_t count) {
         return (count * sizeof(Number) + kAlignment - 1) / kAlignment * kAlignment;
     }
 
-    /** The next array: zeros, aligned. Throws std::bad_alloc when there is no room left. */
+    /** Takes the next array of `count` elements: zeros, aligned to kAlignment, owned by the arena.
+     *  Throws std::bad_alloc when too little room is left. [any] real-time safe unless it throws */
     template <typename Number>
     Number* take(std::size_t count) {
         return static_cast<Number*>(takeBytes(bytesOf<Number>(count)));
     }
 
-    /** Bytes that arrays can still take. */
+    /** Bytes that further arrays can take. It starts at the constructor's `bytes` or more: whole pages count.
+     *  [any] real-time safe */
     std::size_t room() const { return room_; }
 
   private:

@@ -1,8 +1,8 @@
-// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
+// Compiled once for every vector instruction set; the processor's best set is chosen at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "bank_arithmetic.cpp"
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h must precede every Highway header.
 #include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
@@ -14,16 +14,16 @@
 HWY_BEFORE_NAMESPACE();
 namespace sonivex::HWY_NAMESPACE {
 
-// Partitions between the one that is worked on and the one that is fetched.
+// Prefetch distance, in partitions ahead of the one being summed.
 constexpr std::size_t kPrefetchDistance = 32;
 
 // ---- responses in a tile ----
 
-// A spectrum of its own for every channel and row.
+// Every channel has its own spectrum in every row.
 template <std::size_t rows>
 struct OwnResponses {
     static constexpr std::size_t kRows = rows;
-    static constexpr std::size_t kFloats = rows * kTileSpectrumFloats;  // of a partition
+    static constexpr std::size_t kFloats = rows * kTileSpectrumFloats;  // per partition
 
     template <std::size_t vectors>
     static HWY_INLINE Numbers<vectors> load(const float* partition, std::size_t row, std::size_t offset) {
@@ -31,7 +31,7 @@ struct OwnResponses {
     }
 };
 
-// One spectrum for both channels of one row.
+// Both channels of the only row share one spectrum.
 struct SharedResponse {
     static constexpr std::size_t kRows = 1;
     static constexpr std::size_t kFloats = kTileFloats;
@@ -48,13 +48,14 @@ struct SharedResponse {
     }
 };
 
-// ---- the sums of one place in a tile ----
+// ---- the sums at one place of a tile ----
 
 template <class Responses>
 struct Sums {
     PlaceNumbers row[Responses::kRows];
 };
 
+// A place is the run of kPlaceFloats indices k in a tile that the kernel works on at once.
 template <class Responses>
 struct Place {
     const BankMemory& memory;
@@ -72,14 +73,14 @@ struct Place {
     }
 };
 
-// Sums over the older partitions of one block, or of two that follow each other. Partition i of the second
-// meets the input that partition i - 1 of the first has met.
+// Sums over the older partitions (i >= 1) of one block, or of two consecutive blocks. Partition i of the
+// second block multiplies the same input as partition i - 1 of the first block.
 template <class Responses, std::size_t blocks, std::size_t vectors, bool has_reals>
 struct OlderPartitions {
     Numbers<vectors> sums[blocks][Responses::kRows];
-    Factor<vectors> previous;  // the input that the second block meets next
+    Factor<vectors> previous;  // the input for the second block's next partition
 
-    // Partitions i .. i + count - 1 with as many blocks from the ring.
+    // Adds the products of partitions i .. i + count - 1 with `count` blocks of the ring, from `input` on.
     HWY_INLINE void accumulate(const Place<Responses>& place, std::size_t offset, const float* input,
                                std::size_t i, std::size_t count) {
         const float* response = place.response(i);
@@ -92,13 +93,13 @@ struct OlderPartitions {
                 if constexpr (blocks == 2) multiplyAccumulate(sums[1][row], h, previous);
             }
             previous = x;
-            if (offset == 0) prefetch(input, response);  // whole lines, so once is enough for a tile
+            if (offset == 0) prefetch(input, response);  // fetches whole cache lines: once per tile is enough
             input += kTileSpectrumFloats;
             response += Responses::kFloats;
         }
     }
 
-    // The next ones come from the second level cache, in steps too wide for the processor to foresee.
+    // The next partitions come from the second-level cache, in steps too wide for the hardware prefetcher.
     static HWY_INLINE void prefetch(const float* input, const float* response) {
         for (std::size_t line = 0; line < kTileSpectrumFloats; line += kTileFloats) {
             hwy::Prefetch(input + kPrefetchDistance * kTileSpectrumFloats + line);
@@ -109,10 +110,9 @@ struct OlderPartitions {
     }
 };
 
-// Sums up all vectors of a place for one block, and vector by vector for two: there are not registers for
-// more.
-// @param newest slot of the block before the first one.
-// @param first  spectrum of the first block, for the second one.
+// Sums the older partitions at a place: all its vectors at once for one block, one vector at a time for two
+// blocks, because there are no registers for more. `newest` is the ring slot of the block before the first
+// one. `first` is the first block's spectrum, which partition 1 of the second block multiplies.
 template <class Responses, std::size_t blocks, bool has_reals>
 HWY_INLINE void sumOlderPartitions(const Place<Responses>& place, std::size_t newest,
                                    const PlaceNumbers& first, Sums<Responses>* sums) {
@@ -209,7 +209,7 @@ HWY_INLINE void storeOutputs(const LanePlanes& planes, std::size_t k, Ears ears,
 
 // ---- the steps ----
 
-// Any step: its cuts are looked up.
+// Serves any step and looks its cuts up at run time.
 struct AnyCuts {
     const Step& step;
 
@@ -220,9 +220,9 @@ struct AnyCuts {
     std::size_t blockOf(std::size_t snapshot) const { return step.snapshots[snapshot].block; }
 };
 
-// A step that goes on with a block and ends within one, whose snapshots are of these blocks: what calls of
-// some length make almost always. The compiler knows its cuts, and keeps in registers what else goes through
-// memory.
+// Serves a step that continues a block, ends within a block, and whose snapshots belong to the blocks named
+// here. Calls almost as long as a block make such steps almost always. The compiler knows the cuts and keeps
+// in registers what would otherwise go through memory.
 template <std::size_t... blocks_of_snapshots>
 struct KnownCuts {
     static constexpr std::size_t kBlocks[] = {blocks_of_snapshots...};
@@ -250,6 +250,7 @@ struct Call {
     const LanePlanes (&out)[kMostSnapshots / kSnapshotsOfPlanes];
 };
 
+// Stores a finished block's spectrum in the ring. Returns its slot, the new `newest`.
 template <class Responses>
 HWY_INLINE std::size_t keepFinished(const Place<Responses>& place, std::size_t newest,
                                     const PlaceNumbers& input) {
@@ -260,8 +261,8 @@ HWY_INLINE std::size_t keepFinished(const Place<Responses>& place, std::size_t n
     return slot;
 }
 
-// The older partitions' sums of every block of the step; finished blocks go into the ring.
-// @param last the last input of every block.
+// Sums the older partitions of every block of the step and stores finished blocks in the ring. `last` holds
+// the latest input spectrum of every block.
 template <class Responses, bool has_reals, class Cuts>
 HWY_INLINE void sumBlocks(const Call& call, const Cuts& cuts, const Place<Responses>& place,
                           const PlaceNumbers (&last)[kMostBlocks], Sums<Responses> (&sums)[kMostBlocks]) {

@@ -15,7 +15,7 @@ std::size_t tilesOf(const BankShape& shape, std::size_t block_frames) {
     return (shape.channels * block_frames + kTileFloats - 1) / kTileFloats;
 }
 
-// Floats of one part, real or imaginary, of the spectra of `lanes` lanes a channel.
+// Floats of one plane, real or imaginary, with the spectra of `lanes` lanes per channel.
 std::size_t planeFloats(const BankShape& shape, std::size_t block_frames, std::size_t lanes) {
     return tilesOf(shape, block_frames) * kTileFloats * lanes;
 }
@@ -29,7 +29,7 @@ LanePlanes planesAt(float* memory, std::size_t plane_floats) {
     return {memory, memory + plane_floats};
 }
 
-// Whether all are zeros, of either sign: no other float has no bits below its sign.
+// Returns true if all numbers are zeros of either sign. Only a zero has no bit set below its sign.
 bool areZeros(const float* numbers, std::size_t count) {
     std::uint32_t bits = 0;
     for (std::size_t i = 0; i < count; ++i) bits |= std::bit_cast<std::uint32_t>(numbers[i]);
@@ -39,7 +39,7 @@ bool areZeros(const float* numbers, std::size_t count) {
 template <std::size_t channels>
 void gather(const ConvolutionBank::Input& in, std::size_t frames, float* to) {
     const bool are_neighbours = channels == 1 || in.first[1] == in.first[0] + 1;
-    if (in.stride == channels && are_neighbours) {  // which together are what is wanted
+    if (in.stride == channels && are_neighbours) {  // the input is interleaved just like `to`
         std::copy_n(in.first[0], frames * channels, to);
         return;
     }
@@ -50,7 +50,8 @@ void gather(const ConvolutionBank::Input& in, std::size_t frames, float* to) {
     }
 }
 
-// Where the lanes of a step come from. A lane without a snapshot shows the last one again; nothing reads it.
+// Returns the source of every lane of a step. A lane without a snapshot repeats the last snapshot; nothing
+// reads it.
 LaneSources lanesOf(const Step& step, const float* stream, std::size_t channels) {
     LaneSources sources{};
     for (std::size_t lane = 0; lane < step.lanes(); ++lane) {
@@ -60,15 +61,15 @@ LaneSources lanesOf(const Step& step, const float* stream, std::size_t channels)
     return sources;
 }
 
-// Outputs [frame][term][ear] at distances of their own.
+// A view of outputs [frame][term][ear], with a stride for frames and one for terms.
 struct Outputs {
     const float* first;
     std::size_t frame_stride;
     std::size_t term_stride;
 };
 
-// Every output is the sum of two blocks that overlap: the first half of its own and the second half of the
-// block before. The outputs of all frames go side by side.
+// Overlap-add: every output is the sum of the first half of its own block and the second half of the block
+// before. The outputs of all frames are written without gaps.
 template <std::size_t terms, std::size_t ear_lanes>
 void sumHalves(const Outputs& first_halves, const Outputs& second_halves, std::size_t frames,
                float* __restrict to) {
@@ -101,7 +102,7 @@ void addTerms(const float* __restrict outputs, std::size_t frames, float* __rest
     }
 }
 
-// Moves the outputs of all frames side by side.
+// Copies the outputs of all frames without gaps.
 template <std::size_t terms, std::size_t ear_lanes>
 void packTerms(const Outputs& from, std::size_t frames, float* __restrict to) {
     const float* first = from.first;
@@ -116,7 +117,7 @@ void packTerms(const Outputs& from, std::size_t frames, float* __restrict to) {
     }
 }
 
-// Calls what is compiled for a shape's terms and ear lanes.
+// Calls `function` with a shape's terms and ear lanes as compile-time constants.
 template <typename Function>
 void forShape(const BankShape& shape, Function function) {
     if (shape.earLanes() == 1) {
@@ -128,8 +129,8 @@ void forShape(const BankShape& shape, Function function) {
     }
 }
 
-// The frames of a step's snapshots, as the inverse transforms leave them: [2 L][term][snapshot][ear], the
-// first two snapshots before the others.
+// The frames of a step's snapshots, as the inverse transforms leave them: [2 L][term][snapshot][ear]. The
+// frames of the first two snapshots precede those of the others.
 class RenderedFrames {
   public:
     RenderedFrames(const Step& step, const BankShape& shape, const float* frames,
@@ -141,13 +142,13 @@ class RenderedFrames {
           term_stride_(std::min(step.lanes(), kSnapshotsOfPlanes) * ear_lanes_),
           frame_stride_(shape.terms() * term_stride_) {}
 
-    // The outputs of a snapshot from a frame on, 0..2 L - 1.
+    // The outputs of a snapshot, from `frame` of its block on, 0..2 L - 1.
     Outputs of(std::size_t snapshot, std::size_t frame) const {
         const float* const planes = frames_ + snapshot / kSnapshotsOfPlanes * floats_of_planes_;
         return {planes + frame * frame_stride_ + snapshot % kSnapshotsOfPlanes * ear_lanes_, frame_stride_,
                 term_stride_};
     }
-    // The second half of a finished block, which overlaps the next one, from a frame of that on.
+    // The second half of a finished block, which overlaps the next block, from `frame` of the next block on.
     Outputs secondHalfOf(std::size_t block, std::size_t frame) const {
         std::size_t last = step_.count - 1;
         while (step_.snapshots[last].block > block) --last;
@@ -165,7 +166,7 @@ class RenderedFrames {
 
 constexpr std::size_t kPairsOfSnapshots = kMostSnapshots / kSnapshotsOfPlanes;
 
-// Lengths of the workspace's arrays, which serve the largest bank.
+// Lengths of the workspace's arrays, in elements, for the largest bank.
 struct WorkspaceSizes {
     std::size_t input;
     std::size_t lanes;
@@ -227,7 +228,7 @@ ConvolutionBank::ConvolutionBank(const BankShape& shape, const Taps* responses, 
     transformResponses(responses, spectra, workspace);
 }
 
-// Two partitions of every response at a time, as lanes [partition][response].
+// Transforms two partitions of every response at a time, as lanes [partition][response].
 void ConvolutionBank::transformResponses(const Taps* responses, float* spectra,
                                          ConvolutionWorkspace& workspace) const {
     constexpr std::size_t kAtOnce = 2;
@@ -245,7 +246,7 @@ void ConvolutionBank::transformResponses(const Taps* responses, float* spectra,
         }
         workspace.transform_.forward(workspace.tables_, frames, lanes, planes.re, planes.im, workspace.work_);
         const std::size_t channels = shape_.shares_response ? 1 : shape_.channels;
-        const std::size_t plane = kTileFloats / shape_.channels * channels;  // numbers of a tile
+        const std::size_t plane = kTileFloats / shape_.channels * channels;  // complex numbers in a tile
         const std::size_t count = std::min(kAtOnce, memory_.partitions - first);
         for (std::size_t lane = 0; lane < count * shape_.responses(); ++lane) {
             const std::size_t partition = first + lane / shape_.responses();
@@ -266,9 +267,9 @@ void ConvolutionBank::transformResponses(const Taps* responses, float* spectra,
 void ConvolutionBank::render(const Step& step, const Input& in, ConvolutionWorkspace& workspace) {
     float* const fresh = stream_ + step.firstFill() * shape_.channels;
     shape_.channels == 1 ? gather<1>(in, step.frames(), fresh) : gather<2>(in, step.frames(), fresh);
-    // After P silent blocks the ring holds zeros only, so that the sums, which start from +0 and never become
-    // -0, and the overlap are +0 everywhere, and rendering would leave them so. The block may keep zeros of
-    // either sign, which come to the same.
+    // After P silent blocks the ring holds only zeros. The sums start from +0 and never become -0, so they
+    // and the overlap are +0 everywhere, and rendering would leave them so. The block being filled may hold
+    // zeros of either sign, which give the same result.
     const bool was_silent = silent_blocks_ == memory_.partitions && is_block_silent_;
     const bool is_silent = takeSilence(step);
     has_outputs_ = !was_silent || !is_silent;
@@ -284,7 +285,7 @@ void ConvolutionBank::addOutputs(std::size_t frames, float* ears) const {
     forShape(shape_, [&](auto terms, auto ear_lanes) { addTerms<terms, ear_lanes>(outputs_, frames, ears); });
 }
 
-// Counts the silent blocks. @return whether the step's frames are all silent.
+// Updates the count of silent blocks. Returns true if all frames of the step are silent.
 bool ConvolutionBank::takeSilence(const Step& step) {
     bool is_silent = true;
     for (std::size_t i = 0; i < step.count; ++i) {

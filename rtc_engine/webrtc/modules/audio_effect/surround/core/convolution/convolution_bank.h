@@ -1,17 +1,19 @@
-// A few channels of a stream convolved with fixed responses together: uniform partitions in the frequency
-// domain, as in fftconvolver.h, with channels, responses and snapshots of blocks as lanes of vectors.
+// Convolution of one or two channels of a stream with fixed responses: uniform partitions in the frequency
+// domain, as in fftconvolver.h. Channels, responses and snapshots of blocks are lanes of vectors.
 //
 //   y[row][channel] = input[channel] * response[row][channel]
 //
-// A channel is transformed once for all its rows. The bits are those of a convolver of its own for every
-// response.
+// The bank transforms a channel once for all its rows. Its output has the same bits as one scalar convolver
+// for every response.
 //
-// A bank costs nothing while its input has been silent for longer than its responses: all its spectra are
-// zero then, and so is what it would add.
+// A bank costs almost nothing once its input has been silent for longer than its responses: all its spectra
+// are then zero, and so is everything it would add.
 //
-// Input and responses are finite numbers: what is not lasts as long as the longest response of the bank.
+// Input and responses must be finite. A NaN or infinity contaminates the output for the length of the bank's
+// longest response.
 //
-// Threads: a bank and its workspace are used by one thread at a time.
+// Use: ConvolutionBank bank(..); for every step: bank.render(step, in, workspace), then bank.addOutputs(..).
+// Threads: one thread at a time uses a bank and its workspace.
 #pragma once
 
 #include <cstddef>
@@ -23,39 +25,44 @@
 
 namespace sonivex {
 
-/** A response in the time domain. */
+/** A response in the time domain; the caller owns the samples. */
 struct Taps {
     const float* data = nullptr;
     std::size_t count = 0;
 };
 
+/** The dimensions of a bank. */
 struct BankShape {
     std::size_t channels = 1;      // 1 or 2
     std::size_t rows = 1;          // 1 or 2
-    Ears ears = Ears::kBoth;       // kBoth if, and only if, there is one output
-    bool shares_response = false;  // two channels of one row have the same response
+    Ears ears = Ears::kBoth;       // kBoth if and only if there is one output
+    bool shares_response = false;  // the two channels of the only row have the same response
 
+    /** Signals that the bank computes: one for every row and channel. [any] real-time safe */
     std::size_t outputs() const { return rows * channels; }
+    /** Distinct responses. [any] real-time safe */
     std::size_t responses() const { return shares_response ? 1 : outputs(); }
-    /** Outputs that are different at the two ears. */
+    /** 2 if the ears get different outputs, 1 if they share one. [any] real-time safe */
     std::size_t earLanes() const { return ears == Ears::kBoth ? 1 : 2; }
-    /** Outputs that meet at an ear. */
+    /** Outputs that are summed at each ear. [any] real-time safe */
     std::size_t terms() const { return outputs() / earLanes(); }
 };
 
-/** Memory that banks of one block length need during a call and not between calls: they share it. */
+/** Working memory that all banks of one block length share: they need it only during a call. */
 class ConvolutionWorkspace {
   public:
-    /** The largest bank there is. */
+    /** The largest bank that a workspace serves. */
     static constexpr BankShape kLargestShape = {.channels = 2, .rows = 2, .ears = Ears::kRows};
 
     /** @param block_frames L, a power of two.
-     *  Throws std::bad_alloc when memory runs out. */
+     *  @param arena        has room for bytesOf(block_frames) and outlives the workspace.
+     *  Throws std::bad_alloc when memory runs out. [any] not real-time safe: allocates */
     ConvolutionWorkspace(std::size_t block_frames, Arena& arena);
 
-    /** The bytes that it takes of an arena. */
+    /** Bytes that a workspace takes of an arena. [any, concurrent] real-time safe */
     static std::size_t bytesOf(std::size_t block_frames);
 
+    /** L, frames of a block. [any] real-time safe */
     std::size_t blockFrames() const { return tables_.points(); }
 
   private:
@@ -66,42 +73,51 @@ class ConvolutionWorkspace {
     const BankArithmetic& arithmetic_;
     float* input_;  // spectra of a step's snapshots
     float* lanes_;  // frames, then sums of products, then frames again
-    double* work_;  // of the transforms
+    double* work_;  // working memory of the transforms
 };
 
+/** A group of convolvers that run as lanes of vectors. */
 class ConvolutionBank {
   public:
+    /** Most channels of a bank. */
     static constexpr std::size_t kMostChannels = 2;
+    /** Most responses of a bank. */
     static constexpr std::size_t kMostResponses = 4;
 
-    /** @param responses  [rows][channels], or the shared one; transformed and not kept.
-     *  @param partitions P, at least 1: what the longest response needs.
-     *  @param workspace  for the block length.
-     *  Throws std::bad_alloc when the arena has no room. */
+    /** @param responses  [rows][channels], or the shared one. They are transformed and not kept.
+     *  @param partitions P, at least 1: the partitions of the longest response.
+     *  @param workspace  its block length is the partition length.
+     *  @param arena      has room for bytesOf(..) and outlives the bank.
+     *  Throws std::bad_alloc when the arena has too little room. [any] not real-time safe: transforms the
+     *  responses */
     ConvolutionBank(const BankShape& shape, const Taps* responses, std::size_t partitions,
                     ConvolutionWorkspace& workspace, Arena& arena);
 
-    /** The bytes that a bank takes of an arena. */
+    /** Bytes that a bank takes of an arena. [any, concurrent] real-time safe */
     static std::size_t bytesOf(const BankShape& shape, std::size_t partitions, std::size_t block_frames);
 
-    /** Interleaved or plane by plane: sample i of a channel is first[i * stride]. */
+    /** Interleaved or planar input: sample i of channel c is first[c][i * stride]. */
     struct Input {
         const float* first[kMostChannels];
         std::size_t stride;
     };
 
-    /** Convolve the next frames; addOutputs then has what comes out.
-     *  @param step  the first one begins at frame 0 of a block; each goes on where the one before ended.
-     *  @param in    step.frames() frames.
-     *  Real-time safe. */
+    /** Convolves the next frames and keeps the result for addOutputs.
+     *  @param step      the first step begins at frame 0 of a block; each later one continues where the step
+     *                   before ended.
+     *  @param in        step.frames() frames of every channel.
+     *  @param workspace of the bank's block length.
+     *  [any] real-time safe */
     void render(const Step& step, const Input& in, ConvolutionWorkspace& workspace);
 
-    /** Add the outputs of the last step, which had so many frames.
-     *  @param ears [frames][2]: every ear gets its outputs one after the other, by channels if the ears are
-     *              rows and by rows if they are channels.
-     *  Real-time safe. */
+    /** Adds the outputs of the last step.
+     *  @param frames frames of the last step.
+     *  @param ears   [frames][2], interleaved. Each ear adds its outputs one by one: in channel order if the
+     *                ears are rows, in row order if they are channels.
+     *  [any] real-time safe */
     void addOutputs(std::size_t frames, float* ears) const;
 
+    /** P. [any] real-time safe */
     std::size_t partitions() const { return memory_.partitions; }
 
   private:
@@ -111,14 +127,14 @@ class ConvolutionBank {
 
     BankShape shape_;
     std::size_t block_frames_;
-    BankMemory memory_{};     // as bank_arithmetic.h has it
+    BankMemory memory_{};     // laid out as in bank_arithmetic.h
     std::size_t newest_ = 0;  // slot in memory_.inputs
     float* overlap_;  // [frame][term][ear]: second half of the last finished block's inverse transform
-    float* stream_;   // [frame][channel]: the blocks of a step, or what there is of the one being filled
+    float* stream_;   // [frame][channel]: the blocks of a step; between steps, the block being filled
     float* outputs_;  // [frame][term][ear] of the last step
-    bool has_outputs_ = false;  // else they are all zeros, and not written
+    bool has_outputs_ = false;  // false: the outputs are all zeros and outputs_ is not written
     bool is_block_silent_ = true;
-    std::size_t silent_blocks_;  // finished since the last sound, up to P
+    std::size_t silent_blocks_;  // blocks finished since the last sound, up to P
 };
 
 }  // namespace sonivex

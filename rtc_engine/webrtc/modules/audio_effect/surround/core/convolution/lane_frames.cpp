@@ -1,8 +1,8 @@
-// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
+// Compiled once for every vector instruction set; the processor's best set is chosen at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "lane_frames.cpp"
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h must precede every Highway header.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -16,7 +16,7 @@ namespace sonivex::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Frames of one channel are moved as 32 bits, those of two as 64: moving leaves every bit as it is.
+// A frame of one channel moves as a 32-bit integer, a frame of two as a 64-bit one: every bit stays as it is.
 template <class D>
 HWY_INLINE hn::Vec<D> loadFrames(D d, const LaneSource& source, std::size_t channels, std::size_t i) {
     if (i >= source.filled) return hn::Zero(d);

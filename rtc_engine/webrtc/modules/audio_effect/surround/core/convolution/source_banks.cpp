@@ -11,12 +11,12 @@ namespace {
 using fftconvolver::lengthWithoutSilentEnd;
 using fftconvolver::partitionsOf;
 
-constexpr std::size_t kMostSources = 4;  // of a bank
+constexpr std::size_t kMostSources = 4;  // per bank
 
 // One bank's share of the sources.
 struct Plan {
     BankShape shape;
-    std::size_t sources = 0;                                    // how many
+    std::size_t sources = 0;                                    // count
     std::array<int, ConvolutionBank::kMostResponses> agents{};  // [row][channel]
     std::size_t partitions = 1;
 };
@@ -25,13 +25,13 @@ bool areEqual(const Taps& a, const Taps& b) {
     return std::equal(a.data, a.data + a.count, b.data, b.data + b.count);
 }
 
-// Whether both ears hear the source through equal responses.
+// Returns true if both ears hear the source through equal responses.
 bool isHeardAlike(const Source& source, std::span<const Taps> responses) {
     return areEqual(responses[static_cast<std::size_t>(source.left_agent)],
                     responses[static_cast<std::size_t>(source.right_agent)]);
 }
 
-// One source that both ears hear alike, or up to two that they do not: the rows are the ears.
+// Plans one source that both ears hear alike, or up to two that they hear differently, with the ears as rows.
 Plan planOfBothEars(std::span<const Source> sources, std::span<const Taps> responses) {
     if (isHeardAlike(sources[0], responses)) {
         return {.shape = {.channels = 1, .rows = 1, .ears = Ears::kBoth},
@@ -48,7 +48,7 @@ Plan planOfBothEars(std::span<const Source> sources, std::span<const Taps> respo
     return plan;
 }
 
-// Left and right in turn: the channels are the ears. A second pair of the same channels is a second row.
+// Plans a left and a right source, with the ears as channels. A second pair of the same channels adds a row.
 Plan planOfSides(std::span<const Source> sources, std::span<const Taps> responses) {
     const bool are_two_pairs = sources.size() >= kMostSources && sources[2].plane == sources[0].plane &&
                                sources[3].plane == sources[1].plane;
@@ -64,7 +64,7 @@ Taps audiblePartOf(Taps response) {
     return {response.data, lengthWithoutSilentEnd(response.data, response.count)};
 }
 
-// Banks in the sources' order, which is that of the sums.
+// Plans the banks in the order of the sources, which is the order of the sums.
 std::vector<Plan> planBanks(std::span<const Source> sources, std::span<const Taps> responses,
                             std::size_t block_frames) {
     std::vector<Plan> plans;
@@ -122,8 +122,8 @@ void SourceBanks::render(const float* in, std::size_t width, std::size_t frames,
     Steps steps(memory_->workspace.blockFrames(), fill_, frames, calls);
     while (steps.areLeft()) {
         const Step step = steps.next();
-        // There and back in turn: what a step has touched last is what is still in the cache for the next
-        // one.
+        // Steps visit the banks forwards and backwards in turn: the banks that a step touches last are still
+        // in the cache for the next step.
         for (std::size_t i = 0; i < banks_.size(); ++i) {
             PlanesOfBank& share = banks_[goes_back_ ? banks_.size() - 1 - i : i];
             const ConvolutionBank::Input input = {.first = {in + share.planes[0], in + share.planes[1]},

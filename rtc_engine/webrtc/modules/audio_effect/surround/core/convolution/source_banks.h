@@ -1,10 +1,10 @@
-// The convolutions of one stage of the surround effect, gathered in banks of one or two sources.
+// The convolutions of one stage of the surround effect, grouped into banks of one or two input channels.
 //
 //   ear[frame] = sum over the sources of (source * response(source, ear))[frame], in the sources' order
 //
 // A source that both ears hear through equal responses is convolved once for both.
 //
-// Use: build, then render for all calls.
+// Use: SourceBanks banks; banks.build(sources, responses, memory); banks.render(..) for every call.
 #pragma once
 
 #include <cstddef>
@@ -17,10 +17,11 @@
 
 namespace sonivex {
 
-/** The memory that banks lie in and the workspace that they share during a call. */
+/** The memory of banks, and the workspace that they share during a call. */
 struct ConvolutionMemory {
-    /** @param bytes beside the workspace.
-     *  Throws std::bad_alloc when memory runs out. */
+    /** @param block_frames L, a power of two.
+     *  @param bytes        room in the arena beside the workspace.
+     *  Throws std::bad_alloc when memory runs out. [any] not real-time safe: allocates */
     ConvolutionMemory(std::size_t block_frames, std::size_t bytes)
         : arena(ConvolutionWorkspace::bytesOf(block_frames) + bytes), workspace(block_frames, arena) {}
 
@@ -28,25 +29,32 @@ struct ConvolutionMemory {
     ConvolutionWorkspace workspace;
 };
 
+/** The banks of one stage. One thread at a time uses an object. */
 class SourceBanks {
   public:
-    /** @param sources   all with two ears, or left and right in turn.
-     *  @param responses by agent number.
-     *  @return the bytes that their banks take of an arena. */
+    /** @param sources      all heard by both ears, or each by one ear with left and right alternating.
+     *  @param responses    indexed by agent number.
+     *  @param block_frames L.
+     *  @return bytes that the banks of these sources take of an arena.
+     *  Throws std::bad_alloc when memory runs out. [any, concurrent] not real-time safe: allocates */
     static std::size_t bytesOf(std::span<const Source> sources, std::span<const Taps> responses,
                                std::size_t block_frames);
 
-    /** @param responses transformed and not kept.
-     *  @param memory    with room for bytesOf(..); its block length is that of the partitions.
-     *  Throws std::bad_alloc, and holds the former banks, when memory runs out. */
+    /** Builds the banks and starts from silence.
+     *  @param sources   as for bytesOf.
+     *  @param responses indexed by agent number. They are transformed and not kept.
+     *  @param memory    has room for bytesOf(..); its block length is the partition length. The banks share
+     *                   its ownership.
+     *  Throws std::bad_alloc and keeps the former banks when memory runs out.
+     *  [any] not real-time safe: allocates */
     void build(std::span<const Source> sources, std::span<const Taps> responses,
                std::shared_ptr<ConvolutionMemory> memory);
 
-    /** Render some calls.
-     *  @param in     [calls * frames][width] interleaved; may be `ears`, with a width of at least 2.
-     *  @param frames of each call; where the calls are cut is part of the output's bits.
-     *  @param ears   [calls * frames][2], overwritten.
-     *  Real-time safe. */
+    /** Renders several calls of one length; needs a successful build.
+     *  @param in     [calls * frames][width] interleaved. It may be `ears` if width is at least 2.
+     *  @param frames frames of each call. The cuts between calls decide the bits of the output.
+     *  @param ears   [calls * frames][2] interleaved, overwritten.
+     *  [any] real-time safe */
     void render(const float* in, std::size_t width, std::size_t frames, std::size_t calls, float* ears);
 
   private:
@@ -58,7 +66,7 @@ class SourceBanks {
     std::shared_ptr<ConvolutionMemory> memory_;
     std::vector<PlanesOfBank> banks_;
     std::size_t fill_ = 0;    // frames of the block being filled
-    bool goes_back_ = false;  // whether the next step goes through the banks from the last one on
+    bool goes_back_ = false;  // true: the next step visits the banks from last to first
 };
 
 }  // namespace sonivex

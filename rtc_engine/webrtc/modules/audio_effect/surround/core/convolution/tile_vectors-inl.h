@@ -1,7 +1,9 @@
-// Vectors of a tile: complex numbers and their products, and the way between tiles and the lanes of the
-// transforms. Included once for every set of vector instructions, see bank_arithmetic.cpp.
+// Vectors of a tile: complex numbers, their products, and moves between tiles and the lanes of the
+// transforms. bank_arithmetic.cpp includes this file once for every vector instruction set.
+//
+// All functions: [any, concurrent] real-time safe.
 
-// Included again for the next set.
+// The toggle lets the next instruction set include the file again.
 #if defined(SONIVEX_TILE_VECTORS_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef SONIVEX_TILE_VECTORS_INL_H
 #undef SONIVEX_TILE_VECTORS_INL_H
@@ -22,18 +24,22 @@ namespace sonivex::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+/** The floats of one vector, at most a tile of them. */
 using Tag = hn::CappedTag<float, kTileFloats>;
 using Vector = hn::Vec<Tag>;
 using PairTag = hn::Repartition<std::uint64_t, Tag>;
 
+/** Floats of a vector. */
 constexpr std::size_t kLanes = hn::MaxLanes(Tag());
-// Vectors of a place in a tile: as many as leave room for one block's sums in 16 registers.
+/** Vectors of a place, the run of k in a tile that the kernel works on at once: as many as leave room for one
+ *  block's sums in 16 registers. */
 constexpr std::size_t kVectors = kLanes == kTileFloats ? 1 : 2;
+/** Indices k of a place. */
 constexpr std::size_t kPlaceFloats = kVectors * kLanes;
-// Without room for a channel pair in a vector, lanes are moved one by one.
+/** True if a vector has room for a channel pair. If not, lanes move one by one. */
 constexpr bool kHasPairs = kLanes >= 2;
 
-// A few k of a spectrum.
+/** Numbers of a spectrum at consecutive k. */
 template <std::size_t vectors>
 struct Numbers {
     Vector re[vectors];
@@ -41,8 +47,12 @@ struct Numbers {
 };
 using PlaceNumbers = Numbers<kVectors>;
 
-// A factor of products: re = h.re * re - h.im * cross, im = h.re * cross + h.im * same. For a complex number
-// cross is im and same is re; for the two real ones of bin 0, cross is 0 and same is im.
+/** The input as a factor of products with a response h:
+ *
+ *    re = h.re * re - h.im * cross,   im = h.re * cross + h.im * same
+ *
+ *  For a complex number, cross is im and same is re. For the two real numbers of bin 0, cross is 0 and same
+ *  is im. */
 template <std::size_t vectors>
 struct Factor {
     Vector re[vectors];
@@ -50,6 +60,7 @@ struct Factor {
     Vector same[vectors];
 };
 
+/** Zeros in all lanes. */
 template <std::size_t vectors>
 HWY_INLINE Numbers<vectors> zeros() {
     Numbers<vectors> numbers;
@@ -57,6 +68,7 @@ HWY_INLINE Numbers<vectors> zeros() {
     return numbers;
 }
 
+/** Loads the numbers at `offset` of a tile [re, im][16]. */
 template <std::size_t vectors>
 HWY_INLINE Numbers<vectors> loadTile(const float* tile, std::size_t offset) {
     Numbers<vectors> numbers;
@@ -67,6 +79,7 @@ HWY_INLINE Numbers<vectors> loadTile(const float* tile, std::size_t offset) {
     return numbers;
 }
 
+/** Stores a place at `offset` of a tile [re, im][16]. */
 HWY_INLINE void storeTile(const PlaceNumbers& numbers, float* tile, std::size_t offset) {
     for (std::size_t v = 0; v < kVectors; ++v) {
         hn::Store(numbers.re[v], Tag(), tile + offset + v * kLanes);
@@ -74,7 +87,7 @@ HWY_INLINE void storeTile(const PlaceNumbers& numbers, float* tile, std::size_t 
     }
 }
 
-// Every number of an array for two neighbouring k, from k = `offset` on.
+/** Loads a vector that repeats every number of an array for two neighbouring k, from k = `offset` on. */
 HWY_INLINE Vector loadTwice(const float* numbers, std::size_t offset) {
     if constexpr (!kHasPairs) return hn::Set(Tag(), numbers[offset / 2]);
     const PairTag pairs;
@@ -83,7 +96,8 @@ HWY_INLINE Vector loadTwice(const float* numbers, std::size_t offset) {
     return hn::BitCast(Tag(), hn::Or(low, hn::ShiftLeft<32>(low)));
 }
 
-// reals: how many numbers of the tile, from its start, are bin 0.
+/** Makes a factor of an input.
+ *  @param reals count of numbers at the start of the tile that belong to bin 0. */
 template <bool has_reals, std::size_t vectors>
 HWY_INLINE Factor<vectors> asFactor(const Numbers<vectors>& x, std::size_t reals, std::size_t offset) {
     const Tag d;
@@ -102,6 +116,7 @@ HWY_INLINE Factor<vectors> asFactor(const Numbers<vectors>& x, std::size_t reals
     return factor;
 }
 
+/** sum += h * x, complex, with every product and every sum rounded on its own. */
 template <std::size_t vectors>
 HWY_INLINE void multiplyAccumulate(Numbers<vectors>& sum, const Numbers<vectors>& h,
                                    const Factor<vectors>& x) {
@@ -113,7 +128,7 @@ HWY_INLINE void multiplyAccumulate(Numbers<vectors>& sum, const Numbers<vectors>
 
 // ---- between tiles and lanes ----
 
-// Lane i of every vector side by side, then lane i + 1.
+/** Stores lane i of every vector side by side, then lane i + 1. */
 template <std::size_t count, class D>
 HWY_INLINE void storeInterleaved(D d, const hn::Vec<D> (&v)[count], hn::TFromD<D>* to) {
     static_assert(count == 1 || count == 2 || count == 4);
@@ -122,6 +137,7 @@ HWY_INLINE void storeInterleaved(D d, const hn::Vec<D> (&v)[count], hn::TFromD<D
     if constexpr (count == 4) hn::StoreInterleaved4(v[0], v[1], v[2], v[3], d, to);
 }
 
+/** Undoes storeInterleaved. */
 template <std::size_t count, class D>
 HWY_INLINE void loadInterleaved(D d, const hn::TFromD<D>* from, hn::Vec<D> (&v)[count]) {
     static_assert(count == 1 || count == 2 || count == 4);
@@ -130,7 +146,7 @@ HWY_INLINE void loadInterleaved(D d, const hn::TFromD<D>* from, hn::Vec<D> (&v)[
     if constexpr (count == 4) hn::LoadInterleaved4(d, from, v[0], v[1], v[2], v[3]);
 }
 
-// Out of a plane [bin][snapshot][channel], one of real or of imaginary parts.
+/** Loads the snapshots' numbers at k from a plane [bin][snapshot][channel] of real or imaginary parts. */
 template <std::size_t snapshots>
 HWY_INLINE void loadLanes(const float* plane, std::size_t k, std::size_t channels, Vector (&x)[snapshots]) {
     const Tag d;
@@ -147,7 +163,7 @@ HWY_INLINE void loadLanes(const float* plane, std::size_t k, std::size_t channel
     }
 }
 
-// Into a plane [bin][term][snapshot][ear].
+/** Stores the snapshots' sums at k in a plane [bin][term][snapshot][ear] of real or imaginary parts. */
 template <std::size_t rows, std::size_t snapshots>
 HWY_INLINE void storeLanes(float* plane, std::size_t k, Ears ears, const Vector (&sums)[snapshots][rows]) {
     constexpr std::size_t kCount = rows * snapshots;

@@ -1,14 +1,15 @@
-// The parts that the forward and the inverse transform in lanes share: complex numbers in lanes, working
-// memory, and the passes of radix 4. Included once for every set of vector instructions, see
-// lane_transform.cpp.
+// The common parts of the forward and the inverse lane transform: complex numbers in lanes, working memory
+// and the radix-4 passes. lane_transform.cpp includes this file once for every vector instruction set.
 //
-// A vector holds the lanes of one point, or, where they would leave half of it empty, of two neighbours: a
-// pair of points. Passes whose butterflies have neighbours in the same block take both alike, so only the
-// first and the last step differ.
+// A vector holds the lanes of one point. Where these would leave half of the vector empty, it holds the lanes
+// of two neighbouring points, a pair. A pass whose butterflies have neighbours in the same block treats
+// single points and pairs alike, so only the first and the last step differ.
 //
 //   working memory   [point][re, im][lane]    or    [pair][re, im][point of the pair][lane]
+//
+// All functions: [any, concurrent] real-time safe.
 
-// Included again for the next set.
+// The toggle lets the next instruction set include the file again.
 #if defined(SONIVEX_LANE_BUTTERFLIES_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef SONIVEX_LANE_BUTTERFLIES_INL_H
 #undef SONIVEX_LANE_BUTTERFLIES_INL_H
@@ -29,30 +30,33 @@ namespace sonivex::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// A complex number in every lane; D is the tag of the doubles.
+/** A complex number in every lane; D is the tag of the doubles. */
 template <class D>
 struct Complex {
     hn::Vec<D> re;
     hn::Vec<D> im;
 };
 
+/** a + b */
 template <class D>
 HWY_INLINE Complex<D> operator+(Complex<D> a, Complex<D> b) {
     return {hn::Add(a.re, b.re), hn::Add(a.im, b.im)};
 }
 
+/** a - b */
 template <class D>
 HWY_INLINE Complex<D> operator-(Complex<D> a, Complex<D> b) {
     return {hn::Sub(a.re, b.re), hn::Sub(a.im, b.im)};
 }
 
+/** a * b, with every product and every sum rounded on its own. */
 template <class D>
 HWY_INLINE Complex<D> operator*(Complex<D> a, Complex<D> b) {
     return {hn::Sub(hn::Mul(a.re, b.re), hn::Mul(a.im, b.im)),
             hn::Add(hn::Mul(a.re, b.im), hn::Mul(a.im, b.re))};
 }
 
-// a * conj b
+/** a * conj b */
 template <class D>
 HWY_INLINE Complex<D> timesConjugate(Complex<D> a, Complex<D> b) {
     return {hn::Add(hn::Mul(a.re, b.re), hn::Mul(a.im, b.im)),
@@ -61,13 +65,14 @@ HWY_INLINE Complex<D> timesConjugate(Complex<D> a, Complex<D> b) {
 
 // ---- working memory ----
 
-// A vector of it: a point or a pair of points.
+/** Loads one vector of the working memory: a point or a pair of points. */
 template <class D>
 HWY_INLINE Complex<D> load(D d, const double* work, std::size_t vector) {
     const std::size_t lanes = hn::Lanes(d);
     return {hn::Load(d, work + 2 * lanes * vector), hn::Load(d, work + 2 * lanes * vector + lanes)};
 }
 
+/** Stores one vector: a point or a pair of points. */
 template <class D>
 HWY_INLINE void store(D d, double* work, std::size_t vector, Complex<D> value) {
     const std::size_t lanes = hn::Lanes(d);
@@ -75,10 +80,11 @@ HWY_INLINE void store(D d, double* work, std::size_t vector, Complex<D> value) {
     hn::Store(value.im, d, work + 2 * lanes * vector + lanes);
 }
 
-// The tag of one point's lanes.
+/** The tag of one point's lanes. */
 template <std::size_t points_of_vector, class D>
 using PointTag = std::conditional_t<points_of_vector == 1, D, hn::Half<D>>;
 
+/** Loads one point, which may be half of a pair. */
 template <std::size_t points_of_vector, class D>
 HWY_INLINE Complex<D> loadPoint(D d, const double* work, std::size_t point) {
     const std::size_t lanes = hn::Lanes(d);
@@ -87,6 +93,7 @@ HWY_INLINE Complex<D> loadPoint(D d, const double* work, std::size_t point) {
     return {hn::Load(d, re), hn::Load(d, re + lanes * points_of_vector)};
 }
 
+/** Stores one point, which may be half of a pair. */
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void storePoint(D d, double* work, std::size_t point, Complex<D> value) {
     const std::size_t lanes = hn::Lanes(d);
@@ -96,52 +103,56 @@ HWY_INLINE void storePoint(D d, double* work, std::size_t point, Complex<D> valu
     hn::Store(value.im, d, re + lanes * points_of_vector);
 }
 
-// ---- floats outside ----
+// ---- floats outside the working memory ----
 
+/** Loads floats and converts them to double. */
 template <class D>
 HWY_INLINE hn::Vec<D> loadFloats([[maybe_unused]] D d, const float* from) {
     return hn::PromoteTo(d, hn::LoadU(hn::Rebind<float, D>(), from));
 }
 
+/** Rounds doubles to float and stores them. */
 template <class D>
 HWY_INLINE void storeFloats([[maybe_unused]] D d, hn::Vec<D> value, float* to) {
     const hn::Rebind<float, D> floats;
     hn::StoreU(hn::DemoteTo(floats, value), floats, to);
 }
 
-// ---- pairs; a set without vectors has none, and never comes to the code that asks for them ----
+// ---- pairs; the scalar target has none and never reaches the code that uses them ----
 
 #if HWY_TARGET != HWY_SCALAR
-// The first halves of two vectors side by side, and the second halves.
+/** The first halves of two vectors side by side. */
 template <class D>
 HWY_INLINE hn::Vec<D> firstHalves(D d, hn::Vec<D> a, hn::Vec<D> b) {
     return hn::ConcatLowerLower(d, b, a);
 }
 
+/** The second halves of two vectors side by side. */
 template <class D>
 HWY_INLINE hn::Vec<D> secondHalves(D d, hn::Vec<D> a, hn::Vec<D> b) {
     return hn::ConcatUpperUpper(d, b, a);
 }
 
-// The points of a pair the other way round.
+/** Swaps the points of a pair. */
 template <class D>
 HWY_INLINE Complex<D> swapped(D d, Complex<D> pair) {
     return {hn::ConcatLowerUpper(d, pair.re, pair.re), hn::ConcatLowerUpper(d, pair.im, pair.im)};
 }
 
-// The first point of one pair and the second of another.
+/** Joins the first point of one pair and the second point of another. */
 template <class D>
 HWY_INLINE Complex<D> firstAndSecond(D d, Complex<D> first, Complex<D> second) {
     return {hn::ConcatUpperLower(d, second.re, first.re), hn::ConcatUpperLower(d, second.im, first.im)};
 }
 
+/** Repeats one number in all lanes of the first point and another in all lanes of the second point. */
 template <class D>
 HWY_INLINE hn::Vec<D> pairOf(D d, double first, double second) {
     const hn::Half<D> half;
     return hn::Combine(d, hn::Set(half, second), hn::Set(half, first));
 }
 
-// The frames of two points.
+/** Loads the frames at `a` for the first point and those at `b` for the second point. */
 template <class D>
 HWY_INLINE hn::Vec<D> loadPairOfFrames(D d, const float* a, const float* b) {
     const hn::Half<D> half;
@@ -151,6 +162,7 @@ HWY_INLINE hn::Vec<D> loadPairOfFrames(D d, const float* a, const float* b) {
 
 // ---- butterflies ----
 
+/** The four legs of a butterfly. */
 template <class D>
 struct Quartet {
     Complex<D> v0;
@@ -159,13 +171,14 @@ struct Quartet {
     Complex<D> v3;
 };
 
+/** A radix-4 butterfly without roots, as block 0 of every pass has it. */
 template <bool is_forward, class D>
 HWY_INLINE Quartet<D> plainButterfly(const Quartet<D>& v) {
     const Complex<D> sum01 = v.v0 + v.v1;
     const Complex<D> difference01 = v.v0 - v.v1;
     const Complex<D> sum23 = v.v2 + v.v3;
     const Complex<D> difference23 = v.v2 - v.v3;
-    // difference01 + i difference23 and - i, or the other way round
+    // up = difference01 + i difference23, down = difference01 - i difference23
     const Complex<D> up = {hn::Sub(difference01.re, difference23.im),
                            hn::Add(difference01.im, difference23.re)};
     const Complex<D> down = {hn::Add(difference01.re, difference23.im),
@@ -173,6 +186,7 @@ HWY_INLINE Quartet<D> plainButterfly(const Quartet<D>& v) {
     return {sum01 + sum23, is_forward ? up : down, sum01 - sum23, is_forward ? down : up};
 }
 
+/** The roots of one block, or of the two blocks of a pair's points. */
 template <class D>
 struct Roots {
     Complex<D> t1;
@@ -180,6 +194,7 @@ struct Roots {
     Complex<D> t3;
 };
 
+/** Repeats the roots of one block in all lanes. */
 template <class D>
 HWY_INLINE Roots<D> broadcast(D d, const BlockRoots& roots) {
     return {{hn::Set(d, roots.re[0]), hn::Set(d, roots.im[0])},
@@ -187,7 +202,7 @@ HWY_INLINE Roots<D> broadcast(D d, const BlockRoots& roots) {
             {hn::Set(d, roots.re[2]), hn::Set(d, roots.im[2])}};
 }
 
-// For pairs whose points are of two blocks.
+/** Roots for pairs whose points belong to two blocks. */
 template <class D>
 HWY_INLINE Roots<D> pairOfRoots(D d, const BlockRoots& a, const BlockRoots& b) {
     return {{pairOf(d, a.re[0], b.re[0]), pairOf(d, a.im[0], b.im[0])},
@@ -195,18 +210,21 @@ HWY_INLINE Roots<D> pairOfRoots(D d, const BlockRoots& a, const BlockRoots& b) {
             {pairOf(d, a.re[2], b.re[2]), pairOf(d, a.im[2], b.im[2])}};
 }
 
+/** Multiplies the legs by the roots, or by their conjugates on the way back. */
 template <bool is_forward, class D>
 HWY_INLINE Quartet<D> turned(const Quartet<D>& x, const Roots<D>& t) {
     if constexpr (is_forward) return {x.v0, x.v1 * t.t1, x.v2 * t.t2, x.v3 * t.t3};
     return {x.v0, timesConjugate(x.v1, t.t1), timesConjugate(x.v2, t.t2), timesConjugate(x.v3, t.t3)};
 }
 
+/** Loads four vectors that lie `distance` vectors apart. */
 template <class D>
 HWY_INLINE Quartet<D> loadQuartet(D d, const double* work, std::size_t first, std::size_t distance) {
     return {load(d, work, first), load(d, work, first + distance), load(d, work, first + 2 * distance),
             load(d, work, first + 3 * distance)};
 }
 
+/** Stores four vectors `distance` vectors apart. */
 template <class D>
 HWY_INLINE void storeQuartet(D d, double* work, std::size_t first, std::size_t distance,
                              const Quartet<D>& x) {
@@ -216,7 +234,7 @@ HWY_INLINE void storeQuartet(D d, double* work, std::size_t first, std::size_t d
     store(d, work, first + 3 * distance, x.v3);
 }
 
-// A block of the first pass: four neighbours.
+/** Stores a block of the first pass: four neighbouring points. */
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void storeBlock(D d, double* work, std::size_t block, const Quartet<D>& x) {
     storePoint<points_of_vector>(d, work, 4 * block, x.v0);
@@ -225,7 +243,7 @@ HWY_INLINE void storeBlock(D d, double* work, std::size_t block, const Quartet<D
     storePoint<points_of_vector>(d, work, 4 * block + 3, x.v3);
 }
 
-// Two blocks, of which the vectors hold the points as pairs.
+/** Stores two blocks of the first pass. Each pair of `x` holds a point of `block_a` and one of `block_b`. */
 template <class D>
 HWY_INLINE void storePairOfBlocks(D d, double* work, std::size_t block_a, std::size_t block_b,
                                   const Quartet<D>& x) {
@@ -241,7 +259,7 @@ HWY_INLINE void storePairOfBlocks(D d, double* work, std::size_t block_a, std::s
     store(d, work, 2 * block_b + 1, seconds(x.v2, x.v3));
 }
 
-// Legs lie `distance` vectors apart.
+/** Runs one radix-4 pass. The legs of a butterfly lie `distance` vectors apart. */
 template <bool is_forward, class D>
 HWY_INLINE void radix4Pass(D d, const TransformTables& tables, std::size_t blocks, std::size_t distance,
                            double* work) {
@@ -259,8 +277,9 @@ HWY_INLINE void radix4Pass(D d, const TransformTables& tables, std::size_t block
     }
 }
 
-// The passes between the first and what is left for a last one of half the points or of a quarter: returns
-// the distance of the last one, in points.
+/** Runs the passes between the first and the last.
+ *  @return distance of the last pass in points: a quarter of all points (radix 4) or half of them (radix 2).
+ *          For four points it is 4, and no pass is left. */
 template <bool is_forward, std::size_t points_of_vector, class D>
 HWY_INLINE std::size_t middlePasses(D d, const TransformTables& tables, double* work) {
     std::size_t distance = 4;
@@ -273,13 +292,14 @@ HWY_INLINE std::size_t middlePasses(D d, const TransformTables& tables, double* 
 
 // ---- the step between the spectrum of pairs of samples and that of the signal, see fft_passes.h ----
 
+/** The factor of bin k in all lanes. */
 template <class D>
 HWY_INLINE Complex<D> pairFactor(D d, const TransformTables& tables, std::size_t k) {
     const PairFactor& factor = tables.pairFactors()[k];
     return {hn::Set(d, factor.re), hn::Set(d, factor.im)};
 }
 
-// For a pair of bins.
+/** The factors of bins k and l, for a pair of bins. */
 template <class D>
 HWY_INLINE Complex<D> pairFactors(D d, const TransformTables& tables, std::size_t k, std::size_t l) {
     const PairFactor& a = tables.pairFactors()[k];

@@ -1,5 +1,7 @@
-// The forward transform of one group of lanes, see lane_transform.h. Included once for every set of vector
-// instructions.
+// The forward transform of one group of lanes, see lane_transform.h. lane_transform.cpp includes this file
+// once for every vector instruction set.
+//
+// All functions: [any, concurrent] real-time safe.
 
 #if defined(SONIVEX_LANE_FORWARD_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef SONIVEX_LANE_FORWARD_INL_H
@@ -13,8 +15,8 @@
 HWY_BEFORE_NAMESPACE();
 namespace sonivex::HWY_NAMESPACE {
 
-// Blocks of four neighbours in bit-reversed order. The second and the fourth come from the half that is
-// zero. A sum with zero is not left out: it makes -0 to 0.
+/** Runs the first pass on blocks of four neighbours in bit-reversed order. The second and the fourth point of
+ *  a block come from the half that is zero. Sums with zero are not left out: they turn -0 into +0. */
 template <class D>
 HWY_INLINE void forwardFirstPass(D d, const TransformTables& tables, const float* frames, std::size_t stride,
                                  double* work) {
@@ -34,7 +36,7 @@ HWY_INLINE void forwardFirstPass(D d, const TransformTables& tables, const float
     }
 }
 
-// The same, two blocks at a time.
+/** Runs the first pass on two blocks at a time. */
 template <class D>
 HWY_INLINE void forwardFirstPassOfPairs(D d, const TransformTables& tables, const float* frames,
                                         std::size_t stride, double* work) {
@@ -52,7 +54,7 @@ HWY_INLINE void forwardFirstPassOfPairs(D d, const TransformTables& tables, cons
         const Quartet<D> x = plainButterfly<true>(v);
         Quartet<D> y =
             turned<true>(x, pairOfRoots(d, tables.blockRoots()[block], tables.blockRoots()[block + 1]));
-        if (block == 0) {  // which is not turned: a product with 1 may change the sign of a zero
+        if (block == 0) {  // block 0 is not turned: a product with 1 may change the sign of a zero
             y = {firstAndSecond(d, x.v0, y.v0), firstAndSecond(d, x.v1, y.v1), firstAndSecond(d, x.v2, y.v2),
                  firstAndSecond(d, x.v3, y.v3)};
         }
@@ -60,6 +62,7 @@ HWY_INLINE void forwardFirstPassOfPairs(D d, const TransformTables& tables, cons
     }
 }
 
+/** Runs a radix-2 pass on all vectors. */
 template <class D>
 HWY_INLINE void radix2Pass(D d, std::size_t vectors, double* work) {
     for (std::size_t i = 0; i < vectors / 2; ++i) {
@@ -70,7 +73,7 @@ HWY_INLINE void radix2Pass(D d, std::size_t vectors, double* work) {
     }
 }
 
-// Z[k] and Z[points - k] to X, as spectrumOfPairsToReal does.
+/** Turns Z[k] and Z[points - k] into X[k] and X[points - k], as spectrumOfPairsToReal does. */
 template <class D>
 HWY_INLINE void toReal(Complex<D> factor, Complex<D>& low, Complex<D>& high) {
     const Complex<D> y = factor * Complex<D>{hn::Sub(low.re, high.re), hn::Add(low.im, high.im)};
@@ -78,12 +81,13 @@ HWY_INLINE void toReal(Complex<D> factor, Complex<D>& low, Complex<D>& high) {
     high = {hn::Add(high.re, y.re), hn::Sub(high.im, y.im)};
 }
 
-// Where spectra go, a column of `stride` lanes a bin.
+/** Writes a spectrum with `stride` lanes per bin. */
 struct SpectrumWriter {
     float* re;
     float* im;
     std::size_t stride;
 
+    /** Stores one bin, or a pair of neighbouring bins, rounded to float. */
     template <class D>
     HWY_INLINE void put(D d, std::size_t bin, Complex<D> value) const {
         storeFloats(d, value.re, re + bin * stride);
@@ -91,7 +95,7 @@ struct SpectrumWriter {
     }
 };
 
-// Rounded to floats on the way out.
+/** Turns the spectrum of pairs into that of the signal and writes it, rounded to float. */
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void forwardLastStep(D d, const TransformTables& tables, const double* work,
                                 const SpectrumWriter& out) {
@@ -123,7 +127,8 @@ HWY_INLINE void forwardLastStep(D d, const TransformTables& tables, const double
     }
 }
 
-// @param lanes of the whole signal: what lies between a frame, or bin, and the next.
+/** Transforms one group of lanes.
+ *  @param lanes lanes of all groups: the stride from one frame or bin to the next. */
 template <std::size_t points_of_vector, class D>
 void forwardGroup(D d, const TransformTables& tables, const float* frames, std::size_t lanes, float* re,
                   float* im, double* work) {
@@ -131,7 +136,7 @@ void forwardGroup(D d, const TransformTables& tables, const float* frames, std::
     if constexpr (points_of_vector == 2) {
         forwardFirstPassOfPairs(d, tables, frames, lanes, work);
     } else if (points < 4) {
-        // One point, or two of which the second is zero.
+        // One point, or two points of which the second is zero.
         const hn::Vec<D> zero = hn::Zero(d);
         const Complex<D> first = {loadFloats(d, frames), points == 1 ? zero : loadFloats(d, frames + lanes)};
         store(d, work, 0, first);

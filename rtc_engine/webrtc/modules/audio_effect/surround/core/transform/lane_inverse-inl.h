@@ -1,5 +1,7 @@
-// The inverse transform of one group of lanes, see lane_transform.h. Included once for every set of vector
-// instructions.
+// The inverse transform of one group of lanes, see lane_transform.h. lane_transform.cpp includes this file
+// once for every vector instruction set.
+//
+// All functions: [any, concurrent] real-time safe.
 
 #if defined(SONIVEX_LANE_INVERSE_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef SONIVEX_LANE_INVERSE_INL_H
@@ -13,25 +15,26 @@
 HWY_BEFORE_NAMESPACE();
 namespace sonivex::HWY_NAMESPACE {
 
-// Spectra outside, a column of `stride` lanes a bin.
+/** Reads a spectrum with `stride` lanes per bin. */
 struct SpectrumReader {
     const float* re;
     const float* im;
     std::size_t stride;
 
+    /** Loads bin k, or a pair of neighbouring bins from k on. */
     template <class D>
     HWY_INLINE Complex<D> bin(D d, std::size_t k) const {
         return {loadFloats(d, re + k * stride), loadFloats(d, im + k * stride)};
     }
-    // Of one block of the first pass: bins k and those a quarter, a half and three quarters further, in
-    // bit-reversed order.
+    /** Loads a block of the first pass: bin k and those a quarter, a half and three quarters further, in
+     *  bit-reversed order. */
     template <class D>
     HWY_INLINE Quartet<D> block(D d, std::size_t k, std::size_t quarter) const {
         return {bin(d, k), bin(d, k + 2 * quarter), bin(d, k + quarter), bin(d, k + 3 * quarter)};
     }
 };
 
-// X[k] and X[points - k] to Z, as spectrumOfRealToPairs does.
+/** Turns X[k] and X[points - k] into Z[k] and Z[points - k], as spectrumOfRealToPairs does. */
 template <class D>
 HWY_INLINE void toPairs(Complex<D> factor, Complex<D>& low, Complex<D>& high) {
     const Complex<D> y =
@@ -40,12 +43,14 @@ HWY_INLINE void toPairs(Complex<D> factor, Complex<D>& low, Complex<D>& high) {
     high = {hn::Add(high.re, y.re), hn::Sub(high.im, y.im)};
 }
 
+/** Turns X[0] and X[points], which share bin 0, into Z[0]. */
 template <class D>
 HWY_INLINE Complex<D> endsToPairs(D d, Complex<D> ends) {
     const hn::Vec<D> half = hn::Set(d, 0.5);
     return {hn::Mul(half, hn::Add(ends.re, ends.im)), hn::Mul(half, hn::Sub(ends.re, ends.im))};
 }
 
+/** Runs the first pass on the block that starts at bin j and stores it. */
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void inverseFirstBlock(D d, const TransformTables& tables, std::size_t j, const Quartet<D>& v,
                                   double* work) {
@@ -54,7 +59,8 @@ HWY_INLINE void inverseFirstBlock(D d, const TransformTables& tables, std::size_
         d, work, block, turned<false>(plainButterfly<false>(v), broadcast(d, tables.blockRoots()[block])));
 }
 
-// Bins k and points - k belong to the blocks of j and of quarter - j, so two blocks are done together.
+/** Runs the first pass on the blocks of bins j and quarter - j together, because a bin k of one block needs
+ *  bin points - k of the other. */
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void inverseBlocks(D d, const TransformTables& tables, const SpectrumReader& in, std::size_t j,
                               double* work) {
@@ -70,6 +76,7 @@ HWY_INLINE void inverseBlocks(D d, const TransformTables& tables, const Spectrum
     inverseFirstBlock<points_of_vector>(d, tables, mirrored, u, work);
 }
 
+/** Runs the first pass on the blocks of bins j and l, whose points lie in pairs, and stores them. */
 template <class D>
 HWY_INLINE void inverseFirstPairOfBlocks(D d, const TransformTables& tables, std::size_t j, std::size_t l,
                                          const Quartet<D>& v, double* work) {
@@ -79,7 +86,7 @@ HWY_INLINE void inverseFirstPairOfBlocks(D d, const TransformTables& tables, std
     storePairOfBlocks(d, work, a, b, turned<false>(plainButterfly<false>(v), roots));
 }
 
-// The same for j and j + 1 as pairs.
+/** Does the work of inverseBlocks for j and j + 1, as pairs. */
 template <class D>
 HWY_INLINE void inversePairsOfBlocks(D d, const TransformTables& tables, const SpectrumReader& in,
                                      std::size_t j, double* work) {
@@ -97,6 +104,7 @@ HWY_INLINE void inversePairsOfBlocks(D d, const TransformTables& tables, const S
     inverseFirstPairOfBlocks(d, tables, mirrored, mirrored - 1, u, work);
 }
 
+/** Reads the spectrum, turns it into that of pairs of samples and runs the first pass. */
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void inverseFirstPass(D d, const TransformTables& tables, const SpectrumReader& in, double* work) {
     const PointTag<points_of_vector, D> one;
@@ -120,14 +128,14 @@ HWY_INLINE void inverseFirstPass(D d, const TransformTables& tables, const Spect
     }
 }
 
-// Scaled and rounded to floats on the way out.
+/** Scales the points, rounds them to float and writes them as frames with `stride` lanes. */
 template <std::size_t points_of_vector, class D>
 struct FrameWriter {
     hn::Vec<D> scale;
     float* frames;
     std::size_t stride;
 
-    // @param vector of the working memory.
+    /** Writes one vector; `vector` is its index in the working memory. */
     HWY_INLINE void put(D d, std::size_t vector, Complex<D> value) const {
         const Complex<D> scaled = {hn::Mul(value.re, scale), hn::Mul(value.im, scale)};
         float* const frame = frames + 2 * points_of_vector * vector * stride;
@@ -141,7 +149,9 @@ struct FrameWriter {
     }
 };
 
-// @param vectors, distance of the working memory, in vectors.
+/** Runs the last pass and writes the frames.
+ *  @param vectors  vectors of the working memory.
+ *  @param distance vectors between the legs of a butterfly; equal to `vectors` if no pass is left. */
 template <std::size_t points_of_vector, class D>
 HWY_INLINE void inverseLastPass(D d, std::size_t vectors, std::size_t distance, const double* work,
                                 const FrameWriter<points_of_vector, D>& out) {
@@ -165,6 +175,7 @@ HWY_INLINE void inverseLastPass(D d, std::size_t vectors, std::size_t distance, 
     }
 }
 
+/** Transforms one group of lanes back; `frames` has as many lanes as the spectrum. */
 template <std::size_t points_of_vector, class D>
 void inverseGroup(D d, const TransformTables& tables, const SpectrumReader& in, float* frames, double* work) {
     const std::size_t points = tables.points();

@@ -1,8 +1,8 @@
-// Compiled once for every set of vector instructions; the best one of the processor is taken at run time.
+// Compiled once for every vector instruction set; the processor's best set is chosen at run time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "lane_transform.cpp"
 #include "vector_targets.h"
-// vector_targets.h comes first.
+// vector_targets.h must precede every Highway header.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -13,10 +13,10 @@
 HWY_BEFORE_NAMESPACE();
 namespace sonivex::HWY_NAMESPACE {
 
-// From here on pairs of points work; shorter transforms are nothing that a block is made of.
+// Fewest points for which the passes support pairs of points. The blocks in use are always longer.
 constexpr std::size_t kLeastPointsOfPairs = 16;
 
-// Whether the lanes leave half of a vector empty. Groups of a single lane are left as they are.
+// True if the lanes of one point leave at least half of a vector empty. A single lane is never paired.
 template <std::size_t lanes>
 constexpr bool kLeaveRoom = lanes > 1 && hn::MaxLanes(hn::CappedTag<double, 2 * lanes>()) == 2 * lanes;
 

@@ -1,4 +1,6 @@
-// Constants of the transform in lanes for one length, in the order in which it needs them.
+// Constants of the lane transform (lane_transform.h) for one length, in the order in which it reads them.
+//
+// Use: const TransformTables tables(512); one object serves any number of threads.
 #pragma once
 
 #include <cstddef>
@@ -7,34 +9,39 @@
 
 namespace sonivex {
 
-/** t, t2 and t3 of a block of a pass with e^(+i), see fft_passes.h; the other direction has their conjugates.
- */
+/** t, t2 and t3 of one block of a pass with e^(+i), see fft_passes.h. The other direction uses their
+ *  conjugates. */
 struct BlockRoots {
     double re[3];
     double im[3];
 };
 
+/** An entry of TransformTables::pairFactors. */
 struct PairFactor {
     double re;
     double im;
 };
 
-/** Roots, factors and the order of points, ready to be used. They are only read after construction. */
+/** Roots, factors and the order of points. The object is read-only after construction and owns its tables,
+ *  which are empty for fewer than four points. */
 class TransformTables {
   public:
     /** @param samples length of the real signal, a power of two and at least 2.
-     *  Throws std::bad_alloc when memory runs out. */
+     *  Throws std::bad_alloc when memory runs out. [any] not real-time safe: allocates */
     explicit TransformTables(std::size_t samples);
 
+    /** Length of the real signal. [any, concurrent] real-time safe */
     std::size_t samples() const { return 2 * points_; }
-    /** Points of the complex transform. */
+    /** Points of the complex transform: half the samples. [any, concurrent] real-time safe */
     std::size_t points() const { return points_; }
-    /** Of the blocks of the first pass, [points / 4]; later passes have fewer and use the first ones. */
+    /** Roots of the blocks of the first pass, [points / 4]. Later passes have fewer blocks and use the first
+     *  entries. [any, concurrent] real-time safe */
     const BlockRoots* blockRoots() const { return block_roots_.data(); }
-    /** Factor of the difference between bins k and points - k, for k = 1 .. points / 2 - 1 (entry 0 is not
-     *  used): 1/2 - sin/2 + i cos/2 of 2 pi k / samples. None for fewer than four points. */
+    /** Factors of the differences between bins k and points - k, for k = 1 .. points / 2 - 1 (entry 0 is
+     *  unused): 1/2 - sin/2 + i cos/2 of the angle 2 pi k / samples. [any, concurrent] real-time safe */
     const PairFactor* pairFactors() const { return pair_factors_.data(); }
-    /** Which point a block of the first pass starts with: [points / 4], its own inverse. */
+    /** First point of each block of the first pass: [points / 4], a permutation that is its own inverse.
+     *  [any, concurrent] real-time safe */
     const std::uint32_t* blockOrder() const { return block_order_.data(); }
 
   private:

@@ -1,17 +1,18 @@
-// Points of the unit circle between 1 and i, correct to the last bit of a double.
+// Points on the unit circle between 1 and i, correct to the last bit of a double.
 //
 //   point(k) = cos(k * pi/2 / steps) + i * sin(k * pi/2 / steps)
 //
-// The powers 1, 2, 4, .. come from i by halving the angle,
+// The powers 1, 2, 4, .. of point(1) come from i by halving the angle:
 //
-//   cos(x/2) = sqrt((1 + cos x) / 2),   sin(x/2) = sin x / (2 cos(x/2)),
+//   cos(x/2) = sqrt((1 + cos x) / 2),   sin(x/2) = sin x / (2 cos(x/2))
 //
-// and point(k) is the product of the powers that k's binary digits name, all in double-double. Each of the at
-// most 31 steps adds an error below 2^-101, so a number is known to 2^-96 before it is rounded to double: it
-// is the correctly rounded one unless it lies that close to the middle between two doubles. The C library's
-// sine and cosine differ in the last bit between versions and processors and would change the sound's bits.
+// point(k) is the product of the powers that the binary digits of k name. Everything is computed in
+// double-double. Each of the at most 31 steps adds an error below 2^-101, so a number is known to 2^-96
+// before it is rounded to double. It is then correctly rounded, unless it lies that close to the midpoint
+// between two doubles. The C library's sine and cosine differ in the last bit between versions and
+// processors, which would change the bits of the output.
 //
-// Use: const UnitRoots roots(512); roots.at(3).cosine. Needs no memory but its own.
+// Use: const UnitRoots roots(512); roots.at(3).cosine.
 #pragma once
 
 #include <array>
@@ -20,17 +21,22 @@
 
 namespace sonivex {
 
+/** A point on the unit circle. */
 struct UnitPoint {
     double cosine;
     double sine;
 };
 
+/** The points at equal angles of a quarter turn. An object holds no memory beyond its members. */
 class UnitRoots {
   public:
-    /** @param steps into how many equal angles the quarter turn is cut; a power of two. */
+    /** @param steps count of equal angles in the quarter turn; a power of two.
+     *  [any] real-time safe */
     explicit UnitRoots(int steps);
 
-    /** @param k 0..steps-1. */
+    /** point(k), rounded to double.
+     *  @param k 0..steps-1.
+     *  [any, concurrent] real-time safe */
     UnitPoint at(int k) const;
 
   private:
@@ -40,8 +46,8 @@ class UnitRoots {
     };
     static constexpr int kMaxDigits = 31;
 
-    std::array<Point, kMaxDigits> powers_{};  // of the first point: 1, 2, 4, ..
-    int digits_ = 0;
+    std::array<Point, kMaxDigits> powers_{};  // of point(1): the powers 1, 2, 4, ..
+    int digits_ = 0;                          // binary digits of k
 };
 
 }  // namespace sonivex
