@@ -1,5 +1,5 @@
-# What every target of ours is compiled with. Targets ask for it by linking `sonivex_build_options` privately,
-# so that nothing leaks into a program that uses the libraries. The plain ones leave the sanitizers out.
+# Compiler options. Every target of the project links sonivex_build_options privately, so that no option
+# reaches a program that uses the libraries. sonivex_plain_build_options leaves out the sanitizers.
 add_library(sonivex_plain_build_options INTERFACE)
 target_compile_features(sonivex_plain_build_options INTERFACE cxx_std_20 c_std_11)
 add_library(sonivex_build_options INTERFACE)
@@ -8,9 +8,9 @@ target_link_libraries(sonivex_build_options INTERFACE sonivex_plain_build_option
 target_compile_options(
     sonivex_plain_build_options
     INTERFACE
-        # The same bits from every compiler: a multiply and an add are never fused.
+        # No compiler may fuse a multiply and an add: the effects' bits must not depend on the compiler.
         -ffp-contract=off
-        # Unique symbols pin a shared library in memory for ever; the plug-in must be unloadable.
+        # The loader never unloads a library with unique symbols, and a player may unload the plug-in.
         $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>
         -Wall
         -Wextra
@@ -21,46 +21,46 @@ target_compile_options(
         $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
         $<$<COMPILE_LANGUAGE:CXX>:-Wsuggest-override>
         $<$<COMPILE_LANGUAGE:CXX>:-Wzero-as-null-pointer-constant>
-        # Clang's -Wall has it, but where sources are joined it does not see it.
-        $<$<CXX_COMPILER_ID:GNU>:-Wunused-const-variable=1>
+        $<$<CXX_COMPILER_ID:GNU>:-Wunused-const-variable=1> # part of Clang's -Wall
+        # GCC 12 warns of overlaps that do not exist in "literal" + std::string (GCC bug 105651).
+        $<$<AND:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
         $<$<BOOL:${SONIVEX_DEVELOPER}>:-Werror>)
 
-# What the vector kernels' targets are tuned for, by linking `sonivex_kernel_tuning` privately. Tuned for no processor
-# in particular, GCC folds one load into several instructions and loads it every time. Which instructions there are, and
-# the bits, stay as they are.
+# Rooms with vector kernels link sonivex_kernel_tuning privately. Without tuning, GCC folds a load into every
+# instruction that uses the value and so loads it several times. Tuning changes neither the instruction set
+# nor the bits of the output.
 add_library(sonivex_kernel_tuning INTERFACE)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
     target_compile_options(sonivex_kernel_tuning INTERFACE $<$<CXX_COMPILER_ID:GNU>:-mtune=skylake>)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
-    # Highway counts the cryptographic extension among what its vectors need. The kernels use nothing of it and run
-    # without it, but the compiler must be told, or it refuses to inline.
+    # Highway marks its NEON functions with the cryptographic extension, and the compiler refuses to inline them
+    # unless the extension is enabled. The kernels use none of its instructions and run on processors without it.
     target_compile_options(sonivex_kernel_tuning INTERFACE -march=armv8-a+crypto)
 endif()
 
-# libavutil's headers are C and ask for the macros that C++ long had behind this.
+# libavutil's headers need the integer constant macros. C++ before C++11 defined them only on this request.
 target_compile_definitions(sonivex_plain_build_options INTERFACE __STDC_CONSTANT_MACROS)
 
 if(SONIVEX_SANITIZE)
-    # Line numbers are all that a report needs of the debug information.
+    # Sanitizer reports need line numbers but no other debug information.
     set(CMAKE_C_FLAGS_RELWITHDEBINFO "-O1 -g1")
     set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O1 -g1")
     target_compile_options(sonivex_build_options INTERFACE -fsanitize=${SONIVEX_SANITIZE} -fno-sanitize-recover=all
                                                            -fno-omit-frame-pointer)
     target_link_options(sonivex_build_options INTERFACE -fsanitize=${SONIVEX_SANITIZE})
     if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
-        # Clang takes two minutes to compile the kernels for older processors with sanitizers. Builds without sanitizers
-        # have them.
-        target_compile_options(sonivex_build_options INTERFACE -msse4.2 -maes -mpclmul)
+        # The kernels are built for every vector instruction set from SSSE3 up. Without one, Highway emulates vectors
+        # in scalar code, which Clang takes five minutes to compile with sanitizers; the release build tests that.
+        target_compile_options(sonivex_build_options INTERFACE -mssse3)
     endif()
 endif()
 
-# Under sanitizers a target's sources are compiled in few pieces, what their headers bring once for a piece; the other
-# builds show that each stands by itself.
-function(sonivex_join_under_sanitizers target)
-    if(SONIVEX_SANITIZE)
-        set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
-    endif()
-endfunction()
+# A compiler cache, if one is installed, speeds up repeated builds.
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND SONIVEX_DEVELOPER)
+    set(CMAKE_C_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+endif()
 
 set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
@@ -73,6 +73,6 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
-# Built things lie together, as they do when installed: the command line finds the plug-in in ../lib.
+# The build tree has the folders of an installation, because the command line looks for the plug-in in ../lib.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")

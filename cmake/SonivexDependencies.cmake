@@ -1,4 +1,4 @@
-# Libraries from outside, as imported targets; their headers are SYSTEM, so their warnings are not ours.
+# The outside libraries as imported targets. Their headers count as system headers, so they cause no warnings.
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 
@@ -11,7 +11,7 @@ pkg_check_modules(LIBEBUR128 REQUIRED IMPORTED_TARGET libebur128)
 pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo>=1.16)
 pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy>=1.0.3)
 
-# Only for the generator of the impulse responses, whose output is committed.
+# Only the generator of the impulse responses needs libmysofa, and its output is committed.
 pkg_check_modules(LIBMYSOFA QUIET IMPORTED_TARGET libmysofa)
 
 find_package(Boost 1.74 REQUIRED)

@@ -1,7 +1,8 @@
-# What `cmake --install` lays down, and how other projects find it: find_package(Sonivex), pkg-config sonivex.
+# The files that `cmake --install` installs, among them the CMake package (find_package(Sonivex)) and the
+# pkg-config module (sonivex) for other projects.
 include(CMakePackageConfigHelpers)
 
-# Installed anywhere, they find each other.
+# The installed files find each other by relative paths, wherever the prefix is.
 set_target_properties(SonivexFilter vorlin PROPERTIES INSTALL_RPATH "\$ORIGIN")
 file(RELATIVE_PATH lib_from_bin "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
 set_target_properties(sonivex PROPERTIES INSTALL_RPATH "\$ORIGIN/${lib_from_bin}")

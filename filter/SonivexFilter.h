@@ -44,44 +44,44 @@ inline constexpr char kFilterName[] = "SonivexFilter";
  *  later change takes effect after the next `flush`. */
 class sonivexFilter : public IAudioFilter, public filterPrototype {
   public:
-    /** Make the prototype through which a player finds the filter, and enter it in the registry. The argument
-     *  is not used. [load] not real-time safe: takes a lock, allocates */
+    /** Makes the prototype through which a player finds the filter, and enters it in the registry. The
+     *  argument is not used. [load] not real-time safe: takes a lock, allocates */
     explicit sonivexFilter(int);
-    /** Make a working filter. It passes every frame through untouched until `setInvalid(false)`.
+    /** Makes a working filter. It passes every frame through untouched until `setInvalid(false)`.
      *  @param src    replaced by the description of the first frame that an effect processes.
      *  @param dst    kept, not used.
      *  @param active whether `init` starts a worker thread.
      *  [any, concurrent] not real-time safe: allocates */
     sonivexFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active);
-    /** Stop the worker, and free the frames inside, the graphs and the handles. A prototype has none of them;
-     *  it leaves the registry.
+    /** Stops the worker, and frees the frames inside, the graphs and the handles. A prototype has none of
+     *  them; it leaves the registry.
      *  [player thread], for a prototype [load]; not real-time safe: waits for the worker, frees memory,
      *  closes dump files, logs */
     ~sonivexFilter() override;
 
-    /** Set an option. filterPrototype lists the keys, docs/options.md the values. `extra` is not used, and an
-     *  unknown key is ignored.
+    /** Sets an option. filterPrototype lists the keys, docs/options.md the values. `extra` is not used, and
+     *  an unknown key is ignored.
      *  @return false only for FILTER_OPTION with a text that is not JSON.
      *  @throws std::invalid_argument for a frame rate or speed that is not a number.
      *  [player thread] not real-time safe: allocates, logs, may run the event callback */
     bool setOption(const std::string& key, const std::string& value, const std::string& extra) override;
-    /** Start the worker of an active filter. If the system gives no thread, the filter works inside `push` as
-     *  an inactive one does, and a later `init` tries again. `flags` is not used.
+    /** Starts the worker of an active filter. If the system gives no thread, the filter works inside `push`
+     *  as an inactive one does, and a later `init` tries again. `flags` is not used.
      *  @return true always.
      *  [player thread] not real-time safe: starts a thread, allocates, logs */
     bool init(uint64_t flags) override;
-    /** Hand a frame in. The filter takes it while at most one frame waits for the worker and fewer than three
-     *  wait for `pull`. It does not wait; `timeOut` is not used.
+    /** Hands a frame in. The filter takes it while at most one frame waits for the worker and fewer than
+     *  three wait for `pull`. It does not wait; `timeOut` is not used.
      *  @return kSuccess with `frame` null, or kTryAgain with `frame` left to the caller.
      *  [player thread] real-time safe while a worker runs; without a worker it processes the frames that
      *  wait, and is not real-time safe: allocates, logs, and writes to the disk while dumping */
     int push(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
-    /** Take the oldest frame that is ready. It does not wait; `timeOut` is not used.
+    /** Takes the oldest frame that is ready. It does not wait; `timeOut` is not used.
      *  @return kSuccess with `frame` replaced, or kTryAgain with `frame` untouched.
      *  [player thread] real-time safe if `frame` is null; otherwise frees the frame that it replaces */
     int pull(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
-    /** Destroy every frame inside, all history of the effects, both graphs and the samples of the load guard,
-     *  and close the dump files. Options and switches stay.
+    /** Destroys every frame inside, all history of the effects, both graphs and the samples of the load
+     *  guard, and close the dump files. Options and switches stay.
      *  [player thread] not real-time safe: waits until the worker pauses, frees memory, closes dump files,
      *  logs */
     void flush() override;
@@ -89,21 +89,21 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     std::string getName() override;
     /** @return whether `name` is "sonivex"; the codec hints are not used. [any, concurrent] real-time safe */
     bool is_supported(const std::string& name, int codec, int profile, int level) override;
-    /** Make a working filter, which the caller owns. [any, concurrent] not real-time safe: allocates */
+    /** Makes a working filter, which the caller owns. [any, concurrent] not real-time safe: allocates */
     IAudioFilter* clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) override;
-    /** Pass every frame through untouched, or stop doing so. The change applies from the next frame that the
-     *  worker takes. [player thread] not real-time safe: a change is logged */
+    /** Passes every frame through untouched, or stops doing so. The change applies from the next frame that
+     *  the worker takes. [player thread] not real-time safe: a change is logged */
     void setInvalid(bool invalid) override;
-    /** Keep the name of what is being played; nothing depends on it.
+    /** Keeps the name of what is being played; nothing depends on it.
      *  [player thread] not real-time safe: allocates */
     void setCurrentTarget(const std::string& target) override;
     /** @return whether frame rate times speed is 62 or more. A filter that is not set invalid reports a
      *  crossing of this limit to the event callback.
      *  [player thread] not real-time safe: allocates for the event, runs the event callback */
     bool isOverFps() override;
-    /** Take `elapsed`, the milliseconds of work on one frame, into the load guard's mean. If the mean is over
-     *  the limit, the filter sets itself invalid and sends FILTER_INVALID_PERFORMANCE. A filter that is set
-     *  invalid or knows no frame rate ignores the call.
+    /** Takes `elapsed`, the milliseconds of work on one frame, into the load guard's mean. If the mean is
+     *  over the limit, the filter sets itself invalid and sends FILTER_INVALID_PERFORMANCE. A filter that is
+     *  set invalid or knows no frame rate ignores the call.
      *  @throws std::bad_function_call when the mean is over the limit and no callback is installed.
      *  [player thread] not real-time safe: allocates, logs, may run the event callback */
     void checkTimeConsume(uint64_t elapsed) override;

@@ -44,17 +44,18 @@ struct EffectRecord {
     /** @return how many channels the effect puts out when `in_channels` go in.
      *  [worker] real-time safe */
     int (*output_channels)(const sonivexFilter& filter, int in_channels);
-    /** Make a handle for the channel count and the sample rate of `in`, with the current options of `filter`.
+    /** Makes a handle for the channel count and the sample rate of `in`, with the current options of
+     *  `filter`.
      *  @return the handle, which `release` frees, or null when it cannot be made.
      *  [worker] not real-time safe: allocates, logs */
     void* (*create)(const sonivexFilter& filter, const InputBlock& in);
-    /** Process one block.
+    /** Processes one block.
      *  @param out [in.frames][output_channels] interleaved signed 16-bit; overwritten.
      *  @return a negative number when the block is lost.
      *  @throws std::bad_alloc
      *  [worker] not real-time safe: surround allocates for mono, the normalizer for each of its blocks */
     int (*process)(void* handle, const InputBlock& in, short* out);
-    /** Free a handle. [worker] not real-time safe: frees memory */
+    /** Frees a handle. [worker] not real-time safe: frees memory */
     void (*release)(void* handle);
 };
 
@@ -69,7 +70,7 @@ std::span<const EffectRecord* const> effectsByPrecedence();
  *  [any, concurrent] real-time safe */
 bool isSupportedStream(const EffectRecord& effect, int channels, int sample_rate_hz);
 
-/** Make a block of silence, [frames][channels] interleaved, which the caller owns.
+/** Makes a block of silence, [frames][channels] interleaved, which the caller owns.
  *  @throws std::bad_alloc
  *  [any, concurrent] not real-time safe: allocates */
 std::unique_ptr<short[]> makeBlock(int channels, int frames);

@@ -6,10 +6,10 @@ struct AVFrame;
 
 namespace Vorlin {
 
-/** Check that an AVFrame holds the audio that its description promises: the same sample format, channel count
- *  and sample rate, at least one frame of samples, a layout of as many channels, and every plane present and
- *  long enough in its buffer. A plane that is not reference-counted is taken to hold the samples, unless the
- *  line size says that it is shorter.
+/** Checks that an AVFrame holds the audio that its description promises: the same sample format, channel
+ *  count and sample rate, at least one frame of samples, a layout of as many channels, and every plane present
+ *  and long enough in its buffer. A plane that is not reference-counted is taken to hold the samples, unless
+ *  the line size says that it is shorter.
  *  @return true if every sample that `info` describes can be read. [any, concurrent] real-time safe */
 bool frameMatchesDescription(const IQFFrame::audioInfo& info, const AVFrame* frame);
 

@@ -8,10 +8,10 @@ namespace Vorlin {
  *  goes through a graph, which would rescale or rebuild them. */
 class FrameProperties {
   public:
-    /** Save the properties of `frame`. @return 0 or a negative AVERROR.
+    /** Saves the properties of `frame`. @return 0 or a negative AVERROR.
      *  [any] not real-time safe: allocates */
     int save(const AVFrame* frame);
-    /** Replace the properties of `frame` with the saved ones. @return 0 or a negative AVERROR.
+    /** Replaces the properties of `frame` with the saved ones. @return 0 or a negative AVERROR.
      *  [any] not real-time safe: allocates */
     int restore(AVFrame* frame) const;
 

@@ -11,12 +11,12 @@ class Relaxed {
   public:
     /** [any] real-time safe */
     Relaxed(T value) : mValue(value) {}  // NOLINT(google-explicit-constructor): stands for a T
-    /** Store `value`. [any, concurrent] real-time safe */
+    /** Stores `value`. [any, concurrent] real-time safe */
     Relaxed& operator=(T value) {
         mValue.store(value, std::memory_order_relaxed);
         return *this;
     }
-    /** Load the value. [any, concurrent] real-time safe */
+    /** Loads the value. [any, concurrent] real-time safe */
     operator T() const {  // NOLINT(google-explicit-constructor): stands for a T
         return mValue.load(std::memory_order_relaxed);
     }

@@ -8,7 +8,7 @@
 
 namespace sonivex {
 
-/** Pass a message with an effect's prefix to ZubrelAem_logTrace.
+/** Passes a message with an effect's prefix to ZubrelAem_logTrace.
  *  @param source  base name of the effect's source file. The prefix is cut off after 255 bytes.
  *  @param line    line number to show.
  *  @param message literal text, not a format; includes its own newline.

@@ -18,24 +18,24 @@ namespace Vorlin {
  *  Only the player's thread uses this class. */
 class BypassControl {
   public:
-    /** Install the event callback. After the end of this object `filter` must not be called, because its
+    /** Installs the event callback. After the end of this object `filter` must not be called, because its
      *  callback refers to this object. */
     explicit BypassControl(IAudioFilter& filter);
     BypassControl(const BypassControl&) = delete;
     BypassControl& operator=(const BypassControl&) = delete;
 
-    /** Set the filter invalid if a reason holds, else valid. */
+    /** Sets the filter invalid if a reason holds, else valid. */
     void apply();
 
     /** @return whether a reason holds. */
     bool isBypassed() const { return mListener || mOverFps || mOverload; }
 
-    /** Set or end the reason `listener`. */
+    /** Sets or ends the reason `listener`. */
     void setListener(bool bypass);
-    /** End the reason `overload`. */
+    /** Ends the reason `overload`. */
     void retryAfterOverload();
 
-    /** Report a number on which overFps depends, and obey the events that follow.
+    /** Reports a number on which overFps depends, and obeys the events that follow.
      *  @param key VIDEO_FPS_OPTION or PLAYER_SPEED_OPTION.
      *  @return false if the filter refused the number as malformed or out of range. */
     bool reportRate(const std::string& key, double value);

@@ -11,7 +11,7 @@ namespace Vorlin {
  *  class, never by its address, because another frame may get the same address later. */
 class FenceFrame final : public AVQFFrame {
   public:
-    /** Make a fence with the stream's sample format and sample rate, as far as they are valid.
+    /** Makes a fence with the stream's sample format and sample rate, as far as they are valid.
      *  @param number the result of `number`.
      *  @return null if memory runs out. */
     static std::unique_ptr<FenceFrame> make(const audioInfo& stream, uint64_t number);

@@ -22,11 +22,11 @@ class FilterPump {
     FilterPump(IAudioFilter& filter, bool active, const BypassControl& bypass, WorkingTime& working_time,
                std::chrono::milliseconds stall_limit, Player::Output output);
 
-    /** Push until the filter takes the frame.
+    /** Pushes until the filter takes the frame.
      *  @return kSuccess, AVERROR(ETIMEDOUT), or the filter's own error. */
     int push(std::unique_ptr<IQFFrame>& frame);
 
-    /** Push a fence of the format of `stream` and wait until it comes out.
+    /** Pushes a fence of the format of `stream` and waits until it comes out.
      *  @return as `push`, or AVERROR(ENOMEM). */
     int passFence(const IQFFrame::audioInfo& stream);
 

@@ -30,15 +30,15 @@ class WorkingTime {
     WorkingTime(IAudioFilter& filter, const BypassControl& bypass, bool active,
                 std::shared_ptr<const QfThreadClock> worker);
 
-    /** Set the video's frame rate, in frames per second. */
+    /** Sets the video's frame rate, in frames per second. */
     void setVideoFps(double fps) { mFps = fps; }
-    /** Set the playback speed; 1.0 = normal. */
+    /** Sets the playback speed; 1.0 = normal. */
     void setSpeed(double speed) { mSpeed = speed; }
 
-    /** Ignore the processor time that the worker has used so far, because no frame is inside the filter. */
+    /** Ignores the processor time that the worker has used so far, because no frame is inside the filter. */
     void forget();
 
-    /** Report the work on `frames` frames, which came out after a `push` that took `push_call` (0 for no
+    /** Reports the work on `frames` frames, which came out after a `push` that took `push_call` (0 for no
      *  push). */
     void framesCameOut(uint64_t frames, std::chrono::nanoseconds push_call);
 

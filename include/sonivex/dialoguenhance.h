@@ -17,7 +17,7 @@
 
 #include "sonivex/export.h"
 
-/** Create a dialogue enhancer.
+/** Creates a dialogue enhancer.
  *  @param channels   channel count of the stream; stored but not used, since the effect is for stereo only.
  *  @param sampleRate in Hz; any value is accepted. It selects the transform length N: 2048 points up to
  *                    50000 Hz, 4096 up to 100000 Hz and 8192 above that.
@@ -33,7 +33,7 @@
 SONIVEX_API void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
                                            double voiceLevel);
 
-/** Enhance one call's worth of PCM.
+/** Enhances one call's worth of PCM.
  *  @param handle     from aem_CreateDialoguEnhance.
  *  @param in         [frames][2] interleaved signed 16-bit; read only. Must not overlap `out`.
  *  @param out        [frames][2] interleaved signed 16-bit; the caller's memory, overwritten.
@@ -60,7 +60,7 @@ SONIVEX_API void* aem_CreateDialoguEnhance(int channels, int sampleRate, double 
 SONIVEX_API int aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames,
                                           int sampleRate);
 
-/** Release a dialogue enhancer. A null handle is logged and has no other effect.
+/** Releases a dialogue enhancer. A null handle is logged and has no other effect.
  *  [any] not real-time safe (frees memory) */
 SONIVEX_API void aem_ReleaseDialoguEnhance(void* handle);
 

@@ -7,7 +7,7 @@
 
 #include "sonivex/export.h"
 
-/** Join the prefix and the formatted message into one line of at most 2047 bytes and pass it to
+/** Joins the prefix and the formatted message into one line of at most 2047 bytes and passes it to
  *  `logWriterFun`.
  *  @param prefix  null-terminated, at most 2048 bytes. A longer prefix aborts the process with a message on
  *                 standard error. A prefix of 2047 bytes or more leaves no room for a message. Null drops the

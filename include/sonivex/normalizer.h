@@ -12,7 +12,7 @@
 
 #include "sonivex/export.h"
 
-/** Create a normalizer.
+/** Creates a normalizer.
  *  @param channels   channel count of the stream; stored but not used, since aem_ProcessNormalizer takes its
  *                    own.
  *  @param sampleRate in Hz; stored but not used, since nothing in the effect depends on it.
@@ -22,7 +22,7 @@
  *  [any] not real-time safe (allocates, prints) */
 SONIVEX_API void* aem_CreateNormalizer(int channels, int sampleRate);
 
-/** Normalize one call's worth of PCM.
+/** Normalizes one call's worth of PCM.
  *  @param handle   from aem_CreateNormalizer.
  *  @param in       [frames][channels] interleaved signed 16-bit; read only. Must not overlap `out`.
  *  @param out      [frames][channels] interleaved signed 16-bit; the caller's memory, overwritten.
@@ -44,7 +44,7 @@ SONIVEX_API void* aem_CreateNormalizer(int channels, int sampleRate);
  *  once per block of 512 frames. A block without memory is silent. */
 SONIVEX_API int aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels);
 
-/** Release a normalizer. A null handle is logged and has no other effect.
+/** Releases a normalizer. A null handle is logged and has no other effect.
  *  [any] not real-time safe (frees memory) */
 SONIVEX_API void aem_ReleaseNormalizer(void* handle);
 

@@ -12,7 +12,7 @@
 
 #include "sonivex/export.h"
 
-/** Create a surround effect.
+/** Creates a surround effect.
  *  @param channels   1 or 2, 6 (L R C LFE Ls Rs) or 8 (L R C LFE Lb Rb Ls Rs).
  *  @param sampleRate in Hz; stored but not used. The responses are made for 48000 Hz and are not resampled:
  *                    at 44100 Hz the room and the head are 9 % larger.
@@ -26,7 +26,7 @@
  *  [any] not real-time safe (allocates) */
 SONIVEX_API void* aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter);
 
-/** Render one call's worth of PCM.
+/** Renders one call's worth of PCM.
  *  @param handle from aem_CreateSurround.
  *  @param in     [frames][channels] interleaved signed 16-bit; read only. A handle created for 1 channel also
  *                reads two samples per frame, left and right. Must not overlap `out`.
@@ -52,7 +52,7 @@ SONIVEX_API void* aem_CreateSurround(int channels, int sampleRate, int type, int
  *  [any] real-time safe */
 SONIVEX_API int aem_ProcessSurround(void* handle, const short* in, short* out, int frames);
 
-/** Release a surround effect. A null handle is logged and has no other effect.
+/** Releases a surround effect. A null handle is logged and has no other effect.
  *  [any] not real-time safe (frees memory) */
 SONIVEX_API void aem_ReleaseSurround(void* handle);
 

@@ -4,7 +4,7 @@
 
 #include "sonivex/export.h"
 
-/** Name the vector instruction set that the effects use on this processor, and the doubles in one vector.
+/** Names the vector instruction set that the effects use on this processor, and the doubles in one vector.
  *  @return human-readable text such as "AVX2, 4 doubles": null-terminated ASCII, valid while the library is
  *          loaded, never null.
  *  The first call may detect the processor's instruction sets.

@@ -1,4 +1,5 @@
-# Runs NORMAL and VARIANT, which may be several words; fails unless they print the same.
+# Runs the commands NORMAL and VARIANT and fails unless they print the same digests. A command may have several
+# words.
 foreach(build IN ITEMS NORMAL VARIANT)
     separate_arguments(command UNIX_COMMAND "${${build}}")
     execute_process(COMMAND ${command} OUTPUT_VARIABLE digest_${build} RESULT_VARIABLE result)

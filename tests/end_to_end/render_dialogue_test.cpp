@@ -5,9 +5,9 @@
 
 #include <cmath>
 
-#include "end_to_end/dialogue_media.h"
-#include "end_to_end/media.h"
-#include "end_to_end/render_fixture.h"
+#include "end_to_end/media/dialogue_media.h"
+#include "end_to_end/media/media.h"
+#include "end_to_end/media/render_fixture.h"
 #include "support/lateness.h"
 
 namespace {

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "end_to_end/media.h"
-#include "end_to_end/render_fixture.h"
+#include "end_to_end/media/media.h"
+#include "end_to_end/media/render_fixture.h"
 
 namespace {
 

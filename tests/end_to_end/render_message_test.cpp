@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
-#include "end_to_end/media.h"
-#include "end_to_end/render_fixture.h"
+#include "end_to_end/media/media.h"
+#include "end_to_end/media/render_fixture.h"
 
 namespace {
 

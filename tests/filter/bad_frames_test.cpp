@@ -6,7 +6,7 @@ extern "C" {
 #include <libavutil/channel_layout.h>
 }
 
-#include "filter_under_test.h"
+#include "filter/faults/filter_under_test.h"
 #include "vorlin/av_compat.h"
 
 namespace test {

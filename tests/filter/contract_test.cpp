@@ -5,7 +5,7 @@
 #include <cstring>
 #include <type_traits>
 
-#include "filter_under_test.h"
+#include "filter/faults/filter_under_test.h"
 
 namespace test {
 namespace {

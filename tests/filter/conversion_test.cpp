@@ -7,9 +7,9 @@ extern "C" {
 #include <libavutil/dict.h>
 }
 
-#include "allocation_limit.h"
-#include "filter_under_test.h"
-#include "support/direct_normalizer.h"
+#include "filter/faults/allocation_limit.h"
+#include "filter/faults/filter_under_test.h"
+#include "support/effects/direct_normalizer.h"
 #include "vorlin/av_compat.h"
 
 namespace test {

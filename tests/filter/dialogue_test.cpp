@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "direct_effects.h"
-#include "engine_faults.h"
-#include "filter_under_test.h"
-#include "support/direct_normalizer.h"
+#include "filter/faults/engine_faults.h"
+#include "filter/faults/filter_under_test.h"
+#include "support/effects/direct_normalizer.h"
 #include "vorlin/av_compat.h"
 
 namespace test {

@@ -2,8 +2,8 @@
 // engine costs.
 #include <gtest/gtest.h>
 
-#include "engine_faults.h"
-#include "filter_under_test.h"
+#include "filter/faults/engine_faults.h"
+#include "filter/faults/filter_under_test.h"
 
 namespace test {
 namespace {

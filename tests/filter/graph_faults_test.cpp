@@ -5,11 +5,11 @@
 #include <cerrno>
 
 #include "direct_effects.h"
-#include "engine_faults.h"
-#include "filter_under_test.h"
+#include "filter/faults/engine_faults.h"
+#include "filter/faults/filter_under_test.h"
+#include "filter/faults/graph_faults.h"
 #include "frame_checks.h"
-#include "graph_faults.h"
-#include "support/direct_normalizer.h"
+#include "support/effects/direct_normalizer.h"
 #include "vorlin/av_compat.h"
 
 namespace test {

@@ -4,7 +4,7 @@
 #include <functional>
 #include <limits>
 
-#include "filter_under_test.h"
+#include "filter/faults/filter_under_test.h"
 
 namespace test {
 namespace {

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "direct_effects.h"
-#include "engine_faults.h"
-#include "filter_under_test.h"
+#include "filter/faults/engine_faults.h"
+#include "filter/faults/filter_under_test.h"
 #include "vorlin/av_compat.h"
 
 namespace test {

@@ -4,9 +4,9 @@
 #include <atomic>
 #include <thread>
 
-#include "filter_under_test.h"
-#include "support/direct_normalizer.h"
-#include "system_faults.h"
+#include "filter/faults/filter_under_test.h"
+#include "filter/faults/system_faults.h"
+#include "support/effects/direct_normalizer.h"
 
 namespace test {
 namespace {

@@ -1,8 +1,8 @@
 // Checks which frames the filter processes, which it passes on, and how a flush disposes of frames.
 #include <gtest/gtest.h>
 
-#include "filter_under_test.h"
-#include "support/direct_normalizer.h"
+#include "filter/faults/filter_under_test.h"
+#include "support/effects/direct_normalizer.h"
 
 namespace test {
 namespace {

@@ -5,11 +5,11 @@
 #include <functional>
 #include <limits>
 
-#include "au2_effect/normalizer_owner.h"
 #include "au2_limiter_owner.h"
-#include "dialoguenhance/dialogue_owner.h"
 #include "float_settings.h"
-#include "surround/surround_owner.h"
+#include "support/effects/dialogue_owner.h"
+#include "support/effects/normalizer_owner.h"
+#include "support/effects/surround_owner.h"
 
 namespace {
 

@@ -10,14 +10,9 @@
 #include <new>
 #include <string>
 
-#include "bench_command.h"
+#include "commands.h"
 #include "console.h"
-#include "ears_command.h"
 #include "failure.h"
-#include "inspect_command.h"
-#include "render_command.h"
-#include "responses_command.h"
-#include "speech_command.h"
 
 namespace {
 

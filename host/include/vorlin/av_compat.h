@@ -34,7 +34,7 @@ namespace Vorlin::av {
 inline int64_t frameDuration(const AVFrame* frame) {
     return frame->VORLIN_AV_DURATION;
 }
-/** Set the duration of `frame`, in the units of its pts. [any] real-time safe */
+/** Sets the duration of `frame`, in the units of its pts. [any] real-time safe */
 inline void setFrameDuration(AVFrame* frame, int64_t duration) {
     frame->VORLIN_AV_DURATION = duration;
 }
@@ -55,7 +55,7 @@ inline uint64_t defaultLayoutMask(int channels) {
     return mask;
 }
 
-/** Give a frame a copy of `layout`, also in the deprecated fields of older releases.
+/** Gives a frame a copy of `layout`, also in the deprecated fields of older releases.
  *  @return 0 or a negative AVERROR.
  *  [any] real-time safe for a layout in native order; allocates and frees memory for a custom one */
 inline int setFrameLayout(AVFrame* frame, const AVChannelLayout& layout) {
@@ -71,7 +71,7 @@ inline int setFrameLayout(AVFrame* frame, const AVChannelLayout& layout) {
     return 0;
 }
 
-/** Give a frame the default layout of a channel count.
+/** Gives a frame the default layout of a channel count.
  *  @return 0 or a negative AVERROR.
  *  [any] real-time safe unless the frame has a custom layout, which is freed */
 inline int setFrameDefaultLayout(AVFrame* frame, int channels) {

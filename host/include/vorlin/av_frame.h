@@ -8,10 +8,10 @@ namespace Vorlin {
 /** A frame that owns its samples as an AVFrame. */
 class VORLIN_API AVQFFrame : public IQFFrame {
   public:
-    /** Take ownership of `frame` and describe it. A null `frame` makes a frame without samples.
+    /** Takes ownership of `frame` and describes it. A null `frame` makes a frame without samples.
      *  [any] real-time safe */
     explicit AVQFFrame(AVFrame* frame);
-    /** Free the AVFrame. [any] not real-time safe: frees memory */
+    /** Frees the AVFrame. [any] not real-time safe: frees memory */
     ~AVQFFrame() override;
 
     /** @return the AVFrame, which this object still owns; null for a frame without samples.

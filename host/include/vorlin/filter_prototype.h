@@ -33,15 +33,15 @@ class VORLIN_API filterPrototype {
     filterPrototype() = default;
     filterPrototype(const filterPrototype&) = delete;
     filterPrototype& operator=(const filterPrototype&) = delete;
-    /** Leave the registry, if this object is in it. [any, concurrent] not real-time safe: takes a lock */
+    /** Leaves the registry, if this object is in it. [any, concurrent] not real-time safe: takes a lock */
     virtual ~filterPrototype();
 
-    /** Enter a prototype, which the caller still owns. A prototype that is not an IAudioFilter is logged and
+    /** Enters a prototype, which the caller still owns. A prototype that is not an IAudioFilter is logged and
      *  not entered.
      *  [any, concurrent] not real-time safe: takes a lock, allocates, logs */
     static void addPrototype(filterPrototype* prototype);
 
-    /** Clone the newest prototype that supports `name`. The parameters are those of IAudioFilter::clone.
+    /** Clones the newest prototype that supports `name`. The parameters are those of IAudioFilter::clone.
      *  @return null if no prototype supports `name`.
      *  [any, concurrent] not real-time safe: takes a lock, allocates */
     static std::unique_ptr<IAudioFilter> createFilter(const std::string& name, const IQFFrame::audioInfo& src,

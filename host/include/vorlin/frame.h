@@ -18,7 +18,7 @@ class VORLIN_API IQFFrame {
         uint64_t channel_layout = 0;  // native channel mask; 0 = unspecified or custom order
     };
 
-    /** Make a frame that describes no audio. [any] real-time safe */
+    /** Makes a frame that describes no audio. [any] real-time safe */
     IQFFrame() = default;
     IQFFrame(const IQFFrame&) = delete;
     IQFFrame& operator=(const IQFFrame&) = delete;

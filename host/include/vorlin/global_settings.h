@@ -18,7 +18,8 @@ class VORLIN_API globalSettings {
     /** @return the value of a property; empty if it was never set.
      *  [any, concurrent] not real-time safe: takes a lock, allocates */
     std::string getProperty(const std::string& name) const;
-    /** Set a property, or replace its value. [any, concurrent] not real-time safe: takes a lock, allocates */
+    /** Sets a property, or replaces its value. [any, concurrent] not real-time safe: takes a lock,
+     *  allocates */
     void setProperty(const std::string& name, const std::string& value);
 
   private:

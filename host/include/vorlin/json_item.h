@@ -17,11 +17,11 @@ class VORLIN_API VorlinJSONItem {
     /** The result of `getInt` for a number that is not an int: it has a fraction or is out of range. */
     static constexpr int kNoInt = std::numeric_limits<int>::min();
 
-    /** Parse `text`. [any] not real-time safe: allocates */
+    /** Parses `text`. [any] not real-time safe: allocates */
     explicit VorlinJSONItem(const std::string& text);
-    /** Take the value of another item, which is then not valid. [any] real-time safe */
+    /** Takes the value of another item, which is then not valid. [any] real-time safe */
     VorlinJSONItem(VorlinJSONItem&&) noexcept;
-    /** Replace the value by that of another item, which is then not valid.
+    /** Replaces the value by that of another item, which is then not valid.
      *  [any] not real-time safe: frees memory */
     VorlinJSONItem& operator=(VorlinJSONItem&&) noexcept;
     /** [any] not real-time safe: frees memory */

@@ -10,7 +10,7 @@ namespace Vorlin {
 
 /** Frees an AVFrame and drops its references to buffers. */
 struct AVFrameDeleter {
-    /** Free `frame`; null is allowed. [any] not real-time safe: frees memory */
+    /** Frees `frame`; null is allowed. [any] not real-time safe: frees memory */
     void operator()(AVFrame* frame) const { av_frame_free(&frame); }
 };
 

@@ -42,51 +42,51 @@ class VORLIN_API Player {
     /** Receives every frame that comes out, in order. It must not call the player that calls it. */
     using Output = std::function<void(std::unique_ptr<IQFFrame>)>;
 
-    /** Clone the filter that answers to `config.filter_name`, initialise it and set it valid.
+    /** Clones the filter that answers to `config.filter_name`, initialises it and sets it valid.
      *  @param plugin the library of the filter, held as long as the clone; null if it is linked in.
      *  @return null if no registered filter answers to the name, or if it fails to initialise.
      *  [player thread] not real-time safe: takes a lock, allocates, starts the worker of an active filter */
     static std::unique_ptr<Player> create(std::shared_ptr<Plugin> plugin, const PlayerConfig& config,
                                           Output output);
 
-    /** Destroy the filter with the frames inside, then let go of its library.
+    /** Destroys the filter with the frames inside, then lets go of its library.
      *  [player thread] not real-time safe: waits for the worker, frees memory */
     virtual ~Player();
 
-    /** Set the filter's options.
+    /** Sets the filter's options.
      *  @param json a JSON object, see docs/options.md.
      *  @return false if the filter did not understand the text.
      *  [player thread] not real-time safe: allocates, may log */
     virtual bool setOptions(const std::string& json) = 0;
-    /** Report the video's frame rate, in frames per second. A filter that was bypassed because the rate was
+    /** Reports the video's frame rate, in frames per second. A filter that was bypassed because the rate was
      *  too high is set valid to receive the number, and stays valid only if it announces its recovery.
      *  [player thread] not real-time safe: allocates, may log */
     virtual void setVideoFps(double fps) = 0;
-    /** Report the playback speed (1.0 = normal), with the same effect as a frame rate.
+    /** Reports the playback speed (1.0 = normal), with the same effect as a frame rate.
      *  [player thread] not real-time safe: allocates, may log */
     virtual void setSpeed(double speed) = 0;
 
-    /** Set the listener's own switch: true passes frames through untouched.
+    /** Sets the listener's own switch: true passes frames through untouched.
      *  [player thread] not real-time safe: may log */
     virtual void setBypass(bool bypass) = 0;
-    /** Process frames again after the filter was bypassed for taking too long. The player never does this by
-     *  itself.
+    /** Processes frames again after the filter was bypassed for taking too long. The player never does this
+     *  by itself.
      *  [player thread] not real-time safe: may log */
     virtual void retryAfterOverload() = 0;
     /** @return whether the filter is set invalid, for whatever reason. [player thread] real-time safe */
     virtual bool isBypassed() const = 0;
 
-    /** Hand in the next frame of the stream. Frames that are ready go to the output meanwhile.
+    /** Hands in the next frame of the stream. Frames that are ready go to the output meanwhile.
      *  @return kSuccess. Otherwise `frame` is lost: AVERROR(ETIMEDOUT) if the filter moved no frame within
      *  the stall limit, AVERROR(EINVAL) for a null frame, AVERROR(ENOMEM) if the stream changed and memory
      *  ran out, or the filter's own error.
      *  [player thread] not real-time safe: waits for room in the filter, runs the output */
     virtual int push(std::unique_ptr<IQFFrame> frame) = 0;
-    /** Wait until every frame pushed so far has come out or been given up.
+    /** Waits until every frame pushed so far has come out or been given up.
      *  @return kSuccess, AVERROR(ETIMEDOUT) or the filter's own error as from `push`, or AVERROR(ENOMEM).
      *  [player thread] not real-time safe: waits, allocates, runs the output */
     virtual int drain() = 0;
-    /** Throw away the frames inside the filter and its history.
+    /** Throws away the frames inside the filter and its history.
      *  [player thread] not real-time safe: waits for the worker, frees memory */
     virtual void seek() = 0;
 

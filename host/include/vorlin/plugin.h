@@ -11,7 +11,7 @@ namespace Vorlin {
  *  filters. */
 class VORLIN_API Plugin {
   public:
-    /** Load a library.
+    /** Loads a library.
      *  @param path as for dlopen: the system's library path is searched for a name without a slash.
      *  @return null, with one line in `error`, if that fails.
      *  [any, concurrent] not real-time safe: takes a lock, reads the disk, allocates */
@@ -19,7 +19,7 @@ class VORLIN_API Plugin {
 
     Plugin(const Plugin&) = delete;
     Plugin& operator=(const Plugin&) = delete;
-    /** Unload the library, unless someone else holds it. [any] not real-time safe: takes a lock */
+    /** Unloads the library, unless someone else holds it. [any] not real-time safe: takes a lock */
     ~Plugin();
 
     /** @return whether the library exports `name`. [any, concurrent] not real-time safe: takes the loader's

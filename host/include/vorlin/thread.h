@@ -26,25 +26,25 @@ class VORLIN_API QfThreadClock {
  *  `stop` and may destroy the object. */
 class VORLIN_API qfThread {
   public:
-    /** Make a thread that does not run before `start`.
+    /** Makes a thread that does not run before `start`.
      *  @param body runs again and again. Its result is ignored, and it must not throw.
      *  @param name shown by the system's tools, cut to 15 bytes.
      *  [any, concurrent] not real-time safe: allocates */
     qfThread(std::function<int()> body, const std::string& name);
     qfThread(const qfThread&) = delete;
     qfThread& operator=(const qfThread&) = delete;
-    /** Stop the thread, as `stop` does. [any] not real-time safe: waits for the body */
+    /** Stops the thread, as `stop` does. [any] not real-time safe: waits for the body */
     ~qfThread();
 
-    /** Run the body, for the first time or after a pause.
+    /** Runs the body, for the first time or after a pause.
      *  @throws std::system_error if the system gives no thread; a later call may succeed.
      *  [any] not real-time safe: takes a lock, may start a thread */
     void start();
-    /** Wait until the body does not run. It does not run again before `start`. A call from the body itself
+    /** Waits until the body does not run. It does not run again before `start`. A call from the body itself
      *  does not wait and takes effect when the body returns.
      *  [any] not real-time safe: takes a lock, waits for the body */
     void pause();
-    /** End the thread and wait for its end; `start` begins a new one. A call from the body itself does not
+    /** Ends the thread and waits for its end; `start` begins a new one. A call from the body itself does not
      *  wait and takes effect when the body returns.
      *  [any] not real-time safe: takes a lock, waits for the body */
     void stop();
@@ -64,5 +64,5 @@ class VORLIN_API qfThread {
 
 }  // namespace Vorlin
 
-/** Sleep for `milliseconds`; at 0 and below return at once. [any, concurrent] not real-time safe: waits */
+/** Sleeps for `milliseconds`; at 0 and below returns at once. [any, concurrent] not real-time safe: waits */
 extern "C" VORLIN_API void qf_msleep(int64_t milliseconds);

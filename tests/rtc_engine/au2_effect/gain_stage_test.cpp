@@ -6,7 +6,7 @@
 #include <cmath>
 #include <vector>
 
-#include "mixer_owner.h"
+#include "support/effects/mixer_owner.h"
 #include "support/signals.h"
 
 namespace {

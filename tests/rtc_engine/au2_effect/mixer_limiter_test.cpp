@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "reference/normalizer_model.h"
+#include "models/normalizer_model.h"
 #include "support/signals.h"
 
 namespace {

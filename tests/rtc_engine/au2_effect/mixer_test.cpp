@@ -7,8 +7,8 @@
 #include <cstring>
 #include <vector>
 
-#include "mixer_owner.h"
-#include "reference/normalizer_model.h"
+#include "models/normalizer_model.h"
+#include "support/effects/mixer_owner.h"
 #include "support/signals.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <climits>
 #include <memory>
 
-#include "normalizer_owner.h"
+#include "support/effects/normalizer_owner.h"
 #include "support/guarded_block.h"
 #include "support/log_capture.h"
 

@@ -8,8 +8,8 @@
 #include <string>
 #include <tuple>
 
-#include "normalizer_owner.h"
-#include "reference/normalizer_model.h"
+#include "models/normalizer_model.h"
+#include "support/effects/normalizer_owner.h"
 #include "support/recorded_speech.h"
 
 namespace {

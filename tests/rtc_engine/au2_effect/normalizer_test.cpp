@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "normalizer_owner.h"
+#include "support/effects/normalizer_owner.h"
 #include "support/recorded_speech.h"
 
 namespace {

@@ -11,7 +11,7 @@
 
 #include "au2_limiter.h"
 #include "odd_floats.h"
-#include "reference/scalar_peak_limiter.h"
+#include "scalar/scalar_peak_limiter.h"
 #include "support/each_vector_target.h"
 #include "support/signals.h"
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "dialogue_owner.h"
+#include "support/effects/dialogue_owner.h"
 #include "support/guarded_block.h"
 #include "support/signals.h"
 

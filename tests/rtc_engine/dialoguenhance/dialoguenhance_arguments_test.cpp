@@ -7,7 +7,7 @@
 #include <limits>
 #include <memory>
 
-#include "dialogue_owner.h"
+#include "support/effects/dialogue_owner.h"
 #include "support/guarded_block.h"
 #include "support/log_capture.h"
 

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "dialogue_calls.h"
-#include "reference/dialogue_parts.h"
+#include "models/dialogue_parts.h"
 #include "speech_ratio.h"
 #include "support/dialogue_scene.h"
 

@@ -8,7 +8,7 @@
 #include <tuple>
 
 #include "dialogue_calls.h"
-#include "reference/dialogue_model.h"
+#include "models/dialogue_model.h"
 #include "support/recorded_speech.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "dialogue_owner.h"
+#include "support/effects/dialogue_owner.h"
 
 namespace {
 

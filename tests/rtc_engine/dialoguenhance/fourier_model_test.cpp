@@ -5,7 +5,7 @@
 #include <complex>
 #include <numbers>
 
-#include "reference/fourier.h"
+#include "models/fourier.h"
 #include "support/signals.h"
 
 namespace {

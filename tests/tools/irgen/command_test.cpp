@@ -9,7 +9,7 @@
 #include <sstream>
 
 #include "replacement_file.h"
-#include "synthetic_head.h"
+#include "tools/irgen/heads/synthetic_head.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "au2_limiter_owner.h"
-#include "reference/normalizer_model.h"
+#include "models/normalizer_model.h"
 #include "support/signals.h"
 
 namespace {

@@ -1,10 +1,6 @@
 // Compiled and dispatched like the kernels, so it names the instruction set that they use.
-#undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "vector_target.cpp"
-#include "vector_targets.h"
-// vector_targets.h must precede every Highway header.
-#include <hwy/foreach_target.h>
-#include <hwy/highway.h>
+#include "compile_for_each_target.h"
 
 #include <cstddef>
 

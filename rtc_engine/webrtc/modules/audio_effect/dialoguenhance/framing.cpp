@@ -1,10 +1,5 @@
-// Compiled once per vector instruction set; the best set that the processor supports is chosen at run time.
-#undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "framing.cpp"
-#include "vector_targets.h"
-// vector_targets.h must precede every Highway header.
-#include <hwy/foreach_target.h>
-#include <hwy/highway.h>
+#include "compile_for_each_target.h"
 
 #include <cstddef>
 

@@ -56,7 +56,7 @@ std::size_t ConvolveReverb::bytesForLater(const Layout& layout) const {
                                             .rows = 1,
                                             .ears = sonivex::Ears::kChannels,
                                             .shares_response = g_dolbyL441 == g_dolbyR441};
-    const std::size_t partitions = fftconvolver::partitionsOf(sonivex::kAudio.samples, headBlockSize);
+    const std::size_t partitions = fftconvolver::partitionsOf(sonivex::kAudio.format.samples, headBlockSize);
     return owner_bytes_ + sonivex::ConvolutionBank::bytesOf(audio_shape, partitions, headBlockSize);
 }
 
@@ -72,7 +72,7 @@ void ConvolveReverb::prepare(const Layout& layout, int new_channels, int block_f
     stage.layout = &layout;
     stage.tables = tables;
     for (std::size_t i = 0; i < tables.size(); ++i) {
-        appendScaled(*tables[i], layout.samples, layout.divisor, stage.responses[i]);
+        appendScaled(*tables[i], layout.format.samples, layout.format.divisor, stage.responses[i]);
     }
 
     const std::array<Taps, kAgents> taps = tapsOfAgents(layout, stage.responses);

@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "response_formats.h"
 #include "source.h"
 
 namespace sonivex {
@@ -21,9 +22,8 @@ struct Layout {
     std::span<const Source> sources;
     /** Tables mode by mode; in a mode source by source, left ear before right, as the agents are numbered. */
     std::span<const ResponseTable* const> tables;
-    double divisor;       // value in the tables that stands for 1
-    std::size_t samples;  // samples of each table
-    int log_line = 0;     // line number in the pipeline's log lines, see effect_log.h
+    ResponseFormat format;  // of the tables
+    int log_line = 0;       // line number in the pipeline's log lines, see effect_log.h
     const char* log_null_handle = "[audio]::kv surround handle is NULL.\n";
     bool has_audio_stage = false;  // true: the ear signals pass through kAudio as well
 };

@@ -4,6 +4,7 @@
 
 #include "convolve_reverb.h"
 #include "layout.h"
+#include "response_formats.h"
 #include "table_list.h"
 
 namespace sonivex {
@@ -49,44 +50,38 @@ inline constexpr const ResponseTable* kAudioTables[] = {&ConvolveReverb::g_dolby
 inline constexpr Layout kBingo2{.width = 2,
                                 .sources = kBingo2Sources,
                                 .tables = kBingo2Tables,
-                                .divisor = 10000,
-                                .samples = 13000,
+                                .format = kBingo2Format,
                                 .log_line = 194,
                                 .log_null_handle = "[KelvoSurround]::kv surround handle is NULL.\n"};
 inline constexpr Layout kBingo51{.width = 6,
                                  .sources = kBingo51Sources,
                                  .tables = kBingo51Tables,
-                                 .divisor = 20000,
-                                 .samples = 8544,
+                                 .format = kBingo51Format,
                                  .log_line = 276};
 inline constexpr Layout kBingo71{.width = 8,
                                  .sources = kBingo71Sources,
                                  .tables = kBingo71Tables,
-                                 .divisor = 20000,
-                                 .samples = 8640,
+                                 .format = kBingo71Format,
                                  .log_line = 360};
 inline constexpr Layout kSurround2{.width = 2,
                                    .sources = kSurround2Sources,
                                    .tables = kSurround2Tables,
-                                   .divisor = 20000,
-                                   .samples = 7000,
+                                   .format = kSurroundFormat,
                                    .log_line = 444,
                                    .has_audio_stage = true};
 inline constexpr Layout kSurround51{.width = 6,
                                     .sources = kSurround51Sources,
                                     .tables = kSurround51Tables,
-                                    .divisor = 20000,
-                                    .samples = 7000,
+                                    .format = kSurroundFormat,
                                     .log_line = 527,
                                     .has_audio_stage = true};
 inline constexpr Layout kSurround71{.width = 8,
                                     .sources = kSurround71Sources,
                                     .tables = kSurround71Tables,
-                                    .divisor = 20000,
-                                    .samples = 7000,
+                                    .format = kSurroundFormat,
                                     .log_line = 612,
                                     .has_audio_stage = true};
 inline constexpr Layout kAudio{
-    .width = 2, .sources = kAudioSources, .tables = kAudioTables, .divisor = 24000, .samples = 6000};
+    .width = 2, .sources = kAudioSources, .tables = kAudioTables, .format = kAudioFormat};
 
 }  // namespace sonivex

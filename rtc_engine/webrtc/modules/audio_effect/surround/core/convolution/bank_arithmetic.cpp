@@ -1,11 +1,7 @@
-// Compiled once for every vector instruction set; the processor's best set is chosen at run time.
-#undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "bank_arithmetic.cpp"
-#include "vector_targets.h"
-// vector_targets.h must precede every Highway header.
+#include "compile_for_each_target.h"
+
 #include <hwy/cache_control.h>
-#include <hwy/foreach_target.h>
-#include <hwy/highway.h>
 
 #include "bank_arithmetic.h"
 #include "float_rules.h"

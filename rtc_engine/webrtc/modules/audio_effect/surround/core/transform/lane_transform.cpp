@@ -1,10 +1,5 @@
-// Compiled once for every vector instruction set; the processor's best set is chosen at run time.
-#undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "lane_transform.cpp"
-#include "vector_targets.h"
-// vector_targets.h must precede every Highway header.
-#include <hwy/foreach_target.h>
-#include <hwy/highway.h>
+#include "compile_for_each_target.h"
 
 #include "lane_forward-inl.h"
 #include "lane_inverse-inl.h"

@@ -1,0 +1,128 @@
+#include "head_model.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "interaural_delay.h"
+#include "tools/irgen/heads/synthetic_head.h"
+
+namespace {
+
+using namespace sonivex_irgen;
+
+using Arrivals = std::array<std::int64_t, kEars>;
+
+std::size_t binAt(double frequency_hz) {
+    return static_cast<std::size_t>(std::lround(frequency_hz * kHeadPoints / kRate_hz));
+}
+
+TEST(IrgenInterauralDelay, FollowsWoodworthsSphere) {
+    // A radius of 8.75 cm at 30 degrees gives 0.0875 / 343 * (pi / 6 + 1 / 2).
+    EXPECT_NEAR(woodworthDelay_s(0.0875, horizontalDirection(30.0)), 261.13e-6, 0.01e-6);
+    EXPECT_NEAR(woodworthDelay_s(0.0875, horizontalDirection(-150.0)), -261.13e-6, 0.01e-6);
+    EXPECT_EQ(woodworthDelay_s(0.0875, {0.0, 0.0, 1.0}), 0.0);
+}
+
+TEST(IrgenInterauralDelay, OnsetIsFoundAtATenthOfThePeak) {
+    std::vector<double> response(128, 0.0);
+    response[20] = 0.05;
+    response[50] = -1.0;
+    // The interpolated peak at sample 50 starts before it. The sample at 20 is below a tenth of the peak.
+    EXPECT_GT(onset_samples(response), 45.0);
+    EXPECT_LT(onset_samples(response), 50.0);
+    std::vector<double> later(128, 0.0);
+    later[25] = 0.05;
+    later[55] = -1.0;
+    EXPECT_EQ(onset_samples(later) - onset_samples(response), 5.0);
+}
+
+// A head with the delays of an exact sphere, given as Data.Delay gives them.
+HeadMeasurements sphere(double radius_m) {
+    HeadMeasurements head = irgen_test::syntheticHead();
+    for (HeadMeasurement& measured : head.directions) {
+        const double angle = std::asin(measured.direction.y);
+        const double delay_s = radius_m / 343.0 * (angle + std::sin(angle));
+        for (std::vector<double>& response : measured.ears) {
+            response.assign(128, 0.0);
+            response[30] = 1.0;
+        }
+        measured.delays_samples = {0.0, delay_s * head.rate_hz};
+    }
+    return head;
+}
+
+TEST(IrgenInterauralDelay, FitFindsTheRadiusOfASphereWithinLimits) {
+    EXPECT_NEAR(fitHeadRadius_m(sphere(0.0912)), 0.0912, 1e-6);
+    EXPECT_EQ(fitHeadRadius_m(sphere(0.05)), 0.07);
+    EXPECT_EQ(fitHeadRadius_m(sphere(0.2)), 0.11);
+}
+
+TEST(IrgenInterauralDelay, PackagedHeadHasARadiusOf84Millimetres) {
+    SONIVEX_NEED_PACKAGED_HEAD();
+    EXPECT_NEAR(fitHeadRadius_m(*irgen_test::packagedHead()), 0.08426, 0.000005);
+}
+
+class IrgenPackagedHeadModel : public testing::Test {
+  protected:
+    void SetUp() override { SONIVEX_NEED_PACKAGED_HEAD(); }
+
+    static const HeadModel& head() {
+        static const HeadModel model(directionalTransfers(*irgen_test::packagedHead()), 0.08426);
+        return model;
+    }
+};
+
+TEST_F(IrgenPackagedHeadModel, HasTheLevelsOfAnIndependentPrototype) {
+    const auto at = [](double azimuth_deg, double frequency_hz) {
+        const EarSpectra heard_db = head().transfer_db(horizontalDirection(azimuth_deg));
+        return std::array<double, 2>{heard_db[0][binAt(frequency_hz)], heard_db[1][binAt(frequency_hz)]};
+    };
+    // The levels come from an independent prototype. It may round the limits of its averages to other bins.
+    constexpr double kTolerance_db = 0.05;
+    EXPECT_NEAR(at(30.0, 1000.0)[0], 1.56, kTolerance_db);
+    EXPECT_NEAR(at(30.0, 1000.0)[1], -6.93, kTolerance_db);
+    EXPECT_NEAR(at(30.0, 4000.0)[0], 6.14, kTolerance_db);
+    EXPECT_NEAR(at(30.0, 4000.0)[1], -5.26, kTolerance_db);
+    EXPECT_NEAR(at(110.0, 2000.0)[0], 1.39, kTolerance_db);
+    EXPECT_NEAR(at(110.0, 2000.0)[1], -12.77, kTolerance_db);
+    EXPECT_NEAR(at(0.0, 8000.0)[0], -14.95, kTolerance_db);
+}
+
+TEST_F(IrgenPackagedHeadModel, DelaysTheEarsByWholeSamples) {
+    const auto at = [](double azimuth_deg) {
+        return head().arrivals(horizontalDirection(azimuth_deg), 40.0);
+    };
+    EXPECT_EQ(at(30.0), (Arrivals{34, 46}));
+    EXPECT_EQ(at(110.0), (Arrivals{28, 53}));
+    EXPECT_EQ(at(90.0), (Arrivals{25, 55}));
+    EXPECT_EQ(at(140.0), (Arrivals{32, 48}));
+    EXPECT_EQ(at(0.0), (Arrivals{40, 40}));
+    EXPECT_EQ(at(-110.0), (Arrivals{53, 28}));
+}
+
+TEST(IrgenHeadModel, AveragesTheFourNearestDirections) {
+    std::vector<DirectionalTransfer> transfers;
+    for (const double azimuth_deg : {-2.0, -1.0, 1.0, 2.0, 90.0}) {
+        DirectionalTransfer& transfer = transfers.emplace_back();
+        transfer.direction = horizontalDirection(azimuth_deg);
+        for (std::vector<double>& level_db : transfer.transfer_db)
+            level_db.assign(kHeadBins, azimuth_deg * azimuth_deg);
+    }
+    const HeadModel head(transfers, 0.0875);
+    // The weights are 1 / (chord + half a degree)^2. Chords of 1 and 2 degrees give 1 / 1.5^2 and 1 / 2.5^2.
+    const double near = 1.0 / (1.5 * 1.5);
+    const double far = 1.0 / (2.5 * 2.5);
+    const double expected_db = (near * 1.0 + far * 4.0) / (near + far);
+    EXPECT_NEAR(head.transfer_db(horizontalDirection(0.0))[0][100], expected_db, 1e-3);
+}
+
+TEST(IrgenHeadModel, DropsSamplesOutsideTheSignal) {
+    std::vector<double> signal(4, 0.0);
+    addResponse({1.0, 2.0, 3.0}, 2.0, -1, signal);
+    EXPECT_EQ(signal, (std::vector<double>{4.0, 6.0, 0.0, 0.0}));
+    addResponse({1.0, 2.0, 3.0}, 1.0, 3, signal);
+    EXPECT_EQ(signal, (std::vector<double>{4.0, 6.0, 0.0, 1.0}));
+}
+
+}  // namespace

@@ -1,0 +1,75 @@
+#include "commands.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "failure.h"
+#include "responses_plot.h"
+#include "responses_report.h"
+#include "result_stream.h"
+
+namespace sonivex_tool {
+namespace {
+
+struct ResponsesChoices {
+    std::string set;
+    std::optional<int> source;
+    std::string plot;
+    bool json = false;
+};
+
+std::vector<std::string> setNames() {
+    std::vector<std::string> names;
+    for (const ResponseSet& set : allResponseSets()) names.push_back(set.name);
+    return names;
+}
+
+ResponseChoice chosenBy(const ResponsesChoices& choices) {
+    ResponseChoice choice;
+    choice.source = choices.source;
+    for (const ResponseSet& set : allResponseSets()) {
+        if (choices.set.empty() || set.name == choices.set) choice.sets.push_back(&set);
+    }
+    if (choices.source && choices.set.empty()) throw Failure(ExitCode::Usage, "--source needs --set");
+    const auto sources = static_cast<int>(choice.sets.front()->sources.size());
+    if (choices.source && *choices.source > sources) {
+        throw Failure(ExitCode::Usage, "--source " + std::to_string(*choices.source) + ": " + choices.set +
+                                           " has sources 1 to " + std::to_string(sources));
+    }
+    return choice;
+}
+
+void run(const ResponsesChoices& choices) {
+    const ResponseChoice choice = chosenBy(choices);
+    if (!choices.plot.empty()) {
+        if (!choices.source) throw Failure(ExitCode::Usage, "--plot needs --set and --source");
+        plotResponses(*choice.sets.front(), *choices.source, choices.plot);
+    }
+    ResultStream result(ResultStream::Prints::ToStandardError);
+    result.write(choices.json ? responsesJson(choice) : responsesText(choice));
+}
+
+}  // namespace
+
+std::function<void()> addResponsesCommand(CLI::App& program) {
+    auto choices = std::make_shared<ResponsesChoices>();
+    CLI::App* command =
+        program.add_subcommand("responses", "List and plot the impulse responses of the surround effect");
+    command->add_option("--set", choices->set, "Show only this set; the list shows the names")
+        ->option_text("NAME")
+        ->check(CLI::IsMember(setNames()));
+    command->add_option("--source", choices->source, "Show only this loudspeaker of the set, counted from 1")
+        ->option_text("N")
+        ->check(CLI::Range(1, 8));
+    command
+        ->add_option("--plot", choices->plot,
+                     "Plot the pair of --set and --source to a PNG file; an\n"
+                     "existing file is replaced")
+        ->option_text("FILE");
+    command->add_flag("--json", choices->json, "Print the list as one JSON array");
+    return [choices] { run(*choices); };
+}
+
+}  // namespace sonivex_tool

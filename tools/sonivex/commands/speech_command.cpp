@@ -1,0 +1,130 @@
+#include "commands.h"
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "audio_source.h"
+#include "failure.h"
+#include "format_converter.h"
+#include "interrupt.h"
+#include "result_stream.h"
+#include "speech_ratio.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr char kSpeechFooter[] =
+    "All three files are stereo, have the same sample rate and begin at the same instant. A least-squares\n"
+    "fit finds how much of SPEECH and of BACKGROUND is in OUT, in third-octave bands from 200 to 4000 Hz\n"
+    "and segments of 100 ms.\n"
+    "The exit codes are those of `sonivex render`.\n";
+constexpr int kLowestSpeechRate_hz = 500;
+
+struct SpeechChoices {
+    std::string speech;
+    std::string background;
+    std::string output;
+    bool json = false;
+};
+
+struct Stereo {
+    int rate_hz = 0;
+    std::vector<float> samples;  // interleaved
+};
+
+Stereo readStereo(const std::string& path) {
+    AudioSource source(path, 0);
+    AudioSpec spec = source.info().spec;
+    if (spec.channels() != 2) {
+        throw Failure(ExitCode::UnsupportedAudio,
+                      "cannot measure \"" + path +
+                          "\": it is not stereo (channels: " + std::to_string(spec.channels()) + ")");
+    }
+    spec.format = AV_SAMPLE_FMT_FLT;
+    FormatConverter converter(spec);
+    Stereo stereo;
+    stereo.rate_hz = spec.rate_hz;
+    const auto append = [&](const FramePtr& frame) {
+        if (frame == nullptr) return;
+        const auto* samples = reinterpret_cast<const float*>(frame->extended_data[0]);
+        stereo.samples.insert(stereo.samples.end(), samples, samples + ptrdiff_t{2} * frame->nb_samples);
+    };
+    while (FramePtr frame = source.read()) {
+        throwIfInterrupted();
+        append(converter.convert(std::move(frame)));
+    }
+    append(converter.flush());
+    const auto is_finite = [](float sample) { return std::isfinite(sample); };
+    if (!std::all_of(stereo.samples.begin(), stereo.samples.end(), is_finite))
+        throw Failure(ExitCode::NoAudio,
+                      "cannot measure \"" + path + "\": it contains NaN or infinite samples");
+    return stereo;
+}
+
+std::string textOf(const SpeechRatio& ratio) {
+    std::array<char, 160> text{};
+    (void)std::snprintf(text.data(), text.size(),
+                        "Speech-to-background ratio  %.1f dB -> %.1f dB  (%+.1f dB)\n", ratio.before_db,
+                        ratio.after_db, ratio.rise_db());
+    return text.data();
+}
+
+std::string jsonOf(const SpeechRatio& ratio) {
+    const nlohmann::ordered_json object = {{"segments", ratio.segments},
+                                           {"before_db", ratio.before_db},
+                                           {"after_db", ratio.after_db},
+                                           {"rise_db", ratio.rise_db()},
+                                           {"unexplained", ratio.unexplained}};
+    return object.dump() + "\n";
+}
+
+void run(const SpeechChoices& choices) {
+    installSignalHandlers();
+    av_log_set_level(AV_LOG_QUIET);
+    ResultStream result(ResultStream::Prints::ToStandardError);
+    const Stereo speech = readStereo(choices.speech);
+    const Stereo background = readStereo(choices.background);
+    const Stereo output = readStereo(choices.output);
+    if (speech.rate_hz != background.rate_hz || speech.rate_hz != output.rate_hz)
+        throw Failure(ExitCode::UnsupportedAudio, "cannot measure \"" + choices.output +
+                                                      "\": the three files have different sample rates");
+    if (output.rate_hz < kLowestSpeechRate_hz)
+        throw Failure(ExitCode::UnsupportedAudio,
+                      "cannot measure \"" + choices.output + "\": its sample rate is below 500 Hz");
+    const SpeechRatio ratio =
+        compareSpeech(speech.samples, background.samples, output.samples, output.rate_hz);
+    if (ratio.segments == 0)
+        throw Failure(ExitCode::NoAudio,
+                      "cannot measure \"" + choices.output + "\": there is no speech, or no background");
+    result.write(choices.json ? jsonOf(ratio) : textOf(ratio));
+}
+
+}  // namespace
+
+std::function<void()> addSpeechCommand(CLI::App& program) {
+    auto choices = std::make_shared<SpeechChoices>();
+    CLI::App* command =
+        program.add_subcommand("speech", "Measure how far an effect raises speech above its background");
+    command->footer(kSpeechFooter);
+    command->add_option("SPEECH", choices->speech, "The speech alone")->option_text(" ")->required();
+    command->add_option("BACKGROUND", choices->background, "The background alone")
+        ->option_text(" ")
+        ->required();
+    command->add_option("OUT", choices->output, "The effect's output for SPEECH + BACKGROUND")
+        ->option_text(" ")
+        ->required();
+    command->add_flag("--json", choices->json, "Print the results as one JSON object");
+    return [choices] { run(*choices); };
+}
+
+}  // namespace sonivex_tool
