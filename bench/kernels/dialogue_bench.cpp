@@ -83,7 +83,7 @@ BENCHMARK(Dialogue)
 void FourTransforms(benchmark::State& state) {
     const int points = static_cast<int>(state.range(0));
     const int bins = points / 2 + 1;
-    const test::Pcm noise = test::noise(3, points, 20000);
+    const std::vector<float> noise = test::noiseFloats(3, static_cast<std::size_t>(points), 0.6F);
     sonivex::AvArray<float> frames[2];
     sonivex::AvArray<sonivex::Bin> spectra[2];
     sonivex::ForwardTransform forward[2];
@@ -93,9 +93,7 @@ void FourTransforms(benchmark::State& state) {
         sonivex::allocate(spectra[channel], bins);
         forward[channel].init(points);
         inverse[channel].init(points);
-        for (std::size_t i = 0; i < noise.size(); ++i) {
-            frames[channel][i] = static_cast<float>(noise[i]) / 32768.0F;
-        }
+        std::copy(noise.begin(), noise.end(), frames[channel].get());
     }
     measure(state, [&](int) {
         for (int channel = 0; channel < 2; ++channel) {
@@ -111,8 +109,7 @@ BENCHMARK(FourTransforms)->ArgName("points")->Arg(2048)->Arg(4096)->Arg(8192)->M
 // The output limiter on the samples of a hop, below its ceiling.
 void Limiter(benchmark::State& state) {
     const int samples = 2 * static_cast<int>(state.range(0));
-    std::vector<float> in;
-    for (const std::int16_t sample : test::noise(4, samples, 8000)) in.push_back(static_cast<float>(sample));
+    const std::vector<float> in = test::noiseFloats(4, static_cast<std::size_t>(samples), 8000.0F);
     std::vector<float> out(in.size());
     const auto limiter = sonivex::makeAu2Limiter();
     measure(state, [&](int) {

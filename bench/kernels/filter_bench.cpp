@@ -23,7 +23,7 @@ void filterFrame(benchmark::State& state, AVSampleFormat format, int channels, c
     for (uint32_t seed = 0; seed < kVariety; ++seed) {
         const test::FrameSpec spec{
             .format = format, .channels = channels, .rate_hz = kRate_hz, .frames = kFrames};
-        material.push_back(test::makeFrame(spec, test::noise(seed, 3000)));
+        material.push_back(test::makeFrame(spec, test::noiseSource(seed, 3000)));
     }
     std::size_t next = 0;
     for (auto _ : state) {

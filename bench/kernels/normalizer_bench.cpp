@@ -94,10 +94,7 @@ void OutputLimiter(benchmark::State& state) {
     constexpr int kFrames = 240;
     constexpr int kSamples = 2 * kFrames;
     const auto scale = static_cast<float>(state.range(0));
-    std::vector<float> in;
-    for (const std::int16_t sample : test::noise(2, kSamples * kCalls, 30000)) {
-        in.push_back(static_cast<float>(sample) * scale);
-    }
+    const std::vector<float> in = test::noiseFloats(2, kSamples * kCalls, 30000.0F * scale);
     std::vector<float> out(kSamples);
     const auto limiter = sonivex::makeAu2Limiter();
     measure(state, kFrames, [&](int i) {

@@ -102,19 +102,11 @@ BENCHMARK(SurroundSetUp)
     ->ArgsProduct({{2, 6, 8}, {1, 13}})
     ->Unit(benchmark::kMillisecond);
 
-std::vector<float> floats(std::uint64_t seed, std::size_t count) {
-    std::vector<float> numbers;
-    for (const std::int16_t sample : test::noise(seed, static_cast<int>(count), 32767)) {
-        numbers.push_back(static_cast<float>(sample) / 32768.0F);
-    }
-    return numbers;
-}
-
 void ForwardTransform(benchmark::State& state) {
     const auto length = static_cast<std::size_t>(state.range(0));
     audiofft::AudioFFT fft;
     fft.init(length);
-    const std::vector<float> x = floats(1, length);
+    const std::vector<float> x = test::noiseFloats(1, length);
     std::vector<float> re(length / 2 + 1);
     std::vector<float> im(length / 2 + 1);
     for (auto _ : state) {
@@ -128,8 +120,8 @@ void InverseTransform(benchmark::State& state) {
     const auto length = static_cast<std::size_t>(state.range(0));
     audiofft::AudioFFT fft;
     fft.init(length);
-    const std::vector<float> re = floats(2, length / 2 + 1);
-    const std::vector<float> im = floats(3, length / 2 + 1);
+    const std::vector<float> re = test::noiseFloats(2, length / 2 + 1);
+    const std::vector<float> im = test::noiseFloats(3, length / 2 + 1);
     std::vector<float> y(length);
     for (auto _ : state) {
         fft.ifft(y.data(), re.data(), im.data());
@@ -146,7 +138,7 @@ void SpectrumArithmetic(benchmark::State& state) {
     std::vector<std::unique_ptr<fftconvolver::SplitComplex>> spectra;
     for (std::size_t i = 0; i < 2 * count; ++i) {
         spectra.push_back(std::make_unique<fftconvolver::SplitComplex>(kBins));
-        const std::vector<float> numbers = floats(i, kBins);
+        const std::vector<float> numbers = test::noiseFloats(i, kBins);
         std::copy(numbers.begin(), numbers.end(), spectra.back()->re());
         std::copy(numbers.rbegin(), numbers.rend(), spectra.back()->im());
     }
@@ -186,8 +178,8 @@ void LaneTransform(benchmark::State& state, std::int64_t target, bool is_forward
     constexpr std::size_t kBlock = 256;
     const std::size_t lanes = is_forward ? 4 : 8;
     const sonivex::TransformTables tables(2 * kBlock);
-    const std::vector<float> frames = floats(4, kBlock * lanes);
-    std::vector<float> spectra = floats(5, 2 * kBlock * lanes);
+    const std::vector<float> frames = test::noiseFloats(4, kBlock * lanes);
+    std::vector<float> spectra = test::noiseFloats(5, 2 * kBlock * lanes);
     std::vector<float> out(2 * kBlock * lanes);
     fftconvolver::Buffer<double> work;
     work.resizeOrThrow(2 * kBlock * lanes);

@@ -188,9 +188,7 @@ void digestTransforms() {
         Digest digest;
         audiofft::AudioFFT fft;
         fft.init(length);
-        std::vector<float> x(length);
-        const test::Pcm pcm = test::noise(length, static_cast<int>(length), 32767);
-        for (std::size_t i = 0; i < length; ++i) x[i] = static_cast<float>(pcm[i]) / 32768.0F;
+        std::vector<float> x = test::noiseFloats(length, length);
         std::vector<float> re(length / 2 + 1);
         std::vector<float> im(length / 2 + 1);
         fft.fft(x.data(), re.data(), im.data());

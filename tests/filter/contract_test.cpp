@@ -19,7 +19,7 @@ using Vorlin::sonivexFilter;
 constexpr int kTryAgain = -35;
 
 std::unique_ptr<IQFFrame> anyFrame() {
-    return makeFrame({}, noise(1));
+    return makeFrame({}, noiseSource(1));
 }
 
 TEST(FilterContract, DerivesFromIAudioFilterFirstAndFilterPrototypeSecond) {
@@ -127,7 +127,7 @@ TEST(FilterContract, IsFoundByNameAndClonesAWorkingFilter) {
 }
 
 TEST(FilterContract, KeepsItsOneWorkerOnASecondInit) {
-    FilterUnderTest filter(Mode::Active);
+    FilterUnderTest filter(Mode::kActive);
     const auto* worker = filter.field(Peer::kThread).get();
     EXPECT_TRUE(filter->init(0));
     EXPECT_EQ(filter.field(Peer::kThread).get(), worker);
@@ -218,7 +218,7 @@ TEST(FilterQueues, HoldTenElementsAndRefuseMore) {
 }
 
 TEST(FilterQueues, DeliverEveryFrameInOrder) {
-    for (const Mode mode : {Mode::Inactive, Mode::Active}) {
+    for (const Mode mode : {Mode::kInactive, Mode::kActive}) {
         FilterUnderTest filter(mode);
         std::vector<const IQFFrame*> pushed;
         std::vector<std::unique_ptr<IQFFrame>> pulled;
@@ -232,7 +232,7 @@ TEST(FilterQueues, DeliverEveryFrameInOrder) {
         while (pulled.size() < pushed.size()) {
             auto frame = filter.pullPatiently();
             if (!frame) {
-                ASSERT_EQ(static_cast<int>(mode), static_cast<int>(Mode::Inactive));
+                ASSERT_EQ(static_cast<int>(mode), static_cast<int>(Mode::kInactive));
                 ((*filter).*Peer::kFilterLoop)();
                 continue;
             }

@@ -4,6 +4,7 @@
 
 #include "filter/faults/engine_faults.h"
 #include "filter/faults/filter_under_test.h"
+#include "support/host_log_capture.h"
 
 namespace test {
 namespace {
@@ -16,7 +17,7 @@ class FilterDispatch : public ::testing::Test {
         filter_.setInvalid(false);
     }
     int passThroughLoop(const FrameSpec& spec) {
-        std::unique_ptr<Vorlin::IQFFrame> frame = makeFrame(spec, noise(1));
+        std::unique_ptr<Vorlin::IQFFrame> frame = makeFrame(spec, noiseSource(1));
         EXPECT_EQ(filter_.push(frame, 0), 0);
         return (filter_.*Peer::kFilterLoop)();
     }
@@ -26,7 +27,7 @@ class FilterDispatch : public ::testing::Test {
     }
 
     Vorlin::sonivexFilter filter_{{}, {}, true};  // not initialised: the test runs the worker's loop
-    LogCapture log_;
+    HostLogCapture log_;
 };
 
 TEST_F(FilterDispatch, CreatesOneHandlePerStreamAndReleasesItOnFlush) {

@@ -4,12 +4,15 @@
 
 #include <cerrno>
 
-#include "direct_effects.h"
 #include "filter/faults/engine_faults.h"
 #include "filter/faults/filter_under_test.h"
 #include "filter/faults/graph_faults.h"
 #include "frame_checks.h"
-#include "support/effects/direct_normalizer.h"
+#include "support/effects/dialogue_effect.h"
+#include "support/effects/normalizer_effect.h"
+#include "support/effects/surround_effect.h"
+#include "support/frame_matchers.h"
+#include "support/host_log_capture.h"
 #include "vorlin/av_compat.h"
 
 namespace test {
@@ -26,20 +29,20 @@ void expectFrame(const std::unique_ptr<IQFFrame>& out, AVSampleFormat format,
     EXPECT_EQ(out->getInfo().format, format);
     ASSERT_TRUE(frameMatchesDescription(out->getInfo(), avFrameOf(out)))
         << "every plane must lie inside a buffer";
-    EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
+    EXPECT_TRUE(holdsSamples(avFrameOf(out), expected));
 }
 
 TEST(FilterOutputGraphFaults, DeliverSixteenBitOnceIfAGraphIgnoresThePlayersFormat) {
     for (const AVSampleFormat format : kNotSixteenBit) {
         SCOPED_TRACE(av_get_sample_fmt_name(format));
-        LogCapture log;
+        HostLogCapture log;
         FilterUnderTest filter;
         filter.startNormalizer();
-        DirectNormalizer engine(2);
+        NormalizerEffect engine(2);
         WithGraphFaults faults;
         faults->output_formats_to_lose = 1;
         for (const AVSampleFormat delivered : {AV_SAMPLE_FMT_S16, format, format}) {
-            auto frame = makeFrame({.format = format}, noise(4, 3000));
+            auto frame = makeFrame({.format = format}, noiseSource(4, 3000));
             const auto expected = engine.process(samplesOf(*frame));
             expectFrame(filter.pass(std::move(frame)), delivered, expected);
         }
@@ -50,15 +53,15 @@ TEST(FilterOutputGraphFaults, DeliverSixteenBitOnceIfAGraphIgnoresThePlayersForm
 TEST(FilterInputGraphFaults, CostOneFrameIfAGraphIgnoresSixteenBit) {
     for (const AVSampleFormat format : kNotSixteenBit) {
         SCOPED_TRACE(av_get_sample_fmt_name(format));
-        LogCapture log;
+        HostLogCapture log;
         FilterUnderTest filter;
         filter.startNormalizer();
-        DirectNormalizer engine(2);
+        NormalizerEffect engine(2);
         WithGraphFaults faults;
         faults->input_formats_to_lose = 1;
-        EXPECT_EQ(filter.pass(makeFrame({.format = format}, noise(3, 3000))), nullptr);
+        EXPECT_EQ(filter.pass(makeFrame({.format = format}, noiseSource(3, 3000))), nullptr);
         for (uint32_t seed = 4; seed < 7; ++seed) {
-            auto frame = makeFrame({.format = format}, noise(seed, 3000));
+            auto frame = makeFrame({.format = format}, noiseSource(seed, 3000));
             const auto expected = engine.process(samplesOf(*frame));
             expectFrame(filter.pass(std::move(frame)), format, expected);
         }
@@ -73,8 +76,8 @@ TEST(FilterInputGraphFaults, CostOneFrameIfAGraphIgnoresTheDefaultLayout) {
     filter.startNormalizer();
     WithGraphFaults faults;
     faults->input_formats_to_lose = 1;
-    EXPECT_EQ(filter.pass(makeFrame(wide, noise(1))), nullptr);
-    const auto out = filter.pass(makeFrame(wide, noise(1)));
+    EXPECT_EQ(filter.pass(makeFrame(wide, noiseSource(1))), nullptr);
+    const auto out = filter.pass(makeFrame(wide, noiseSource(1)));
     ASSERT_NE(out, nullptr);
     EXPECT_EQ(Vorlin::av::layoutMask(avFrameOf(out)->ch_layout), Vorlin::av::defaultLayoutMask(8));
 }
@@ -91,17 +94,17 @@ TEST(FilterInputGraphFaults, NeverLeakSamplesOfALostFrameIntoALaterOne) {
     for (const auto& read : reads) {
         for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP}) {
             SCOPED_TRACE(std::string(read.log_line) + ", " + av_get_sample_fmt_name(format));
-            LogCapture log;
+            HostLogCapture log;
             FilterUnderTest filter;
             filter.startNormalizer();
-            DirectNormalizer engine(2);
+            NormalizerEffect engine(2);
             WithGraphFaults faults;
             faults->read_error = read.error;
             for (const int frames : {600, 100, 300, 1024}) {
                 const bool is_lost = frames == 600;
                 faults->input_reads_to_fail = is_lost ? 1 : 0;
                 auto frame = makeFrame({.format = format, .frames = frames},
-                                       noise(static_cast<uint32_t>(frames), 3000));
+                                       noiseSource(static_cast<uint32_t>(frames), 3000));
                 const auto samples = samplesOf(*frame);
                 const auto out = filter.pass(std::move(frame));
                 if (is_lost) {
@@ -128,15 +131,17 @@ class FilterAfterLostFrame : public ::testing::Test {
         WithGraphFaults faults;
         faults->input_reads_to_fail = 1;
         faults->read_error = AVERROR(EAGAIN);
-        EXPECT_EQ(filter_.pass(makeFrame(spec, noise(2))), nullptr);
+        EXPECT_EQ(filter_.pass(makeFrame(spec, noiseSource(2))), nullptr);
     }
-    std::unique_ptr<IQFFrame> pass(const FrameSpec& spec) { return filter_.pass(makeFrame(spec, noise(2))); }
+    std::unique_ptr<IQFFrame> pass(const FrameSpec& spec) {
+        return filter_.pass(makeFrame(spec, noiseSource(2)));
+    }
     // Expects that several frames of a stream hold the samples of `engine`, in the stream's own format.
     template <typename Engine>
     void expectSoundsLike(Engine& engine, const FrameSpec& spec) {
         SCOPED_TRACE(std::to_string(spec.rate_hz) + " Hz, " + av_get_sample_fmt_name(spec.format));
         for (uint32_t seed = 3; seed < 7; ++seed) {
-            auto frame = makeFrame(spec, noise(seed, 3000));
+            auto frame = makeFrame(spec, noiseSource(seed, 3000));
             const auto expected = engine.process(samplesOf(*frame));
             expectFrame(filter_.pass(std::move(frame)), spec.format, expected);
         }
@@ -208,7 +213,7 @@ TEST_F(FilterAfterLostFrame, RecreatesDialogueEnhancementForAnotherSampleRate) {
     start(R"("enable_dialoguenhance": true)");
     ASSERT_NE(pass(at48000_), nullptr);
     lose(at48000_);
-    DirectDialogue fresh(44100, 1);
+    DialogueEffect fresh({.rate_hz = 44100});
     resetEngineFaults();
     expectSoundsLike(fresh, at44100_);
     EXPECT_EQ(engineFaults().dialogue_creates, (std::vector<DialogueSettings>{{2, 44100, 1.0, 1.0, 1.0}}));
@@ -222,7 +227,7 @@ TEST_F(FilterAfterLostFrame, RecreatesTheNormalizerForAnotherSampleRate) {
     for (const FrameSpec& other : {FrameSpec{.rate_hz = 16000}, at44100_, at48000_}) {
         lose(before);
         before = other;
-        DirectNormalizer fresh(2, other.rate_hz);
+        NormalizerEffect fresh(2, other.rate_hz);
         resetEngineFaults();
         expectSoundsLike(fresh, other);
         EXPECT_EQ(engineFaults().creates, 1);
@@ -234,7 +239,7 @@ TEST_F(FilterAfterLostFrame, LeaksNoAudioIntoAStreamOfAnotherSampleRate) {
     start(R"("enable_surround": true)");
     ASSERT_NE(pass(at48000_), nullptr);
     lose(at48000_);
-    DirectSurround fresh(2, 1, 1, 1);
+    SurroundEffect fresh(2, 1);
     resetEngineFaults();
     expectSoundsLike(fresh, at44100_);
     EXPECT_EQ(engineFaults().surround_creates, 1);
@@ -256,7 +261,7 @@ TEST_F(FilterAfterLostFrame, RecreatesAnEffectThatWasOffWhenTheSampleRateChanged
 
 TEST_F(FilterAfterLostFrame, DeliversTheNextStreamInItsOwnSampleFormat) {
     start(R"("enable_normalizer": true)");
-    DirectNormalizer engine(2);
+    NormalizerEffect engine(2);
     AVSampleFormat before = AV_SAMPLE_FMT_S16;
     for (const AVSampleFormat format : {AV_SAMPLE_FMT_S16, AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S16,
                                         AV_SAMPLE_FMT_S32, AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S16}) {

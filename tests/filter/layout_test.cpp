@@ -32,7 +32,7 @@ std::vector<std::string> nativeLayouts(int channels) {
 
 // Makes a frame in which one loudspeaker plays noise and the others are silent.
 std::unique_ptr<Vorlin::AVQFFrame> solo(const FrameSpec& spec, int speaker) {
-    return makeFrame(spec, [speaker, random = noise(6, 2000)](int frame, int channel) {
+    return makeFrame(spec, [speaker, random = noiseSource(6, 2000)](int frame, int channel) {
         return channel == speaker ? random(frame, channel) : int16_t{0};
     });
 }

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "filter/faults/filter_under_test.h"
+#include "support/host_log_capture.h"
 
 namespace test {
 namespace {
@@ -171,7 +172,7 @@ TEST_F(FilterLoadGuard, AllowsACallbackToReplaceItself) {
 }
 
 TEST_F(FilterLoadGuard, SetInvalidLogsOnlyAChange) {
-    LogCapture log;
+    HostLogCapture log;
     filter_->setInvalid(false);
     EXPECT_TRUE(log.lines().empty());
     filter_->setInvalid(true);

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "filter/faults/filter_under_test.h"
+#include "support/host_log_capture.h"
 
 namespace test {
 namespace {
@@ -19,7 +20,7 @@ TEST(FilterOptions, AcceptsAndIgnoresUnknownKeys) {
 }
 
 TEST(FilterOptions, RejectsTextThatIsNotJsonAndChangesNothing) {
-    LogCapture log;
+    HostLogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"enable_normalizer": true, "surround_mode": 2})");
     for (const char* text :
@@ -45,7 +46,7 @@ TEST(FilterOptions, AcceptsJsonThatIsNotAnObjectAndChangesNothing) {
 }
 
 TEST(FilterOptions, AcceptsSurroundTypesOnlyByExactName) {
-    LogCapture log;
+    HostLogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"surround_effect_type": "MegaBass"})");
     EXPECT_EQ(filter.field(Peer::kSurroundType), 13);
@@ -64,7 +65,7 @@ TEST(FilterOptions, AcceptsSurroundTypesOnlyByExactName) {
 }
 
 TEST(FilterOptions, IgnoresSurroundModesOutsideOneToThreeWithoutALogLine) {
-    LogCapture log;
+    HostLogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"surround_mode": 3})");
     EXPECT_EQ(filter.field(Peer::kSurroundMode), 3);
@@ -119,7 +120,7 @@ TEST(FilterOptions, AppliesTheRestOfAnObjectWithANumberBeyondADouble) {
 }
 
 TEST(FilterOptions, RaisesAVoiceLevelBelowOneToOne) {
-    LogCapture log;
+    HostLogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"dialoguenhance_voice": 2.5})");
     EXPECT_EQ(filter.field(Peer::kVoice), 2.5);
@@ -131,7 +132,7 @@ TEST(FilterOptions, RaisesAVoiceLevelBelowOneToOne) {
 }
 
 TEST(FilterOptions, SwitchingOneEffectOnSwitchesTheOthersOff) {
-    LogCapture log;
+    HostLogCapture log;
     FilterUnderTest filter;
     const auto state = [&filter] {
         return std::vector<bool>{filter.field(Peer::kEnableSurround), filter.field(Peer::kEnableDialogue),
@@ -166,7 +167,7 @@ TEST(FilterOptions, EnablesOnlyTheLastOfSeveralEffectsInAFixedOrder) {
 }
 
 TEST(FilterOptions, StoresTheDumpSwitch) {
-    LogCapture log;
+    HostLogCapture log;
     FilterUnderTest filter;
     filter.options(R"({"enable_dump": true})");
     EXPECT_TRUE(filter.field(Peer::kEnableDump));
@@ -177,7 +178,7 @@ TEST(FilterOptions, StoresTheDumpSwitch) {
 }
 
 TEST(FilterOptions, TruncatesFrameRateAndSpeedTowardZero) {
-    LogCapture log;
+    HostLogCapture log;
     FilterUnderTest filter;
     const auto fps = [&filter](const char* text) {
         EXPECT_TRUE(filter->setOption(filterPrototype::VIDEO_FPS_OPTION, text, ""));

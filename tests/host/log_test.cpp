@@ -4,14 +4,18 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "support/host_log_capture.h"
+
 namespace Vorlin {
 namespace {
 
+using test::HostLogCapture;
 using testing::ElementsAre;
 
 class HostLog : public testing::Test {
@@ -21,19 +25,18 @@ class HostLog : public testing::Test {
         setLogSink({});
     }
 
-    void collectLines() {
-        setLogSink([this](int level, const std::string& tag, const std::string& message) {
-            lines_.push_back(std::to_string(level) + " " + tag + ": " + message);
-        });
-    }
+    // Leaves the threshold as it is.
+    void collectLines() { log_.emplace(HostLogCapture::Tags::kKept, std::nullopt); }
+    std::vector<std::string> lines() const { return log_->lines(); }
 
-    std::vector<std::string> lines_;
+  private:
+    std::optional<HostLogCapture> log_;
 };
 
 TEST_F(HostLog, IsQuietByDefault) {
     collectLines();
     __log_print(LOG_ERROR, "tag", "lost");
-    EXPECT_TRUE(lines_.empty());
+    EXPECT_TRUE(lines().empty());
 }
 
 TEST_F(HostLog, PassesTheThresholdAndMoreUrgentLevels) {
@@ -43,7 +46,7 @@ TEST_F(HostLog, PassesTheThresholdAndMoreUrgentLevels) {
     __log_print(LOG_WARNING, "tag", "w");
     __log_print(LOG_INFO, "tag", "i");
     __log_print(LOG_DEBUG, "tag", "d");
-    EXPECT_THAT(lines_, ElementsAre("16 tag: e", "24 tag: w"));
+    EXPECT_THAT(lines(), ElementsAre("16 tag: e", "24 tag: w"));
 }
 
 TEST_F(HostLog, FormatsAMessageOfAnyLengthAndDropsItsNewline) {
@@ -53,7 +56,7 @@ TEST_F(HostLog, FormatsAMessageOfAnyLengthAndDropsItsNewline) {
     __log_print(LOG_INFO, "tag", "%d %s\n", 7, "seven");
     __log_print(LOG_INFO, "tag", "%s", long_text.c_str());
     __log_print(LOG_INFO, "tag", "two\n\n");
-    EXPECT_THAT(lines_, ElementsAre("32 tag: 7 seven", "32 tag: " + long_text, "32 tag: two\n"));
+    EXPECT_THAT(lines(), ElementsAre("32 tag: 7 seven", "32 tag: " + long_text, "32 tag: two\n"));
 }
 
 TEST_F(HostLog, AcceptsANullTagAndIgnoresANullFormat) {
@@ -62,7 +65,7 @@ TEST_F(HostLog, AcceptsANullTagAndIgnoresANullFormat) {
     void (*const log_unchecked)(int, const char*, const char*, ...) = &__log_print;  // skips format checks
     __log_print(LOG_INFO, nullptr, "text");
     log_unchecked(LOG_INFO, "tag", nullptr);
-    EXPECT_THAT(lines_, ElementsAre("32 : text"));
+    EXPECT_THAT(lines(), ElementsAre("32 : text"));
 }
 
 TEST_F(HostLog, WritesToStandardErrorByDefault) {
@@ -72,7 +75,7 @@ TEST_F(HostLog, WritesToStandardErrorByDefault) {
     testing::internal::CaptureStderr();
     __log_print(LOG_INFO, "tag", "hello %d\n", 1);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "tag: hello 1\n");
-    EXPECT_TRUE(lines_.empty());
+    EXPECT_TRUE(lines().empty());
 }
 
 TEST_F(HostLog, AllowsASinkToLogAndToReplaceItself) {
@@ -82,7 +85,7 @@ TEST_F(HostLog, AllowsASinkToLogAndToReplaceItself) {
         if (level == LOG_ERROR) __log_print(LOG_INFO, "sink", "inner");
     });
     __log_print(LOG_ERROR, "tag", "outer");
-    EXPECT_THAT(lines_, ElementsAre("32 sink: inner"));
+    EXPECT_THAT(lines(), ElementsAre("32 sink: inner"));
 }
 
 TEST_F(HostLog, SurvivesASinkThatThrows) {

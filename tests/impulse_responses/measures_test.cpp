@@ -3,26 +3,23 @@
 
 #include <cmath>
 #include <numbers>
-#include <random>
 
 #include "decay.h"
 #include "diffuseness.h"
 #include "filters.h"
 #include "interaural.h"
 #include "spectrum.h"
+#include "support/signals.h"
 #include "tone.h"
 
 namespace response_quality {
 namespace {
 
-constexpr unsigned kSeed = 7;
+constexpr std::uint64_t kSeed = 7;
 
-Signal noise(std::size_t size, unsigned seed) {
-    std::mt19937 generator(seed);
-    std::normal_distribution<double> gauss;
-    Signal signal(size);
-    for (double& value : signal) value = gauss(generator);
-    return signal;
+Signal noise(std::size_t size, std::uint64_t seed) {
+    const std::vector<float> floats = test::noiseFloats(seed, size);
+    return {floats.begin(), floats.end()};
 }
 
 Signal impulse(std::size_t size, std::size_t at) {

@@ -7,9 +7,10 @@
 
 #include "au2_limiter_owner.h"
 #include "float_settings.h"
-#include "support/effects/dialogue_owner.h"
-#include "support/effects/normalizer_owner.h"
-#include "support/effects/surround_owner.h"
+#include "support/effects/dialogue_effect.h"
+#include "support/effects/normalizer_effect.h"
+#include "support/effects/surround_effect.h"
+#include "support/signal_matchers.h"
 
 namespace {
 
@@ -44,19 +45,19 @@ constexpr HostSettings kEverySetting[] = {
 // Compares the output under a setting made before the effect is created, and one made after, with the usual
 // output.
 template <typename Make, typename Output>
-void expectSameBits(const HostSettings& host, Make make, Output output_of) {
+void expectSameBits(const HostSettings& host, const test::SignalFormat& format, Make make, Output output_of) {
     SCOPED_TRACE(host.name);
     auto as_usual = make();
-    const auto expected = output_of(as_usual.get());
+    const auto expected = output_of(as_usual);
     EXPECT_NE(*std::max_element(expected.begin(), expected.end()), 0);
     {
         auto effect = make();
         const FloatSettings settings(host.small_numbers, host.rounding);
-        EXPECT_TRUE(output_of(effect.get()) == expected) << "set after creation";
+        EXPECT_TRUE(test::sameSignal(output_of(effect), expected, format)) << "set after creation";
     }
     const FloatSettings settings(host.small_numbers, host.rounding);
     auto effect = make();
-    EXPECT_TRUE(output_of(effect.get()) == expected) << "set before creation";
+    EXPECT_TRUE(test::sameSignal(output_of(effect), expected, format)) << "set before creation";
 }
 
 // Guards the tests below, which would also pass if the settings had no effect.
@@ -88,11 +89,8 @@ TEST(HostFloatSettings, DoNotChangeSurround) {
                 const Pcm in = fromLoudToSilent(width, 24000);
                 for (const HostSettings& host : kEverySetting) {
                     expectSameBits(
-                        host, [&] { return test::makeSurround(channels, type, 1, limiter); },
-                        [&](void* handle) {
-                            const std::size_t frames = in.size() / static_cast<std::size_t>(width);
-                            return test::surrounded(handle, in, channels, test::callsOf(480, frames));
-                        });
+                        host, {}, [&] { return test::SurroundEffect(channels, type, 1, limiter); },
+                        [&](test::Effect& surround) { return surround.processInCallsOf(480, in); });
                 }
             }
         }
@@ -105,8 +103,8 @@ TEST(HostFloatSettings, DoNotChangeTheNormalizer) {
         const Pcm in = fromLoudToSilent(channels, 20 * 48000);
         for (const HostSettings& host : kEverySetting) {
             expectSameBits(
-                host, [&] { return test::makeNormalizer(channels); },
-                [&](void* handle) { return test::normalized(handle, in, channels, 1024); });
+                host, {.channels = channels}, [&] { return test::NormalizerEffect(channels); },
+                [&](test::Effect& normalizer) { return normalizer.processInCallsOf(1024, in); });
         }
     }
 }
@@ -117,8 +115,8 @@ TEST(HostFloatSettings, DoNotChangeDialogueEnhancement) {
         SCOPED_TRACE("calls of " + std::to_string(frames));
         for (const HostSettings& host : kEverySetting) {
             expectSameBits(
-                host, [&] { return test::makeDialogue({.voice_level = 2.5}); },
-                [&](void* handle) { return test::enhanced(handle, in, frames); });
+                host, {}, [&] { return test::DialogueEffect({.voice_level = 2.5}); },
+                [&](test::Effect& dialogue) { return dialogue.processInCallsOf(frames, in); });
         }
     }
 }
@@ -131,16 +129,16 @@ TEST(HostFloatSettings, DoNotChangeTheLimiterWhenDenormalsAreZero) {
             in.push_back(1.3F * static_cast<float>(sample));
         }
         expectSameBits(
-            kSmallNumbersAreZero,
+            kSmallNumbersAreZero, {.full_scale = 32768},
             [&] {
                 auto limiter = sonivex::makeAu2Limiter();
                 limiter->lookahead = lookahead;
                 return limiter;
             },
-            [&](Au2LimiterState* limiter) {
+            [&](const auto& limiter) {
                 std::vector<float> out(in.size());
                 for (std::size_t done = 0; done + 480 <= in.size(); done += 480) {
-                    au2_limiter_proc(limiter, in.data() + done, 480, out.data() + done);
+                    au2_limiter_proc(limiter.get(), in.data() + done, 480, out.data() + done);
                 }
                 return out;
             });
@@ -148,23 +146,25 @@ TEST(HostFloatSettings, DoNotChangeTheLimiterWhenDenormalsAreZero) {
 }
 
 TEST(HostFloatSettings, AreRestoredAfterEveryCall) {
-    const auto surround = test::makeSurround(2, 1, 0, 1);
-    const auto normalizer = test::makeNormalizer(2);
-    const auto dialogue = test::makeDialogue();
+    const test::SurroundEffect surround(2, 1, 0, 1);
+    const test::NormalizerEffect normalizer(2);
+    const test::DialogueEffect dialogue;
     const Pcm in = test::noise(9, 2 * 1024, 20000);
     Pcm out(2 * 1024);
     volatile float one = 1.0F;
     const float third = one / 3.0F;
     const FloatSettings settings(SmallNumbers::kZero, FE_UPWARD);
-    aem_ProcessSurround(surround.get(), in.data(), out.data(), 1024);
+    aem_ProcessSurround(surround.handle(), in.data(), out.data(), 1024);
     EXPECT_NE(one / -3.0F, -third);
-    aem_ProcessNormalizer(normalizer.get(), in.data(), out.data(), 1024, 2);
+    aem_ProcessNormalizer(normalizer.handle(), in.data(), out.data(), 1024, 2);
     EXPECT_NE(one / -3.0F, -third);
-    aem_ProcessDialoguEnhance(dialogue.get(), in.data(), out.data(), 1024, 48000);
+    aem_ProcessDialoguEnhance(dialogue.handle(), in.data(), out.data(), 1024, 48000);
     EXPECT_NE(one / -3.0F, -third);
-    test::makeSurround(6, 13, 1, 1);
-    test::makeNormalizer(2);
-    test::makeDialogue();
+    {
+        const test::SurroundEffect other_surround(6, 13, 1, 1);
+        const test::NormalizerEffect other_normalizer(2);
+        const test::DialogueEffect other_dialogue;
+    }
     EXPECT_NE(one / -3.0F, -third);
 }
 

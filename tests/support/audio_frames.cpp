@@ -8,6 +8,7 @@ extern "C" {
 #include <libavutil/channel_layout.h>
 }
 
+#include "support/signals.h"
 #include "vorlin/av_compat.h"
 
 namespace test {
@@ -125,16 +126,13 @@ std::vector<AVSampleFormat> allSampleFormats() {
     return formats;
 }
 
-SampleSource noise(uint32_t seed, int amplitude) {
+SampleSource noiseSource(std::uint32_t seed, int amplitude) {
     return [seed, amplitude](int frame, int channel) {
-        // A hash of the position lets callers read the samples in any order.
-        uint32_t x = seed * 0x9E3779B9u + static_cast<uint32_t>(frame) * 0x85EBCA6Bu +
-                     static_cast<uint32_t>(channel) * 0xC2B2AE35u;
-        x = (x ^ (x >> 16)) * 0x7FEB352Du;
-        x = (x ^ (x >> 15)) * 0x846CA68Bu;
-        x ^= x >> 16;
-        return static_cast<int16_t>(static_cast<int64_t>(x) * (2 * amplitude + 1) / (int64_t{1} << 32) -
-                                    amplitude);
+        constexpr std::uint64_t kMostChannels = 64;
+        const std::uint64_t place =
+            static_cast<std::uint64_t>(frame) * kMostChannels + static_cast<std::uint64_t>(channel);
+        Random random((std::uint64_t{seed} << 32U) + place);
+        return static_cast<std::int16_t>(random.between(-amplitude - 1, amplitude));
     };
 }
 

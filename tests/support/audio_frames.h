@@ -40,7 +40,8 @@ AVFrame* avFrameOf(const std::unique_ptr<Vorlin::IQFFrame>& frame);
 /** Returns every sample format that libavutil knows. */
 std::vector<AVSampleFormat> allSampleFormats();
 
-/** Makes reproducible white noise, uniform over -amplitude..amplitude; each seed gives another sequence. */
-SampleSource noise(uint32_t seed, int amplitude = 32767);
+/** Makes white noise, uniform over -amplitude-1..amplitude and different in every channel. Each sample depends
+ *  on its place alone, so the samples may be read in any order. */
+SampleSource noiseSource(std::uint32_t seed, int amplitude = 32767);
 
 }  // namespace test

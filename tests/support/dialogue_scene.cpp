@@ -56,7 +56,7 @@ int peak(const std::vector<double>& samples) {
 
 DialogueScene dialogueScene(Sides sides, double speech_db) {
     const Pcm words = oneAfterTheOther({"Front_Center", "Rear_Center", "Front_Left", "Front_Right"});
-    DialogueScene scene{interleaved({words, words}), backgroundOf(sides, static_cast<int>(words.size())), {}};
+    DialogueScene scene{widened(words), backgroundOf(sides, static_cast<int>(words.size())), {}};
     while (scene.background.size() < scene.speech.size()) {
         const Pcm once = scene.background;
         scene.background.insert(scene.background.end(), once.begin(), once.end());

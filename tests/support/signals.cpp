@@ -24,6 +24,14 @@ Pcm noise(std::uint64_t seed, int samples, int amplitude) {
     return pcm;
 }
 
+std::vector<float> noiseFloats(std::uint64_t seed, std::size_t samples, float amplitude) {
+    std::vector<float> numbers;
+    for (const std::int16_t sample : noise(seed, static_cast<int>(samples), 32767)) {
+        numbers.push_back(amplitude * (static_cast<float>(sample) / 32768.0F));
+    }
+    return numbers;
+}
+
 Pcm sweep(int frames, int channels, int amplitude) {
     constexpr std::int64_t kTurn = std::int64_t{1} << 32;
     constexpr std::int64_t kFirstStep = kTurn / 2000;
@@ -75,14 +83,6 @@ Pcm scaled(const Pcm& samples, int numerator, int denominator) {
     return pcm;
 }
 
-std::vector<float> noiseFloats(std::uint64_t seed, std::size_t samples) {
-    std::vector<float> numbers;
-    for (const std::int16_t sample : noise(seed, static_cast<int>(samples), 32767)) {
-        numbers.push_back(static_cast<float>(sample) / 32768.0F);
-    }
-    return numbers;
-}
-
 void append(Pcm& all, const Pcm& part) {
     all.insert(all.end(), part.begin(), part.end());
 }
@@ -96,6 +96,10 @@ Pcm interleaved(const std::vector<Pcm>& channels) {
         for (const Pcm& channel : channels) pcm.push_back(channel[frame % channel.size()]);
     }
     return pcm;
+}
+
+Pcm widened(const Pcm& mono) {
+    return interleaved({mono, mono});
 }
 
 }  // namespace test

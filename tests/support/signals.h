@@ -24,6 +24,10 @@ class Random {
 /** Makes white noise, uniform over -amplitude-1..amplitude. */
 Pcm noise(std::uint64_t seed, int samples, int amplitude);
 
+/** Makes white noise, uniform over -amplitude..amplitude; with amplitude 1 it is noise(seed, samples, 32767) at
+ *  full scale 1. */
+std::vector<float> noiseFloats(std::uint64_t seed, std::size_t samples, float amplitude = 1.0F);
+
 /** Makes an interleaved triangle sweep whose period falls from 2000 frames to 4. Every channel starts at
  *  another phase. */
 Pcm sweep(int frames, int channels, int amplitude);
@@ -37,12 +41,12 @@ Pcm bursts(std::uint64_t seed, int samples);
 /** Returns samples * numerator / denominator, truncated and saturated. */
 Pcm scaled(const Pcm& samples, int numerator, int denominator);
 
-/** Makes white noise, uniform over -1..1. */
-std::vector<float> noiseFloats(std::uint64_t seed, std::size_t samples);
-
 void append(Pcm& all, const Pcm& part);
 
 /** Interleaves mono channels. A channel shorter than the longest repeats from its beginning. */
 Pcm interleaved(const std::vector<Pcm>& channels);
+
+/** Copies mono to both channels of stereo. */
+Pcm widened(const Pcm& mono);
 
 }  // namespace test

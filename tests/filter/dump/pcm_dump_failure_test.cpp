@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <filesystem>
@@ -14,7 +13,9 @@
 #include "dump_directory.h"
 #include "filter/faults/filter_under_test.h"
 #include "filter/faults/system_faults.h"
-#include "support/effects/direct_normalizer.h"
+#include "support/effects/normalizer_effect.h"
+#include "support/frame_matchers.h"
+#include "support/host_log_capture.h"
 
 namespace test {
 namespace {
@@ -29,27 +30,21 @@ class FilterDumpFailure : public ::testing::Test {
     // Expects that playback continues: the next frame holds the effect's samples. It dumps 4096 bytes each of
     // input and output.
     void expectToPlay() {
-        auto frame = makeFrame({}, noise(played_++, 2000));
+        auto frame = makeFrame({}, noiseSource(played_++, 2000));
         const auto expected = engine_.process(samplesOf(*frame));
         const auto out = filter_.pass(std::move(frame));
         ASSERT_NE(out, nullptr);
-        EXPECT_EQ(samplesOf(avFrameOf(out)), expected);
+        EXPECT_TRUE(holdsSamples(avFrameOf(out), expected));
     }
     std::string nameOf(const char* stage) {
         return dumpFileName("normalizer", stage, filter_.field(Peer::kSessionId));
     }
-    int linesWith(const std::string& text) const {
-        const auto lines = log_.lines();
-        return static_cast<int>(std::count_if(lines.begin(), lines.end(), [&text](const std::string& line) {
-            return line.find(text) != std::string::npos;
-        }));
-    }
 
-    LogCapture log_;
+    HostLogCapture log_;
     FilterUnderTest filter_;
 
   private:
-    DirectNormalizer engine_{2};
+    NormalizerEffect engine_{2};
     uint32_t played_ = 0;
 };
 
@@ -65,7 +60,7 @@ TEST_F(FilterDumpFailure, LogsAMissingDirectoryAtEveryCallUntilItExists) {
     }
     ASSERT_TRUE(std::filesystem::create_directory(directory));
     expectToPlay();
-    EXPECT_EQ(linesWith("failed to open"), 6);
+    EXPECT_EQ(log_.countContaining("failed to open"), 6);
     EXPECT_EQ(std::filesystem::file_size(directory + "/" + nameOf("input")), 4096u);
     EXPECT_EQ(std::filesystem::file_size(directory + "/" + nameOf("output")), 4096u);
 }
@@ -75,7 +70,7 @@ TEST_F(FilterDumpFailure, LogsADirectoryThatIsAFile) {
     writeFile(parent.file("file"), "");
     Vorlin::globalSettings::GetInstance().setProperty(kDumpDirectoryProperty, parent.file("file"));
     expectToPlay();
-    EXPECT_EQ(linesWith("errno=20 (Not a directory)"), 2);
+    EXPECT_EQ(log_.countContaining("errno=20 (Not a directory)"), 2);
 }
 
 // Makes a folder that the calling thread may enter but not write to, even as root.
@@ -130,7 +125,7 @@ TEST_F(FilterDumpFailure, RefusesAPlantedLinkAndKeepsItsTarget) {
                                     directory.file(dumpFileName("normalizer", "input", id)));
     expectToPlay();
     EXPECT_EQ(filter_.field(Peer::kSessionId), id);
-    EXPECT_EQ(linesWith("errno=40 (Too many levels of symbolic links)"), 2);
+    EXPECT_EQ(log_.countContaining("errno=40 (Too many levels of symbolic links)"), 2);
     EXPECT_EQ(readFile(directory.file("target")), "precious");
     EXPECT_FALSE(std::filesystem::exists(directory.file("nowhere")));
 }
@@ -227,7 +222,8 @@ TEST_F(FilterDumpFailure, CountsAFileUpToItsLimitAndThenLogsTheFailure) {
     }
     expectToPlay();
     filter_->flush();
-    EXPECT_EQ(linesWith("total size: 10240 bytes"), 2) << "the dump must continue once there is room again";
+    EXPECT_EQ(log_.countContaining("total size: 10240 bytes"), 2)
+        << "the dump must continue once there is room again";
 }
 
 TEST_F(FilterDumpFailure, LogsAFullDiskAndDoesNotCountItsBlocks) {
@@ -255,7 +251,7 @@ TEST_F(FilterDumpFailure, RepeatsAnInterruptedWrite) {
     expectToPlay();
     EXPECT_EQ(faults->writes_to_interrupt, 0);
     EXPECT_EQ(faults->syncs_to_interrupt, 0);
-    EXPECT_EQ(linesWith("failed"), 0);
+    EXPECT_EQ(log_.countContaining("failed"), 0);
     EXPECT_EQ(std::filesystem::file_size(directory.file(nameOf("input"))), 4096u);
     EXPECT_EQ(std::filesystem::file_size(directory.file(nameOf("output"))), 4096u);
 }
@@ -272,7 +268,7 @@ TEST_F(FilterDumpFailure, CountsABlockWhoseSyncFails) {
             2);
         EXPECT_EQ(filter_.field(Peer::kDumpTotals)[nameOf(stage)], 8192u);
     }
-    EXPECT_EQ(linesWith("sonivex: dumped 4096 bytes"), 4);
+    EXPECT_EQ(log_.countContaining("sonivex: dumped 4096 bytes"), 4);
 }
 
 TEST_F(FilterDumpFailure, SkipsTheDumpWhileThereIsNoRandomness) {

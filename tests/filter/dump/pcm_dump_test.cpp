@@ -5,10 +5,12 @@
 
 #include "dump_directory.h"
 #include "dumping_filter.h"
-#include "filter/direct_effects.h"
 #include "filter/faults/allocation_limit.h"
 #include "filter/faults/engine_faults.h"
-#include "support/effects/direct_normalizer.h"
+#include "support/effects/dialogue_effect.h"
+#include "support/effects/normalizer_effect.h"
+#include "support/effects/surround_effect.h"
+#include "support/frame_matchers.h"
 
 namespace test {
 namespace {
@@ -23,12 +25,12 @@ TEST(FilterDump, HoldsNormalizerInputAndOutputForAnyPlayerFormat) {
             const DumpDirectory directory;
             FilterUnderTest filter;
             startDumping(filter, R"("enable_normalizer": true)");
-            DirectNormalizer engine(channels);
+            NormalizerEffect engine(channels);
             Pcm in;
             Pcm out;
             for (uint32_t call = 0; call < 4; ++call) {
-                auto frame =
-                    makeFrame({.format = format, .channels = channels, .frames = 600}, noise(call, 2000));
+                auto frame = makeFrame({.format = format, .channels = channels, .frames = 600},
+                                       noiseSource(call, 2000));
                 const auto samples = samplesOf(*frame);
                 append(in, samples);
                 append(out, engine.process(samples));
@@ -37,8 +39,8 @@ TEST(FilterDump, HoldsNormalizerInputAndOutputForAnyPlayerFormat) {
             const auto path = [&](const char* stage) {
                 return directory.file(dumpFileName("normalizer", stage, sessionOf(filter)));
             };
-            EXPECT_EQ(samplesInFile(path("input")), in);
-            EXPECT_EQ(samplesInFile(path("output")), out);
+            EXPECT_TRUE(sameSignal(samplesInFile(path("input")), in, {.channels = channels}));
+            EXPECT_TRUE(sameSignal(samplesInFile(path("output")), out, {.channels = channels}));
             EXPECT_EQ(directory.names().size(), 2u);
         }
     }
@@ -48,12 +50,12 @@ TEST(FilterDump, Holds12BytesPer51InputFrameAnd4PerOutputFrameOfSurround) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_surround": true)");
-    DirectSurround engine(6, 1, 1, 1);
+    SurroundEffect engine(6, 1);
     Pcm in;
     Pcm out;
     for (uint32_t call = 1; call <= 3; ++call) {
-        auto frame =
-            makeFrame({.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .frames = kFrames}, noise(call, 3000));
+        auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLTP, .channels = 6, .frames = kFrames},
+                               noiseSource(call, 3000));
         append(in, samplesOf(*frame));
         append(out, engine.process(samplesOf(*frame)));
         ASSERT_NE(filter.pass(std::move(frame)), nullptr);
@@ -61,8 +63,8 @@ TEST(FilterDump, Holds12BytesPer51InputFrameAnd4PerOutputFrameOfSurround) {
         const auto output = directory.file(dumpFileName("surround", "output", sessionOf(filter)));
         EXPECT_EQ(std::filesystem::file_size(input), 12u * kFrames * call);
         EXPECT_EQ(std::filesystem::file_size(output), 4u * kFrames * call);
-        EXPECT_EQ(samplesInFile(input), in);
-        EXPECT_EQ(samplesInFile(output), out);
+        EXPECT_TRUE(sameSignal(samplesInFile(input), in, {.channels = 6}));
+        EXPECT_TRUE(sameSignal(samplesInFile(output), out));
     }
 }
 
@@ -70,11 +72,11 @@ TEST(FilterDump, Holds4BytesPerInputAndOutputFrameOfDialogue) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_dialoguenhance": true, "dialoguenhance_voice": 2)");
-    DirectDialogue engine(44100, 2);
+    DialogueEffect engine({.rate_hz = 44100, .voice_level = 2});
     Pcm in;
     Pcm out;
     for (uint32_t call = 1; call <= 5; ++call) {
-        auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLTP, .rate_hz = 44100}, noise(call, 3000));
+        auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLTP, .rate_hz = 44100}, noiseSource(call, 3000));
         append(in, samplesOf(*frame));
         append(out, engine.process(samplesOf(*frame)));
         ASSERT_NE(filter.pass(std::move(frame)), nullptr);
@@ -82,8 +84,8 @@ TEST(FilterDump, Holds4BytesPerInputAndOutputFrameOfDialogue) {
         const auto output = directory.file(dumpFileName("dialoguenhance", "output", sessionOf(filter)));
         EXPECT_EQ(std::filesystem::file_size(input), 4096u * call);
         EXPECT_EQ(std::filesystem::file_size(output), 4096u * call);
-        EXPECT_EQ(samplesInFile(input), in);
-        EXPECT_EQ(samplesInFile(output), out);
+        EXPECT_TRUE(sameSignal(samplesInFile(input), in, {.rate_hz = 44100}));
+        EXPECT_TRUE(sameSignal(samplesInFile(output), out, {.rate_hz = 44100}));
     }
     EXPECT_EQ(directory.names().size(), 2u);
 }
@@ -92,12 +94,15 @@ TEST(FilterDump, HoldsMonoInputOfSurroundAsOneChannel) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_surround": true)");
-    auto frame = makeFrame({.channels = 1, .frames = kFrames}, noise(1, 3000));
+    auto frame = makeFrame({.channels = 1, .frames = kFrames}, noiseSource(1, 3000));
     const auto in = samplesOf(*frame);
     ASSERT_NE(filter.pass(std::move(frame)), nullptr);
-    EXPECT_EQ(samplesInFile(directory.file(dumpFileName("surround", "input", sessionOf(filter)))), in);
-    EXPECT_EQ(samplesInFile(directory.file(dumpFileName("surround", "output", sessionOf(filter)))),
-              DirectSurround(1, 1, 1, 1).process(in));
+    EXPECT_TRUE(
+        sameSignal(samplesInFile(directory.file(dumpFileName("surround", "input", sessionOf(filter)))), in,
+                   {.channels = 1}));
+    EXPECT_TRUE(
+        sameSignal(samplesInFile(directory.file(dumpFileName("surround", "output", sessionOf(filter)))),
+                   SurroundEffect(1, 1).process(surroundInput(in, 1))));
 }
 
 TEST(FilterDump, DoesNotChangeTheAudio) {
@@ -107,11 +112,11 @@ TEST(FilterDump, DoesNotChangeTheAudio) {
     startDumping(dumped, R"("enable_normalizer": true)");
     plain.startNormalizer();
     for (uint32_t call = 0; call < 3; ++call) {
-        const auto a = dumped.pass(makeFrame({}, noise(call, 2000)));
-        const auto b = plain.pass(makeFrame({}, noise(call, 2000)));
+        const auto a = dumped.pass(makeFrame({}, noiseSource(call, 2000)));
+        const auto b = plain.pass(makeFrame({}, noiseSource(call, 2000)));
         ASSERT_NE(a, nullptr);
         ASSERT_NE(b, nullptr);
-        EXPECT_EQ(samplesOf(avFrameOf(a)), samplesOf(avFrameOf(b)));
+        EXPECT_TRUE(holdsSamples(avFrameOf(a), samplesOf(avFrameOf(b))));
     }
 }
 
@@ -120,15 +125,15 @@ TEST(FilterDump, HoldsOnlyFramesThatAnEffectProcesses) {
     FilterUnderTest filter;
     filter.options(R"({"enable_dump": true})");
     filter->setInvalid(false);
-    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "no effect is on";
+    ASSERT_NE(filter.pass(makeFrame({}, noiseSource(1))), nullptr) << "no effect is on";
     filter.options(R"({"enable_surround": true})");
-    ASSERT_NE(filter.pass(makeFrame({.rate_hz = 16000}, noise(1))), nullptr)
+    ASSERT_NE(filter.pass(makeFrame({.rate_hz = 16000}, noiseSource(1))), nullptr)
         << "surround has no responses for this rate";
     filter->setInvalid(true);
-    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "the filter is invalid";
+    ASSERT_NE(filter.pass(makeFrame({}, noiseSource(1))), nullptr) << "the filter is invalid";
     filter->setInvalid(false);
     filter.options(R"({"enable_dump": false})");
-    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr) << "the dump is off";
+    ASSERT_NE(filter.pass(makeFrame({}, noiseSource(1))), nullptr) << "the dump is off";
     EXPECT_EQ(directory.names(), std::vector<std::string>{});
     EXPECT_EQ(sessionOf(filter), "");
 }
@@ -139,7 +144,7 @@ TEST(FilterDump, HoldsOnlyTheInputOfAFrameThatTheEffectLoses) {
     FilterUnderTest filter;
     startDumping(filter, R"("enable_normalizer": true)");
     engineFaults().process_result = -2;
-    EXPECT_EQ(filter.pass(makeFrame({.frames = 100}, noise(1))), nullptr);
+    EXPECT_EQ(filter.pass(makeFrame({.frames = 100}, noiseSource(1))), nullptr);
     resetEngineFaults();
     EXPECT_EQ(directory.names(),
               std::vector<std::string>{dumpFileName("normalizer", "input", sessionOf(filter))});
@@ -150,7 +155,7 @@ TEST(FilterDump, HoldsOnlyTheInputOfAFrameWhoseResultCannotBeStored) {
     FilterUnderTest filter;
     filter.options(R"({"enable_surround": true})");
     filter->setInvalid(false);
-    const auto in = [] { return makeFrame({.channels = 6, .frames = kFrames}, noise(1, 3000)); };
+    const auto in = [] { return makeFrame({.channels = 6, .frames = kFrames}, noiseSource(1, 3000)); };
     ASSERT_NE(filter.pass(in()), nullptr)
         << "the next frame then needs no allocation but the buffer of its block";
     filter.options(R"({"enable_dump": true})");
@@ -162,7 +167,7 @@ TEST(FilterDump, HoldsOnlyTheInputOfAFrameWhoseResultCannotBeStored) {
     }
     EXPECT_EQ(directory.names(),
               std::vector<std::string>{dumpFileName("surround", "input", sessionOf(filter))});
-    EXPECT_EQ(samplesInFile(directory.file(directory.names().at(0))), samples);
+    EXPECT_TRUE(sameSignal(samplesInFile(directory.file(directory.names().at(0))), samples, {.channels = 6}));
 }
 
 TEST(FilterDump, FollowsItsSwitchFrameByFrameWithinOneSession) {
@@ -172,11 +177,12 @@ TEST(FilterDump, FollowsItsSwitchFrameByFrameWithinOneSession) {
     Pcm in;
     for (const bool is_on : {false, true, false, true}) {
         filter.options(is_on ? R"({"enable_dump": true})" : R"({"enable_dump": false})");
-        auto frame = makeFrame({}, noise(is_on ? 1 : 2, 2000));
+        auto frame = makeFrame({}, noiseSource(is_on ? 1 : 2, 2000));
         if (is_on) append(in, samplesOf(*frame));
         ASSERT_NE(filter.pass(std::move(frame)), nullptr);
     }
-    EXPECT_EQ(samplesInFile(directory.file(dumpFileName("normalizer", "input", sessionOf(filter)))), in);
+    EXPECT_TRUE(sameSignal(
+        samplesInFile(directory.file(dumpFileName("normalizer", "input", sessionOf(filter)))), in));
     EXPECT_EQ(directory.names().size(), 2u);
 }
 
@@ -184,9 +190,9 @@ TEST(FilterDump, GivesSeveralEffectsOneSessionButSeparateFiles) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_normalizer": true)");
-    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+    ASSERT_NE(filter.pass(makeFrame({}, noiseSource(1))), nullptr);
     filter.options(R"({"enable_surround": true})");
-    ASSERT_NE(filter.pass(makeFrame({}, noise(1))), nullptr);
+    ASSERT_NE(filter.pass(makeFrame({}, noiseSource(1))), nullptr);
     const auto id = sessionOf(filter);
     EXPECT_EQ(directory.names(),
               (std::vector<std::string>{

@@ -2,17 +2,9 @@
 
 #include <vector>
 
-namespace test {
+#include "support/effects/dialogue_settings.h"
 
-/** Arguments of one call of aem_CreateDialoguEnhance. */
-struct DialogueSettings {
-    int channels;
-    int rate_hz;
-    double gain_floor;
-    double gain_scale;
-    double voice;
-    bool operator==(const DialogueSettings&) const = default;
-};
+namespace test {
 
 /** Makes the effects' functions fail on demand, and records their calls. */
 struct EngineFaults {
@@ -26,8 +18,8 @@ struct EngineFaults {
     int surround_creates = 0;
     int surround_releases = 0;
     int dialogue_creates_to_fail = 0;
-    int dialogue_result = 0;  // like `process_result`
-    std::vector<DialogueSettings> dialogue_creates;
+    int dialogue_result = 0;                         // like `process_result`
+    std::vector<DialogueSettings> dialogue_creates;  // arguments of each creation
     int dialogue_releases = 0;
 };
 

@@ -2,16 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
-#include <mutex>
 #include <thread>
 
 extern "C" {
 #include <libavutil/log.h>
 }
-
-#include "vorlin/log.h"
 
 namespace test {
 
@@ -20,7 +16,7 @@ using Vorlin::IQFFrame;
 FilterUnderTest::FilterUnderTest(Mode mode) : mode_(mode) {
     av_log_set_level(AV_LOG_QUIET);  // these tests make the graphs refuse frames on purpose
     filter_ = std::make_unique<Vorlin::sonivexFilter>(IQFFrame::audioInfo{}, IQFFrame::audioInfo{},
-                                                      mode == Mode::Active);
+                                                      mode == Mode::kActive);
     EXPECT_TRUE(filter_->init(0));
 }
 
@@ -43,7 +39,7 @@ std::unique_ptr<IQFFrame> FilterUnderTest::pullPatiently(int patience_ms) {
     const auto deadline = Clock::now() + std::chrono::milliseconds(patience_ms);
     std::unique_ptr<IQFFrame> frame;
     while (filter_->pull(frame, 0) != 0) {
-        if (mode_ == Mode::Inactive || Clock::now() > deadline) return nullptr;
+        if (mode_ == Mode::kInactive || Clock::now() > deadline) return nullptr;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return frame;
@@ -61,34 +57,6 @@ void FilterUnderTest::pushPatiently(std::unique_ptr<IQFFrame> frame,
         }
     }
     FAIL() << "the filter accepted no frame in 5000 attempts";
-}
-
-struct LogCapture::Lines {
-    std::mutex mutex;
-    std::vector<std::string> lines;
-};
-
-LogCapture::LogCapture() : lines_(std::make_shared<Lines>()) {
-    Vorlin::setLogLevel(Vorlin::LOG_DEBUG);
-    Vorlin::setLogSink([lines = lines_](int level, const std::string&, const std::string& message) {
-        const std::lock_guard lock(lines->mutex);
-        lines->lines.push_back(std::to_string(level) + " " + message);
-    });
-}
-
-LogCapture::~LogCapture() {
-    Vorlin::setLogLevel(Vorlin::LOG_QUIET);
-    Vorlin::setLogSink({});
-}
-
-std::vector<std::string> LogCapture::lines() const {
-    const std::lock_guard lock(lines_->mutex);
-    return lines_->lines;
-}
-
-int LogCapture::count(const std::string& line) const {
-    const std::lock_guard lock(lines_->mutex);
-    return static_cast<int>(std::count(lines_->lines.begin(), lines_->lines.end(), line));
 }
 
 }  // namespace test

@@ -55,12 +55,12 @@ namespace test {
 
 using Peer = Vorlin::SonivexFilterPeer;
 
-enum class Mode { Inactive, Active };
+enum class Mode { kInactive, kActive };
 
 /** An initialised working filter with helpers that push and pull as a patient player does. */
 class FilterUnderTest {
   public:
-    explicit FilterUnderTest(Mode mode = Mode::Inactive);
+    explicit FilterUnderTest(Mode mode = Mode::kInactive);
 
     Vorlin::sonivexFilter* operator->() { return filter_.get(); }
     Vorlin::sonivexFilter& operator*() { return *filter_; }
@@ -87,20 +87,6 @@ class FilterUnderTest {
   private:
     Mode mode_;
     std::unique_ptr<Vorlin::sonivexFilter> filter_;
-};
-
-/** Collects the filter's log lines while it lives, each as "level message". */
-class LogCapture {
-  public:
-    LogCapture();
-    ~LogCapture();
-    std::vector<std::string> lines() const;
-    /** Returns how many lines equal `line`. */
-    int count(const std::string& line) const;
-
-  private:
-    struct Lines;
-    std::shared_ptr<Lines> lines_;
 };
 
 }  // namespace test

@@ -24,14 +24,14 @@ using Which = test::FailingMemory::Which;
 thread_local bool is_counting = false;
 thread_local bool is_inside_swr_init = false;
 thread_local int first_to_fail = 0;
-thread_local Which which_fail = Which::One;
+thread_local Which which_fail = Which::kOne;
 thread_local int requests_so_far = 0;
 
 bool isRefused() {
     if (!is_counting || is_inside_swr_init) return false;
     ++requests_so_far;
     return requests_so_far == first_to_fail ||
-           (which_fail == Which::AllFromThere && requests_so_far > first_to_fail);
+           (which_fail == Which::kAllFromThere && requests_so_far > first_to_fail);
 }
 
 template <typename Function>

@@ -10,7 +10,7 @@ namespace test {
  */
 class FailingMemory {
   public:
-    enum class Which { One, AllFromThere };
+    enum class Which { kOne, kAllFromThere };
 
     /** @param first Number of the first request that fails, counted from 1. */
     FailingMemory(int first, Which which);

@@ -5,6 +5,7 @@
 
 #include "filter/dump/dump_directory.h"
 #include "support/audio_frames.h"
+#include "support/signal_matchers.h"
 #include "vorlin/filter_prototype.h"
 #include "vorlin/player.h"
 #include "vorlin/plugin.h"
@@ -51,7 +52,7 @@ TEST(SonivexPlugin, StaysLoadedWhileAPlayerHoldsAClone) {
     EXPECT_TRUE(isInMemory());
     EXPECT_TRUE(player->setOptions(R"({"enable_normalizer": true})"));
     for (int i = 0; i < 8; ++i)
-        EXPECT_EQ(player->push(makeFrame({.format = AV_SAMPLE_FMT_FLTP}, noise(1))), 0);
+        EXPECT_EQ(player->push(makeFrame({.format = AV_SAMPLE_FMT_FLTP}, noiseSource(1))), 0);
     EXPECT_EQ(player->drain(), 0);
     EXPECT_EQ(player->counts().pulled, 8u);
     player.reset();
@@ -68,7 +69,7 @@ TEST(SonivexPlugin, PlaysAlikeActiveAndInactiveAcrossFormatChanges) {
         for (uint32_t i = 0; i < 30; ++i) {
             const FrameSpec spec{.format = i < 10 ? AV_SAMPLE_FMT_FLTP : AV_SAMPLE_FMT_S16,
                                  .channels = i < 20 ? 2 : 6};
-            EXPECT_EQ(player->push(makeFrame(spec, noise(i, 5000))), 0);
+            EXPECT_EQ(player->push(makeFrame(spec, noiseSource(i, 5000))), 0);
         }
         EXPECT_EQ(player->drain(), 0);
         EXPECT_EQ(player->counts().dropped, 0u);
@@ -76,8 +77,12 @@ TEST(SonivexPlugin, PlaysAlikeActiveAndInactiveAcrossFormatChanges) {
         return blocks;
     };
     const auto inactive = play(false);
-    EXPECT_EQ(inactive.size(), 30u);
-    EXPECT_EQ(inactive, play(true));
+    ASSERT_EQ(inactive.size(), 30u);
+    const auto active = play(true);
+    ASSERT_EQ(active.size(), inactive.size());
+    for (std::size_t i = 0; i < inactive.size(); ++i) {
+        EXPECT_TRUE(sameSignal(active[i], inactive[i], {.channels = i < 20 ? 2 : 6})) << "frame " << i;
+    }
 }
 
 TEST(SonivexPlugin, ResumesAfterAnExcessiveFrameRate) {
@@ -120,7 +125,7 @@ TEST(SonivexPlugin, DumpsToTheFolderInThePlayersProperty) {
     });
     ASSERT_TRUE(player->setOptions(R"({"enable_dialoguenhance": true, "enable_dump": true})"));
     for (uint32_t i = 0; i < 8; ++i) {
-        auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLTP}, noise(i, 5000));
+        auto frame = makeFrame({.format = AV_SAMPLE_FMT_FLTP}, noiseSource(i, 5000));
         const auto samples = samplesOf(*frame);
         pushed.insert(pushed.end(), samples.begin(), samples.end());
         EXPECT_EQ(player->push(std::move(frame)), 0);
@@ -132,10 +137,10 @@ TEST(SonivexPlugin, DumpsToTheFolderInThePlayersProperty) {
     ASSERT_EQ(names.size(), 2u);
     EXPECT_EQ(names[0].find("sonivex_dialoguenhance_input_"), 0u);
     EXPECT_EQ(names[1].find("sonivex_dialoguenhance_output_"), 0u);
-    EXPECT_EQ(samplesInFile(directory.file(names[0])), pushed);
+    EXPECT_TRUE(sameSignal(samplesInFile(directory.file(names[0])), pushed));
     std::vector<int16_t> heard;
     for (std::size_t i = 0; i < 8; ++i) heard.insert(heard.end(), played[i].begin(), played[i].end());
-    EXPECT_EQ(samplesInFile(directory.file(names[1])), heard);
+    EXPECT_TRUE(sameSignal(samplesInFile(directory.file(names[1])), heard));
 }
 
 TEST(SonivexPlugin, ExportsItsDocumentedFunctions) {

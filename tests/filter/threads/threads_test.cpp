@@ -32,13 +32,15 @@ std::multiset<std::string> threadNames() {
 }
 
 TEST(FilterThreads, AnActiveFilterAddsOneNamedThreadForAnyConversion) {
-    { const FilterUnderTest first(Mode::Active); }  // a sanitizer adds a thread of its own with the first one
+    {
+        const FilterUnderTest first(Mode::kActive);
+    }  // a sanitizer adds a thread of its own with the first one
     const auto before = threadNames();
-    FilterUnderTest filter(Mode::Active);
+    FilterUnderTest filter(Mode::kActive);
     filter.startNormalizer();
     for (const AVSampleFormat format : {AV_SAMPLE_FMT_FLTP, AV_SAMPLE_FMT_S64}) {
         for (int i = 0; i < 4; ++i) {
-            const auto out = filter.pass(makeFrame({.format = format, .channels = 8}, noise(1)));
+            const auto out = filter.pass(makeFrame({.format = format, .channels = 8}, noiseSource(1)));
             ASSERT_NE(out, nullptr);
         }
         EXPECT_NE(filter.field(Peer::kFilterGraph), nullptr)
@@ -55,7 +57,7 @@ TEST(FilterThreads, AnInactiveFilterAddsNoThread) {
     const auto before = threadNames();
     FilterUnderTest filter;
     filter.startNormalizer();
-    ASSERT_NE(filter.pass(makeFrame({.format = AV_SAMPLE_FMT_FLTP, .channels = 8}, noise(1))), nullptr);
+    ASSERT_NE(filter.pass(makeFrame({.format = AV_SAMPLE_FMT_FLTP, .channels = 8}, noiseSource(1))), nullptr);
     EXPECT_EQ(threadNames(), before);
 }
 
@@ -93,7 +95,7 @@ TEST(FilterThreads, SurviveRandomOptionsFlushesAndSeeks) {
     const int rates_hz[] = {16000, 44100, 48000, 96000};
 
     const DumpDirectory dumps;
-    FilterUnderTest filter(Mode::Active);
+    FilterUnderTest filter(Mode::kActive);
     filter.startNormalizer();
     filter->setDCA([&filter](int, const std::string&) { filter->setInvalid(true); });
     FrameSpec spec{.format = AV_SAMPLE_FMT_FLTP, .frames = 256};
@@ -107,7 +109,7 @@ TEST(FilterThreads, SurviveRandomOptionsFlushesAndSeeks) {
         return since >= 10 * soakTime() || (since >= soakTime() && !dumps.names().empty());
     };
     while (!is_over(Clock::now() - start)) {
-        std::unique_ptr<IQFFrame> frame = makeFrame(spec, noise(static_cast<uint32_t>(random())));
+        std::unique_ptr<IQFFrame> frame = makeFrame(spec, noiseSource(static_cast<uint32_t>(random())));
         pushed += filter->push(frame, 0) == 0 ? 1u : 0u;
         std::unique_ptr<IQFFrame> out;
         while (filter->pull(out, 0) == 0) {
@@ -146,13 +148,13 @@ TEST(FilterThreads, SurviveRandomOptionsFlushesAndSeeks) {
 TEST(FilterThreads, DumpInputAndOutputInPairsDespiteSwitchChangesAndFlushes) {
     constexpr uintmax_t kFrameBytes = 2000 * 2 * sizeof(short);
     const DumpDirectory dumps;
-    FilterUnderTest filter(Mode::Active);
+    FilterUnderTest filter(Mode::kActive);
     std::vector<std::unique_ptr<IQFFrame>> out;
     uintmax_t dumped_bytes = 0;
     for (int session = 0; session < 12; ++session) {
         filter.startNormalizer();
         for (uint32_t i = 0; i < 12; ++i) {
-            filter.pushPatiently(makeFrame({.frames = 2000}, noise(i)), out);
+            filter.pushPatiently(makeFrame({.frames = 2000}, noiseSource(i)), out);
             for (int turn = 0; turn < 5; ++turn) {
                 filter.options(turn % 2 == 0 ? R"({"enable_dump": true})" : R"({"enable_dump": false})");
                 std::this_thread::sleep_for(std::chrono::microseconds(150));

@@ -10,7 +10,7 @@ extern "C" {
 
 #include "failing_libavutil.h"
 #include "real_time/failing_allocator.h"
-#include "support/effects/dialogue_owner.h"
+#include "sonivex/dialoguenhance.h"
 #include "support/heap_bytes.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include "real_time/failing_allocator.h"
 #include "support/effects/mixer_owner.h"
-#include "support/effects/normalizer_owner.h"
+#include "support/effects/normalizer_effect.h"
 
 namespace {
 
@@ -51,15 +51,15 @@ TEST(NormalizerOutOfMemory, ReleaseFreesEverything) {
 }
 
 TEST(NormalizerOutOfMemory, ProcessingAllocatesOnlyTheBlocksOfTheMixer) {
-    const auto handle = test::makeNormalizer(2);
+    const test::NormalizerEffect normalizer(2);
     const Pcm in = test::noise(1, 2 * 4096, 20000);
     Pcm out(in.size());
     const AllocationWatch watch;
-    aem_ProcessNormalizer(handle.get(), in.data(), out.data(), 100, 2);
+    aem_ProcessNormalizer(normalizer.handle(), in.data(), out.data(), 100, 2);
     EXPECT_EQ(watch.requested(), 0);
-    aem_ProcessNormalizer(handle.get(), in.data(), out.data(), 412, 2);
+    aem_ProcessNormalizer(normalizer.handle(), in.data(), out.data(), 412, 2);
     EXPECT_EQ(watch.requested(), kAllocationsOfABlock);
-    aem_ProcessNormalizer(handle.get(), in.data(), out.data(), 4096, 2);
+    aem_ProcessNormalizer(normalizer.handle(), in.data(), out.data(), 4096, 2);
     EXPECT_EQ(watch.requested(), 9 * kAllocationsOfABlock);
     EXPECT_EQ(watch.alive(), 0);
 }
@@ -67,14 +67,14 @@ TEST(NormalizerOutOfMemory, ProcessingAllocatesOnlyTheBlocksOfTheMixer) {
 TEST(NormalizerOutOfMemory, ABlockWithoutMemoryIsSilentAndTheNextBlockIsNot) {
     for (int failing = 1; failing <= kAllocationsOfABlock; ++failing) {
         SCOPED_TRACE("allocation " + std::to_string(failing));
-        const auto handle = test::makeNormalizer(1);
+        const test::NormalizerEffect normalizer(1);
         const Pcm in(1024, 1000);
         Pcm out(1024, -1);
         int result = 0;
         int alive = -1;
         {
             const AllocationWatch watch(failing);
-            result = aem_ProcessNormalizer(handle.get(), in.data(), out.data(), 1024, 1);
+            result = aem_ProcessNormalizer(normalizer.handle(), in.data(), out.data(), 1024, 1);
             alive = watch.alive();
         }
         EXPECT_EQ(result, 1024);

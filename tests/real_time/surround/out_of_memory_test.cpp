@@ -5,7 +5,8 @@
 #include "last_line.h"
 #include "real_time/failing_allocator.h"
 #include "real_time/mapping_watch.h"
-#include "support/effects/surround_owner.h"
+#include "support/effects/surround_effect.h"
+#include "support/signal_matchers.h"
 #include "two_stage_convolver.h"
 
 namespace {
@@ -83,15 +84,13 @@ TEST(SurroundOutOfMemory, AHandleStaysWithinItsMemoryLimitAndFreesEverything) {
 TEST(SurroundOutOfMemory, TheSoundIsTheSameWhenTheSystemRefusesToMap) {
     const test::Pcm in = test::bursts(1, 8 * 4800);
     for (const auto& [channels, type] : kEveryMade) {
-        const auto mapped = test::makeSurround(channels, type);
-        test::SurroundPointer refused;
-        {
+        test::SurroundEffect mapped(channels, type);
+        test::SurroundEffect refused = [channels = channels, type = type] {
             const MappingWatch mappings(MappingWatch::Kernel::kRefuses);
-            refused = test::makeSurround(channels, type);
-        }
+            return test::SurroundEffect(channels, type);
+        }();
         const auto calls = test::callsOf(480, 4800);
-        EXPECT_EQ(test::surrounded(refused.get(), in, channels, calls),
-                  test::surrounded(mapped.get(), in, channels, calls));
+        EXPECT_TRUE(test::sameSignal(refused.process(in, calls), mapped.process(in, calls)));
     }
 }
 

@@ -12,8 +12,10 @@
 #include "layouts.h"
 #include "real_time/failing_allocator.h"
 #include "real_time/mapping_watch.h"
-#include "support/effects/surround_owner.h"
+#include "sample_ring.h"
+#include "support/effects/surround_effect.h"
 #include "support/guarded_block.h"
+#include "support/signal_matchers.h"
 #include "surround_pipelines.h"
 
 namespace {
@@ -101,12 +103,12 @@ TEST(SurroundRealTime, ProcessingAllocatesNothing) {
     for (const int channels : {1, 2, 6, 8}) {
         for (const int type : {1, 13}) {
             for (const int limiter : {0, 1}) {
-                const auto handle = test::makeSurround(channels, type, 1, limiter);
+                const test::SurroundEffect surround(channels, type, 1, limiter);
                 const Pcm in = test::bursts(1, 8 * kLongestCall_frames);
                 Pcm out(2 * kLongestCall_frames);
                 const std::size_t heap_before = mallinfo2().uordblks;
                 const test::AllocationWatch watch;
-                processForAWhile(handle.get(), in, out);
+                processForAWhile(surround.handle(), in, out);
                 EXPECT_EQ(watch.requested(), 0);
                 EXPECT_EQ(mallinfo2().uordblks, heap_before);
             }
@@ -117,11 +119,11 @@ TEST(SurroundRealTime, ProcessingAllocatesNothing) {
 TEST(SurroundRealTime, RejectedCallsAllocateAndWriteNothing) {
     for (const Kind& kind : kKinds) {
         SCOPED_TRACE(std::to_string(kind.channels) + " channels, type " + std::to_string(kind.type));
-        const auto handle = test::makeSurround(kind.channels, kind.type);
+        const test::SurroundEffect surround(kind.channels, kind.type);
         Pcm in(8 * 1024, 12000);
         test::GuardedBlock out(2 * 1024);
         const test::LastLine log;
-        expectNeedsNoMemory([&] { callWrongly(handle.get(), kind, in, out.data()); });
+        expectNeedsNoMemory([&] { callWrongly(surround.handle(), kind, in, out.data()); });
         EXPECT_TRUE(out.isUntouched());
         EXPECT_STREQ(test::LastLine::text(), "");
     }
@@ -132,8 +134,8 @@ TEST(SurroundRealTime, RejectedCallsKeepTheTailOfEarlierSound) {
     for (const Kind& kind : kKinds) {
         for (const int limiter : {0, 1}) {
             SCOPED_TRACE(std::to_string(kind.channels) + " channels, type " + std::to_string(kind.type));
-            const auto disturbed = test::makeSurround(kind.channels, kind.type, 1, limiter);
-            const auto alone = test::makeSurround(kind.channels, kind.type, 1, limiter);
+            test::SurroundEffect disturbed(kind.channels, kind.type, 1, limiter);
+            test::SurroundEffect alone(kind.channels, kind.type, 1, limiter);
             const std::size_t width = test::surroundWidth(kind.channels);
             Pcm wrong(8 * 1024, 12000);
             Pcm unused(2 * 1024);
@@ -143,9 +145,9 @@ TEST(SurroundRealTime, RejectedCallsKeepTheTailOfEarlierSound) {
                 // Only the first calls have sound; later output is its tail.
                 const Pcm in = loudest.size() < 2 ? test::noise(samples, static_cast<int>(samples), 20000)
                                                   : Pcm(samples, 0);
-                const Pcm expected = test::surrounded(alone.get(), in, kind.channels, {frames});
-                callWrongly(disturbed.get(), kind, wrong, unused.data());
-                EXPECT_EQ(test::surrounded(disturbed.get(), in, kind.channels, {frames}), expected);
+                const Pcm expected = alone.process(in);
+                callWrongly(disturbed.handle(), kind, wrong, unused.data());
+                EXPECT_TRUE(test::sameSignal(disturbed.process(in), expected));
                 loudest.push_back(*std::max_element(expected.begin(), expected.end()));
             }
             EXPECT_GT(loudest.back(), 0);
@@ -155,13 +157,13 @@ TEST(SurroundRealTime, RejectedCallsKeepTheTailOfEarlierSound) {
 
 TEST(SurroundRealTime, PipelinesAllocateNothing) {
     for (const Kind& kind : kKinds) {
-        const auto handle = test::makeSurround(kind.channels, kind.type);
+        const test::SurroundEffect surround(kind.channels, kind.type);
         Pcm in = test::bursts(3, 8 * 5000);
         Pcm out(2 * 5000);
         for (const PipelineKind& pipeline : kPipelineKinds) {
             expectNeedsNoMemory([&] {
                 for (const int frames : {240, 1, 100, 479, 480, 5000, 0, -1}) {
-                    pipeline.function(handle.get(), in.data(), out.data(), frames);
+                    pipeline.function(surround.handle(), in.data(), out.data(), frames);
                 }
             });
         }
@@ -211,7 +213,7 @@ TEST(SurroundRealTime, ReverbOperationsAllocateNothing) {
 TEST(SurroundRealTime, ProcessingMakesNoSystemCall) {
     for (const int channels : {2, 6, 8}) {
         for (const int type : {1, 13}) {
-            const auto handle = test::makeSurround(channels, type);
+            const test::SurroundEffect surround(channels, type);
             const Pcm in = test::bursts(2, 8 * kLongestCall_frames);
             Pcm wrong(8 * 1024, 12000);
             Pcm out(2 * kLongestCall_frames);
@@ -219,8 +221,8 @@ TEST(SurroundRealTime, ProcessingMakesNoSystemCall) {
             ASSERT_GE(child, 0);
             if (child == 0) {
                 if (prctl(PR_SET_SECCOMP, SECCOMP_MODE_STRICT) != 0) _exit(77);
-                processForAWhile(handle.get(), in, out);
-                callWrongly(handle.get(), {type, channels}, wrong, out.data());
+                processForAWhile(surround.handle(), in, out);
+                callWrongly(surround.handle(), {type, channels}, wrong, out.data());
                 syscall(SYS_exit, 0);
             }
             int status = 0;

@@ -9,8 +9,9 @@
 #include <tuple>
 
 #include "models/normalizer_model.h"
-#include "support/effects/normalizer_owner.h"
+#include "support/effects/normalizer_effect.h"
 #include "support/recorded_speech.h"
+#include "support/signal_matchers.h"
 
 namespace {
 
@@ -19,8 +20,10 @@ using test::Random;
 
 // Feeds both with the same calls until the input is used up. A call may exceed the capacity of a ring.
 void expectSameAsModel(const Pcm& in, int channels, const std::function<int()>& next_frames) {
-    const test::NormalizerPointer handle = test::makeNormalizer(channels);
+    test::NormalizerEffect normalizer(channels);
     model::Normalizer reference(static_cast<std::size_t>(channels));
+    Pcm out;
+    Pcm expected;
     for (std::size_t done = 0; done < in.size();) {
         const int frames_left = static_cast<int>(in.size() - done) / channels;
         const int frames = std::min(next_frames(), frames_left);
@@ -28,18 +31,11 @@ void expectSameAsModel(const Pcm& in, int channels, const std::function<int()>& 
         const auto samples = static_cast<std::size_t>(frames) * static_cast<std::size_t>(channels);
         const auto first = in.begin() + static_cast<std::ptrdiff_t>(done);
         const Pcm call(first, first + static_cast<std::ptrdiff_t>(samples));
-        Pcm out(samples, -1);
-        ASSERT_EQ(aem_ProcessNormalizer(handle.get(), call.data(), out.data(), frames, channels),
-                  static_cast<int>(samples));
-        const Pcm expected = reference.process(call);
-        if (out != expected) {
-            const auto bad = std::mismatch(out.begin(), out.end(), expected.begin());
-            FAIL() << "call from sample " << done << " of " << frames
-                   << " frames: first difference at its sample " << (bad.first - out.begin()) << ", "
-                   << *bad.first << " instead of " << *bad.second;
-        }
+        test::append(out, normalizer.process(call));
+        test::append(expected, reference.process(call));
         done += samples;
     }
+    ASSERT_TRUE(test::sameSignal(out, expected, {.channels = channels}));
 }
 
 struct CallSizes {

@@ -5,14 +5,15 @@
 #include <algorithm>
 #include <cmath>
 
-#include "support/effects/normalizer_owner.h"
+#include "support/effects/normalizer_effect.h"
 #include "support/recorded_speech.h"
+#include "support/signal_matchers.h"
 
 namespace {
 
-using test::makeNormalizer;
-using test::normalized;
+using test::NormalizerEffect;
 using test::Pcm;
+using test::sameSignal;
 
 int largestOf(const Pcm& pcm) {
     int largest = 0;
@@ -21,25 +22,23 @@ int largestOf(const Pcm& pcm) {
 }
 
 TEST(Normalizer, CreationPrintsTheMixersVersion) {
-    std::string printed;
-    makeNormalizer(2, &printed);
-    EXPECT_EQ(printed, "mix Version: 88.\n");
+    EXPECT_EQ(NormalizerEffect(2).printed(), "mix Version: 88.\n");
 }
 
 TEST(Normalizer, IsSilentUntilTheFirstBlockIsComplete) {
-    const auto handle = makeNormalizer(1);
+    NormalizerEffect normalizer(1);
     const Pcm in(100, 1000);
     for (int call = 1; call <= 5; ++call) {
-        EXPECT_EQ(normalized(handle.get(), in, 1, 100), Pcm(100, 0)) << "call " << call;
+        EXPECT_TRUE(sameSignal(normalizer.process(in), Pcm(100, 0), {.channels = 1})) << "call " << call;
     }
-    EXPECT_GT(normalized(handle.get(), in, 1, 100).front(), 9000);
+    EXPECT_GT(normalizer.process(in).front(), 9000);
 }
 
 TEST(Normalizer, LatencyOfCallsThatDivideABlockIsTheRestOfTheBlock) {
     for (int frames = 1; frames <= 512; frames *= 2) {
         SCOPED_TRACE(frames);
-        const auto handle = makeNormalizer(2);
-        const Pcm out = normalized(handle.get(), Pcm(2 * 1024, 500), 2, frames);
+        NormalizerEffect normalizer(2);
+        const Pcm out = normalizer.processInCallsOf(frames, Pcm(2 * 1024, 500));
         const auto first = std::find_if(out.begin(), out.end(), [](std::int16_t s) { return s != 0; });
         EXPECT_EQ(first - out.begin(), 2 * (512 - frames));
     }
@@ -47,18 +46,16 @@ TEST(Normalizer, LatencyOfCallsThatDivideABlockIsTheRestOfTheBlock) {
 
 TEST(Normalizer, CallsOfWholeBlocksHaveNoLatency) {
     const Pcm in = test::noise(5, 2 * 4096, 1000);
-    const auto handle_512 = makeNormalizer(2);
-    const Pcm out_512 = normalized(handle_512.get(), in, 2, 512);
+    const Pcm out_512 = NormalizerEffect(2).processInCallsOf(512, in);
     EXPECT_NE(out_512.front(), 0);
     for (const int frames : {1024, 2048, 4096}) {
-        const auto handle = makeNormalizer(2);
-        EXPECT_EQ(normalized(handle.get(), in, 2, frames), out_512) << frames;
+        EXPECT_TRUE(sameSignal(NormalizerEffect(2).processInCallsOf(frames, in), out_512)) << frames;
     }
 }
 
 TEST(Normalizer, ACallGetsAllItsSamplesOrSilence) {
-    const auto handle = makeNormalizer(1);
-    const Pcm out = normalized(handle.get(), Pcm(700 * 3, 800), 1, 700);
+    NormalizerEffect normalizer(1);
+    const Pcm out = normalizer.processInCallsOf(700, Pcm(700 * 3, 800));
     // Call 1: 700 in, 512 rendered: silence. Call 2: 1400 in, 1024 rendered: served, 324 remain.
     // Call 3: 2100 in, 2048 rendered: 1348 available, served.
     EXPECT_EQ(std::count(out.begin(), out.begin() + 700, 0), 700);
@@ -66,9 +63,9 @@ TEST(Normalizer, ACallGetsAllItsSamplesOrSilence) {
 }
 
 TEST(Normalizer, RaisesQuietSignalsByTwentyDecibels) {
-    const auto handle = makeNormalizer(2);
+    NormalizerEffect normalizer(2);
     const Pcm in = test::sweep(48000, 2, 1000);
-    const Pcm out = normalized(handle.get(), in, 2, 512);
+    const Pcm out = normalizer.processInCallsOf(512, in);
     double energy_in = 0;
     double energy_out = 0;
     for (std::size_t i = 0; i < out.size(); ++i) {
@@ -80,9 +77,9 @@ TEST(Normalizer, RaisesQuietSignalsByTwentyDecibels) {
 }
 
 TEST(Normalizer, RaisesQuietSpeechAndKeepsItsShape) {
-    const auto handle = makeNormalizer(1);
+    NormalizerEffect normalizer(1);
     const Pcm in = test::scaled(test::recordedSpeech("Front_Center"), 1, 30);
-    const Pcm out = normalized(handle.get(), in, 1, 1024);
+    const Pcm out = normalizer.processInCallsOf(1024, in);
     ASSERT_LT(largestOf(in) * 10, 32768);
     for (std::size_t i = 0; i < out.size(); ++i) {
         ASSERT_LE(std::abs(out[i]), std::abs(in[i] * 10)) << i;
@@ -93,9 +90,9 @@ TEST(Normalizer, RaisesQuietSpeechAndKeepsItsShape) {
 TEST(Normalizer, LimitsFullScaleToTheCeiling) {
     for (const int channels : {1, 2, 6, 8}) {
         for (const int half_period : {1, 7, 64, 5000}) {
-            const auto handle = makeNormalizer(channels);
+            NormalizerEffect normalizer(channels);
             const Pcm out =
-                normalized(handle.get(), test::square(channels * 20480, half_period, 32767), channels, 512);
+                normalizer.processInCallsOf(512, test::square(channels * 20480, half_period, 32767));
             EXPECT_LE(largestOf(out), 32440) << channels << " channels, half period " << half_period;
             EXPECT_GT(largestOf(out), 32000);
         }
@@ -105,23 +102,23 @@ TEST(Normalizer, LimitsFullScaleToTheCeiling) {
 TEST(Normalizer, NeverExceedsTheCeilingInASuddenLoudPassageForAnyCallSize) {
     for (const int frames : {1, 64, 512, 1000, 4096}) {
         for (const std::uint64_t seed : {1U, 2U}) {
-            const auto handle = makeNormalizer(2);
-            const Pcm out = normalized(handle.get(), test::bursts(seed, 80000), 2, frames);
+            NormalizerEffect normalizer(2);
+            const Pcm out = normalizer.processInCallsOf(frames, test::bursts(seed, 80000));
             EXPECT_LE(largestOf(out), 32440) << "seed " << seed << ", " << frames << " frames";
         }
     }
 }
 
 TEST(Normalizer, KeepsSilenceSilent) {
-    const auto handle = makeNormalizer(6);
-    EXPECT_EQ(largestOf(normalized(handle.get(), Pcm(6 * 4096), 6, 512)), 0);
+    NormalizerEffect normalizer(6);
+    EXPECT_EQ(largestOf(normalizer.processInCallsOf(512, Pcm(6 * 4096))), 0);
 }
 
 TEST(Normalizer, TheGainDoesNotRecoverAfterALoudPassage) {
-    const auto handle = makeNormalizer(1);
-    normalized(handle.get(), test::square(512, 16, 32767), 1, 512);
+    NormalizerEffect normalizer(1);
+    normalizer.process(test::square(512, 16, 32767));
     const Pcm quiet(48000, 1000);
-    const Pcm out = normalized(handle.get(), quiet, 1, 512);
+    const Pcm out = normalizer.processInCallsOf(512, quiet);
     EXPECT_LE(largestOf(out), 1000);
     EXPECT_GE(out.back(), 994);
 }
@@ -129,20 +126,17 @@ TEST(Normalizer, TheGainDoesNotRecoverAfterALoudPassage) {
 TEST(Normalizer, HandlesAreIndependent) {
     const Pcm loud = test::bursts(3, 20480);
     const Pcm quiet = test::noise(4, 20480, 800);
-    const auto alone = makeNormalizer(2);
-    const Pcm expected = normalized(alone.get(), quiet, 2, 256);
+    const Pcm expected = NormalizerEffect(2).processInCallsOf(256, quiet);
 
-    const auto first = makeNormalizer(2);
-    const auto second = makeNormalizer(2);
+    NormalizerEffect first(2);
+    NormalizerEffect second(2);
     Pcm out;
     for (std::size_t done = 0; done < quiet.size(); done += 512) {
         const auto part = static_cast<std::ptrdiff_t>(done);
-        normalized(first.get(), Pcm(loud.begin() + part, loud.begin() + part + 512), 2, 256);
-        const Pcm block =
-            normalized(second.get(), Pcm(quiet.begin() + part, quiet.begin() + part + 512), 2, 256);
-        out.insert(out.end(), block.begin(), block.end());
+        first.process(Pcm(loud.begin() + part, loud.begin() + part + 512));
+        test::append(out, second.process(Pcm(quiet.begin() + part, quiet.begin() + part + 512)));
     }
-    EXPECT_EQ(out, expected);
+    EXPECT_TRUE(sameSignal(out, expected));
 }
 
 }  // namespace

@@ -95,10 +95,7 @@ class LimiterPair {
 
 // Noise with a uniform distribution over -magnitude..magnitude and one sample of exactly `magnitude`.
 std::vector<float> noiseUpTo(test::Random& random, std::size_t samples, float magnitude) {
-    std::vector<float> noise;
-    for (std::size_t i = 0; i < samples; ++i) {
-        noise.push_back(magnitude * static_cast<float>(random.between(-32767, 32767)) / 32767.0F);
-    }
+    std::vector<float> noise = test::noiseFloats(random.bits(), samples, magnitude);
     if (samples > 0) noise[random.bits() % samples] = magnitude;
     return noise;
 }

@@ -49,21 +49,19 @@ void expectSameAsOneByOne(float gain, float smoothed_gain, const std::vector<flo
     EXPECT_EQ(in_place, expected);
 }
 
-std::vector<float> noise(test::Random& random, int samples, int magnitude) {
-    std::vector<float> noise;
-    for (int i = 0; i < samples; ++i) {
-        noise.push_back(static_cast<float>(random.between(-100 * magnitude, 100 * magnitude)) / 100.0F);
-    }
-    return noise;
+// Of 1 to `longest` samples.
+std::vector<float> randomNoise(test::Random& random, int longest, float amplitude) {
+    const auto samples = static_cast<std::size_t>(random.between(1, longest));
+    return test::noiseFloats(random.bits(), samples, amplitude);
 }
 
 TEST(SteadyGain, RisesLikeTheScalarRecursionFromAnyGainForAnyLength) {
     test::forEachVectorTarget([] {
         test::Random random(1);
-        for (int samples = 0; samples < 300 && !testing::Test::HasFailure(); ++samples) {
+        for (std::size_t samples = 0; samples < 300 && !testing::Test::HasFailure(); ++samples) {
             const float gain = static_cast<float>(random.between(0, 1000000)) * 1e-6F;
             SCOPED_TRACE(std::to_string(samples) + " samples from gain " + std::to_string(gain));
-            expectSameAsOneByOne(gain, 0.998F, noise(random, samples, 900));
+            expectSameAsOneByOne(gain, 0.998F, test::noiseFloats(random.bits(), samples, 900.0F));
         }
     });
 }
@@ -73,7 +71,7 @@ TEST(SteadyGain, RisesLikeTheScalarRecursionForSeconds) {
         test::Random random(2);
         for (const float gain : {0.0F, 0.0625F, 0.4999F, 0.7F, 0.97F}) {
             SCOPED_TRACE(gain);
-            expectSameAsOneByOne(gain, 0.998F, noise(random, 100000, 900));
+            expectSameAsOneByOne(gain, 0.998F, test::noiseFloats(random.bits(), 100000, 900.0F));
         }
     });
 }
@@ -85,7 +83,7 @@ TEST(SteadyGain, StopsAtTheSmoothedGainAtAnyPosition) {
             const float smoothed = static_cast<float>(random.between(300000, 998000)) * 1e-6F;
             const float gain = smoothed - static_cast<float>(random.between(0, 3000)) * 1e-6F;
             SCOPED_TRACE(std::to_string(gain) + " to " + std::to_string(smoothed));
-            expectSameAsOneByOne(gain, smoothed, noise(random, random.between(1, 200), 900));
+            expectSameAsOneByOne(gain, smoothed, randomNoise(random, 200, 900.0F));
         }
     });
 }
@@ -96,7 +94,7 @@ TEST(SteadyGain, ALoudSampleLowersTheGainOfLaterSamplesAtAnyPosition) {
         for (std::size_t place = 0; place < 100; ++place) {
             SCOPED_TRACE(place);
             for (const float gain : {0.6F, 0.9975F, 0.998F}) {
-                std::vector<float> in = noise(random, 130, 900);
+                std::vector<float> in = test::noiseFloats(random.bits(), 130, 900.0F);
                 in[place] = -1900.0F;
                 expectSameAsOneByOne(gain, 0.998F, in);
                 in[place + 2] = 2300.0F;
@@ -133,7 +131,7 @@ TEST(SteadyGain, MatchesTheScalarRecursionWhenEverySampleIsTooLoud) {
     test::forEachVectorTarget([] {
         test::Random random(5);
         for (int i = 0; i < 100; ++i) {
-            expectSameAsOneByOne(0.9F, 0.998F, noise(random, random.between(1, 300), 100000));
+            expectSameAsOneByOne(0.9F, 0.998F, randomNoise(random, 300, 100000.0F));
         }
     });
 }

@@ -7,23 +7,24 @@
 #include <limits>
 #include <memory>
 
-#include "support/effects/dialogue_owner.h"
+#include "support/effect_log_capture.h"
+#include "support/effects/dialogue_effect.h"
 #include "support/guarded_block.h"
-#include "support/log_capture.h"
+#include "support/signal_matchers.h"
 
 namespace {
 
-using test::enhanced;
+using test::DialogueEffect;
 using test::GuardedBlock;
-using test::makeDialogue;
 using test::Pcm;
+using test::sameSignal;
 
 int process(void* handle, const short* in, short* out, int frames) {
     return aem_ProcessDialoguEnhance(handle, in, out, frames, 48000);
 }
 
 TEST(DialogueArguments, ANullHandleIsLoggedAndRejected) {
-    const test::LogCapture log;
+    const test::EffectLogCapture log;
     const Pcm in(8, 1);
     GuardedBlock out(8);
     EXPECT_EQ(process(nullptr, in.data(), out.data(), 4), -1);
@@ -34,7 +35,7 @@ TEST(DialogueArguments, ANullHandleIsLoggedAndRejected) {
 }
 
 TEST(DialogueArguments, ReleasingANullHandleIsLogged) {
-    const test::LogCapture log;
+    const test::EffectLogCapture log;
     aem_ReleaseDialoguEnhance(nullptr);
     ASSERT_EQ(log.lines().size(), 1U);
     EXPECT_EQ(log.lines()[0],
@@ -42,67 +43,65 @@ TEST(DialogueArguments, ReleasingANullHandleIsLogged) {
 }
 
 TEST(DialogueArguments, NullBuffersAreRejected) {
-    const auto handle = makeDialogue();
+    const DialogueEffect dialogue;
     const Pcm in(8, 1);
     GuardedBlock out(8);
-    EXPECT_EQ(process(handle.get(), nullptr, out.data(), 4), -1);
+    EXPECT_EQ(process(dialogue.handle(), nullptr, out.data(), 4), -1);
     EXPECT_TRUE(out.isUntouched());
-    EXPECT_EQ(process(handle.get(), in.data(), nullptr, 4), -1);
-    EXPECT_EQ(process(handle.get(), nullptr, nullptr, 0), -1);
+    EXPECT_EQ(process(dialogue.handle(), in.data(), nullptr, 4), -1);
+    EXPECT_EQ(process(dialogue.handle(), nullptr, nullptr, 0), -1);
 }
 
 TEST(DialogueArguments, CallsWithoutFramesDoNothing) {
-    const auto handle = makeDialogue();
+    const DialogueEffect dialogue;
     const short in = 1;
     GuardedBlock out(1);
-    EXPECT_EQ(process(handle.get(), &in, out.data(), 0), 0);
-    EXPECT_EQ(process(handle.get(), &in, out.data(), -5), -10);
-    EXPECT_EQ(process(handle.get(), &in, out.data(), INT_MIN / 2), INT_MIN);
+    EXPECT_EQ(process(dialogue.handle(), &in, out.data(), 0), 0);
+    EXPECT_EQ(process(dialogue.handle(), &in, out.data(), -5), -10);
+    EXPECT_EQ(process(dialogue.handle(), &in, out.data(), INT_MIN / 2), INT_MIN);
     EXPECT_TRUE(out.isUntouched());
 }
 
 TEST(DialogueArguments, SampleCountsBeyondAnIntAreRejected) {
-    const auto handle = makeDialogue();
+    const DialogueEffect dialogue;
     const short in = 1;
     GuardedBlock out(1);
     for (const int frames : {INT_MAX / 2 + 1, INT_MAX, INT_MIN / 2 - 1, INT_MIN}) {
-        EXPECT_EQ(process(handle.get(), &in, out.data(), frames), -1) << frames;
+        EXPECT_EQ(process(dialogue.handle(), &in, out.data(), frames), -1) << frames;
     }
     EXPECT_TRUE(out.isUntouched());
 }
 
 TEST(DialogueArguments, RejectedCallsLeaveTheQueuesUnchanged) {
     const Pcm in = test::bursts(6, 2 * 20000);
-    const auto undisturbed = makeDialogue();
-    const Pcm expected = enhanced(undisturbed.get(), in, 400);
+    const Pcm expected = DialogueEffect().processInCallsOf(400, in);
 
-    const auto handle = makeDialogue();
+    DialogueEffect dialogue;
     Pcm out;
     for (std::size_t done = 0; done < in.size(); done += 800) {
         GuardedBlock unused(1);
         for (const int frames : {0, -100, INT_MAX, INT_MIN}) {
-            process(handle.get(), in.data(), unused.data(), frames);
+            process(dialogue.handle(), in.data(), unused.data(), frames);
         }
-        process(handle.get(), nullptr, unused.data(), 400);
-        process(handle.get(), in.data(), nullptr, 400);
+        process(dialogue.handle(), nullptr, unused.data(), 400);
+        process(dialogue.handle(), in.data(), nullptr, 400);
         EXPECT_TRUE(unused.isUntouched());
         const auto first = in.begin() + static_cast<std::ptrdiff_t>(done);
-        const Pcm block = enhanced(handle.get(), Pcm(first, first + 800), 400);
-        out.insert(out.end(), block.begin(), block.end());
+        test::append(out, dialogue.process(Pcm(first, first + 800)));
     }
-    EXPECT_EQ(out, expected);
+    EXPECT_TRUE(sameSignal(out, expected));
 }
 
 TEST(DialogueArguments, NothingOutsideTheOutputIsWritten) {
     for (const int rate_hz : {48000, 96000, 192000}) {
-        const auto handle = makeDialogue({.rate_hz = rate_hz});
+        const DialogueEffect dialogue({.rate_hz = rate_hz});
         for (const int frames : {1, 511, 512, 513, 4100, 100000}) {
             const auto samples = 2 * static_cast<std::size_t>(frames);
             // The input has exactly the memory it needs, so that a sanitizer reports every read beyond it.
             const auto in = std::make_unique<short[]>(samples);
             std::fill_n(in.get(), samples, short{-3000});
             GuardedBlock out(samples);
-            EXPECT_EQ(process(handle.get(), in.get(), out.data(), frames), static_cast<int>(samples));
+            EXPECT_EQ(process(dialogue.handle(), in.get(), out.data(), frames), static_cast<int>(samples));
             EXPECT_TRUE(out.guardsAreWhole()) << rate_hz << " Hz, " << frames << " frames";
             EXPECT_EQ(std::count(in.get(), in.get() + samples, -3000), static_cast<std::ptrdiff_t>(samples));
         }
@@ -111,24 +110,21 @@ TEST(DialogueArguments, NothingOutsideTheOutputIsWritten) {
 
 TEST(DialogueArguments, TheRateOfACallIsIgnored) {
     const Pcm in = test::noise(1, 2 * 4096, 9000);
-    const auto expected_by = makeDialogue();
-    const Pcm expected = enhanced(expected_by.get(), in, 4096);
+    const Pcm expected = DialogueEffect().process(in);
     for (const int rate_hz : {INT_MIN, 0, 192000, INT_MAX}) {
-        const auto handle = makeDialogue();
+        const DialogueEffect dialogue;
         Pcm out(in.size());
-        EXPECT_EQ(aem_ProcessDialoguEnhance(handle.get(), in.data(), out.data(), 4096, rate_hz), 2 * 4096);
-        EXPECT_EQ(out, expected);
+        EXPECT_EQ(aem_ProcessDialoguEnhance(dialogue.handle(), in.data(), out.data(), 4096, rate_hz),
+                  2 * 4096);
+        EXPECT_TRUE(sameSignal(out, expected));
     }
 }
 
 TEST(DialogueArguments, CreationAcceptsAnyChannelCount) {
     const Pcm in = test::noise(1, 2 * 4096, 9000);
-    const auto expected_by = makeDialogue();
-    const Pcm expected = enhanced(expected_by.get(), in, 4096);
+    const Pcm expected = DialogueEffect().process(in);
     for (const int channels : {INT_MIN, -1, 0, 1, 3, INT_MAX}) {
-        const test::DialoguePointer handle(aem_CreateDialoguEnhance(channels, 48000, 1, 1, 1));
-        ASSERT_NE(handle, nullptr);
-        EXPECT_EQ(enhanced(handle.get(), in, 4096), expected);
+        EXPECT_TRUE(sameSignal(DialogueEffect({.channels = channels}).process(in), expected)) << channels;
     }
 }
 
@@ -152,8 +148,7 @@ TEST(DialogueArguments, HugeFiniteNumbersDoNoHarm) {
         for (const auto& settings :
              {test::DialogueSettings{.gain_floor = huge}, test::DialogueSettings{.gain_scale = huge},
               test::DialogueSettings{.voice_level = huge}}) {
-            const auto handle = makeDialogue(settings);
-            const Pcm out = enhanced(handle.get(), in, 512);
+            const Pcm out = DialogueEffect(settings).processInCallsOf(512, in);
             const auto [lowest, highest] = std::minmax_element(out.begin(), out.end());
             EXPECT_GE(*lowest, -32440);
             EXPECT_LE(*highest, 32440);
@@ -162,8 +157,8 @@ TEST(DialogueArguments, HugeFiniteNumbersDoNoHarm) {
 }
 
 TEST(DialogueArguments, TinyNumbersAreAccepted) {
-    const auto handle = makeDialogue({.gain_floor = 1e-300, .gain_scale = -1e-45, .voice_level = 1e-40});
-    const Pcm out = enhanced(handle.get(), test::noise(1, 2 * 4096, 9000), 512);
+    DialogueEffect dialogue({.gain_floor = 1e-300, .gain_scale = -1e-45, .voice_level = 1e-40});
+    const Pcm out = dialogue.processInCallsOf(512, test::noise(1, 2 * 4096, 9000));
     EXPECT_EQ(std::count(out.begin(), out.end(), 0), static_cast<std::ptrdiff_t>(out.size()));
 }
 

@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "dialogue_calls.h"
+#include "support/effects/dialogue_effect.h"
 
 namespace {
 
+using test::DialogueEffect;
 using test::Pcm;
+using test::widened;
 
 constexpr int kRates_hz[] = {16000, 44100, 48000, 50000, 50001, 96000, 100000, 100001, 192000};
 
@@ -67,8 +69,8 @@ TEST(DialogueLatency, IsThreeHopsForCallsOfWholeBlocks) {
         const int hop = test::hopFrames(rate_hz);
         const Pcm in = test::noise(1, 2 * 16 * hop, 6000);
         for (const int call : {hop, 4 * hop}) {
-            const Pcm out = test::enhanced({.rate_hz = rate_hz, .voice_level = 0}, in,
-                                           test::callsOf(call, in.size() / 2));
+            DialogueEffect dialogue({.rate_hz = rate_hz, .voice_level = 0});
+            const Pcm out = dialogue.processInCallsOf(call, in);
             ASSERT_EQ(out.size(), in.size());
             for (const std::size_t channel : {0U, 1U}) {
                 EXPECT_EQ(
@@ -85,9 +87,8 @@ TEST(DialogueLatency, IsSilentAndThenAtFullLevelFromTheFirstFrame) {
         SCOPED_TRACE(rate_hz);
         const int hop = test::hopFrames(rate_hz);
         const Pcm one = test::noise(7, 4 * hop, 6000);
-        const Pcm out = channelOf(test::enhanced({.rate_hz = rate_hz, .voice_level = 0},
-                                                 test::interleaved({one, one}), {hop, hop, hop, hop}),
-                                  0);
+        DialogueEffect dialogue({.rate_hz = rate_hz, .voice_level = 0});
+        const Pcm out = channelOf(dialogue.processInCallsOf(hop, widened(one)), 0);
         const auto start = static_cast<std::ptrdiff_t>(threeHops(rate_hz));
         EXPECT_TRUE(
             std::all_of(out.begin(), out.begin() + start, [](std::int16_t sample) { return sample == 0; }));
@@ -102,8 +103,8 @@ TEST(DialogueLatency, GrowsByTheStartUpForCallsShorterThanABlock) {
         const Pcm in = test::noise(2, 2 * 16 * hop, 6000);
         for (const int call : {1, 64, hop / 2}) {
             SCOPED_TRACE(std::to_string(rate_hz) + " Hz, calls of " + std::to_string(call));
-            const Pcm out = test::enhanced({.rate_hz = rate_hz, .voice_level = 0}, in,
-                                           test::callsOf(call, in.size() / 2));
+            DialogueEffect dialogue({.rate_hz = rate_hz, .voice_level = 0});
+            const Pcm out = dialogue.processInCallsOf(call, in);
             const auto start_up = static_cast<std::size_t>(hop - call);
             EXPECT_EQ(delayOf(channelOf(in, 0), channelOf(out, 0), threeHops(rate_hz) + 2 * start_up),
                       threeHops(rate_hz) + start_up);
@@ -115,7 +116,7 @@ TEST(DialogueLatency, GrowsByTheStartUpForCallsShorterThanABlock) {
 
 void expectLevel(const test::DialogueSettings& settings, const Pcm& in, double expected) {
     const int hop = test::hopFrames(settings.rate_hz);
-    const Pcm out = test::enhanced(settings, in, test::callsOf(hop, in.size() / 2));
+    const Pcm out = DialogueEffect(settings).processInCallsOf(hop, in);
     for (const std::size_t channel : {0U, 1U}) {
         const double gain =
             gainOf(channelOf(in, channel), channelOf(out, channel), threeHops(settings.rate_hz));
@@ -139,7 +140,7 @@ TEST(DialogueLevel, OfEqualChannelsRisesWithTheVoiceLevelUpToTwice) {
             SCOPED_TRACE(std::to_string(rate_hz) + " Hz, voice " + std::to_string(voice_level));
             const Pcm one = test::noise(4, 200 * test::hopFrames(rate_hz), 6000);
             const double presence = std::min(1.0, voice_level / 2);
-            expectLevel({.rate_hz = rate_hz, .voice_level = voice_level}, test::interleaved({one, one}),
+            expectLevel({.rate_hz = rate_hz, .voice_level = voice_level}, widened(one),
                         kNeutral * (1 + presence));
         }
     }
@@ -157,7 +158,7 @@ TEST(DialogueLevel, OfAChannelFallsAsTheChannelsDiffer) {
     const Pcm left = test::noise(6, 200 * 512, 6000);
     const Pcm right = test::scaled(left, 3, 4);
     const Pcm in = test::interleaved({left, right});
-    const Pcm out = test::enhanced({.voice_level = 100}, in, test::callsOf(512, in.size() / 2));
+    const Pcm out = DialogueEffect({.voice_level = 100}).processInCallsOf(512, in);
     const double gain_left = gainOf(left, channelOf(out, 0), threeHops(48000));
     const double gain_right = gainOf(right, channelOf(out, 1), threeHops(48000));
     EXPECT_NEAR(decibels(gain_left), decibels(kNeutral * (1 + 16.0 / 17)), 0.01);
@@ -174,8 +175,8 @@ TEST(DialogueLevel, IsNeutralWhenOneChannelIsHalfAsLoud) {
 TEST(DialogueLevel, NeverExceedsTheCeiling) {
     for (const int rate_hz : {44100, 96000, 192000}) {
         const Pcm one = test::square(60000, 100, 32767);
-        const Pcm out = test::enhanced({.rate_hz = rate_hz, .voice_level = 10}, test::interleaved({one, one}),
-                                       test::callsOf(512, one.size()));
+        DialogueEffect dialogue({.rate_hz = rate_hz, .voice_level = 10});
+        const Pcm out = dialogue.processInCallsOf(512, widened(one));
         const auto [low, high] = std::minmax_element(out.begin(), out.end());
         EXPECT_GE(*low, -32441);
         EXPECT_LE(*high, 32441);

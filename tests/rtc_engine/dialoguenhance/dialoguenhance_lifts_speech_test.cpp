@@ -1,10 +1,10 @@
 // The purpose of the effect: speech in the centre becomes louder relative to a background at the sides.
 #include <gtest/gtest.h>
 
-#include "dialogue_calls.h"
 #include "models/dialogue_parts.h"
 #include "speech_ratio.h"
 #include "support/dialogue_scene.h"
+#include "support/effects/dialogue_effect.h"
 
 namespace {
 
@@ -19,7 +19,7 @@ constexpr std::ptrdiff_t kDelaySamples = 2 * 3 * 512;
 SpeechRatio measured(const DialogueScene& scene, double voice_level) {
     Pcm in = scene.mix;
     in.resize(in.size() + kDelaySamples, 0);  // flushes the last frames out of the effect
-    const Pcm late = test::enhanced({.voice_level = voice_level}, in, test::callsOf(512, in.size() / 2));
+    const Pcm late = test::DialogueEffect({.voice_level = voice_level}).processInCallsOf(512, in);
     const Pcm out(late.begin() + kDelaySamples, late.end());
     return sonivex_tool::compareSpeech(scene.speech, scene.background, out, kRate_hz);
 }

@@ -2,14 +2,14 @@
 // transforms, which differs between processors, may affect the last bit.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <ostream>
 #include <string>
 #include <tuple>
 
-#include "dialogue_calls.h"
 #include "models/dialogue_model.h"
+#include "support/effects/dialogue_effect.h"
 #include "support/recorded_speech.h"
+#include "support/signal_matchers.h"
 
 namespace {
 
@@ -42,7 +42,7 @@ Pcm silence() {
 }
 
 Pcm monoCompatible() {
-    return test::interleaved({speech(), speech()});
+    return test::widened(speech());
 }
 
 Pcm antiPhase() {
@@ -90,24 +90,13 @@ Pcm expectedOf(const DialogueSettings& settings, const Pcm& in, const std::vecto
     return out;
 }
 
-void expectClose(const Pcm& out, const Pcm& expected) {
-    ASSERT_EQ(out.size(), expected.size());
-    std::size_t within_one = 0;
-    std::size_t equal = 0;
-    for (std::size_t i = 0; i < out.size(); ++i) {
-        const int difference = std::abs(out[i] - expected[i]);
-        ASSERT_LE(difference, kGreatestDifference)
-            << "frame " << i / 2 << ", channel " << i % 2 << ": " << out[i] << " instead of " << expected[i];
-        if (difference <= 1) ++within_one;
-        if (difference == 0) ++equal;
-    }
-    EXPECT_GE(static_cast<double>(within_one), kWantedShareWithinOne * static_cast<double>(out.size()));
-    testing::Test::RecordProperty(
-        "equal_percent", std::to_string(100 * static_cast<double>(equal) / static_cast<double>(out.size())));
-}
-
 void expectSameAsModel(const DialogueSettings& settings, const Pcm& in, const std::vector<int>& call_sizes) {
-    expectClose(test::enhanced(settings, in, call_sizes), expectedOf(settings, in, call_sizes));
+    const Pcm out = test::DialogueEffect(settings).process(in, call_sizes);
+    const Pcm expected = expectedOf(settings, in, call_sizes);
+    EXPECT_TRUE(test::closeSignal(
+        out, expected, {.most = kGreatestDifference, .usual = 1, .usual_share = kWantedShareWithinOne},
+        {.rate_hz = settings.rate_hz}));
+    testing::Test::RecordProperty("equal_percent", std::to_string(100 * test::shareWithin(0, out, expected)));
 }
 
 using Case = std::tuple<Signal, double, int>;
@@ -115,7 +104,7 @@ using Case = std::tuple<Signal, double, int>;
 std::string nameOf(const testing::TestParamInfo<Case>& info) {
     std::string voice = std::to_string(std::get<1>(info.param));
     voice = voice.substr(0, voice.find('.') + 2);
-    voice.replace(voice.find('.'), 1, "_");
+    voice[voice.find('.')] = '_';
     return std::get<0>(info.param).name + ("Voice" + voice) + "At" + std::to_string(std::get<2>(info.param)) +
            "Hz";
 }

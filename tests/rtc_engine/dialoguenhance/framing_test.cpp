@@ -127,20 +127,12 @@ TEST(DialogueFraming, EmitsTheQuotientsRoundedToNearest) {
     EXPECT_GT(differs_from_product, 1000);
 }
 
-std::vector<float> noise(std::uint64_t seed, std::size_t count) {
-    std::vector<float> floats;
-    for (const std::int16_t sample : test::noise(seed, static_cast<int>(count), 32767)) {
-        floats.push_back(static_cast<float>(sample) / 32767.0F);
-    }
-    return floats;
-}
-
 // Tries every start and count, with a guard after the output.
 TEST(DialogueFraming, VectorResultsEqualTheScalarOnes) {
     constexpr float kGuard = 77;
-    const std::vector<float> in = noise(1, 200);
-    const std::vector<float> window = noise(2, 200);
-    const std::vector<float> before = noise(3, 200);
+    const std::vector<float> in = test::noiseFloats(1, 200);
+    const std::vector<float> window = test::noiseFloats(2, 200);
+    const std::vector<float> before = test::noiseFloats(3, 200);
     test::forEachVectorTarget([&] {
         for (std::size_t first = 0; first < 5; ++first) {
             for (std::size_t count = 0; count <= 70; ++count) {

@@ -25,8 +25,8 @@ struct Arrays {
 };
 
 void fillWithNoise(Arrays& arrays) {
-    const test::Pcm noise = test::noise(4, arrays.points, 32767);
-    for (std::size_t i = 0; i < noise.size(); ++i) arrays.frame[i] = static_cast<float>(noise[i]) / 32768.0F;
+    const std::vector<float> noise = test::noiseFloats(4, static_cast<std::size_t>(arrays.points));
+    std::copy(noise.begin(), noise.end(), arrays.frame.get());
 }
 
 TEST(DialogueRealTransform, ForwardIsTheUnscaledDiscreteFourierTransform) {

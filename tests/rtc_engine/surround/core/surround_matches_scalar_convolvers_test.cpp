@@ -2,12 +2,12 @@
 // per pair of source and ear, summed in the order of the sources.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <functional>
 
 #include "fftconvolver.h"
 #include "rtc_engine/surround/core/convolve_reverb/convolve_reverb_inspector.h"
 #include "support/each_vector_target.h"
+#include "support/signal_matchers.h"
 #include "support/signals.h"
 
 namespace {
@@ -70,10 +70,7 @@ std::vector<Layout> everyLayout() {
 
 // Interleaved noise in which channels fall silent, separately and all at once, and the last one for good.
 Floats programme(std::size_t width, std::size_t frames, std::uint64_t seed) {
-    Floats in;
-    for (const std::int16_t sample : test::noise(seed, static_cast<int>(width * frames), 32767)) {
-        in.push_back(static_cast<float>(sample) / 32768.0F);
-    }
+    Floats in = test::noiseFloats(seed, width * frames);
     test::Random random(seed);
     for (std::size_t channel = 0; channel < width; ++channel) {
         const auto start = static_cast<std::size_t>(random.between(0, static_cast<int>(frames / 4)));
@@ -115,14 +112,14 @@ void expectEqualBits(const Layout& layout, const Floats& in, const std::vector<s
     test::forEachVectorTarget([&] {
         ConvolveReverb reverb;
         layout.set_up(reverb);
+        Floats out(expected.size());
         std::size_t done = 0;
         for (const std::size_t frames : calls) {
-            Floats out(2 * frames);
-            (reverb.*layout.operation)(in.data() + done * layout.width, out.data(), static_cast<int>(frames));
-            ASSERT_EQ(std::memcmp(out.data(), expected.data() + 2 * done, out.size() * sizeof(float)), 0)
-                << layout.name << ", frames from " << done;
+            (reverb.*layout.operation)(in.data() + done * layout.width, out.data() + 2 * done,
+                                       static_cast<int>(frames));
             done += frames;
         }
+        ASSERT_TRUE(test::sameSignal(out, expected)) << layout.name;
     });
 }
 

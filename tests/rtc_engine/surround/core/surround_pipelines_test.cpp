@@ -6,16 +6,16 @@
 
 #include "au2_limiter_owner.h"
 #include "rtc_engine/surround/core/convolve_reverb/convolve_reverb_inspector.h"
-#include "support/effects/surround_owner.h"
+#include "support/effect_log_capture.h"
+#include "support/effects/surround_record.h"
 #include "support/guarded_block.h"
-#include "support/log_capture.h"
+#include "support/signal_matchers.h"
 
 namespace {
 
 using test::GuardedBlock;
-using test::makeSurround;
 using test::Pcm;
-using test::surrounded;
+using test::SurroundEffect;
 
 using PipelineFunction = int (*)(void*, short*, short*, int);
 
@@ -40,7 +40,7 @@ bool isSilent(const Pcm& pcm) {
 
 TEST(SurroundPipelines, ANullHandleIsLoggedAndRejected) {
     for (const Pipeline& pipeline : kPipelines) {
-        const test::LogCapture log;
+        const test::EffectLogCapture log;
         Pcm in(8 * 240, 1);
         GuardedBlock out(480);
         EXPECT_EQ(pipeline.function(nullptr, in.data(), out.data(), 240), 0);
@@ -53,13 +53,13 @@ TEST(SurroundPipelines, ANullHandleIsLoggedAndRejected) {
 TEST(SurroundPipelines, DispatchCallsThePipelineOfTheTypeAndChannels) {
     for (const Pipeline& pipeline : kPipelines) {
         Pcm in = test::bursts(1, pipeline.channels * 2400);
-        const auto dispatched = makeSurround(pipeline.channels, pipeline.type);
-        const Pcm expected = surrounded(dispatched.get(), in, pipeline.channels, {2400});
+        SurroundEffect dispatched(pipeline.channels, pipeline.type);
+        const Pcm expected = dispatched.process(in);
         EXPECT_FALSE(isSilent(expected));
-        const auto direct = makeSurround(pipeline.channels, pipeline.type);
+        const SurroundEffect direct(pipeline.channels, pipeline.type);
         Pcm out(4800);
-        EXPECT_EQ(pipeline.function(direct.get(), in.data(), out.data(), 2400), 2400);
-        EXPECT_EQ(out, expected);
+        EXPECT_EQ(pipeline.function(direct.handle(), in.data(), out.data(), 2400), 2400);
+        EXPECT_TRUE(test::sameSignal(out, expected));
     }
 }
 
@@ -74,18 +74,18 @@ constexpr MadeFor kEveryHandle[] = {{1, 1}, {1, 2}, {1, 6}, {1, 8}, {13, 1}, {13
 TEST(SurroundPipelines, AHandleForOtherChannelsOrAnotherTypeIsRejected) {
     int refused = 0;
     for (const auto& [type, channels] : kEveryHandle) {
-        const auto handle = makeSurround(channels, type);
-        const SurroundHandle& record = test::recordOf(handle);
+        SurroundEffect surround(channels, type);
+        const SurroundHandle& record = test::recordOf(surround);
         const auto width = static_cast<int>(test::surroundWidth(channels));
         for (const Pipeline& pipeline : kPipelines) {
             if (pipeline.type == type && pipeline.channels == width) continue;
             ++refused;
-            const test::LogCapture log;
+            const test::EffectLogCapture log;
             Pcm in(8 * 240, 1);
             GuardedBlock out(480);
-            EXPECT_EQ(pipeline.function(handle.get(), in.data(), out.data(), 240), 0);
-            EXPECT_EQ(pipeline.function(handle.get(), in.data(), out.data(), 1), 0);
-            EXPECT_EQ(pipeline.function(handle.get(), nullptr, nullptr, 240), 0);
+            EXPECT_EQ(pipeline.function(surround.handle(), in.data(), out.data(), 240), 0);
+            EXPECT_EQ(pipeline.function(surround.handle(), in.data(), out.data(), 1), 0);
+            EXPECT_EQ(pipeline.function(surround.handle(), nullptr, nullptr, 240), 0);
             EXPECT_TRUE(out.isUntouched());
             EXPECT_EQ(record.inRing->writeIndex, 0);
             EXPECT_EQ(record.outRing->writeIndex, 0);
@@ -99,19 +99,18 @@ TEST(SurroundPipelines, AHandleForOtherChannelsOrAnotherTypeIsRejected) {
 TEST(SurroundPipelines, ARejectedCallDoesNotChangeLaterSound) {
     for (const auto& [type, channels] : kEveryHandle) {
         const std::size_t width = test::surroundWidth(channels);
-        const auto disturbed = makeSurround(channels, type);
-        const auto alone = makeSurround(channels, type);
+        SurroundEffect disturbed(channels, type);
+        SurroundEffect alone(channels, type);
         for (std::uint64_t block = 0; block < 4; ++block) {
             Pcm in =
                 block < 2 ? test::noise(block, static_cast<int>(300 * width), 20000) : Pcm(300 * width, 0);
-            EXPECT_EQ(surrounded(disturbed.get(), in, channels, {300}),
-                      surrounded(alone.get(), in, channels, {300}));
+            EXPECT_TRUE(test::sameSignal(disturbed.process(in), alone.process(in)));
             for (const Pipeline& pipeline : kPipelines) {
                 if (pipeline.type == type && pipeline.channels == static_cast<int>(width)) continue;
                 Pcm other(8 * 480, 15000);
                 Pcm out(2 * 480);
                 for (const int frames : {480, 240, 1, 0, -1}) {
-                    pipeline.function(disturbed.get(), other.data(), out.data(), frames);
+                    pipeline.function(disturbed.handle(), other.data(), out.data(), frames);
                 }
                 EXPECT_EQ(out, Pcm(2 * 480, 0));
             }
@@ -120,18 +119,18 @@ TEST(SurroundPipelines, ARejectedCallDoesNotChangeLaterSound) {
 }
 
 TEST(SurroundPipelines, ACorruptedHandleGetsNoOutput) {
-    const auto handle = makeSurround(2, 1);
+    SurroundEffect surround(2, 1);
     const Pcm in(480, 1);
     GuardedBlock out(480);
-    SurroundHandle& record = test::recordOf(handle);
+    SurroundHandle& record = test::recordOf(surround);
     record.layout = nullptr;
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 240), 0);
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), 0), 0);
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), nullptr, nullptr, -5), -10);
+    EXPECT_EQ(aem_ProcessSurround(surround.handle(), in.data(), out.data(), 240), 0);
+    EXPECT_EQ(aem_ProcessSurround(surround.handle(), in.data(), out.data(), 0), 0);
+    EXPECT_EQ(aem_ProcessSurround(surround.handle(), nullptr, nullptr, -5), -10);
     for (const Pipeline& pipeline : kPipelines) {
         Pcm samples(8 * 240, 1);
-        EXPECT_EQ(pipeline.function(handle.get(), samples.data(), out.data(), 240), 0);
-        EXPECT_EQ(pipeline.function(handle.get(), nullptr, nullptr, -5), -5);
+        EXPECT_EQ(pipeline.function(surround.handle(), samples.data(), out.data(), 240), 0);
+        EXPECT_EQ(pipeline.function(surround.handle(), nullptr, nullptr, -5), -5);
     }
     EXPECT_TRUE(out.isUntouched());
     EXPECT_EQ(record.inRing->writeIndex, 0);
@@ -140,10 +139,10 @@ TEST(SurroundPipelines, ACorruptedHandleGetsNoOutput) {
 TEST(SurroundPipelines, FramesBelowOneReturnBeforeAnyOtherCheck) {
     const short in = 1;
     GuardedBlock out(1);
-    const test::LogCapture log;
+    const test::EffectLogCapture log;
     for (const auto& [type, channels] : kEveryHandle) {
-        const auto handle = makeSurround(channels, type);
-        for (void* const called : {handle.get(), static_cast<void*>(nullptr)}) {
+        SurroundEffect surround(channels, type);
+        for (void* const called : {surround.handle(), static_cast<void*>(nullptr)}) {
             for (const int frames : {0, -1, -5, -240, INT_MIN / 2}) {
                 EXPECT_EQ(aem_ProcessSurround(called, &in, out.data(), frames), 2 * frames);
                 EXPECT_EQ(aem_ProcessSurround(called, nullptr, out.data(), frames), 2 * frames);
@@ -155,10 +154,10 @@ TEST(SurroundPipelines, FramesBelowOneReturnBeforeAnyOtherCheck) {
         }
         for (const Pipeline& pipeline : kPipelines) {
             for (const int frames : {0, -1, -5, INT_MIN / 2, INT_MIN}) {
-                EXPECT_EQ(pipeline.function(handle.get(), nullptr, nullptr, frames), frames);
+                EXPECT_EQ(pipeline.function(surround.handle(), nullptr, nullptr, frames), frames);
             }
         }
-        EXPECT_EQ(test::recordOf(handle).inRing->writeIndex, 0);
+        EXPECT_EQ(test::recordOf(surround).inRing->writeIndex, 0);
     }
     EXPECT_TRUE(out.isUntouched());
     EXPECT_TRUE(log.lines().empty());
@@ -167,7 +166,7 @@ TEST(SurroundPipelines, FramesBelowOneReturnBeforeAnyOtherCheck) {
 TEST(SurroundPipelines, ANullHandleIsLoggedForAnyFrames) {
     for (const Pipeline& pipeline : kPipelines) {
         for (const int frames : {240, 1, 0, -1, INT_MIN}) {
-            const test::LogCapture log;
+            const test::EffectLogCapture log;
             EXPECT_EQ(pipeline.function(nullptr, nullptr, nullptr, frames), 0);
             ASSERT_EQ(log.lines().size(), 1U);
             EXPECT_EQ(log.lines()[0], "[ZubrelAem]: (surround: " + pipeline.null_line);
@@ -176,25 +175,25 @@ TEST(SurroundPipelines, ANullHandleIsLoggedForAnyFrames) {
 }
 
 TEST(SurroundPipelines, IsSilentUntilTheFirstBlockIsComplete) {
-    const auto handle = makeSurround(2, 1);
+    SurroundEffect surround(2, 1);
     const Pcm in(200, 9000);
-    SurroundHandle& record = test::recordOf(handle);
-    EXPECT_TRUE(isSilent(surrounded(handle.get(), in, 2, {100})));
+    SurroundHandle& record = test::recordOf(surround);
+    EXPECT_TRUE(isSilent(surround.process(in)));
     EXPECT_EQ(sonivex::fillLevel(*record.inRing), 200);
     EXPECT_EQ(sonivex::fillLevel(*record.outRing), 0);
-    EXPECT_TRUE(isSilent(surrounded(handle.get(), in, 2, {100})));
-    EXPECT_FALSE(isSilent(surrounded(handle.get(), in, 2, {100})));
+    EXPECT_TRUE(isSilent(surround.process(in)));
+    EXPECT_FALSE(isSilent(surround.process(in)));
     EXPECT_EQ(sonivex::fillLevel(*record.inRing), 2 * 60);
     EXPECT_EQ(sonivex::fillLevel(*record.outRing), 280);
 }
 
 TEST(SurroundPipelines, CallsOfOneBlockHaveNoLatency) {
     for (const int channels : {2, 6, 8}) {
-        const auto handle = makeSurround(channels, 1);
-        SurroundHandle& record = test::recordOf(handle);
+        SurroundEffect surround(channels, 1);
+        SurroundHandle& record = test::recordOf(surround);
         for (int call = 0; call < 5; ++call) {
             const Pcm in = test::noise(9, channels * 240, 9000);
-            EXPECT_FALSE(isSilent(surrounded(handle.get(), in, channels, {240})));
+            EXPECT_FALSE(isSilent(surround.process(in)));
             EXPECT_EQ(sonivex::fillLevel(*record.inRing), 0);
             EXPECT_EQ(sonivex::fillLevel(*record.outRing), 0);
         }
@@ -204,55 +203,55 @@ TEST(SurroundPipelines, CallsOfOneBlockHaveNoLatency) {
 }
 
 TEST(SurroundPipelines, ACallWithoutFramesRendersQueuedInput) {
-    const auto handle = makeSurround(2, 1);
-    SurroundHandle& record = test::recordOf(handle);
+    SurroundEffect surround(2, 1);
+    SurroundHandle& record = test::recordOf(surround);
     const Pcm waiting(700, 3000);
     sonivex::writeSamples(*record.inRing, waiting.data(), 700);
     GuardedBlock out(1);
     const short in = 1;
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), 0), 0);
+    EXPECT_EQ(aem_ProcessSurround(surround.handle(), &in, out.data(), 0), 0);
     EXPECT_TRUE(out.isUntouched());
     EXPECT_EQ(sonivex::fillLevel(*record.inRing), 220);
     EXPECT_EQ(sonivex::fillLevel(*record.outRing), 480);
 }
 
 TEST(SurroundPipelines, NegativeFramesReadAndWriteNothing) {
-    const auto handle = makeSurround(6, 13);
+    SurroundEffect surround(6, 13);
     GuardedBlock out(1);
     const short in = 1;
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), -1), -2);
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), -240), -480);
+    EXPECT_EQ(aem_ProcessSurround(surround.handle(), &in, out.data(), -1), -2);
+    EXPECT_EQ(aem_ProcessSurround(surround.handle(), &in, out.data(), -240), -480);
     EXPECT_TRUE(out.isUntouched());
-    EXPECT_EQ(test::recordOf(handle).inRing->writeIndex, 0);
+    EXPECT_EQ(test::recordOf(surround).inRing->writeIndex, 0);
 }
 
 TEST(SurroundPipelines, NullArgumentsAreRejected) {
-    const auto handle = makeSurround(2, 1);
+    SurroundEffect surround(2, 1);
     const Pcm in(480, 1);
     GuardedBlock out(480);
-    const test::LogCapture log;
+    const test::EffectLogCapture log;
     EXPECT_EQ(aem_ProcessSurround(nullptr, in.data(), out.data(), 240), 0);
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), nullptr, out.data(), 240), 0);
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), nullptr, 240), 0);
+    EXPECT_EQ(aem_ProcessSurround(surround.handle(), nullptr, out.data(), 240), 0);
+    EXPECT_EQ(aem_ProcessSurround(surround.handle(), in.data(), nullptr, 240), 0);
     EXPECT_TRUE(out.isUntouched());
     EXPECT_TRUE(log.lines().empty());
-    EXPECT_EQ(test::recordOf(handle).inRing->writeIndex, 0);
+    EXPECT_EQ(test::recordOf(surround).inRing->writeIndex, 0);
 }
 
 TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRejected) {
     const short in = 1;
     GuardedBlock out(1);
     for (const int channels : {2, 6, 8}) {
-        const auto handle = makeSurround(channels, 1);
+        SurroundEffect surround(channels, 1);
         for (const int frames : {INT_MAX, INT_MAX / channels + 1, INT_MIN, INT_MIN / 2 - 1}) {
-            EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), frames), 0) << frames;
+            EXPECT_EQ(aem_ProcessSurround(surround.handle(), &in, out.data(), frames), 0) << frames;
         }
         // For a negative count the return value is twice the count.
         for (const int frames : {INT_MIN / 2, INT_MIN / channels - 1, INT_MIN / channels}) {
             if (frames < INT_MIN / 2) continue;
-            EXPECT_EQ(aem_ProcessSurround(handle.get(), &in, out.data(), frames), 2 * frames) << frames;
+            EXPECT_EQ(aem_ProcessSurround(surround.handle(), &in, out.data(), frames), 2 * frames) << frames;
         }
-        EXPECT_EQ(test::recordOf(handle).inRing->writeIndex, 0);
+        EXPECT_EQ(test::recordOf(surround).inRing->writeIndex, 0);
     }
     EXPECT_TRUE(out.isUntouched());
 }
@@ -260,12 +259,12 @@ TEST(SurroundPipelines, SampleCountsBeyondAnIntAreRejected) {
 TEST(SurroundPipelines, NothingOutsideTheOutputIsWritten) {
     for (const int channels : {1, 2, 6, 8}) {
         for (const int type : {1, 13}) {
-            const auto handle = makeSurround(channels, type);
+            SurroundEffect surround(channels, type);
             for (const int frames : {1, 239, 240, 241, 5000, 45000}) {
                 const auto samples = test::surroundWidth(channels) * static_cast<std::size_t>(frames);
                 const Pcm in(samples, -700);
                 GuardedBlock out(2 * static_cast<std::size_t>(frames));
-                EXPECT_EQ(aem_ProcessSurround(handle.get(), in.data(), out.data(), frames), 2 * frames);
+                EXPECT_EQ(aem_ProcessSurround(surround.handle(), in.data(), out.data(), frames), 2 * frames);
                 EXPECT_TRUE(out.guardsAreWhole()) << channels << " channels, " << frames << " frames";
                 EXPECT_EQ(std::count(in.begin(), in.end(), -700), static_cast<std::ptrdiff_t>(samples));
             }
@@ -275,11 +274,11 @@ TEST(SurroundPipelines, NothingOutsideTheOutputIsWritten) {
 
 // Renders stereo with one tap from each channel to its own ear, so that only gain and conversions remain.
 Pcm throughGain(const Pcm& in, float gain, int limiter) {
-    const auto handle = makeSurround(2, 1, 0, limiter);
-    ConvolveReverbInspector(*test::recordOf(handle).reverb)
+    SurroundEffect surround(2, 1, 0, limiter);
+    ConvolveReverbInspector(*test::recordOf(surround).reverb)
         .plantGains(sonivex::kBingo2,
                     [gain](std::size_t agent) { return agent == 0 || agent == 3 ? gain : 0.0F; });
-    return surrounded(handle.get(), in, 2, {240});
+    return surround.process(in);
 }
 
 TEST(SurroundPipelines, TheHardClipTruncatesFractionsAndHoldsFullScale) {

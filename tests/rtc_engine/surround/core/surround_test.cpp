@@ -4,21 +4,22 @@
 
 #include "rejected_handle.h"
 #include "rtc_engine/surround/core/convolve_reverb/convolve_reverb_inspector.h"
-#include "support/effects/surround_owner.h"
-#include "support/log_capture.h"
+#include "support/effect_log_capture.h"
+#include "support/effects/surround_record.h"
+#include "support/signal_matchers.h"
 
 namespace {
 
-using test::makeSurround;
 using test::Pcm;
-using test::surrounded;
+using test::sameSignal;
+using test::SurroundEffect;
 
 constexpr const char* kChannelsMessage =
     "[KelvoSurround]::The input audio channel number is not supported\xEF\xBC\x81\n";
 
 TEST(Surround, AHandleStoresItsCreationArguments) {
-    const auto handle = test::SurroundPointer(aem_CreateSurround(6, 44100, 13, 2, 0));
-    const SurroundHandle& record = test::recordOf(handle);
+    const SurroundEffect surround(6, 13, 2, 0, 44100);
+    const SurroundHandle& record = test::recordOf(surround);
     EXPECT_EQ(record.channels, 6);
     EXPECT_EQ(record.sampleRate, 44100);
     EXPECT_EQ(record.type, 13);
@@ -31,19 +32,18 @@ TEST(Surround, AHandleStoresItsCreationArguments) {
 }
 
 TEST(Surround, StereoLoadsTheTwoChannelResponses) {
-    const auto handle = makeSurround(2, 1, 0);
-    ConvolveReverbInspector inspector(*test::recordOf(handle).reverb);
+    SurroundEffect surround(2, 1, 0);
+    ConvolveReverbInspector inspector(*test::recordOf(surround).reverb);
     EXPECT_EQ(inspector.layout(), &sonivex::kBingo2);
     EXPECT_EQ(inspector.responses()[0].size(), 13000U);
     for (std::size_t agent = 0; agent < 24; ++agent) EXPECT_EQ(inspector.isSetUp(agent), agent < 4);
-    Pcm out(960);
-    EXPECT_EQ(aem_ProcessSurround(handle.get(), Pcm(960, 50).data(), out.data(), 480), 960);
+    EXPECT_EQ(surround.process(Pcm(960, 50)).size(), 960U);
 }
 
 TEST(Surround, EveryTypeAndLayoutSetsUpItsAgents) {
     const auto initialised = [](int channels, int type) {
-        const auto handle = makeSurround(channels, type, 1);
-        ConvolveReverbInspector inspector(*test::recordOf(handle).reverb);
+        const SurroundEffect surround(channels, type);
+        ConvolveReverbInspector inspector(*test::recordOf(surround).reverb);
         EXPECT_EQ(inspector.channels(), channels);
         EXPECT_EQ(inspector.headBlockSize(), 256U);
         EXPECT_EQ(inspector.tailBlockSize(), 12768U);
@@ -66,16 +66,15 @@ TEST(Surround, EveryTypeAndLayoutSetsUpItsAgents) {
 TEST(Surround, MonoBehavesLikeStereo) {
     const Pcm in = test::bursts(1, 2 * 4800);
     for (const int type : {1, 13}) {
-        const auto mono = makeSurround(1, type);
-        const auto stereo = makeSurround(2, type);
-        const auto calls = test::callsOf(240, 4800);
-        EXPECT_EQ(surrounded(mono.get(), in, 1, calls), surrounded(stereo.get(), in, 2, calls));
+        SurroundEffect mono(1, type);
+        SurroundEffect stereo(2, type);
+        EXPECT_TRUE(sameSignal(mono.processInCallsOf(240, in), stereo.processInCallsOf(240, in)));
     }
 }
 
 TEST(Surround, UnsupportedChannelsAreLoggedAndReturnNull) {
     for (const int channels : {-1, 0, 3, 4, 5, 7, 9}) {
-        const test::LogCapture log;
+        const test::EffectLogCapture log;
         EXPECT_EQ(test::createRejected(channels, 1), nullptr);
         EXPECT_EQ(test::createRejected(channels, 13), nullptr);
         ASSERT_EQ(log.lines().size(), 2U);
@@ -86,7 +85,7 @@ TEST(Surround, UnsupportedChannelsAreLoggedAndReturnNull) {
 
 TEST(Surround, UnsupportedTypesAreLoggedAndReturnNull) {
     for (const int type : {-1, 0, 2, 12, 14}) {
-        const test::LogCapture log;
+        const test::EffectLogCapture log;
         EXPECT_EQ(test::createRejected(2, type), nullptr);
         EXPECT_EQ(test::createRejected(4, type), nullptr);
         ASSERT_EQ(log.lines().size(), 2U);
@@ -97,7 +96,7 @@ TEST(Surround, UnsupportedTypesAreLoggedAndReturnNull) {
 }
 
 TEST(Surround, ReleasingANullHandleIsLogged) {
-    const test::LogCapture log;
+    const test::EffectLogCapture log;
     aem_ReleaseSurround(nullptr);
     ASSERT_EQ(log.lines().size(), 1U);
     EXPECT_EQ(log.lines()[0], "[ZubrelAem]: (surround: 732) [audio]::kv surround handle is NULL.\n");
@@ -105,43 +104,43 @@ TEST(Surround, ReleasingANullHandleIsLogged) {
 
 TEST(Surround, TheModeAffectsOnlyType13) {
     const Pcm in = test::bursts(2, 2 * 2400);
-    const auto calls = test::callsOf(240, 2400);
     const auto output = [&](int type, int mode) {
-        const auto handle = makeSurround(2, type, mode);
-        return surrounded(handle.get(), in, 2, calls);
+        return SurroundEffect(2, type, mode).processInCallsOf(240, in);
     };
     EXPECT_NE(output(13, 1), output(13, 2));
     EXPECT_NE(output(13, 2), output(13, 3));
-    for (const int mode : {0, 7, -1}) EXPECT_EQ(output(13, mode), output(13, 3)) << mode;
-    EXPECT_EQ(output(1, 1), output(1, 2));
+    for (const int mode : {0, 7, -1}) {
+        EXPECT_TRUE(sameSignal(output(13, mode), output(13, 3))) << mode;
+    }
+    EXPECT_TRUE(sameSignal(output(1, 1), output(1, 2)));
 }
 
 TEST(Surround, KeepsSilenceSilent) {
     for (const int type : {1, 13}) {
         for (const int limiter : {0, 1}) {
-            const auto handle = makeSurround(8, type, 1, limiter);
-            EXPECT_EQ(surrounded(handle.get(), Pcm(8 * 2400, 0), 8, test::callsOf(240, 2400)), Pcm(4800, 0));
+            SurroundEffect surround(8, type, 1, limiter);
+            EXPECT_TRUE(sameSignal(surround.processInCallsOf(240, Pcm(8 * 2400, 0)), Pcm(4800, 0)));
         }
     }
 }
 
 TEST(Surround, TheTailEndsAfterTheLongestResponse) {
-    const auto handle = makeSurround(2, 1);
+    SurroundEffect surround(2, 1);
     Pcm in(2 * 14400, 0);
     in[0] = 20000;
     in[1] = 20000;
-    const Pcm out = surrounded(handle.get(), in, 2, test::callsOf(240, 14400));
+    const Pcm out = surround.processInCallsOf(240, in);
     EXPECT_EQ(std::count(out.begin() + 2 * 13000, out.end(), 0), 2 * 1400);
 }
 
 TEST(Surround, ALoudspeakerIsLouderAtItsOwnEar) {
     const auto energies = [](int channels, std::size_t channel, int type) {
-        const auto handle = makeSurround(channels, type);
+        SurroundEffect surround(channels, type);
         const auto width = static_cast<std::size_t>(channels);
         Pcm in(width * 4800, 0);
         const Pcm sound = test::noise(3, 240, 8000);
         for (std::size_t i = 0; i < sound.size(); ++i) in[i * width + channel] = sound[i];
-        const Pcm out = surrounded(handle.get(), in, channels, test::callsOf(240, 4800));
+        const Pcm out = surround.processInCallsOf(240, in);
         std::pair<double, double> ears;
         for (std::size_t i = 0; i < out.size(); i += 2) {
             ears.first += out[i] * out[i];
@@ -162,15 +161,14 @@ TEST(Surround, ALoudspeakerIsLouderAtItsOwnEar) {
 
 TEST(Surround, TheLimiterKeepsItsCeilingAndTheClipReachesFullScale) {
     const Pcm in = test::square(8 * 9600, 8 * 300, 32767);
-    const auto calls = test::callsOf(240, 9600);
-    const auto limited = makeSurround(8, 1, 0, 1);
-    const Pcm out = surrounded(limited.get(), in, 8, calls);
+    SurroundEffect limited(8, 1, 0, 1);
+    const Pcm out = limited.processInCallsOf(240, in);
     EXPECT_LE(*std::max_element(out.begin(), out.end()), 32440);
     EXPECT_GE(*std::min_element(out.begin(), out.end()), -32440);
     EXPECT_GT(*std::max_element(out.begin(), out.end()), 32000);
     for (const int limiter : {0, 2, -1}) {
-        const auto clipped = makeSurround(8, 1, 0, limiter);
-        const Pcm hard = surrounded(clipped.get(), in, 8, calls);
+        SurroundEffect clipped(8, 1, 0, limiter);
+        const Pcm hard = clipped.processInCallsOf(240, in);
         EXPECT_EQ(*std::max_element(hard.begin(), hard.end()), 32767);
         EXPECT_EQ(*std::min_element(hard.begin(), hard.end()), -32768);
     }
@@ -179,18 +177,16 @@ TEST(Surround, TheLimiterKeepsItsCeilingAndTheClipReachesFullScale) {
 TEST(Surround, HandlesAreIndependent) {
     const Pcm loud = test::bursts(4, 2 * 4800);
     const Pcm quiet = test::noise(5, 2 * 4800, 900);
-    const auto alone = makeSurround(2, 1);
-    const Pcm expected = surrounded(alone.get(), quiet, 2, test::callsOf(240, 4800));
-    const auto first = makeSurround(2, 1);
-    const auto second = makeSurround(2, 1);
+    SurroundEffect alone(2, 1);
+    const Pcm expected = alone.processInCallsOf(240, quiet);
+    SurroundEffect first(2, 1);
+    SurroundEffect second(2, 1);
     Pcm out;
     for (std::ptrdiff_t done = 0; done < 2 * 4800; done += 480) {
-        surrounded(first.get(), Pcm(loud.begin() + done, loud.begin() + done + 480), 2, {240});
-        const Pcm part =
-            surrounded(second.get(), Pcm(quiet.begin() + done, quiet.begin() + done + 480), 2, {240});
-        out.insert(out.end(), part.begin(), part.end());
+        first.process(Pcm(loud.begin() + done, loud.begin() + done + 480));
+        test::append(out, second.process(Pcm(quiet.begin() + done, quiet.begin() + done + 480)));
     }
-    EXPECT_EQ(out, expected);
+    EXPECT_TRUE(sameSignal(out, expected));
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -13,6 +12,7 @@
 #include "inspect_report.h"
 #include "support/signals.h"
 #include "support/temporary_folder.h"
+#include "support/wav_file.h"
 
 namespace {
 
@@ -27,28 +27,6 @@ constexpr char kOutput[] = "sonivex_dialoguenhance_output_12345678.pcm";
 std::string noiseBytes(size_t bytes) {
     const test::Pcm noise = test::noise(1, static_cast<int>(bytes / 2 + 1), 3000);
     return std::string(reinterpret_cast<const char*>(noise.data()), bytes);
-}
-
-template <typename Number>
-std::string bytesOf(Number number) {
-    std::string bytes(sizeof number, '\0');
-    std::memcpy(bytes.data(), &number, sizeof number);
-    return bytes;
-}
-
-// Makes a WAV file of float samples, the same in every channel. Works on little-endian machines only.
-std::string floatWav(uint16_t channels, uint32_t rate_hz, const std::vector<float>& samples) {
-    std::string data;
-    for (const float sample : samples) {
-        for (int c = 0; c < channels; ++c) data += bytesOf(sample);
-    }
-    constexpr uint16_t kFloatFormat = 3;
-    const auto block_bytes = static_cast<uint16_t>(4 * channels);
-    const std::string format = bytesOf(kFloatFormat) + bytesOf(channels) + bytesOf(rate_hz) +
-                               bytesOf(rate_hz * block_bytes) + bytesOf(block_bytes) + bytesOf(uint16_t{32});
-    const std::string chunks = "WAVEfmt " + bytesOf(static_cast<uint32_t>(format.size())) + format + "data" +
-                               bytesOf(static_cast<uint32_t>(data.size())) + data;
-    return "RIFF" + bytesOf(static_cast<uint32_t>(chunks.size())) + chunks;
 }
 
 class Inspect : public testing::Test {
@@ -122,13 +100,13 @@ TEST_F(Inspect, RefusesAPartialFrameThatMayMeanAnotherChannelCount) {
 TEST_F(Inspect, NamesTheFileWhoseLevelsCannotBeMeasured) {
     const std::vector<float> samples(100, 0.1F);
     for (const uint32_t rate_hz : {5U, 16U, 10000000U, 2147483647U}) {
-        const std::string path = written("rate.wav", floatWav(1, rate_hz, samples));
+        const std::string path = written("rate.wav", test::wavOf(samples, 1, rate_hz));
         expectFailure({{path}, {}, {}}, ExitCode::UnsupportedAudio,
                       "rate.wav\": its sample rate is " + std::to_string(rate_hz) + " Hz");
     }
-    const std::string many = written("many.wav", floatWav(65, 48000, samples));
+    const std::string many = written("many.wav", test::wavOf(samples, 65, 48000));
     expectFailure({{many}, {}, {}}, ExitCode::UnsupportedAudio, "many.wav\": it has 65 channels");
-    EXPECT_EQ(inspected({written("rate.wav", floatWav(1, 4000, samples))}).files.at(0).levels.frames, 100);
+    EXPECT_EQ(inspected({written("rate.wav", test::wavOf(samples, 1, 4000))}).files.at(0).levels.frames, 100);
 }
 
 TEST_F(Inspect, ReportsSamplesThatAreNotFinite) {
@@ -136,7 +114,7 @@ TEST_F(Inspect, ReportsSamplesThatAreNotFinite) {
          {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
         std::vector<float> samples(4800, 0.1F);
         samples[7] = bad;
-        const auto report = inspected({written("bad.wav", floatWav(1, 48000, samples))});
+        const auto report = inspected({written("bad.wav", test::wavOf(samples, 1, 48000))});
         EXPECT_FALSE(report.files.at(0).levels.channels.at(0).is_finite);
         EXPECT_FALSE(report.files.at(0).levels.all.is_finite);
         EXPECT_THAT(asText(report), HasSubstr("FC         not finite"));

@@ -6,8 +6,8 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <random>
 
+#include "support/signals.h"
 #include "tools/sonivex/audio_samples.h"
 
 namespace {
@@ -27,12 +27,8 @@ Samples silence(int frames) {
     return samples;
 }
 
-Samples noise(unsigned seed, int frames) {
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<float> value(-0.2F, 0.2F);
-    Samples samples(static_cast<size_t>(frames));
-    for (float& sample : samples) sample = value(random);
-    return samples;
+Samples noise(std::uint64_t seed, int frames) {
+    return test::noiseFloats(seed, static_cast<size_t>(frames), 0.2F);
 }
 
 Samples joined(std::initializer_list<Samples> parts) {

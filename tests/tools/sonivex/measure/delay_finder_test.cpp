@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <random>
 
 #include "support/recorded_speech.h"
+#include "support/signals.h"
 
 namespace {
 
@@ -24,12 +24,9 @@ Samples speech(const std::string& name) {
     return samples;
 }
 
-Samples noise(unsigned seed) {
-    std::mt19937 random(seed);
-    std::normal_distribution<float> value(0.0F, 0.1F);
-    Samples samples(60000);
-    for (float& sample : samples) sample = value(random);
-    return samples;
+// RMS 0.1.
+Samples noise(std::uint64_t seed) {
+    return test::noiseFloats(seed, 60000, 0.1732F);
 }
 
 Samples shifted(const Samples& samples, int delay) {

@@ -3,16 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <numbers>
-#include <random>
+
+#include "support/signals.h"
 
 namespace {
 
 TEST(FourierTransform, MatchesTheDefiningSum) {
-    std::mt19937 random(3);
-    std::normal_distribution<double> value;
     for (const std::size_t size : {1U, 2U, 4U, 8U, 256U}) {
-        std::vector<std::complex<double>> x(size);
-        for (auto& sample : x) sample = {value(random), value(random)};
+        const std::vector<float> parts = test::noiseFloats(3, 2 * size);
+        std::vector<std::complex<double>> x;
+        for (std::size_t n = 0; n < size; ++n) x.emplace_back(parts[2 * n], parts[2 * n + 1]);
         std::vector<std::complex<double>> fast = x;
         sonivex_tool::Fourier(size).transform(fast);
         for (std::size_t k = 0; k < size; ++k) {

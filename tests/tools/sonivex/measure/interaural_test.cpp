@@ -5,7 +5,8 @@
 #include <cmath>
 #include <cstdint>
 #include <numbers>
-#include <random>
+
+#include "support/signals.h"
 
 namespace {
 
@@ -46,13 +47,10 @@ TEST(EarComparison, SwappingTheEarsSwapsTheSigns) {
 }
 
 TEST(EarComparison, ReportsALowLikenessForIndependentNoise) {
-    std::mt19937 random(7);
-    std::normal_distribution<double> value(0.0, 0.1);
-    std::vector<double> left(24000);
-    std::vector<double> right(24000);
-    for (double& sample : left) sample = value(random);
-    for (double& sample : right) sample = value(random);
-    EXPECT_LT(compareEars(left, right, kRate_hz).likeness, 0.1) << "seed 7";
+    const std::vector<float> noise = test::noiseFloats(7, 48000);
+    const std::vector<double> left(noise.begin(), noise.begin() + 24000);
+    const std::vector<double> right(noise.begin() + 24000, noise.end());
+    EXPECT_LT(compareEars(left, right, kRate_hz).likeness, 0.1);
 }
 
 TEST(EarComparison, ReportsSilenceAsSilentWithoutASide) {

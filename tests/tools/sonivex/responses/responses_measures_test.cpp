@@ -5,7 +5,8 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
-#include <random>
+
+#include "support/signals.h"
 
 namespace {
 
@@ -17,12 +18,11 @@ constexpr int kRate_hz = 48000;
 
 // Returns an impulse at sample 40 followed by noise, which starts at an RMS of 0.03 and falls by 60 dB in
 // `time_s`.
-std::vector<double> room(double time_s, size_t size, unsigned seed) {
-    std::mt19937 random(seed);
-    std::normal_distribution<double> value(0.0, 0.03);
-    std::vector<double> gains(size, 0.0);
+std::vector<double> room(double time_s, size_t size, std::uint64_t seed) {
+    const std::vector<float> noise = test::noiseFloats(seed, size, 0.03F * std::sqrt(3.0F));
+    std::vector<double> gains(noise.begin(), noise.end());
     for (size_t n = 0; n < size; ++n) {
-        gains[n] = value(random) * std::pow(10.0, -3.0 * static_cast<double>(n) / (kRate_hz * time_s));
+        gains[n] *= std::pow(10.0, -3.0 * static_cast<double>(n) / (kRate_hz * time_s));
     }
     std::fill(gains.begin(), gains.begin() + 40, 0.0);
     gains[40] = 1.0;

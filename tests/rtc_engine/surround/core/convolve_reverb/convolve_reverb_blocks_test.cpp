@@ -1,11 +1,10 @@
 // Compares blocks rendered together with blocks rendered one after the other, bit for bit.
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "convolve_reverb.h"
 #include "layouts.h"
 #include "support/each_vector_target.h"
+#include "support/signal_matchers.h"
 #include "support/signals.h"
 
 namespace {
@@ -15,10 +14,6 @@ using PairFloats = std::vector<float>;
 constexpr const sonivex::Layout* kPairedLayouts[] = {
     &sonivex::kBingo2,     &sonivex::kBingo51,    &sonivex::kBingo71, &sonivex::kSurround2,
     &sonivex::kSurround51, &sonivex::kSurround71, &sonivex::kAudio};
-
-bool haveSameBits(const PairFloats& a, const PairFloats& b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(float)) == 0;
-}
 
 // Sound or silence at random, so that banks go idle and wake up.
 PairFloats soundOrSilence(test::Random& random, std::size_t samples) {
@@ -47,7 +42,7 @@ TEST(ConvolveReverbBlocks, RenderedTogetherEqualSingleBlocksToTheBit) {
                     one_by_one.process(*layout, in.data() + block * frames * width,
                                        apart.data() + 2 * block * frames, n);
                 }
-                ASSERT_TRUE(haveSameBits(together, apart))
+                ASSERT_TRUE(test::sameSignal(together, apart))
                     << width << " samples per frame, call " << call << " of " << blocks << " times " << n;
             }
         }
@@ -67,7 +62,8 @@ TEST(ConvolveReverbBlocks, MayOverwriteTheirInput) {
             PairFloats expected(2 * frames);
             apart.process(*layout, samples.data(), expected.data(), 240, blocks);
             in_place.process(*layout, samples.data(), samples.data(), 240, blocks);
-            ASSERT_TRUE(std::equal(expected.begin(), expected.end(), samples.begin())) << blocks << " blocks";
+            samples.resize(expected.size());
+            ASSERT_TRUE(test::sameSignal(samples, expected)) << blocks << " blocks";
         }
     }
 }

@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "convolve_reverb_inspector.h"
+#include "support/signal_matchers.h"
 #include "support/signals.h"
 
 namespace {
@@ -291,7 +292,7 @@ TEST(ConvolveReverbProcessing, RendersShorterBlocks) {
     Floats out(2 * kBlock);
     parts.process_Kelvo_Bingo_2(in.data(), out.data(), 100);
     parts.process_Kelvo_Bingo_2(in.data() + 200, out.data() + 200, 140);
-    for (std::size_t i = 0; i < out.size(); ++i) ASSERT_NEAR(out[i], expected[i], 2e-6F) << i;
+    ASSERT_TRUE(test::closeSignal(out, expected, {.most = 2e-6}));
 }
 
 }  // namespace

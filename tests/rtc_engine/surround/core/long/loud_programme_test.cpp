@@ -9,8 +9,7 @@
 #include <numbers>
 #include <vector>
 
-#include "support/effects/surround_owner.h"
-#include "surround_handle.h"
+#include "support/effects/surround_record.h"
 
 namespace {
 
@@ -101,14 +100,13 @@ Pcm master(double wanted_lufs) {
 
 // Share of blocks in which the limiter works, in percent.
 double limitedBlocks_percent(const Pcm& in, int type, int mode) {
-    const auto handle = test::makeSurround(2, type, mode);
-    const SurroundHandle& inside = test::recordOf(handle);
-    std::vector<short> out(2 * kSurroundBlockFrames);
+    test::SurroundEffect surround(2, type, mode);
+    const SurroundHandle& inside = test::recordOf(surround);
     int limited = 0;
     const int blocks = kMusic_frames / kSurroundBlockFrames;
     for (int block = 0; block < blocks; ++block) {
-        aem_ProcessSurround(handle.get(), in.data() + std::ptrdiff_t{2} * kSurroundBlockFrames * block,
-                            out.data(), kSurroundBlockFrames);
+        const auto first = in.begin() + std::ptrdiff_t{2} * kSurroundBlockFrames * block;
+        surround.process(Pcm(first, first + std::ptrdiff_t{2} * kSurroundBlockFrames));
         if (inside.limiterState->limiting == 1) ++limited;
     }
     const double share_percent = 100.0 * limited / blocks;

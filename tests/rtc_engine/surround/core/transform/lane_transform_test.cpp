@@ -148,9 +148,7 @@ TEST(LaneTransform, ARoundTripRestoresTheInput) {
         constexpr std::size_t kHalf = 256;
         constexpr std::size_t kLane = 4;
         const TransformTables tables(2 * kHalf);
-        const test::Pcm pcm = test::noise(1, kHalf * kLane, 32767);
-        Floats in;
-        for (const std::int16_t sample : pcm) in.push_back(static_cast<float>(sample) / 32768.0F);
+        const Floats in = test::noiseFloats(1, kHalf * kLane);
         Floats memory(2 * kHalf * kLane);
         fftconvolver::Buffer<double> work;
         work.resizeOrThrow(sonivex::LaneTransform::workDoubles(2 * kHalf));
