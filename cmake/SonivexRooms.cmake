@@ -1,6 +1,6 @@
 # A room is a folder with a library of its own, and the folder is the library's only include root. Headers are
-# included by their bare names, so a source reaches only the rooms that its own room links. An include against
-# the order of the rooms does not build.
+# included by their bare names, so a source reaches only the rooms that its own room links, directly or through
+# their PUBLIC links. An include against the order of the rooms does not build.
 #
 #   sonivex_add_room(name SOURCES <file...> [PUBLIC <target...>] [PRIVATE <target...>])
 #

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "effects.h"
-#include "relaxed.h"
+#include "relaxed_atomic.h"
 #include "spsc_queue.h"
 #include "vorlin/av_frame.h"
 #include "vorlin/filter.h"
@@ -50,7 +50,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     /** Makes a working filter. It passes every frame through untouched until `setInvalid(false)`.
      *  @param src    replaced by the description of the first frame that an effect processes.
      *  @param dst    kept, not used.
-     *  @param active whether `init` starts a worker thread.
+     *  @param active true if `init` starts a worker thread.
      *  [any, concurrent] not real-time safe: allocates */
     sonivexFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active);
     /** Stops the worker, and frees the frames inside, the graphs and the handles. A prototype has none of
@@ -81,13 +81,13 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
      *  [player thread] real-time safe if `frame` is null; otherwise frees the frame that it replaces */
     int pull(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
     /** Destroys every frame inside, all history of the effects, both graphs and the samples of the load
-     *  guard, and close the dump files. Options and switches stay.
+     *  guard, and closes the dump files. Options and switches stay.
      *  [player thread] not real-time safe: waits until the worker pauses, frees memory, closes dump files,
      *  logs */
     void flush() override;
     /** @return kFilterName. [any, concurrent] not real-time safe: may allocate */
     std::string getName() override;
-    /** @return whether `name` is "sonivex"; the codec hints are not used. [any, concurrent] real-time safe */
+    /** @return true if `name` is "sonivex"; the codec hints are not used. [any, concurrent] real-time safe */
     bool is_supported(const std::string& name, int codec, int profile, int level) override;
     /** Makes a working filter, which the caller owns. [any, concurrent] not real-time safe: allocates */
     IAudioFilter* clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) override;
@@ -97,7 +97,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     /** Keeps the name of what is being played; nothing depends on it.
      *  [player thread] not real-time safe: allocates */
     void setCurrentTarget(const std::string& target) override;
-    /** @return whether frame rate times speed is 62 or more. A filter that is not set invalid reports a
+    /** @return true if frame rate times speed is 62 or more. A filter that is not set invalid reports a
      *  crossing of this limit to the event callback.
      *  [player thread] not real-time safe: allocates for the event, runs the event callback */
     bool isOverFps() override;

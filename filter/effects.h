@@ -3,7 +3,7 @@
 #include <memory>
 #include <span>
 
-#include "relaxed.h"
+#include "relaxed_atomic.h"
 
 namespace Vorlin {
 
@@ -55,7 +55,8 @@ struct EffectRecord {
      *  @throws std::bad_alloc
      *  [worker] not real-time safe: surround allocates for mono, the normalizer for each of its blocks */
     int (*process)(void* handle, const InputBlock& in, short* out);
-    /** Frees a handle. [worker] not real-time safe: frees memory */
+    /** Frees a handle. [worker], or `flush` and the destructor while no worker runs. Not real-time safe:
+     *  frees memory */
     void (*release)(void* handle);
 };
 
@@ -66,7 +67,7 @@ std::span<const EffectRecord> allEffects();
 /** Every effect, the one with the lowest precedence number first. [any, concurrent] real-time safe */
 std::span<const EffectRecord* const> effectsByPrecedence();
 
-/** @return whether `effect` processes audio of this channel count and sample rate, in Hz.
+/** @return true if `effect` processes audio of this channel count and sample rate, in Hz.
  *  [any, concurrent] real-time safe */
 bool isSupportedStream(const EffectRecord& effect, int channels, int sample_rate_hz);
 

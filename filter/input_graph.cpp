@@ -42,7 +42,7 @@ bool isAsEffectsTakeIt(const AVFrame* frame, int channels) {
 
 }  // namespace
 
-// Takes `info` for the description of the stream from now on. If there was an input graph since the last
+// Uses `info` as the description of the stream from now on. If there was an input graph since the last
 // flush, a lost frame has freed it, and the player may have changed the stream without a flush. In that case
 // the format to deliver changes too. Otherwise the first frame of the stream has settled that format.
 void sonivexFilter::takeOnStream(const IQFFrame::audioInfo& info) {
@@ -146,8 +146,8 @@ int sonivexFilter::addFilter(AVFilterContext** last, const char* name, const cha
     return error;
 }
 
-// Converts the samples of `frame` in place and keeps everything else of it. A graph that refuses the frame
-// holds nothing of it and stays. A graph that takes the frame and does not give it back is freed.
+// Converts the samples of `frame` in place and leaves its other fields unchanged. A graph that refuses the
+// frame holds nothing of it and stays. A graph that takes the frame and does not give it back is freed.
 // @return 0; AVERROR(EAGAIN) or AVERROR_EOF if the graph has no frame to give; or another negative AVERROR.
 // Every negative result is logged.
 int sonivexFilter::convertToS16(const IQFFrame::audioInfo& info, AVFrame* frame) {

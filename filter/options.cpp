@@ -14,8 +14,8 @@ namespace Vorlin {
 
 namespace {
 
-constexpr int kType3dSurround = 1;
-constexpr int kTypeMegaBass = 13;
+constexpr int k3dSurroundType = 1;
+constexpr int kMegaBassType = 13;
 constexpr double kMinVoice = 1.0;
 
 // Cuts the fraction off. A value beyond an int becomes the nearest int, NaN becomes 0.
@@ -66,7 +66,7 @@ bool sonivexFilter::setFilterOptions(const std::string& json) {
     if (options.hasItem("surround_effect_type")) {
         const std::string name = options.getString("surround_effect_type");
         if (name == "3DSurround" || name == "MegaBass") {
-            const int type = name == "MegaBass" ? kTypeMegaBass : kType3dSurround;
+            const int type = name == "MegaBass" ? kMegaBassType : k3dSurroundType;
             mSurroundType = type;
             __log_print(LOG_DEBUG, kFilterName, "sonivex set surround_effect_type: %s -> %d", name.c_str(),
                         type);

@@ -16,8 +16,8 @@
 #include "av_array.h"
 #include "real_transforms.h"
 #include "sonivex/dialoguenhance.h"
-#include "support/heap_bytes.h"
-#include "support/signals.h"
+#include "support/memory/heap_bytes.h"
+#include "support/signals/signals.h"
 #include "thread_time.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "SonivexFilter.h"
-#include "support/audio_frames.h"
+#include "support/frames/audio_frames.h"
 
 namespace {
 

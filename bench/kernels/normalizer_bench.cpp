@@ -16,7 +16,7 @@
 
 #include "au2_limiter_owner.h"
 #include "sonivex/normalizer.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 #include "thread_time.h"
 
 namespace {

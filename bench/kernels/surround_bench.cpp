@@ -24,8 +24,8 @@
 #include "lane_transform.h"
 #include "sonivex/surround.h"
 #include "spectrum_arithmetic.h"
-#include "support/heap_bytes.h"
-#include "support/signals.h"
+#include "support/memory/heap_bytes.h"
+#include "support/signals/signals.h"
 #include "thread_time.h"
 
 namespace {
@@ -225,7 +225,7 @@ void BankArithmetic(benchmark::State& state, std::int64_t target, std::size_t ba
                                              planes);
         }
         for (std::size_t i = 0; i < step.finishedBlocks(); ++i) {
-            newest = sonivex::slotBefore(newest, partitions - 1);
+            newest = sonivex::slotOfNextBlock(newest, partitions - 1);
         }
         benchmark::ClobberMemory();
     }

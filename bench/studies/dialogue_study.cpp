@@ -15,7 +15,7 @@
 #include "sonivex/dialoguenhance.h"
 #include "speech_ratio.h"
 #include "study_plot.h"
-#include "support/dialogue_scene.h"
+#include "support/signals/dialogue_scene.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ using test::Sides;
 
 constexpr int kRate_hz = 48000;
 constexpr int kHopFrames = 512;
-constexpr int kGreatestVoiceLevel = 10;
+constexpr int kMaxVoiceLevel = 10;
 constexpr std::ptrdiff_t kDelaySamples = std::ptrdiff_t{2} * 3 * kHopFrames;
 // A block counts as speech down to 20 dB below the mean power, as in compareSpeech.
 constexpr double kActiveShare = 0.01;
@@ -107,8 +107,8 @@ using Curves = std::vector<std::vector<double>>;
 study::Figure figureOf(const Curves& rises, const Curves& presences) {
     study::Figure figure;
     figure.title = "Speech in the centre over a background at the sides";
-    figure.x = {"voice level", 0, kGreatestVoiceLevel, 1, 0};
-    for (int voice_level = 0; voice_level <= kGreatestVoiceLevel; ++voice_level) {
+    figure.x = {"voice level", 0, kMaxVoiceLevel, 1, 0};
+    for (int voice_level = 0; voice_level <= kMaxVoiceLevel; ++voice_level) {
         figure.x_values.push_back(voice_level);
     }
     for (const Case& each : kCases) figure.names.emplace_back(each.name);
@@ -135,7 +135,7 @@ int main(int argc, char** argv) {
         std::printf("%s\n  voice   rise dB  parts dB  presence\n", each.name);
         rises.emplace_back();
         presences.emplace_back();
-        for (int voice_level = 0; voice_level <= kGreatestVoiceLevel; ++voice_level) {
+        for (int voice_level = 0; voice_level <= kMaxVoiceLevel; ++voice_level) {
             const Result result = measured(scene, voice_level);
             std::printf("  %5d  %8.2f  %8.2f  %8.2f\n", voice_level, result.rise_db, result.parts_db,
                         result.presence);

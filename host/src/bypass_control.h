@@ -27,7 +27,7 @@ class BypassControl {
     /** Sets the filter invalid if a reason holds, else valid. */
     void apply();
 
-    /** @return whether a reason holds. */
+    /** @return true if a reason holds. */
     bool isBypassed() const { return mListener || mOverFps || mOverload; }
 
     /** Sets or ends the reason `listener`. */

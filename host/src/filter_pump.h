@@ -16,7 +16,7 @@ namespace Vorlin {
 class FilterPump {
   public:
     /** @param filter, bypass, working_time must outlive this object.
-     *  @param active      whether the filter has a worker; an inactive one works inside `push`.
+     *  @param active      true if the filter has a worker; an inactive one works inside `push`.
      *  @param stall_limit longest wait for a filter that moves no frame.
      *  @param output      receives every frame that comes out, in order, except fences. */
     FilterPump(IAudioFilter& filter, bool active, const BypassControl& bypass, WorkingTime& working_time,
@@ -33,7 +33,7 @@ class FilterPump {
     /** @return how many frames went to the output so far; fences do not count. */
     uint64_t handedOver() const { return mHandedOver; }
 
-    /** @return whether the filter was bypassed when it took or refused the last frame. */
+    /** @return true if the filter was bypassed when it took or refused the last frame. */
     bool wasBypassed() const { return mWasBypassed; }
 
   private:

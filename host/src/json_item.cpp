@@ -65,7 +65,7 @@ std::string withSaturatedNumbers(std::string_view text) {
 }
 
 json parse(const std::string& text) {
-    // The parser takes a zero byte for the end of the text, but JSON does not allow one anywhere.
+    // The parser treats a zero byte as the end of the text, but JSON does not allow one anywhere.
     if (text.find('\0') != std::string::npos) return json(json::value_t::discarded);
     constexpr bool kThrow = false;
     json value = json::parse(text, nullptr, kThrow);

@@ -25,7 +25,7 @@ bool isSameStream(const IQFFrame::audioInfo& a, const IQFFrame::audioInfo& b) {
 class FilterPlayer final : public Player {
   public:
     FilterPlayer(std::shared_ptr<Plugin> plugin, std::unique_ptr<IAudioFilter> filter,
-                 std::unique_ptr<BypassControl> bypass, std::shared_ptr<const QfThreadClock> worker,
+                 std::unique_ptr<BypassControl> bypass, std::shared_ptr<const qfThreadClock> worker,
                  const PlayerConfig& config, Output output)
         : mPlugin(std::move(plugin)),
           mBypass(std::move(bypass)),

@@ -9,7 +9,7 @@
 namespace Vorlin {
 
 std::shared_ptr<Plugin> Plugin::load(const std::string& path, std::string& error) {
-    // dlopen takes an empty name for the program itself, and stops at a zero byte.
+    // dlopen treats an empty name as the program itself, and stops at a zero byte.
     if (path.empty() || path.find('\0') != std::string::npos) {
         error = "the name of a library must not be empty or hold a zero byte";
         return nullptr;

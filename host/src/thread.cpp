@@ -21,7 +21,7 @@ nanoseconds readClock(clockid_t clock) {
 }
 
 // Sums the processor time over all system threads that one qfThread has had, one after the other.
-class WorkerClock final : public QfThreadClock {
+class WorkerClock final : public qfThreadClock {
   public:
     nanoseconds cpuTime() const override {
         const std::lock_guard lock(mMutex);
@@ -49,7 +49,7 @@ class WorkerClock final : public QfThreadClock {
     nanoseconds mEnded{};
 };
 
-thread_local std::shared_ptr<const QfThreadClock> newest_clock;
+thread_local std::shared_ptr<const qfThreadClock> newest_clock;
 
 void nameThisThread(const std::string& name) {
     constexpr size_t kLongestNameBytes = 15;
@@ -58,7 +58,7 @@ void nameThisThread(const std::string& name) {
 
 }  // namespace
 
-QfThreadClock::~QfThreadClock() = default;
+qfThreadClock::~qfThreadClock() = default;
 
 // The state is shared with the worker, so that a body may destroy its own qfThread.
 struct qfThread::State {
@@ -139,11 +139,11 @@ void qfThread::stop() {
     if (mState->thread.joinable()) mState->thread.join();
 }
 
-std::shared_ptr<const QfThreadClock> qfThread::clock() const {
+std::shared_ptr<const qfThreadClock> qfThread::clock() const {
     return mState->clock;
 }
 
-std::shared_ptr<const QfThreadClock> qfThread::clockOfNewest() {
+std::shared_ptr<const qfThreadClock> qfThread::clockOfNewest() {
     return newest_clock;
 }
 

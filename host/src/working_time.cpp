@@ -9,7 +9,7 @@ using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 
 WorkingTime::WorkingTime(IAudioFilter& filter, const BypassControl& bypass, bool active,
-                         std::shared_ptr<const QfThreadClock> worker)
+                         std::shared_ptr<const qfThreadClock> worker)
     : mFilter(filter), mBypass(bypass), mActive(active), mWorker(std::move(worker)) {}
 
 void WorkingTime::forget() {
@@ -32,11 +32,11 @@ void WorkingTime::framesCameOut(uint64_t frames, nanoseconds push_call) {
     if (!mActive) {
         tell(frames, push_call);
     } else if (mWorker && frames > 0) {
-        mUntold += growthOfWorker();
+        mUnreported += growthOfWorker();
         if (isWatching()) {
-            tell(frames, mUntold);
+            tell(frames, mUnreported);
         } else {
-            mUntold = {};
+            mUnreported = {};
         }
     }
 }

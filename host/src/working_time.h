@@ -24,11 +24,11 @@ namespace Vorlin {
 class WorkingTime {
   public:
     /** @param filter, bypass must outlive this object.
-     *  @param active whether the filter has a worker.
+     *  @param active true if the filter has a worker.
      *  @param worker the clock of the worker; null if there is none. Nothing is reported to an active filter
      *  without a clock. */
     WorkingTime(IAudioFilter& filter, const BypassControl& bypass, bool active,
-                std::shared_ptr<const QfThreadClock> worker);
+                std::shared_ptr<const qfThreadClock> worker);
 
     /** Sets the video's frame rate, in frames per second. */
     void setVideoFps(double fps) { mFps = fps; }
@@ -50,9 +50,9 @@ class WorkingTime {
     IAudioFilter& mFilter;
     const BypassControl& mBypass;
     const bool mActive;
-    const std::shared_ptr<const QfThreadClock> mWorker;
+    const std::shared_ptr<const qfThreadClock> mWorker;
     std::chrono::nanoseconds mWorkerSeen{};  // clock reading up to which the work is accounted for
-    std::chrono::nanoseconds mUntold{};      // time below a millisecond, kept for the next frame
+    std::chrono::nanoseconds mUnreported{};  // time below a millisecond, kept for the next frame
     double mFps = 0.0;
     double mSpeed = 1.0;
 };

@@ -18,7 +18,7 @@
  *  [any, concurrent] if the writer allows it; not real-time safe (the writer may block) */
 SONIVEX_API void ZubrelAem_logTrace(const char* prefix, const char* format, ...) SONIVEX_PRINTF_FORMAT(2, 3);
 
-/** The default writer: print `line` to standard output, without adding a newline.
+/** Default writer. Prints `line` to standard output, without adding a newline.
  *  @return the result of printf.
  *  [any, concurrent] not real-time safe (writes to standard output) */
 SONIVEX_API int logWrite(const char* line);

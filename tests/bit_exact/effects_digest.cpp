@@ -19,7 +19,7 @@
 #include "mixer.h"
 #include "sonivex/normalizer.h"
 #include "sonivex/surround.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

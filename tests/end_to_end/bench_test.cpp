@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/process.h"
+#include "support/processes/process.h"
 
 namespace {
 

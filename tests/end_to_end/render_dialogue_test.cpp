@@ -8,7 +8,7 @@
 #include "end_to_end/media/dialogue_media.h"
 #include "end_to_end/media/media.h"
 #include "end_to_end/media/render_fixture.h"
-#include "support/lateness.h"
+#include "support/signals/lateness.h"
 
 namespace {
 

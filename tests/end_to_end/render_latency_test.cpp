@@ -4,7 +4,7 @@
 
 #include "end_to_end/media/media.h"
 #include "end_to_end/media/render_fixture.h"
-#include "support/signal_matchers.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
-#include "support/process.h"
-#include "support/temporary_folder.h"
+#include "support/processes/process.h"
+#include "support/processes/temporary_folder.h"
 
 namespace {
 

@@ -7,8 +7,8 @@ extern "C" {
 }
 
 #include "filter/faults/filter_under_test.h"
-#include "support/frame_matchers.h"
-#include "support/host_log_capture.h"
+#include "support/frames/frame_matchers.h"
+#include "support/logs/host_log_capture.h"
 #include "vorlin/av_compat.h"
 
 namespace test {

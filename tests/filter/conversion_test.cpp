@@ -10,8 +10,8 @@ extern "C" {
 #include "filter/faults/allocation_limit.h"
 #include "filter/faults/filter_under_test.h"
 #include "support/effects/normalizer_effect.h"
-#include "support/frame_matchers.h"
-#include "support/host_log_capture.h"
+#include "support/frames/frame_matchers.h"
+#include "support/logs/host_log_capture.h"
 #include "vorlin/av_compat.h"
 
 namespace test {
@@ -99,7 +99,7 @@ TEST_P(FilterSampleFormats, KeepTimestampsSideDataAndMetadata) {
     }
 }
 
-TEST_P(FilterSampleFormats, LeaveABufferUnchangedThatTheDecoderStillHolds) {
+TEST_P(FilterSampleFormats, DoNotModifyABufferThatTheDecoderStillHolds) {
     FilterUnderTest filter;
     filter.startNormalizer();
     auto frame = makeFrame({.format = GetParam()}, noiseSource(2, 3000));

@@ -7,8 +7,8 @@
 #include "support/effects/dialogue_effect.h"
 #include "support/effects/normalizer_effect.h"
 #include "support/effects/surround_effect.h"
-#include "support/frame_matchers.h"
-#include "support/host_log_capture.h"
+#include "support/frames/frame_matchers.h"
+#include "support/logs/host_log_capture.h"
 #include "vorlin/av_compat.h"
 
 namespace test {

@@ -4,7 +4,7 @@
 
 #include "filter/faults/engine_faults.h"
 #include "filter/faults/filter_under_test.h"
-#include "support/host_log_capture.h"
+#include "support/logs/host_log_capture.h"
 
 namespace test {
 namespace {

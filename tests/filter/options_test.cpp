@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "filter/faults/filter_under_test.h"
-#include "support/host_log_capture.h"
+#include "support/logs/host_log_capture.h"
 
 namespace test {
 namespace {

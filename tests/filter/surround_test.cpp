@@ -4,8 +4,8 @@
 #include "filter/faults/engine_faults.h"
 #include "filter/faults/filter_under_test.h"
 #include "support/effects/surround_effect.h"
-#include "support/frame_matchers.h"
-#include "support/host_log_capture.h"
+#include "support/frames/frame_matchers.h"
+#include "support/logs/host_log_capture.h"
 #include "vorlin/av_compat.h"
 
 namespace test {

@@ -7,8 +7,8 @@
 #include "filter/faults/filter_under_test.h"
 #include "filter/faults/system_faults.h"
 #include "support/effects/normalizer_effect.h"
-#include "support/frame_matchers.h"
-#include "support/host_log_capture.h"
+#include "support/frames/frame_matchers.h"
+#include "support/logs/host_log_capture.h"
 
 namespace test {
 namespace {

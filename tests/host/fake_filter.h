@@ -45,7 +45,7 @@ struct Script {
     bool fences_hold_samples = true;
     std::vector<uint64_t> samples_ms;  // arguments of checkTimeConsume
     std::vector<std::string> options;
-    std::shared_ptr<const QfThreadClock> worker_clock;
+    std::shared_ptr<const qfThreadClock> worker_clock;
 };
 
 /** A filter with the queues, the loop and the load guard's events of a real one. A script replaces its
@@ -62,8 +62,8 @@ class FakeFilter final : public IAudioFilter, public filterPrototype {
 
     bool setOption(const std::string& key, const std::string& value, const std::string& extra) override;
     bool init(uint64_t flags) override;
-    int push(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
-    int pull(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
+    int push(std::unique_ptr<IQFFrame>& frame, uint64_t time_out) override;
+    int pull(std::unique_ptr<IQFFrame>& frame, uint64_t time_out) override;
     void flush() override;
     std::string getName() override { return kName; }
     bool is_supported(const std::string& name, int, int, int) override { return name == supported_name_; }

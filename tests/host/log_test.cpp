@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "support/host_log_capture.h"
+#include "support/logs/host_log_capture.h"
 
 namespace Vorlin {
 namespace {

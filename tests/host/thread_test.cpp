@@ -208,7 +208,7 @@ TEST(QfThreadClock, BarelyAdvancesWhilePaused) {
 }
 
 TEST(QfThreadClock, StopsWithItsThreadAndContinuesWithTheNext) {
-    std::shared_ptr<const QfThreadClock> clock;
+    std::shared_ptr<const qfThreadClock> clock;
     {
         std::atomic<int> runs{0};
         const auto burn_once = [&] {
@@ -247,11 +247,11 @@ TEST(QfThread, SurvivesRandomStartsPausesAndStops) {
     SCOPED_TRACE("seed " + std::to_string(kSeed));
     std::mt19937 random(kSeed);
     int plain = 0;  // not atomic, because the body does not run after pause or stop returns
-    std::atomic<bool> mayRun{false};
+    std::atomic<bool> may_run{false};
     std::atomic<bool> ran_wrongly{false};
     qfThread thread(
         [&] {
-            if (!mayRun) ran_wrongly = true;
+            if (!may_run) ran_wrongly = true;
             return ++plain;
         },
         kName);
@@ -267,11 +267,11 @@ TEST(QfThread, SurvivesRandomStartsPausesAndStops) {
     for (int step = 0; step < 5000; ++step) {
         const auto choice = random() % 16;
         if (choice < 8) {
-            mayRun = true;
+            may_run = true;
             thread.start();
         } else {
             choice == 8 ? thread.stop() : thread.pause();
-            mayRun = false;
+            may_run = false;
             ++plain;
         }
     }

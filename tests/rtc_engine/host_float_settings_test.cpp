@@ -10,7 +10,7 @@
 #include "support/effects/dialogue_effect.h"
 #include "support/effects/normalizer_effect.h"
 #include "support/effects/surround_effect.h"
-#include "support/signal_matchers.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 
@@ -60,23 +60,31 @@ void expectSameBits(const HostSettings& host, const test::SignalFormat& format, 
     EXPECT_TRUE(test::sameSignal(output_of(effect), expected, format)) << "set before creation";
 }
 
+// Divides under the settings in force. Volatile operands and a volatile result keep the compiler from folding
+// the division, and from moving it across a change of the settings.
+float minusThird() {
+    volatile float one = 1.0F;
+    volatile float minus_three = -3.0F;
+    volatile float quotient = one / minus_three;
+    return quotient;
+}
+
 // Guards the tests below, which would also pass if the settings had no effect.
 TEST(HostFloatSettings, ApplyForTheLifetimeOfTheGuardObject) {
     volatile float smallest_normal = std::numeric_limits<float>::min();
-    volatile float one = 1.0F;
     const auto half_of_smallest = [&] { return smallest_normal * 0.5F; };
-    const float third = one / 3.0F;
+    const float usual = minusThird();
     EXPECT_NE(half_of_smallest(), 0.0F);
     volatile float denormal = std::numeric_limits<float>::denorm_min();
     {
         const FloatSettings settings(SmallNumbers::kZero, FE_UPWARD);
         EXPECT_TRUE(half_of_smallest() == 0.0F);
         EXPECT_TRUE(denormal * 16777216.0F * 16777216.0F == 0.0F);
-        EXPECT_NE(one / -3.0F, -third);
+        EXPECT_NE(minusThird(), usual);
     }
     EXPECT_NE(half_of_smallest(), 0.0F);
     EXPECT_NE(denormal * 16777216.0F * 16777216.0F, 0.0F);
-    EXPECT_EQ(one / -3.0F, -third);
+    EXPECT_EQ(minusThird(), usual);
 }
 
 TEST(HostFloatSettings, DoNotChangeSurround) {
@@ -151,21 +159,20 @@ TEST(HostFloatSettings, AreRestoredAfterEveryCall) {
     const test::DialogueEffect dialogue;
     const Pcm in = test::noise(9, 2 * 1024, 20000);
     Pcm out(2 * 1024);
-    volatile float one = 1.0F;
-    const float third = one / 3.0F;
+    const float usual = minusThird();
     const FloatSettings settings(SmallNumbers::kZero, FE_UPWARD);
     aem_ProcessSurround(surround.handle(), in.data(), out.data(), 1024);
-    EXPECT_NE(one / -3.0F, -third);
+    EXPECT_NE(minusThird(), usual);
     aem_ProcessNormalizer(normalizer.handle(), in.data(), out.data(), 1024, 2);
-    EXPECT_NE(one / -3.0F, -third);
+    EXPECT_NE(minusThird(), usual);
     aem_ProcessDialoguEnhance(dialogue.handle(), in.data(), out.data(), 1024, 48000);
-    EXPECT_NE(one / -3.0F, -third);
+    EXPECT_NE(minusThird(), usual);
     {
         const test::SurroundEffect other_surround(6, 13, 1, 1);
         const test::NormalizerEffect other_normalizer(2);
         const test::DialogueEffect other_dialogue;
     }
-    EXPECT_NE(one / -3.0F, -third);
+    EXPECT_NE(minusThird(), usual);
 }
 
 }  // namespace

@@ -28,8 +28,8 @@ void compareNormalizer(Report& report, const Effort& effort);
 void compareDialogue(Report& report, const Effort& effort);
 
 /** Reports the processor time of surround alone and within the filter, for s16 and fltp frames: the
- *  difference is that of queues and of conversion to 16 bits and back. The filter's 16-bit output must be the
- *  effect's. */
+ *  difference is the cost of queues and of conversion to 16 bits and back. The filter's 16-bit output must be
+ *  the effect's. */
 void measureFilter(Report& report, const Effort& effort);
 
 }  // namespace compare

@@ -11,8 +11,8 @@
 #include "material.h"
 #include "models/normalizer_model.h"
 #include "sonivex/normalizer.h"
-#include "support/recorded_speech.h"
-#include "support/signals.h"
+#include "support/signals/recorded_speech.h"
+#include "support/signals/signals.h"
 #include "turns.h"
 
 namespace compare {
@@ -159,8 +159,8 @@ class Alimiter {
             power += in * in;
             deviation_power += (in - out[i]) * (in - out[i]);
         }
-        constexpr double kMostThatLimitingChanges = 1e-3;  // -30 dB
-        if (!(deviation_power <= kMostThatLimitingChanges * power)) {
+        constexpr double kMaxLimitingChange = 1e-3;  // -30 dB
+        if (!(deviation_power <= kMaxLimitingChange * power)) {
             throw std::runtime_error("alimiter's output is not its delayed input");
         }
     }

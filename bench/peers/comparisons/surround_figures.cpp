@@ -9,7 +9,7 @@
 #include "machine.h"
 #include "output_check.h"
 #include "sonivex/surround.h"
-#include "support/heap_bytes.h"
+#include "support/memory/heap_bytes.h"
 #include "turns.h"
 
 namespace compare {
@@ -110,15 +110,15 @@ std::vector<double> timeCalls_us(Engine& engine, const Material& material, int c
 
 // Calls of 240 frames line up with partitions of 256 in a pattern of 16 calls. The largest median among the
 // 16 positions shows how unevenly the engine itself works, whatever else the machine does.
-double dearestOfPattern_us(const std::vector<double>& calls_us) {
+double slowestInPattern_us(const std::vector<double>& calls_us) {
     constexpr std::size_t kPatternCalls = 16;
-    double dearest_us = 0;
+    double slowest_us = 0;
     for (std::size_t first = 0; first < kPatternCalls; ++first) {
         std::vector<double> alike_us;
         for (std::size_t i = first; i < calls_us.size(); i += kPatternCalls) alike_us.push_back(calls_us[i]);
-        dearest_us = std::max(dearest_us, median(alike_us));
+        slowest_us = std::max(slowest_us, median(alike_us));
     }
-    return dearest_us;
+    return slowest_us;
 }
 
 void measureCalls(Report& report, const Effort& effort, std::size_t channels, int type,
@@ -138,7 +138,7 @@ void measureCalls(Report& report, const Effort& effort, std::size_t channels, in
     report.row("99th percentile / median", subject, p99_us / p50_us, "",
                is_short ? atMost(1.5, 1.2) : Bounds{});
     if (!is_short) return;
-    report.row("slowest call of the pattern / median", subject, dearestOfPattern_us(calls_us) / p50_us, "");
+    report.row("slowest call of the pattern / median", subject, slowestInPattern_us(calls_us) / p50_us, "");
 }
 
 // Contestants refer to this object, so it must stay where it is.

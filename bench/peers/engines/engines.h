@@ -13,7 +13,7 @@ namespace compare {
 
 /** One block of the library; calls of this length have no latency. */
 inline constexpr std::size_t kShortCall_frames = 240;
-/** A frame of many decoders, hence a common call of the filter. Each call completes four or five blocks. */
+/** Frame length of many decoders, so a common call length. Each call completes four or five blocks. */
 inline constexpr std::size_t kLongCall_frames = 1024;
 
 /** @param material    must outlive the engine

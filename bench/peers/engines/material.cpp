@@ -6,8 +6,8 @@
 
 #include "convolve_reverb.h"
 #include "response_formats.h"
-#include "support/recorded_speech.h"
-#include "support/signals.h"
+#include "support/signals/recorded_speech.h"
+#include "support/signals/signals.h"
 #include "unit_scale.h"
 
 namespace compare {

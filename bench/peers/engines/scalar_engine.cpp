@@ -55,7 +55,7 @@ class ScalarEngine : public Engine {
 
   private:
     static constexpr int kEarSamples = 2 * kBlock_frames;
-    static constexpr std::size_t kMostChannels = 8;
+    static constexpr std::size_t kMaxChannels = 8;
 
     struct Convolution {
         std::size_t channel;
@@ -67,7 +67,7 @@ class ScalarEngine : public Engine {
     std::vector<Convolution> paths_;
     sonivex::Au2LimiterOwner limiter_ = sonivex::makeAu2Limiter();
     std::vector<float> planes_;
-    float in_[kMostChannels * kBlock_frames] = {};
+    float in_[kMaxChannels * kBlock_frames] = {};
     float ears_[kEarSamples] = {};
     std::int16_t out_[kEarSamples] = {};
 };

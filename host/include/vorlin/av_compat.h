@@ -57,7 +57,7 @@ inline uint64_t defaultLayoutMask(int channels) {
 
 /** Gives a frame a copy of `layout`, also in the deprecated fields of older releases.
  *  @return 0 or a negative AVERROR.
- *  [any] real-time safe for a layout in native order; allocates and frees memory for a custom one */
+ *  [any] real-time safe unless the old or the new layout is custom: such a layout is freed or allocated */
 inline int setFrameLayout(AVFrame* frame, const AVChannelLayout& layout) {
     const int result = av_channel_layout_copy(&frame->ch_layout, &layout);
     if (result < 0) return result;

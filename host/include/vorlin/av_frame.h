@@ -19,7 +19,7 @@ class VORLIN_API AVQFFrame : public IQFFrame {
     // NOLINTNEXTLINE(google-explicit-constructor): players convert without a cast
     operator AVFrame*() const { return mFrame.get(); }
 
-    /** @return the description with which an AVQFFrame around `frame` starts; that of no audio for null.
+    /** @return the description with which an AVQFFrame around `frame` starts; if null, an empty description.
      *  [any] real-time safe */
     static audioInfo describe(const AVFrame* frame);
 

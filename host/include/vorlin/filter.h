@@ -25,7 +25,7 @@ class VORLIN_API IFilter {
      *  [player thread] not real-time safe: may allocate, log and run the event callback */
     virtual bool setOption(const std::string& key, const std::string& value, const std::string& extra) = 0;
     /** Makes the filter ready. An active filter starts its worker here.
-     *  @return whether the filter is ready.
+     *  @return true if the filter is ready.
      *  [player thread] not real-time safe: may start a thread, allocate and log */
     virtual bool init(uint64_t flags) = 0;
     /** Hands a frame in.
@@ -58,13 +58,13 @@ class VORLIN_API IAudioFilter : public IFilter {
     IAudioFilter() = default;
     /** Makes a working filter.
      *  @param src, dst the audio that comes in, and the audio that is wanted.
-     *  @param active   whether `init` starts a worker thread; an inactive filter works inside `push`.
+     *  @param active   true if `init` starts a worker thread; an inactive filter works inside `push`.
      *  [any, concurrent] real-time safe */
     IAudioFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active);
-    /** As ~IFilter. [player thread] not real-time safe: frees memory */
+    /** See ~IFilter. [player thread] not real-time safe: frees memory */
     ~IAudioFilter() override;
 
-    /** @return whether the filter answers to `name`. The integers are codec hints, which a filter may ignore.
+    /** @return true if the filter answers to `name`. The integers are codec hints, which a filter may ignore.
      *  [player thread]; the registry calls it on a prototype from any thread, one at a time. Real-time safe
      *  only if the filter says so */
     virtual bool is_supported(const std::string& name, int codec, int profile, int level) = 0;
@@ -75,7 +75,7 @@ class VORLIN_API IAudioFilter : public IFilter {
     /** Passes every frame through untouched from now on (true), or processes frames again (false).
      *  [player thread] not real-time safe: may log */
     virtual void setInvalid(bool invalid) = 0;
-    /** @return whether the filter is set invalid, but only if the filter overrides this; the base class
+    /** @return true if the filter is set invalid, but only if the filter overrides this; the base class
      *  always returns false. A player therefore keeps its own record of what it set.
      *  [player thread] real-time safe */
     virtual bool isInvalid();
@@ -86,7 +86,7 @@ class VORLIN_API IAudioFilter : public IFilter {
     virtual void setDCA(const EventCallback& callback);
     /** Tells the filter what is being played. [player thread] not real-time safe: may allocate */
     virtual void setCurrentTarget(const std::string& target) = 0;
-    /** @return whether the video's frame rate at the current speed is too high for the filter. May send an
+    /** @return true if the video's frame rate at the current speed is too high for the filter. May send an
      *  event.
      *  [player thread] not real-time safe: may run the event callback */
     virtual bool isOverFps() = 0;

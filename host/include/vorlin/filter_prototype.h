@@ -47,7 +47,7 @@ class VORLIN_API filterPrototype {
     static std::unique_ptr<IAudioFilter> createFilter(const std::string& name, const IQFFrame::audioInfo& src,
                                                       const IQFFrame::audioInfo& dst, bool active);
 
-    /** @return whether a prototype supports `name`. [any, concurrent] not real-time safe: takes a lock */
+    /** @return true if a prototype supports `name`. [any, concurrent] not real-time safe: takes a lock */
     static bool isRegistered(const std::string& name);
 };
 

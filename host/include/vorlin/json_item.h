@@ -19,7 +19,7 @@ class VORLIN_API VorlinJSONItem {
 
     /** Parses `text`. [any] not real-time safe: allocates */
     explicit VorlinJSONItem(const std::string& text);
-    /** Takes the value of another item, which is then not valid. [any] real-time safe */
+    /** Takes over another item's value. That item is then not valid. [any] real-time safe */
     VorlinJSONItem(VorlinJSONItem&&) noexcept;
     /** Replaces the value by that of another item, which is then not valid.
      *  [any] not real-time safe: frees memory */
@@ -27,10 +27,10 @@ class VORLIN_API VorlinJSONItem {
     /** [any] not real-time safe: frees memory */
     ~VorlinJSONItem();
 
-    /** @return whether the text was JSON. A number or an array is valid, but has no members.
+    /** @return true if the text was JSON. A number or an array is valid, but has no members.
      *  [any] real-time safe */
     bool isValid() const;
-    /** @return whether the value is an object with a member `name`. [any] real-time safe */
+    /** @return true if the value is an object with a member `name`. [any] real-time safe */
     bool hasItem(const std::string& name) const;
 
     // Each of these returns the value of a member, or `fallback` if the member is missing or has another

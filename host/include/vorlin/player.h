@@ -30,7 +30,7 @@ struct PlayerCounts {
     uint64_t flushes = 0;    // flushes of the filter, by `seek` and by changes of format; not frames
 };
 
-/** Drives one filter as a media player does: the half of a player that surrounds a filter.
+/** Drives one filter as a media player does: the part of a player that handles one filter.
  *
  *  A player answers kTryAgain by pulling, reports to the load guard how long the filter worked, and obeys the
  *  filter's events. It flushes on a seek. On a change of sample rate, layout or sample format it lets the old
@@ -73,7 +73,7 @@ class VORLIN_API Player {
      *  by itself.
      *  [player thread] not real-time safe: may log */
     virtual void retryAfterOverload() = 0;
-    /** @return whether the filter is set invalid, for whatever reason. [player thread] real-time safe */
+    /** @return true if the filter is set invalid, for whatever reason. [player thread] real-time safe */
     virtual bool isBypassed() const = 0;
 
     /** Hands in the next frame of the stream. Frames that are ready go to the output meanwhile.

@@ -22,7 +22,7 @@ class VORLIN_API Plugin {
     /** Unloads the library, unless someone else holds it. [any] not real-time safe: takes a lock */
     ~Plugin();
 
-    /** @return whether the library exports `name`. [any, concurrent] not real-time safe: takes the loader's
+    /** @return true if the library exports `name`. [any, concurrent] not real-time safe: takes the loader's
      *  lock */
     bool exports(const char* name) const;
 

@@ -13,7 +13,7 @@ inline constexpr int kSuccess = 0;
  *  the same frame again. `pull`: no frame is ready. */
 inline constexpr int kTryAgain = -35;
 
-/** The filter gave a frame up, because an effect failed or memory ran out. The loop of a filter answers this;
+/** The filter gave a frame up, because an effect failed or memory ran out. A filter's loop returns this;
  *  `push` and `pull` do not. The lost frame does not come out of `pull`. */
 inline constexpr int kFrameLost = -1;
 

@@ -11,10 +11,10 @@
 namespace Vorlin {
 
 /** Reads the processor time of a qfThread. It may outlive the thread, and then keeps its last value. */
-class VORLIN_API QfThreadClock {
+class VORLIN_API qfThreadClock {
   public:
     /** [any] not real-time safe: frees memory */
-    virtual ~QfThreadClock();
+    virtual ~qfThreadClock();
     /** @return the processor time that the thread has used since it was made.
      *  [any, concurrent] not real-time safe: takes a lock, makes a system call */
     virtual std::chrono::nanoseconds cpuTime() const = 0;
@@ -50,12 +50,12 @@ class VORLIN_API qfThread {
     void stop();
 
     /** @return the clock of this thread, never null. [any, concurrent] real-time safe */
-    std::shared_ptr<const QfThreadClock> clock() const;
+    std::shared_ptr<const qfThreadClock> clock() const;
 
     /** @return the clock of the qfThread that the calling thread made last, or null. A player calls it before
      *  and after a filter's `init`, to learn which worker the filter made.
      *  [any, concurrent] not real-time safe: the first call on a thread may allocate */
-    static std::shared_ptr<const QfThreadClock> clockOfNewest();
+    static std::shared_ptr<const qfThreadClock> clockOfNewest();
 
   private:
     struct State;

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "support/process.h"
+#include "support/processes/process.h"
 
 namespace test {
 namespace {

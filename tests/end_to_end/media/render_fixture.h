@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "support/process.h"
-#include "support/temporary_folder.h"
+#include "support/processes/process.h"
+#include "support/processes/temporary_folder.h"
 
 namespace test {
 

@@ -6,22 +6,16 @@
 
 namespace {
 
-class RenderThreaded : public test::RenderTest {
-  protected:
-    RenderThreaded() { test::makeQuietSpeech(file("in.wav"), 2); }
-
-    std::string rendered(const std::string& name, const std::vector<std::string>& options) {
-        std::vector<std::string> arguments = {file("in.wav"), file(name)};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        render(arguments);
-        return test::readFile(file(name));
-    }
-};
+using RenderThreaded = test::RenderTest;
 
 TEST_F(RenderThreaded, GivesTheSameFileAsWithoutAThread) {
-    const std::string expected = rendered("out.wav", {});
-    EXPECT_TRUE(rendered("threaded.wav", {"--threaded"}) == expected);
-    EXPECT_TRUE(rendered("threaded256.wav", {"--threaded", "--frame-size", "256"}) == expected);
+    test::makeQuietSpeech(file("in.wav"), 2);
+    render({file("in.wav"), file("out.wav")});
+    const std::string expected = test::readFile(file("out.wav"));
+    render({file("in.wav"), file("threaded.wav"), "--threaded"});
+    EXPECT_TRUE(test::readFile(file("threaded.wav")) == expected);
+    render({file("in.wav"), file("threaded256.wav"), "--threaded", "--frame-size", "256"});
+    EXPECT_TRUE(test::readFile(file("threaded256.wav")) == expected);
 }
 
 }  // namespace

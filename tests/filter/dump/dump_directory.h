@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "support/signals.h"
-#include "support/temporary_folder.h"
+#include "support/processes/temporary_folder.h"
+#include "support/signals/signals.h"
 #include "vorlin/global_settings.h"
 
 namespace test {

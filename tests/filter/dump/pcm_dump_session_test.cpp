@@ -12,8 +12,8 @@
 #include "dumping_filter.h"
 #include "filter/faults/system_faults.h"
 #include "support/effects/normalizer_effect.h"
-#include "support/host_log_capture.h"
-#include "support/signal_matchers.h"
+#include "support/logs/host_log_capture.h"
+#include "support/signals/signal_matchers.h"
 
 namespace test {
 namespace {

@@ -10,7 +10,7 @@
 #include "support/effects/dialogue_effect.h"
 #include "support/effects/normalizer_effect.h"
 #include "support/effects/surround_effect.h"
-#include "support/frame_matchers.h"
+#include "support/frames/frame_matchers.h"
 
 namespace test {
 namespace {
@@ -46,7 +46,7 @@ TEST(FilterDump, HoldsNormalizerInputAndOutputForAnyPlayerFormat) {
     }
 }
 
-TEST(FilterDump, Holds12BytesPer51InputFrameAnd4PerOutputFrameOfSurround) {
+TEST(FilterDump, Holds12BytesPer5Point1InputFrameAnd4PerOutputFrameOfSurround) {
     const DumpDirectory directory;
     FilterUnderTest filter;
     startDumping(filter, R"("enable_surround": true)");

@@ -15,17 +15,17 @@ void resetEngineFaults() {
 
 extern "C" {
 
-void* __real_aem_CreateNormalizer(int channels, int sampleRate);
+void* __real_aem_CreateNormalizer(int channels, int sample_rate);
 int __real_aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels);
 
-void* __wrap_aem_CreateNormalizer(int channels, int sampleRate) {
+void* __wrap_aem_CreateNormalizer(int channels, int sample_rate) {
     test::EngineFaults& faults = test::engineFaults();
     ++faults.creates;
     if (faults.creates_to_fail > 0) {
         --faults.creates_to_fail;
         return nullptr;
     }
-    return __real_aem_CreateNormalizer(channels, sampleRate);
+    return __real_aem_CreateNormalizer(channels, sample_rate);
 }
 
 int __wrap_aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels) {
@@ -42,17 +42,17 @@ void __wrap_aem_ReleaseNormalizer(void* handle) {
     __real_aem_ReleaseNormalizer(handle);
 }
 
-void* __real_aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter);
+void* __real_aem_CreateSurround(int channels, int sample_rate, int type, int mode, int limiter);
 int __real_aem_ProcessSurround(void* handle, const short* in, short* out, int frames);
 
-void* __wrap_aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter) {
+void* __wrap_aem_CreateSurround(int channels, int sample_rate, int type, int mode, int limiter) {
     test::EngineFaults& faults = test::engineFaults();
     ++faults.surround_creates;
     if (faults.surround_creates_to_fail > 0) {
         --faults.surround_creates_to_fail;
         return nullptr;
     }
-    return __real_aem_CreateSurround(channels, sampleRate, type, mode, limiter);
+    return __real_aem_CreateSurround(channels, sample_rate, type, mode, limiter);
 }
 
 int __wrap_aem_ProcessSurround(void* handle, const short* in, short* out, int frames) {
@@ -67,24 +67,24 @@ void __wrap_aem_ReleaseSurround(void* handle) {
     __real_aem_ReleaseSurround(handle);
 }
 
-void* __real_aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
-                                      double voiceLevel);
-int __real_aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames, int sampleRate);
+void* __real_aem_CreateDialoguEnhance(int channels, int sample_rate, double gain_floor, double gain_scale,
+                                      double voice_level);
+int __real_aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames, int sample_rate);
 
-void* __wrap_aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
-                                      double voiceLevel) {
+void* __wrap_aem_CreateDialoguEnhance(int channels, int sample_rate, double gain_floor, double gain_scale,
+                                      double voice_level) {
     test::EngineFaults& faults = test::engineFaults();
-    faults.dialogue_creates.push_back({channels, sampleRate, gainFloor, gainScale, voiceLevel});
+    faults.dialogue_creates.push_back({channels, sample_rate, gain_floor, gain_scale, voice_level});
     if (faults.dialogue_creates_to_fail > 0) {
         --faults.dialogue_creates_to_fail;
         return nullptr;
     }
-    return __real_aem_CreateDialoguEnhance(channels, sampleRate, gainFloor, gainScale, voiceLevel);
+    return __real_aem_CreateDialoguEnhance(channels, sample_rate, gain_floor, gain_scale, voice_level);
 }
 
-int __wrap_aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames, int sampleRate) {
+int __wrap_aem_ProcessDialoguEnhance(void* handle, const short* in, short* out, int frames, int sample_rate) {
     const int result = test::engineFaults().dialogue_result;
-    return result < 0 ? result : __real_aem_ProcessDialoguEnhance(handle, in, out, frames, sampleRate);
+    return result < 0 ? result : __real_aem_ProcessDialoguEnhance(handle, in, out, frames, sample_rate);
 }
 
 void __real_aem_ReleaseDialoguEnhance(void* handle);

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "SonivexFilter.h"
-#include "support/audio_frames.h"
+#include "support/frames/audio_frames.h"
 
 namespace Vorlin {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "effect_log.h"
-#include "support/effect_log_capture.h"
+#include "support/logs/effect_log_capture.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "filter/faults/filter_under_test.h"
 #include "frame_checks.h"
 #include "support/effects/normalizer_effect.h"
-#include "support/frame_matchers.h"
+#include "support/frames/frame_matchers.h"
 
 namespace test {
 namespace {
@@ -17,7 +17,7 @@ using Vorlin::IQFFrame;
 using Which = FailingMemory::Which;
 
 constexpr int64_t kPts = 4711;
-constexpr int kMostRequests = 10'000;  // a frame makes a few hundred
+constexpr int kMaxRequests = 10'000;  // a frame makes a few hundred
 
 class FilterOutOfMemory : public ::testing::TestWithParam<FrameSpec> {
   protected:
@@ -87,14 +87,14 @@ class FilterOutOfMemory : public ::testing::TestWithParam<FrameSpec> {
     static void failEverywhere(int hit) {
         for (const Which which : {Which::kOne, Which::kAllFromThere}) {
             int first = 1;
-            while (first < kMostRequests && streamSurvives(hit, first, which)) {
+            while (first < kMaxRequests && streamSurvives(hit, first, which)) {
                 ASSERT_FALSE(HasFailure())
                     << "request " << first << (which == Which::kOne ? "" : " and all after");
                 ++first;
             }
             ASSERT_FALSE(HasFailure()) << "the stream failed without a failing request";
             EXPECT_GT(first, 1) << "the frame must request memory";
-            EXPECT_LT(first, kMostRequests);
+            EXPECT_LT(first, kMaxRequests);
         }
     }
 };

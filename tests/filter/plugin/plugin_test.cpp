@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "filter/dump/dump_directory.h"
-#include "support/audio_frames.h"
-#include "support/signal_matchers.h"
+#include "support/frames/audio_frames.h"
+#include "support/signals/signal_matchers.h"
 #include "vorlin/filter_prototype.h"
 #include "vorlin/player.h"
 #include "vorlin/plugin.h"

@@ -11,7 +11,7 @@ extern "C" {
 #include "failing_libavutil.h"
 #include "real_time/failing_allocator.h"
 #include "sonivex/dialoguenhance.h"
-#include "support/heap_bytes.h"
+#include "support/memory/heap_bytes.h"
 
 namespace {
 

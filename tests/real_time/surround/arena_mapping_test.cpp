@@ -17,8 +17,8 @@ using test::AllocationWatch;
 using test::MappingWatch;
 
 // The smallest arena that is mapped, 1.75 MiB.
-constexpr std::size_t kLeastMapped = 7 * (std::size_t{1} << 18);
-constexpr std::size_t kLargeSizes[] = {kLeastMapped, std::size_t{2} << 20, std::size_t{3} << 20,
+constexpr std::size_t kMinMappedBytes = 7 * (std::size_t{1} << 18);
+constexpr std::size_t kLargeSizes[] = {kMinMappedBytes, std::size_t{2} << 20, std::size_t{3} << 20,
                                        std::size_t{4} << 20};
 
 // The memory is zero at first and holds what is written.
@@ -51,7 +51,7 @@ TEST(ArenaMapping, ASmallerArenaIsNotMapped) {
     const MappingWatch mappings;
     const AllocationWatch allocations;
     {
-        Arena arena(kLeastMapped - 1);
+        Arena arena(kMinMappedBytes - 1);
         EXPECT_EQ(mappings.calls(), 0);
         EXPECT_EQ(allocations.requested(), 1);
     }

@@ -6,7 +6,7 @@
 #include "real_time/failing_allocator.h"
 #include "real_time/mapping_watch.h"
 #include "support/effects/surround_effect.h"
-#include "support/signal_matchers.h"
+#include "support/signals/signal_matchers.h"
 #include "two_stage_convolver.h"
 
 namespace {

@@ -14,8 +14,8 @@
 #include "real_time/mapping_watch.h"
 #include "sample_ring.h"
 #include "support/effects/surround_effect.h"
-#include "support/guarded_block.h"
-#include "support/signal_matchers.h"
+#include "support/memory/guarded_block.h"
+#include "support/signals/signal_matchers.h"
 #include "surround_pipelines.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <limits>
 #include <set>
 
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -7,21 +7,21 @@
 #include <vector>
 
 #include "support/effects/mixer_owner.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 
 using test::makeMixer;
 using test::MixerPointer;
 
-constexpr float kStartGainDb = 20.0F;
+constexpr float kStartGain_db = 20.0F;
 
 // Processes a block of 512 samples with the given peak and returns the gain after it, in dB.
 float gainAfterPeak(MixerState& mixer, int peak) {
     std::vector<std::int16_t> block(512, 0);
     block[200] = static_cast<std::int16_t>(-peak);
     std::vector<std::int16_t> out(512);
-    return ddagcproc_dB(&mixer, block.data(), 512, out.data(), kStartGainDb);
+    return ddagcproc_dB(&mixer, block.data(), 512, out.data(), kStartGain_db);
 }
 
 int peakOfLevel(double level_db) {
@@ -32,7 +32,7 @@ TEST(NormalizerGainStage, SilenceKeepsTheGainAndStaysSilent) {
     const MixerPointer mixer = makeMixer();
     const std::vector<std::int16_t> in(512, 0);
     std::vector<std::int16_t> out(512, 77);
-    EXPECT_EQ(ddagcproc_dB(mixer.get(), in.data(), 512, out.data(), kStartGainDb), 20.0F);
+    EXPECT_EQ(ddagcproc_dB(mixer.get(), in.data(), 512, out.data(), kStartGain_db), 20.0F);
     EXPECT_EQ(out, in);
 }
 
@@ -116,7 +116,7 @@ TEST(NormalizerGainStage, AppliesTheNewGainToTheSameBlock) {
     in[0] = static_cast<std::int16_t>(peakOfLevel(-10));
     in[511] = 1000;
     std::vector<std::int16_t> out(512);
-    ddagcproc_dB(mixer.get(), in.data(), 512, out.data(), kStartGainDb);
+    ddagcproc_dB(mixer.get(), in.data(), 512, out.data(), kStartGain_db);
     // The gain is now 10 dB and puts the peak at full scale. The limiter takes 1 % and settles another 0.2 %
     // lower.
     EXPECT_NEAR(out[511], 1000 * std::pow(10.0, 0.5) * 0.99 * 0.998, 2);
@@ -126,8 +126,8 @@ TEST(NormalizerGainStage, TreatsACallWithoutSamplesAsSilence) {
     const MixerPointer mixer = makeMixer();
     const std::int16_t in = -32768;
     std::int16_t out = 55;
-    EXPECT_EQ(ddagcproc_dB(mixer.get(), &in, 0, &out, kStartGainDb), 20.0F);
-    EXPECT_EQ(ddagcproc_dB(mixer.get(), &in, -1, &out, kStartGainDb), 20.0F);
+    EXPECT_EQ(ddagcproc_dB(mixer.get(), &in, 0, &out, kStartGain_db), 20.0F);
+    EXPECT_EQ(ddagcproc_dB(mixer.get(), &in, -1, &out, kStartGain_db), 20.0F);
     EXPECT_EQ(out, 55);
 }
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "models/normalizer_model.h"
-#include "support/signal_matchers.h"
-#include "support/signals.h"
+#include "support/signals/signal_matchers.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 
 #include "models/normalizer_model.h"
 #include "support/effects/mixer_owner.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -4,10 +4,10 @@
 #include <climits>
 #include <memory>
 
-#include "support/effect_log_capture.h"
 #include "support/effects/normalizer_effect.h"
-#include "support/guarded_block.h"
-#include "support/signal_matchers.h"
+#include "support/logs/effect_log_capture.h"
+#include "support/memory/guarded_block.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 

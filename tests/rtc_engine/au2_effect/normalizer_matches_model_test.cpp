@@ -10,8 +10,8 @@
 
 #include "models/normalizer_model.h"
 #include "support/effects/normalizer_effect.h"
-#include "support/recorded_speech.h"
-#include "support/signal_matchers.h"
+#include "support/signals/recorded_speech.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <cmath>
 
 #include "support/effects/normalizer_effect.h"
-#include "support/recorded_speech.h"
-#include "support/signal_matchers.h"
+#include "support/signals/recorded_speech.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 

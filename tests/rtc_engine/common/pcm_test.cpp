@@ -9,7 +9,7 @@
 
 #include "odd_floats.h"
 #include "support/each_vector_target.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "odd_floats.h"
 #include "scalar/scalar_peak_limiter.h"
 #include "support/each_vector_target.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

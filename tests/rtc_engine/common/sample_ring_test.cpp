@@ -7,7 +7,7 @@
 #include <deque>
 #include <memory>
 
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

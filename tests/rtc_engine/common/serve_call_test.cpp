@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

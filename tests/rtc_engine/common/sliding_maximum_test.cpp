@@ -6,7 +6,7 @@
 #include <deque>
 #include <vector>
 
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "support/each_vector_target.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ void expectSameAsOneByOne(float gain, float smoothed_gain, const std::vector<flo
     EXPECT_EQ(in_place, expected);
 }
 
-// Of 1 to `longest` samples.
+// Returns 1 to `longest` samples of noise.
 std::vector<float> randomNoise(test::Random& random, int longest, float amplitude) {
     const auto samples = static_cast<std::size_t>(random.between(1, longest));
     return test::noiseFloats(random.bits(), samples, amplitude);

@@ -7,7 +7,7 @@
 
 #include "pcm.h"
 #include "support/each_vector_target.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

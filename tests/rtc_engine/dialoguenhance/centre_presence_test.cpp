@@ -5,7 +5,7 @@
 #include <cfloat>
 #include <cmath>
 
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

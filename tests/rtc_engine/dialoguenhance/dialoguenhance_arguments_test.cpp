@@ -7,10 +7,10 @@
 #include <limits>
 #include <memory>
 
-#include "support/effect_log_capture.h"
 #include "support/effects/dialogue_effect.h"
-#include "support/guarded_block.h"
-#include "support/signal_matchers.h"
+#include "support/logs/effect_log_capture.h"
+#include "support/memory/guarded_block.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 
 #include "models/dialogue_parts.h"
 #include "speech_ratio.h"
-#include "support/dialogue_scene.h"
 #include "support/effects/dialogue_effect.h"
+#include "support/signals/dialogue_scene.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 
 #include "models/dialogue_model.h"
 #include "support/effects/dialogue_effect.h"
-#include "support/recorded_speech.h"
-#include "support/signal_matchers.h"
+#include "support/signals/recorded_speech.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 
@@ -17,7 +17,7 @@ using test::DialogueSettings;
 using test::Pcm;
 
 constexpr double kWantedShareWithinOne = 0.999;
-constexpr int kGreatestDifference = 2;
+constexpr int kMaxDifference = 2;
 
 struct Signal {
     const char* name;
@@ -93,9 +93,9 @@ Pcm expectedOf(const DialogueSettings& settings, const Pcm& in, const std::vecto
 void expectSameAsModel(const DialogueSettings& settings, const Pcm& in, const std::vector<int>& call_sizes) {
     const Pcm out = test::DialogueEffect(settings).process(in, call_sizes);
     const Pcm expected = expectedOf(settings, in, call_sizes);
-    EXPECT_TRUE(test::closeSignal(
-        out, expected, {.most = kGreatestDifference, .usual = 1, .usual_share = kWantedShareWithinOne},
-        {.rate_hz = settings.rate_hz}));
+    EXPECT_TRUE(test::closeSignal(out, expected,
+                                  {.most = kMaxDifference, .usual = 1, .usual_share = kWantedShareWithinOne},
+                                  {.rate_hz = settings.rate_hz}));
     testing::Test::RecordProperty("equal_percent", std::to_string(100 * test::shareWithin(0, out, expected)));
 }
 

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "support/effects/dialogue_effect.h"
-#include "support/signal_matchers.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 
@@ -204,7 +204,7 @@ TEST(DialogueEnhancement, AVoiceLevelOfZeroIsNeutral) {
     EXPECT_TRUE(sameSignal(dialogue.processInCallsOf(kHop, in), neutral.processInCallsOf(kHop, in)));
 }
 
-TEST(DialogueEnhancement, PresenceCoversATenthOfTheWayPerHopAndDecaysInSilence) {
+TEST(DialogueEnhancement, PresenceMovesATenthOfTheWayPerHopAndDecaysInSilence) {
     const Pcm noise = widened(test::noise(1, 64 * kHop, 5000));
     const Pcm silence(2 * 120 * kHop);
     DialogueEffect used({.voice_level = 2});

@@ -6,7 +6,7 @@
 #include <numbers>
 
 #include "models/fourier.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

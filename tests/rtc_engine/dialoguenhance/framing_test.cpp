@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "support/each_vector_target.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <numbers>
 
 #include "av_array.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace test {
 

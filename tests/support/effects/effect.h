@@ -7,9 +7,9 @@
 //     const Pcm out = surround.processInCallsOf(240, in);         // whole calls of one size
 //     aem_ProcessSurround(surround.handle(), nullptr, out, 240);  // a call of the test's own
 //
-// Each call reads its input from memory of exactly its size, so that a sanitizer reports every read beyond it,
-// and writes its output between guards, which fail the test if they change. So does a call that returns
-// anything but its number of output samples.
+// Each call reads its input from memory of exactly its size, so that a sanitizer reports every read beyond
+// it, and writes its output between guards. The test fails if a guard changes, or if the call does not return
+// its number of output samples.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,8 +19,8 @@
 #include <vector>
 
 #include "support/effects/call_sizes.h"
-#include "support/guarded_block.h"
-#include "support/signals.h"
+#include "support/memory/guarded_block.h"
+#include "support/signals/signals.h"
 
 namespace test {
 
@@ -47,8 +47,11 @@ class Effect {
         return out;
     }
 
-    /** Processes interleaved input in one call. */
-    Pcm process(const Pcm& in) { return process(in, {static_cast<int>(in.size() / in_width_)}); }
+    /** Processes interleaved input, which holds whole frames, in one call. */
+    Pcm process(const Pcm& in) {
+        EXPECT_EQ(in.size() % in_width_, 0U) << "the input ends within a frame";
+        return process(in, {static_cast<int>(in.size() / in_width_)});
+    }
 
     /** Processes interleaved input in calls of `frames` each. The rest of the input after the last whole call
      *  is not processed. */

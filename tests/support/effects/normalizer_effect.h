@@ -15,7 +15,7 @@ class NormalizerEffect final : public Effect {
     explicit NormalizerEffect(int channels, int rate_hz = 48000)
         : NormalizerEffect(channels, created(channels, rate_hz)) {}
 
-    /** What the creation wrote to standard output. */
+    /** Output of aem_CreateNormalizer on standard output. */
     const std::string& printed() const { return printed_; }
 
   private:

@@ -8,7 +8,8 @@
 
 namespace test {
 
-/** Returns the samples in an input frame of surround for this layout: the effect takes mono as two channels. */
+/** Returns the samples in an input frame of surround for this layout: the effect takes mono as two
+ *  channels. */
 inline std::size_t surroundWidth(int channels) {
     return static_cast<std::size_t>(std::max(channels, 2));
 }

@@ -11,8 +11,8 @@ namespace {
 
 constexpr int kSurroundCallFrames = 480;
 constexpr int kOtherCallFrames = 512;
-constexpr int k3DSurround = 1;
-constexpr int kMegaBass = 13;
+constexpr int k3dSurroundType = 1;
+constexpr int kMegaBassType = 13;
 
 // Looks up a function that the plug-in exports. The caller takes only the function's type from the header's
 // declaration, so the program does not link against the effects.
@@ -35,7 +35,7 @@ Parts makeSurround(const Vorlin::Plugin& plugin, const BenchCase& shape) {
     const auto create = find<decltype(aem_CreateSurround)>(plugin, "aem_CreateSurround");
     const auto process = find<decltype(aem_ProcessSurround)>(plugin, "aem_ProcessSurround");
     const auto release = find<decltype(aem_ReleaseSurround)>(plugin, "aem_ReleaseSurround");
-    const int type = shape.type == "MegaBass" ? kMegaBass : k3DSurround;
+    const int type = shape.type == "MegaBass" ? kMegaBassType : k3dSurroundType;
     void* const handle = create(shape.channels, kBenchRateHz, type, /*mode=*/1, /*limiter=*/1);
     const auto call = [process, handle, frames = shape.call_frames](const short* in, short* out) {
         return process(handle, in, out, frames);
@@ -68,7 +68,9 @@ Parts makeNormalizer(const Vorlin::Plugin& plugin, const BenchCase& shape) {
 Parts make(const Vorlin::Plugin& plugin, const BenchCase& shape) {
     if (shape.effect == "surround") return makeSurround(plugin, shape);
     if (shape.effect == "dialogue") return makeDialogue(plugin, shape);
-    return makeNormalizer(plugin, shape);
+    if (shape.effect == "normalizer") return makeNormalizer(plugin, shape);
+    throw Failure(ExitCode::Internal,
+                  "unknown effect \"" + shape.effect + "\": use normalizer, surround or dialogue");
 }
 
 }  // namespace

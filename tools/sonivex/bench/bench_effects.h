@@ -30,7 +30,7 @@ class BenchEffect {
   public:
     /** @param plugin must outlive this object.
      *  @throw Failure if the plug-in does not export a function that is needed (EffectMissing), or cannot
-     *  create the effect (FilterFailed) */
+     *  create the effect (FilterFailed), or if no effect has the name shape.effect (Internal) */
     BenchEffect(const Vorlin::Plugin& plugin, const BenchCase& shape);
 
     /** Processes the samples in successive calls of call_frames frames.

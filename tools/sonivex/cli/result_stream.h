@@ -10,7 +10,7 @@ namespace sonivex_tool {
  * standard error or to /dev/null, so that the result stands alone. A program has one such object. */
 class ResultStream {
   public:
-    /** Where the effects' own prints go. */
+    /** Destination of the effects' own output. */
     enum class Prints { ToStandardError, Nowhere };
 
     /** Redirects descriptor 1 for the rest of the program's life; the destructor does not restore it. */

@@ -14,7 +14,7 @@ constexpr int kCompared_s = 10;
 constexpr double kLongestShift_s = 0.5;
 // Largest transform length. It bounds the memory: 2^21 values take 32 MiB. From 200 kHz on it also shortens
 // the compared time.
-constexpr int64_t kMostTransformed_frames = int64_t{1} << 21;
+constexpr int64_t kMaxTransformed_frames = int64_t{1} << 21;
 
 using Planes = std::vector<std::vector<float>>;
 
@@ -90,7 +90,7 @@ std::optional<int64_t> delayBetween(const ComparedSide& input, const ComparedSid
     const int64_t from = std::max<int64_t>(*input.first_audible_frame - longest, 0);
     const int64_t length = std::max(input.frames, output.frames) - from;
     const int64_t count =
-        std::min({length, int64_t{kCompared_s} * rate_hz, kMostTransformed_frames - longest});
+        std::min({length, int64_t{kCompared_s} * rate_hz, kMaxTransformed_frames - longest});
     Planes before_planes = readPlanes(before, from, count);
     Planes after_planes = readPlanes(after, from, count);
     if (before_planes.size() != after_planes.size()) {

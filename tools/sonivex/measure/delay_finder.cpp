@@ -11,10 +11,10 @@
 namespace sonivex_tool {
 namespace {
 
-// Least height of the peak over the RMS of the correlation. Unrelated sounds reach 5 to 6, the effects'
+// Minimum height of the peak over the RMS of the correlation. Unrelated sounds reach 5 to 6, the effects'
 // outputs 20 and more.
 constexpr double kClearPeak = 10.0;
-// Greatest height of any other peak, as a share of the highest: tones reach 0.9, the effects' outputs 0.4.
+// Maximum height of any other peak, as a share of the highest: tones reach 0.9, the effects' outputs 0.4.
 constexpr double kHighestRival = 0.7;
 // Lags this close to the peak belong to it: 1 ms at 48 kHz. A low-passed sound has a wide peak.
 constexpr int64_t kPeakWidth_samples = 48;

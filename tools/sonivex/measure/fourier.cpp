@@ -32,8 +32,8 @@ void Fourier::transform(std::vector<std::complex<double>>& x) const {
                 std::complex<double>& a = x[first + k];
                 std::complex<double>& b = x[first + k + half];
                 const std::complex<double> turn = turns_[k * step];
-                // The product is written out because std::complex's checks for NaN and infinity and takes
-                // three times as long.
+                // The product is written out because std::complex multiplication checks for NaN and infinity
+                // and takes three times as long.
                 const std::complex<double> turned(b.real() * turn.real() - b.imag() * turn.imag(),
                                                   b.real() * turn.imag() + b.imag() * turn.real());
                 b = a - turned;

@@ -37,7 +37,7 @@ struct Top {
     double height = 0.0;
 };
 
-// Returns the top of the parabola through three neighbouring values, the middle one being the greatest.
+// Returns the top of the parabola through three neighbouring values, of which the middle one is greatest.
 Top topOfParabola(double before, double middle, double after) {
     const double bend = before - 2.0 * middle + after;
     if (bend >= 0.0) return {0.0, middle};

@@ -13,7 +13,7 @@ namespace {
 // meter.
 constexpr int kLowestRate_hz = 4000;
 constexpr int kHighestRate_hz = 2822400;
-constexpr int kMostChannels = 64;
+constexpr int kMaxChannels = 64;
 
 AudioSpec doubleSpec(AudioSpec spec) {
     spec.format = AV_SAMPLE_FMT_DBL;
@@ -56,9 +56,9 @@ std::string whyUnmeasurable(const AudioSpec& spec) {
         return "its sample rate is " + std::to_string(spec.rate_hz) + " Hz; levels can be measured from " +
                std::to_string(kLowestRate_hz) + " to " + std::to_string(kHighestRate_hz) + " Hz";
     }
-    if (spec.channels() > kMostChannels) {
+    if (spec.channels() > kMaxChannels) {
         return "it has " + std::to_string(spec.channels()) + " channels; levels can be measured of at most " +
-               std::to_string(kMostChannels);
+               std::to_string(kMaxChannels);
     }
     return "";
 }

@@ -18,7 +18,7 @@ constexpr double kActiveShare = 0.01;
 // Q of each of two cascaded second-order sections; the cascade is a third of an octave wide at -3 dB.
 constexpr double kSectionQ = 2.78;
 // If the squared correlation of speech and background in a tile reaches this, the fit cannot separate them.
-constexpr double kGreatestLikeness = 1.0 - 1e-9;
+constexpr double kMaxLikeness = 1.0 - 1e-9;
 constexpr std::size_t kChannels = 2;
 
 // Two cascaded resonators, each with gain 1 at the centre.
@@ -99,7 +99,7 @@ struct Powers {
     // be separated, the weaker one has gain 0.
     static Gains gains(const Tile& tile) {
         const double both = tile.speech2 * tile.background2;
-        if (tile.speech_background * tile.speech_background >= kGreatestLikeness * both) {
+        if (tile.speech_background * tile.speech_background >= kMaxLikeness * both) {
             const bool is_speech = tile.speech2 >= tile.background2;
             const double own = is_speech ? tile.speech2 : tile.background2;
             if (own <= 0.0) return {};

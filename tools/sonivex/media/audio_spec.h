@@ -16,7 +16,7 @@ struct AudioSpec {
 
     /** Channel count of the layout. */
     int channels() const { return layout.nb_channels; }
-    /** Whether format, sample rate and layout are all equal. */
+    /** Returns true if format, sample rate and layout are all equal. */
     bool operator==(const AudioSpec& other) const;
 };
 

@@ -29,7 +29,7 @@ class FilterRun {
 
     /** Returns the delay of the filter's output in frames; 0 if it was bypassed from the start. */
     int64_t delayFrames() const { return delay_frames_; }
-    /** Whether the filter passes all audio through untouched: at a video frame rate or playback speed that is
+    /** Returns true if the filter passes all audio through: at a video frame rate or playback speed that is
      *  too high for it, or after an overload. */
     bool isBypassed() const { return player_->isBypassed(); }
 

@@ -34,7 +34,7 @@ class Timeline {
     /** Ends the stream: fills up to the end with silence if the end is known and any frame was accepted. */
     void finish();
 
-    /** Returns the frames of silence among the output that replaced dropped frames. */
+    /** Returns how many output frames are silence inserted for dropped frames. */
     int64_t filledFrames() const { return filled_frames_; }
 
   private:

@@ -12,8 +12,8 @@ int stopReading(void* /*opaque*/) {
     return pendingSignal() != 0 ? 1 : 0;
 }
 
-// Prefixes the path of an existing file with "file:", because libavformat would otherwise take a colon in its
-// name for the end of a protocol. Rejects a folder.
+// Prefixes the path of an existing file with "file:", because libavformat would otherwise treat a colon in
+// its name as the end of a protocol. Rejects a folder.
 std::string asUrl(const std::string& path) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);

@@ -38,12 +38,12 @@ std::optional<int> channelsByName(const DumpName& name) {
 }  // namespace
 
 std::vector<int> parseChannels(const std::string& text) {
-    constexpr std::size_t kMostNumbers = 2;
+    constexpr std::size_t kMaxNumbers = 2;
     std::vector<int> numbers;
     for (std::size_t at = 0; at <= text.size(); at += 2) {
         const bool is_number = at < text.size() && text[at] >= '1' && text[at] <= '8';
         const bool is_separated = at + 1 == text.size() || (at + 1 < text.size() && text[at + 1] == ',');
-        if (!is_number || !is_separated || numbers.size() == kMostNumbers) return {};
+        if (!is_number || !is_separated || numbers.size() == kMaxNumbers) return {};
         numbers.push_back(text[at] - '0');
         if (at + 1 == text.size()) break;
     }

@@ -35,12 +35,12 @@ struct PcmGuess {
 /** Parses "N" or "N,M", channel counts from 1 to 8. Returns an empty list for any other text. */
 std::vector<int> parseChannels(const std::string& text);
 
-/** Whether the extension of `path` is ".pcm", which stands for bare 16-bit samples. */
+/** Returns true if the extension of `path` is ".pcm", which stands for bare 16-bit samples. */
 bool isPcmPath(const std::string& path);
 
 /** Works out the format of the file `path` from the hints, from its name, from the sizes of both files of its
  * dump session (they hold equally many frames), or else by assumption.
- * @param is_output whether the file is an effect's output; the name of a dump file overrides this */
+ * @param is_output true if the file is an effect's output; the name of a dump file overrides this */
 PcmGuess guessPcmFormat(const std::string& path, const PcmHints& hints, bool is_output);
 
 }  // namespace sonivex_tool

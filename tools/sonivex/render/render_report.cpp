@@ -96,7 +96,7 @@ std::vector<std::string> remarks(const RenderReport& report) {
     if (report.bypassed > 0 && report.bypassed < report.pushed) {
         std::string line = "the filter took too long and passed " + std::to_string(report.bypassed) +
                            " calls through untouched";
-        // Untouched calls have no delay, but the calls around them have.
+        // A bypassed call is not delayed, unlike the calls around it.
         if (report.delay_frames > 0)
             line += "; they are " + std::to_string(report.delay_frames) + " frames early";
         lines.push_back(line);

@@ -29,8 +29,8 @@ struct RenderReport {
     bool delay_is_removed = true;
     uint64_t decode_errors = 0;
     uint64_t pushed = 0;              // calls of the filter, each with a block of frames
-    uint64_t dropped = 0;             // calls of these that the filter dropped; silence replaced them
-    uint64_t bypassed = 0;            // calls of these that passed through untouched
+    uint64_t dropped = 0;             // the calls among them that the filter dropped, replaced by silence
+    uint64_t bypassed = 0;            // the calls among them that passed through untouched
     int64_t silent_fill_frames = 0;   // silence in OUT for dropped calls, in frames of the input's rate
     uint64_t flushes = 0;             // flushes of the filter that the settings asked for
     std::string dump_folder;          // empty: no dump was asked for

@@ -23,7 +23,7 @@ struct ResponseSource {
     ResponseTable right;
 };
 
-/** Whether both ears use the same table. */
+/** Returns true if both ears use the same table. */
 inline bool isSharedByBothEars(const ResponseSource& source) {
     return source.left.samples.data() == source.right.samples.data();
 }

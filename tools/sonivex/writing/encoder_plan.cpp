@@ -65,7 +65,7 @@ bool holdsAnyPcm(const AVOutputFormat& muxer) {
     return name == "wav" || name == "w64";
 }
 
-// Whether the format holds only samples. A player would have to guess their sample rate and channels.
+// Returns true if the format holds only samples. A player would have to guess their sample rate and channels.
 bool isHeaderless(const AVOutputFormat& muxer) {
     const std::string name = muxer.name;
     if (name == "aptx" || name == "aptx_hd" || name == "dfpwm") return true;

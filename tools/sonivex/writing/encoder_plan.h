@@ -8,7 +8,7 @@
 
 namespace sonivex_tool {
 
-/** How a file is encoded and muxed. */
+/** Encoding settings of a file. */
 struct EncoderPlan {
     const AVOutputFormat* muxer = nullptr;
     const AVCodec* codec = nullptr;

@@ -22,7 +22,7 @@ class OutputFile {
     /** Creates the temporary file.
      *
      * The constructor and every member below throw Failure (OutputExists, OutputNotWritable, NoSpace).
-     * @param replace whether `commit` may replace an existing file; if false, it never does
+     * @param replace true if `commit` may replace an existing file; if false, it never does
      * @throw std::bad_alloc */
     OutputFile(const std::string& path, bool replace);
     ~OutputFile();

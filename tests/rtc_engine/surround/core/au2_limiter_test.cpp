@@ -11,8 +11,8 @@
 
 #include "au2_limiter_owner.h"
 #include "models/normalizer_model.h"
-#include "support/signal_matchers.h"
-#include "support/signals.h"
+#include "support/signals/signal_matchers.h"
+#include "support/signals/signals.h"
 
 namespace {
 

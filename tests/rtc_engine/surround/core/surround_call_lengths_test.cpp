@@ -4,7 +4,7 @@
 
 #include "models/surround_model.h"
 #include "support/effects/surround_effect.h"
-#include "support/signal_matchers.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 

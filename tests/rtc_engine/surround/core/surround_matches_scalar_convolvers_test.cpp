@@ -7,8 +7,8 @@
 #include "fftconvolver.h"
 #include "rtc_engine/surround/core/convolve_reverb/convolve_reverb_inspector.h"
 #include "support/each_vector_target.h"
-#include "support/signal_matchers.h"
-#include "support/signals.h"
+#include "support/signals/signal_matchers.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -6,10 +6,10 @@
 
 #include "au2_limiter_owner.h"
 #include "rtc_engine/surround/core/convolve_reverb/convolve_reverb_inspector.h"
-#include "support/effect_log_capture.h"
 #include "support/effects/surround_record.h"
-#include "support/guarded_block.h"
-#include "support/signal_matchers.h"
+#include "support/logs/effect_log_capture.h"
+#include "support/memory/guarded_block.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 

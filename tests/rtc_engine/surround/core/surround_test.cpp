@@ -4,9 +4,9 @@
 
 #include "rejected_handle.h"
 #include "rtc_engine/surround/core/convolve_reverb/convolve_reverb_inspector.h"
-#include "support/effect_log_capture.h"
 #include "support/effects/surround_record.h"
-#include "support/signal_matchers.h"
+#include "support/logs/effect_log_capture.h"
+#include "support/signals/signal_matchers.h"
 
 namespace {
 

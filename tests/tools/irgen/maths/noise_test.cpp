@@ -33,8 +33,8 @@ TEST(IrgenNoise, HasMeanZeroVarianceOneAndGaussianTails) {
         square += value * value;
         if (std::abs(value) > 2.0) ++beyond_two;
     }
-    // The tolerance is five standard errors. Of a sum of eight uniform values 4.42 % lie beyond two standard
-    // deviations, of a Gaussian 4.55 %.
+    // The tolerance is five standard errors. Sums of eight uniform values lie beyond two standard
+    // deviations in 4.42 % of cases, Gaussian values in 4.55 %.
     EXPECT_NEAR(sum / kCount, 0.0, 5.0 / std::sqrt(kCount));
     EXPECT_NEAR(square / kCount, 1.0, 5.0 * std::sqrt(2.0 / kCount));
     EXPECT_NEAR(beyond_two / double{kCount}, 0.0455, 0.004);

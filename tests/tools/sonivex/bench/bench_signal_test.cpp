@@ -13,7 +13,7 @@ namespace {
 
 using sonivex_tool::makeBabble;
 
-constexpr int kRateHz = 48000;
+constexpr int kRate_hz = 48000;
 
 std::vector<double> channelOf(const std::vector<int16_t>& babble, int channels, int channel) {
     std::vector<double> samples;
@@ -33,26 +33,26 @@ double likeness(const std::vector<double>& a, const std::vector<double>& b) {
 }
 
 TEST(BenchSignal, HasTheStatedLevelInEveryChannel) {
-    const auto babble = makeBabble(8, kRateHz, kRateHz);
-    ASSERT_EQ(babble.size(), 8U * kRateHz);
+    const auto babble = makeBabble(8, kRate_hz, kRate_hz);
+    ASSERT_EQ(babble.size(), 8U * kRate_hz);
     for (int channel = 0; channel < 8; ++channel) {
         const auto samples = channelOf(babble, 8, channel);
-        const double rms = std::sqrt(product(samples, samples) / kRateHz) / 32768.0;
+        const double rms = std::sqrt(product(samples, samples) / kRate_hz) / 32768.0;
         EXPECT_NEAR(20.0 * std::log10(rms), -30.0, 0.1) << channel;
     }
 }
 
 TEST(BenchSignal, DiffersBetweenChannels) {
-    const auto babble = makeBabble(2, kRateHz, kRateHz);
+    const auto babble = makeBabble(2, kRate_hz, kRate_hz);
     EXPECT_LT(std::abs(likeness(channelOf(babble, 2, 0), channelOf(babble, 2, 1))), 0.1);
 }
 
 TEST(BenchSignal, HasTheDarkSpectrumAndThePausesOfSpeech) {
-    const auto samples = channelOf(makeBabble(1, kRateHz, kRateHz), 1, 0);
+    const auto samples = channelOf(makeBabble(1, kRate_hz, kRate_hz), 1, 0);
     EXPECT_GT(product(samples, samples, 1) / product(samples, samples), 0.9);  // 0 for white noise
     double loudest = 0.0;
     double quietest = std::numeric_limits<double>::infinity();
-    constexpr size_t kPart = kRateHz / 40;
+    constexpr size_t kPart = kRate_hz / 40;
     for (size_t first = 0; first + kPart <= samples.size(); first += kPart) {
         double energy = 0.0;
         for (size_t i = first; i < first + kPart; ++i) energy += samples[i] * samples[i];
@@ -63,7 +63,7 @@ TEST(BenchSignal, HasTheDarkSpectrumAndThePausesOfSpeech) {
 }
 
 TEST(BenchSignal, IsIdenticalInEveryRun) {
-    EXPECT_EQ(makeBabble(2, 1000, kRateHz), makeBabble(2, 1000, kRateHz));
+    EXPECT_EQ(makeBabble(2, 1000, kRate_hz), makeBabble(2, 1000, kRate_hz));
 }
 
 TEST(BenchCases, CoverEveryEffectOrOnlyTheNamedOne) {

@@ -10,9 +10,9 @@
 
 #include "failure.h"
 #include "inspect_report.h"
-#include "support/signals.h"
-#include "support/temporary_folder.h"
-#include "support/wav_file.h"
+#include "support/processes/temporary_folder.h"
+#include "support/signals/signals.h"
+#include "support/signals/wav_file.h"
 
 namespace {
 
@@ -62,7 +62,7 @@ TEST_F(Inspect, ComparesTheFilesOfASessionForAnySpellingOfTheirFolder) {
         EXPECT_EQ(inspected({input, folder_.path() + way + kOutput}).pairs.size(), 1U) << way;
 }
 
-TEST_F(Inspect, ComparesNoFilesOfDifferentSessionsOrFolders) {
+TEST_F(Inspect, DoesNotCompareFilesOfDifferentSessionsOrFolders) {
     const test::TemporaryFolder other;
     test::writeFile(other.file(kOutput), noiseBytes(4 * 4096));
     const std::string input = written(kInput, noiseBytes(4 * 4096));

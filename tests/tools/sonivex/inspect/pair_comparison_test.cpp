@@ -7,7 +7,7 @@
 #include <limits>
 #include <memory>
 
-#include "support/signals.h"
+#include "support/signals/signals.h"
 #include "tools/sonivex/audio_samples.h"
 
 namespace {

@@ -6,8 +6,8 @@
 #include <cmath>
 #include <numbers>
 
-#include "support/recorded_speech.h"
-#include "support/signals.h"
+#include "support/signals/recorded_speech.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <numbers>
 
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

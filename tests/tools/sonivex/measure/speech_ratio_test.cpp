@@ -6,8 +6,8 @@
 #include <cmath>
 #include <limits>
 
-#include "support/recorded_speech.h"
-#include "support/signals.h"
+#include "support/signals/recorded_speech.h"
+#include "support/signals/signals.h"
 
 namespace {
 

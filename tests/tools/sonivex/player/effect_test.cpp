@@ -37,7 +37,7 @@ TEST(EffectCatalogue, OptionsEnableDumpsOnRequest) {
 }
 
 // Dialogue enhancement outputs a block of 512 frames three blocks later. The other effects output it at once.
-TEST(EffectCatalogue, DelayIsThatOfTheQueuesPlusTheEffectsOwn) {
+TEST(EffectCatalogue, DelayIsQueueDelayPlusEffectDelay) {
     EXPECT_EQ(effectDelayFrames(*findEffect("normalizer"), 512), 0);
     EXPECT_EQ(effectDelayFrames(*findEffect("normalizer"), 256), 256);
     EXPECT_EQ(effectDelayFrames(*findEffect("surround"), 480), 0);

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/temporary_folder.h"
+#include "support/processes/temporary_folder.h"
 
 namespace {
 

@@ -62,7 +62,7 @@ TEST(RenderReport, RemarksOnProblemsOnly) {
                             "the filter took too long and passed 5 calls through untouched"));
 }
 
-TEST(RenderReport, RemarksThatUntouchedCallsAmongDelayedOnesAreEarly) {
+TEST(RenderReport, WarnsThatBypassedCallsAreEarly) {
     RenderReport report = example();
     report.bypassed = 5;
     report.delay_frames = 256;

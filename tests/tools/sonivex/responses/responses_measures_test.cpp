@@ -6,7 +6,8 @@
 #include <limits>
 #include <numbers>
 
-#include "support/signals.h"
+#include "responses_tables.h"
+#include "support/signals/signals.h"
 
 namespace {
 
@@ -64,6 +65,15 @@ TEST(ImpulseResponseMeasures, FindTheReverberationTimeOfDecayingNoise) {
             EXPECT_NEAR(*measures.reverberation_s / time_s, 1.0, 0.05);
         }
     }
+}
+
+// The tail of the Audio stage is designed with a reverberation time of 0.12 s.
+TEST(ImpulseResponseMeasures, LeaveTheClosingFadeOfTheAudioStageOut) {
+    const sonivex_tool::ResponseSet& audio = *sonivex_tool::findResponseSet("audio");
+    const auto gains = sonivex_tool::gainsOf(audio.sources.front().left, audio);
+    const auto measures = sonivex_tool::measureResponse(gains, audio.format.rate_hz, audio.format.faded_part);
+    ASSERT_TRUE(measures.reverberation_s.has_value());
+    EXPECT_NEAR(*measures.reverberation_s, 0.12, 0.015);
 }
 
 TEST(ImpulseResponseMeasures, GiveNoReverberationTimeForShortOrGrowingResponses) {

@@ -7,7 +7,7 @@
 #include <filesystem>
 
 #include "failure.h"
-#include "support/temporary_folder.h"
+#include "support/processes/temporary_folder.h"
 
 namespace {
 

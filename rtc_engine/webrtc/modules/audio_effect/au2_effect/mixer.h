@@ -23,20 +23,20 @@ struct MixerState {
     std::int32_t channelCount;  // interleaved channels that are limited separately; 0: not set up
 };
 
-/** Print the version line to standard output and allocate a zeroed mixer.
+/** Prints the version line to standard output and allocates a zeroed mixer.
  *  @param mixer receives the mixer, which the caller frees with mixfree, or null when memory runs out.
  *  @return 0, or -1 when memory runs out.
  *  [any] not real-time safe (allocates, prints) */
 int mixcreat(MixerState** mixer);
 
-/** Initialise or re-initialise a mixer.
+/** Initialises or re-initialises a mixer.
  *  @param channel_count     1..8. Any other count zeroes the record, and mixproc then fails.
  *  @param per_sample_detect if it is not 0, the limiters use look-ahead.
  *  @param level             ceiling in units of 0.99 of full scale.
  *  [any] real-time safe */
 void mixinit(MixerState* mixer, int channel_count, int per_sample_detect, float level);
 
-/** Mix one block.
+/** Mixes one block.
  *  @param inputs       [input_count][sample_count] interleaved.
  *  @param gains        [input_count], or null for gains of 1.
  *  @param gains_in_db  not 0: the gains are decibels; 0: they are factors.
@@ -50,7 +50,7 @@ void mixinit(MixerState* mixer, int channel_count, int per_sample_detect, float 
 int mixproc(MixerState* mixer, const std::int16_t* const* inputs, const float* gains, int gains_in_db,
             int input_count, int sample_count, std::int16_t* output);
 
-/** Free a mixer.
+/** Frees a mixer.
  *  @return 0, or -1 for null.
  *  [any] not real-time safe (frees memory) */
 int mixfree(MixerState* mixer);

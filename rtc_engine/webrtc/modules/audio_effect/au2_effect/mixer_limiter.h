@@ -25,12 +25,12 @@ struct PeakLimiterState {
     std::int32_t perSampleDetect;                 // not 0: detect per sample, output late by leafCount - 1
 };
 
-/** Reset to unity gain, a window of 64 samples and not limiting. Leaves threshold and perSampleDetect
+/** Resets to unity gain, a window of 64 samples and not limiting. Leaves threshold and perSampleDetect
  *  unchanged.
  *  [any] real-time safe */
 void limiter_reset(PeakLimiterState* state);
 
-/** Limit `count` samples in int16 units.
+/** Limits `count` samples in int16 units.
  *  @param out may be `in`.
  *  @return 1 if a level was above the threshold, 0 if none was or count is below 1.
  *  [any] real-time safe */

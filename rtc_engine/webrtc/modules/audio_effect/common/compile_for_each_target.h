@@ -17,7 +17,7 @@
 //   }
 //   #endif
 //
-// This header has no include guard, because each of those passes needs Highway's headers anew.
+// This header has no include guard, because each of those passes needs Highway's headers again.
 
 #include "vector_targets.h"
 // vector_targets.h must precede every Highway header.

@@ -22,7 +22,7 @@ inline constexpr float kSmoothingStep = std::bit_cast<float>(std::uint32_t{0x3DC
 inline constexpr float kReleaseKeep = std::bit_cast<float>(std::uint32_t{0x3F7FF972});
 inline constexpr float kReleaseStep = std::bit_cast<float>(std::uint32_t{0x38D1B717});
 
-/** Compare the bits of two floats: +0 and -0 differ, and a NaN equals itself.
+/** Compares the bits of two floats: +0 and -0 differ, and a NaN equals itself.
  *  [any, concurrent] real-time safe */
 inline bool isSameFloat(float a, float b) {
     return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
@@ -40,7 +40,7 @@ inline float releaseGain(float gain, float smoothed_gain) {
     return std::min(smoothed_gain, gain * kReleaseKeep + kReleaseStep);
 }
 
-/** Apply the gain to one sample.
+/** Applies the gain to one sample.
  *  @param gain lowered if the sample would exceed the threshold.
  *  @return the limited sample.
  *  [any, concurrent] real-time safe */

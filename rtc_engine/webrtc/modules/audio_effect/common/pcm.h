@@ -14,7 +14,7 @@ namespace sonivex {
 /** Alignment for arrays of samples: a vector that starts on a multiple of it stays within one cache line. */
 inline constexpr std::size_t kCacheLineBytes = 64;
 
-/** Truncate toward zero and saturate to -32768..32767. NaN gives 0, because casting it would be undefined.
+/** Truncates toward zero and saturates to -32768..32767. NaN gives 0, because casting it would be undefined.
  *  [any, concurrent] real-time safe */
 inline std::int16_t truncateToInt16(float sample) {
     const float number = sample == sample ? sample : 0.0F;

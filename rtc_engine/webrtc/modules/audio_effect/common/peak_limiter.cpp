@@ -72,8 +72,8 @@ bool limitEachByItsOwnLevel(const PeakLimiterFields& fields, const float* in, in
     bool has_exceeded = false;
 
     for (int i = 0; i < count; ++i) {
-        // A NaN has no level: if it came out of the tree as the peak, it would make the smoothed gain NaN
-        // for ever.
+        // A NaN has no level: if it came out of the tree as the peak, it would make the smoothed gain
+        // permanently NaN.
         const float magnitude = std::fabs(in[i]);
         const float level = magnitude >= 0.0F ? magnitude : 0.0F;
         if (level > threshold) {

@@ -48,12 +48,12 @@ struct PeakLimiterFields {
     const std::int32_t& detects_per_sample;
 };
 
-/** Reset the record to unity gains, a window of 64 samples and not limiting. Clears the entries of the delay
+/** Resets the record to unity gains, a window of 64 samples and not limiting. Clears the entries of the delay
  *  line and the tree that this window uses. Leaves threshold and detects_per_sample unchanged.
  *  [any] real-time safe */
 void resetPeakLimiter(const PeakLimiterFields& fields);
 
-/** Limit `count` samples. The record must have been reset.
+/** Limits `count` samples. The record must have been reset.
  *  @param in  [count] in int16 units.
  *  @param out [count]; may be `in`.
  *  @return true if a level was above the threshold; false, with nothing done, if count is below 1.

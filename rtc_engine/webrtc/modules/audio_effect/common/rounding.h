@@ -22,12 +22,12 @@ namespace sonivex {
 /** Keeps the current thread at round-to-nearest while the object lives. */
 class RoundingToNearest {
   public:
-    /** Save the thread's rounding mode and set round-to-nearest.
+    /** Saves the thread's rounding mode and sets round-to-nearest.
      *  [any, concurrent] real-time safe */
     RoundingToNearest() : hosts_mode_(mode()) {
         if (hosts_mode_ != kNearest) setMode(kNearest);
     }
-    /** Restore the saved mode. Must run on the thread of the constructor.
+    /** Restores the saved mode. Must run on the thread of the constructor.
      *  [any, concurrent] real-time safe */
     ~RoundingToNearest() {
         if (hosts_mode_ != kNearest) setMode(hosts_mode_);

@@ -30,14 +30,14 @@ struct SampleRing {
  *  [any] real-time safe */
 int fillLevel(const SampleRing& ring);
 
-/** Queue the first samples of `in`, as many as fit.
+/** Queues the first samples of `in`, as many as fit.
  *  @param in    [count]
  *  @param count if it is below 1, nothing happens.
  *  @return the number of samples queued, 0..count; the others are refused.
  *  [any] real-time safe */
 int writeSamples(SampleRing& ring, const std::int16_t* in, int count);
 
-/** Remove the oldest `count` samples and store them in `out`.
+/** Removes the oldest `count` samples and stores them in `out`.
  *  @param count must be 0..fillLevel(ring).
  *  [any] real-time safe */
 void readSamples(SampleRing& ring, std::int16_t* out, int count);

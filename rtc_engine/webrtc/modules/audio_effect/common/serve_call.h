@@ -32,7 +32,7 @@ struct CallOutput {
     int count;
 };
 
-/** Serve one call of an effect. Only sample counts matter here, so input and output may differ in channel
+/** Serves one call of an effect. Only sample counts matter here, so input and output may differ in channel
  *  count, and a block may have different sizes in in_ring and out_ring.
  *
  *  @param in            queued as far as in_ring has room; the samples beyond are dropped.

@@ -12,7 +12,7 @@
 
 namespace sonivex {
 
-/** Insert `value` at `leaf`, where it replaces the oldest value.
+/** Inserts `value` at `leaf`, where it replaces the oldest value.
  *  @param tree   [2 * leaves]
  *  @param leaf   0..leaves - 1.
  *  @param leaves 1 << depth.

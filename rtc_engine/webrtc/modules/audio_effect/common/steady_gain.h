@@ -11,7 +11,7 @@
 
 namespace sonivex {
 
-/** Limit `count` samples.
+/** Limits `count` samples.
  *  @param gain          gain of the sample before the first one.
  *  @param smoothed_gain smoothed gain, the same for all of these samples.
  *  @param threshold     ceiling of the output's magnitude, in the units of `in`.

@@ -13,14 +13,14 @@ namespace sonivex {
 inline constexpr float kNegativeFullScale = 32768.0F;
 inline constexpr float kPositiveFullScale = 32767.0F;
 
-/** Convert one sample to full scale 1. It divides, because multiplying by 1 / 32767 gives another float for
+/** Converts one sample to full scale 1. It divides, because multiplying by 1 / 32767 gives another float for
  *  768 values.
  *  [any, concurrent] real-time safe */
 inline float unitScaleOf(std::int16_t sample) {
     return static_cast<float>(sample) / (sample < 0 ? kNegativeFullScale : kPositiveFullScale);
 }
 
-/** Convert one sample from full scale 1 to int16 units.
+/** Converts one sample from full scale 1 to int16 units.
  *  [any, concurrent] real-time safe */
 inline float int16UnitsOf(float sample) {
     return sample * (sample < 0.0F ? kNegativeFullScale : kPositiveFullScale);
@@ -34,7 +34,7 @@ void int16ToUnitScale(const std::int16_t* in, int count, float* out);
  *  [any, concurrent] real-time safe */
 void unitScaleToInt16Units(const float* in, int count, float* out);
 
-/** Clip `samples` to -1..1 in place and convert them to `out`, truncating toward zero. A NaN stays in
+/** Clips `samples` to -1..1 in place and converts them to `out`, truncating toward zero. A NaN stays in
  *  `samples` and gives 0 in `out`.
  *  [any, concurrent] real-time safe */
 void clipToInt16(float* samples, int count, std::int16_t* out);

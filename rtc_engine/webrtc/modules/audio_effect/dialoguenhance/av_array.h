@@ -12,7 +12,7 @@ namespace sonivex {
 
 /** Deleter of an AvArray. */
 struct AvFree {
-    /** Free memory of libavutil's allocator; null is allowed.
+    /** Frees memory of libavutil's allocator; null is allowed.
      *  [any] not real-time safe (frees memory) */
     void operator()(void* memory) const { av_free(memory); }
 };
@@ -21,7 +21,7 @@ struct AvFree {
 template <typename Element>
 using AvArray = std::unique_ptr<Element[], AvFree>;
 
-/** Allocate `elements` zeroed elements and free what the array held.
+/** Allocates `elements` zeroed elements and frees the previous array.
  *  @return false, with the array null, when memory runs out.
  *  [any] not real-time safe (allocates) */
 template <typename Element>

@@ -18,7 +18,7 @@ struct CentreShares {
     float* right;
 };
 
-/** Analyse one frame.
+/** Analyses one frame.
  *  @param left, right [bins] spectra of the frame.
  *  @param magnitudes  [bins] of the previous frame, replaced by those of this frame.
  *  @param shares      [bins] overwritten.

@@ -26,7 +26,7 @@ inline float centreShare(Bin x, float side_power) {
     return own_power / (side_power + own_power + FLT_EPSILON);
 }
 
-/** Apply the gains to one channel's spectrum in place.
+/** Applies the gains to one channel's spectrum in place.
  *  @param shares   [bins] centreShare of the channel. Must not overlap `spectrum`.
  *  @param presence 0..1.
  *  @param spectrum [bins]

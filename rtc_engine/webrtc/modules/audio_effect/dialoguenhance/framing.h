@@ -18,7 +18,7 @@ struct HopRing {
     /** @return the position in the ring, in hops, of the frame's hop `index`; index 0 is the oldest.
      *  [any] real-time safe */
     int placeOf(int index) const { return (oldest + index) % kHopsPerFrame; }
-    /** Make the oldest hop the newest.
+    /** Makes the oldest hop the newest.
      *  [any] real-time safe */
     void advance() { oldest = placeOf(1); }
 };

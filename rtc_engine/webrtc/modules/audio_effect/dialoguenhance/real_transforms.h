@@ -20,7 +20,7 @@ namespace sonivex {
 
 /** Deleter of a TransformContext. */
 struct UninitTransform {
-    /** Free a transform.
+    /** Frees a transform.
      *  [any] not real-time safe (frees memory) */
     void operator()(AVTXContext* context) const { av_tx_uninit(&context); }
 };
@@ -34,7 +34,7 @@ class ForwardTransform {
      *  @return false when memory runs out.
      *  [any] not real-time safe (allocates) */
     bool init(int points);
-    /** Transform one frame.
+    /** Transforms one frame.
      *  @param frame    N samples; may be overwritten.
      *  @param spectrum receives N/2 + 1 bins.
      *  [any] real-time safe */
@@ -52,7 +52,7 @@ class InverseTransform {
      *  @return false when memory runs out.
      *  [any] not real-time safe (allocates) */
     bool init(int points);
-    /** Transform one spectrum.
+    /** Transforms one spectrum.
      *  @param spectrum N/2 + 1 bins; the call destroys them.
      *  @param frame    receives N samples.
      *  [any] real-time safe */

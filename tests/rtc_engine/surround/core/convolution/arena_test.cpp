@@ -13,10 +13,10 @@ using sonivex::Arena;
 
 constexpr std::size_t kMib = std::size_t{1} << 20;
 // Arenas of at least this size are mapped in pages of their own.
-constexpr std::size_t kLeastOfHugePages = 2 * kMib - kMib / 4;
+constexpr std::size_t kMinBytesForHugePages = 2 * kMib - kMib / 4;
 
 constexpr std::size_t kArenaSizes[] = {
-    64, 4096, kMib, kLeastOfHugePages - 64, kLeastOfHugePages, 2 * kMib, 5 * kMib / 2, 4 * kMib};
+    64, 4096, kMib, kMinBytesForHugePages - 64, kMinBytesForHugePages, 2 * kMib, 5 * kMib / 2, 4 * kMib};
 
 TEST(ConvolutionArena, ArraysAreAlignedAndZeroAndDoNotOverlap) {
     for (const std::size_t bytes : kArenaSizes) {
@@ -76,14 +76,14 @@ TEST(ConvolutionArena, AllOfItsMemoryIsWritable) {
     }
 }
 
-TEST(ConvolutionArena, UsesHugePagesFromSevenEighthsOfAHugePageOn) {
-    EXPECT_EQ(Arena(kLeastOfHugePages - 64).room(), kLeastOfHugePages - 64);
+TEST(ConvolutionArena, UsesHugePagesForAtLeastSevenEighthsOfAHugePage) {
+    EXPECT_EQ(Arena(kMinBytesForHugePages - 64).room(), kMinBytesForHugePages - 64);
 #if defined(__linux__)
-    EXPECT_EQ(Arena(kLeastOfHugePages).room(), 2 * kMib);
+    EXPECT_EQ(Arena(kMinBytesForHugePages).room(), 2 * kMib);
     EXPECT_EQ(Arena(2 * kMib).room(), 2 * kMib);
     EXPECT_EQ(Arena(5 * kMib / 2 + 1).room(), 5 * kMib / 2 + 4096);  // the remainder takes whole small pages
-    EXPECT_EQ(Arena(2 * kMib + kLeastOfHugePages).room(), 4 * kMib);
-    Arena arena(kLeastOfHugePages);
+    EXPECT_EQ(Arena(2 * kMib + kMinBytesForHugePages).room(), 4 * kMib);
+    Arena arena(kMinBytesForHugePages);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(arena.take<char>(1)) % (2 * kMib), 0U);
 #endif
 }

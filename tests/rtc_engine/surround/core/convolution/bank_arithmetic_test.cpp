@@ -9,7 +9,7 @@
 
 #include "spectrum_arithmetic.h"
 #include "support/each_vector_target.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 
@@ -49,16 +49,16 @@ std::unique_ptr<SplitComplex> randomSpectrum(test::Random& random, std::size_t b
 Step randomStep(test::Random& random, std::size_t block_frames, std::size_t fill) {
     Step step;
     step.block_frames = block_frames;
-    const auto most = static_cast<std::size_t>(random.between(1, sonivex::kMostSnapshots));
+    const auto most = static_cast<std::size_t>(random.between(1, sonivex::kMaxSnapshots));
     std::size_t block = 0;
     std::size_t fresh = 0;
-    std::size_t room = sonivex::kMostBlocksOfFrames * block_frames;
+    std::size_t room = sonivex::kMaxBlocksOfFrames * block_frames;
     while (step.count < most) {
         const auto left = static_cast<int>(block_frames - fill);
         const bool finishes = random.between(0, 1) == 0;
         const std::size_t to =
             finishes ? block_frames : fill + static_cast<std::size_t>(random.between(1, left));
-        if (to - fill > room || (fill == 0 && ++fresh > sonivex::kMostFreshBlocks)) break;
+        if (to - fill > room || (fill == 0 && ++fresh > sonivex::kMaxFreshBlocks)) break;
         room -= to - fill;
         step.snapshots[step.count++] = {block, fill, to};
         fill = to % block_frames;
@@ -220,7 +220,7 @@ class KernelBesideScalar {
             older_[channel].insert(older_[channel].begin(), spectra[channel]);
             older_[channel].pop_back();
         }
-        newest_ = sonivex::slotBefore(newest_, case_.partitions - 1);
+        newest_ = sonivex::slotOfNextBlock(newest_, case_.partitions - 1);
     }
 
     void expectSums(const Spectra& spectra, std::size_t snapshot) {

@@ -6,8 +6,8 @@
 
 #include "fftconvolver.h"
 #include "support/each_vector_target.h"
-#include "support/signal_matchers.h"
-#include "support/signals.h"
+#include "support/signals/signal_matchers.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "support/each_vector_target.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

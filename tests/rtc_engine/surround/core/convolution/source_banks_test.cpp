@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "fftconvolver.h"
-#include "support/signal_matchers.h"
-#include "support/signals.h"
+#include "support/signals/signal_matchers.h"
+#include "support/signals/signals.h"
 
 namespace {
 
@@ -135,7 +135,7 @@ TEST(SourceBanks, AcceptSourcesInAnyOrderOfTheChannels) {
     expectScalarSums({{1, 0, kNoAgent}, {0, kNoAgent, 1}}, responsesOfAgents(2, {}), 2);
 }
 
-TEST(SourceBanks, AcceptOtherChannelsInASecondPairOfOneEarEach) {
+TEST(SourceBanks, AcceptASecondPairOnOtherChannels) {
     expectScalarSums({{2, 0, kNoAgent}, {1, kNoAgent, 3}, {0, 1, kNoAgent}, {3, kNoAgent, 2}},
                      responsesOfAgents(4, {}));
 }

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 
@@ -126,7 +126,7 @@ TEST(ConvolutionSteps, RenderEveryFrameOnceAndInOrderForAnyLengths) {
         while (steps.areLeft()) {
             const Step step = steps.next();
             ASSERT_GE(step.count, 1U);
-            ASSERT_LE(step.count, sonivex::kMostSnapshots);
+            ASSERT_LE(step.count, sonivex::kMaxSnapshots);
             ASSERT_EQ(step.block_frames, block);
             ASSERT_EQ(step.firstFill(), (first_fill + rendered) % block);
             const std::size_t before_step = rendered;
@@ -150,11 +150,11 @@ TEST(ConvolutionSteps, RenderEveryFrameOnceAndInOrderForAnyLengths) {
                     ++current;
                 }
             }
-            ASSERT_LE(begun, sonivex::kMostFreshBlocks);
-            ASSERT_LE(step.frames(), sonivex::kMostBlocksOfFrames * block);
+            ASSERT_LE(begun, sonivex::kMaxFreshBlocks);
+            ASSERT_LE(step.frames(), sonivex::kMaxBlocksOfFrames * block);
             ASSERT_EQ(step.freshBlocks(), begun);
             ASSERT_EQ(step.finishedBlocks(), finished);
-            ASSERT_LE(step.blocks(), sonivex::kMostBlocks);
+            ASSERT_LE(step.blocks(), sonivex::kMaxBlocks);
             ASSERT_EQ(step.frames(), rendered - before_step);
             ASSERT_EQ(step.lastFill(), (first_fill + rendered) % block);
             ASSERT_GE(step.lanes(), step.count);
@@ -171,10 +171,10 @@ TEST(ConvolutionSteps, AreAsLongAsPossible) {
         Steps steps(256, static_cast<std::size_t>(random.between(0, 255)), frames, 5);
         while (steps.areLeft()) {
             const Step step = steps.next();
-            if (!steps.areLeft() || step.count == sonivex::kMostSnapshots) continue;
+            if (!steps.areLeft() || step.count == sonivex::kMaxSnapshots) continue;
             Steps following = steps;
             ASSERT_GT(step.frames() + following.next().snapshots[0].frames(),
-                      sonivex::kMostBlocksOfFrames * 256);
+                      sonivex::kMaxBlocksOfFrames * 256);
         }
     }
 }

@@ -5,7 +5,7 @@
 
 #include "convolve_reverb_inspector.h"
 #include "impulse_response_tables.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 #include "table_list.h"
 
 namespace {

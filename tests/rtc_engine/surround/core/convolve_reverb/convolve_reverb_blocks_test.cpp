@@ -4,8 +4,8 @@
 #include "convolve_reverb.h"
 #include "layouts.h"
 #include "support/each_vector_target.h"
-#include "support/signal_matchers.h"
-#include "support/signals.h"
+#include "support/signals/signal_matchers.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <functional>
 
 #include "convolve_reverb_inspector.h"
-#include "support/signal_matchers.h"
-#include "support/signals.h"
+#include "support/signals/signal_matchers.h"
+#include "support/signals/signals.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ void plant(ConvolveReverb& reverb, const sonivex::Layout& layout, float (*gain_o
     ConvolveReverbInspector(reverb).plantGains(layout, gain_of);
 }
 
-// Checks the gains from a channel to both ears, which tell the agents on the way.
+// Checks the gains from a channel to both ears. They identify the agents on the path.
 void expectGains(ConvolveReverb& reverb, Operation operation, std::size_t width, std::size_t channel,
                  float left, float right) {
     const Floats in = onlyChannel(channel, width);
@@ -80,7 +80,8 @@ TEST(ConvolveReverbProcessing, TwoChannelSurroundKeepsTheSidesApart) {
     expectGains(reverb, &ConvolveReverb::process_Kelvo_Surround_2, 2, 1, 0, 2 + 8);
 }
 
-// All agents have the same single tap. Bingo then gives both ears L + R, Surround each ear its side twice.
+// All agents have the same single tap. Bingo then gives L + R to both ears, and Surround gives each ear twice
+// its own channel.
 TEST(ConvolveReverbProcessing, BingoAndSurroundDifferForEqualResponses) {
     const Floats in = test::noiseFloats(3, 2 * kBlock);
     const auto half = [](std::size_t) { return 0.5F; };
@@ -214,7 +215,8 @@ constexpr Named kNamed[] = {{&ConvolveReverb::process_Kelvo_Bingo_2, &sonivex::k
                             {&ConvolveReverb::process_Kelvo_Surround_7_1, &sonivex::kSurround71},
                             {&ConvolveReverb::process_kelvo_audio_, &sonivex::kAudio}};
 
-// Calls every operation but the right ones between two blocks. These calls must not affect the next block.
+// Between two blocks the test calls every operation that was not set up. These calls must not affect the next
+// block.
 TEST(ConvolveReverbProcessing, AnOperationWithoutASetUpOutputsSilenceAndDisturbsNoOther) {
     for (const Named& right : kNamed) {
         if (right.layout == &sonivex::kAudio) continue;

@@ -6,8 +6,8 @@
 #include "IRAgent.h"
 #include "convolve_reverb_inspector.h"
 #include "fftconvolver.h"
-#include "support/signal_matchers.h"
-#include "support/signals.h"
+#include "support/signals/signal_matchers.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -121,7 +121,7 @@ TEST(LoudProgramme, TheLimiterIsIdleAtBroadcastLoudness) {
     for (const int mode : {1, 2, 3}) EXPECT_LE(limitedBlocks_percent(in, 13, mode), 3.0) << mode;
 }
 
-TEST(LoudProgramme, TheLimiterTouchesAtMostFourTenthsOfTheLoudestRecords) {
+TEST(LoudProgramme, TheLimiterIsActiveInAtMost40PercentOfBlocksOfTheLoudestRecords) {
     const Pcm in = master(-9.0);
     EXPECT_LE(limitedBlocks_percent(in, 1, 1), 12.0);
     for (const int mode : {1, 2, 3}) EXPECT_LE(limitedBlocks_percent(in, 13, mode), 40.0) << mode;

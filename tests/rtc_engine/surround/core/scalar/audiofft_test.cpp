@@ -6,7 +6,7 @@
 #include <complex>
 #include <numbers>
 
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "spectrum_arithmetic.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 
 #include "IRAgent.h"
 #include "models/direct_convolution.h"
-#include "support/signal_matchers.h"
-#include "support/signals.h"
+#include "support/signals/signal_matchers.h"
+#include "support/signals/signals.h"
 #include "two_stage_convolver.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include "audiofft.h"
 #include "buffer.h"
 #include "support/each_vector_target.h"
-#include "support/signals.h"
+#include "support/signals/signals.h"
 
 namespace {
 

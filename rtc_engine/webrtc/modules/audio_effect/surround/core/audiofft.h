@@ -1,7 +1,7 @@
 // Forward and inverse Fourier transform of real floats, for any power of two: the scalar reference. The
 // shipped path transforms in lanes (transform/) and matches it bit for bit.
 //
-//   X[k] = sum x[j] e^(-2 pi i jk / n), k = 0 .. n/2,   real and imaginary parts apart, not scaled
+//   X[k] = sum x[j] e^(-2 pi i jk / n), k = 0 .. n/2,   real and imaginary parts stored separately, unscaled
 //   ifft(fft(x)) = x
 //
 // Either direction computes in double and rounds to float once.

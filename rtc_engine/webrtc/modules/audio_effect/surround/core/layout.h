@@ -44,8 +44,8 @@ constexpr std::span<const ResponseTable* const> tablesOf(const Layout& layout, u
     return layout.tables.subspan(layout.tables.size() == count ? 0 : set * count, count);
 }
 
-/** True if a stream of `channels` channels comes in frames of this layout. A mono stream brings two samples
- *  per frame. [any, concurrent] real-time safe */
+/** True if a stream of `channels` channels comes in frames of this layout. Mono input has two (equal)
+ *  samples per frame. [any, concurrent] real-time safe */
 constexpr bool takesChannels(const Layout& layout, int channels) {
     return channels == layout.width || (channels == 1 && layout.width == 2);
 }

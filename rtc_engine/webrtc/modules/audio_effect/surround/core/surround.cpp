@@ -15,8 +15,8 @@
 namespace {
 
 using sonivex::Arena;
-using sonivex::kSurroundType3D;
-using sonivex::kSurroundTypeMegaBass;
+using sonivex::k3dSurroundType;
+using sonivex::kMegaBassType;
 using sonivex::Layout;
 using sonivex::SampleRing;
 
@@ -49,14 +49,14 @@ using HandlePointer = std::unique_ptr<SurroundHandle, FreeHandle>;
 // Returns the layout for a type and a channel count. Logs and returns null if there is none.
 const Layout* layoutOf(int type, int channels) {
     for (const Layout* const layout : {&sonivex::kBingo2, &sonivex::kBingo51, &sonivex::kBingo71}) {
-        if (type == kSurroundType3D && takesChannels(*layout, channels)) return layout;
+        if (type == k3dSurroundType && takesChannels(*layout, channels)) return layout;
     }
     for (const Layout* const layout : {&sonivex::kSurround2, &sonivex::kSurround51, &sonivex::kSurround71}) {
-        if (type == kSurroundTypeMegaBass && takesChannels(*layout, channels)) return layout;
+        if (type == kMegaBassType && takesChannels(*layout, channels)) return layout;
     }
-    if (type == kSurroundType3D) {
+    if (type == k3dSurroundType) {
         log(kLogLineChannelsOf3D, kLogChannels);
-    } else if (type == kSurroundTypeMegaBass) {
+    } else if (type == kMegaBassType) {
         log(kLogLineChannelsOfMegaBass, kLogChannels);
     } else {
         log(kLogLineType, kLogType);
@@ -75,7 +75,7 @@ void* createHandle(int channels, int sample_rate, int type, int mode, int limite
     handle->reverb = new ConvolveReverb(2 * Arena::bytesOf<SampleRing>(1));
     handle->layout = layoutOf(type, channels);
     if (handle->layout == nullptr) {
-        // A rejected handle stays allocated, as it always has.
+        // A rejected handle is leaked deliberately: the interface documents this leak (sonivex/surround.h).
         static_cast<void>(handle.release());
         return nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the leak is intended
     }

@@ -12,17 +12,17 @@ namespace sonivex {
 
 /** Frames of a block. */
 inline constexpr int kSurroundBlockFrames = 240;
-/** Most samples of an input frame. */
+/** Maximum number of samples in an input frame. */
 inline constexpr int kSurroundMaxChannels = 8;
-/** Most blocks rendered together: more than two are hardly faster. */
-inline constexpr int kSurroundMostBlocks = 2;
-/** Most frames rendered together. */
-inline constexpr int kSurroundMostFrames = kSurroundMostBlocks * kSurroundBlockFrames;
+/** Maximum number of blocks rendered together: more than two are hardly faster. */
+inline constexpr int kSurroundMaxBlocks = 2;
+/** Maximum number of frames rendered together. */
+inline constexpr int kSurroundMaxFrames = kSurroundMaxBlocks * kSurroundBlockFrames;
 
 /** `type` of aem_CreateSurround for 3DSurround. */
-inline constexpr int kSurroundType3D = 1;
+inline constexpr int k3dSurroundType = 1;
 /** `type` of aem_CreateSurround for MegaBass. */
-inline constexpr int kSurroundTypeMegaBass = 13;
+inline constexpr int kMegaBassType = 13;
 
 /** Name of the effect in log lines. */
 inline constexpr const char* kSurroundLogSource = "surround";
@@ -40,8 +40,8 @@ struct SurroundHandle {
     const sonivex::Layout* layout;  // chosen by type and channels; null only in a broken record
     ConvolveReverb* reverb;         // owned
     Au2LimiterState* limiterState;  // owned
-    float inBlock[sonivex::kSurroundMaxChannels * sonivex::kSurroundMostFrames];
-    float outBlock[2 * sonivex::kSurroundMostFrames];
+    float inBlock[sonivex::kSurroundMaxChannels * sonivex::kSurroundMaxFrames];
+    float outBlock[2 * sonivex::kSurroundMaxFrames];
     sonivex::SampleRing* inRing;   // in the reverb's arena
     sonivex::SampleRing* outRing;  // in the reverb's arena
 };

@@ -36,8 +36,8 @@ void toInt16(SurroundHandle& handle, float* samples, std::int16_t* out) {
 // Renders as many of the waiting blocks as one pass takes. Returns their count.
 int renderBlocks(SurroundHandle& handle, int blocks_waiting) {
     const Layout& layout = *handle.layout;
-    const int blocks = std::min(blocks_waiting, kSurroundMostBlocks);
-    std::int16_t in[kSurroundMaxChannels * kSurroundMostFrames];
+    const int blocks = std::min(blocks_waiting, kSurroundMaxBlocks);
+    std::int16_t in[kSurroundMaxChannels * kSurroundMaxFrames];
     const int in_samples = layout.width * kSurroundBlockFrames * blocks;
     readSamples(*handle.inRing, in, in_samples);
     int16ToUnitScale(in, in_samples, handle.inBlock);

@@ -16,10 +16,10 @@ namespace {
 
 constexpr std::size_t kHugePageBytes = std::size_t{2} << 20;
 // Most bytes of a huge page that may stay unused: the handle holds them for speed alone.
-constexpr std::size_t kMostUnusedBytes = kHugePageBytes / 8;
+constexpr std::size_t kMaxUnusedBytes = kHugePageBytes / 8;
 
 std::size_t hugePagesOf(std::size_t bytes) {
-    return (bytes + kMostUnusedBytes) / kHugePageBytes;
+    return (bytes + kMaxUnusedBytes) / kHugePageBytes;
 }
 
 #if defined(__linux__)

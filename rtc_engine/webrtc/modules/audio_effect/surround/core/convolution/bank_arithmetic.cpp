@@ -217,8 +217,8 @@ struct AnyCuts {
 };
 
 // Serves a step that continues a block, ends within a block, and whose snapshots belong to the blocks named
-// here. Calls almost as long as a block make such steps almost always. The compiler knows the cuts and keeps
-// in registers what would otherwise go through memory.
+// here. Calls slightly shorter than a block nearly always produce such steps. The compiler knows the cuts and
+// keeps in registers the values that would otherwise go through memory.
 template <std::size_t... blocks_of_snapshots>
 struct KnownCuts {
     static constexpr std::size_t kBlocks[] = {blocks_of_snapshots...};
@@ -243,7 +243,7 @@ struct Call {
     Ears ears;
     std::size_t newest;
     const LanePlanes& in;
-    const LanePlanes (&out)[kMostSnapshots / kSnapshotsOfPlanes];
+    const LanePlanes (&out)[kMaxSnapshots / kSnapshotsOfPlanes];
 };
 
 // Stores a finished block's spectrum in the ring. Returns its slot, the new `newest`.
@@ -252,7 +252,7 @@ HWY_INLINE std::size_t keepFinished(const Place<Responses>& place, std::size_t n
                                     const PlaceNumbers& input) {
     const std::size_t slots = place.memory.partitions - 1;
     if (slots == 0) return newest;
-    const std::size_t slot = slotBefore(newest, slots);
+    const std::size_t slot = slotOfNextBlock(newest, slots);
     storeTile(input, place.input(slot), place.offset);
     return slot;
 }
@@ -261,7 +261,7 @@ HWY_INLINE std::size_t keepFinished(const Place<Responses>& place, std::size_t n
 // the latest input spectrum of every block.
 template <class Responses, bool has_reals, class Cuts>
 HWY_INLINE void sumBlocks(const Call& call, const Cuts& cuts, const Place<Responses>& place,
-                          const PlaceNumbers (&last)[kMostBlocks], Sums<Responses> (&sums)[kMostBlocks]) {
+                          const PlaceNumbers (&last)[kMaxBlocks], Sums<Responses> (&sums)[kMaxBlocks]) {
     const std::size_t finished = cuts.finishedBlocks();
     std::size_t newest = call.newest;
     if (cuts.continuesABlock()) {
@@ -287,9 +287,9 @@ HWY_INLINE void renderPlace(const Call& call, const Cuts& cuts, const Place<Resp
     const std::size_t k = place.tile * kTileFloats + place.offset;
     PlaceNumbers inputs[snapshots];
     loadInputs(call.in, k, call.memory.channels, inputs);
-    PlaceNumbers last[kMostBlocks];
+    PlaceNumbers last[kMaxBlocks];
     for (std::size_t i = 0; i < cuts.snapshots(); ++i) last[cuts.blockOf(i)] = inputs[i];
-    Sums<Responses> blocks[kMostBlocks];
+    Sums<Responses> blocks[kMaxBlocks];
     sumBlocks<Responses, has_reals>(call, cuts, place, last, blocks);
 
     Sums<Responses> sums[snapshots];
@@ -335,7 +335,7 @@ void renderStep(const Call& call, const Step& step) {
 }
 
 void render(const BankMemory& memory, Ears ears, std::size_t newest, const Step& step, const LanePlanes& in,
-            const LanePlanes (&out)[kMostSnapshots / kSnapshotsOfPlanes]) {
+            const LanePlanes (&out)[kMaxSnapshots / kSnapshotsOfPlanes]) {
     const Call call = {memory, ears, newest, in, out};
     if (memory.shares_response) return renderStep<SharedResponse>(call, step);
     if (memory.rows == 1) return renderStep<OwnResponses<1>>(call, step);

@@ -50,13 +50,13 @@ struct BankMemory {
     bool shares_response;    // the two channels of the only row have the same response
 };
 
-/** Spectra as lanes, real and imaginary parts apart. Both planes are padded to whole tiles. */
+/** Spectra as lanes, real and imaginary parts stored separately. Both planes are padded to whole tiles. */
 struct LanePlanes {
     float* re;
     float* im;
 };
 
-/** How the outputs of a bank map to the left and the right ear. */
+/** Mapping of a bank's outputs to the left and the right ear. */
 enum class Ears {
     kRows,      // each row is an ear
     kChannels,  // each channel is an ear
@@ -67,22 +67,22 @@ enum class Ears {
 struct BankArithmetic {
     /** Computes the sums of a step's snapshots. Finished blocks replace the oldest ones in the ring.
      *  @param newest ring slot of the block finished last; older blocks follow in ascending slots. After the
-     *                call the caller applies slotBefore to it step.finishedBlocks() times, if P > 1.
+     *                call the caller applies slotOfNextBlock to it step.finishedBlocks() times, if P > 1.
      *  @param in     spectra of step.lanes() snapshots; lanes beyond the step's snapshots may hold anything.
      *  @param out    out[0] receives the sums of the first two snapshots, out[1] those of the others.
      *  [any] real-time safe */
     void (*render)(const BankMemory& memory, Ears ears, std::size_t newest, const Step& step,
-                   const LanePlanes& in, const LanePlanes (&out)[kMostSnapshots / kSnapshotsOfPlanes]);
+                   const LanePlanes& in, const LanePlanes (&out)[kMaxSnapshots / kSnapshotsOfPlanes]);
 };
 
 /** Slot in which a ring of `slots` stores the block that follows the one in slot `newest`.
  *  [any, concurrent] real-time safe */
-inline std::size_t slotBefore(std::size_t newest, std::size_t slots) {
+inline std::size_t slotOfNextBlock(std::size_t newest, std::size_t slots) {
     return newest == 0 ? slots - 1 : newest - 1;
 }
 
 /** Kernels for the best instruction set of this processor, detected at the first call. They are constants and
- *  stay valid. [any, concurrent] not real-time safe at the first call, real-time safe afterwards */
+ *  stay valid. [any, concurrent] real-time safe */
 const BankArithmetic& bankArithmetic();
 
 }  // namespace sonivex

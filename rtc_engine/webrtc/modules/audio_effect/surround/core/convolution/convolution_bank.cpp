@@ -164,7 +164,7 @@ class RenderedFrames {
     std::size_t frame_stride_;
 };
 
-constexpr std::size_t kPairsOfSnapshots = kMostSnapshots / kSnapshotsOfPlanes;
+constexpr std::size_t kPairsOfSnapshots = kMaxSnapshots / kSnapshotsOfPlanes;
 
 // Lengths of the workspace's arrays, in elements, for the largest bank.
 struct WorkspaceSizes {
@@ -174,8 +174,8 @@ struct WorkspaceSizes {
 
     explicit WorkspaceSizes(std::size_t block_frames) {
         constexpr const BankShape& kShape = ConvolutionWorkspace::kLargestShape;
-        input = 2 * planeFloats(kShape, block_frames, kMostSnapshots);
-        lanes = 2 * planeFloats(kShape, block_frames, kMostSnapshots * kShape.rows);
+        input = 2 * planeFloats(kShape, block_frames, kMaxSnapshots);
+        lanes = 2 * planeFloats(kShape, block_frames, kMaxSnapshots * kShape.rows);
         work = LaneTransform::workDoubles(2 * block_frames);
     }
 };
@@ -203,8 +203,8 @@ std::size_t ConvolutionBank::bytesOf(const BankShape& shape, std::size_t partiti
            Arena::bytesOf<float>(tiles * partitions * responseFloats(shape)) +
            Arena::bytesOf<float>(tiles * shape.rows * kTileSpectrumFloats) +
            Arena::bytesOf<float>(block_frames * shape.outputs()) +
-           Arena::bytesOf<float>(kMostBlocks * block_frames * shape.channels) +
-           Arena::bytesOf<float>(kMostBlocksOfFrames * block_frames * shape.outputs());
+           Arena::bytesOf<float>(kMaxBlocks * block_frames * shape.channels) +
+           Arena::bytesOf<float>(kMaxBlocksOfFrames * block_frames * shape.outputs());
 }
 
 ConvolutionBank::ConvolutionBank(const BankShape& shape, const Taps* responses, std::size_t partitions,
@@ -215,8 +215,8 @@ ConvolutionBank::ConvolutionBank(const BankShape& shape, const Taps* responses, 
     float* const spectra = arena.take<float>(tiles * partitions * responseFloats(shape));
     float* const accumulated = arena.take<float>(tiles * shape.rows * kTileSpectrumFloats);
     overlap_ = arena.take<float>(block_frames_ * shape.outputs());
-    stream_ = arena.take<float>(kMostBlocks * block_frames_ * shape.channels);
-    outputs_ = arena.take<float>(kMostBlocksOfFrames * block_frames_ * shape.outputs());
+    stream_ = arena.take<float>(kMaxBlocks * block_frames_ * shape.channels);
+    outputs_ = arena.take<float>(kMaxBlocksOfFrames * block_frames_ * shape.outputs());
     memory_ = {.inputs = inputs,
                .responses = spectra,
                .accumulated = accumulated,
@@ -315,7 +315,7 @@ void ConvolutionBank::convolve(const Step& step, ConvolutionWorkspace& workspace
     const LanePlanes sums[kPairsOfSnapshots] = {planesAt(lanes, plane), planesAt(lanes + 2 * plane, plane)};
     workspace.arithmetic_.render(memory_, shape_.ears, newest_, step, input, sums);
     for (std::size_t i = 0; i < step.finishedBlocks() && memory_.partitions > 1; ++i) {
-        newest_ = slotBefore(newest_, memory_.partitions - 1);
+        newest_ = slotOfNextBlock(newest_, memory_.partitions - 1);
     }
     for (std::size_t i = 0; i < snapshots; i += kSnapshotsOfPlanes) {
         const LanePlanes& spectra = sums[i / kSnapshotsOfPlanes];

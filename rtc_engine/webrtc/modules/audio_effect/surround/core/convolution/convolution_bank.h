@@ -79,10 +79,10 @@ class ConvolutionWorkspace {
 /** A group of convolvers that run as lanes of vectors. */
 class ConvolutionBank {
   public:
-    /** Most channels of a bank. */
-    static constexpr std::size_t kMostChannels = 2;
-    /** Most responses of a bank. */
-    static constexpr std::size_t kMostResponses = 4;
+    /** Maximum number of channels of a bank. */
+    static constexpr std::size_t kMaxChannels = 2;
+    /** Maximum number of responses of a bank. */
+    static constexpr std::size_t kMaxResponses = 4;
 
     /** @param responses  [rows][channels], or the shared one. They are transformed and not kept.
      *  @param partitions P, at least 1: the partitions of the longest response.
@@ -98,7 +98,7 @@ class ConvolutionBank {
 
     /** Interleaved or planar input: sample i of channel c is first[c][i * stride]. */
     struct Input {
-        const float* first[kMostChannels];
+        const float* first[kMaxChannels];
         std::size_t stride;
     };
 

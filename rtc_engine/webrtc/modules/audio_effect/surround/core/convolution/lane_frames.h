@@ -17,7 +17,7 @@ struct LaneSource {
 };
 
 /** The sources of all lanes. */
-using LaneSources = std::array<LaneSource, kMostSnapshots>;
+using LaneSources = std::array<LaneSource, kMaxSnapshots>;
 
 /** Interleaves the lanes and fills the rest of each with zeros.
  *  @param lanes    count of lanes: 1, 2 or 4.

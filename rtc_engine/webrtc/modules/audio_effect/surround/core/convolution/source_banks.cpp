@@ -11,13 +11,13 @@ namespace {
 using fftconvolver::lengthWithoutSilentEnd;
 using fftconvolver::partitionsOf;
 
-constexpr std::size_t kMostSources = 4;  // per bank
+constexpr std::size_t kMaxSources = 4;  // per bank
 
 // One bank's share of the sources.
 struct Plan {
     BankShape shape;
-    std::size_t sources = 0;                                    // count
-    std::array<int, ConvolutionBank::kMostResponses> agents{};  // [row][channel]
+    std::size_t sources = 0;                                   // count
+    std::array<int, ConvolutionBank::kMaxResponses> agents{};  // [row][channel]
     std::size_t partitions = 1;
 };
 
@@ -50,9 +50,9 @@ Plan planOfBothEars(std::span<const Source> sources, std::span<const Taps> respo
 
 // Plans a left and a right source, with the ears as channels. A second pair of the same channels adds a row.
 Plan planOfSides(std::span<const Source> sources, std::span<const Taps> responses) {
-    const bool are_two_pairs = sources.size() >= kMostSources && sources[2].plane == sources[0].plane &&
+    const bool are_two_pairs = sources.size() >= kMaxSources && sources[2].plane == sources[0].plane &&
                                sources[3].plane == sources[1].plane;
-    const std::size_t count = are_two_pairs ? kMostSources : 2;
+    const std::size_t count = are_two_pairs ? kMaxSources : 2;
     Plan plan = {.shape = {.channels = 2, .rows = count / 2, .ears = Ears::kChannels}, .sources = count};
     for (std::size_t i = 0; i < count; ++i) plan.agents[i] = onlyAgent(sources[i]);
     const auto taps_of = [&](int agent) { return responses[static_cast<std::size_t>(agent)]; };
@@ -98,7 +98,7 @@ void SourceBanks::build(std::span<const Source> sources, std::span<const Taps> r
     std::vector<PlanesOfBank> banks;
     banks.reserve(plans.size());
     for (const Plan& plan : plans) {
-        std::array<Taps, ConvolutionBank::kMostResponses> taps{};
+        std::array<Taps, ConvolutionBank::kMaxResponses> taps{};
         for (std::size_t i = 0; i < plan.shape.responses(); ++i) {
             taps[i] = audiblePartOf(responses[static_cast<std::size_t>(plan.agents[i])]);
         }

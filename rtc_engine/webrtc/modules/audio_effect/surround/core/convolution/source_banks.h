@@ -59,7 +59,7 @@ class SourceBanks {
 
   private:
     struct PlanesOfBank {
-        std::size_t planes[ConvolutionBank::kMostChannels] = {};
+        std::size_t planes[ConvolutionBank::kMaxChannels] = {};
         ConvolutionBank bank;
     };
 

@@ -21,14 +21,14 @@
 
 namespace sonivex {
 
-/** Most snapshots of a step. */
-inline constexpr std::size_t kMostSnapshots = 4;
-/** Most blocks that begin in a step. */
-inline constexpr std::size_t kMostFreshBlocks = 2;
-/** Most blocks of a step: those that begin in it, and the one begun before. */
-inline constexpr std::size_t kMostBlocks = kMostFreshBlocks + 1;
-/** Most frames that a step renders, in blocks. */
-inline constexpr std::size_t kMostBlocksOfFrames = kMostFreshBlocks;
+/** Maximum number of snapshots in a step. */
+inline constexpr std::size_t kMaxSnapshots = 4;
+/** Maximum number of blocks that begin in a step. */
+inline constexpr std::size_t kMaxFreshBlocks = 2;
+/** Maximum number of blocks in a step: those that begin in it, and the one begun before. */
+inline constexpr std::size_t kMaxBlocks = kMaxFreshBlocks + 1;
+/** Maximum number of frames that a step renders, in blocks. */
+inline constexpr std::size_t kMaxBlocksOfFrames = kMaxFreshBlocks;
 
 /** A block filled up to frame `to`, of which the frames from .. to - 1 are rendered. */
 struct Snapshot {
@@ -42,7 +42,7 @@ struct Snapshot {
 
 /** Snapshots that are rendered together; at least one, in the order of time. */
 struct Step {
-    std::array<Snapshot, kMostSnapshots> snapshots{};
+    std::array<Snapshot, kMaxSnapshots> snapshots{};
     std::size_t count = 0;
     std::size_t block_frames = 0;  // L
 
@@ -65,7 +65,7 @@ struct Step {
         return snapshots[count - 1].block * block_frames + snapshots[count - 1].to - firstFill();
     }
     /** Snapshots that the kernels process together: `count` rounded up to 1, 2 or 4. [any] real-time safe */
-    std::size_t lanes() const { return count <= 2 ? count : kMostSnapshots; }
+    std::size_t lanes() const { return count <= 2 ? count : kMaxSnapshots; }
 };
 
 /** Cuts calls of one length into steps. */
@@ -86,11 +86,11 @@ class Steps {
         step.block_frames = block_frames_;
         std::size_t block = 0;
         std::size_t fresh = 0;
-        std::size_t room = kMostBlocksOfFrames * block_frames_;
-        while (left_ > 0 && step.count < kMostSnapshots) {
+        std::size_t room = kMaxBlocksOfFrames * block_frames_;
+        while (left_ > 0 && step.count < kMaxSnapshots) {
             const std::size_t left_of_call = (left_ - 1) % call_frames_ + 1;
             const std::size_t frames = std::min(block_frames_ - fill_, left_of_call);
-            if (frames > room || (fill_ == 0 && ++fresh > kMostFreshBlocks)) break;
+            if (frames > room || (fill_ == 0 && ++fresh > kMaxFreshBlocks)) break;
             room -= frames;
             step.snapshots[step.count++] = {block, fill_, fill_ + frames};
             left_ -= frames;

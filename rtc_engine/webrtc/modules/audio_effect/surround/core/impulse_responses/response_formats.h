@@ -1,6 +1,5 @@
 // The format of each set of response tables: the scale of its integers, its length, and the part that fades
-// out. The generator makes the tables by it, the engine reads them by it, and tools and benchmarks measure
-// them by it.
+// out. Generator, engine, tools and benchmarks share it.
 #pragma once
 
 #include <cstddef>

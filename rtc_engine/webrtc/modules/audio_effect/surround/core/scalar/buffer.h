@@ -44,8 +44,8 @@ class Buffer {
     /** Frees the memory. [any] not real-time safe */
     virtual ~Buffer() { release(); }
 
-    /** Makes the array `count` zeros; keeps the memory if the size does not change. When memory runs out,
-     *  data() is null afterwards while size() is `count`. [any] not real-time safe: allocates */
+    /** Resizes the array to `count` zeros; keeps the memory if the size does not change. When memory runs
+     *  out, data() is null afterwards while size() is `count`. [any] not real-time safe: allocates */
     void resize(std::size_t count) {
         if (count != size_) {
             release();

@@ -1,5 +1,4 @@
-// The operations of ConvolveReverb by the names of their layouts. The pipelines use the layout's record
-// instead.
+// One named wrapper per layout around prepare and process. The pipelines use the layout's record instead.
 #include "convolve_reverb.h"
 #include "layouts.h"
 

@@ -171,7 +171,7 @@ struct Quartet {
     Complex<D> v3;
 };
 
-/** A radix-4 butterfly without roots, as block 0 of every pass has it. */
+/** A radix-4 butterfly without roots, as used by block 0 of every pass. */
 template <bool is_forward, class D>
 HWY_INLINE Quartet<D> plainButterfly(const Quartet<D>& v) {
     const Complex<D> sum01 = v.v0 + v.v1;

@@ -9,7 +9,7 @@ HWY_BEFORE_NAMESPACE();
 namespace sonivex::HWY_NAMESPACE {
 
 // Fewest points for which the passes support pairs of points. The blocks in use are always longer.
-constexpr std::size_t kLeastPointsOfPairs = 16;
+constexpr std::size_t kMinPointsForPairs = 16;
 
 // True if the lanes of one point leave at least half of a vector empty. A single lane is never paired.
 template <std::size_t lanes>
@@ -18,7 +18,7 @@ constexpr bool kLeaveRoom = lanes > 1 && hn::MaxLanes(hn::CappedTag<double, 2 * 
 template <std::size_t lanes>
 void forwardLanes(const TransformTables& tables, const float* frames, float* re, float* im, double* work) {
     if constexpr (kLeaveRoom<lanes>) {
-        if (tables.points() >= kLeastPointsOfPairs) {
+        if (tables.points() >= kMinPointsForPairs) {
             return forwardGroup<2>(hn::CappedTag<double, 2 * lanes>(), tables, frames, lanes, re, im, work);
         }
     }
@@ -32,7 +32,7 @@ template <std::size_t lanes>
 void inverseLanes(const TransformTables& tables, const float* re, const float* im, float* frames,
                   double* work) {
     if constexpr (kLeaveRoom<lanes>) {
-        if (tables.points() >= kLeastPointsOfPairs) {
+        if (tables.points() >= kMinPointsForPairs) {
             return inverseGroup<2>(hn::CappedTag<double, 2 * lanes>(), tables, {re, im, lanes}, frames, work);
         }
     }

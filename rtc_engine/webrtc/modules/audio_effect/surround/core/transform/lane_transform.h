@@ -23,12 +23,12 @@ namespace sonivex {
 
 /** The transforms of one vector instruction set. n is tables.samples(). */
 struct LaneTransform {
-    /** Most lanes of one transform. */
-    static constexpr std::size_t kMostLanes = 8;
+    /** Maximum number of lanes of one transform. */
+    static constexpr std::size_t kMaxLanes = 8;
 
     /** Doubles of working memory for n = `samples`, enough for every instruction set.
      *  [any, concurrent] real-time safe */
-    static constexpr std::size_t workDoubles(std::size_t samples) { return kMostLanes * samples; }
+    static constexpr std::size_t workDoubles(std::size_t samples) { return kMaxLanes * samples; }
 
     /** Transforms signals whose second half is zero.
      *  @param frames [n / 2][lanes], the first half.
@@ -52,7 +52,7 @@ struct LaneTransform {
 };
 
 /** Kernels for the best instruction set of this processor, detected at the first call. They are constants and
- *  stay valid. [any, concurrent] not real-time safe at the first call, real-time safe afterwards */
+ *  stay valid. [any, concurrent] real-time safe */
 const LaneTransform& laneTransform();
 
 }  // namespace sonivex
