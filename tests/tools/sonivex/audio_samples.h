@@ -7,7 +7,7 @@
 
 namespace test {
 
-/** Returns the spec of interleaved float samples in the default layout of their channel count. */
+/** Returns the AudioSpec of interleaved float samples in the default layout of their channel count. */
 sonivex_tool::AudioSpec floatSpec(int channels, int rate_hz = 48000);
 
 /** Makes a frame of interleaved float samples, each being `value(frame, channel)`. */

@@ -18,7 +18,7 @@
 namespace sonivex_tool {
 namespace {
 
-// Returns the spec of the filter's output. The effect may change the channel count; nothing else changes.
+// Returns the AudioSpec of the filter's output. The effect may change the channel count, nothing else.
 AudioSpec filteredSpec(const AudioSpec& input, const Effect& effect) {
     AudioSpec spec = input;
     if (effect.output_channels) spec.layout = defaultLayout(*effect.output_channels);
