@@ -144,11 +144,6 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
     std::unique_ptr<short[]> runEffect(const EffectRecord& effect, const InputBlock& in, int out_channels);
     void releaseHandles();
 
-    // effects.cpp
-    static int renderSurround(void* handle, const InputBlock& in, short* out);
-    static int enhanceDialogue(void* handle, const InputBlock& in, short* out);
-    static int normalize(void* handle, const InputBlock& in, short* out);
-
     // pcm_dump.cpp
     void dumpPCMData(const short* pcm, int channels, int samples, const std::string& effect, bool is_input);
     static std::string getDumpDirectory();

@@ -41,6 +41,21 @@ std::unique_ptr<short[]> widenMono(const short* mono, int frames) {
     return widened;
 }
 
+// A surround handle that was made for one channel still reads two samples per frame.
+int renderSurround(void* handle, const InputBlock& in, short* out) {
+    if (in.channels != 1) return aem_ProcessSurround(handle, in.samples, out, in.frames);
+    const auto widened = widenMono(in.samples, in.frames);
+    return aem_ProcessSurround(handle, widened.get(), out, in.frames);
+}
+
+int enhanceDialogue(void* handle, const InputBlock& in, short* out) {
+    return aem_ProcessDialoguEnhance(handle, in.samples, out, in.frames, in.sampleRate);
+}
+
+int normalize(void* handle, const InputBlock& in, short* out) {
+    return aem_ProcessNormalizer(handle, in.samples, out, in.frames, static_cast<int8_t>(in.channels));
+}
+
 }  // namespace
 
 // A friend of the filter, because the records point to private members and handles depend on private options.
@@ -90,7 +105,7 @@ struct EffectTable {
             .rates_hz = kCommonRates_hz,
             .output_channels = surroundOutputChannels,
             .create = createSurround,
-            .process = sonivexFilter::renderSurround,
+            .process = renderSurround,
             .release = aem_ReleaseSurround,
         },
         {
@@ -104,7 +119,7 @@ struct EffectTable {
             .rates_hz = kCommonRates_hz,
             .output_channels = sameChannels,
             .create = createDialogue,
-            .process = sonivexFilter::enhanceDialogue,
+            .process = enhanceDialogue,
             .release = aem_ReleaseDialoguEnhance,
         },
         {
@@ -118,7 +133,7 @@ struct EffectTable {
             .rates_hz = kSpeechAndCommonRates_hz,
             .output_channels = sameChannels,
             .create = createNormalizer,
-            .process = sonivexFilter::normalize,
+            .process = normalize,
             .release = aem_ReleaseNormalizer,
         },
     };
@@ -135,6 +150,12 @@ constexpr auto kRecordsByPrecedence = [] {
     });
     return sorted;
 }();
+
+// Two effects of equal precedence would leave it open which of them processes a frame.
+static_assert(std::adjacent_find(kRecordsByPrecedence.begin(), kRecordsByPrecedence.end(),
+                                 [](const EffectRecord* first, const EffectRecord* second) {
+                                     return first->precedence == second->precedence;
+                                 }) == kRecordsByPrecedence.end());
 
 bool contains(std::span<const int> numbers, int number) {
     return std::find(numbers.begin(), numbers.end(), number) != numbers.end();
@@ -157,21 +178,6 @@ bool isSupportedStream(const EffectRecord& effect, int channels, int sample_rate
 std::unique_ptr<short[]> makeBlock(int channels, int frames) {
     return std::unique_ptr<short[]>(
         new short[static_cast<std::size_t>(channels) * static_cast<std::size_t>(frames)]());
-}
-
-// A surround handle that was made for one channel still reads two samples per frame.
-int sonivexFilter::renderSurround(void* handle, const InputBlock& in, short* out) {
-    if (in.channels != 1) return aem_ProcessSurround(handle, in.samples, out, in.frames);
-    const auto widened = widenMono(in.samples, in.frames);
-    return aem_ProcessSurround(handle, widened.get(), out, in.frames);
-}
-
-int sonivexFilter::enhanceDialogue(void* handle, const InputBlock& in, short* out) {
-    return aem_ProcessDialoguEnhance(handle, in.samples, out, in.frames, in.sampleRate);
-}
-
-int sonivexFilter::normalize(void* handle, const InputBlock& in, short* out) {
-    return aem_ProcessNormalizer(handle, in.samples, out, in.frames, static_cast<int8_t>(in.channels));
 }
 
 }  // namespace Vorlin
