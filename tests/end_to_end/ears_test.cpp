@@ -38,6 +38,11 @@ TEST_F(EarsCommand, MeasuresEachSegmentOfAFile) {
     EXPECT_EQ(rows[1]["heard"], "right");
     EXPECT_NEAR(rows[1]["left_leads_us"].get<double>(), -500.0, 1.0);
     EXPECT_NEAR(rows[1]["left_louder_db"].get<double>(), -6.02, 0.01);
+    // 500 us is the lead at some 50 degrees.
+    EXPECT_NEAR(rows[0]["angle_by_delay_deg"].get<double>(), 50.0, 10.0);
+    EXPECT_NEAR(rows[1]["angle_deg"].get<double>(), -rows[0]["angle_deg"].get<double>(), 1.0);
+    EXPECT_NEAR(rows[1]["lowest_by_level_deg"].get<double>(), -rows[0]["highest_by_level_deg"].get<double>(),
+                1.0);
 }
 
 TEST_F(EarsCommand, MeasuresTheWholeFileAsOneSegmentByDefault) {

@@ -17,6 +17,8 @@ namespace {
 
 constexpr char kEarsFooter[] =
     "A sound is heard on the side of the ear that it reaches first and at which it is louder.\n"
+    "The angle says how far to the side, by a simple model of hearing: 0 is the middle, +90\n"
+    "is at the left ear and -90 at the right one. Front and back are not told apart.\n"
     "The exit codes are those of `sonivex render`.\n";
 
 struct EarsChoices {

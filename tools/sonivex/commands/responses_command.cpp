@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "failure.h"
+#include "interrupt.h"
+#include "output_file.h"
 #include "responses_plot.h"
 #include "responses_report.h"
 #include "result_stream.h"
@@ -13,11 +15,14 @@
 namespace sonivex_tool {
 namespace {
 
+using sonivex_plotting::pictureFormatOf;
+
 struct ResponsesChoices {
     std::string set;
     std::optional<int> source;
     std::string plot;
     bool json = false;
+    bool csv = false;
 };
 
 std::vector<std::string> setNames() {
@@ -41,14 +46,32 @@ ResponseChoice chosenBy(const ResponsesChoices& choices) {
     return choice;
 }
 
+void writePlot(const ResponseSet& set, int source, const std::string& path) {
+    OutputFile file(path, true);
+    const std::string picture = plotResponses(set, source, pictureFormatOf(path).value());
+    avio_write(file.io(), reinterpret_cast<const unsigned char*>(picture.data()),
+               static_cast<int>(picture.size()));
+    file.commit();
+}
+
+CLI::Validator pictureName() {
+    return CLI::Validator(
+        [](const std::string& path) {
+            return pictureFormatOf(path) ? std::string() : "must end in .png, .svg or .pdf, not " + path;
+        },
+        "", "picture");
+}
+
 void run(const ResponsesChoices& choices) {
     const ResponseChoice choice = chosenBy(choices);
-    if (!choices.plot.empty()) {
-        if (!choices.source) throw Failure(ExitCode::Usage, "--plot needs --set and --source");
-        plotResponses(*choice.sets.front(), *choices.source, choices.plot);
+    if (!choices.plot.empty() && !choices.source) {
+        throw Failure(ExitCode::Usage, "--plot needs --set and --source");
     }
+    installSignalHandlers();
     ResultStream result(ResultStream::Prints::ToStandardError);
-    result.write(choices.json ? responsesJson(choice) : responsesText(choice));
+    if (!choices.plot.empty()) writePlot(*choice.sets.front(), *choices.source, choices.plot);
+    const std::vector<MeasuredSet> sets = measureSets(choice);
+    result.write(choices.json ? responsesJson(sets) : choices.csv ? responsesCsv(sets) : responsesText(sets));
 }
 
 }  // namespace
@@ -56,7 +79,7 @@ void run(const ResponsesChoices& choices) {
 std::function<void()> addResponsesCommand(CLI::App& program) {
     auto choices = std::make_shared<ResponsesChoices>();
     CLI::App* command =
-        program.add_subcommand("responses", "List and plot the impulse responses of the surround effect");
+        program.add_subcommand("responses", "Measure and plot the impulse responses of the surround effect");
     command->add_option("--set", choices->set, "Show only this set; the list shows the names")
         ->option_text("NAME")
         ->check(CLI::IsMember(setNames()));
@@ -65,10 +88,17 @@ std::function<void()> addResponsesCommand(CLI::App& program) {
         ->check(CLI::Range(1, 8));
     command
         ->add_option("--plot", choices->plot,
-                     "Plot the pair of --set and --source to a PNG file; an\n"
-                     "existing file is replaced")
-        ->option_text("FILE");
-    command->add_flag("--json", choices->json, "Print the list as one JSON array");
+                     "Plot the pair of --set and --source to a file, a picture of the\n"
+                     "kind that its extension names: .png, .svg or .pdf. An existing\n"
+                     "file is replaced")
+        ->option_text("FILE")
+        ->check(pictureName());
+    CLI::Option* json = command->add_flag("--json", choices->json, "Print the figures as one JSON object");
+    command
+        ->add_flag("--csv", choices->csv,
+                   "Print the figures as CSV, with a line for each octave of each\n"
+                   "loudspeaker")
+        ->excludes(json);
     return [choices] { run(*choices); };
 }
 

@@ -68,12 +68,42 @@ const char* sideOf(double value) {
     return value > 0.0 ? "left" : value < 0.0 ? "right" : "neither";
 }
 
+constexpr char kDegrees[] = " deg";
+
+// Formats an angle with its sign, or as "0" if it rounds to 0.
+std::string signedAngle(double angle_deg) {
+    std::array<char, 64> text{};
+    const double rounded_deg = std::round(angle_deg);
+    (void)std::snprintf(text.data(), text.size(), rounded_deg == 0.0 ? "0" : "%+.0f", rounded_deg);
+    return text.data();
+}
+
+// The cells of the model of hearing.
+struct Angles {
+    std::string angle;
+    std::string by_delay;
+    std::string clarity;
+    std::string by_level;
+};
+
+Angles anglesOf(const std::optional<LateralAngle>& lateral) {
+    if (!lateral) return {"-", "-", "-", "-"};
+    std::array<char, 64> clarity{};
+    (void)std::snprintf(clarity.data(), clarity.size(), "%.2f", lateral->clarity);
+    return {signedAngle(lateral->angle_deg) + kDegrees, signedAngle(lateral->by_delay_deg) + kDegrees,
+            clarity.data(),
+            signedAngle(lateral->lowest_by_level_deg) + " to " + signedAngle(lateral->highest_by_level_deg) +
+                kDegrees};
+}
+
 std::string row(std::size_t name_width, const std::string& name, const std::string& heard,
                 const std::string& leads, const std::string& delay, const std::string& louder,
-                const std::string& level) {
+                const std::string& level, const Angles& angles) {
     std::array<char, 128> rest{};
-    (void)std::snprintf(rest.data(), rest.size(), "  %-8s  %-10s %8s    %-10s %8s", heard.c_str(),
-                        leads.c_str(), delay.c_str(), louder.c_str(), level.c_str());
+    (void)std::snprintf(rest.data(), rest.size(), "  %-7s  %-8s %6s  %-8s %7s  %8s  %8s  %7s  %14s",
+                        heard.c_str(), leads.c_str(), delay.c_str(), louder.c_str(), level.c_str(),
+                        angles.angle.c_str(), angles.by_delay.c_str(), angles.clarity.c_str(),
+                        angles.by_level.c_str());
     std::string line = name + std::string(name_width - name.size(), ' ') + rest.data();
     line.erase(line.find_last_not_of(' ') + 1);
     return line + "\n";
@@ -108,9 +138,12 @@ std::vector<SegmentEars> measureEars(const std::string& path, const std::vector<
         }
         const auto first = static_cast<std::size_t>(from);
         const auto count = static_cast<std::size_t>(to) - first;
-        rows.push_back(
-            {segment, compareEars(std::span(samples.left).subspan(first, count),
-                                  std::span(samples.right).subspan(first, count), samples.rate_hz)});
+        const auto left = std::span(samples.left).subspan(first, count);
+        const auto right = std::span(samples.right).subspan(first, count);
+        SegmentEars& row = rows.emplace_back();
+        row.segment = segment;
+        row.ears = compareEars(left, right, samples.rate_hz);
+        if (!row.ears.is_silent) row.lateral = lateralAngle(left, right, samples.rate_hz);
     }
     return rows;
 }
@@ -118,29 +151,39 @@ std::vector<SegmentEars> measureEars(const std::string& path, const std::vector<
 std::string asText(const std::vector<SegmentEars>& rows) {
     std::size_t name_width = std::string("segment").size();
     for (const SegmentEars& entry : rows) name_width = std::max(name_width, entry.segment.name.size());
-    std::string text = row(name_width, "segment", "heard", "leads", "by", "louder", "by");
-    for (const auto& [segment, ears] : rows) {
+    std::string text = row(name_width, "segment", "heard", "leads", "by", "louder", "by",
+                           {"angle", "by delay", "clarity", "by level"});
+    for (const auto& [segment, ears, lateral] : rows) {
         if (ears.is_silent) {
-            text += row(name_width, segment.name, heardSide(ears), "", "", "", "");
+            text += row(name_width, segment.name, heardSide(ears), "", "", "", "", {});
             continue;
         }
-        text +=
-            row(name_width, segment.name, heardSide(ears), sideOf(ears.delay_us),
-                withUnit(ears.delay_us, 0, "us"), sideOf(ears.level_db), withUnit(ears.level_db, 1, "dB"));
+        text += row(name_width, segment.name, heardSide(ears), sideOf(ears.delay_us),
+                    withUnit(ears.delay_us, 0, "us"), sideOf(ears.level_db), withUnit(ears.level_db, 1, "dB"),
+                    anglesOf(lateral));
     }
     return text;
 }
 
 std::string asJson(const std::vector<SegmentEars>& rows) {
     nlohmann::ordered_json array = nlohmann::ordered_json::array();
-    for (const auto& [segment, ears] : rows) {
+    const auto figure = [](const std::optional<LateralAngle>& lateral, double LateralAngle::*member) {
+        return lateral ? nlohmann::ordered_json((*lateral).*member) : nlohmann::ordered_json();
+    };
+    for (const auto& [segment, ears, lateral] : rows) {
         array.push_back({{"name", segment.name},
                          {"from_s", segment.from_s},
                          {"to_s", segment.to_s},
                          {"heard", heardSide(ears)},
                          {"left_leads_us", ears.delay_us},
                          {"left_louder_db", ears.level_db},
-                         {"likeness", ears.likeness}});
+                         {"likeness", ears.likeness},
+                         {"angle_deg", figure(lateral, &LateralAngle::angle_deg)},
+                         {"angle_by_delay_deg", figure(lateral, &LateralAngle::by_delay_deg)},
+                         {"clarity", figure(lateral, &LateralAngle::clarity)},
+                         {"angle_by_level_deg", figure(lateral, &LateralAngle::by_level_deg)},
+                         {"lowest_by_level_deg", figure(lateral, &LateralAngle::lowest_by_level_deg)},
+                         {"highest_by_level_deg", figure(lateral, &LateralAngle::highest_by_level_deg)}});
     }
     return array.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "interaural.h"
+#include "lateral_angle.h"
 
 namespace sonivex_tool {
 
@@ -23,6 +25,7 @@ bool parseSegment(const std::string& text, Segment& segment);
 struct SegmentEars {
     Segment segment;
     InterauralDifference ears;
+    std::optional<LateralAngle> lateral;  // missing for silence and for sounds outside the bands of speech
 };
 
 /** Compares the ears in each segment of a stereo file; without segments, in the whole file.

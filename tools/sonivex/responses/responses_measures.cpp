@@ -20,10 +20,17 @@ constexpr double kLowest_hz = 20.0;
 constexpr double kHighest_hz = 20000.0;
 constexpr double kPointsPerOctave = 48.0;
 constexpr double kAveragedOctaves = 1.0 / 12.0;
+constexpr double kEnvelopeStep_s = 0.0005;
 constexpr double kFloor_db = -200.0;
 
 double decibels(double power) {
     return std::max(10.0 * std::log10(power), kFloor_db);
+}
+
+double peakOf(std::span<const double> gains) {
+    double peak = 0.0;
+    for (const double gain : gains) peak = std::max(peak, std::abs(gain));
+    return peak;
 }
 
 // Second-order Butterworth high-pass, by the bilinear transform.
@@ -81,23 +88,31 @@ std::optional<double> reverberation_s(std::span<const double> gains, std::size_t
 
 }  // namespace
 
+std::size_t arrivalSample(std::span<const double> gains) {
+    const double threshold = kArrivalPart * peakOf(gains);
+    const auto arrival =
+        std::find_if(gains.begin(), gains.end(), [&](double gain) { return std::abs(gain) >= threshold; });
+    return arrival == gains.end() ? 0 : static_cast<std::size_t>(arrival - gains.begin());
+}
+
+double energyOf(std::span<const double> gains) {
+    double energy = 0.0;
+    for (const double gain : gains) energy += gain * gain;
+    return energy;
+}
+
 ResponseMeasures measureResponse(std::span<const double> gains, int rate_hz, double faded_part) {
     ResponseMeasures measures;
-    double energy = 0.0;
-    for (const double gain : gains) {
-        measures.peak = std::max(measures.peak, std::abs(gain));
-        energy += gain * gain;
-    }
-    measures.energy_db = 10.0 * std::log10(energy);
-    if (energy == 0.0) return measures;
-    while (std::abs(gains[measures.arrival_samples]) < kArrivalPart * measures.peak)
-        ++measures.arrival_samples;
+    measures.peak = peakOf(gains);
+    if (measures.peak == 0.0) return measures;
+    measures.energy_db = 10.0 * std::log10(energyOf(gains));
+    measures.arrival_samples = arrivalSample(gains);
     measures.arrival_ms = static_cast<double>(measures.arrival_samples) / rate_hz * 1000.0;
     measures.reverberation_s = reverberation_s(gains, measures.arrival_samples, rate_hz, faded_part);
     return measures;
 }
 
-std::vector<double> energyDecay_db(std::span<const double> gains) {
+std::vector<double> energyDecay_db(std::span<const double> gains, double reference) {
     std::vector<double> decay(gains.size());
     double sum = 0.0;
     for (std::size_t n = gains.size(); n-- > 0;) {
@@ -106,8 +121,21 @@ std::vector<double> energyDecay_db(std::span<const double> gains) {
     }
     const auto end = std::find(decay.begin(), decay.end(), 0.0);
     decay.erase(end, decay.end());
-    for (double& value : decay) value = decibels(value / sum);
+    for (double& value : decay) value = decibels(value / reference);
     return decay;
+}
+
+std::vector<EnvelopePoint> envelope(std::span<const double> gains, int rate_hz) {
+    const auto step =
+        std::max<std::size_t>(1, static_cast<std::size_t>(std::lround(kEnvelopeStep_s * rate_hz)));
+    std::vector<EnvelopePoint> points;
+    for (std::size_t from = 0; from < gains.size(); from += step) {
+        const auto part = gains.subspan(from, std::min(step, gains.size() - from));
+        const double middle = static_cast<double>(from) + static_cast<double>(part.size()) / 2.0;
+        const double peak = peakOf(part);
+        points.push_back({middle / rate_hz * 1000.0, decibels(peak * peak)});
+    }
+    return points;
 }
 
 std::vector<SpectrumPoint> magnitude(std::span<const double> gains, int rate_hz) {

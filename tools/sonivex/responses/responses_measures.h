@@ -12,7 +12,7 @@ namespace sonivex_tool {
 /** The figures of an impulse response. */
 struct ResponseMeasures {
     double peak = 0.0;                // largest magnitude, as a gain
-    double energy_db = 0.0;           // sum of squares; 0 dB is that of a unit impulse, -infinity silence
+    std::optional<double> energy_db;  // sum of squares; 0 dB is that of a unit impulse; missing for silence
     std::size_t arrival_samples = 0;  // first sample of at least a tenth of the peak
     double arrival_ms = 0.0;
     /** Time in which the sound of the room falls by 60 dB. It follows from a line through the levels of 5 ms
@@ -21,13 +21,28 @@ struct ResponseMeasures {
     std::optional<double> reverberation_s;
 };
 
+/** Returns the sample at which the sound arrives: the first of at least a tenth of the peak. Silence: 0. */
+std::size_t arrivalSample(std::span<const double> gains);
+
 /** Measures an impulse response.
  *  @param faded_part share of the length, at the end, that the closing fade covers; 0 to 1 */
 ResponseMeasures measureResponse(std::span<const double> gains, int rate_hz, double faded_part);
 
-/** Returns Schroeder's backward integral: the energy from each sample to the end, in dB relative to the total
- *  energy. Ends before the first sample from which on there is no energy. */
-std::vector<double> energyDecay_db(std::span<const double> gains);
+/** Returns the sum of the squared samples. */
+double energyOf(std::span<const double> gains);
+
+/** Returns Schroeder's backward integral: the energy from each sample to the end, in dB relative to
+ *  `reference`, an energy above 0. Ends before the first sample from which on there is no energy. */
+std::vector<double> energyDecay_db(std::span<const double> gains, double reference);
+
+/** One point of a response's envelope. */
+struct EnvelopePoint {
+    double time_ms = 0.0;
+    double level_db = 0.0;  // largest magnitude; 0 dB is a gain of 1, silence is -200 dB
+};
+
+/** Returns the largest magnitude in each half millisecond of a response, at the middle of that time. */
+std::vector<EnvelopePoint> envelope(std::span<const double> gains, int rate_hz);
 
 /** One point of a response's spectrum. */
 struct SpectrumPoint {

@@ -1,25 +1,21 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "responses_tables.h"
+#include "measured_sets.h"
 
 namespace sonivex_tool {
 
-/** The tables to list. */
-struct ResponseChoice {
-    std::vector<const ResponseSet*> sets;
-    std::optional<int> source;  // number of the source in each set, from 1; missing: all sources
-};
-
-/** Measures the chosen responses and formats the figures for people: a table for each set, the last line
+/** Formats the figures for people: tables for each set, at most 110 columns wide. The last line is
  *  terminated. */
-std::string responsesText(const ResponseChoice& choice);
+std::string responsesText(const std::vector<MeasuredSet>& sets);
 
-/** Measures the chosen responses and formats the figures for programs: one JSON array with an object for each
- *  table, on one terminated line. */
-std::string responsesJson(const ResponseChoice& choice);
+/** Formats the figures for programs: one JSON object on one terminated line. Missing figures are null. */
+std::string responsesJson(const std::vector<MeasuredSet>& sets);
+
+/** Formats the figures for spreadsheets, as CSV (RFC 4180): a header line, and a line for each octave of each
+ *  source, which repeats the figures of its source. Missing figures are empty. */
+std::string responsesCsv(const std::vector<MeasuredSet>& sets);
 
 }  // namespace sonivex_tool

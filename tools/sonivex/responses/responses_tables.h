@@ -19,6 +19,7 @@ struct ResponseTable {
 
 /** The responses of one loudspeaker at both ears. */
 struct ResponseSource {
+    std::string loudspeaker;  // "front left", "centre", …; empty for the Audio stage, which has none
     ResponseTable left;
     ResponseTable right;
 };
@@ -34,6 +35,9 @@ struct ResponseSet {
     std::string use;   // effect type and layout that use the set, for messages
     sonivex::ResponseFormat format;
     std::vector<ResponseSource> sources;
+    /** True if the ears hear the same channel through a source's two tables. False: each ear hears only its
+     *  own channel, through its tables of all sources. */
+    bool has_crosstalk = true;
 };
 
 /** Returns all sets. The set of the Audio stage has one source, with the same table at both ears. */

@@ -25,17 +25,25 @@ TEST(EarSegments, RejectMalformedNamesAndTimes) {
     }
 }
 
-TEST(EarTable, NamesTheLeadingAndTheLouderEar) {
+TEST(EarTable, NamesTheLeadingAndTheLouderEarAndTheAngles) {
     const std::string text = sonivex_tool::asText({
-        {{"front left", 0.0, 2.0}, {false, 265.4, 3.26, 0.9}},
-        {{"side right", 2.0, 4.0}, {false, -640.0, -0.4, 0.8}},
-        {{"bass", 4.0, 6.0}, {}},
+        {{"front left", 0.0, 2.0},
+         {false, 265.4, 3.26, 0.9},
+         sonivex_tool::LateralAngle{30.4, 35.0, 24.0, 90.0, 31.6, 0.876}},
+        {{"side right", 2.0, 4.0}, {false, -640.0, -0.4, 0.8}, sonivex_tool::LateralAngle{}},
+        {{"bass", 4.0, 6.0}, {false, 0.0, 0.0, 1.0}, {}},
+        {{"pause", 6.0, 8.0}, {}, {}},
     });
     EXPECT_EQ(text,
-              "segment     heard     leads            by    louder           by\n"
-              "front left  left      left         265 us    left         3.3 dB\n"
-              "side right  right     right        640 us    right        0.4 dB\n"
-              "bass        silent\n");
+              "segment     heard    leads        by  louder        by     angle  by delay  clarity        by "
+              "level\n"
+              "front left  left     left     265 us  left      3.3 dB   +32 deg   +30 deg     0.88  +24 to "
+              "+90 deg\n"
+              "side right  right    right    640 us  right     0.4 dB     0 deg     0 deg     0.00      0 to "
+              "0 deg\n"
+              "bass        middle   neither    0 us  neither   0.0 dB         -         -        -           "
+              "    -\n"
+              "pause       silent\n");
 }
 
 }  // namespace

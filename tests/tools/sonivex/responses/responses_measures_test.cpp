@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <numbers>
 
 #include "responses_tables.h"
@@ -12,6 +11,7 @@
 namespace {
 
 using sonivex_tool::energyDecay_db;
+using sonivex_tool::envelope;
 using sonivex_tool::magnitude;
 using sonivex_tool::measureResponse;
 
@@ -35,7 +35,8 @@ TEST(ImpulseResponseMeasures, GiveTheGainAndPositionOfASingleSample) {
     gains[96] = -0.5;
     const auto measures = measureResponse(gains, kRate_hz, 0.0);
     EXPECT_EQ(measures.peak, 0.5);
-    EXPECT_NEAR(measures.energy_db, -6.0206, 1e-4);
+    ASSERT_TRUE(measures.energy_db);
+    EXPECT_NEAR(*measures.energy_db, -6.0206, 1e-4);
     EXPECT_EQ(measures.arrival_samples, 96U);
     EXPECT_DOUBLE_EQ(measures.arrival_ms, 2.0);
 }
@@ -48,9 +49,9 @@ TEST(ImpulseResponseMeasures, PlaceTheArrivalAtTheFirstTenthOfThePeak) {
 TEST(ImpulseResponseMeasures, GiveNoEnergyAndNoDecayForSilence) {
     const auto measures = measureResponse(std::vector<double>(9600, 0.0), kRate_hz, 0.25);
     EXPECT_EQ(measures.peak, 0.0);
-    EXPECT_EQ(measures.energy_db, -std::numeric_limits<double>::infinity());
+    EXPECT_FALSE(measures.energy_db);
     EXPECT_FALSE(measures.reverberation_s);
-    EXPECT_TRUE(energyDecay_db(std::vector<double>(10, 0.0)).empty());
+    EXPECT_TRUE(energyDecay_db(std::vector<double>(10, 0.0), 1.0).empty());
 }
 
 TEST(ImpulseResponseMeasures, FindTheReverberationTimeOfDecayingNoise) {
@@ -82,11 +83,32 @@ TEST(ImpulseResponseMeasures, GiveNoReverberationTimeForShortOrGrowingResponses)
 }
 
 TEST(ImpulseResponseMeasures, IntegrateTheEnergyDecayBackwards) {
-    const std::vector<double> decay = energyDecay_db(std::vector<double>{3.0, 2.0, 1.0, 0.0});
+    const std::vector<double> decay = energyDecay_db(std::vector<double>{3.0, 2.0, 1.0, 0.0}, 14.0);
     ASSERT_EQ(decay.size(), 3U);
     EXPECT_DOUBLE_EQ(decay[0], 0.0);
     EXPECT_DOUBLE_EQ(decay[1], 10.0 * std::log10(5.0 / 14.0));
     EXPECT_DOUBLE_EQ(decay[2], 10.0 * std::log10(1.0 / 14.0));
+}
+
+TEST(ImpulseResponseMeasures, IntegrateTheDecayOfBothEarsRelativeToOneEnergy) {
+    const std::vector<double> louder = energyDecay_db(std::vector<double>{2.0, 0.0}, 4.0);
+    const std::vector<double> softer = energyDecay_db(std::vector<double>{0.0, 0.2}, 4.0);
+    EXPECT_NEAR(louder.at(0), 0.0, 1e-12);
+    EXPECT_NEAR(softer.at(0), -20.0, 1e-9);
+}
+
+TEST(ImpulseResponseMeasures, GiveTheLargestMagnitudeOfEachHalfMillisecond) {
+    std::vector<double> gains(60, 0.0);  // 24 + 24 + 12 samples
+    gains[3] = 0.1;
+    gains[20] = -1.0;
+    gains[59] = 0.01;
+    const auto points = envelope(gains, kRate_hz);
+    ASSERT_EQ(points.size(), 3U);
+    EXPECT_DOUBLE_EQ(points[0].time_ms, 0.25);
+    EXPECT_NEAR(points[0].level_db, 0.0, 1e-9);
+    EXPECT_DOUBLE_EQ(points[1].level_db, -200.0);
+    EXPECT_DOUBLE_EQ(points[2].time_ms, 1.125);
+    EXPECT_NEAR(points[2].level_db, -40.0, 1e-9);
 }
 
 TEST(ImpulseResponseMeasures, GiveAFlatMagnitudeForADelay) {

@@ -1,5 +1,6 @@
 #include "responses_tables.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <set>
@@ -8,6 +9,7 @@ namespace {
 
 using sonivex_tool::allResponseSets;
 using sonivex_tool::findResponseSet;
+using testing::ElementsAre;
 
 TEST(ResponseSets, ContainEveryTableOnce) {
     std::set<std::string> names;
@@ -32,6 +34,25 @@ TEST(ResponseSets, AssignEachTableToItsEar) {
     EXPECT_EQ(source.left.name, "7_1_4_h_mode2L48");
     EXPECT_EQ(source.right.name, "7_1_4_h_mode2R48");
     EXPECT_EQ(source.left.samples.size(), 7000U);
+}
+
+TEST(ResponseSets, NameTheLoudspeakerOfEachSource) {
+    const auto names = [](const char* set) {
+        std::vector<std::string> all;
+        for (const auto& source : findResponseSet(set)->sources) all.push_back(source.loudspeaker);
+        return all;
+    };
+    EXPECT_THAT(names("cingo"), ElementsAre("front left", "front right"));
+    EXPECT_THAT(names("2.0-mode3"), ElementsAre("front left", "front right"));
+    EXPECT_THAT(names("bingo-5.1"), ElementsAre("front left", "front right", "centre", "low frequency",
+                                                "surround left", "surround right"));
+    EXPECT_THAT(names("5.1-mode1"),
+                ElementsAre("front left", "front right", "centre", "surround left", "surround right"));
+    EXPECT_THAT(names("bingo-7.1"), ElementsAre("front left", "front right", "centre", "low frequency",
+                                                "back left", "back right", "side left", "side right"));
+    EXPECT_THAT(names("7.1-mode2"), ElementsAre("front left", "front right", "centre", "back left",
+                                                "back right", "side left", "side right"));
+    EXPECT_THAT(names("audio"), ElementsAre(""));
 }
 
 }  // namespace

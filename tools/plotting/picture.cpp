@@ -1,0 +1,119 @@
+#include "picture.h"
+
+#include <cairo-pdf.h>
+#include <cairo-svg.h>
+#include <cairo.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <stdexcept>
+
+#include "png_title.h"
+
+namespace sonivex_plotting {
+namespace {
+
+constexpr double kPointsPerPixel = 72.0 / 96.0;
+
+struct Deleter {
+    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+    void operator()(cairo_t* context) const { cairo_destroy(context); }
+};
+using Surface = std::unique_ptr<cairo_surface_t, Deleter>;
+
+void throwIfFailed(cairo_status_t status) {
+    if (status == CAIRO_STATUS_SUCCESS) return;
+    if (status == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
+    throw std::runtime_error(std::string("cannot draw the picture: ") + cairo_status_to_string(status));
+}
+
+// Appends bytes to the string that `file` points to.
+cairo_status_t append(void* file, const unsigned char* bytes, unsigned int count) {
+    try {
+        static_cast<std::string*>(file)->append(reinterpret_cast<const char*>(bytes), count);
+    } catch (const std::exception&) {
+        return CAIRO_STATUS_NO_MEMORY;
+    }
+    return CAIRO_STATUS_SUCCESS;
+}
+
+// `file` receives the bytes of the vector formats and must outlive the surface.
+Surface makeSurface(PictureFormat format, int width, int height, const std::string& title,
+                    std::string& file) {
+    switch (format) {
+        case PictureFormat::Png:
+            return Surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height));
+        case PictureFormat::Svg: {
+            Surface surface(cairo_svg_surface_create_for_stream(append, &file, width, height));
+            cairo_svg_surface_set_document_unit(surface.get(), CAIRO_SVG_UNIT_PX);
+            return surface;
+        }
+        case PictureFormat::Pdf: {
+            Surface surface(cairo_pdf_surface_create_for_stream(append, &file, width * kPointsPerPixel,
+                                                                height * kPointsPerPixel));
+            cairo_pdf_surface_set_metadata(surface.get(), CAIRO_PDF_METADATA_TITLE, title.c_str());
+            return surface;
+        }
+    }
+    throw std::logic_error("unknown picture format");
+}
+
+std::string escaped(const std::string& words) {
+    std::string text;
+    for (const char letter : words) {
+        if (letter == '&') {
+            text += "&amp;";
+        } else if (letter == '<') {
+            text += "&lt;";
+        } else {
+            text += letter;
+        }
+    }
+    return text;
+}
+
+// The library draws the letters of an SVG file as shapes, so the words would be nowhere in it.
+std::string withSvgTitle(const std::string& svg, const std::string& title) {
+    const std::size_t root = svg.find("<svg ");
+    const std::size_t end = root == std::string::npos ? root : svg.find('>', root);
+    if (end == std::string::npos) throw std::runtime_error("cannot draw the picture: not an SVG file");
+    return svg.substr(0, end + 1) + "\n<title>" + escaped(title) + "</title>" + svg.substr(end + 1);
+}
+
+}  // namespace
+
+std::optional<PictureFormat> pictureFormatOf(const std::string& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    if (extension == ".png") return PictureFormat::Png;
+    if (extension == ".svg") return PictureFormat::Svg;
+    if (extension == ".pdf") return PictureFormat::Pdf;
+    return std::nullopt;
+}
+
+std::string pictureFile(PictureFormat format, int width, int height, const std::string& title,
+                        const std::function<void(Canvas&)>& draw) {
+    std::string file;
+    const Surface surface = makeSurface(format, width, height, title, file);
+    {
+        const std::unique_ptr<cairo_t, Deleter> context(cairo_create(surface.get()));
+        if (format == PictureFormat::Pdf) cairo_scale(context.get(), kPointsPerPixel, kPointsPerPixel);
+        Canvas canvas(context.get());
+        canvas.fill({0.0, 0.0, static_cast<double>(width), static_cast<double>(height)}, kWhite);
+        draw(canvas);
+        throwIfFailed(cairo_status(context.get()));
+    }
+    if (format == PictureFormat::Png) {
+        throwIfFailed(cairo_surface_write_to_png_stream(surface.get(), append, &file));
+        return withPngTitle(file, title);
+    }
+    cairo_surface_finish(surface.get());
+    throwIfFailed(cairo_surface_status(surface.get()));
+    return format == PictureFormat::Svg ? withSvgTitle(file, title) : file;
+}
+
+}  // namespace sonivex_plotting
