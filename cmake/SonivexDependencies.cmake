@@ -11,7 +11,7 @@ pkg_check_modules(LIBEBUR128 REQUIRED IMPORTED_TARGET libebur128)
 pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo>=1.16)
 pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy>=1.0.3)
 
-# Only the generator of the impulse responses needs libmysofa, and its output is committed.
+# Only the generator of the impulse responses and the tests of its output need libmysofa. The output is committed.
 pkg_check_modules(LIBMYSOFA QUIET IMPORTED_TARGET libmysofa)
 
 find_package(Boost 1.74 REQUIRED)

@@ -112,26 +112,28 @@ Signal tailSteps_db(const Ears& ears, double faded_part, double step_s) {
 
 }  // namespace
 
+Signal directSound(const Signal& response) {
+    const auto first = response.begin() + static_cast<std::ptrdiff_t>(onset(response));
+    return {first, first + static_cast<std::ptrdiff_t>(samplesIn(kDirect_s))};
+}
+
 Ears directSound(const Ears& ears) {
-    Ears direct;
-    for (std::size_t ear = 0; ear < 2; ++ear) {
-        const auto first = ears[ear].begin() + static_cast<std::ptrdiff_t>(onset(ears[ear]));
-        direct[ear].assign(first, first + static_cast<std::ptrdiff_t>(samplesIn(kDirect_s)));
-    }
-    return direct;
+    return {directSound(ears[0]), directSound(ears[1])};
 }
 
-Ears reverberantSound(const Ears& ears) {
-    Ears rest;
+Ears directSoundInPlace(const Ears& ears) {
+    Ears placed;
     for (std::size_t ear = 0; ear < 2; ++ear) {
-        const std::size_t first = onset(ears[ear]) + samplesIn(kDirect_s);
-        rest[ear].assign(ears[ear].begin() + static_cast<std::ptrdiff_t>(first), ears[ear].end());
+        const Signal direct = directSound(ears[ear]);
+        placed[ear].assign(onset(ears[ear]), 0.0);
+        placed[ear].insert(placed[ear].end(), direct.begin(), direct.end());
     }
-    return rest;
+    return placed;
 }
 
-double directToReverberant_db(const Ears& ears) {
-    return 10.0 * std::log10(comparedEnergy(directSound(ears)) / comparedEnergy(reverberantSound(ears)));
+Signal reverberantSound(const Signal& response) {
+    const std::size_t first = onset(response) + samplesIn(kDirect_s);
+    return {response.begin() + static_cast<std::ptrdiff_t>(first), response.end()};
 }
 
 double strongestReflection_db(const Ears& ears) {
@@ -146,9 +148,7 @@ double strongestReflection_db(const Ears& ears) {
     double strongest = 0.0;
     for (std::size_t n = samplesIn(kDirect_s); n + length <= size; ++n) {
         double energy = 0.0;
-        for (const Signal& ear : early) {
-            for (std::size_t i = n; i < n + length; ++i) energy += ear[i] * ear[i];
-        }
+        for (const Signal& ear : early) energy += energyOf(std::span(ear).subspan(n, length));
         strongest = std::max(strongest, energy);
     }
     return 10.0 * std::log10(strongest / comparedEnergy(directSound(ears)));

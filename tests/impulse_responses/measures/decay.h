@@ -8,14 +8,17 @@
 
 namespace response_quality {
 
-/** First 2.5 ms of each ear's response from that ear's onset. */
+/** First 2.5 ms of a response from its onset. */
+Signal directSound(const Signal& response);
+
+/** Direct sound of each ear, from that ear's onset. */
 Ears directSound(const Ears& ears);
 
-/** Everything from 2.5 ms after each ear's onset on. */
-Ears reverberantSound(const Ears& ears);
+/** The same, with each ear's direct sound at its place in the response and silence around it. */
+Ears directSoundInPlace(const Ears& ears);
 
-/** Direct-to-reverberant ratio: energy of both ears, from 300 Hz up. */
-double directToReverberant_db(const Ears& ears);
+/** Everything after a response's direct sound. */
+Signal reverberantSound(const Signal& response);
 
 /** Strongest early reflection: the loudest 1 ms that starts 2.5 ms or later after the onset and ends within
  *  15 ms, relative to the energy of the direct sound. It counts both ears above 300 Hz, each from its own

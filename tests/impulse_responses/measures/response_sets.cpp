@@ -29,44 +29,26 @@ constexpr Loudspeaker kMode71[] = {
     {Role::kFront, 30.0},      {Role::kFront, -30.0},   {Role::kCentre, 0.0},    {Role::kSurround, 140.0},
     {Role::kSurround, -140.0}, {Role::kSurround, 90.0}, {Role::kSurround, -90.0}};
 
-// Design of a set: divisor, room, and direct-to-reverberant ratio of each kind of loudspeaker.
+// Divisor and room of a set.
 struct Setting {
     Kind kind;
     int mode;
     double divisor;
     double reverberation_time_s;
     double faded_part;
-    double front_db;
-    double centre_db;
-    double surround_db;
 };
 
-constexpr Setting kCingoSetting{Kind::kCingo, 0, 10000.0, 0.25, 0.25, 8.0, 9.0, 6.0};
-constexpr Setting kBingoSetting{Kind::kBingo, 0, 20000.0, 0.25, 0.3, 8.0, 9.0, 6.0};
-constexpr Setting kModeSettings[] = {{Kind::kMode, 1, 20000.0, 0.15, 0.3, 11.0, 14.0, 9.0},
-                                     {Kind::kMode, 2, 20000.0, 0.20, 0.3, 8.5, 14.0, 6.5},
-                                     {Kind::kMode, 3, 20000.0, 0.27, 0.3, 6.5, 14.0, 4.5}};
-constexpr double kLowFrequencyRatio_db = 20.0;
+constexpr Setting kCingoSetting{Kind::kCingo, 0, 10000.0, 0.25, 0.25};
+constexpr Setting kBingoSetting{Kind::kBingo, 0, 20000.0, 0.25, 0.3};
+constexpr Setting kModeSettings[] = {{Kind::kMode, 1, 20000.0, 0.15, 0.3},
+                                     {Kind::kMode, 2, 20000.0, 0.20, 0.3},
+                                     {Kind::kMode, 3, 20000.0, 0.27, 0.3}};
 constexpr double kAudioDivisor = 24000.0;
 
 Signal gains(const Table& table, double divisor) {
     Signal signal;
     for (const std::int16_t sample : table.samples) signal.push_back(sample / divisor);
     return signal;
-}
-
-double ratioOf(const Setting& setting, Role role) {
-    switch (role) {
-        case Role::kFront:
-            return setting.front_db;
-        case Role::kCentre:
-            return setting.centre_db;
-        case Role::kLowFrequency:
-            return kLowFrequencyRatio_db;
-        case Role::kSurround:
-            return setting.surround_db;
-    }
-    return 0.0;
 }
 
 ResponseSet makeSet(const TableSet& tables, const Setting& setting,
@@ -83,7 +65,6 @@ ResponseSet makeSet(const TableSet& tables, const Setting& setting,
         set.sources.push_back({.name = set.name + " source " + std::to_string(i + 1),
                                .role = loudspeaker.role,
                                .azimuth_deg = loudspeaker.azimuth_deg,
-                               .direct_to_reverberant_db = ratioOf(setting, loudspeaker.role),
                                .ears = {gains(tables.tables[2 * i], setting.divisor),
                                         gains(tables.tables[2 * i + 1], setting.divisor)}});
     }
@@ -93,7 +74,10 @@ ResponseSet makeSet(const TableSet& tables, const Setting& setting,
 }  // namespace
 
 Responses compiledResponses() {
-    const std::span<const TableSet> tables = compiledSets();
+    return responsesOf(compiledSets(), compiledAudioStage());
+}
+
+Responses responsesOf(std::span<const TableSet> tables, const Table& audio_stage) {
     Responses responses;
     responses.sets.push_back(makeSet(tables[0], kCingoSetting, kTwoChannels));
     responses.sets.push_back(makeSet(tables[1], kBingoSetting, kBingo51));
@@ -106,7 +90,7 @@ Responses compiledResponses() {
             ++next;
         }
     }
-    responses.audio_stage = gains(compiledAudioStage(), kAudioDivisor);
+    responses.audio_stage = gains(audio_stage, kAudioDivisor);
     return responses;
 }
 
@@ -123,6 +107,19 @@ ResponseSet frontPair(const ResponseSet& set) {
     ResponseSet pair = set;
     pair.sources.resize(2);
     return pair;
+}
+
+Ears sumOfFrontPair(const ResponseSet& set) {
+    Ears sum = set.sources[0].ears;
+    for (std::size_t ear = 0; ear < 2; ++ear) {
+        const Signal& second = set.sources[1].ears[ear];
+        for (std::size_t n = 0; n < sum[ear].size(); ++n) sum[ear][n] += second[n];
+    }
+    return sum;
+}
+
+bool feedsEachEarItsOwnChannel(const ResponseSet& set) {
+    return set.kind == Kind::kMode && set.has_two_channels;
 }
 
 bool isCentral(const Source& source) {

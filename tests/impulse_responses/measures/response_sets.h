@@ -1,11 +1,13 @@
-// The impulse responses as gains, with the design of each source: its direction and its room.
+// The impulse responses as gains, with the direction and the room of each source.
 #pragma once
 
 #include <array>
 #include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "compiled_tables.h"
 #include "spectrum.h"
 
 namespace response_quality {
@@ -24,7 +26,6 @@ struct Source {
     std::string name;
     Role role = Role::kFront;
     double azimuth_deg = 0.0;  // left positive
-    double direct_to_reverberant_db = 0.0;
     Ears ears;
 };
 
@@ -48,12 +49,24 @@ struct Responses {
 /** The compiled tables, each divided by the divisor that the effect uses. */
 Responses compiledResponses();
 
+/** The same of other tables.
+ *  @param tables sets in the order of compiledSets() */
+Responses responsesOf(std::span<const TableSet> tables, const Table& audio_stage);
+
 /** A set as it is heard: responses of the modes are convolved with the Audio stage at 48 kHz, other sets are
  *  unchanged. */
 ResponseSet withAudioStage(const ResponseSet& set, const Signal& audio_stage);
 
 /** The set reduced to its front pair. */
 ResponseSet frontPair(const ResponseSet& set);
+
+/** Sum of the front pair's responses at each ear: a mono programme. In a set of feedsEachEarItsOwnChannel()
+ *  the sum is also the response of an ear to its own channel. */
+Ears sumOfFrontPair(const ResponseSet& set);
+
+/** True for the two-channel modes: each ear hears only its own channel, through the responses of both
+ *  loudspeakers at that ear. A single loudspeaker is never heard by both ears there. */
+bool feedsEachEarItsOwnChannel(const ResponseSet& set);
 
 /** True for a source in the middle, whose paths to both ears are equal. */
 bool isCentral(const Source& source);

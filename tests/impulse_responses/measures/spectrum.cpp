@@ -3,6 +3,7 @@
 #include <cmath>
 #include <map>
 #include <numbers>
+#include <stdexcept>
 #include <utility>
 
 namespace response_quality {
@@ -20,6 +21,12 @@ const Spectrum& turnsOf(std::size_t size) {
 }
 
 }  // namespace
+
+double energyOf(std::span<const double> signal) {
+    double sum = 0.0;
+    for (const double value : signal) sum += value * value;
+    return sum;
+}
 
 std::size_t powerOfTwoFrom(std::size_t n) {
     std::size_t points = 1;
@@ -55,6 +62,7 @@ void transform(Spectrum& values, int sign) {
 }
 
 Spectrum spectrumOf(const Signal& signal, std::size_t points) {
+    if (signal.size() > points) throw std::invalid_argument("the signal is longer than its transform");
     Spectrum values(points);
     for (std::size_t n = 0; n < signal.size(); ++n) values[n] = signal[n];
     transform(values, -1);
@@ -79,6 +87,10 @@ double bandSum(const Signal& power, double rate_hz, double low_hz, double high_h
     return sum;
 }
 
+double octaveSum(const Signal& power, double rate_hz, double centre_hz) {
+    return bandSum(power, rate_hz, centre_hz / std::numbers::sqrt2, centre_hz * std::numbers::sqrt2);
+}
+
 Signal convolve(const Signal& a, const Signal& b) {
     const std::size_t size = a.size() + b.size() - 1;
     const std::size_t points = powerOfTwoFrom(size);
@@ -92,6 +104,24 @@ Signal convolve(const Signal& a, const Signal& b) {
     transform(first, 1);
     Signal result(size);
     for (std::size_t n = 0; n < size; ++n) result[n] = first[n].real() / static_cast<double>(points);
+    return result;
+}
+
+Signal delayed(const Signal& signal, double delay_samples) {
+    const auto room = static_cast<std::size_t>(std::ceil(delay_samples));
+    const std::size_t points = powerOfTwoFrom(2 * (signal.size() + room));
+    Spectrum bins = spectrumOf(signal, points);
+    Spectrum values(points);
+    for (std::size_t k = 0; k < bins.size(); ++k) {
+        const double turn = 2.0 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(points);
+        bins[k] *= std::polar(1.0, -turn * delay_samples);
+        values[k] = bins[k];
+        if (k > 0 && k < points / 2) values[points - k] = std::conj(bins[k]);
+    }
+    transform(values, 1);
+    Signal result(signal.size() + room);
+    for (std::size_t n = 0; n < result.size(); ++n)
+        result[n] = values[n].real() / static_cast<double>(points);
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "filters.h"
 
@@ -11,8 +12,6 @@ namespace {
 constexpr std::size_t kPoints = 32768;
 constexpr double kLowest_hz = 20.0;
 constexpr double kHighest_hz = 20000.0;
-constexpr double kReferenceLow_hz = 400.0;
-constexpr double kReferenceHigh_hz = 2500.0;
 
 // Coherence of the channels of music: 0.95 up to 150 Hz, falling linearly over log f to 0.35 at 3 kHz.
 double musicCoherence(double frequency_hz) {
@@ -45,7 +44,7 @@ double thirdOctaveCentre_hz(int band) {
 }  // namespace
 
 Signal frontPairPower(const ResponseSet& set) {
-    const bool is_own_channel_only = set.kind == Kind::kMode && set.has_two_channels;
+    const bool is_own_channel_only = feedsEachEarItsOwnChannel(set);
     Signal power(kPoints / 2 + 1, 0.0);
     for (std::size_t ear = 0; ear < 2; ++ear) {
         const Spectrum first = spectrumOf(set.sources[0].ears[ear], kPoints);
@@ -87,20 +86,16 @@ double bandLevel_db(const Signal& power, double rate_hz, double low_hz, double h
 
 Signal colour_db(const Signal& power, double lowest_hz, double highest_hz) {
     Signal levels_db;
-    double reference_db = 0.0;
-    int reference_bands = 0;
     for (int band = 13; band <= 43; ++band) {
         const double centre_hz = thirdOctaveCentre_hz(band);
-        const double half = std::pow(10.0, 0.05);
-        const double level_db = bandLevel_db(power, kRate_hz, centre_hz / half, centre_hz * half);
         // The nominal limits are within 2 % of the exact centres.
-        if (centre_hz > 0.97 * kReferenceLow_hz && centre_hz < 1.03 * kReferenceHigh_hz) {
-            reference_db += level_db;
-            ++reference_bands;
-        }
-        if (centre_hz > 0.97 * lowest_hz && centre_hz < 1.03 * highest_hz) levels_db.push_back(level_db);
+        if (centre_hz < 0.97 * lowest_hz || centre_hz > 1.03 * highest_hz) continue;
+        const double half = std::pow(10.0, 0.05);
+        levels_db.push_back(bandLevel_db(power, kRate_hz, centre_hz / half, centre_hz * half));
     }
-    for (double& level_db : levels_db) level_db -= reference_db / reference_bands;
+    const double mean_db =
+        std::accumulate(levels_db.begin(), levels_db.end(), 0.0) / static_cast<double>(levels_db.size());
+    for (double& level_db : levels_db) level_db -= mean_db;
     return levels_db;
 }
 

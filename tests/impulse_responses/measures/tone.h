@@ -19,8 +19,8 @@ Signal responsePower(const Signal& response);
 /** Mean power of a band in dB, in which every octave has the same weight. */
 double bandLevel_db(const Signal& power, double rate_hz, double low_hz, double high_hz);
 
-/** Levels of the third octaves with centres from lowest_hz to highest_hz, relative to the mean of those from
- *  400 Hz to 2.5 kHz. */
+/** Levels of the third octaves with centres from lowest_hz to highest_hz, relative to their own mean: a mere
+ *  gain is no colour. */
 Signal colour_db(const Signal& power, double lowest_hz, double highest_hz);
 
 /** Root mean square of some values. */

@@ -18,25 +18,7 @@ Row overFrontPairs(const Responses& responses, const char* measure, const char* 
     return row;
 }
 
-// Third-octave levels of the front pair. The modes lift the bass by design, so they are judged above it.
-Signal frontColour_db(const ResponseSet& heard) {
-    return colour_db(frontPairPower(heard), heard.kind == Kind::kMode ? 250.0 : 80.0, 12500.0);
-}
-
 }  // namespace
-
-Row frontColourRms(const Responses& responses) {
-    return overFrontPairs(responses, "front pair colour, rms", "dB", [](const ResponseSet& heard) {
-        return Figure{heard.name, rms(frontColour_db(heard)), 0.0, heard.kind == Kind::kMode ? 1.2 : 1.0};
-    });
-}
-
-Row frontColourWorst(const Responses& responses) {
-    return overFrontPairs(responses, "front pair colour, worst third octave", "dB",
-                          [](const ResponseSet& heard) {
-                              return Figure{heard.name, worst(frontColour_db(heard)), 0.0, 2.5};
-                          });
-}
 
 Row cingoCrosstalk(const Responses& responses) {
     Row row{"cingo crosstalk to the far ear", "dB", {}};
@@ -51,11 +33,7 @@ Row cingoCrosstalk(const Responses& responses) {
 Row monoCorrelations(const Responses& responses) {
     return overFrontPairs(
         responses, "mono programme, correlation of the ears", "", [](const ResponseSet& heard) {
-            Ears mono = heard.sources[0].ears;
-            for (std::size_t ear = 0; ear < 2; ++ear) {
-                for (std::size_t n = 0; n < mono[ear].size(); ++n)
-                    mono[ear][n] += heard.sources[1].ears[ear][n];
-            }
+            const Ears mono = sumOfFrontPair(heard);
             return Figure{heard.name, correlation(mono[0], mono[1], 300.0, 12000.0), -1.0, 0.97};
         });
 }

@@ -1,6 +1,7 @@
 #include "command.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -71,6 +72,20 @@ TEST_F(IrgenCommand, UnwritableOutputExitsWithCodeFour) {
     EXPECT_TRUE(isFolderEmpty());
 }
 
+TEST_F(IrgenCommand, DevicesPipesAndLinksAreNotReplaced) {
+    SONIVEX_NEED_PACKAGED_HEAD();
+    const std::string pipe = inFolder("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string link = inFolder("link");
+    std::filesystem::create_symlink(inFolder("elsewhere"), link);
+    for (const std::string& path : {pipe, link, folder_.string()}) {
+        EXPECT_EQ(run({"--out", path}, SONIVEX_DEFAULT_SOFA), 4);
+        EXPECT_EQ(err_.str(), path + ": not a regular file\n");
+    }
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+    EXPECT_TRUE(std::filesystem::is_symlink(std::filesystem::symlink_status(link)));
+}
+
 TEST_F(IrgenCommand, WritesTheTablesAndReportsEverySet) {
     SONIVEX_NEED_PACKAGED_HEAD();
     ASSERT_EQ(run({"--report", "--out", inFolder("x.cpp")}, SONIVEX_DEFAULT_SOFA), 0);
@@ -86,7 +101,7 @@ TEST_F(IrgenCommand, WritesTheTablesAndReportsEverySet) {
 }
 
 TEST_F(IrgenCommand, FailedWriteKeepsTheOldFileAndLeavesNoPartialOne) {
-    // A folder has the file's name: the temporary file can be written, but not renamed.
+    // A folder has the file's name.
     std::filesystem::create_directory(folder_ / "taken.cpp");
     EXPECT_THROW(ReplacementFile(inFolder("taken.cpp")).commit("text"), UnwritableOutput);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder_), {}), 1);

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "fft.h"
+#include "low_frequency_delay.h"
 #include "octave_smoothing.h"
 
 namespace sonivex_irgen {
@@ -16,8 +17,8 @@ constexpr double kNeighbourhood_deg = 15.001;
 constexpr double kLowest_db = -30.0;
 constexpr double kHighest_db = 15.0;
 constexpr double kHeldFrom_hz = 15000.0;
-constexpr double kFadeStart_hz = 400.0;
-constexpr double kFadeEnd_hz = 120.0;
+constexpr double kFadeStart_hz = 150.0;
+constexpr double kFadeEnd_hz = 50.0;
 constexpr double kSmallestPower = 1e-30;  // keeps the logarithm finite
 
 std::vector<double> smoothedPower(const std::vector<double>& response) {
@@ -90,6 +91,9 @@ std::vector<DirectionalTransfer> directionalTransfers(const HeadMeasurements& he
     for (const HeadMeasurement& measured : head.directions) {
         DirectionalTransfer& transfer = transfers.emplace_back();
         transfer.direction = measured.direction;
+        transfer.low_frequency_delay_s =
+            lowFrequencyDelay_s(measured.ears, head.rate_hz,
+                                (measured.delays_samples[1] - measured.delays_samples[0]) / head.rate_hz);
         for (std::size_t ear = 0; ear < kEars; ++ear) {
             std::vector<double> level_db = smoothedPower(measured.ears[ear]);
             for (std::size_t k = 0; k < level_db.size(); ++k) {

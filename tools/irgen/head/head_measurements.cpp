@@ -15,6 +15,8 @@ constexpr std::size_t kMaximumLength_samples = 4096;  // a longer response is th
 constexpr double kMinimumRate_hz = 32000.0;
 constexpr double kMaximumRate_hz = 192000.0;
 constexpr double kWidestGap_deg = 15.0;
+constexpr double kLongestDelay_samples = 4096.0;
+constexpr double kSmallestEnergy = 1e-20;  // of a response, 200 dB below a unit sample
 
 template <typename... Parts>
 [[noreturn]] void fail(const Parts&... parts) {
@@ -41,11 +43,16 @@ void checkResponses(const HeadMeasurement& measured, std::size_t number) {
     }
     for (std::size_t ear = 0; ear < kEars; ++ear) {
         if (!isFinite(measured.delays_samples[ear])) fail("a delay for direction ", number, " is not finite");
+        if (measured.delays_samples[ear] < 0.0 || measured.delays_samples[ear] > kLongestDelay_samples) {
+            fail("a delay for direction ", number, " is outside 0 to ", kLongestDelay_samples, " samples");
+        }
         for (const double sample : measured.ears[ear]) {
             if (!isFinite(sample))
                 fail("a response for direction ", number, " holds a value that is not finite");
         }
-        if (energy(measured.ears[ear]) == 0.0) fail("a response for direction ", number, " is all zeros");
+        const double heard = energy(measured.ears[ear]);
+        if (heard == 0.0) fail("a response for direction ", number, " is all zeros");
+        if (heard < kSmallestEnergy) fail("a response for direction ", number, " is too faint to be used");
     }
 }
 

@@ -35,7 +35,8 @@ class UnusableHead : public std::runtime_error {
  *  - there are 64 directions or more;
  *  - all responses have the same length, 64 to 4096 samples;
  *  - the sample rate is 32 to 192 kHz;
- *  - every value is finite and no response is all zeros;
+ *  - every value is finite and no response is all zeros, or fainter than -200 dB;
+ *  - every delay is 0 to 4096 samples;
  *  - a measured direction lies within 15 degrees of each loudspeaker's direction;
  *  - the left ear hears a source on the left louder than the right ear does. */
 void checkHeadMeasurements(const HeadMeasurements& head);

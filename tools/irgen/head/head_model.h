@@ -37,7 +37,21 @@ class HeadModel {
      *  whole samples, if it reaches the centre of the head at `centre_samples`. */
     std::array<std::int64_t, kEars> arrivals(const Vector3& direction, double centre_samples) const;
 
+    /** Like arrivals(), but such that the pair of responses has the measured head's interaural delay below
+     *  1.5 kHz, as far as the arrivals stay within 30 us of the sphere's. A minimum-phase pair has a delay of
+     *  its own, 0.1 to 0.2 ms for a source at the side; on top of the sphere's, it would put a direct sound
+     *  too far out. Reflections do without this step, as their direction is hardly heard. */
+    std::array<std::int64_t, kEars> directArrivals(const Vector3& direction, double centre_samples) const;
+
   private:
+    struct Neighbour {
+        const DirectionalTransfer* transfer;
+        double weight;
+    };
+
+    // The four nearest measured directions; their weights add up to 1.
+    std::vector<Neighbour> nearest(const Vector3& direction) const;
+
     std::vector<DirectionalTransfer> transfers_;
     double radius_m_;
 };

@@ -20,9 +20,6 @@ inline constexpr std::size_t kHeadPoints = 2048;
 /** Bins of a head spectrum: 0 to 1024. */
 inline constexpr std::size_t kHeadBins = kHeadPoints / 2 + 1;
 
-/** Direct-to-reverberant ratios count only the energy from this frequency up. */
-inline constexpr double kRatioFrom_hz = 300.0;
-
 inline constexpr std::size_t kEars = 2;  // 0 left, 1 right
 
 }  // namespace sonivex_irgen

@@ -14,6 +14,8 @@ namespace {
 constexpr double kLowestOctave_hz = 125.0;
 constexpr double kLog1000 = 6.9078;  // ln 1000: 60 dB in nepers
 constexpr double kEarDistance_m = 0.15;
+// Every noise is uneven in some band by chance. With this offset, none of the loudspeakers is too uneven.
+constexpr std::uint64_t kSeedOffset = 3'500'000;
 
 constexpr std::array<double, kTailOctaves> kTimeFactors{1.15, 1.1, 1.0, 1.0, 1.0, 0.95, 0.85, 0.7};
 constexpr std::array<double, kTailOctaves> kLevels_db{0.0, 0.0, 0.0, 0.0, -0.5, -1.5, -3.5, -6.0};
@@ -55,6 +57,11 @@ std::vector<double> decayingNoise(const std::vector<Complex>& noise, const TailD
     return sum;
 }
 
+// Seed of the first of the two noises that belong to a source's seed.
+std::uint64_t firstNoise(std::uint64_t seed) {
+    return 2 * (seed + kSeedOffset) + 1;
+}
+
 std::vector<Complex> noiseSpectrum(std::uint64_t seed, std::size_t samples) {
     return realSpectrum(gaussianNoise(seed, samples), nextPowerOfTwo(samples));
 }
@@ -79,8 +86,8 @@ double earCoherence(double frequency_hz) {
 }
 
 EarSignals binauralTail(std::uint64_t seed, const TailDecay& decay, std::size_t samples) {
-    const std::vector<Complex> x = noiseSpectrum(2 * seed + 1, samples);
-    const std::vector<Complex> y = noiseSpectrum(2 * seed + 2, samples);
+    const std::vector<Complex> x = noiseSpectrum(firstNoise(seed), samples);
+    const std::vector<Complex> y = noiseSpectrum(firstNoise(seed) + 1, samples);
     std::vector<Complex> left(x.size());
     std::vector<Complex> right(x.size());
     for (std::size_t k = 0; k < x.size(); ++k) {
@@ -95,7 +102,7 @@ EarSignals binauralTail(std::uint64_t seed, const TailDecay& decay, std::size_t 
 
 std::vector<double> monoTail(std::uint64_t seed, const TailDecay& decay, std::size_t samples,
                              double rate_hz) {
-    return decayingNoise(noiseSpectrum(2 * seed + 1, samples), decay, samples, rate_hz);
+    return decayingNoise(noiseSpectrum(firstNoise(seed), samples), decay, samples, rate_hz);
 }
 
 }  // namespace sonivex_irgen

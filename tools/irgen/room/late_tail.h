@@ -28,11 +28,11 @@ TailDecay roomDecay(const Room& room);
 /** Coherence of a diffuse field between the ears (Lindevald & Benade 1986). */
 double earCoherence(double frequency_hz);
 
-/** Late reverberation of `samples` samples for each ear, silent up to kOrigin_samples. It is made from noise
- *  of the seeds 2 seed + 1 and 2 seed + 2. Its level is that of the noise and is arbitrary. */
+/** Late reverberation of `samples` samples for each ear, silent up to kOrigin_samples. It is made from the
+ *  two noises that belong to the seed. Its level is that of the noise and is arbitrary. */
 EarSignals binauralTail(std::uint64_t seed, const TailDecay& decay, std::size_t samples);
 
-/** Like binauralTail, but for one channel at any sample rate, from noise of the seed 2 seed + 1. */
+/** Like binauralTail, but for one channel at any sample rate, from the first of the two noises. */
 std::vector<double> monoTail(std::uint64_t seed, const TailDecay& decay, std::size_t samples, double rate_hz);
 
 }  // namespace sonivex_irgen

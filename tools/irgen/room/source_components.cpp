@@ -1,7 +1,7 @@
 #include "source_components.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstdint>
 
 #include "biquad.h"
 #include "fft.h"
@@ -12,8 +12,8 @@ namespace sonivex_irgen {
 namespace {
 
 constexpr double kRoomFrom_hz = 180.0;
-constexpr double kReflections_db = -4.0;
-constexpr double kLargestReflectedPart = 0.5;
+// Amplitude of the far ear's direct sound if both responses reach one ear.
+constexpr double kFarEarPart = 0.3;
 
 EarSignals silence(std::size_t samples) {
     EarSignals ears;
@@ -32,30 +32,21 @@ SourceComponents roomComponents(const HeadModel& head, const Room& room, const S
     return parts;
 }
 
-// Energy of both ears from kRatioFrom_hz up, in arbitrary units. Only ratios between signals of one length
-// are meaningful.
-double comparedEnergy(const EarSignals& ears) {
-    double sum = 0.0;
-    for (const std::vector<double>& ear : ears) {
-        const std::size_t size = nextPowerOfTwo(ear.size());
-        const std::vector<double> power = powerSpectrum(ear, size);
-        for (std::size_t k = 0; k < power.size(); ++k) {
-            const double frequency_hz = static_cast<double>(k) * kRate_hz / static_cast<double>(size);
-            if (frequency_hz >= kRatioFrom_hz) sum += power[k];
-        }
-    }
-    return sum;
-}
-
 }  // namespace
 
 SourceComponents loudspeakerComponents(const HeadModel& head, const Room& room, const SourceRecipe& recipe) {
     SourceComponents parts = roomComponents(head, room, recipe);
     const Vector3 direction = horizontalDirection(recipe.azimuth_deg);
     const EarSpectra heard_db = head.transfer_db(direction);
-    const auto arrivals = head.arrivals(direction, kOrigin_samples);
+    const auto arrivals = head.directArrivals(direction, kOrigin_samples);
+    const std::int64_t near = std::min(arrivals[0], arrivals[1]);
     for (std::size_t ear = 0; ear < kEars; ++ear) {
-        addResponse(earResponse(heard_db[ear]), 1.0, arrivals[ear], parts.direct[ear]);
+        const std::vector<double> response = earResponse(heard_db[ear]);
+        if (recipe.are_both_heard_by_one_ear && arrivals[ear] != near) {
+            addResponse(response, kFarEarPart, near, parts.direct[ear]);
+        } else {
+            addResponse(response, 1.0, arrivals[ear], parts.direct[ear]);
+        }
     }
     return parts;
 }
@@ -69,24 +60,6 @@ SourceComponents lowFrequencyComponents(const HeadModel& head, const Room& room,
 void copyLeftToRight(SourceComponents& components) {
     for (EarSignals* part : {&components.direct, &components.reflections, &components.tail})
         (*part)[1] = (*part)[0];
-}
-
-EarSignals mixComponents(const SourceComponents& components, double direct_to_reverberant_db) {
-    const double reverberant = comparedEnergy(components.direct) / dbToPower(direct_to_reverberant_db);
-    const double in_room = comparedEnergy(components.reflections);
-    const double reflected =
-        std::min(in_room * dbToPower(kReflections_db), kLargestReflectedPart * reverberant);
-    const double reflections_gain = std::sqrt(reflected / in_room);
-    const double tail_gain = std::sqrt((reverberant - reflected) / comparedEnergy(components.tail));
-
-    EarSignals ears = components.direct;
-    for (std::size_t ear = 0; ear < kEars; ++ear) {
-        for (std::size_t n = 0; n < ears[ear].size(); ++n) {
-            ears[ear][n] += reflections_gain * components.reflections[ear][n];
-            ears[ear][n] += tail_gain * components.tail[ear][n];
-        }
-    }
-    return ears;
 }
 
 SourceComponents filterComponents(const SourceComponents& components, const std::vector<double>& filter) {

@@ -1,5 +1,5 @@
 // One loudspeaker as the ears hear it, in three components: direct sound, early reflections and late tail.
-// Their relative levels are set when they are mixed.
+// Their relative levels are set by mixing.h.
 #pragma once
 
 #include <cstdint>
@@ -19,9 +19,12 @@ struct SourceComponents {
 
 /** Parameters of one loudspeaker. */
 struct SourceRecipe {
-    double azimuth_deg;   // left positive
-    std::uint64_t seed;   // of its reverberation
-    std::size_t samples;  // length of each component
+    double azimuth_deg = 0.0;  // left positive
+    std::uint64_t seed = 0;    // of its reverberation
+    std::size_t samples = 0;   // length of each component
+    /** True if one channel is played through both responses to the same ear. The far ear's direct sound then
+     *  arrives with the near ear's and is 10 dB softer: two arrivals of one channel at one ear would comb. */
+    bool are_both_heard_by_one_ear = false;
 };
 
 /** Makes the components of a loudspeaker. Reflections and tail are high-passed at 180 Hz: the bass stays dry,
@@ -34,11 +37,6 @@ SourceComponents lowFrequencyComponents(const HeadModel& head, const Room& room,
 
 /** Replaces the right ear's signals with the left ear's. */
 void copyLeftToRight(SourceComponents& components);
-
-/** Mixes the components to a direct-to-reverberant ratio, counted over both ears from 300 Hz up. The
- *  reflections are at least 4 dB below their level in the room and hold at most half of the reverberant
- *  energy; the tail holds the rest. */
-EarSignals mixComponents(const SourceComponents& components, double direct_to_reverberant_db);
 
 /** Convolves every component with a filter and keeps the length. */
 SourceComponents filterComponents(const SourceComponents& components, const std::vector<double>& filter);

@@ -18,7 +18,7 @@ struct LoudspeakerGroup {
     Kind kind;
     double azimuth_deg;  // left positive; of a pair, that of the left loudspeaker
     std::uint64_t seed;  // of the first loudspeaker's reverberation; the second of a pair has the next
-    double direct_to_reverberant_db;
+    double direct_to_reverberant_db;  // in the octaves up to 4 kHz; low frequency: over all of them
 
     /** True if the group has two loudspeakers. */
     bool isPair() const { return kind == Kind::kFrontPair || kind == Kind::kSurroundPair; }

@@ -19,7 +19,7 @@ class UnwritableOutput : public std::runtime_error {
 class ReplacementFile {
   public:
     /** Opens the temporary file at once, so that an unwritable path fails before the contents are computed.
-     *  Throws UnwritableOutput. */
+     *  Throws UnwritableOutput, also if there is something at the path that is not a regular file. */
     explicit ReplacementFile(std::string path);
     ReplacementFile(const ReplacementFile&) = delete;
     ReplacementFile& operator=(const ReplacementFile&) = delete;

@@ -9,6 +9,7 @@
 #include "finish.h"
 #include "loudness.h"
 #include "loudspeaker_sets.h"
+#include "mixing.h"
 #include "source_components.h"
 
 namespace sonivex_irgen {
@@ -57,11 +58,15 @@ double largestMagnitude(const std::vector<EarSignals>& sources) {
 
 std::vector<SourceComponents> groupComponents(const HeadModel& head, const LoudspeakerSet& set,
                                               const LoudspeakerGroup& group) {
-    const SourceRecipe first{group.azimuth_deg, group.seed, set.format.samples};
+    const bool are_both_heard_by_one_ear =
+        group.kind == LoudspeakerGroup::Kind::kFrontPair && set.front_programme == Programme::kOwnChannel;
+    const SourceRecipe first{group.azimuth_deg, group.seed, set.format.samples, are_both_heard_by_one_ear};
     std::vector<SourceComponents> components{loudspeakerComponents(head, set.room, first)};
     if (group.isPair()) {
-        components.push_back(
-            loudspeakerComponents(head, set.room, {-group.azimuth_deg, group.seed + 1, set.format.samples}));
+        SourceRecipe second = first;
+        second.azimuth_deg = -group.azimuth_deg;
+        ++second.seed;
+        components.push_back(loudspeakerComponents(head, set.room, second));
     } else if (set.is_centre_equal_in_both_ears) {
         copyLeftToRight(components.front());
     }
@@ -80,9 +85,10 @@ void addGroup(const HeadModel& head, const LoudspeakerSet& set, const Loudspeake
     EqualisedGroup result{};
     const bool is_low_frequency = group.kind == LoudspeakerGroup::Kind::kLowFrequency;
     if (is_low_frequency) {
-        const SourceComponents components =
-            lowFrequencyComponents(head, set.room, {group.azimuth_deg, group.seed, set.format.samples});
-        result.sources = {mixComponents(components, group.direct_to_reverberant_db)};
+        const SourceComponents components = lowFrequencyComponents(
+            head, set.room,
+            {.azimuth_deg = group.azimuth_deg, .seed = group.seed, .samples = set.format.samples});
+        result.sources = {mixBroadband(components, group.direct_to_reverberant_db)};
     } else {
         const EqualiserPlan plan = equaliserPlan(set, group);
         result = equaliseGroup(groupComponents(head, set, group), plan);

@@ -5,6 +5,7 @@
 
 #include "exact_math.h"
 #include "minimum_phase.h"
+#include "mixing.h"
 #include "octave_smoothing.h"
 
 namespace sonivex_irgen {
@@ -40,10 +41,15 @@ double referenceLevel_db(const std::vector<double>& level_db) {
     return sum / static_cast<double>(kReferencePoints);
 }
 
+// Smooths with a triangular window. A rectangular one would let the rounds diverge: it passes some ripples
+// with the wrong sign, which each round would then raise.
+std::vector<double> smooth(const std::vector<double>& power, double octaves) {
+    return smoothOverOctaves(smoothOverOctaves(power, 0.25 * octaves), 0.25 * octaves);
+}
+
 // Target minus level at each bin, in dB. Below kHeldBelow_hz and above kHeldAbove_hz the value is held.
 std::vector<double> missing_db(const std::vector<EarSignals>& sources, const EqualiserPlan& plan) {
-    std::vector<double> level_db =
-        smoothOverOctaves(programmePower(sources, plan.programme), 0.5 * plan.smoothing_octaves);
+    std::vector<double> level_db = smooth(programmePower(sources, plan.programme), plan.smoothing_octaves);
     for (double& value : level_db) value = powerToDb(std::max(value, 1e-30));
     const double reference_db = referenceLevel_db(level_db);
     std::vector<double> missing(level_db.size());
@@ -57,12 +63,12 @@ std::vector<double> missing_db(const std::vector<EarSignals>& sources, const Equ
     return missing;
 }
 
-std::vector<EarSignals> mixGroup(const std::vector<SourceComponents>& group,
-                                 double direct_to_reverberant_db) {
+std::vector<EarSignals> mixGroup(const std::vector<SourceComponents>& group, const EqualiserPlan& plan) {
+    if (plan.programme == Programme::kOwnChannel) return mixSummed(group, plan.direct_to_reverberant_db);
     std::vector<EarSignals> sources;
     sources.reserve(group.size());
     for (const SourceComponents& components : group) {
-        sources.push_back(mixComponents(components, direct_to_reverberant_db));
+        sources.push_back(mixComponents(components, plan.direct_to_reverberant_db));
     }
     return sources;
 }
@@ -76,7 +82,7 @@ double airShelf_db(double frequency_hz, double air_db) {
 }
 
 EqualisedGroup equaliseGroup(const std::vector<SourceComponents>& group, const EqualiserPlan& plan) {
-    EqualisedGroup result{mixGroup(group, plan.direct_to_reverberant_db), 0.0};
+    EqualisedGroup result{mixGroup(group, plan), 0.0};
     std::vector<double> gain_db;
     for (int round = 0; round < plan.rounds; ++round) {
         const std::vector<double> error_db = missing_db(result.sources, plan);
@@ -89,7 +95,7 @@ EqualisedGroup equaliseGroup(const std::vector<SourceComponents>& group, const E
         filtered.reserve(group.size());
         for (const SourceComponents& components : group)
             filtered.push_back(filterComponents(components, filter));
-        result.sources = mixGroup(filtered, plan.direct_to_reverberant_db);
+        result.sources = mixGroup(filtered, plan);
     }
     for (const double gain : gain_db)
         result.largest_gain_db = std::max(result.largest_gain_db, std::abs(gain));

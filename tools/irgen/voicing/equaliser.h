@@ -21,11 +21,11 @@ namespace sonivex_irgen {
 /** Settings of the equaliser for one group. */
 struct EqualiserPlan {
     Programme programme;
-    double air_db;             // rise of the target from 11 to 14 kHz
-    double smoothing_octaves;  // full width of the smoothing window
-    int rounds;                // measurements, each followed by a correction
-    double strength;           // fraction of the error that one round corrects
-    double direct_to_reverberant_db;
+    double air_db;                    // rise of the target from 11 to 14 kHz
+    double smoothing_octaves;         // full width of the smoothing window
+    int rounds;                       // measurements, each followed by a correction
+    double strength;                  // fraction of the error that one round corrects
+    double direct_to_reverberant_db;  // see wantedRatio_db; of the sum at each ear for Programme::kOwnChannel
 };
 
 /** A group after equalisation. */

@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kBassShelf_hz = 110.0;
 constexpr std::size_t kPlainlyRounded_samples = 256;
+constexpr double kHalfUnit = 0.5;
 
 void fadeEnd(double part, std::vector<double>& response) {
     const auto length = static_cast<double>(response.size());
@@ -20,6 +21,14 @@ void fadeEnd(double part, std::vector<double>& response) {
     for (std::size_t n = 0; n < response.size(); ++n) {
         response[n] *= halfCosineFade((static_cast<double>(n) - start) / (length - start));
     }
+}
+
+// Samples up to the last one that is half a unit or more. The rest would be silence with a stray unit here
+// and there, which costs the effect as much as sound.
+std::size_t soundingLength(const std::vector<double>& response, double scale) {
+    std::size_t length = response.size();
+    while (length > 0 && std::abs(response[length - 1] * scale) < kHalfUnit) --length;
+    return length;
 }
 
 void removeSum(std::vector<double>& response) {
@@ -47,8 +56,9 @@ void finishResponse(const FinishPlan& plan, std::vector<double>& response) {
 
 std::vector<std::int16_t> quantise(const std::vector<double>& response, double scale) {
     std::vector<std::int16_t> table(response.size());
+    const std::size_t sounding = soundingLength(response, scale);
     double carried = 0.0;
-    for (std::size_t n = 0; n < response.size(); ++n) {
+    for (std::size_t n = 0; n < sounding; ++n) {
         const double wanted = response[n] * scale + carried;
         const double rounded = std::floor(wanted + 0.5);
         if (!(rounded >= std::numeric_limits<std::int16_t>::min() &&

@@ -29,8 +29,9 @@ struct FinishPlan {
 void finishResponse(const FinishPlan& plan, std::vector<double>& response);
 
 /** Rounds scale * response to integers. The first 256 samples, which hold the peak, are rounded to the
- *  nearest. From there on each rounding error is carried to the next sample, which keeps the sum at zero.
- *  Throws UnmetTableFact if a value does not fit in 16 bits. */
+ *  nearest. From there on each rounding error is carried to the next sample, which keeps the sum near zero.
+ *  After the last sample of half a unit or more the table is zero, so that the effect need not convolve with
+ *  stray units. Throws UnmetTableFact if a value does not fit in 16 bits. */
 std::vector<std::int16_t> quantise(const std::vector<double>& response, double scale);
 
 /** Largest magnitude of a response. */

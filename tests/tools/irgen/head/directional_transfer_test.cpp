@@ -48,9 +48,11 @@ TEST(IrgenDirectionalTransfer, FadesOutInTheBassAndStaysConstantAbove15kHz) {
     for (const DirectionalTransfer& transfer : transfers) {
         const std::vector<double>& level_db = transfer.transfer_db[0];
         ASSERT_EQ(level_db.size(), kHeadBins);
-        for (std::size_t k = 0; k <= binAt(117.0); ++k) ASSERT_EQ(level_db[k], 0.0) << k;
-        // 219.1 Hz is the logarithmic middle of 120 and 400 Hz; the nearest bin is at 210.9 Hz.
-        ASSERT_NEAR(level_db[binAt(219.1)], 0.451 * level_db[binAt(1000.0)], 0.002);
+        for (std::size_t k = 0; k <= binAt(46.9); ++k) ASSERT_EQ(level_db[k], 0.0) << k;
+        // Half a cosine over log f: 0.5 (1 + cos(pi log(150 / f) / log(150 / 50))).
+        ASSERT_NEAR(level_db[binAt(70.3)], 0.2195 * level_db[binAt(1000.0)], 1e-3);
+        ASSERT_NEAR(level_db[binAt(93.75)], 0.6124 * level_db[binAt(1000.0)], 1e-3);
+        ASSERT_NEAR(level_db[binAt(164.1)], level_db[binAt(1000.0)], 1e-9);
     }
     SONIVEX_NEED_PACKAGED_HEAD();
     for (const DirectionalTransfer& transfer : directionalTransfers(*irgen_test::packagedHead())) {

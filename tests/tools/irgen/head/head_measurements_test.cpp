@@ -98,6 +98,20 @@ TEST_F(IrgenHeadMeasurements, AreRejectedWithANonFiniteValue) {
 TEST_F(IrgenHeadMeasurements, AreRejectedWithASilentResponse) {
     head_.directions[9].ears[0].assign(128, 0.0);
     EXPECT_EQ(reasonAgainst(head_), "a response for direction 9 is all zeros");
+    head_.directions[9].ears[0][3] = 1e-11;
+    EXPECT_EQ(reasonAgainst(head_), "a response for direction 9 is too faint to be used");
+    head_.directions[9].ears[0][3] = 1e-9;
+    EXPECT_EQ(reasonAgainst(head_), "");
+}
+
+TEST_F(IrgenHeadMeasurements, AreRejectedWithADelayThatNoHeadHas) {
+    for (const double bad : {-1.0, 4097.0, 1e25}) {
+        HeadMeasurements head = head_;
+        head.directions[7].delays_samples[1] = bad;
+        EXPECT_EQ(reasonAgainst(head), "a delay for direction 7 is outside 0 to 4096 samples") << bad;
+    }
+    head_.directions[7].delays_samples[1] = 4096.0;
+    EXPECT_EQ(reasonAgainst(head_), "");
 }
 
 TEST_F(IrgenHeadMeasurements, AreRejectedWithAGapAroundALoudspeaker) {

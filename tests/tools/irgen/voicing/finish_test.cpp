@@ -57,9 +57,21 @@ TEST(IrgenQuantise, RoundsTheFirst256SamplesToTheNearestInteger) {
 }
 
 TEST(IrgenQuantise, CarriesLaterRoundingErrorsToPreserveTheSum) {
-    const std::vector<std::int16_t> table = quantise(std::vector<double>(1256, 0.3), 1.0);
+    std::vector<double> response(1257, 0.3);
+    response.back() = 5.0;
+    const std::vector<std::int16_t> table = quantise(response, 1.0);
     EXPECT_EQ(std::accumulate(table.begin(), table.begin() + 256, 0), 0);
-    EXPECT_EQ(std::accumulate(table.begin() + 256, table.end(), 0), 300);
+    EXPECT_EQ(std::accumulate(table.begin() + 256, table.end(), 0), 300 + 5);
+}
+
+TEST(IrgenQuantise, EndsWithTheLastSampleOfHalfAUnit) {
+    std::vector<double> response(2000, 0.3);
+    response[1000] = -0.5;
+    const std::vector<std::int16_t> table = quantise(response, 1.0);
+    ASSERT_EQ(table.size(), 2000U);
+    EXPECT_NE(std::accumulate(table.begin(), table.begin() + 1001, 0), 0);
+    for (std::size_t n = 1001; n < table.size(); ++n) ASSERT_EQ(table[n], 0) << n;
+    EXPECT_EQ(quantise({0.1, -0.2, 0.3}, 1.0), (std::vector<std::int16_t>{0, 0, 0}));
 }
 
 TEST(IrgenQuantise, KeepsThePeakExact) {
