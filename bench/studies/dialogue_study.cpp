@@ -6,29 +6,28 @@
 //   presence  the model's presence, mean over the blocks with speech
 //
 // Usage: dialogue_study [--plot FILE.png]     The table goes to standard output.
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <memory>
+#include <exception>
 
+#include "effect_runs.h"
 #include "models/dialogue_parts.h"
-#include "sonivex/dialoguenhance.h"
 #include "speech_ratio.h"
 #include "study_plot.h"
 #include "support/signals/dialogue_scene.h"
 
 namespace {
 
+using sonivex_plotting::linearAxis;
 using sonivex_tool::compareSpeech;
 using sonivex_tool::ratioOfParts_db;
 using test::DialogueScene;
 using test::Pcm;
 using test::Sides;
 
-constexpr int kRate_hz = 48000;
+using study::kRate_hz;
 constexpr int kHopFrames = 512;
 constexpr int kMaxVoiceLevel = 10;
-constexpr std::ptrdiff_t kDelaySamples = std::ptrdiff_t{2} * 3 * kHopFrames;
 // A block counts as speech down to 20 dB below the mean power, as in compareSpeech.
 constexpr double kActiveShare = 0.01;
 
@@ -47,25 +46,6 @@ struct Result {
     double parts_db;
     double presence;
 };
-
-struct Release {
-    void operator()(void* handle) const { aem_ReleaseDialoguEnhance(handle); }
-};
-
-// Engine output with the latency removed. Empty if there is no memory for a handle.
-Pcm enhanced(const Pcm& mix, double voice_level) {
-    const std::unique_ptr<void, Release> handle(aem_CreateDialoguEnhance(2, kRate_hz, 1, 1, voice_level));
-    if (handle == nullptr) return {};
-    Pcm out;
-    Pcm block(std::size_t{2} * kHopFrames);
-    const auto block_samples = static_cast<std::ptrdiff_t>(block.size());
-    for (auto next = mix.begin(); mix.end() - next >= block_samples; next += block_samples) {
-        aem_ProcessDialoguEnhance(handle.get(), &*next, block.data(), kHopFrames, kRate_hz);
-        out.insert(out.end(), block.begin(), block.end());
-    }
-    out.erase(out.begin(), out.begin() + std::min(kDelaySamples, static_cast<std::ptrdiff_t>(out.size())));
-    return out;
-}
 
 // Energy of the speech in each block.
 std::vector<double> blockPowers(const Pcm& speech) {
@@ -91,7 +71,7 @@ double meanWhileSpoken(const std::vector<double>& presence, const Pcm& speech) {
 }
 
 Result measured(const DialogueScene& scene, double voice_level) {
-    const Pcm out = enhanced(scene.mix, voice_level);
+    const Pcm out = study::dialogueOf(scene.mix, voice_level);
     const model::DialogueParts parts =
         model::enhancedParts(scene.speech, scene.background, kRate_hz, voice_level);
     const std::vector<float> speaker(scene.speech.begin(), scene.speech.end());
@@ -107,22 +87,22 @@ using Curves = std::vector<std::vector<double>>;
 study::Figure figureOf(const Curves& rises, const Curves& presences) {
     study::Figure figure;
     figure.title = "Speech in the centre over a background at the sides";
-    figure.x = {"voice level", 0, kMaxVoiceLevel, 1, 0};
+    figure.x = linearAxis(0, kMaxVoiceLevel, 1, "voice level");
     for (int voice_level = 0; voice_level <= kMaxVoiceLevel; ++voice_level) {
         figure.x_values.push_back(voice_level);
     }
     for (const Case& each : kCases) figure.names.emplace_back(each.name);
     figure.panels.resize(2);
-    figure.panels[0].y = {"rise of speech over background (dB)", 0, 3, 0.5, 1};
+    figure.panels[0].y = linearAxis(0, 3, 0.5, "rise of speech over background (dB)");
     figure.panels[0].curves = rises;
-    figure.panels[1].y = {"mean presence during speech", 0, 1, 0.2, 1};
+    figure.panels[1].y = linearAxis(0, 1, 0.2, "mean presence during speech");
     figure.panels[1].curves = presences;
     return figure;
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     const bool plots = argc == 3 && std::strcmp(argv[1], "--plot") == 0;
     if (argc != 1 && !plots) {
         (void)std::fputs("usage: dialogue_study [--plot FILE.png]\n", stderr);
@@ -148,4 +128,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     return 0;
+} catch (const std::exception& error) {
+    (void)std::fprintf(stderr, "dialogue_study: %s\n", error.what());
+    return 1;
 }

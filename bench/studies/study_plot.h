@@ -4,26 +4,20 @@
 #include <string>
 #include <vector>
 
+#include "axis.h"
+
 namespace study {
 
-struct Axis {
-    std::string label;
-    double low = 0;
-    double high = 0;
-    double step = 0;   // distance of ticks
-    int decimals = 0;  // of the tick labels
-};
-
 struct Panel {
-    Axis y;
+    sonivex_plotting::Axis y;                 // its label becomes the panel's title
     std::vector<std::vector<double>> curves;  // [name][x value]
 };
 
 struct Figure {
     std::string title;
-    Axis x;
+    sonivex_plotting::Axis x;
     std::vector<double> x_values;
-    std::vector<std::string> names;  // of the curves; colours repeat after four
+    std::vector<std::string> names;  // of the curves; colours repeat after seven
     std::vector<Panel> panels;
 };
 
