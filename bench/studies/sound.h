@@ -30,7 +30,7 @@ Channels atLevel(Channels sound, double level_db);
 /** One-pole low-pass filter at 48 kHz: 6 dB per octave. */
 Sound lowPassed(Sound sound, double corner_hz);
 
-/** What the low-pass filter takes away. */
+/** Returns what the low-pass filter takes away. */
 Sound highPassed(Sound sound, double corner_hz);
 
 /** The sum of sounds of equally many channels; the shorter ones end in silence. */

@@ -35,8 +35,8 @@ double bandCorrelation(const Spectrum& a, const Spectrum& b, double low_hz, doub
     return ab / std::sqrt(aa * bb);
 }
 
-// What a diffuse field gives in a band. The curve falls by a third within a half octave around 500 Hz, so its
-// value at the centre would not do.
+// Returns what a diffuse field gives in a band. The curve falls by a third within a half octave around
+// 500 Hz, so its value at the centre would not do.
 double meanDiffuseCoherence(double low_hz, double high_hz) {
     constexpr int kSteps = 32;
     double sum = 0.0;
