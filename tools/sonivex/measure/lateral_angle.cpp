@@ -21,7 +21,8 @@ constexpr double kAudibleShare = 1e-5;    // of the whole sound's energy: -50 dB
 constexpr double kLeastEarShare = 1e-4;   // a low band fainter than this at one ear has no delay
 constexpr double kLeastWeight = 0.5;      // of the bands that count, where that of all bands is 1
 constexpr double kAudibleLevel_db = 1.0;  // the least difference that is heard is 0.5 to 1 dB (Mills 1960)
-// The ears of a sphere in a diffuse field correlate less than this, and there is no angle to be heard.
+// With less in common, the ears have no angle. A diffuse field by Lindevald & Benade (1986) has 0.08 at no
+// delay, weighted as these bands are.
 constexpr double kLeastClarity = 0.3;
 constexpr double kBesideTheMiddle_deg = 20.0;
 constexpr double kAsGood = 0.98;

@@ -36,8 +36,8 @@ struct MeasuredSource {
 struct MeasuredSet {
     const ResponseSet* set = nullptr;
     std::vector<MeasuredSource> sources;
-    /** What each ear hears of its channel, if the set has no crosstalk and all sources are chosen: the ratios
-     *  of the sum of its tables. */
+    /** Holds the ratios of the sum that each ear hears of its channel. It is empty if the set has crosstalk
+     *  or if not all sources are chosen. */
     std::optional<SourceMeasures> as_heard;
 };
 

@@ -54,7 +54,7 @@ Box boxOf(int row, Column column) {
     return {930.0, top, 440.0, kHeight};
 }
 
-// What the panels show: one response for each curve, so a response that both ears share appears once.
+// The panels show one response for each curve, so a response that both ears share appears once.
 struct Subject {
     const ResponseSet& set;
     const ResponseSource& tables;

@@ -56,7 +56,7 @@ TEST(IrgenSpeechSpectrum, HasTheThirdOctavesOfTheMeanSpectrum) {
     const double twice_db = 10.0 * std::log10(2.0);
     EXPECT_NEAR(speechDensity_db(500.0) - speechDensity_db(1000.0), 62.1 - 53.7 + twice_db, 1e-9);
     EXPECT_NEAR(speechDensity_db(125.0) - speechDensity_db(1000.0), 57.7 - 53.7 + 3.0 * twice_db, 1e-9);
-    // The third octaves of Byrne et al. 1994, table II, from 63 Hz on.
+    // The third octaves of Byrne et al. 1994, men and women together, from 63 Hz on.
     const double bands_db[] = {38.6, 43.5, 54.4, 57.7, 56.8, 60.2, 60.3, 59.0, 62.1, 62.1, 60.5, 56.8, 53.7,
                                53.0, 52.0, 48.7, 48.1, 46.8, 45.6, 44.5, 44.3, 43.7, 43.4, 41.3, 40.7};
     for (int band = 0; band < 25; ++band) {
