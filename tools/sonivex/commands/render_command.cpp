@@ -59,10 +59,11 @@ CLI::Validator finiteFrom(double lowest, double highest = std::numeric_limits<do
 
 void addOptions(CLI::App& command, RenderChoices& choices) {
     RenderSettings& settings = choices.settings;
-    command.add_option("IN", settings.input, "The file to read, in any format that libavformat supports")
+    command
+        .add_option("IN", settings.input.path, "The file to read, in any format that libavformat supports")
         ->option_text(" ")
         ->required();
-    command.add_option("OUT", settings.output, "The file to write")->option_text(" ")->required();
+    command.add_option("OUT", settings.output.path, "The file to write")->option_text(" ")->required();
 
     const std::string effects = "Effect";
     command.add_option("--effect", choices.effect, "normalizer (default), surround or dialogue")
@@ -70,30 +71,30 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
         ->check(CLI::IsMember(effectNames()))
         ->group(effects);
     command
-        .add_option("--voice", settings.options.voice,
+        .add_option("--voice", settings.filter.options.voice,
                     "dialogue: how readily speech is raised; 1 (default) or more")
         ->option_text("NUMBER")
         ->check(finiteFrom(1.0, kHighestVoice))
         ->group(effects);
-    command.add_option("--type", settings.options.surround_type, "surround: 3DSurround or MegaBass")
+    command.add_option("--type", settings.filter.options.surround_type, "surround: 3DSurround or MegaBass")
         ->option_text("NAME")
         ->check(CLI::IsMember({"3DSurround", "MegaBass"}))
         ->group(effects);
-    command.add_option("--mode", settings.options.surround_mode, "surround: MegaBass mode, 1 to 3")
+    command.add_option("--mode", settings.filter.options.surround_mode, "surround: MegaBass mode, 1 to 3")
         ->option_text("NUMBER")
         ->check(CLI::Range(1, 3))
         ->group(effects);
     command
-        .add_flag("--no-limiter", settings.options.no_limiter,
+        .add_flag("--no-limiter", settings.filter.options.no_limiter,
                   "surround: clip peaks instead of limiting them")
         ->group(effects);
     command
-        .add_flag("--tail", settings.keep_tail,
+        .add_flag("--tail", settings.filter.keep_tail,
                   "surround: let the reverberation decay after the end of IN;\n"
                   "OUT is longer by the length of the impulse responses")
         ->group(effects);
     command
-        .add_option("--fps", settings.video_fps,
+        .add_option("--fps", settings.filter.video_fps,
                     "Frame rate of the accompanying video. The filter passes the\n"
                     "audio through if this rate is too high, or if processing\n"
                     "cannot keep up with it")
@@ -101,15 +102,15 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
         ->check(finiteFrom(0.0))
         ->group(effects);
     command
-        .add_option("--speed", settings.playback_speed, "Playback speed reported to the filter; 1 is normal")
+        .add_option("--speed", settings.filter.playback_speed,
+                    "Playback speed reported to the filter; 1 is normal")
         ->option_text("NUMBER")
         ->check(finiteFrom(0.0))
         ->group(effects);
 
     const std::string way = "Input and filter";
     command
-        .add_option("--stream", settings.stream_number,
-                    "Audio stream of IN to read; the first is 0 (default)")
+        .add_option("--stream", settings.input.stream, "Audio stream of IN to read; the first is 0 (default)")
         ->option_text("N")
         ->check(CLI::Range(0, 9999))
         ->group(way);
@@ -120,25 +121,25 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
         ->option_text("FILE")
         ->group(way);
     command
-        .add_option("--frame-size", settings.call_frames,
+        .add_option("--frame-size", settings.filter.call_frames,
                     "Samples per channel in each call of the filter, 1 to 4096\n"
                     "(default 1024); at least 64 with --threaded")
         ->option_text("N")
         ->check(CLI::Range(1, kLongestCallFrames))
         ->group(way);
     command
-        .add_flag("--raw-latency", settings.keep_delay,
+        .add_flag("--raw-latency", settings.filter.keep_delay,
                   "Keep the filter's start-up latency; OUT is longer by it")
         ->group(way);
     command
-        .add_flag("--threaded", settings.threaded,
+        .add_flag("--threaded", settings.filter.threaded,
                   "Run the filter on its own thread, as a player does. The\n"
                   "result is the same. This is slower, above all with a small\n"
                   "--frame-size")
         ->group(way);
 
     command
-        .add_option("--flush-at", settings.flush_at_s,
+        .add_option("--flush-at", settings.filter.flush_at_s,
                     "Flush the filter at this time in IN, as a player does when\n"
                     "it seeks; may be given more than once")
         ->option_text("SECONDS")
@@ -146,7 +147,7 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
         ->check(finiteFrom(0.0, kLatestFlush_s))
         ->group(way);
     command
-        .add_option("--dump", settings.dump_folder,
+        .add_option("--dump", settings.filter.dump_folder,
                     "Write the effect's 16-bit input and output to .pcm files in\n"
                     "this folder, for `sonivex inspect`")
         ->option_text("FOLDER")
@@ -158,7 +159,7 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
         ->group(way);
 
     const std::string output = "Output and messages";
-    command.add_flag("--force,-f", settings.replace_output, "Replace OUT if it exists")->group(output);
+    command.add_flag("--force,-f", settings.output.replace, "Replace OUT if it exists")->group(output);
     command.add_flag("--json", choices.json, "Print the summary as one JSON object")->group(output);
     command.add_flag("--quiet,-q", choices.quiet, "Print nothing but errors (--json still prints)")
         ->group(output);
@@ -168,9 +169,9 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
 }
 
 void run(RenderChoices& choices) {
-    choices.settings.effect = findEffect(choices.effect);
-    choices.settings.options.dump = !choices.settings.dump_folder.empty();
-    if (choices.settings.keep_tail && choices.effect != "surround") {
+    choices.settings.filter.chain = {findEffect(choices.effect)};
+    choices.settings.filter.options.dump = !choices.settings.filter.dump_folder.empty();
+    if (choices.settings.filter.keep_tail && choices.effect != "surround") {
         throw Failure(ExitCode::Usage,
                       "--tail needs --effect surround: no other effect has a reverberation tail");
     }

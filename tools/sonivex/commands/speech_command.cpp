@@ -43,7 +43,7 @@ struct Stereo {
 };
 
 Stereo readStereo(const std::string& path) {
-    AudioSource source(path, 0);
+    AudioSource source({.path = path});
     AudioSpec spec = source.info().spec;
     if (spec.channels() != 2) {
         throw Failure(ExitCode::UnsupportedAudio,

@@ -32,7 +32,7 @@ void append(StereoSamples& samples, const FramePtr& frame) {
 }
 
 StereoSamples readStereo(const std::string& path) {
-    AudioSource source(path, 0);
+    AudioSource source({.path = path});
     AudioSpec spec = source.info().spec;
     if (spec.channels() != 2) {
         throw Failure(ExitCode::UnsupportedAudio,

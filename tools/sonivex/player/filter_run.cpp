@@ -25,11 +25,12 @@ void setLayout(AVFrame& frame, const AVChannelLayout& layout) {
 
 }  // namespace
 
-FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
-                     const AudioSpec& spec, Timeline::Output output)
+FilterRun::FilterRun(const FilterSettings& settings, const Effect& effect,
+                     const std::shared_ptr<Vorlin::Plugin>& plugin, const AudioSpec& spec,
+                     Timeline::Output output)
     : spec_(spec),
-      keeps_channels_(!settings.effect->output_channels),
-      delay_frames_(effectDelayFrames(*settings.effect, settings.call_frames).value()),
+      keeps_channels_(!effect.output_channels),
+      delay_frames_(effectDelayFrames(effect, settings.call_frames).value()),
       call_frames_(settings.call_frames),
       timeline_(0, std::move(output)) {
     Vorlin::PlayerConfig config;
@@ -44,7 +45,7 @@ FilterRun::FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorli
     if (player_ == nullptr) {
         throw Failure(ExitCode::FilterFailed, "cannot initialise the filter (--verbose shows its log)");
     }
-    if (!player_->setOptions(optionsJson(*settings.effect, settings.options))) {
+    if (!player_->setOptions(optionsJson(effect, settings.options))) {
         throw Failure(ExitCode::FilterFailed, "the filter rejected its options (--verbose shows its log)");
     }
     if (settings.playback_speed) player_->setSpeed(*settings.playback_speed);

@@ -5,15 +5,15 @@
 #include <memory>
 #include <vector>
 
-#include "render_settings.h"
+#include "filter_settings.h"
 #include "timeline.h"
 #include "vorlin/player.h"
 
 namespace sonivex_tool {
 
-/** Runs the audio of one file through the filter and aligns the output with the input.
+/** Runs audio through one filter with one effect and aligns the output with the input.
  *
- *    FilterRun run(settings, plugin, spec, output);
+ *    FilterRun run(settings, effect, plugin, spec, output);
  *    for each call of settings.call_frames frames:  run.push(frame);
  *    run.setEnd(frames);
  *    push silence for at least run.delayFrames() frames;
@@ -22,10 +22,11 @@ namespace sonivex_tool {
  *  With `settings.threaded` the filter works on a thread of its own; `output` still runs on the caller's. */
 class FilterRun {
   public:
-    /** @param output receives the filter's output, aligned with the input.
+    /** @param effect the one to switch on.
+     *  @param output receives the filter's output, aligned with the input.
      *  @throw Failure (FilterFailed), from the functions below too; and whatever `output` throws */
-    FilterRun(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
-              const AudioSpec& spec, Timeline::Output output);
+    FilterRun(const FilterSettings& settings, const Effect& effect,
+              const std::shared_ptr<Vorlin::Plugin>& plugin, const AudioSpec& spec, Timeline::Output output);
 
     /** Returns the delay of the filter's output in frames; 0 if it was bypassed from the start. */
     int64_t delayFrames() const { return delay_frames_; }

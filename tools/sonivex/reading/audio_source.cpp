@@ -25,11 +25,12 @@ std::string asUrl(const std::string& path) {
 
 }  // namespace
 
-AudioSource::AudioSource(const std::string& path, int stream_number) {
+AudioSource::AudioSource(const InputSettings& settings) {
+    const std::string& path = settings.path;
     packet_.reset(allocated(av_packet_alloc()));
     try {
         openContainer(path);
-        chooseStream(path, stream_number);
+        chooseStream(path, settings.stream ? std::atoi(settings.stream->c_str()) : 0);
         openDecoder(path);
         first_ = decode();
         if (first_ == nullptr)

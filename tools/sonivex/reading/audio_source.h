@@ -6,6 +6,7 @@
 
 #include "audio_spec.h"
 #include "format_converter.h"
+#include "input_settings.h"
 
 namespace sonivex_tool {
 
@@ -25,10 +26,8 @@ struct SourceInfo {
 class AudioSource {
   public:
     /** Opens the stream and decodes its first frame.
-     * @param path a file, or any other address that libavformat opens
-     * @param stream_number index among the audio streams, from 0
      * @throw Failure (InputNotReadable, NoAudio, or the exit code of a pending signal), std::bad_alloc */
-    AudioSource(const std::string& path, int stream_number);
+    explicit AudioSource(const InputSettings& settings);
     ~AudioSource();
     AudioSource(const AudioSource&) = delete;
     AudioSource& operator=(const AudioSource&) = delete;

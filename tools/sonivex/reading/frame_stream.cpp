@@ -10,7 +10,7 @@ namespace sonivex_tool {
 
 FrameStream openFrameStream(const std::string& path, const std::optional<PcmFormat>& format) {
     if (!format) {
-        auto source = std::make_shared<AudioSource>(path, 0);
+        auto source = std::make_shared<AudioSource>(InputSettings{.path = path});
         return {source->info().codec, source->info().spec, [source] { return source->read(); }, 0};
     }
     auto file = std::make_shared<PcmFile>(path, *format);

@@ -141,7 +141,8 @@ int nearestRateHz(int wanted, const std::vector<int>& choices) {
     return best;
 }
 
-EncoderPlan planEncoder(const std::string& path, const AudioSpec& audio, int bits_per_sample) {
+EncoderPlan planEncoder(const OutputSettings& settings, const AudioSpec& audio, int bits_per_sample) {
+    const std::string& path = settings.path;
     EncoderPlan plan;
     plan.muxer = chooseMuxer(path);
     const AVCodecID id =

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "audio_spec.h"
+#include "output_settings.h"
 
 namespace sonivex_tool {
 
@@ -30,10 +31,10 @@ int nearestRateHz(int wanted, const std::vector<int>& choices);
  *
  * libavformat derives the muxer from the name, and the muxer's default encoder is used. A name without an
  * extension means WAV. WAV and W64 hold PCM samples in the format of `audio`.
- * @param path of the output file; nothing is opened
+ * @param settings of the output; nothing is opened
  * @param audio spec of the audio to encode
  * @param bits_per_sample as in SourceInfo
  * @throw Failure (OutputFormat) */
-EncoderPlan planEncoder(const std::string& path, const AudioSpec& audio, int bits_per_sample);
+EncoderPlan planEncoder(const OutputSettings& settings, const AudioSpec& audio, int bits_per_sample);
 
 }  // namespace sonivex_tool

@@ -43,32 +43,33 @@ TEST(EncoderPlan, WavKeepsTheSampleFormatOfTheInput) {
         {AV_SAMPLE_FMT_S32, AV_CODEC_ID_PCM_S32LE}, {AV_SAMPLE_FMT_FLTP, AV_CODEC_ID_PCM_F32LE},
         {AV_SAMPLE_FMT_DBL, AV_CODEC_ID_PCM_F64LE}, {AV_SAMPLE_FMT_S64P, AV_CODEC_ID_PCM_S64LE}};
     for (const auto& [format, codec] : pairs)
-        EXPECT_EQ(planEncoder("a.wav", specWith(format), 0).codec->id, codec);
-    EXPECT_EQ(planEncoder("a.wav", specWith(AV_SAMPLE_FMT_S32), 24).codec->id, AV_CODEC_ID_PCM_S24LE);
+        EXPECT_EQ(planEncoder({.path = "a.wav"}, specWith(format), 0).codec->id, codec);
+    EXPECT_EQ(planEncoder({.path = "a.wav"}, specWith(AV_SAMPLE_FMT_S32), 24).codec->id,
+              AV_CODEC_ID_PCM_S24LE);
 }
 
 TEST(EncoderPlan, WritesWavIfTheNameHasNoExtension) {
-    EXPECT_STREQ(planEncoder("folder.d/name", specWith(AV_SAMPLE_FMT_S16), 0).muxer->name, "wav");
+    EXPECT_STREQ(planEncoder({.path = "folder.d/name"}, specWith(AV_SAMPLE_FMT_S16), 0).muxer->name, "wav");
 }
 
 TEST(EncoderPlan, NotesThatTheRateMustChange) {
-    const EncoderPlan plan = planEncoder("a.opus", specWith(AV_SAMPLE_FMT_FLTP, 2, 44100), 0);
+    const EncoderPlan plan = planEncoder({.path = "a.opus"}, specWith(AV_SAMPLE_FMT_FLTP, 2, 44100), 0);
     EXPECT_EQ(plan.spec.rate_hz, 48000);
     EXPECT_EQ(plan.notes.size(), 1U);
-    EXPECT_TRUE(planEncoder("a.opus", specWith(AV_SAMPLE_FMT_FLTP), 0).notes.empty());
+    EXPECT_TRUE(planEncoder({.path = "a.opus"}, specWith(AV_SAMPLE_FMT_FLTP), 0).notes.empty());
 }
 
 TEST(EncoderPlan, UsesTheOnlyRateOfACodecEvenIfTheEncoderAcceptsAny) {
-    const EncoderPlan plan = planEncoder("a.g722", specWith(AV_SAMPLE_FMT_S16, 1, 44100), 0);
+    const EncoderPlan plan = planEncoder({.path = "a.g722"}, specWith(AV_SAMPLE_FMT_S16, 1, 44100), 0);
     EXPECT_EQ(plan.spec.rate_hz, 16000);
     EXPECT_EQ(plan.notes.size(), 1U);
-    EXPECT_TRUE(planEncoder("a.g722", specWith(AV_SAMPLE_FMT_S16, 1, 16000), 0).notes.empty());
+    EXPECT_TRUE(planEncoder({.path = "a.g722"}, specWith(AV_SAMPLE_FMT_S16, 1, 16000), 0).notes.empty());
 }
 
 TEST(EncoderPlan, RefusesFormatsThatStoreNeitherRateNorChannels) {
     for (const char* name : {"a.sw", "a.uw", "a.sb", "a.ub", "a.al", "a.ul", "a.aptx", "a.dfpwm"}) {
         try {
-            planEncoder(name, specWith(AV_SAMPLE_FMT_S16), 0);
+            planEncoder({.path = name}, specWith(AV_SAMPLE_FMT_S16), 0);
             ADD_FAILURE() << name << " was accepted";
         } catch (const Failure& failure) {
             EXPECT_EQ(failure.exitCode(), ExitCode::OutputFormat) << name;
@@ -79,7 +80,7 @@ TEST(EncoderPlan, RefusesFormatsThatStoreNeitherRateNorChannels) {
 TEST(EncoderPlan, RefusesUnknownFormatsAndUnsupportedChannelCounts) {
     const auto refusal = [](const std::string& name, int channels) {
         try {
-            planEncoder(name, specWith(AV_SAMPLE_FMT_S16, channels), 0);
+            planEncoder({.path = name}, specWith(AV_SAMPLE_FMT_S16, channels), 0);
         } catch (const Failure& failure) {
             return failure.exitCode();
         }
@@ -92,11 +93,11 @@ TEST(EncoderPlan, RefusesUnknownFormatsAndUnsupportedChannelCounts) {
 }
 
 TEST(EncoderPlan, SetsABitRateForLossyEncodersOnly) {
-    EXPECT_EQ(planEncoder("a.flac", specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 0);
-    EXPECT_EQ(planEncoder("a.wav", specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 0);
-    EXPECT_EQ(planEncoder("a.mp3", specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 192'000);
-    EXPECT_EQ(planEncoder("a.m4a", specWith(AV_SAMPLE_FMT_S16, 6), 0).bit_rate, 576'000);
-    EXPECT_EQ(planEncoder("a.mp3", specWith(AV_SAMPLE_FMT_S16, 2, 16000), 0).bit_rate, 96'000);
+    EXPECT_EQ(planEncoder({.path = "a.flac"}, specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 0);
+    EXPECT_EQ(planEncoder({.path = "a.wav"}, specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 0);
+    EXPECT_EQ(planEncoder({.path = "a.mp3"}, specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 192'000);
+    EXPECT_EQ(planEncoder({.path = "a.m4a"}, specWith(AV_SAMPLE_FMT_S16, 6), 0).bit_rate, 576'000);
+    EXPECT_EQ(planEncoder({.path = "a.mp3"}, specWith(AV_SAMPLE_FMT_S16, 2, 16000), 0).bit_rate, 96'000);
 }
 
 }  // namespace

@@ -19,22 +19,19 @@ constexpr int kLongestCallFrames = 4096;
  *  short they are. */
 constexpr int kShortestThreadedCallFrames = 64;
 
-/** The command line of `render`. */
-struct RenderSettings {
-    std::string input;
-    std::string output;
-    const Effect* effect = nullptr;
-    FilterOptions options;
+/** How the filter is run. */
+struct FilterSettings {
+    std::vector<const Effect*>
+        chain;              // one filter for each effect, in this order; at least one, no two alike
+    FilterOptions options;  // of all effects; each takes those that it has
     std::optional<double> video_fps;
     std::optional<double> playback_speed;  // 1 is normal
-    int stream_number = 0;                 // among the audio streams of the input, from 0
     int call_frames = kDefaultCallFrames;
-    std::vector<double> flush_at_s;  // positions in the input at which the filter is flushed, as by a seek
-    std::string dump_folder;         // receives the PCM around the effect; empty: no dump
+    std::vector<double> flush_at_s;  // positions in the input at which the filters are flushed, as by a seek
+    std::string dump_folder;         // receives the PCM around the effects; empty: no dump
     bool keep_delay = false;
-    bool keep_tail = false;  // let the effect's responses ring out after the input's end
-    bool threaded = false;   // let the filter work on its own thread
-    bool replace_output = false;
+    bool keep_tail = false;  // let the effects' responses ring out after the input's end
+    bool threaded = false;   // let each filter work on its own thread
 };
 
 }  // namespace sonivex_tool
