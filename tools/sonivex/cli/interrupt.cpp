@@ -41,6 +41,11 @@ void installSignalHandlers() {
     // No SA_RESTART: a read that waits for a slow source returns, and its caller sees the flag.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaction(signal, &remember, nullptr);
 
+    struct sigaction wake {};
+    wake.sa_handler = [](int /*signal*/) {};
+    sigemptyset(&wake.sa_mask);
+    sigaction(SIGUSR1, &wake, nullptr);
+
     struct sigaction ignore {};
     ignore.sa_handler = SIG_IGN;
     sigemptyset(&ignore.sa_mask);
@@ -58,6 +63,10 @@ void removeOnSecondSignal(const char* path) {
 
 int pendingSignal() {
     return g_pending_signal;
+}
+
+void nudge(std::thread& thread) {
+    pthread_kill(thread.native_handle(), SIGUSR1);
 }
 
 void throwIfInterrupted() {

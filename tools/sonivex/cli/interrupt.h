@@ -1,5 +1,7 @@
 #pragma once
 
+#include <thread>
+
 namespace sonivex_tool {
 
 /** Makes SIGINT, SIGTERM and SIGHUP set a flag (`pendingSignal`) instead of ending the program, so that a
@@ -20,6 +22,10 @@ void removeOnSecondSignal(const char* path);
 
 /** The signal that asked the program to end, or 0. Any thread may call this. */
 int pendingSignal();
+
+/** Makes a system call return in which `thread` may be waiting, so that it sees a pending signal. Needs
+ * installSignalHandlers. */
+void nudge(std::thread& thread);
 
 /** Throws if a signal is pending. @throw Failure with the exit code of that signal */
 void throwIfInterrupted();

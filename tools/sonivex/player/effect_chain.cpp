@@ -51,6 +51,10 @@ ChainCounts EffectChain::counts() const {
         sum.flushes += counts.flushes;
         sum.filled_frames += stage->run().filledFrames();
         sum.delay_frames += stage->run().delayFrames();
+        const uint64_t unseen = std::min(counts.dropped + counts.bypassed, counts.pushed);
+        const uint64_t sample_bytes = (counts.pushed - unseen) * stage->callBytes();
+        sum.dump_input_bytes += sample_bytes * static_cast<uint64_t>(stage->inputChannels());
+        sum.dump_output_bytes += sample_bytes * static_cast<uint64_t>(stage->outputChannels());
     }
     return sum;
 }

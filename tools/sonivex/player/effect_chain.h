@@ -16,6 +16,9 @@ struct ChainCounts {
     uint64_t flushes = 0;
     int64_t filled_frames = 0;  // samples per channel of the silence that replaced dropped calls
     int64_t delay_frames = 0;   // of all filters together
+    /** Bytes that the dumps should hold: of every call that was neither dropped nor passed through. */
+    uint64_t dump_input_bytes = 0;
+    uint64_t dump_output_bytes = 0;
 };
 
 /** Runs audio of one spec through several filters in a row, one for each effect.

@@ -16,6 +16,8 @@ EffectStage::EffectStage(const FilterSettings& settings, const Effect& effect,
                          const std::shared_ptr<Vorlin::Plugin>& plugin, const AudioSpec& spec,
                          Timeline::Output output)
     : call_frames_(settings.call_frames),
+      input_channels_(spec.channels()),
+      output_channels_(outputSpec(spec, effect).channels()),
       keeps_delay_(settings.keep_delay),
       tail_frames_(settings.keep_tail ? responseTailFrames(effect, settings.options, spec.channels()) : 0),
       waiting_(spec),

@@ -31,6 +31,11 @@ class EffectStage {
      *  keep. Without any input there is no output. */
     void finish();
 
+    /** Returns the bytes of one channel's samples in a call of the effect, which works on 16 bits. */
+    uint64_t callBytes() const { return static_cast<uint64_t>(call_frames_) * sizeof(int16_t); }
+    int inputChannels() const { return input_channels_; }
+    int outputChannels() const { return output_channels_; }
+
     /** Returns the filter's run, for its counts and its delay. */
     const FilterRun& run() const { return run_; }
 
@@ -39,6 +44,8 @@ class EffectStage {
     void pushSilence(int64_t frames);
 
     int call_frames_;
+    int input_channels_;
+    int output_channels_;
     bool keeps_delay_;
     int64_t tail_frames_;
     Reframer waiting_;

@@ -8,8 +8,8 @@
 namespace sonivex_tool {
 namespace {
 
-int stopReading(void* /*opaque*/) {
-    return pendingSignal() != 0 ? 1 : 0;
+int stopReading(void* is_abandoned) {
+    return pendingSignal() != 0 || *static_cast<std::atomic<bool>*>(is_abandoned) ? 1 : 0;
 }
 
 // Prefixes the path of an existing file with "file:", because libavformat would otherwise treat a colon in
@@ -50,7 +50,7 @@ AudioSource::~AudioSource() {
 void AudioSource::openContainer(const std::string& path) {
     const std::string url = asUrl(path);
     container_ = allocated(avformat_alloc_context());
-    container_->interrupt_callback.callback = stopReading;
+    container_->interrupt_callback = {stopReading, &is_abandoned_};
     int result = avformat_open_input(&container_, url.c_str(), nullptr, nullptr);
     if (result >= 0) result = avformat_find_stream_info(container_, nullptr);
     throwIfInterrupted();

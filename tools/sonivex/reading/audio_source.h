@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -40,6 +41,9 @@ class AudioSource {
      * @throw std::bad_alloc */
     FramePtr read();
 
+    /** Makes `read` end soon, as if the file ended there. Any thread may call it. */
+    void abandon() { is_abandoned_ = true; }
+
     /** Packets and frames that have failed to decode so far, plus one if reading broke off before the end. */
     uint64_t decodeErrors() const { return decode_errors_; }
 
@@ -65,6 +69,7 @@ class AudioSource {
     SourceInfo info_;
     uint64_t decode_errors_ = 0;
     bool is_draining_ = false;
+    std::atomic<bool> is_abandoned_ = false;
 };
 
 }  // namespace sonivex_tool

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "audio_sink.h"
+#include "format_converter.h"
+#include "loudness.h"
+#include "work_thread.h"
+
+namespace sonivex_tool {
+
+/** Measures frames on a thread of its own. */
+class MeasuringThread {
+  public:
+    /** @throw as LoudnessMeter does */
+    explicit MeasuringThread(const AudioSpec& spec);
+
+    /** Appends a frame. Its samples are shared, not copied, so nobody may change them any more. */
+    void add(const AVFrame& frame);
+    /** Waits for the last frame and returns the loudness of all. */
+    Loudness finish();
+
+  private:
+    LoudnessMeter meter_;
+    WorkThread<FramePtr> thread_;
+};
+
+/** Converts audio to the encoder's format, then measures it and encodes it into a file on two threads.
+ *
+ *  The members throw what AudioSink, FormatConverter and LoudnessMeter throw, also for earlier calls. */
+class Destination {
+  public:
+    /** @param measure false: `loudness` stays empty */
+    Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file, bool measure);
+
+    /** Appends a frame of any spec. */
+    void write(FramePtr frame);
+    /** Waits until everything is encoded, and writes the file's end. */
+    void finish();
+
+    /** Returns the samples per channel that were handed to the encoder. */
+    int64_t frames() const { return frames_; }
+    /** Returns the loudness of the encoder's input; call it after `finish`. */
+    const Loudness& loudness() const { return loudness_; }
+
+  private:
+    void writeConverted(FramePtr frame);
+
+    FormatConverter converter_;
+    AudioSink sink_;
+    int64_t frames_ = 0;
+    Loudness loudness_;
+    std::optional<MeasuringThread> meter_;
+    WorkThread<FramePtr> encoder_;
+};
+
+}  // namespace sonivex_tool
