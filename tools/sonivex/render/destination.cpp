@@ -3,23 +3,11 @@
 namespace sonivex_tool {
 namespace {
 
-// Frames that may wait for a thread. Frames have a thousand samples or a few thousand, so this is about a
-// second of audio: enough to even out the encoder's bursts.
+// Frames that may wait for the encoder. They have a thousand samples or more, so this is about a second:
+// enough to even out the encoder's bursts.
 constexpr std::size_t kWaitingFrames = 32;
 
 }  // namespace
-
-MeasuringThread::MeasuringThread(const AudioSpec& spec)
-    : meter_(spec), thread_(kWaitingFrames, [this](const FramePtr& frame) { meter_.add(*frame); }) {}
-
-void MeasuringThread::add(const AVFrame& frame) {
-    thread_.push(FramePtr(allocated(av_frame_clone(&frame))));
-}
-
-Loudness MeasuringThread::finish() {
-    thread_.finish();
-    return meter_.result();
-}
 
 Destination::Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file, bool measure)
     : converter_(plan.spec),

@@ -6,26 +6,10 @@
 
 #include "audio_sink.h"
 #include "format_converter.h"
-#include "loudness.h"
+#include "measuring_thread.h"
 #include "work_thread.h"
 
 namespace sonivex_tool {
-
-/** Measures frames on a thread of its own. */
-class MeasuringThread {
-  public:
-    /** @throw as LoudnessMeter does */
-    explicit MeasuringThread(const AudioSpec& spec);
-
-    /** Appends a frame. Its samples are shared, not copied, so nobody may change them any more. */
-    void add(const AVFrame& frame);
-    /** Waits for the last frame and returns the loudness of all. */
-    Loudness finish();
-
-  private:
-    LoudnessMeter meter_;
-    WorkThread<FramePtr> thread_;
-};
 
 /** Converts audio to the encoder's format, then measures it and encodes it into a file on two threads.
  *

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "loudness.h"
+#include "work_thread.h"
+
+namespace sonivex_tool {
+
+/** Measures frames on a thread of its own. */
+class MeasuringThread {
+  public:
+    /** @throw as LoudnessMeter does */
+    explicit MeasuringThread(const AudioSpec& spec);
+
+    /** Appends a frame. Its samples are shared, not copied, so nobody may change them any more. */
+    void add(const AVFrame& frame);
+    /** Waits for the last frame and returns the loudness of all. */
+    Loudness finish();
+
+  private:
+    LoudnessMeter meter_;
+    WorkThread<FramePtr> thread_;
+};
+
+}  // namespace sonivex_tool
