@@ -32,9 +32,6 @@ TEST_F(RenderMessage, StandardOutputHoldsOnlyTheSummary) {
     EXPECT_THAT(result.out, StartsWith("Input"));
     EXPECT_THAT(result.out, HasSubstr("Loudness"));
     EXPECT_THAT(result.out, HasSubstr("of the filter, 0 dropped, 0 bypassed"));
-    // The normalizer's mixer logs a version line, which belongs on standard error.
-    EXPECT_THAT(result.out, Not(HasSubstr("Version")));
-    EXPECT_THAT(result.err, HasSubstr("Version"));
     EXPECT_THAT(result.err, HasSubstr("in.wav -> "));
     // Only error messages begin with this prefix.
     EXPECT_THAT(result.err, Not(HasSubstr("sonivex: ")));
@@ -61,6 +58,16 @@ TEST_F(RenderMessage, QuietPrintsNothingButTheJson) {
 TEST_F(RenderMessage, VerboseShowsTheFiltersLog) {
     EXPECT_THAT(say({"--verbose"}).err, HasSubstr("SonivexFilter: sonivex init"));
     EXPECT_THAT(say({}).err, Not(HasSubstr("SonivexFilter: ")));
+}
+
+// The normalizer's mixer prints a version line to standard output.
+TEST_F(RenderMessage, OnlyVerboseShowsWhatTheEffectPrints) {
+    const auto verbose = say({"--verbose"});
+    EXPECT_THAT(verbose.err, HasSubstr("Version"));
+    EXPECT_THAT(verbose.out, Not(HasSubstr("Version")));
+    const auto plain = say({});
+    EXPECT_THAT(plain.err, Not(HasSubstr("Version")));
+    EXPECT_THAT(plain.out, Not(HasSubstr("Version")));
 }
 
 TEST_F(RenderMessage, ReportsNoLoudnessForSilence) {

@@ -10,8 +10,23 @@
 #include "failure.h"
 
 namespace sonivex_tool {
+namespace {
 
-ResultStream::ResultStream(Prints prints) : descriptor_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)) {
+int g_original_standard_output = STDOUT_FILENO;  // only the main thread changes it
+
+}  // namespace
+
+int originalStandardOutput() {
+    return g_original_standard_output;
+}
+
+bool namesStandardOutput(const std::string& path) {
+    return path == "-" || path == "pipe:1";
+}
+
+ResultStream::ResultStream(Prints prints, Results results)
+    : standard_output_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)), results_(results) {
+    g_original_standard_output = standard_output_;
     (void)std::fflush(stdout);
     int target = -1;
     if (prints == Prints::ToStandardError) target = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
@@ -24,17 +39,21 @@ ResultStream::ResultStream(Prints prints) : descriptor_(fcntl(STDOUT_FILENO, F_D
 
 ResultStream::~ResultStream() {
     (void)std::fflush(stdout);
-    if (descriptor_ >= 0) close(descriptor_);
+    g_original_standard_output = -1;
+    if (standard_output_ >= 0) close(standard_output_);
 }
 
 void ResultStream::write(const std::string& text) {
+    const bool is_error_stream = results_ == Results::ToStandardError;
+    const int descriptor = is_error_stream ? STDERR_FILENO : standard_output_;
     size_t written = 0;
     while (written < text.size()) {
-        const ssize_t count = ::write(descriptor_, text.data() + written, text.size() - written);
+        const ssize_t count = ::write(descriptor, text.data() + written, text.size() - written);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) {
-            throw Failure(ExitCode::Internal,
-                          std::string("cannot write to standard output: ") + std::strerror(errno));
+            throw Failure(ExitCode::Internal, std::string("cannot write to standard ") +
+                                                  (is_error_stream ? "error: " : "output: ") +
+                                                  std::strerror(errno));
         }
         written += static_cast<size_t>(count);
     }

@@ -164,7 +164,8 @@ void addOptions(CLI::App& command, RenderChoices& choices) {
     command.add_flag("--quiet,-q", choices.quiet, "Print nothing but errors (--json still prints)")
         ->group(output);
     command
-        .add_flag("--verbose,-v", choices.verbose, "Show the logs of the filter and of the FFmpeg libraries")
+        .add_flag("--verbose,-v", choices.verbose,
+                  "Show the logs of the filter and of the FFmpeg libraries, and what\nthe effects print")
         ->group(output);
 }
 
@@ -178,8 +179,10 @@ void run(RenderChoices& choices) {
     installSignalHandlers();
     av_log_set_level(choices.verbose ? AV_LOG_WARNING : AV_LOG_QUIET);
     if (choices.verbose) Vorlin::setLogLevel(Vorlin::LOG_DEBUG);
-    ResultStream result(choices.quiet ? ResultStream::Prints::Nowhere
-                                      : ResultStream::Prints::ToStandardError);
+    ResultStream result(
+        choices.verbose ? ResultStream::Prints::ToStandardError : ResultStream::Prints::Nowhere,
+        namesStandardOutput(choices.settings.output.path) ? ResultStream::Results::ToStandardError
+                                                          : ResultStream::Results::ToStandardOutput);
     Console console(choices.quiet);
     try {
         const auto plugin = loadPlugin(choices.plugin);
