@@ -13,6 +13,7 @@
 #include "commands.h"
 #include "console.h"
 #include "failure.h"
+#include "usage_error.h"
 
 namespace {
 
@@ -48,21 +49,16 @@ int parseAndRun(int argc, char** argv) {
         {"speech", sonivex_tool::addSpeechCommand(program)},
         {"bench", sonivex_tool::addBenchCommand(program)},
     };
-    const auto chosen = [&]() -> std::string {
-        const auto parsed = program.get_subcommands();
-        return parsed.empty() ? "" : parsed.front()->get_name();
-    };
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& request) {
         program.exit(request);  // prints help or version
         return exitWith(ExitCode::Success);
     } catch (const CLI::ParseError& error) {
-        const std::string command = chosen().empty() ? "sonivex" : "sonivex " + chosen();
-        sonivex_tool::printError(std::string(error.what()) + " (try \"" + command + " --help\")");
+        sonivex_tool::printError(sonivex_tool::explainUsageError(program, error));
         return exitWith(ExitCode::Usage);
     }
-    commands.at(chosen())();
+    commands.at(program.get_subcommands().front()->get_name())();
     return exitWith(ExitCode::Success);
 }
 

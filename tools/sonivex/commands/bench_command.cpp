@@ -13,6 +13,7 @@
 #include "effect.h"
 #include "failure.h"
 #include "interrupt.h"
+#include "option_checks.h"
 #include "plugin_search.h"
 #include "result_stream.h"
 
@@ -103,7 +104,7 @@ std::function<void()> addBenchCommand(CLI::App& program) {
         ->add_option("--effect", choices->effect,
                      "Measure only this effect: normalizer, surround or dialogue")
         ->option_text("NAME")
-        ->check(CLI::IsMember(effectNames()));
+        ->check(oneOf(effectNames()));
     command
         ->add_option("--seconds", choices->seconds,
                      "Approximate duration of the measurement, 0.1 to 3600\n(default 5)")

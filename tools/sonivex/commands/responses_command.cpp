@@ -7,6 +7,7 @@
 
 #include "failure.h"
 #include "interrupt.h"
+#include "option_checks.h"
 #include "output_file.h"
 #include "responses_plot.h"
 #include "responses_report.h"
@@ -82,7 +83,7 @@ std::function<void()> addResponsesCommand(CLI::App& program) {
         program.add_subcommand("responses", "Measure and plot the impulse responses of the surround effect");
     command->add_option("--set", choices->set, "Show only this set; the list shows the names")
         ->option_text("NAME")
-        ->check(CLI::IsMember(setNames()));
+        ->check(oneOf(setNames()));
     command->add_option("--source", choices->source, "Show only this loudspeaker of the set, counted from 1")
         ->option_text("N")
         ->check(CLI::Range(1, 8));

@@ -17,6 +17,7 @@ struct RenderSettings {
     OutputSettings output;
     bool trim_start = false;     // begin an audio file with the first sample, even if it starts late
     bool ignore_damage = false;  // exit with 0 even if a part of the input was lost
+    bool dry_run = false;        // tell what would be done, and write nothing
 };
 
 }  // namespace sonivex_tool
