@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "conversion_plan.h"
 #include "format_converter.h"
@@ -9,30 +11,44 @@ namespace sonivex_tool {
 
 /** What conversion found in the audio. Samples count once for each channel. */
 struct ConditionerCounts {
-    uint64_t samples = 0;
-    uint64_t above_full_scale = 0;  // finite samples above full scale, which conversion to 16 bits clips
-    uint64_t not_finite = 0;        // NaN or infinite samples, replaced by silence
+    uint64_t samples = 0;           // converted, at the effects' rate and in their channels
+    uint64_t above_full_scale = 0;  // of those: clipped by the conversion to 16 bits
+    uint64_t not_finite = 0;        // NaN or infinite samples of the input, replaced by silence
 };
+
+/** Describes the counts for the user, one line for each kind that occurred. */
+std::vector<std::string> notesOn(const ConditionerCounts& counts);
 
 /** Converts audio of one spec to the spec in which the effects get it.
  *
- *  The members throw Failure (Internal) and std::bad_alloc. */
+ *    Conditioner conditioner(input, plan, dither);
+ *    for each frame:  push(conditioner.convert(conditioner.repair(frame)));
+ *    push(conditioner.flush());
+ *
+ *  Between the two steps the samples may be measured: they are finite and otherwise those of the input. The
+ *  members throw Failure (Internal) and std::bad_alloc. */
 class Conditioner {
   public:
     Conditioner(const AudioSpec& input, const ConversionPlan& plan, bool dither);
 
-    /** Converts a frame, which must have the input's spec.
+    /** Replaces samples that are not finite by silence, before a filter smears them. */
+    FramePtr repair(FramePtr frame);
+    /** Converts a repaired frame.
      *  @return null while the resampler holds all of it */
     FramePtr convert(FramePtr frame);
     /** Returns the samples that the resampler still holds, or null. */
     FramePtr flush();
 
     /** Returns the counts so far. */
-    const ConditionerCounts& counts() const { return counts_; }
+    ConditionerCounts counts() const;
 
   private:
+    FramePtr placed(FramePtr frame);
+
     FormatConverter converter_;
-    ConditionerCounts counts_;
+    ConversionPlan plan_;
+    uint64_t samples_ = 0;
+    uint64_t not_finite_ = 0;
 };
 
 }  // namespace sonivex_tool

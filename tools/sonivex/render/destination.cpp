@@ -9,8 +9,9 @@ constexpr std::size_t kWaitingFrames = 32;
 
 }  // namespace
 
-Destination::Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file, bool measure)
-    : converter_(plan.spec),
+Destination::Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file, bool measure,
+                         bool dither)
+    : converter_(plan.spec, {.dither = dither, .bits = plan.bits_per_sample}),
       sink_(plan, source, file),
       encoder_(kWaitingFrames, [this](const FramePtr& frame) { sink_.write(*frame); }) {
     if (measure) meter_.emplace(plan.spec);

@@ -16,8 +16,10 @@ namespace sonivex_tool {
  *  The members throw what AudioSink, FormatConverter and LoudnessMeter throw, also for earlier calls. */
 class Destination {
   public:
-    /** @param measure false: `loudness` stays empty */
-    Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file, bool measure);
+    /** @param measure false: `loudness` stays empty
+     *  @param dither when the encoder takes fewer bits than the audio has */
+    Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file, bool measure,
+                bool dither);
 
     /** Appends a frame of any spec. */
     void write(FramePtr frame);

@@ -43,28 +43,33 @@ EffectPass::EffectPass(const RenderSettings& settings, const std::shared_ptr<Vor
       source_(source),
       outputs_(std::move(outputs)),
       first_plan_(planConversion(source.info().spec, settings.filter.chain, settings.conversion)) {
-    // Later parts of the source are converted so that the output keeps its rate and layout.
-    settings_.conversion.rate_hz = first_plan_.work.rate_hz;
     start(source.info().spec);
 }
 
+AudioSpec EffectPass::outputSpec(const ConversionPlan& plan) const {
+    return plan.restoredSpec(EffectChain::outputSpec(plan.work, settings_.filter.chain));
+}
+
+// Plans the conversion of a later part of the source, so that the output keeps its rate and layout.
+ConversionPlan EffectPass::planFor(const AudioSpec& spec) const {
+    ConversionSettings same = settings_.conversion;
+    same.rate_hz = first_plan_.work.rate_hz;
+    ConversionPlan plan = planConversion(spec, settings_.filter.chain, same);
+    if (outputSpec(plan) == outputSpec()) return plan;
+    same.layout = layoutName(first_plan_.converted.layout);
+    return planConversion(spec, settings_.filter.chain, same);
+}
+
 void EffectPass::start(const AudioSpec& spec) {
-    ConversionPlan plan = first_plan_;
     const bool is_first = chain_ == nullptr;
-    if (!is_first) {
-        plan = planConversion(spec, settings_.filter.chain, settings_.conversion);
-        const AudioSpec output = EffectChain::outputSpec(plan.work, settings_.filter.chain);
-        if (output.channels() != outputSpec().channels()) {
-            ConversionSettings same = settings_.conversion;
-            same.layout = layoutName(first_plan_.work.layout);
-            plan = planConversion(spec, settings_.filter.chain, same);
-        }
-    }
+    const ConversionPlan plan = is_first ? first_plan_ : planFor(spec);
     FilterSettings filter = settings_.filter;
     for (double& flush_s : filter.flush_at_s) flush_s -= counts_.input_seconds;
     std::erase_if(filter.flush_at_s, [](double flush_s) { return flush_s < 0.0; });
     conditioner_ = std::make_unique<Conditioner>(spec, plan, settings_.conversion.dither);
-    chain_ = std::make_unique<EffectChain>(filter, plugin_, plan.work, outputs_.processed);
+    chain_ = std::make_unique<EffectChain>(filter, plugin_, plan.work, [this, plan](FramePtr frame) {
+        outputs_.processed(plan.restored(std::move(frame)));
+    });
     spec_ = spec;
 }
 
@@ -88,6 +93,7 @@ void EffectPass::push(FramePtr frame) {
     }
     counts_.input_frames += frame->nb_samples;
     counts_.input_seconds += static_cast<double>(frame->nb_samples) / frame->sample_rate;
+    frame = conditioner_->repair(std::move(frame));
     outputs_.decoded(*frame);
     if (const FramePtr converted = conditioner_->convert(std::move(frame))) chain_->push(*converted);
 }

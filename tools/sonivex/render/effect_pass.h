@@ -17,7 +17,7 @@ namespace sonivex_tool {
 
 /** The takers of what a pass produces. Each is called on the thread that runs the pass, and may throw. */
 struct PassOutputs {
-    std::function<void(const AVFrame&)> decoded;   // the input as decoded, before any conversion
+    std::function<void(const AVFrame&)> decoded;   // the input, with finite samples only
     std::function<void(FramePtr)> processed;       // the output of the effects, all of one spec
     std::function<void(const std::string&)> note;  // lines for the user
 };
@@ -47,7 +47,7 @@ class EffectPass {
     /** Returns how the beginning of the source is converted. */
     const ConversionPlan& conversion() const { return first_plan_; }
     /** Returns the spec of the output. */
-    AudioSpec outputSpec() const { return EffectChain::outputSpec(first_plan_.work, settings_.filter.chain); }
+    AudioSpec outputSpec() const { return outputSpec(first_plan_); }
     /** Returns true if some filter passes all audio through. */
     bool isBypassed() const { return chain_->isBypassed(); }
 
@@ -57,6 +57,8 @@ class EffectPass {
     PassCounts run(Console& console);
 
   private:
+    AudioSpec outputSpec(const ConversionPlan& plan) const;
+    ConversionPlan planFor(const AudioSpec& spec) const;
     void start(const AudioSpec& spec);
     void end();
     void push(FramePtr frame);

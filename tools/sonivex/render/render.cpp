@@ -83,7 +83,7 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
 
     const auto started = std::chrono::steady_clock::now();
     OutputFile file(settings.output.path, settings.output.replace);
-    destination.emplace(plan, source, file, settings.level.measure);
+    destination.emplace(plan, source, file, settings.level.measure, settings.output.dither);
     if (settings.level.measure) input_meter.emplace(input);
     std::optional<DumpFolder> dumps;
     if (!settings.filter.dump_folder.empty()) dumps.emplace(settings.filter.dump_folder);
@@ -119,6 +119,7 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
         report.dump_bytes_missing = missingDumpBytes(*dumps, counts.filters);
     }
     report.dump_folder = settings.filter.dump_folder;
+    for (const std::string& line : notesOn(counts.samples)) note(line);
     for (const std::string& line : remarks(report)) note(line);
     return report;
 }
