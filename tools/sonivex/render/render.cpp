@@ -74,6 +74,11 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
                          },
                      .processed = [&](FramePtr frame) { destination->write(std::move(frame)); },
                      .note = note});
+    if (pass.isBypassed()) {
+        throw Failure(ExitCode::Usage,
+                      "the filter processes nothing at this video: --fps times --speed, both cut to whole "
+                      "numbers, must be below 62");
+    }
     for (const std::string& line : pass.conversion().notes) note(line);
 
     AudioSpec output = pass.outputSpec();
@@ -87,8 +92,6 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     if (settings.level.measure) input_meter.emplace(input);
     std::optional<DumpFolder> dumps;
     if (!settings.filter.dump_folder.empty()) dumps.emplace(settings.filter.dump_folder);
-    if (pass.isBypassed())
-        note("the filter bypasses itself at this frame rate and playback speed: the audio stays unchanged");
     console.note(settings.input.path + " -> " + settings.output.path + ", " + namesOf(settings.filter.chain));
 
     const PassCounts counts = pass.run(console);
