@@ -35,6 +35,15 @@ void checkEffectOptions(const FilterSettings& filter, const std::string& effects
 
 }  // namespace
 
+void addRenderOptions(CLI::App& command, RenderChoices& choices) {
+    addInputOptions(command, choices);
+    addOutputOptions(command, choices);
+    addEffectOptions(command, choices);
+    addSoundOptions(command, choices);
+    addFilterOptions(command, choices);
+    addMessageOptions(command, choices);
+}
+
 void checkChoices(RenderChoices& choices) {
     RenderSettings& settings = choices.settings;
     settings.filter.chain = chainOf(choices.effects);

@@ -39,6 +39,9 @@ void addOutputOptions(CLI::App& command, RenderChoices& choices);
 /** Adds the options about messages. */
 void addMessageOptions(CLI::App& command, RenderChoices& choices);
 
+/** Adds all of them. */
+void addRenderOptions(CLI::App& command, RenderChoices& choices);
+
 /** Fills in the settings that several options or a list of names decide, and checks the options against each
  *  other.
  *

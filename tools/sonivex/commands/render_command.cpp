@@ -63,12 +63,7 @@ std::function<void()> addRenderCommand(CLI::App& program) {
     CLI::App* command =
         program.add_subcommand("render", "Process the audio of a file with effects and write a new file");
     command->footer(kRenderFooter);
-    addInputOptions(*command, *choices);
-    addOutputOptions(*command, *choices);
-    addEffectOptions(*command, *choices);
-    addSoundOptions(*command, *choices);
-    addFilterOptions(*command, *choices);
-    addMessageOptions(*command, *choices);
+    addRenderOptions(*command, *choices);
     return [choices] { run(*choices); };
 }
 
