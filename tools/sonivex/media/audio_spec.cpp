@@ -1,5 +1,6 @@
 #include "audio_spec.h"
 
+#include <algorithm>
 #include <cassert>
 
 #include "vorlin/av_compat.h"
@@ -54,9 +55,10 @@ void trimFrame(AVFrame& frame, int skip, int keep) {
     const int planes = planar ? frame.ch_layout.nb_channels : 1;
     const ptrdiff_t step =
         ptrdiff_t{av_get_bytes_per_sample(format)} * (planar ? 1 : frame.ch_layout.nb_channels);
-    assert(planes <= AV_NUM_DATA_POINTERS);
-    for (int plane = 0; plane < planes; ++plane) frame.data[plane] += skip * step;
-    frame.extended_data = frame.data;
+    // A frame of more than AV_NUM_DATA_POINTERS planes has an array of its own for all of them.
+    for (int plane = 0; plane < planes; ++plane) frame.extended_data[plane] += skip * step;
+    if (frame.extended_data != frame.data)
+        std::copy_n(frame.extended_data, std::min(planes, AV_NUM_DATA_POINTERS), frame.data);
     frame.nb_samples = keep;
 }
 

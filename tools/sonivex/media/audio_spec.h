@@ -36,7 +36,7 @@ FramePtr makeFrame(const AudioSpec& spec, int frames);
 
 /** Trims a frame in place to `keep` samples per channel, starting at sample `skip`.
  *
- * Only pointers change; no sample is copied. Requires skip + keep <= nb_samples and at most 8 planes. */
+ * Only pointers change; no sample is copied. Requires skip + keep <= nb_samples. */
 void trimFrame(AVFrame& frame, int skip, int keep);
 
 }  // namespace sonivex_tool

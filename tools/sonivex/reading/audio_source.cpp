@@ -1,159 +1,285 @@
 #include "audio_source.h"
 
-#include <filesystem>
+#include <algorithm>
+#include <cmath>
 
 #include "failure.h"
 #include "interrupt.h"
+#include "stated_end.h"
+#include "stream_choice.h"
 
 namespace sonivex_tool {
 namespace {
 
-int stopReading(void* is_abandoned) {
-    return pendingSignal() != 0 || *static_cast<std::atomic<bool>*>(is_abandoned) ? 1 : 0;
+// Silence comes out in frames of this length at most.
+constexpr int64_t kSilentFrame = 4096;
+// Containers state lengths with priming, padding and rounding; one that is shorter by this is cut off.
+constexpr double kMissingEnd_s = 0.25;
+// No frame belongs so much later than the stated end.
+constexpr double kBeyondEnd_s = 10.0;
+// A stream that begins so much later than its file begins with it: timestamps are rounded to 1 ms.
+constexpr double kSameStart_s = 0.002;
+
+std::string tagOf(const AVStream& stream, const char* key) {
+    const AVDictionaryEntry* entry = av_dict_get(stream.metadata, key, nullptr, 0);
+    return entry != nullptr ? entry->value : "";
 }
 
-// Prefixes the path of an existing file with "file:", because libavformat would otherwise treat a colon in
-// its name as the end of a protocol. Rejects a folder.
-std::string asUrl(const std::string& path) {
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (std::filesystem::is_directory(status)) {
-        throw Failure(ExitCode::InputNotReadable, "cannot open \"" + path + "\": it is a folder");
-    }
-    return std::filesystem::exists(status) ? "file:" + path : path;
+[[noreturn]] void failWithoutSamples(const std::string& path) {
+    throw Failure(ExitCode::NoAudio, "cannot decode \"" + path + "\": its audio stream yields no samples");
 }
 
 }  // namespace
 
-AudioSource::AudioSource(const InputSettings& settings) {
-    const std::string& path = settings.path;
-    packet_.reset(allocated(av_packet_alloc()));
-    try {
-        openContainer(path);
-        chooseStream(path, settings.stream ? std::atoi(settings.stream->c_str()) : 0);
-        openDecoder(path);
-        first_ = decode();
-        if (first_ == nullptr)
-            throw Failure(ExitCode::NoAudio,
-                          "cannot decode \"" + path + "\": its audio stream yields no samples");
+AudioSource::AudioSource(const InputSettings& settings)
+    : file_(settings.path), policy_(settings.timeline), packet_(allocated(av_packet_alloc())) {
+    chooseStream(settings);
+    decoder_.emplace(settings.path, stream());
+    stated_end_s_ = statedEnd_s(container(), stream());
+    fill();
+    if (frames_.empty()) {
+        describeEmpty(settings.path);
+    } else {
         describe();
-    } catch (...) {
-        avformat_close_input(&container_);
-        throw;
-    }
-}
-
-AudioSource::~AudioSource() {
-    avformat_close_input(&container_);
-}
-
-void AudioSource::openContainer(const std::string& path) {
-    const std::string url = asUrl(path);
-    container_ = allocated(avformat_alloc_context());
-    container_->interrupt_callback = {stopReading, &is_abandoned_};
-    int result = avformat_open_input(&container_, url.c_str(), nullptr, nullptr);
-    if (result >= 0) result = avformat_find_stream_info(container_, nullptr);
-    throwIfInterrupted();
-    if (result == AVERROR_INVALIDDATA) {
-        throw Failure(ExitCode::InputNotReadable, "cannot open \"" + path + "\": unknown file format");
-    }
-    if (result < 0)
-        throw Failure(ExitCode::InputNotReadable, "cannot open \"" + path + "\": " + errorText(result));
-}
-
-void AudioSource::chooseStream(const std::string& path, int stream_number) {
-    int found = 0;
-    for (unsigned i = 0; i < container_->nb_streams; ++i) {
-        AVStream& stream = *container_->streams[i];
-        stream.discard = AVDISCARD_ALL;
-        if (stream.codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
-        if (found++ != stream_number) continue;
-        stream.discard = AVDISCARD_DEFAULT;
-        stream_index_ = static_cast<int>(i);
-    }
-    if (found == 0) throw Failure(ExitCode::NoAudio, "cannot open \"" + path + "\": it has no audio stream");
-    if (stream_index_ < 0) {
-        throw Failure(ExitCode::NoAudio, "cannot open \"" + path + "\": it has no audio stream " +
-                                             std::to_string(stream_number) + ", only " +
-                                             (found == 1 ? "0" : "0 to " + std::to_string(found - 1)));
-    }
-}
-
-void AudioSource::openDecoder(const std::string& path) {
-    const AVStream& audio = stream();
-    const AVCodec* codec = avcodec_find_decoder(audio.codecpar->codec_id);
-    if (codec == nullptr) {
-        throw Failure(ExitCode::NoAudio, "cannot decode \"" + path +
-                                             "\": there is no decoder for its audio (" +
-                                             avcodec_get_name(audio.codecpar->codec_id) + ")");
-    }
-    decoder_.reset(allocated(avcodec_alloc_context3(codec)));
-    int result = avcodec_parameters_to_context(decoder_.get(), audio.codecpar);
-    // The decoder needs the time base to tell how much of the first and the last packet is padding.
-    decoder_->pkt_timebase = audio.time_base;
-    if (result >= 0) result = avcodec_open2(decoder_.get(), codec, nullptr);
-    if (result < 0) throw Failure(ExitCode::NoAudio, "cannot decode \"" + path + "\": " + errorText(result));
-}
-
-void AudioSource::describe() {
-    info_.container = container_->iformat->name;
-    info_.codec = avcodec_get_name(decoder_->codec_id);
-    info_.spec = specOf(*first_);
-    const int bits = decoder_->bits_per_raw_sample;
-    if (bits > 0 && bits < 8 * av_get_bytes_per_sample(info_.spec.format)) info_.bits_per_sample = bits;
-    if (stream().duration != AV_NOPTS_VALUE && stream().duration > 0) {
-        info_.length_seconds = static_cast<double>(stream().duration) * av_q2d(stream().time_base);
-    } else if (container_->duration != AV_NOPTS_VALUE && container_->duration > 0) {
-        info_.length_seconds = static_cast<double>(container_->duration) / AV_TIME_BASE;
     }
     converter_.emplace(info_.spec);
 }
 
-bool AudioSource::feedDecoder() {
-    while (true) {
-        throwIfInterrupted();
-        const int result = av_read_frame(container_, packet_.get());
-        throwIfInterrupted();
-        if (result < 0) {
-            // A file that breaks off is decoded up to that point, as a player does.
-            if (result != AVERROR_EOF) ++decode_errors_;
-            is_draining_ = true;
-            return avcodec_send_packet(decoder_.get(), nullptr) >= 0;
-        }
-        const bool is_ours = packet_->stream_index == stream_index_;
-        const int sent = is_ours ? avcodec_send_packet(decoder_.get(), packet_.get()) : 0;
-        av_packet_unref(packet_.get());
-        if (!is_ours) continue;
-        if (sent == AVERROR(ENOMEM)) throw std::bad_alloc();
-        if (sent >= 0) return true;
-        ++decode_errors_;
+void AudioSource::chooseStream(const InputSettings& settings) {
+    AVFormatContext& file = file_.container();
+    std::vector<AudioTrack> tracks;
+    std::vector<int> indices;
+    for (unsigned i = 0; i < file.nb_streams; ++i) {
+        AVStream& stream = *file.streams[i];
+        if (!settings.keeps_packets) stream.discard = AVDISCARD_ALL;
+        if (stream.codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
+        tracks.push_back({tagOf(stream, "language"), tagOf(stream, "title"),
+                          (stream.disposition & AV_DISPOSITION_DEFAULT) != 0});
+        indices.push_back(static_cast<int>(i));
+    }
+    const std::string cannot_open = "cannot open \"" + settings.path + "\": it has no audio stream";
+    if (tracks.empty()) throw Failure(ExitCode::NoAudio, cannot_open);
+    const std::optional<size_t> chosen = chooseTrack(tracks, settings.stream);
+    if (!chosen)
+        throw Failure(ExitCode::NoAudio, cannot_open + " " + *settings.stream + ", only " + listOf(tracks));
+    stream_index_ = indices[*chosen];
+    file.streams[stream_index_]->discard = AVDISCARD_DEFAULT;
+    delivered_.assign(file.nb_streams, settings.keeps_packets);
+    info_.stream_number = static_cast<int>(*chosen);
+    info_.audio_streams = static_cast<int>(tracks.size());
+    info_.language = tracks[*chosen].language;
+}
+
+void AudioSource::describe() {
+    const DecodedFrame& first = frames_.front();
+    info_.container = container().iformat->name;
+    info_.codec = avcodec_get_name(decoder_->context().codec_id);
+    info_.spec = specOf(*first.frame);
+    spec_ = info_.spec;
+    const int bits = decoder_->context().bits_per_raw_sample;
+    if (bits > 0 && bits < 8 * av_get_bytes_per_sample(info_.spec.format)) info_.bits_per_sample = bits;
+    if (stream().duration != AV_NOPTS_VALUE && stream().duration > 0) {
+        info_.length_seconds = static_cast<double>(stream().duration) * av_q2d(stream().time_base);
+    } else if (container().duration != AV_NOPTS_VALUE && container().duration > 0) {
+        info_.length_seconds = static_cast<double>(container().duration) / AV_TIME_BASE;
+    }
+    double start_s = startOf_s(stream()).value_or(0.0);
+    if (first.position) start_s = static_cast<double>(*first.position) / info_.spec.rate_hz;
+    const int64_t origin = container().start_time;
+    info_.start_seconds =
+        start_s - (origin != AV_NOPTS_VALUE ? static_cast<double>(origin) / AV_TIME_BASE : 0.0);
+    std::optional<double> latest_s;
+    if (stated_end_s_) latest_s = *stated_end_s_ + kBeyondEnd_s;
+    timeline_.emplace(info_.spec.rate_hz, latest_s);
+}
+
+void AudioSource::describeEmpty(const std::string& path) {
+    const AVCodecContext& codec = decoder_->context();
+    const bool is_valid = errorsSoFar() == 0 && codec.sample_rate > 0 && codec.ch_layout.nb_channels > 0 &&
+                          codec.sample_fmt != AV_SAMPLE_FMT_NONE;
+    if (!is_valid) failWithoutSamples(path);
+    FramePtr described(allocated(av_frame_alloc()));
+    described->format = codec.sample_fmt;
+    described->sample_rate = codec.sample_rate;
+    if (av_channel_layout_copy(&described->ch_layout, &codec.ch_layout) < 0) throw std::bad_alloc();
+    frames_.push({std::move(described), std::nullopt, false});
+    describe();
+    frames_.drop();
+    info_.has_samples = false;
+    info_.length_seconds = 0.0;
+}
+
+void AudioSource::deliverPackets(const std::vector<bool>& streams) {
+    AVFormatContext& file = file_.container();
+    for (unsigned i = 0; i < file.nb_streams; ++i) {
+        const bool is_ours = static_cast<int>(i) == stream_index_;
+        delivered_[i] = i < streams.size() && streams[i] && !is_ours;
+        if (!delivered_[i] && !is_ours) file.streams[i]->discard = AVDISCARD_ALL;
+    }
+    std::erase_if(other_packets_, [this](const PacketPtr& packet) {
+        return !delivered_[static_cast<size_t>(packet->stream_index)];
+    });
+}
+
+void AudioSource::insertLeadIn() {
+    if (policy_ == TimelinePolicy::Ignore || frames_.empty()) return;
+    const double file_start_s = presentationStart_s(container());
+    const double own_start_s = startOf_s(stream()).value_or(file_start_s);
+    const std::optional<int64_t> position = frames_.front().position;
+    // A first frame may come after the start of its own stream: a decoder gives no samples for priming.
+    if (!position || own_start_s - file_start_s <= kSameStart_s) return;
+    const double lead_in_s = static_cast<double>(*position) / info_.spec.rate_hz - file_start_s;
+    if (lead_in_s <= 0.0) return;
+    if (lead_in_s > TimelineRepair::kLongestGap_s) {
+        ++timeline_report_.jumps;
+        return;
+    }
+    silence_ += std::llround(lead_in_s * info_.spec.rate_hz);
+    timeline_report_.lead_in_s = lead_in_s;
+}
+
+uint64_t AudioSource::errorsSoFar() const {
+    const ReadFaults faults = file_.faults();
+    return faults.errors + faults.corrupt_packets + faults.messages + decoder_->errors();
+}
+
+void AudioSource::readPacket() {
+    if (!file_.read(*packet_)) {
+        reader_is_at_end_ = true;
+        decoder_->sendEnd();
+        takeFrames();
+        frames_.end();
+        return;
+    }
+    messages_at_last_packet_ = file_.faults().messages;
+    const auto index = static_cast<size_t>(packet_->stream_index);
+    if (packet_->stream_index == stream_index_) {
+        decoder_->send(*packet_);
+        takeFrames();
+    } else if (index < delivered_.size() && delivered_[index]) {
+        other_packets_.push_back(std::move(packet_));
+        packet_.reset(allocated(av_packet_alloc()));
     }
 }
 
-FramePtr AudioSource::decode() {
-    FramePtr frame(allocated(av_frame_alloc()));
+void AudioSource::takeFrames() {
+    while (FramePtr frame = decoder_->receive()) {
+        const std::optional<int64_t> position = positionOf(*frame, stream().time_base);
+        const uint64_t errors = errorsSoFar();
+        frames_.push({std::move(frame), position, errors > errors_before_frame_});
+        errors_before_frame_ = errors;
+    }
+}
+
+void AudioSource::fill() {
+    while (!reader_is_at_end_ && !frames_.isReady()) readPacket();
+}
+
+// Drops the first waiting frame if damage made it up.
+bool AudioSource::dropsFront() {
+    if (frames_.isCredible(*spec_)) return false;
+    frames_.front().follows_error = true;
+    frames_.drop();
+    ++invented_frames_;
+    return true;
+}
+
+void AudioSource::placeFront() {
+    DecodedFrame& front = frames_.front();
+    const AudioSpec spec = specOf(*front.frame);
+    if (spec.rate_hz != spec_->rate_hz) timeline_->setRate(spec.rate_hz);
+    spec_ = spec;
+    const Correction correction = timeline_->place(frames_.placements());
+    front_is_placed_ = true;
+    if (policy_ == TimelinePolicy::Ignore) return;
+    const double filled_s = static_cast<double>(correction.silence) / spec.rate_hz;
+    silence_ += correction.silence;
+    if (correction.silence > 0 && frames_.isNearError()) {
+        damage_.filled_s += filled_s;
+    } else if (correction.silence > 0) {
+        ++timeline_report_.gaps;
+        timeline_report_.filled_s += filled_s;
+    }
+    if (correction.is_jump) ++timeline_report_.jumps;
+    if (correction.cut > 0) {
+        if (correction.begins_overlap) ++timeline_report_.overlaps;
+        timeline_report_.cut_s += static_cast<double>(correction.cut) / spec.rate_hz;
+        const auto cut = static_cast<int>(correction.cut);
+        trimFrame(*front.frame, cut, front.frame->nb_samples - cut);
+    }
+}
+
+FramePtr AudioSource::silence() {
+    const auto length = static_cast<int>(std::min(silence_, kSilentFrame));
+    FramePtr frame = makeFrame(*spec_, length);
+    av_samples_set_silence(frame->extended_data, 0, length, spec_->channels(), spec_->format);
+    silence_ -= length;
+    return frame;
+}
+
+void AudioSource::finish() {
+    if (is_finished_) return;
+    is_finished_ = true;
+    const ReadFaults faults = file_.faults();
+    damage_.ends_prematurely = faults.is_given_up || faults.messages > messages_at_last_packet_;
+    if (!stated_end_s_ || !info_.has_samples) return;
+    const double end_s = timeline_->end_s().value_or(output_s_);
+    if (*stated_end_s_ - end_s > kMissingEnd_s) damage_.missing_end_s = *stated_end_s_ - end_s;
+}
+
+SourceItem AudioSource::next() {
     while (true) {
-        const int result = avcodec_receive_frame(decoder_.get(), frame.get());
-        if (result >= 0) {
-            if (frame->nb_samples > 0 && frame->sample_rate > 0 && frame->ch_layout.nb_channels > 0)
-                return frame;
-            av_frame_unref(frame.get());
-            continue;
+        throwIfInterrupted();
+        if (!other_packets_.empty()) {
+            PacketPtr packet = std::move(other_packets_.front());
+            other_packets_.pop_front();
+            return {nullptr, std::move(packet)};
         }
-        if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
-        if (result == AVERROR_EOF) return nullptr;
-        if (result != AVERROR(EAGAIN)) ++decode_errors_;
-        if (is_draining_ || !feedDecoder()) return nullptr;
+        if (!frames_.isReady()) {
+            if (!reader_is_at_end_) {
+                readPacket();
+                continue;
+            }
+            finish();
+            return {};
+        }
+        if (!front_is_placed_) {
+            if (dropsFront()) continue;
+            placeFront();
+        }
+        FramePtr frame;
+        if (silence_ > 0) {
+            frame = silence();
+        } else {
+            frame = frames_.pop();
+            front_is_placed_ = false;
+            if (frame->nb_samples == 0) continue;
+        }
+        output_s_ += static_cast<double>(frame->nb_samples) / frame->sample_rate;
+        return {std::move(frame), nullptr};
     }
 }
 
 FramePtr AudioSource::read() {
     while (true) {
-        FramePtr frame = first_ != nullptr ? std::move(first_) : decode();
+        FramePtr frame = next().frame;
         if (frame == nullptr) return converter_->flush();
         FramePtr converted = converter_->convert(std::move(frame));
         if (converted != nullptr) return converted;
     }
+}
+
+uint64_t AudioSource::decodeErrors() const {
+    return file_.faults().errors + decoder_->errors() + invented_frames_;
+}
+
+DamageReport AudioSource::damageReport() const {
+    DamageReport report = damage_;
+    const ReadFaults faults = file_.faults();
+    report.read_errors = faults.errors;
+    report.corrupt_packets = faults.corrupt_packets;
+    report.decode_errors = decoder_->errors() + invented_frames_;
+    return report;
 }
 
 }  // namespace sonivex_tool

@@ -1,75 +1,124 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "audio_decoder.h"
 #include "audio_spec.h"
+#include "decoded_frames.h"
 #include "format_converter.h"
 #include "input_settings.h"
+#include "media_file.h"
+#include "source_info.h"
+#include "source_report.h"
+#include "timeline_repair.h"
 
 namespace sonivex_tool {
 
-/** Properties of an audio stream, known once its first frame is decoded. */
-struct SourceInfo {
-    std::string container;    // libavformat's name for the format
-    std::string codec;        // libavcodec's name for the codec
-    AudioSpec spec;           // of the first frame, and so of every frame that `read` returns
-    int bits_per_sample = 0;  // significant bits if fewer than the format has (24 in s32), else 0
-    std::optional<double> length_seconds;  // as the container states it; unreliable
+/** The next part of a file: a decoded frame, a packet of another stream, or neither at the end. */
+struct SourceItem {
+    FramePtr frame;    // of the audio stream, in its own spec, which may differ from the frame's before it
+    PacketPtr packet;  // of another stream; its timestamps are the container's
+
+    /** Returns true at the end of the file. */
+    bool isEnd() const { return frame == nullptr && packet == nullptr; }
 };
 
-/** Decodes one audio stream of a file.
+// Reads a file:
+//
+//   packets -> other streams: delivered as they are
+//           -> audio stream: decode -> wait until enough frames follow -> drop what damage made up
+//                            -> silence into gaps, cut overlaps -> frames without a gap
+//
+// A frame comes out about 0.2 s after it is decoded, so packets of other streams run ahead of it.
+
+/** Reads one audio stream of a file, decoded, and the packets of other streams.
  *
- * Damaged packets are skipped, as players do, and counted. Every frame is converted to the sample rate,
- * layout and format of the first one. */
+ * Reading goes on after damage as far as the file can be decoded. `timelineReport` and `damageReport` tell
+ * what was changed and lost. */
 class AudioSource {
   public:
     /** Opens the stream and decodes its first frame.
      * @throw Failure (InputNotReadable, NoAudio, or the exit code of a pending signal), std::bad_alloc */
     explicit AudioSource(const InputSettings& settings);
-    ~AudioSource();
     AudioSource(const AudioSource&) = delete;
     AudioSource& operator=(const AudioSource&) = delete;
 
     /** Properties of the stream. */
     const SourceInfo& info() const { return info_; }
 
-    /** Returns the next frame, or null at the end of the stream.
-     * @throw Failure with the exit code of a pending signal, or Internal when a conversion fails
-     * @throw std::bad_alloc */
+    /** Makes `next` deliver the packets of these streams, the file's first ones included. Call it before the
+     * first `next`, and only with InputSettings::keeps_packets.
+     * @param streams one entry for each stream of the container; the audio stream's own does not count */
+    void deliverPackets(const std::vector<bool>& streams);
+
+    /** Puts silence before the first frame if the stream begins later than the other streams of its file. Call
+     * it before the first `next`. It has no effect with TimelinePolicy::Ignore. */
+    void insertLeadIn();
+
+    /** Returns the next frame, or the next packet of a stream of `deliverPackets`, in the file's order.
+     * @throw Failure with the exit code of a pending signal; std::bad_alloc */
+    SourceItem next();
+
+    /** Returns the next frame, converted to the spec of the first one, or null at the end of the stream. Must
+     * not be mixed with `next`.
+     * @throw as `next`, and Failure (Internal) when a conversion fails */
     FramePtr read();
 
-    /** Makes `read` end soon, as if the file ended there. Any thread may call it. */
-    void abandon() { is_abandoned_ = true; }
+    /** Makes `next` and `read` end soon, as if the file ended there. Any thread may call it. */
+    void abandon() { file_.abandon(); }
 
-    /** Packets and frames that have failed to decode so far, plus one if reading broke off before the end. */
-    uint64_t decodeErrors() const { return decode_errors_; }
+    /** Packets, frames and places of the file that could not be decoded or read so far. */
+    uint64_t decodeErrors() const;
+    /** What following the timestamps has changed so far. */
+    const TimelineReport& timelineReport() const { return timeline_report_; }
+    /** Damage so far; complete at the end. */
+    DamageReport damageReport() const;
 
     /** The opened file; owned by this object. */
-    const AVFormatContext& container() const { return *container_; }
+    const AVFormatContext& container() const { return file_.container(); }
     /** The stream that is decoded; owned by this object. */
-    const AVStream& stream() const { return *container_->streams[stream_index_]; }
+    const AVStream& stream() const { return *file_.container().streams[stream_index_]; }
 
   private:
-    void openContainer(const std::string& path);
-    void chooseStream(const std::string& path, int stream_number);
-    void openDecoder(const std::string& path);
+    void chooseStream(const InputSettings& settings);
     void describe();
-    FramePtr decode();
-    bool feedDecoder();
+    void describeEmpty(const std::string& path);
+    void readPacket();
+    void takeFrames();
+    void fill();
+    bool dropsFront();
+    void placeFront();
+    void finish();
+    FramePtr silence();
+    uint64_t errorsSoFar() const;
 
-    AVFormatContext* container_ = nullptr;
+    MediaFile file_;
+    TimelinePolicy policy_;
     int stream_index_ = -1;
-    CodecContextPtr decoder_;
-    PacketPtr packet_;
-    FramePtr first_;
-    std::optional<FormatConverter> converter_;
     SourceInfo info_;
-    uint64_t decode_errors_ = 0;
-    bool is_draining_ = false;
-    std::atomic<bool> is_abandoned_ = false;
+    std::optional<AudioDecoder> decoder_;
+    PacketPtr packet_;
+    std::deque<PacketPtr> other_packets_;
+    std::vector<bool> delivered_;  // streams whose packets are kept
+    DecodedFrames frames_;
+    std::optional<double> stated_end_s_;
+    std::optional<TimelineRepair> timeline_;
+    std::optional<AudioSpec> spec_;  // of the last frame
+    int64_t silence_ = 0;            // samples to put before the first waiting frame
+    bool front_is_placed_ = false;   // the first waiting frame needs no further correction
+    bool reader_is_at_end_ = false;
+    bool is_finished_ = false;
+    uint64_t errors_before_frame_ = 0;
+    uint64_t invented_frames_ = 0;  // by a decoder in damaged packets
+    uint64_t messages_at_last_packet_ = 0;
+    double output_s_ = 0.0;  // length of the frames so far
+    TimelineReport timeline_report_;
+    DamageReport damage_;
+    std::optional<FormatConverter> converter_;
 };
 
 }  // namespace sonivex_tool

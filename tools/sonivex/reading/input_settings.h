@@ -18,6 +18,7 @@ struct InputSettings {
      *  it, the stream that the container marks as default, or else the first one. */
     std::optional<std::string> stream = {};
     TimelinePolicy timeline = TimelinePolicy::Keep;
+    bool keeps_packets = false;  // of the other streams, from the beginning, for AudioSource::deliverPackets
 };
 
 }  // namespace sonivex_tool

@@ -8,8 +8,9 @@
 namespace sonivex_tool {
 namespace {
 
-// Frames that are decoded in advance: about half a second, since frames have a thousand samples or more.
-constexpr std::size_t kFramesAhead = 32;
+// Frames and packets that are read in advance: about half a second of audio, since frames have a thousand
+// samples or more.
+constexpr std::size_t kItemsAhead = 32;
 
 ChainCounts operator+(ChainCounts sum, const ChainCounts& more) {
     sum.pushed += more.pushed;
@@ -99,17 +100,18 @@ void EffectPass::push(FramePtr frame) {
 }
 
 PassCounts EffectPass::run(Console& console) {
-    ReadAhead<FramePtr> ahead(
-        kFramesAhead,
-        [this]() -> std::optional<FramePtr> {
-            FramePtr frame = source_.read();
-            if (frame == nullptr) return std::nullopt;
-            return frame;
+    ReadAhead<SourceItem> ahead(
+        kItemsAhead,
+        [this]() -> std::optional<SourceItem> {
+            SourceItem item = source_.next();
+            if (item.isEnd()) return std::nullopt;
+            return item;
         },
         [this] { source_.abandon(); });
-    while (std::optional<FramePtr> frame = ahead.next()) {
+    while (std::optional<SourceItem> item = ahead.next()) {
         throwIfInterrupted();
-        push(std::move(*frame));
+        if (item->packet != nullptr) outputs_.copied(std::move(item->packet));
+        if (item->frame != nullptr) push(std::move(item->frame));
         console.progress(counts_.input_seconds, source_.info().length_seconds);
     }
     end();

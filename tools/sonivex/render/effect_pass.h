@@ -19,6 +19,7 @@ namespace sonivex_tool {
 struct PassOutputs {
     std::function<void(const AVFrame&)> decoded;   // the input, with finite samples only
     std::function<void(FramePtr)> processed;       // the output of the effects, all of one spec
+    std::function<void(PacketPtr)> copied;         // packets of other streams, in the order of the file
     std::function<void(const std::string&)> note;  // lines for the user
 };
 

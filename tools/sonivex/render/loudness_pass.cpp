@@ -18,6 +18,7 @@ Loudness measureEffects(const RenderSettings& settings, const std::shared_ptr<Vo
     EffectPass pass(quiet, plugin, source,
                     {.decoded = [](const AVFrame&) {},
                      .processed = [&](const FramePtr& frame) { meter->add(*frame); },
+                     .copied = [](const PacketPtr&) {},
                      .note = [](const std::string&) {}});
     meter.emplace(pass.outputSpec());
     pass.run(console);

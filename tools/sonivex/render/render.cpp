@@ -65,6 +65,7 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     };
     AudioSource source(settings.input);
     const AudioSpec input = source.info().spec;
+    if (!settings.trim_start) source.insertLeadIn();
     std::optional<Destination> destination;
     std::optional<MeasuringThread> input_meter;
     EffectPass pass(settings, plugin, source,
@@ -73,12 +74,14 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
                              if (input_meter) input_meter->add(frame);
                          },
                      .processed = [&](FramePtr frame) { destination->write(std::move(frame)); },
+                     .copied = [](const PacketPtr&) {},
                      .note = note});
     if (pass.isBypassed()) {
         throw Failure(ExitCode::Usage,
                       "the filter processes nothing at this video: --fps times --speed, both cut to whole "
                       "numbers, must be below 62");
     }
+    for (const std::string& line : sentencesOn(settings.input.path, source.info())) note(line);
     for (const std::string& line : pass.conversion().notes) note(line);
 
     AudioSpec output = pass.outputSpec();
@@ -110,7 +113,11 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
         destination->frames(), destination->loudness()};
     report.effect = namesOf(settings.filter.chain);
     report.delay_is_removed = !settings.filter.keep_delay;
-    report.decode_errors = source.decodeErrors();
+    report.source = source.info();
+    report.timeline = source.timelineReport();
+    report.damage = source.damageReport();
+    report.conversions = pass.conversion().notes;
+    report.samples = counts.samples;
     report.delay_frames = counts.filters.delay_frames;
     report.pushed = counts.filters.pushed;
     report.dropped = counts.filters.dropped;
@@ -122,6 +129,8 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
         report.dump_bytes_missing = missingDumpBytes(*dumps, counts.filters);
     }
     report.dump_folder = settings.filter.dump_folder;
+    for (const std::string& line : sentencesOn(settings.input.path, report.timeline, report.damage))
+        note(line);
     for (const std::string& line : notesOn(counts.samples)) note(line);
     for (const std::string& line : remarks(report)) note(line);
     return report;

@@ -54,6 +54,30 @@ std::string dumpText(const RenderReport& report) {
     return text;
 }
 
+std::string streamText(const SourceInfo& source) {
+    std::string text =
+        std::to_string(source.stream_number + 1) + " of " + std::to_string(source.audio_streams);
+    if (!source.language.empty()) text += " (" + source.language + ")";
+    return text;
+}
+
+Json timelineJson(const TimelineReport& timeline) {
+    return {
+        {"lead_in_seconds", timeline.lead_in_s}, {"gaps", timeline.gaps},
+        {"filled_seconds", timeline.filled_s},   {"overlaps", timeline.overlaps},
+        {"cut_seconds", timeline.cut_s},         {"jumps", timeline.jumps},
+    };
+}
+
+Json damageJson(const DamageReport& damage) {
+    return {
+        {"is_damaged", damage.isDamaged()},          {"read_errors", damage.read_errors},
+        {"corrupt_packets", damage.corrupt_packets}, {"decode_errors", damage.decode_errors},
+        {"filled_seconds", damage.filled_s},         {"missing_end_seconds", damage.missing_end_s},
+        {"lost_seconds", damage.lost_s()},
+    };
+}
+
 Json orNull(const std::optional<double>& value) {
     return value ? Json(*value) : Json(nullptr);
 }
@@ -85,10 +109,6 @@ double RenderReport::timesRealTime() const {
 
 std::vector<std::string> remarks(const RenderReport& report) {
     std::vector<std::string> lines;
-    if (report.decode_errors > 0) {
-        lines.push_back("\"" + report.input.path + "\" is damaged: " + std::to_string(report.decode_errors) +
-                        " decoding errors");
-    }
     if (report.dropped > 0) {
         lines.push_back("the filter dropped " + std::to_string(report.dropped) + " calls; " +
                         std::to_string(report.silent_fill_frames) + " frames of silence replace them");
@@ -115,6 +135,8 @@ std::string asText(const RenderReport& report) {
     std::string text;
     text += line("Input", fileText(report.input));
     text += line("Output", fileText(report.output));
+    if (report.source.audio_streams > 1) text += line("Stream", streamText(report.source));
+    for (const std::string& conversion : report.conversions) text += line("Converted", conversion);
     text += line("Effect", report.effect);
     text += line("Length", fixed(report.lengthSeconds(), 3) + " s, rendered " +
                                fixed(report.timesRealTime(), 0) + " times faster than real time");
@@ -130,13 +152,19 @@ std::string asText(const RenderReport& report) {
         line("Calls", std::to_string(report.pushed) + " of the filter, " + std::to_string(report.dropped) +
                           " dropped, " + std::to_string(report.bypassed) + " bypassed");
     if (!report.dumps.empty()) text += line("Dumped", dumpText(report));
-    if (report.decode_errors > 0) text += line("Decoding", std::to_string(report.decode_errors) + " errors");
+    if (report.damage.isDamaged())
+        text += line("Damage", fixed(report.damage.lost_s(), 3) + " s of IN are lost");
     return text;
 }
 
 std::string asJson(const RenderReport& report) {
+    Json input = fileJson(report.input);
+    input["stream"] = report.source.stream_number;
+    input["audio_streams"] = report.source.audio_streams;
+    input["language"] = report.source.language.empty() ? Json(nullptr) : Json(report.source.language);
+    input["start_seconds"] = report.source.start_seconds;
     const Json object = {
-        {"input", fileJson(report.input)},
+        {"input", input},
         {"output", fileJson(report.output)},
         {"effect", report.effect},
         {"length_seconds", report.lengthSeconds()},
@@ -144,7 +172,12 @@ std::string asJson(const RenderReport& report) {
         {"times_real_time", report.timesRealTime()},
         {"delay_frames", report.delay_frames},
         {"delay_removed", report.delay_is_removed},
-        {"decode_errors", report.decode_errors},
+        {"decode_errors", report.damage.decode_errors},
+        {"timeline", timelineJson(report.timeline)},
+        {"damage", damageJson(report.damage)},
+        {"conversions", report.conversions},
+        {"samples_above_full_scale", report.samples.above_full_scale},
+        {"samples_not_finite", report.samples.not_finite},
         {"frames_pushed", report.pushed},
         {"frames_dropped", report.dropped},
         {"frames_bypassed", report.bypassed},

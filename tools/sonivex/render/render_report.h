@@ -5,7 +5,10 @@
 #include <vector>
 
 #include "audio_spec.h"
+#include "conditioner.h"
 #include "loudness.h"
+#include "source_info.h"
+#include "source_report.h"
 
 namespace sonivex_tool {
 
@@ -27,8 +30,12 @@ struct RenderReport {
     double elapsed_seconds = 0.0;
     int64_t delay_frames = 0;  // of the filter, in frames of the input's rate
     bool delay_is_removed = true;
-    uint64_t decode_errors = 0;
-    uint64_t pushed = 0;              // calls of the filter, each with a block of frames
+    SourceInfo source;                     // which stream of the input was read
+    TimelineReport timeline;               // how reading followed the timestamps
+    DamageReport damage;                   // what of the input is lost
+    std::vector<std::string> conversions;  // what was converted for the effects, one sentence each
+    ConditionerCounts samples;             // odd samples of the input
+    uint64_t pushed = 0;                   // calls of the filter, each with a block of frames
     uint64_t dropped = 0;             // the calls among them that the filter dropped, replaced by silence
     uint64_t bypassed = 0;            // the calls among them that passed through untouched
     int64_t silent_fill_frames = 0;   // silence in OUT for dropped calls, in frames of the input's rate

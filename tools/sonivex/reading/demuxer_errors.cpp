@@ -1,0 +1,50 @@
+#include "demuxer_errors.h"
+
+#include <libavutil/log.h>
+
+#include <cstdarg>
+#include <map>
+#include <mutex>
+
+namespace sonivex_tool {
+namespace {
+
+// libavutil has one log for the whole program, which any thread may call.
+struct Registry {
+    std::mutex mutex;
+    std::map<const void*, uint64_t> counts;
+};
+
+Registry& registry() {
+    static Registry the_registry;
+    return the_registry;
+}
+
+void countAndLog(void* subject, int level, const char* format, va_list arguments) {
+    if (level <= AV_LOG_ERROR) {
+        const std::lock_guard lock(registry().mutex);
+        const auto found = registry().counts.find(subject);
+        if (found != registry().counts.end()) ++found->second;
+    }
+    av_log_default_callback(subject, level, format, arguments);
+}
+
+}  // namespace
+
+DemuxerErrors::DemuxerErrors(const AVFormatContext* container) : container_(container) {
+    const std::lock_guard lock(registry().mutex);
+    registry().counts[container] = 0;
+    av_log_set_callback(countAndLog);
+}
+
+DemuxerErrors::~DemuxerErrors() {
+    const std::lock_guard lock(registry().mutex);
+    registry().counts.erase(container_);
+}
+
+uint64_t DemuxerErrors::count() const {
+    const std::lock_guard lock(registry().mutex);
+    return registry().counts.at(container_);
+}
+
+}  // namespace sonivex_tool

@@ -1,0 +1,119 @@
+#include "media_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "failure.h"
+#include "interrupt.h"
+
+namespace sonivex_tool {
+namespace {
+
+// A demuxer that still finds no packet after so many errors in a row has nothing to go on with. Each of them
+// has skipped at least one broken element, or will fail in the same way for ever.
+constexpr int kMostErrorsInARow = 1000;
+
+int stopReading(void* is_abandoned) {
+    return pendingSignal() != 0 || *static_cast<std::atomic<bool>*>(is_abandoned) ? 1 : 0;
+}
+
+[[noreturn]] void failToOpen(const std::string& path, const std::string& reason) {
+    throw Failure(ExitCode::InputNotReadable, "cannot open \"" + path + "\": " + reason);
+}
+
+// Prefixes the path of an existing file with "file:", because libavformat would otherwise treat a colon in
+// its name as the end of a protocol. Rejects a folder.
+std::string asUrl(const std::string& path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (std::filesystem::is_directory(status)) failToOpen(path, "it is a folder");
+    return std::filesystem::exists(status) ? "file:" + path : path;
+}
+
+// main() keeps a closed standard input closed for reading: it is open for writing only.
+bool isReadable(int descriptor) {
+    const int flags = fcntl(descriptor, F_GETFL);
+    return flags >= 0 && (flags & O_ACCMODE) != O_WRONLY;
+}
+
+}  // namespace
+
+MediaFile::MediaFile(const std::string& path) {
+    try {
+        open(path);
+    } catch (...) {
+        avformat_close_input(&container_);
+        throw;
+    }
+    messages_.emplace(container_);
+}
+
+MediaFile::~MediaFile() {
+    messages_.reset();
+    avformat_close_input(&container_);
+}
+
+void MediaFile::openDescriptor(const std::string& path) {
+    std::error_code error;
+    if (isStandardInput(path)) {
+        if (!isReadable(STDIN_FILENO)) failToOpen(path, "standard input is closed");
+        descriptor_ =
+            std::make_unique<DescriptorInput>(STDIN_FILENO, DescriptorInput::Closing::Leave, is_abandoned_);
+    } else if (std::filesystem::is_fifo(path, error)) {
+        // Without O_NONBLOCK, opening would wait for a writer, and no signal to another thread would end it.
+        const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        if (descriptor < 0) failToOpen(path, std::generic_category().message(errno));
+        descriptor_ =
+            std::make_unique<DescriptorInput>(descriptor, DescriptorInput::Closing::Close, is_abandoned_);
+    }
+}
+
+void MediaFile::open(const std::string& path) {
+    openDescriptor(path);
+    const std::string url = descriptor_ != nullptr ? std::string() : asUrl(path);
+    container_ = allocated(avformat_alloc_context());
+    container_->interrupt_callback = {stopReading, &is_abandoned_};
+    if (descriptor_ != nullptr) container_->pb = descriptor_->io();
+    int result = avformat_open_input(&container_, url.c_str(), nullptr, nullptr);
+    if (result >= 0) result = avformat_find_stream_info(container_, nullptr);
+    throwIfInterrupted();
+    if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
+    if (result == AVERROR_INVALIDDATA) failToOpen(path, "unknown file format");
+    if (result == AVERROR_EOF) failToOpen(path, "it is empty or ends too early");
+    if (result < 0) failToOpen(path, errorText(result));
+}
+
+bool MediaFile::read(AVPacket& packet) {
+    av_packet_unref(&packet);
+    for (int errors_in_row = 0; errors_in_row < kMostErrorsInARow; ++errors_in_row) {
+        throwIfInterrupted();
+        const int result = av_read_frame(container_, &packet);
+        throwIfInterrupted();
+        if (is_abandoned_) return false;
+        if (result >= 0) {
+            if ((packet.flags & AV_PKT_FLAG_CORRUPT) != 0) ++faults_.corrupt_packets;
+            return true;
+        }
+        if (result == AVERROR_EOF) {
+            // The demuxers report a failed read of the file itself as its end.
+            const AVIOContext* io = container_->pb;
+            if (io != nullptr && io->error < 0 && io->error != AVERROR_EOF) ++faults_.errors;
+            return false;
+        }
+        if (errors_in_row == 0) ++faults_.errors;
+    }
+    faults_.is_given_up = true;
+    return false;
+}
+
+ReadFaults MediaFile::faults() const {
+    ReadFaults faults = faults_;
+    faults.messages = messages_->count();
+    return faults;
+}
+
+}  // namespace sonivex_tool
