@@ -14,6 +14,9 @@ install(
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/sonivex" "${PROJECT_SOURCE_DIR}/host/include/vorlin"
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+# The program looks for presets in ../share/sonivex/presets from its own folder.
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/presets/" DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/sonivex/presets"
+        FILES_MATCHING PATTERN "*.preset")
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/README.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/Sonivex")

@@ -41,6 +41,7 @@ void addRenderOptions(CLI::App& command, RenderChoices& choices) {
     addEffectOptions(command, choices);
     addSoundOptions(command, choices);
     addFilterOptions(command, choices);
+    addPresetOptions(command, choices);
     addMessageOptions(command, choices);
 }
 

@@ -36,6 +36,8 @@ void addSoundOptions(CLI::App& command, RenderChoices& choices);
 void addFilterOptions(CLI::App& command, RenderChoices& choices);
 /** Adds OUT and the options about its contents. CLI11 takes OUT as optional. */
 void addOutputOptions(CLI::App& command, RenderChoices& choices);
+/** Adds `--preset`, `--save-preset` and `--list-presets`. */
+void addPresetOptions(CLI::App& command, RenderChoices& choices);
 /** Adds the options about messages. */
 void addMessageOptions(CLI::App& command, RenderChoices& choices);
 

@@ -8,6 +8,7 @@
 #include "plugin_search.h"
 #include "render.h"
 #include "render_choices.h"
+#include "render_preset.h"
 #include "result_stream.h"
 #include "vorlin/log.h"
 
@@ -29,8 +30,17 @@ constexpr char kRenderFooter[] =
     "     channels or sample rate         130  interrupted (Ctrl-C)\n"
     "  6  OUT already exists              143  terminated\n";
 
-void run(RenderChoices& choices) {
+void run(CLI::App& command, RenderChoices& choices) {
+    if (choices.list_presets) {
+        ResultStream(ResultStream::Prints::Nowhere).write(presetList());
+        return;
+    }
+    usePreset(command, choices);
     checkChoices(choices);
+    if (!choices.save_preset.empty()) {
+        savePreset(command, choices);
+        if (choices.settings.input.path.empty() && choices.settings.output.path.empty()) return;
+    }
     if (choices.settings.input.path.empty() || choices.settings.output.path.empty()) {
         throw Failure(ExitCode::Usage, "IN and OUT are required (try \"sonivex render --help\")");
     }
@@ -64,7 +74,7 @@ std::function<void()> addRenderCommand(CLI::App& program) {
         program.add_subcommand("render", "Process the audio of a file with effects and write a new file");
     command->footer(kRenderFooter);
     addRenderOptions(*command, *choices);
-    return [choices] { run(*choices); };
+    return [command, choices] { run(*command, *choices); };
 }
 
 }  // namespace sonivex_tool

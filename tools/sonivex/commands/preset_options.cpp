@@ -1,0 +1,139 @@
+#include "preset_options.h"
+
+#include <algorithm>
+#include <set>
+#include <sstream>
+
+#include "effect_names.h"
+#include "failure.h"
+#include "nearest_word.h"
+
+namespace sonivex_tool {
+namespace {
+
+struct PresetOption {
+    std::string name;
+    std::string effect;  // that has the option; empty: any
+};
+
+const std::vector<PresetOption>& presetOptions() {
+    static const std::vector<PresetOption> options = {
+        {"effect", ""},
+        {"voice", "dialogue"},
+        {"type", "surround"},
+        {"mode", "surround"},
+        {"no-limiter", "surround"},
+        {"tail", "surround"},
+        {"rate", ""},
+        {"layout", ""},
+        {"strict", ""},
+        {"no-dither", ""},
+        {"target-lufs", ""},
+        {"true-peak", ""},
+        {"timeline", ""},
+        {"trim-start", ""},
+        {"format", ""},
+        {"codec", ""},
+        {"bitrate", ""},
+        {"sample-format", ""},
+        {"keep-others", ""},
+        {"audio-only", ""},
+    };
+    return options;
+}
+
+std::string typed(const CLI::App& command, const std::string& name) {
+    const CLI::Option* option = command.get_option("--" + name);
+    return option->count() > 0 ? option->results().back() : std::string();
+}
+
+/** Applies the items of one preset, and knows what the command line itself has. */
+class PresetReader {
+  public:
+    PresetReader(CLI::App& command, const std::string& file)
+        : command_(command),
+          file_(file),
+          typed_effects_(typed(command, "effect")),
+          typed_type_(typed(command, "type")) {
+        for (const PresetOption& option : presetOptions()) {
+            if (command.count("--" + option.name) > 0) typed_.insert(option.name);
+        }
+    }
+
+    void apply(const CLI::ConfigItem& item) {
+        if (!item.parents.empty()) refuse("\"" + item.fullname() + "\": a preset has no sections");
+        const PresetOption& option = optionOf(item.name);
+        if (!seen_.insert(option.name).second) refuse("\"" + option.name + "\" is given twice");
+        if (typed_.contains(option.name) || isLeftOut(option)) return;
+        try {
+            give(*command_.get_option("--" + option.name), item);
+        } catch (const CLI::ParseError& error) {
+            refuse(error.what());
+        }
+    }
+
+  private:
+    [[noreturn]] void refuse(const std::string& why) const {
+        throw Failure(ExitCode::Usage, "cannot use the preset \"" + file_ + "\": " + why);
+    }
+
+    const PresetOption& optionOf(const std::string& name) const {
+        const auto& options = presetOptions();
+        const auto found =
+            std::find_if(options.begin(), options.end(), [&](const auto& each) { return each.name == name; });
+        if (found != options.end()) return *found;
+        if (command_.get_option_no_throw("--" + name) != nullptr)
+            refuse("\"" + name + "\" belongs on the command line, not in a preset");
+        refuse("unknown option \"" + name + "\"" + didYouMean(name, presetOptionNames()));
+    }
+
+    bool isLeftOut(const PresetOption& option) const {
+        if (option.name == "mode" && !typed_type_.empty() && typed_type_ != "MegaBass") return true;
+        if (option.effect.empty() || typed_effects_.empty()) return false;
+        const auto chain = chainOf(typed_effects_);
+        return std::none_of(chain.begin(), chain.end(),
+                            [&](const Effect* effect) { return effect->name == option.effect; });
+    }
+
+    // The reader splits a value at its commas.
+    static void give(CLI::Option& option, const CLI::ConfigItem& item) {
+        const std::string value = CLI::detail::join(item.inputs, ",");
+        const bool is_flag = option.get_expected_max() == 0;
+        option.add_result(is_flag ? option.get_flag_value(item.name, value) : value);
+        option.run_callback();
+    }
+
+    CLI::App& command_;
+    std::string file_;
+    std::string typed_effects_;
+    std::string typed_type_;
+    std::set<std::string> typed_;
+    std::set<std::string> seen_;
+};
+
+}  // namespace
+
+std::vector<std::string> presetOptionNames() {
+    std::vector<std::string> names;
+    for (const PresetOption& option : presetOptions()) names.push_back(option.name);
+    return names;
+}
+
+void applyPreset(CLI::App& command, const std::string& text, const std::string& file) {
+    std::istringstream lines(text);
+    PresetReader reader(command, file);
+    for (const CLI::ConfigItem& item : CLI::ConfigTOML().from_config(lines)) reader.apply(item);
+}
+
+std::string presetOf(const CLI::App& command) {
+    std::string text = "# Saved by sonivex render --save-preset\n";
+    for (const std::string& name : presetOptionNames()) {
+        const CLI::Option& option = *command.get_option("--" + name);
+        if (option.count() == 0) continue;
+        const std::string value = option.results().back();
+        text.append(name).append(" = ").append(CLI::detail::convert_arg_for_ini(value)).append("\n");
+    }
+    return text;
+}
+
+}  // namespace sonivex_tool

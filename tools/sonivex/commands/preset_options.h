@@ -1,0 +1,27 @@
+// Options of `render` in the files of presets, as lines "option = value".
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+namespace sonivex_tool {
+
+/** Returns the options that a preset may have, without their dashes: those that shape the sound and OUT. */
+std::vector<std::string> presetOptionNames();
+
+/** Gives each option of a preset to the parser unless the command line has it already. Options of effects
+ *  that a typed `--effect` leaves out of the chain are dropped, and so is a mode if the typed `--type` has
+ *  none.
+ *
+ *  @param command the parser of `render` after it has parsed the command line
+ *  @param text the preset
+ *  @param file its name for messages
+ *  @throw Failure (Usage) that names the line's option: unknown, not for presets, given twice, or with a value
+ *         that the option does not accept */
+void applyPreset(CLI::App& command, const std::string& text, const std::string& file);
+
+/** Returns a preset of the options that the command line and its preset have set. */
+std::string presetOf(const CLI::App& command);
+
+}  // namespace sonivex_tool
