@@ -60,8 +60,20 @@ class PresetReader {
         }
     }
 
+    // CLI11's reader ignores lines of one or two letters.
+    void checkLines(const std::string& text) const {
+        std::istringstream lines(text);
+        int number = 0;
+        for (std::string line; std::getline(lines, line);) {
+            ++number;
+            CLI::detail::trim(line);
+            if (line.empty() || line.size() > 2 || line.front() == '#' || line.front() == ';') continue;
+            refuse("line " + std::to_string(number) + ": \"" + line + "\" sets no option");
+        }
+    }
+
     void apply(const CLI::ConfigItem& item) {
-        if (!item.parents.empty()) refuse("\"" + item.fullname() + "\": a preset has no sections");
+        if (!item.parents.empty()) refuse("a preset has no sections");
         const PresetOption& option = optionOf(item.name);
         if (!seen_.insert(option.name).second) refuse("\"" + option.name + "\" is given twice");
         if (typed_.contains(option.name) || isLeftOut(option)) return;
@@ -120,8 +132,9 @@ std::vector<std::string> presetOptionNames() {
 }
 
 void applyPreset(CLI::App& command, const std::string& text, const std::string& file) {
-    std::istringstream lines(text);
     PresetReader reader(command, file);
+    reader.checkLines(text);
+    std::istringstream lines(text);
     for (const CLI::ConfigItem& item : CLI::ConfigTOML().from_config(lines)) reader.apply(item);
 }
 
