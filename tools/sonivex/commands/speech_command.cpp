@@ -18,15 +18,16 @@ extern "C" {
 #include "format_converter.h"
 #include "interrupt.h"
 #include "result_stream.h"
-#include "speech_ratio.h"
+#include "speech_shift.h"
 
 namespace sonivex_tool {
 namespace {
 
 constexpr char kSpeechFooter[] =
-    "All three files are stereo, have the same sample rate and begin at the same instant. A least-squares\n"
-    "fit finds how much of SPEECH and of BACKGROUND is in OUT, in third-octave bands from 200 to 4000 Hz\n"
-    "and segments of 100 ms.\n"
+    "All three files are stereo and have the same sample rate. SPEECH and BACKGROUND begin at the same\n"
+    "instant. OUT may be shifted by up to half a second. A least-squares fit finds how much of SPEECH and "
+    "of\n"
+    "BACKGROUND is in OUT, in third-octave bands from 200 to 4000 Hz and segments of 100 ms.\n"
     "The exit codes are those of `sonivex render`.\n";
 constexpr int kLowestSpeechRate_hz = 500;
 
@@ -71,21 +72,42 @@ Stereo readStereo(const std::string& path) {
     return stereo;
 }
 
-std::string textOf(const SpeechRatio& ratio) {
-    std::array<char, 160> text{};
+std::string textOf(const AlignedSpeech& aligned, int rate_hz) {
+    const SpeechRatio& ratio = aligned.ratio;
+    const double shift_ms = 1000.0 * static_cast<double>(aligned.shift_frames) / rate_hz;
+    std::array<char, 240> text{};
     (void)std::snprintf(text.data(), text.size(),
-                        "Speech-to-background ratio  %.1f dB -> %.1f dB  (%+.1f dB)\n", ratio.before_db,
-                        ratio.after_db, ratio.rise_db());
+                        "Speech-to-background ratio  %.1f dB -> %.1f dB  (%+.1f dB)\n"
+                        "Shift of OUT                %lld samples (%.2f ms)\n",
+                        ratio.before_db, ratio.after_db, ratio.rise_db(),
+                        static_cast<long long>(aligned.shift_frames), shift_ms);
     return text.data();
 }
 
-std::string jsonOf(const SpeechRatio& ratio) {
+std::string jsonOf(const AlignedSpeech& aligned) {
+    const SpeechRatio& ratio = aligned.ratio;
     const nlohmann::ordered_json object = {{"segments", ratio.segments},
                                            {"before_db", ratio.before_db},
                                            {"after_db", ratio.after_db},
                                            {"rise_db", ratio.rise_db()},
-                                           {"unexplained", ratio.unexplained}};
+                                           {"shift_samples", aligned.shift_frames},
+                                           {"unexplained", ratio.unexplained},
+                                           {"speech_share", ratio.speech_share},
+                                           {"background_share", ratio.background_share}};
     return object.dump() + "\n";
+}
+
+// Throws if too much of the output is neither speech nor background for the ratio to be meaningful.
+void throwUnlessExplained(const AlignedSpeech& aligned, const std::string& path) {
+    if (aligned.isExplained()) return;
+    const SpeechRatio& ratio = aligned.ratio;
+    const char* weaker = ratio.speech_share < ratio.background_share ? "speech" : "background";
+    std::array<char, 160> reason{};
+    (void)std::snprintf(reason.data(), reason.size(),
+                        "%.1f %% of its power is neither speech nor background, and %.1f %% is %s",
+                        100.0 * ratio.unexplained, 100.0 * aligned.weakerShare(), weaker);
+    throw Failure(ExitCode::UnsupportedAudio,
+                  "cannot explain \"" + path + "\": " + reason.data() + "; are these the right files?");
 }
 
 void run(const SpeechChoices& choices) {
@@ -101,12 +123,13 @@ void run(const SpeechChoices& choices) {
     if (output.rate_hz < kLowestSpeechRate_hz)
         throw Failure(ExitCode::UnsupportedAudio,
                       "cannot measure \"" + choices.output + "\": its sample rate is below 500 Hz");
-    const SpeechRatio ratio =
-        compareSpeech(speech.samples, background.samples, output.samples, output.rate_hz);
-    if (ratio.segments == 0)
+    const AlignedSpeech aligned =
+        alignAndCompareSpeech(speech.samples, background.samples, output.samples, output.rate_hz);
+    if (aligned.ratio.segments == 0)
         throw Failure(ExitCode::NoAudio,
                       "cannot measure \"" + choices.output + "\": there is no speech, or no background");
-    result.write(choices.json ? jsonOf(ratio) : textOf(ratio));
+    throwUnlessExplained(aligned, choices.output);
+    result.write(choices.json ? jsonOf(aligned) : textOf(aligned, output.rate_hz));
 }
 
 }  // namespace

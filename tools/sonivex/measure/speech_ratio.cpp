@@ -205,7 +205,10 @@ SpeechRatio compare(std::span<const Sample> speech, std::span<const Sample> back
         return {};
     return {static_cast<std::size_t>(std::count(active.begin(), active.end(), true)),
             decibels(powers.speech_before / powers.background_before),
-            decibels(powers.speech_after / powers.background_after), powers.residue / powers.output};
+            decibels(powers.speech_after / powers.background_after),
+            powers.residue / powers.output,
+            powers.speech_after / powers.output,
+            powers.background_after / powers.output};
 }
 
 }  // namespace

@@ -26,6 +26,8 @@ struct SpeechRatio {
     /** Share of the output's power, 0 to 1, that neither speech nor background explains at any gain. Its
      *  causes are misalignment, distortion, and gains that change within a tile. */
     double unexplained = 0.0;
+    double speech_share = 0.0;      // power of the speech in the output, as a share of the output's power
+    double background_share = 0.0;  // the same for the background
 
     /** Returns how far the speech rose above its background, in dB. */
     double rise_db() const { return after_db - before_db; }
