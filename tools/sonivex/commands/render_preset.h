@@ -12,7 +12,8 @@ namespace sonivex_tool {
  *  @throw Failure (Usage) */
 void usePreset(CLI::App& command, const RenderChoices& choices);
 
-/** Saves the options of the command line and of its preset as the preset that `choices` names, and says where.
+/** Saves the options of the command line and of its preset as the preset that `choices` names, and says
+ *  where.
  *  @throw Failure; OutputExists if the file exists and may not be replaced */
 void savePreset(const CLI::App& command, const RenderChoices& choices);
 
