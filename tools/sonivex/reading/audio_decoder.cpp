@@ -12,19 +12,23 @@ constexpr int kMostErrorsInARow = 100;     // after which a decoder has nothing 
 
 }  // namespace
 
-AudioDecoder::AudioDecoder(const std::string& path, const AVStream& stream) {
-    const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
+AudioDecoder::AudioDecoder(const std::string& path, const AVStream& stream) : path_(path), stream_(stream) {
+    restart();
+}
+
+void AudioDecoder::restart() {
+    const AVCodec* codec = avcodec_find_decoder(stream_.codecpar->codec_id);
     if (codec == nullptr) {
-        throw Failure(ExitCode::NoAudio, "cannot decode \"" + path +
+        throw Failure(ExitCode::NoAudio, "cannot decode \"" + path_ +
                                              "\": there is no decoder for its audio (" +
-                                             avcodec_get_name(stream.codecpar->codec_id) + ")");
+                                             avcodec_get_name(stream_.codecpar->codec_id) + ")");
     }
     context_.reset(allocated(avcodec_alloc_context3(codec)));
-    int result = avcodec_parameters_to_context(context_.get(), stream.codecpar);
+    int result = avcodec_parameters_to_context(context_.get(), stream_.codecpar);
     // The decoder needs the time base to tell how much of the first and the last packet is padding.
-    context_->pkt_timebase = stream.time_base;
+    context_->pkt_timebase = stream_.time_base;
     if (result >= 0) result = avcodec_open2(context_.get(), codec, nullptr);
-    if (result < 0) throw Failure(ExitCode::NoAudio, "cannot decode \"" + path + "\": " + errorText(result));
+    if (result < 0) throw Failure(ExitCode::NoAudio, "cannot decode \"" + path_ + "\": " + errorText(result));
 }
 
 void AudioDecoder::send(const AVPacket& packet) {

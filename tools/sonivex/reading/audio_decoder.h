@@ -13,8 +13,13 @@ class AudioDecoder {
   public:
     /** Opens the decoder of a stream.
      * @param path of the file, for messages
+     * @param stream outlives this object
      * @throw Failure (NoAudio), std::bad_alloc */
     AudioDecoder(const std::string& path, const AVStream& stream);
+
+    /** Forgets everything that the packets so far have told about the audio. Use it when one of them was wrong.
+     * @throw as the constructor does */
+    void restart();
 
     /** Decodes a packet. Take all frames with `receive` before the next one. */
     void send(const AVPacket& packet);
@@ -33,6 +38,8 @@ class AudioDecoder {
     const AVCodecContext& context() const { return *context_; }
 
   private:
+    std::string path_;
+    const AVStream& stream_;
     CodecContextPtr context_;
     uint64_t errors_ = 0;
     uint64_t packets_ = 0;

@@ -5,6 +5,7 @@
 
 #include "failure.h"
 #include "interrupt.h"
+#include "ogg_end.h"
 #include "stated_end.h"
 #include "stream_choice.h"
 
@@ -15,6 +16,8 @@ namespace {
 constexpr int64_t kSilentFrame = 4096;
 // Containers state lengths with priming, padding and rounding; one that is shorter by this is cut off.
 constexpr double kMissingEnd_s = 0.25;
+// A gap is damage if something failed so shortly before it. Demuxers read pages of a second or more ahead.
+constexpr double kErrorReach_s = 5.0;
 // No frame belongs so much later than the stated end.
 constexpr double kBeyondEnd_s = 10.0;
 // A stream that begins so much later than its file begins with it: timestamps are rounded to 1 ms.
@@ -32,7 +35,10 @@ std::string tagOf(const AVStream& stream, const char* key) {
 }  // namespace
 
 AudioSource::AudioSource(const InputSettings& settings)
-    : file_(settings.path), policy_(settings.timeline), packet_(allocated(av_packet_alloc())) {
+    : path_(settings.path),
+      file_(settings.path),
+      policy_(settings.timeline),
+      packet_(allocated(av_packet_alloc())) {
     chooseStream(settings);
     decoder_.emplace(settings.path, stream());
     stated_end_s_ = statedEnd_s(container(), stream());
@@ -144,6 +150,7 @@ uint64_t AudioSource::errorsSoFar() const {
 }
 
 void AudioSource::readPacket() {
+    const uint64_t messages_before = file_.faults().messages;
     if (!file_.read(*packet_)) {
         reader_is_at_end_ = true;
         decoder_->sendEnd();
@@ -151,7 +158,7 @@ void AudioSource::readPacket() {
         frames_.end();
         return;
     }
-    messages_at_last_packet_ = file_.faults().messages;
+    messages_before_packet_ = messages_before;
     const auto index = static_cast<size_t>(packet_->stream_index);
     if (packet_->stream_index == stream_index_) {
         decoder_->send(*packet_);
@@ -166,6 +173,15 @@ void AudioSource::takeFrames() {
     while (FramePtr frame = decoder_->receive()) {
         const std::optional<int64_t> position = positionOf(*frame, stream().time_base);
         const uint64_t errors = errorsSoFar();
+        const AudioSpec spec = specOf(*frame);
+        if (decoded_spec_ && !(spec == *decoded_spec_) && errors > errors_before_frame_) {
+            // A damaged packet may have told the decoder about audio that does not exist. If the change is
+            // real, the decoder finds it again.
+            decoder_->restart();
+            ++invented_frames_;
+            continue;
+        }
+        decoded_spec_ = spec;
         frames_.push({std::move(frame), position, errors > errors_before_frame_});
         errors_before_frame_ = errors;
     }
@@ -194,7 +210,8 @@ void AudioSource::placeFront() {
     if (policy_ == TimelinePolicy::Ignore) return;
     const double filled_s = static_cast<double>(correction.silence) / spec.rate_hz;
     silence_ += correction.silence;
-    if (correction.silence > 0 && frames_.isNearError()) {
+    if (frames_.isNearError()) last_error_s_ = output_s_;
+    if (correction.silence > 0 && last_error_s_ && output_s_ - *last_error_s_ <= kErrorReach_s) {
         damage_.filled_s += filled_s;
     } else if (correction.silence > 0) {
         ++timeline_report_.gaps;
@@ -221,7 +238,8 @@ void AudioSource::finish() {
     if (is_finished_) return;
     is_finished_ = true;
     const ReadFaults faults = file_.faults();
-    damage_.ends_prematurely = faults.is_given_up || faults.messages > messages_at_last_packet_;
+    damage_.ends_prematurely =
+        faults.is_given_up || faults.messages > messages_before_packet_ || endsWithinOggPage(path_);
     if (!stated_end_s_ || !info_.has_samples) return;
     const double end_s = timeline_->end_s().value_or(output_s_);
     if (*stated_end_s_ - end_s > kMissingEnd_s) damage_.missing_end_s = *stated_end_s_ - end_s;

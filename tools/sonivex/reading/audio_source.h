@@ -96,6 +96,7 @@ class AudioSource {
     FramePtr silence();
     uint64_t errorsSoFar() const;
 
+    std::string path_;
     MediaFile file_;
     TimelinePolicy policy_;
     int stream_index_ = -1;
@@ -107,15 +108,17 @@ class AudioSource {
     DecodedFrames frames_;
     std::optional<double> stated_end_s_;
     std::optional<TimelineRepair> timeline_;
-    std::optional<AudioSpec> spec_;  // of the last frame
-    int64_t silence_ = 0;            // samples to put before the first waiting frame
-    bool front_is_placed_ = false;   // the first waiting frame needs no further correction
+    std::optional<AudioSpec> decoded_spec_;  // of the last frame that waits or came out
+    std::optional<AudioSpec> spec_;          // of the last frame that came out
+    std::optional<double> last_error_s_;     // length of the output when something last failed
+    int64_t silence_ = 0;                    // samples to put before the first waiting frame
+    bool front_is_placed_ = false;           // the first waiting frame needs no further correction
     bool reader_is_at_end_ = false;
     bool is_finished_ = false;
     uint64_t errors_before_frame_ = 0;
-    uint64_t invented_frames_ = 0;  // by a decoder in damaged packets
-    uint64_t messages_at_last_packet_ = 0;
-    double output_s_ = 0.0;  // length of the frames so far
+    uint64_t invented_frames_ = 0;         // by a decoder in damaged packets
+    uint64_t messages_before_packet_ = 0;  // signs of damage before the last packet
+    double output_s_ = 0.0;                // length of the frames so far
     TimelineReport timeline_report_;
     DamageReport damage_;
     std::optional<FormatConverter> converter_;

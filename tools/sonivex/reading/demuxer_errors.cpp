@@ -3,6 +3,7 @@
 #include <libavutil/log.h>
 
 #include <cstdarg>
+#include <cstring>
 #include <map>
 #include <mutex>
 
@@ -20,8 +21,15 @@ Registry& registry() {
     return the_registry;
 }
 
+// The demuxers log most faults as errors. These two are sure signs, too, although they have lower levels: a
+// packet that is marked as broken or breaks off, and lost packets of MPEG transport streams.
+bool isSignOfDamage(int level, const char* format) {
+    return level <= AV_LOG_ERROR || std::strncmp(format, "Packet corrupt", 14) == 0 ||
+           std::strncmp(format, "Continuity check failed", 23) == 0;
+}
+
 void countAndLog(void* subject, int level, const char* format, va_list arguments) {
-    if (level <= AV_LOG_ERROR) {
+    if (isSignOfDamage(level, format)) {
         const std::lock_guard lock(registry().mutex);
         const auto found = registry().counts.find(subject);
         if (found != registry().counts.end()) ++found->second;

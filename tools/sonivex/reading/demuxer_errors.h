@@ -6,7 +6,7 @@
 
 namespace sonivex_tool {
 
-/** Counts the errors that libavformat logs about one opened file.
+/** Counts the signs of damage that libavformat logs about one opened file.
  *
  * A demuxer that loses its place in a damaged file looks for the next packet that it understands, and tells
  * nobody but the log. The messages also go where they went without this object. */

@@ -34,6 +34,16 @@ std::string asUrl(const std::string& path) {
     return std::filesystem::exists(status) ? "file:" + path : path;
 }
 
+// Returns the name of the format that a file seems to have, or nothing.
+std::string formatOf(const std::string& url) {
+    AVIOContext* io = nullptr;
+    if (avio_open(&io, url.c_str(), AVIO_FLAG_READ) < 0) return {};
+    const AVInputFormat* format = nullptr;
+    const int score = av_probe_input_buffer2(io, &format, nullptr, nullptr, 0, 0);
+    avio_closep(&io);
+    return score > AVPROBE_SCORE_RETRY && format != nullptr ? format->long_name : std::string();
+}
+
 // main() keeps a closed standard input closed for reading: it is open for writing only.
 bool isReadable(int descriptor) {
     const int flags = fcntl(descriptor, F_GETFL);
@@ -82,7 +92,12 @@ void MediaFile::open(const std::string& path) {
     if (result >= 0) result = avformat_find_stream_info(container_, nullptr);
     throwIfInterrupted();
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
-    if (result == AVERROR_INVALIDDATA) failToOpen(path, "unknown file format");
+    if (result == AVERROR_INVALIDDATA) {
+        const std::string format = descriptor_ == nullptr ? formatOf(url) : std::string();
+        failToOpen(path, format.empty()
+                             ? "unknown file format"
+                             : "it is damaged or cut off: " + format + " without a readable header");
+    }
     if (result == AVERROR_EOF) failToOpen(path, "it is empty or ends too early");
     if (result < 0) failToOpen(path, errorText(result));
 }

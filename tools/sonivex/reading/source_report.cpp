@@ -25,9 +25,7 @@ std::string damageText(const DamageReport& damage) {
                     "packets are incomplete or corrupt"));
     if (damage.decode_errors > 0)
         add(counted(damage.decode_errors, "packet failed", "packets failed") + " to decode");
-    if (damage.filled_s > 0.0)
-        add(secondsText(damage.filled_s) + " of silence " +
-            (damage.filled_s == 1.0 ? "replaces" : "replace") + " what is lost");
+    if (damage.filled_s > 0.0) add(secondsText(damage.filled_s) + " of silence replace what is lost");
     if (damage.missing_end_s > 0.0)
         add("it ends " + secondsText(damage.missing_end_s) + " before its stated length");
     else if (damage.ends_prematurely)
