@@ -62,34 +62,58 @@ void Console::note(const std::string& line) {
     printLine(line);
 }
 
-void Console::progress(double seconds, std::optional<double> total) {
-    if (quiet_) return;
+bool Console::isDue() {
+    if (quiet_) return false;
     const auto now = Clock::now();
     const auto period = is_terminal_ ? Clock::duration(kBarPeriod) : Clock::duration(kLinePeriod);
-    if (now - last_shown_ < period) return;
+    if (now - last_shown_ < period) return false;
     last_shown_ = now;
-    if (is_terminal_) {
-        drawBar(seconds, total);
-        return;
-    }
-    std::string line = clockTime(seconds);
-    if (total) line.append(" of ").append(clockTime(*total));
-    printLine(line + ", " + speedText(seconds, now - started_));
+    return true;
 }
 
-void Console::drawBar(double seconds, std::optional<double> total) {
-    const std::string speed = speedText(seconds, Clock::now() - started_);
+void Console::progress(double seconds, std::optional<double> total) {
+    if (!isDue()) return;
+    const std::string speed = speedText(seconds, last_shown_ - started_);
     std::string line = clockTime(seconds);
+    if (!is_terminal_) {
+        if (total) line.append(" of ").append(clockTime(*total));
+        printLine(line + ", " + speed);
+        return;
+    }
+    std::optional<double> done;
     if (total && *total > 0.0) {
-        const double done = std::clamp(seconds / *total, 0.0, 1.0);
-        const int width = std::clamp(terminalColumns() - kTextBesideBar, 0, kWidestBar);
-        const auto filled = static_cast<size_t>(done * width);
-        std::string bar(static_cast<size_t>(width), ' ');
-        bar.replace(0, filled, filled, '=');
-        line = "[" + bar + "] " + rounded(std::floor(100.0 * done)) + " %  " + line;
+        done = seconds / *total;
         line.append("/").append(clockTime(*total));
     }
-    (void)std::fprintf(stderr, "\r%s  %s\033[K", line.c_str(), speed.c_str());
+    drawBar(done, line + "  " + speed);
+}
+
+void Console::progress(const FileCounts& files) {
+    if (!isDue()) return;
+    const std::string total = std::to_string(files.total) + (files.total == 1 ? " file" : " files");
+    std::string counts;
+    if (files.failed > 0) counts += ", " + std::to_string(files.failed) + " failed";
+    if (files.running > 0) counts += ", " + std::to_string(files.running) + " running";
+    if (!is_terminal_) {
+        printLine(std::to_string(files.done) + " of " + total + counts);
+        return;
+    }
+    std::optional<double> done;
+    if (files.total > 0) done = static_cast<double>(files.done) / static_cast<double>(files.total);
+    drawBar(done, std::to_string(files.done) + "/" + total + counts);
+}
+
+void Console::drawBar(std::optional<double> done, const std::string& text) {
+    std::string line;
+    if (done) {
+        const double part = std::clamp(*done, 0.0, 1.0);
+        const int width = std::clamp(terminalColumns() - kTextBesideBar, 0, kWidestBar);
+        const auto filled = static_cast<size_t>(part * width);
+        std::string bar(static_cast<size_t>(width), ' ');
+        bar.replace(0, filled, filled, '=');
+        line = "[" + bar + "] " + rounded(std::floor(100.0 * part)) + " %  ";
+    }
+    (void)std::fprintf(stderr, "\r%s%s\033[K", line.c_str(), text.c_str());
     (void)std::fflush(stderr);
     bar_is_shown_ = true;
 }

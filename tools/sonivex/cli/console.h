@@ -1,10 +1,19 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <optional>
 #include <string>
 
 namespace sonivex_tool {
+
+/** How far a command with many files has come. */
+struct FileCounts {
+    size_t done = 0;  // failed ones included
+    size_t total = 0;
+    size_t failed = 0;
+    size_t running = 0;
+};
 
 /** Prints notes and progress to standard error while a command works.
  *
@@ -21,13 +30,19 @@ class Console {
      * every frame: it prints only when the next update is due. */
     void progress(double seconds, std::optional<double> total);
 
+    /** Reports the state of many files, as cheaply. */
+    void progress(const FileCounts& files);
+
     /** Removes the bar, if one is shown, when the work has ended or failed. */
     void clearBar();
 
   private:
     using Clock = std::chrono::steady_clock;
 
-    void drawBar(double seconds, std::optional<double> total);
+    /** Returns true if the next update is due, and counts it as shown. */
+    bool isDue();
+    /** @param done 0 to 1; without it the bar is left out */
+    void drawBar(std::optional<double> done, const std::string& text);
 
     bool quiet_;
     bool is_terminal_;
