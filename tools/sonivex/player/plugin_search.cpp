@@ -30,19 +30,17 @@ std::string asPath(const std::string& path) {
 
 }  // namespace
 
-std::shared_ptr<Vorlin::Plugin> loadPlugin(const std::string& path) {
-    std::string chosen = kPluginFile;
-    if (!path.empty()) {
-        chosen = asPath(path);
-    } else {
-        std::error_code error;
-        for (const auto& place : placesBesideProgram()) {
-            if (std::filesystem::exists(place, error)) {
-                chosen = place.string();
-                break;
-            }
-        }
+std::string findPluginFile(const std::string& path) {
+    if (!path.empty()) return asPath(path);
+    std::error_code error;
+    for (const auto& place : placesBesideProgram()) {
+        if (std::filesystem::exists(place, error)) return place.string();
     }
+    return kPluginFile;
+}
+
+std::shared_ptr<Vorlin::Plugin> loadPlugin(const std::string& path) {
+    const std::string chosen = findPluginFile(path);
     std::string why;
     auto plugin = Vorlin::Plugin::load(chosen, why);
     if (plugin == nullptr) throw Failure(ExitCode::PluginNotFound, "cannot load the plug-in: " + why);
