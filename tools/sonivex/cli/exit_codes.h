@@ -17,6 +17,8 @@ enum class ExitCode : int {
     PluginNotFound = 10,    // the plug-in cannot be loaded, or does not contain the filter
     EffectMissing = 11,     // the plug-in was built without the effect
     FilterFailed = 12,      // the filter stalled, or rejected its options or every frame
+    InputDamaged = 13,      // OUT is complete, but a part of IN was lost
+    BatchFailed = 14,       // some files of a batch failed
     Interrupted = 130,      // SIGINT
     Terminated = 143,       // SIGTERM or SIGHUP
 };

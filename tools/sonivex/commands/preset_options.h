@@ -17,8 +17,8 @@ std::vector<std::string> presetOptionNames();
  *  @param command the parser of `render` after it has parsed the command line
  *  @param text the preset
  *  @param file its name for messages
- *  @throw Failure (Usage) that names the line's option if it is unknown, not for presets, given twice, or does
- *         not accept its value */
+ *  @throw Failure (Usage) that names the line's option if it is unknown, not for presets, given twice, or
+ *         does not accept its value */
 void applyPreset(CLI::App& command, const std::string& text, const std::string& file);
 
 /** Returns a preset of the options that the command line and its preset have set. */

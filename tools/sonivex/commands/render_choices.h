@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
+#include "batch_options.h"
 #include "render_settings.h"
 
 namespace sonivex_tool {
@@ -24,6 +25,7 @@ struct RenderChoices {
     bool quiet = false;
     bool json = false;
     bool verbose = false;
+    BatchOptions batch;
 };
 
 /** Adds IN and the options about reading it. CLI11 takes IN as optional. */

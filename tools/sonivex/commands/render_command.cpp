@@ -2,10 +2,12 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "failure.h"
 #include "interrupt.h"
 #include "plugin_search.h"
+#include "preset_files.h"
 #include "render.h"
 #include "render_choices.h"
 #include "render_preset.h"
@@ -27,8 +29,9 @@ constexpr char kRenderFooter[] =
     "  3  IN cannot be opened              10  plug-in not found\n"
     "  4  no usable audio in IN            11  the plug-in lacks the effect\n"
     "  5  the effect cannot process IN's   12  the filter failed\n"
-    "     channels or sample rate         130  interrupted (Ctrl-C)\n"
-    "  6  OUT already exists              143  terminated\n";
+    "     channels or sample rate          14  some files of a batch failed\n"
+    "  6  OUT already exists              130  interrupted (Ctrl-C)\n"
+    "                                     143  terminated\n";
 
 void run(CLI::App& command, RenderChoices& choices) {
     if (choices.list_presets) {
@@ -37,11 +40,13 @@ void run(CLI::App& command, RenderChoices& choices) {
     }
     usePreset(command, choices);
     checkChoices(choices);
+    const bool has_many_files = choices.batch.isChosen();
     if (!choices.save_preset.empty()) {
         savePreset(command, choices);
-        if (choices.settings.input.path.empty() && choices.settings.output.path.empty()) return;
+        if (!has_many_files && choices.settings.input.path.empty() && choices.settings.output.path.empty())
+            return;
     }
-    if (choices.settings.input.path.empty() || choices.settings.output.path.empty()) {
+    if (!has_many_files && (choices.settings.input.path.empty() || choices.settings.output.path.empty())) {
         throw Failure(ExitCode::Usage, "IN and OUT are required (try \"sonivex render --help\")");
     }
     installSignalHandlers();
@@ -54,6 +59,12 @@ void run(CLI::App& command, RenderChoices& choices) {
     Console console(choices.quiet);
     try {
         const auto plugin = loadPlugin(choices.plugin);
+        if (has_many_files) {
+            std::vector<std::string> key_files = {findPluginFile(choices.plugin)};
+            if (!choices.preset.empty()) key_files.push_back(findPreset(choices.preset).string());
+            choices.batch.run(key_files, choices, console, result);
+            return;
+        }
         const RenderReport report = render(choices.settings, plugin, console);
         if (choices.json) {
             result.write(asJson(report));
@@ -74,6 +85,7 @@ std::function<void()> addRenderCommand(CLI::App& program) {
         program.add_subcommand("render", "Process the audio of a file with effects and write a new file");
     command->footer(kRenderFooter);
     addRenderOptions(*command, *choices);
+    choices->batch.addTo(*command);
     return [command, choices] { run(*command, *choices); };
 }
 

@@ -6,7 +6,7 @@
 
 namespace sonivex_tool {
 
-/** Formats a probe for people: a line for each stream, and under each audio stream a line for each effect. The
+/** Formats a probe for people: a line for each stream, and under each audio stream one for each effect. The
  *  last line is terminated. */
 std::string asText(const Probe& probe);
 
