@@ -49,7 +49,8 @@ Correction TimelineRepair::place(std::span<const Placement> frames) {
         expected_ = frame.position;
     }
     const int64_t agreed = agreedDeviation(frames);
-    const bool is_step = std::abs(agreed - last_deviation_) > samples(kJitter_s);
+    const bool is_step =
+        frames.size() >= kFewestForStep && std::abs(agreed - last_deviation_) > samples(kJitter_s);
     const bool is_corrected = std::abs(agreed) > samples(is_step ? kJitter_s : kLargestDrift_s);
     if (!is_corrected) {
         if (frame.position) last_deviation_ = *frame.position - *expected_;

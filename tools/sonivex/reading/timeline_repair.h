@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -45,6 +46,9 @@ class TimelineRepair {
     /** A step back to this distance from the first timestamp is a clock that starts again, as in files that
      *  were joined byte by byte. */
     static constexpr double kRestart_s = 0.1;
+
+    /** Fewer frames than this, at the end of the stream, are too few to tell a small step from jitter. */
+    static constexpr size_t kFewestForStep = 4;
 
     /** @param rate_hz sample rate of positions and lengths
      *  @param latest_s no frame belongs after this time on the container's clock, by its stated length */
