@@ -28,6 +28,11 @@ std::string tagOf(const AVStream& stream, const char* key) {
     return entry != nullptr ? entry->value : "";
 }
 
+// Returns true if the container states neither timestamps nor a length, so that both are guessed.
+bool isBareStream(const AVFormatContext& container) {
+    return container.nb_streams == 1 && container.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
+}
+
 [[noreturn]] void failWithoutSamples(const std::string& path) {
     throw Failure(ExitCode::NoAudio, "cannot decode \"" + path + "\": its audio stream yields no samples");
 }
@@ -97,6 +102,7 @@ void AudioSource::describe() {
     std::optional<double> latest_s;
     if (stated_end_s_) latest_s = *stated_end_s_ + kBeyondEnd_s;
     timeline_.emplace(info_.spec.rate_hz, latest_s);
+    if (isBareStream(container())) timeline_->forbidOverlaps();
 }
 
 void AudioSource::describeEmpty(const std::string& path) {
@@ -217,7 +223,7 @@ void AudioSource::placeFront() {
         ++timeline_report_.gaps;
         timeline_report_.filled_s += filled_s;
     }
-    if (correction.is_jump) ++timeline_report_.jumps;
+    if (correction.is_jump && !isBareStream(container())) ++timeline_report_.jumps;
     if (correction.cut > 0) {
         if (correction.begins_overlap) ++timeline_report_.overlaps;
         timeline_report_.cut_s += static_cast<double>(correction.cut) / spec.rate_hz;

@@ -31,7 +31,8 @@ bool TimelineRepair::isJump(int64_t deviation) const {
     const int64_t target = *expected_ + deviation;
     if (deviation > 0)
         return deviation > samples(kLongestGap_s) || (latest_s_ && target > samples(*latest_s_));
-    return -deviation > samples(kLongestOverlap_s) || target < *first_ + samples(kRestart_s);
+    return overlaps_are_errors_ || -deviation > samples(kLongestOverlap_s) ||
+           target < *first_ + samples(kRestart_s);
 }
 
 Correction TimelineRepair::place(std::span<const Placement> frames) {

@@ -55,6 +55,10 @@ class TimelineRepair {
     explicit TimelineRepair(int rate_hz, std::optional<double> latest_s = {})
         : rate_hz_(rate_hz), latest_s_(latest_s) {}
 
+    /** Takes every step back for an error in the timestamps. In a bare stream, where the demuxer only counts
+     *  packets, audio cannot overlap. */
+    void forbidOverlaps() { overlaps_are_errors_ = true; }
+
     /** Places a frame; call it once for each frame, in order.
      *  @param frames the frame to place, and frames that will follow it: enough to cover jitter
      *  @return at most one of silence and cut is greater than zero; cut is at most the frame's length */
@@ -74,6 +78,7 @@ class TimelineRepair {
 
     int rate_hz_;
     std::optional<double> latest_s_;
+    bool overlaps_are_errors_ = false;
     std::optional<int64_t> first_;     // first known position
     std::optional<int64_t> expected_;  // end of the audio so far
     int64_t last_deviation_ = 0;       // of the last frame that was left where it was
