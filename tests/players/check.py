@@ -1,4 +1,4 @@
-"""Checks that films which the program renders play in step: their beeps come with their flashes, as in the input.
+"""Checks that films play in step after rendering: their beeps come with their flashes, as in the input.
 
 Usage: check.py PROGRAM
 Exit codes: 0 all in step, 1 not, 77 a player is not installed.
@@ -19,8 +19,8 @@ NOT_INSTALLED = 77
 EFFECTS = ["normalizer", "surround"]
 MOST_MISSING = 2  # instants that a browser under load may miss
 SHIFT_S = 0.1  # of the film that must be found out of step
-# The sound of surround begins up to 40 samples after the start of its impulse responses, and the reflections of
-# the first 2 ms change when a beep reaches half its magnitude.
+# The sound of surround begins up to 40 samples after the start of its impulse responses, and the reflections
+# of the first 2 ms change when a beep reaches half its magnitude.
 SURROUND_S = 0.003
 
 
@@ -36,11 +36,12 @@ class Player:
 
 
 PLAYERS = [
-    # Timestamps in Matroska are rounded to 1 ms, those of picture and sound each. The encoder's pre-echo adds less.
+    # Matroska rounds the timestamps of picture and sound to 1 ms each. The pre-echo of encoders adds less.
     Player("decoded", decoded.measure, 0.002, True),
     Player("mpv", mpv.measure, 0.002, True),
-    # One refresh of the screen is 17 ms, the browser's buffer of sound 10 ms. Repeated runs differ by up to 14 ms.
-    Player("chromium", chromium.measure, 0.030, False),
+    # A frame of the film. One refresh of the screen is 17 ms, the browser's buffer of sound 10 ms. Repeated
+    # runs differ by up to 14 ms, and by up to 36 ms with five busy programs on each processor.
+    Player("chromium", chromium.measure, 1.0 / films.FRAME_RATE, False),
 ]
 
 
@@ -107,7 +108,8 @@ def check_film(program, film, folder, report):
         for player, before in inputs:
             tolerance_s = player.tolerance_s + (SURROUND_S if effect == "surround" else 0.0)
             try:
-                report.add(f"{player.name}, {name}", *verdict(player, before, player.measure(out), tolerance_s))
+                is_right, text = verdict(player, before, player.measure(out), tolerance_s)
+                report.add(f"{player.name}, {name}", is_right, text)
             except RuntimeError as error:
                 report.add(f"{player.name}, {name}", False, str(error))
 

@@ -35,8 +35,9 @@ def handler_for(film, results):
                 self.send_error(404)
 
         def do_POST(self):  # pylint: disable=invalid-name
-            results.put(json.loads(self.rfile.read(int(self.headers["Content-Length"]))))
-            self.answer(b"", "text/plain")
+            result = json.loads(self.rfile.read(int(self.headers["Content-Length"])))
+            self.answer(b"", "text/plain")  # first, because the result ends the browser
+            results.put(result)
 
         def answer(self, body, kind):
             self.send_response(200)
@@ -58,11 +59,12 @@ def play(film):
     threading.Thread(target=server.serve_forever, daemon=True).start()
     with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as profile:
         browser = subprocess.Popen(
-            ["chromium", "--headless=new", "--no-sandbox", "--disable-gpu", "--no-first-run", "--disable-sync",
-             "--disable-component-update", "--disable-background-networking",
+            ["chromium", "--headless=new", "--no-sandbox", "--disable-gpu", "--no-first-run",
+             "--disable-sync", "--disable-component-update", "--disable-background-networking",
              "--autoplay-policy=no-user-gesture-required", f"--user-data-dir={profile}",
              f"http://127.0.0.1:{server.server_address[1]}/"],
-            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            start_new_session=True)
         try:
             result = results.get(timeout=TIME_LIMIT_S)
         except queue.Empty:
@@ -76,7 +78,10 @@ def play(film):
 
 
 def measure(path):
-    """Returns the offsets of a film. They contain the browser's own latency, which is the same for every film."""
+    """Returns the offsets of a film.
+
+    They contain the browser's own latency, which is the same for every film.
+    """
     seen = play(path)
     if seen["error"]:
         raise NotPlayed(f"chromium does not play {path}: {seen['error']}")

@@ -34,8 +34,8 @@ def decode_beeps(path):
     raw = run(["ffmpeg", "-nostdin", "-v", "error", "-i", path, "-map", "0:a:0", "-af", "pan=mono|c0=c0",
                "-f", "f32le", "-"])
     samples = array.array("f", raw)
-    rate_hz = int(run(["ffprobe", "-v", "error", "-select_streams", "a:0", "-show_entries", "stream=sample_rate",
-                       "-of", "csv=p=0", path]).split()[0].rstrip(b","))
+    rate_hz = int(run(["ffprobe", "-v", "error", "-select_streams", "a:0", "-show_entries",
+                       "stream=sample_rate", "-of", "csv=p=0", path]).split()[0].rstrip(b","))
     total = sum(int(frame["nb_samples"]) for frame in frames)
     if total != len(samples):
         raise RuntimeError(f"{path}: {total} samples in frames, {len(samples)} decoded")
@@ -44,7 +44,8 @@ def decode_beeps(path):
     for frame in frames:
         gap_s = float(frame["best_effort_timestamp_time"]) - (start_s + heard / rate_hz)
         if abs(gap_s) > LONGEST_GAP_S:
-            raise RuntimeError(f"{path}: {gap_s:+.4f} s between two frames of sound, after {heard / rate_hz:.3f} s")
+            raise RuntimeError(f"{path}: {gap_s:+.4f} s between two frames of sound, after"
+                               f" {heard / rate_hz:.3f} s")
         heard += int(frame["nb_samples"])
     magnitudes = [abs(sample) for sample in samples]
     return beginnings_of_beeps(magnitudes, 1.0 / rate_hz, start_s)

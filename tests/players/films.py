@@ -39,15 +39,16 @@ FILMS = [
     Film("h264-aac-late.mp4", H264, AAC, audio_start_s=0.5),
     Film("h264-opus-late.mkv", H264, OPUS, audio_start_s=0.5),
 ]
-# The film whose sound is shifted to test the measurement itself. MP4 keeps the timestamps of a copy to the sample.
+# The film whose sound is shifted to test the measurement itself. MP4 keeps the timestamps of a copy to the
+# sample.
 CONTROL = Film("control.mp4", H264, AAC)
 
 
 def run(command, timeout_s=120):
     """Runs a program and returns its standard output. Raises RuntimeError with its messages if it fails."""
     try:
-        result = subprocess.run([str(word) for word in command], stdin=subprocess.DEVNULL, capture_output=True,
-                                timeout=timeout_s, check=False)
+        result = subprocess.run([str(word) for word in command], stdin=subprocess.DEVNULL,
+                                capture_output=True, timeout=timeout_s, check=False)
     except subprocess.TimeoutExpired:
         raise RuntimeError(f"{command[0]} did not finish within {timeout_s} s") from None
     if result.returncode != 0:

@@ -58,7 +58,8 @@ class Offsets:
         return max(self.each_s) - min(self.each_s)
 
     def text(self):
-        return f"{1000 * self.median_s:+8.2f} ms (spread {1000 * self.spread_s:6.2f} ms, {len(self.each_s)} instants)"
+        return (f"{1000 * self.median_s:+8.2f} ms (spread {1000 * self.spread_s:6.2f} ms,"
+                f" {len(self.each_s)} instants)")
 
 
 def offsets(flashes, beeps):

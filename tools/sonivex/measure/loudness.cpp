@@ -45,6 +45,11 @@ int ituPosition(AVChannel channel, int channels) {
     }
 }
 
+std::optional<double> decibels(double peak) {
+    if (!(peak > 0.0) || !std::isfinite(peak)) return std::nullopt;
+    return 20.0 * std::log10(peak);
+}
+
 }  // namespace
 
 void LoudnessMeter::Closer::operator()(ebur128_state* state) const {
@@ -63,13 +68,15 @@ std::string whyUnmeasurable(const AudioSpec& spec) {
     return "";
 }
 
-LoudnessMeter::LoudnessMeter(const AudioSpec& spec) : to_double_(doubleSpec(spec)) {
+LoudnessMeter::LoudnessMeter(const AudioSpec& spec, Peaks peaks)
+    : to_double_(doubleSpec(spec)), peaks_(peaks) {
     const std::string reason = whyUnmeasurable(spec);
     if (!reason.empty()) throw Failure(ExitCode::UnsupportedAudio, "cannot measure the audio: " + reason);
     const int channels = spec.channels();
-    state_.reset(
-        allocated(ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(spec.rate_hz),
-                               EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK)));
+    const int mode = EBUR128_MODE_I | EBUR128_MODE_SAMPLE_PEAK |
+                     (peaks == Peaks::SamplesAndTruePeak ? EBUR128_MODE_TRUE_PEAK : 0);
+    state_.reset(allocated(
+        ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(spec.rate_hz), mode)));
     for (int c = 0; c < channels; ++c) {
         const AVChannel channel =
             av_channel_layout_channel_from_index(&spec.layout, static_cast<unsigned>(c));
@@ -89,19 +96,24 @@ void LoudnessMeter::add(const AVFrame& frame) {
     }
 }
 
+double LoudnessMeter::highestPeak(int (*peak_of)(ebur128_state*, unsigned, double*)) const {
+    double highest = 0.0;
+    for (unsigned c = 0; c < state_->channels; ++c) {
+        double of_channel = 0.0;
+        if (peak_of(state_.get(), c, &of_channel) == EBUR128_SUCCESS) highest = std::max(highest, of_channel);
+    }
+    return highest;
+}
+
 Loudness LoudnessMeter::result() const {
     Loudness loudness;
     double lufs = 0.0;
     if (ebur128_loudness_global(state_.get(), &lufs) == EBUR128_SUCCESS && std::isfinite(lufs)) {
         loudness.integrated_lufs = lufs;
     }
-    double peak = 0.0;
-    for (unsigned c = 0; c < state_->channels; ++c) {
-        double of_channel = 0.0;
-        if (ebur128_sample_peak(state_.get(), c, &of_channel) == EBUR128_SUCCESS)
-            peak = std::max(peak, of_channel);
-    }
-    if (peak > 0.0 && std::isfinite(peak)) loudness.sample_peak_dbfs = 20.0 * std::log10(peak);
+    loudness.sample_peak_dbfs = decibels(highestPeak(ebur128_sample_peak));
+    if (peaks_ == Peaks::SamplesAndTruePeak)
+        loudness.true_peak_dbtp = decibels(highestPeak(ebur128_true_peak));
     return loudness;
 }
 

@@ -16,8 +16,6 @@ extern "C" {
 namespace sonivex_tool {
 namespace {
 
-// soxr's highest common quality: stop-band rejection and accuracy of 28 bits, 169 dB.
-constexpr int kSoxrPrecision_bits = 28;
 // libswresample's own resampler: a filter of 256 taps at the lower rate, which ends at 97 % of its bandwidth.
 constexpr int kOwnFilterSize_taps = 256;
 constexpr double kOwnCutoff = 0.97;
@@ -85,7 +83,7 @@ int FormatConverter::initialise(const AudioSpec& source, bool use_soxr) {
         av_opt_set_sample_fmt(context, "internal_sample_fmt", AV_SAMPLE_FMT_DBLP, 0);
     if (use_soxr) {
         av_opt_set_int(context, "resampler", SWR_ENGINE_SOXR, 0);
-        av_opt_set_double(context, "precision", kSoxrPrecision_bits, 0);
+        av_opt_set_double(context, "precision", options_.precision_bits, 0);
     } else {
         av_opt_set_int(context, "filter_size", kOwnFilterSize_taps, 0);
         av_opt_set_double(context, "cutoff", kOwnCutoff, 0);

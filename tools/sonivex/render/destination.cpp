@@ -9,12 +9,17 @@ constexpr std::size_t kWaitingFrames = 32;
 
 }  // namespace
 
-Destination::Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file, bool measure,
-                         bool dither)
-    : converter_(plan.spec, {.dither = dither, .bits = plan.bits_per_sample}),
+Destination::Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file,
+                         const DestinationSettings& settings)
+    : converter_(plan.spec, {.dither = settings.dither, .bits = plan.bits_per_sample}),
       sink_(plan, source, file),
       encoder_(kWaitingFrames, [this](const FramePtr& frame) { sink_.write(*frame); }) {
-    if (measure) meter_.emplace(plan.spec);
+    if (settings.level) {
+        level_.emplace(plan.spec, *settings.level,
+                       [this](FramePtr frame) { writeConverted(converter_.convert(std::move(frame))); });
+    }
+    if (settings.measure)
+        meter_.emplace(plan.spec, settings.level ? Peaks::SamplesAndTruePeak : Peaks::Samples);
 }
 
 void Destination::writeConverted(FramePtr frame) {
@@ -25,10 +30,15 @@ void Destination::writeConverted(FramePtr frame) {
 }
 
 void Destination::write(FramePtr frame) {
-    writeConverted(converter_.convert(std::move(frame)));
+    if (level_) {
+        level_->push(std::move(frame));
+    } else {
+        writeConverted(converter_.convert(std::move(frame)));
+    }
 }
 
 void Destination::finish() {
+    if (level_) level_->finish();
     writeConverted(converter_.flush());
     if (meter_) loudness_ = meter_->finish();
     encoder_.finish();

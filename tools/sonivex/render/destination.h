@@ -6,20 +6,27 @@
 
 #include "audio_sink.h"
 #include "format_converter.h"
+#include "level_stage.h"
 #include "measuring_thread.h"
 #include "work_thread.h"
 
 namespace sonivex_tool {
 
+/** What a Destination does to the audio. */
+struct DestinationSettings {
+    bool measure = true;                  // false: `loudness` stays empty
+    bool dither = true;                   // where the encoder's samples have fewer bits
+    std::optional<LevelPlan> level = {};  // gain and limiter; with it the true peak is measured too
+};
+
 /** Converts audio to the encoder's format, then measures it and encodes it into a file on two threads.
  *
- *  The members throw what AudioSink, FormatConverter and LoudnessMeter throw, also for earlier calls. */
+ *  The members throw what AudioSink, FormatConverter, LevelStage and LoudnessMeter throw, also for earlier
+ *  calls. */
 class Destination {
   public:
-    /** @param measure false: `loudness` stays empty
-     *  @param dither when the encoder takes fewer bits than the audio has */
-    Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file, bool measure,
-                bool dither);
+    Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file,
+                const DestinationSettings& settings);
 
     /** Appends a frame of any spec. */
     void write(FramePtr frame);
@@ -35,6 +42,7 @@ class Destination {
     void writeConverted(FramePtr frame);
 
     FormatConverter converter_;
+    std::optional<LevelStage> level_;  // before the converter
     AudioSink sink_;
     int64_t frames_ = 0;
     Loudness loudness_;

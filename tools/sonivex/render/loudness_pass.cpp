@@ -1,28 +1,56 @@
 #include "loudness_pass.h"
 
+#include <functional>
 #include <optional>
 
 #include "audio_source.h"
 #include "effect_pass.h"
+#include "level_stage.h"
 #include "measuring_thread.h"
 
 namespace sonivex_tool {
+namespace {
 
-Loudness measureEffects(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
-                        Console& console) {
+// Runs a file through the effects. `begin` gets the spec of their output before the first frame of it.
+void runQuietly(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
+                Console& console, const std::function<void(const AudioSpec&)>& begin,
+                const std::function<void(FramePtr)>& processed) {
     RenderSettings quiet = settings;
     quiet.filter.dump_folder.clear();
     quiet.filter.options.dump = false;
     AudioSource source(quiet.input);
-    std::optional<MeasuringThread> meter;
     EffectPass pass(quiet, plugin, source,
                     {.decoded = [](const AVFrame&) {},
-                     .processed = [&](const FramePtr& frame) { meter->add(*frame); },
+                     .processed = processed,
                      .copied = [](const PacketPtr&) {},
                      .note = [](const std::string&) {}});
-    meter.emplace(pass.outputSpec());
+    begin(pass.outputSpec());
     pass.run(console);
+}
+
+}  // namespace
+
+Loudness measureEffects(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
+                        Console& console) {
+    std::optional<MeasuringThread> meter;
+    runQuietly(
+        settings, plugin, console,
+        [&](const AudioSpec& spec) { meter.emplace(spec, Peaks::SamplesAndTruePeak); },
+        [&](const FramePtr& frame) { meter->add(*frame); });
     return meter->finish();
+}
+
+void fitLimiter(LevelPlan& plan, const AudioSpec& spec, const RenderSettings& settings,
+                const std::shared_ptr<Vorlin::Plugin>& plugin, Console& console) {
+    for (int trial = 0; plan.limits && trial < kMostTrials; ++trial) {
+        MeasuringThread meter(spec, Peaks::SamplesAndTruePeak);
+        LevelStage level(spec, plan, [&](const FramePtr& frame) { meter.add(*frame); });
+        runQuietly(
+            settings, plugin, console, [](const AudioSpec&) {},
+            [&](FramePtr frame) { level.push(std::move(frame)); });
+        level.finish();
+        if (!lowerLimit(plan, meter.finish())) return;
+    }
 }
 
 }  // namespace sonivex_tool

@@ -7,8 +7,8 @@ constexpr std::size_t kWaitingFrames = 32;  // about a second of audio
 
 }  // namespace
 
-MeasuringThread::MeasuringThread(const AudioSpec& spec)
-    : meter_(spec), thread_(kWaitingFrames, [this](const FramePtr& frame) { meter_.add(*frame); }) {}
+MeasuringThread::MeasuringThread(const AudioSpec& spec, Peaks peaks)
+    : meter_(spec, peaks), thread_(kWaitingFrames, [this](const FramePtr& frame) { meter_.add(*frame); }) {}
 
 void MeasuringThread::add(const AVFrame& frame) {
     thread_.push(FramePtr(allocated(av_frame_clone(&frame))));

@@ -9,7 +9,7 @@ namespace sonivex_tool {
 class MeasuringThread {
   public:
     /** @throw as LoudnessMeter does */
-    explicit MeasuringThread(const AudioSpec& spec);
+    explicit MeasuringThread(const AudioSpec& spec, Peaks peaks = Peaks::Samples);
 
     /** Appends a frame. Its samples are shared, not copied, so nobody may change them any more. */
     void add(const AVFrame& frame);

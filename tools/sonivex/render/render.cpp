@@ -11,6 +11,9 @@
 #include "encoder_plan.h"
 #include "failure.h"
 #include "interrupt.h"
+#include "level_plan.h"
+#include "loudness_pass.h"
+#include "measuring_thread.h"
 #include "output_file.h"
 
 namespace sonivex_tool {
@@ -63,6 +66,11 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
         report.notes.push_back(line);
         console.note(line);
     };
+    std::optional<LevelPlan> level;
+    if (settings.level.target_lufs) {
+        level = planLevel(measureEffects(settings, plugin, console), settings.level);
+        if (level->note) note(*level->note);
+    }
     AudioSource source(settings.input);
     const AudioSpec input = source.info().spec;
     if (!settings.trim_start) source.insertLeadIn();
@@ -90,8 +98,12 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     for (const std::string& line : plan.notes) note(line);
 
     const auto started = std::chrono::steady_clock::now();
+    if (level) fitLimiter(*level, plan.spec, settings, plugin, console);
     OutputFile file(settings.output.path, settings.output.replace);
-    destination.emplace(plan, source, file, settings.level.measure, settings.output.dither);
+    destination.emplace(
+        plan, source, file,
+        DestinationSettings{
+            .measure = settings.level.measure, .dither = settings.output.dither, .level = level});
     if (settings.level.measure) input_meter.emplace(input);
     std::optional<DumpFolder> dumps;
     if (!settings.filter.dump_folder.empty()) dumps.emplace(settings.filter.dump_folder);
@@ -132,6 +144,9 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     for (const std::string& line : sentencesOn(settings.input.path, report.timeline, report.damage))
         note(line);
     for (const std::string& line : notesOn(counts.samples)) note(line);
+    if (level) {
+        if (const auto line = levelNote(*level, settings.level, destination->loudness())) note(*line);
+    }
     for (const std::string& line : remarks(report)) note(line);
     return report;
 }

@@ -94,6 +94,7 @@ Json fileJson(const FileReport& file) {
         {"frames", file.frames},
         {"integrated_lufs", orNull(file.loudness.integrated_lufs)},
         {"sample_peak_dbfs", orNull(file.loudness.sample_peak_dbfs)},
+        {"true_peak_dbtp", orNull(file.loudness.true_peak_dbtp)},
     };
 }
 
@@ -144,6 +145,8 @@ std::string asText(const RenderReport& report) {
                                         report.output.loudness.integrated_lufs, "LUFS", "not measurable"));
     text += line("Sample peak", changeText(report.input.loudness.sample_peak_dbfs,
                                            report.output.loudness.sample_peak_dbfs, "dBFS", "silence"));
+    if (report.output.loudness.true_peak_dbtp)
+        text += line("True peak", fixed(*report.output.loudness.true_peak_dbtp, 1) + " dBTP");
     if (report.delay_frames > 0) {
         text += line("Delay", std::to_string(report.delay_frames) + " frames, " +
                                   (report.delay_is_removed ? "removed" : "kept"));
