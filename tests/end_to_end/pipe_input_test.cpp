@@ -1,0 +1,64 @@
+// Standard input and named pipes as IN.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <thread>
+
+#include "end_to_end/media/decoded_input.h"
+#include "end_to_end/media/media.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+using PipeInput = test::ReadingTest;
+
+TEST_F(PipeInput, StandardInputGivesTheSamplesOfTheFile) {
+    for (const char* name : {"in.wav", "in.flac", "in.mkv"}) {
+        SCOPED_TRACE(name);
+        test::makeNoise(file(name), 2);
+        for (const char* stdin_name : {"-", "pipe:0"}) {
+            const auto read = readInput(stdin_name, {}, "<'" + file(name) + "'");
+            EXPECT_EQ(read.exit_code, 0) << read.notes;
+            EXPECT_EQ(read.samples, test::decode16(file(name)));
+        }
+    }
+}
+
+TEST_F(PipeInput, ANamedPipeGivesTheSamplesOfTheFile) {
+    test::makeNoise(file("in.flac"), 2);
+    ASSERT_EQ(mkfifo(file("pipe").c_str(), 0600), 0);
+    test::Process writer({"cp", file("in.flac"), file("pipe")});
+    const auto read = readInput(file("pipe"));
+    EXPECT_EQ(read.exit_code, 0) << read.notes;
+    EXPECT_EQ(read.samples, test::decode16(file("in.flac")));
+}
+
+TEST_F(PipeInput, AFileOnStandardInputMayHaveItsIndexAtTheEnd) {
+    test::makeNoise(file("in.m4a"), 2, {"-c:a", "alac"});
+    EXPECT_EQ(readInput("-", {}, "<'" + file("in.m4a") + "'").samples, test::decode16(file("in.m4a")));
+}
+
+TEST_F(PipeInput, ClosedOrEmptyStandardInputIsAnError) {
+    const auto closed = runRedirected("<&-", {"-", file("out.wav"), "--quiet"});
+    EXPECT_EQ(closed.exit_code, 3);
+    EXPECT_THAT(closed.err, HasSubstr("standard input is closed"));
+    const auto empty = runRedirected("</dev/null", {"-", file("out.wav"), "--quiet"});
+    EXPECT_EQ(empty.exit_code, 3);
+    EXPECT_THAT(empty.err, HasSubstr("cannot open \"-\""));
+}
+
+TEST_F(PipeInput, APipeThatNobodyWritesCanBeInterrupted) {
+    ASSERT_EQ(mkfifo(file("pipe").c_str(), 0600), 0);
+    test::Process program(command({file("pipe"), file("out.wav")}));
+    while (program.isRunning() && !program.handles(SIGINT)) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_TRUE(program.isRunning());
+    program.send(SIGINT);
+    EXPECT_EQ(program.wait(std::chrono::seconds(10)).exit_code, 130);
+}
+
+}  // namespace
