@@ -91,7 +91,7 @@ TEST_F(RenderDialogue, AppliesANeutralGainOfTwoAndAHalfDecibels) {
 
 TEST_F(RenderDialogue, AcceptsOnlyStereoAndVoiceLevelsOfAtLeastOne) {
     test::makeQuietSpeech(file("six.wav"), 6);
-    const auto six = run({"--effect", "dialogue", file("six.wav"), file("out.wav")});
+    const auto six = run({"--effect", "dialogue", "--strict", file("six.wav"), file("out.wav")});
     EXPECT_EQ(six.exit_code, 5);
     EXPECT_NE(six.err.find("2 channels, not 6"), std::string::npos) << six.err;
     for (const char* voice : {"0.99", "-1", "nan", "inf", "1e300", "loud", ""}) {
