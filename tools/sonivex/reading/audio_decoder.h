@@ -17,7 +17,7 @@ class AudioDecoder {
      * @throw Failure (NoAudio), std::bad_alloc */
     AudioDecoder(const std::string& path, const AVStream& stream);
 
-    /** Forgets everything that the packets so far have told about the audio. Use it when one of them was wrong.
+    /** Forgets everything that the packets so far have told about the audio, because one of them was wrong.
      * @throw as the constructor does */
     void restart();
 

@@ -55,8 +55,8 @@ class AudioSource {
      * @param streams one entry for each stream of the container; the audio stream's own does not count */
     void deliverPackets(const std::vector<bool>& streams);
 
-    /** Puts silence before the first frame if the stream begins later than the other streams of its file. Call
-     * it before the first `next`. It has no effect with TimelinePolicy::Ignore. */
+    /** Puts silence before the first frame if the stream begins later than the other streams of its file.
+     * Call it before the first `next`. It has no effect with TimelinePolicy::Ignore. */
     void insertLeadIn();
 
     /** Returns the next frame, or the next packet of a stream of `deliverPackets`, in the file's order.
