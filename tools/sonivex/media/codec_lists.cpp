@@ -20,6 +20,23 @@ int onlyRateHz(AVCodecID codec) {
     }
 }
 
+// Channel masks of the layouts that a codec has a code for. The encoders of these codecs declare none: they
+// refuse other layouts, or write them in a way that players read as unnamed channels.
+std::vector<uint64_t> layoutMasks(AVCodecID codec) {
+    switch (codec) {
+        case AV_CODEC_ID_OPUS:
+            return {AV_CH_LAYOUT_MONO,    AV_CH_LAYOUT_STEREO,       AV_CH_LAYOUT_SURROUND,
+                    AV_CH_LAYOUT_QUAD,    AV_CH_LAYOUT_5POINT0_BACK, AV_CH_LAYOUT_5POINT1_BACK,
+                    AV_CH_LAYOUT_6POINT1, AV_CH_LAYOUT_7POINT1};
+        case AV_CODEC_ID_AAC:
+            return {AV_CH_LAYOUT_MONO,         AV_CH_LAYOUT_STEREO,  AV_CH_LAYOUT_SURROUND,
+                    AV_CH_LAYOUT_4POINT0,      AV_CH_LAYOUT_QUAD,    AV_CH_LAYOUT_5POINT0_BACK,
+                    AV_CH_LAYOUT_5POINT1_BACK, AV_CH_LAYOUT_7POINT1, AV_CH_LAYOUT_7POINT1_WIDE_BACK};
+        default:
+            return {};
+    }
+}
+
 }  // namespace
 
 std::vector<AVSampleFormat> sampleFormats(const AVCodec& codec) {
@@ -43,6 +60,12 @@ std::vector<AVChannelLayout> channelLayouts(const AVCodec& codec) {
     std::vector<AVChannelLayout> list;
     for (const auto* item = codec.ch_layouts; item != nullptr && item->nb_channels != 0; ++item) {
         list.push_back(*item);
+    }
+    if (!list.empty()) return list;
+    for (const uint64_t mask : layoutMasks(codec.id)) {
+        AVChannelLayout layout{};
+        av_channel_layout_from_mask(&layout, mask);
+        list.push_back(layout);
     }
     return list;
 }

@@ -15,7 +15,8 @@ std::vector<AVSampleFormat> sampleFormats(const AVCodec& codec);
  * rate, even if its encoder declares none. */
 std::vector<int> sampleRatesHz(const AVCodec& codec);
 
-/** Channel layouts that the encoder declares. The layouts are owned by FFmpeg. */
+/** Channel layouts that the encoder declares, or else those that its codec names (Opus, AAC). The layouts are
+ * owned by FFmpeg or own no memory. */
 std::vector<AVChannelLayout> channelLayouts(const AVCodec& codec);
 
 }  // namespace sonivex_tool

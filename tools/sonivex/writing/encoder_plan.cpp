@@ -3,10 +3,9 @@
 #include <libavutil/samplefmt.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <limits>
 
 #include "codec_lists.h"
+#include "container_choice.h"
 #include "failure.h"
 
 namespace sonivex_tool {
@@ -16,83 +15,49 @@ namespace {
 constexpr int64_t kBitsPerSecondPerChannel = 96'000;
 // Below this sample rate encoders have lower bit rate limits, so they get half the rate.
 constexpr int kFullBandwidthHz = 32'000;
+constexpr int64_t kLowestBitRate = 500;
+constexpr int64_t kHighestBitRate = 100'000'000;
 
-bool isFloat(AVSampleFormat packed) {
-    return packed == AV_SAMPLE_FMT_FLT || packed == AV_SAMPLE_FMT_DBL;
+Failure refusal(const OutputSettings& settings, const std::string& reason) {
+    return {ExitCode::OutputFormat, "cannot write \"" + settings.path + "\": " + reason};
 }
 
-// Bits of a sample that a format preserves exactly.
-int precisionBits(AVSampleFormat packed) {
-    if (packed == AV_SAMPLE_FMT_FLT) return 24;
-    if (packed == AV_SAMPLE_FMT_DBL) return 53;
-    return 8 * av_get_bytes_per_sample(packed);
+bool isEncodedLosslessly(const AVCodec& codec) {
+    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec.id);
+    return descriptor == nullptr || (descriptor->props & AV_CODEC_PROP_LOSSLESS) != 0;
 }
 
-// Distance of `choice` from `wanted`; smaller is better. In order of weight it counts precision lost,
-// precision wasted, a change between integer and float (more if it can clip), and a change between packed and
-// planar.
-int distance(AVSampleFormat wanted, AVSampleFormat choice) {
-    const AVSampleFormat from = av_get_packed_sample_fmt(wanted);
-    const AVSampleFormat to = av_get_packed_sample_fmt(choice);
-    const int gained = precisionBits(to) - precisionBits(from);
-    const bool clips = isFloat(from) && !isFloat(to);
-    const int loss_cost = gained < 0 ? 10'000 - 100 * gained : 0;
-    const int waste_cost = gained > 0 ? 10 * gained : 0;
-    const int kind_cost = (clips ? 4 : 0) + (isFloat(from) != isFloat(to) ? 2 : 0);
-    return loss_cost + waste_cost + kind_cost + (wanted == choice ? 0 : 1);
+std::vector<SampleFormat> namedFormats(const AVCodec& codec) {
+    std::vector<SampleFormat> formats;
+    for (const AVSampleFormat format : sampleFormats(codec))
+        formats.push_back(storedFormat(codec.id, format));
+    return formats;
 }
 
-AVCodecID pcmCodec(AVSampleFormat format, int bits_per_sample) {
-    switch (av_get_packed_sample_fmt(format)) {
-        case AV_SAMPLE_FMT_U8:
-            return AV_CODEC_ID_PCM_U8;
-        case AV_SAMPLE_FMT_S32:
-            return bits_per_sample > 0 && bits_per_sample <= 24 ? AV_CODEC_ID_PCM_S24LE
-                                                                : AV_CODEC_ID_PCM_S32LE;
-        case AV_SAMPLE_FMT_S64:
-            return AV_CODEC_ID_PCM_S64LE;
-        case AV_SAMPLE_FMT_FLT:
-            return AV_CODEC_ID_PCM_F32LE;
-        case AV_SAMPLE_FMT_DBL:
-            return AV_CODEC_ID_PCM_F64LE;
-        default:
-            return AV_CODEC_ID_PCM_S16LE;
+void chooseSampleFormat(EncoderPlan& plan, const OutputSettings& settings, const AudioFacts& audio) {
+    if (!settings.sample_format) {
+        plan.spec.format = nearestSampleFormat(audio.spec.format, sampleFormats(*plan.codec));
+        if (av_get_packed_sample_fmt(plan.spec.format) == AV_SAMPLE_FMT_S32)
+            plan.bits_per_sample = audio.bits_per_sample;
+        return;
     }
-}
-
-bool holdsAnyPcm(const AVOutputFormat& muxer) {
-    const std::string name = muxer.name;
-    return name == "wav" || name == "w64";
-}
-
-// Returns true if the format holds only samples. A player would have to guess their sample rate and channels.
-bool isHeaderless(const AVOutputFormat& muxer) {
-    const std::string name = muxer.name;
-    if (name == "aptx" || name == "aptx_hd" || name == "dfpwm") return true;
-    return avcodec_get_name(muxer.audio_codec) == "pcm_" + name;
-}
-
-const AVOutputFormat* chooseMuxer(const std::string& path) {
-    const std::string extension = std::filesystem::path(path).extension().string();
-    const AVOutputFormat* muxer = extension.empty() ? av_guess_format("wav", nullptr, nullptr)
-                                                    : av_guess_format(nullptr, path.c_str(), nullptr);
-    if (muxer == nullptr) {
-        throw Failure(ExitCode::OutputFormat,
-                      "cannot write \"" + path + "\": unknown file format \"" + extension + "\"");
+    std::string names;
+    for (const SampleFormat& format : namedFormats(*plan.codec)) {
+        const std::string name = nameOf(format);
+        if (name == *settings.sample_format) {
+            plan.spec.format = format.format;
+            plan.bits_per_sample = format.significant_bits;
+            return;
+        }
+        if ((", " + names + ",").find(", " + name + ",") == std::string::npos)
+            names += (names.empty() ? "" : ", ") + name;
     }
-    if ((muxer->flags & (AVFMT_NOFILE | AVFMT_NEEDNUMBER)) != 0 || muxer->audio_codec == AV_CODEC_ID_NONE) {
-        throw Failure(ExitCode::OutputFormat,
-                      "cannot write \"" + path + "\": \"" + extension + "\" is not an audio file format");
-    }
-    if (isHeaderless(*muxer)) {
-        throw Failure(ExitCode::OutputFormat,
-                      "cannot write \"" + path + "\": \"" + extension +
-                          "\" files store neither the sample rate nor the channel count");
-    }
-    return muxer;
+    throw refusal(settings, std::string(avcodec_get_name(plan.codec->id)) + " does not hold \"" +
+                                *settings.sample_format + "\" samples; --sample-format may be " + names);
 }
 
-AVChannelLayout chooseLayout(const std::string& path, const AVCodec& codec, const AVChannelLayout& wanted) {
+AVChannelLayout chooseLayout(const OutputSettings& settings, const AVCodec& codec,
+                             const AVChannelLayout& wanted) {
     const auto choices = channelLayouts(codec);
     if (choices.empty()) return wanted;
     const AVChannelLayout* same_count = nullptr;
@@ -101,35 +66,30 @@ AVChannelLayout chooseLayout(const std::string& path, const AVCodec& codec, cons
         if (choice.nb_channels == wanted.nb_channels && same_count == nullptr) same_count = &choice;
     }
     if (same_count == nullptr) {
-        throw Failure(ExitCode::OutputFormat, "cannot write \"" + path + "\": " + avcodec_get_name(codec.id) +
-                                                  " does not support " + std::to_string(wanted.nb_channels) +
-                                                  " channels (" + layoutName(wanted) + ")");
+        throw refusal(settings, std::string(avcodec_get_name(codec.id)) + " does not support " +
+                                    std::to_string(wanted.nb_channels) + " channels (" + layoutName(wanted) +
+                                    ")");
     }
     return *same_count;
 }
 
-int64_t lossyBitRate(const AVCodec& codec, const AudioSpec& spec) {
-    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec.id);
-    const bool is_lossless = descriptor == nullptr || (descriptor->props & AV_CODEC_PROP_LOSSLESS) != 0;
-    if (is_lossless) return 0;
-    const int64_t full = kBitsPerSecondPerChannel * spec.channels();
-    return spec.rate_hz < kFullBandwidthHz ? full / 2 : full;
+void chooseBitRate(EncoderPlan& plan, const OutputSettings& settings) {
+    const std::string codec = avcodec_get_name(plan.codec->id);
+    if (isEncodedLosslessly(*plan.codec)) {
+        if (settings.bit_rate) throw refusal(settings, codec + " is lossless and takes no --bitrate");
+        return;
+    }
+    if (settings.bit_rate && (*settings.bit_rate < kLowestBitRate || *settings.bit_rate > kHighestBitRate)) {
+        throw refusal(settings, "--bitrate must be from " + std::to_string(kLowestBitRate) + " to " +
+                                    std::to_string(kHighestBitRate) + " bit/s, not " +
+                                    std::to_string(*settings.bit_rate));
+    }
+    const int64_t full = kBitsPerSecondPerChannel * plan.spec.channels();
+    const int64_t usual = plan.spec.rate_hz < kFullBandwidthHz ? full / 2 : full;
+    plan.bit_rate = settings.bit_rate.value_or(usual);
 }
 
 }  // namespace
-
-AVSampleFormat nearestSampleFormat(AVSampleFormat wanted, const std::vector<AVSampleFormat>& choices) {
-    AVSampleFormat best = wanted;
-    int best_distance = std::numeric_limits<int>::max();
-    for (const AVSampleFormat choice : choices) {
-        const int d = distance(wanted, choice);
-        if (d < best_distance) {
-            best_distance = d;
-            best = choice;
-        }
-    }
-    return best;
-}
 
 int nearestRateHz(int wanted, const std::vector<int>& choices) {
     if (choices.empty()) return wanted;
@@ -141,28 +101,23 @@ int nearestRateHz(int wanted, const std::vector<int>& choices) {
     return best;
 }
 
-EncoderPlan planEncoder(const OutputSettings& settings, const AudioSpec& audio, int bits_per_sample) {
-    const std::string& path = settings.path;
+EncoderPlan planEncoder(const OutputSettings& settings, const AudioFacts& audio) {
     EncoderPlan plan;
-    plan.muxer = chooseMuxer(path);
-    const AVCodecID id =
-        holdsAnyPcm(*plan.muxer) ? pcmCodec(audio.format, bits_per_sample) : plan.muxer->audio_codec;
-    plan.codec = avcodec_find_encoder(id);
-    if (plan.codec == nullptr) {
-        throw Failure(ExitCode::OutputFormat,
-                      "cannot write \"" + path + "\": there is no encoder for " + avcodec_get_name(id));
+    plan.muxer = chooseContainer(settings);
+    plan.codec = chooseEncoder(settings, *plan.muxer, audio);
+    const std::string codec = avcodec_get_name(plan.codec->id);
+    chooseSampleFormat(plan, settings, audio);
+    plan.spec.rate_hz = nearestRateHz(audio.spec.rate_hz, sampleRatesHz(*plan.codec));
+    plan.spec.layout = chooseLayout(settings, *plan.codec, audio.spec.layout);
+    if (plan.spec.rate_hz != audio.spec.rate_hz) {
+        plan.notes.push_back(codec + " does not support " + std::to_string(audio.spec.rate_hz) +
+                             " Hz; the output has " + std::to_string(plan.spec.rate_hz) + " Hz");
     }
-    plan.spec.format = nearestSampleFormat(audio.format, sampleFormats(*plan.codec));
-    plan.spec.rate_hz = nearestRateHz(audio.rate_hz, sampleRatesHz(*plan.codec));
-    plan.spec.layout = chooseLayout(path, *plan.codec, audio.layout);
-    if (plan.spec.rate_hz != audio.rate_hz) {
-        plan.notes.push_back(std::string(avcodec_get_name(id)) + " does not support " +
-                             std::to_string(audio.rate_hz) + " Hz; the output has " +
-                             std::to_string(plan.spec.rate_hz) + " Hz");
+    if (av_channel_layout_compare(&plan.spec.layout, &audio.spec.layout) != 0) {
+        plan.notes.push_back(codec + " does not support the layout " + layoutName(audio.spec.layout) +
+                             "; the output has " + layoutName(plan.spec.layout));
     }
-    if (av_get_packed_sample_fmt(plan.spec.format) == AV_SAMPLE_FMT_S32)
-        plan.bits_per_sample = bits_per_sample;
-    plan.bit_rate = lossyBitRate(*plan.codec, plan.spec);
+    chooseBitRate(plan, settings);
     return plan;
 }
 

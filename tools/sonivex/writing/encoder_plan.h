@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "audio_spec.h"
+#include "codec_choice.h"
 #include "output_settings.h"
 
 namespace sonivex_tool {
@@ -19,22 +20,14 @@ struct EncoderPlan {
     std::vector<std::string> notes;  // for the user, one line each
 };
 
-/** Picks from `choices` the sample format that loses the least precision of `wanted`, and of those the
- * smallest. Returns `wanted` itself if there are no choices. */
-AVSampleFormat nearestSampleFormat(AVSampleFormat wanted, const std::vector<AVSampleFormat>& choices);
-
 /** Picks from `choices` the lowest rate that is not below `wanted`, or the highest rate if all are below it.
  * Returns `wanted` itself if there are no choices. Rates are in Hz. */
 int nearestRateHz(int wanted, const std::vector<int>& choices);
 
-/** Chooses muxer, encoder and encoder input from the name of the file.
+/** Chooses muxer, encoder and encoder input; nothing is opened.
  *
- * libavformat derives the muxer from the name, and the muxer's default encoder is used. A name without an
- * extension means WAV. WAV and W64 hold PCM samples in the format of `audio`.
- * @param settings of the output; nothing is opened
- * @param audio spec of the audio to encode
- * @param bits_per_sample as in SourceInfo
- * @throw Failure (OutputFormat) */
-EncoderPlan planEncoder(const OutputSettings& settings, const AudioSpec& audio, int bits_per_sample);
+ * docs/command-line.md describes the choice. A note tells when the rate or the layout must change.
+ * @throw Failure (OutputFormat) when the settings contradict each other or suit no encoder */
+EncoderPlan planEncoder(const OutputSettings& settings, const AudioFacts& audio);
 
 }  // namespace sonivex_tool

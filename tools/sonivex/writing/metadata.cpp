@@ -58,4 +58,11 @@ void copyMetadata(const AVFormatContext& source, const AVStream& source_stream, 
     if (is_to_ogg) copyTags(source.metadata, &output_stream.metadata);
 }
 
+void copyStreamMetadata(const AVStream& source, AVStream& output) {
+    output.disposition = source.disposition;
+    const AVDictionaryEntry* encoder = av_dict_get(source.metadata, "encoder", nullptr, 0);
+    if (encoder != nullptr) av_dict_set(&output.metadata, "encoder", encoder->value, 0);  // still true
+    copyTags(source.metadata, &output.metadata);
+}
+
 }  // namespace sonivex_tool

@@ -17,7 +17,6 @@
 namespace sonivex_tool {
 namespace {
 
-constexpr int kBufferBytes = 1 << 16;
 constexpr int kMaxLinks = 40;  // the limit of the Linux kernel
 constexpr int kMaxNameAttempts = 100;
 constexpr mode_t kNewFileMode = 0666;  // before the umask
@@ -65,21 +64,14 @@ void OutputFile::check(const std::string& path, bool replace) {
 }
 
 OutputFile::OutputFile(const std::string& path, bool replace)
-    : name_(path), destination_(followLinks(path).string()), replace_(replace) {
+    : Output("\"" + path + "\""), path_(path), destination_(followLinks(path).string()), replace_(replace) {
     check(path, replace);
     createTemporary();
-    auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
-    const auto write = [](void* self, auto* data, int bytes) {
-        return static_cast<OutputFile*>(self)->writeAll(data, static_cast<size_t>(bytes));
-    };
-    const auto seek_to = [](void* self, int64_t offset, int whence) {
-        return static_cast<OutputFile*>(self)->seek(offset, whence);
-    };
-    if (buffer != nullptr) io_ = avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, write, seek_to);
-    if (io_ == nullptr) {
-        av_free(buffer);
+    try {
+        openIo(true);
+    } catch (...) {
         close();
-        throw std::bad_alloc();
+        throw;
     }
 }
 
@@ -106,11 +98,6 @@ void OutputFile::createTemporary() {
     if (const auto old = statOf(destination_)) (void)!::fchmod(descriptor_, old->st_mode & 07777U);
 }
 
-int OutputFile::remember(int error_number) {
-    if (error_number_ == 0) error_number_ = error_number;
-    return AVERROR(error_number);
-}
-
 int OutputFile::writeAll(const uint8_t* data, size_t bytes) {
     size_t written = 0;
     while (written < bytes) {
@@ -131,18 +118,8 @@ int64_t OutputFile::seek(int64_t offset, int whence) {
     return position >= 0 ? position : remember(errno);
 }
 
-void OutputFile::throwIfFailed() const {
-    if (error_number_ != 0) fail(error_number_);
-}
-
-void OutputFile::fail(int error_number) const {
-    const bool is_full = error_number == ENOSPC || error_number == EDQUOT || error_number == EFBIG;
-    throw Failure(is_full ? ExitCode::NoSpace : ExitCode::OutputNotWritable,
-                  "cannot write \"" + name_ + "\": " + std::strerror(error_number));
-}
-
 void OutputFile::commit() {
-    avio_flush(io_);
+    avio_flush(io());
     throwIfFailed();
     // Without fsync, a crash of the machine soon after the rename could leave a file without its contents.
     int result = 0;
@@ -167,7 +144,7 @@ void OutputFile::giveName() {
         return;
     }
     if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return;
-    if (errno == EEXIST) throw alreadyThere(name_);
+    if (errno == EEXIST) throw alreadyThere(path_);
     if (errno != EINVAL && errno != ENOSYS) fail(errno);
     // Not every file system supports RENAME_NOREPLACE. Creating a hard link does not replace a file either,
     // but not every file system supports links.
@@ -175,16 +152,13 @@ void OutputFile::giveName() {
         ::unlink(from);
         return;
     }
-    if (errno == EEXIST) throw alreadyThere(name_);
-    check(name_, replace_);
+    if (errno == EEXIST) throw alreadyThere(path_);
+    check(path_, replace_);
     if (::rename(from, to) != 0) fail(errno);
 }
 
 void OutputFile::close() {
-    if (io_ != nullptr) {
-        av_freep(&io_->buffer);
-        avio_context_free(&io_);
-    }
+    closeIo();
     if (descriptor_ >= 0) ::close(descriptor_);
     descriptor_ = -1;
     if (temporary_.empty()) return;

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "av_objects.h"
+#include "output.h"
 
 namespace sonivex_tool {
 
@@ -13,7 +13,7 @@ namespace sonivex_tool {
  * The data goes to a file with a temporary name in the destination's folder, which `commit` renames. Without
  * a commit the destructor removes the temporary file. A second signal removes it too (see interrupt.h), but
  * only for one object at a time. A symbolic link is followed: its target is replaced. */
-class OutputFile {
+class OutputFile : public Output {
   public:
     /** Checks early for a destination that would make `commit` fail: a folder, a special file, or an existing
      * file that may not be replaced. @throw Failure (OutputExists) */
@@ -25,36 +25,23 @@ class OutputFile {
      * @param replace true if `commit` may replace an existing file; if false, it never does
      * @throw std::bad_alloc */
     OutputFile(const std::string& path, bool replace);
-    ~OutputFile();
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
-
-    /** The I/O context for a muxer; owned by this object. Its callbacks record errors for `throwIfFailed`. */
-    AVIOContext* io() { return io_; }
-
-    /** Throws if a write or seek has failed; reports the first such error. */
-    void throwIfFailed() const;
+    ~OutputFile() override;
 
     /** Writes the buffered data through to the disk, closes the file and gives it its name. Call it once. */
-    void commit();
+    void commit() override;
 
   private:
     void createTemporary();
     void giveName();
-    /** Records an errno for `throwIfFailed` unless an earlier one is recorded. @return its AVERROR */
-    int remember(int error_number);
-    int writeAll(const uint8_t* data, size_t bytes);
-    int64_t seek(int64_t offset, int whence);
-    [[noreturn]] void fail(int error_number) const;
+    int writeAll(const uint8_t* data, size_t bytes) override;
+    int64_t seek(int64_t offset, int whence) override;
     void close();
 
-    std::string name_;         // as the user typed it, for messages
+    std::string path_;         // as the user typed it
     std::string destination_;  // with symbolic links followed
     bool replace_;
     std::string temporary_;  // empty when there is no file to remove
     int descriptor_ = -1;
-    AVIOContext* io_ = nullptr;
-    int error_number_ = 0;
 };
 
 }  // namespace sonivex_tool

@@ -43,33 +43,33 @@ TEST(EncoderPlan, WavKeepsTheSampleFormatOfTheInput) {
         {AV_SAMPLE_FMT_S32, AV_CODEC_ID_PCM_S32LE}, {AV_SAMPLE_FMT_FLTP, AV_CODEC_ID_PCM_F32LE},
         {AV_SAMPLE_FMT_DBL, AV_CODEC_ID_PCM_F64LE}, {AV_SAMPLE_FMT_S64P, AV_CODEC_ID_PCM_S64LE}};
     for (const auto& [format, codec] : pairs)
-        EXPECT_EQ(planEncoder({.path = "a.wav"}, specWith(format), 0).codec->id, codec);
-    EXPECT_EQ(planEncoder({.path = "a.wav"}, specWith(AV_SAMPLE_FMT_S32), 24).codec->id,
+        EXPECT_EQ(planEncoder({.path = "a.wav"}, {specWith(format)}).codec->id, codec);
+    EXPECT_EQ(planEncoder({.path = "a.wav"}, {specWith(AV_SAMPLE_FMT_S32), 24}).codec->id,
               AV_CODEC_ID_PCM_S24LE);
 }
 
 TEST(EncoderPlan, WritesWavIfTheNameHasNoExtension) {
-    EXPECT_STREQ(planEncoder({.path = "folder.d/name"}, specWith(AV_SAMPLE_FMT_S16), 0).muxer->name, "wav");
+    EXPECT_STREQ(planEncoder({.path = "folder.d/name"}, {specWith(AV_SAMPLE_FMT_S16)}).muxer->name, "wav");
 }
 
 TEST(EncoderPlan, NotesThatTheRateMustChange) {
-    const EncoderPlan plan = planEncoder({.path = "a.opus"}, specWith(AV_SAMPLE_FMT_FLTP, 2, 44100), 0);
+    const EncoderPlan plan = planEncoder({.path = "a.opus"}, {specWith(AV_SAMPLE_FMT_FLTP, 2, 44100)});
     EXPECT_EQ(plan.spec.rate_hz, 48000);
     EXPECT_EQ(plan.notes.size(), 1U);
-    EXPECT_TRUE(planEncoder({.path = "a.opus"}, specWith(AV_SAMPLE_FMT_FLTP), 0).notes.empty());
+    EXPECT_TRUE(planEncoder({.path = "a.opus"}, {specWith(AV_SAMPLE_FMT_FLTP)}).notes.empty());
 }
 
 TEST(EncoderPlan, UsesTheOnlyRateOfACodecEvenIfTheEncoderAcceptsAny) {
-    const EncoderPlan plan = planEncoder({.path = "a.g722"}, specWith(AV_SAMPLE_FMT_S16, 1, 44100), 0);
+    const EncoderPlan plan = planEncoder({.path = "a.g722"}, {specWith(AV_SAMPLE_FMT_S16, 1, 44100)});
     EXPECT_EQ(plan.spec.rate_hz, 16000);
     EXPECT_EQ(plan.notes.size(), 1U);
-    EXPECT_TRUE(planEncoder({.path = "a.g722"}, specWith(AV_SAMPLE_FMT_S16, 1, 16000), 0).notes.empty());
+    EXPECT_TRUE(planEncoder({.path = "a.g722"}, {specWith(AV_SAMPLE_FMT_S16, 1, 16000)}).notes.empty());
 }
 
 TEST(EncoderPlan, RefusesFormatsThatStoreNeitherRateNorChannels) {
     for (const char* name : {"a.sw", "a.uw", "a.sb", "a.ub", "a.al", "a.ul", "a.aptx", "a.dfpwm"}) {
         try {
-            planEncoder({.path = name}, specWith(AV_SAMPLE_FMT_S16), 0);
+            planEncoder({.path = name}, {specWith(AV_SAMPLE_FMT_S16)});
             ADD_FAILURE() << name << " was accepted";
         } catch (const Failure& failure) {
             EXPECT_EQ(failure.exitCode(), ExitCode::OutputFormat) << name;
@@ -80,7 +80,7 @@ TEST(EncoderPlan, RefusesFormatsThatStoreNeitherRateNorChannels) {
 TEST(EncoderPlan, RefusesUnknownFormatsAndUnsupportedChannelCounts) {
     const auto refusal = [](const std::string& name, int channels) {
         try {
-            planEncoder({.path = name}, specWith(AV_SAMPLE_FMT_S16, channels), 0);
+            planEncoder({.path = name}, {specWith(AV_SAMPLE_FMT_S16, channels)});
         } catch (const Failure& failure) {
             return failure.exitCode();
         }
@@ -92,12 +92,51 @@ TEST(EncoderPlan, RefusesUnknownFormatsAndUnsupportedChannelCounts) {
     EXPECT_EQ(refusal("a.mp3", 2), ExitCode::Success);
 }
 
+TEST(EncoderPlan, KeepsLosslessSoundLosslessInMatroskaAndMov) {
+    const AudioSpec spec = specWith(AV_SAMPLE_FMT_S32);
+    EXPECT_EQ(planEncoder({.path = "a.mkv"}, {spec, 24, true}).codec->id, AV_CODEC_ID_FLAC);
+    EXPECT_EQ(planEncoder({.path = "a.mka"}, {spec, 24, true}).codec->id, AV_CODEC_ID_FLAC);
+    EXPECT_EQ(planEncoder({.path = "a.mov"}, {spec, 24, true}).codec->id, AV_CODEC_ID_PCM_S24LE);
+    EXPECT_EQ(planEncoder({.path = "a.mkv"}, {spec, 24, false}).codec->id, AV_CODEC_ID_OPUS);
+    EXPECT_EQ(planEncoder({.path = "a.mp4"}, {spec, 24, true}).codec->id, AV_CODEC_ID_AAC);
+}
+
+TEST(EncoderPlan, KeepsARateThatOpusLacksInMatroskaButNotInWebm) {
+    const AudioSpec spec = specWith(AV_SAMPLE_FMT_FLTP, 2, 44100);
+    const EncoderPlan matroska = planEncoder({.path = "a.mkv"}, {spec});
+    EXPECT_EQ(matroska.codec->id, AV_CODEC_ID_AAC);
+    EXPECT_EQ(matroska.spec.rate_hz, 44100);
+    const EncoderPlan webm = planEncoder({.path = "a.webm"}, {spec});
+    EXPECT_EQ(webm.codec->id, AV_CODEC_ID_OPUS);
+    EXPECT_EQ(webm.spec.rate_hz, 48000);
+    EXPECT_EQ(webm.notes.size(), 1U);
+}
+
+TEST(EncoderPlan, AviTakesTheCodecThatHasTheChannels) {
+    const auto codec = [](int channels) {
+        return planEncoder({.path = "a.avi"}, {specWith(AV_SAMPLE_FMT_S16, channels)}).codec->id;
+    };
+    EXPECT_EQ(codec(1), AV_CODEC_ID_MP3);
+    EXPECT_EQ(codec(2), AV_CODEC_ID_MP3);
+    EXPECT_EQ(codec(6), AV_CODEC_ID_AC3);
+    EXPECT_EQ(codec(8), AV_CODEC_ID_PCM_S16LE);
+}
+
+TEST(EncoderPlan, KnowsWhichCodecsAreLossless) {
+    EXPECT_TRUE(isLossless(AV_CODEC_ID_FLAC, FF_PROFILE_UNKNOWN));
+    EXPECT_TRUE(isLossless(AV_CODEC_ID_PCM_S16LE, FF_PROFILE_UNKNOWN));
+    EXPECT_TRUE(isLossless(AV_CODEC_ID_TRUEHD, FF_PROFILE_UNKNOWN));
+    EXPECT_FALSE(isLossless(AV_CODEC_ID_AAC, FF_PROFILE_AAC_LOW));
+    EXPECT_FALSE(isLossless(AV_CODEC_ID_DTS, FF_PROFILE_DTS));
+    EXPECT_TRUE(isLossless(AV_CODEC_ID_DTS, FF_PROFILE_DTS_HD_MA));
+}
+
 TEST(EncoderPlan, SetsABitRateForLossyEncodersOnly) {
-    EXPECT_EQ(planEncoder({.path = "a.flac"}, specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 0);
-    EXPECT_EQ(planEncoder({.path = "a.wav"}, specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 0);
-    EXPECT_EQ(planEncoder({.path = "a.mp3"}, specWith(AV_SAMPLE_FMT_S16), 0).bit_rate, 192'000);
-    EXPECT_EQ(planEncoder({.path = "a.m4a"}, specWith(AV_SAMPLE_FMT_S16, 6), 0).bit_rate, 576'000);
-    EXPECT_EQ(planEncoder({.path = "a.mp3"}, specWith(AV_SAMPLE_FMT_S16, 2, 16000), 0).bit_rate, 96'000);
+    EXPECT_EQ(planEncoder({.path = "a.flac"}, {specWith(AV_SAMPLE_FMT_S16)}).bit_rate, 0);
+    EXPECT_EQ(planEncoder({.path = "a.wav"}, {specWith(AV_SAMPLE_FMT_S16)}).bit_rate, 0);
+    EXPECT_EQ(planEncoder({.path = "a.mp3"}, {specWith(AV_SAMPLE_FMT_S16)}).bit_rate, 192'000);
+    EXPECT_EQ(planEncoder({.path = "a.m4a"}, {specWith(AV_SAMPLE_FMT_S16, 6)}).bit_rate, 576'000);
+    EXPECT_EQ(planEncoder({.path = "a.mp3"}, {specWith(AV_SAMPLE_FMT_S16, 2, 16000)}).bit_rate, 96'000);
 }
 
 }  // namespace

@@ -1,0 +1,34 @@
+#pragma once
+
+// Hides the differences between the releases of libavformat with which the project builds (5.1 to 7.1), as
+// av_compat.h does for the other libraries.
+
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavformat/version.h>
+}
+
+#include <cstring>
+
+namespace Vorlin::av {
+
+/** Copies the side data of a stream, such as its rotation. Call it after avcodec_parameters_copy, which
+ *  copies them itself since 6.1.
+ *  @return 0 or a negative AVERROR.
+ *  [any] allocates */
+inline int copyStreamSideData(AVStream* output, const AVStream* source) {
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(60, 15, 100)
+    for (int i = 0; i < source->nb_side_data; ++i) {
+        const AVPacketSideData& data = source->side_data[i];
+        uint8_t* copy = av_stream_new_side_data(output, data.type, data.size);
+        if (copy == nullptr) return AVERROR(ENOMEM);
+        std::memcpy(copy, data.data, data.size);
+    }
+#else
+    (void)output;
+    (void)source;
+#endif
+    return 0;
+}
+
+}  // namespace Vorlin::av

@@ -1,0 +1,73 @@
+#include "output.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "container_choice.h"
+#include "failure.h"
+#include "interrupt.h"
+#include "output_file.h"
+#include "output_pipe.h"
+#include "result_stream.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr int kBufferBytes = 1 << 16;
+
+}  // namespace
+
+Output::~Output() {
+    closeIo();
+}
+
+void Output::openIo(bool is_seekable) {
+    auto* buffer = static_cast<unsigned char*>(allocated(av_malloc(kBufferBytes)));
+    const auto write = [](void* self, auto* data, int bytes) {
+        return static_cast<Output*>(self)->writeAll(data, static_cast<size_t>(bytes));
+    };
+    int64_t (*seek_to)(void*, int64_t, int) = [](void* self, int64_t offset, int whence) {
+        return static_cast<Output*>(self)->seek(offset, whence);
+    };
+    io_ = avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, write, is_seekable ? seek_to : nullptr);
+    if (io_ != nullptr) return;
+    av_free(buffer);
+    throw std::bad_alloc();
+}
+
+void Output::closeIo() {
+    if (io_ == nullptr) return;
+    av_freep(&io_->buffer);
+    avio_context_free(&io_);
+}
+
+int64_t Output::seek(int64_t /*offset*/, int /*whence*/) {
+    return AVERROR(ESPIPE);
+}
+
+int Output::remember(int error_number) {
+    if (error_number_ == 0) error_number_ = error_number;
+    return AVERROR(error_number);
+}
+
+void Output::throwIfFailed() const {
+    if (error_number_ == EINTR) throwIfInterrupted();
+    if (error_number_ != 0) fail(error_number_);
+}
+
+void Output::fail(int error_number) const {
+    const bool is_full = error_number == ENOSPC || error_number == EDQUOT || error_number == EFBIG;
+    throw Failure(is_full ? ExitCode::NoSpace : ExitCode::OutputNotWritable,
+                  "cannot write " + name_ + ": " + std::strerror(error_number));
+}
+
+void checkOutput(const OutputSettings& settings) {
+    if (!goesToStandardOutput(settings)) OutputFile::check(settings.path, settings.replace);
+}
+
+std::unique_ptr<Output> openOutput(const OutputSettings& settings) {
+    if (goesToStandardOutput(settings)) return std::make_unique<OutputPipe>(originalStandardOutput());
+    return std::make_unique<OutputFile>(settings.path, settings.replace);
+}
+
+}  // namespace sonivex_tool
