@@ -68,7 +68,7 @@ TEST_P(RenderFormat, KeepsRateChannelsAndLengthAndRaisesTheLevel) {
 }
 
 constexpr int kAacBlock = 1024;
-constexpr int kVorbisBlock = 1024;
+constexpr int kOpusBlock = 960;
 
 INSTANTIATE_TEST_SUITE_P(
     Files, RenderFormat,
@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
         Format{"Aac5_1InM4a", 6, "in.m4a", {"-b:a", "384k"}, "out.m4a", "aac", "fltp", 2 * kAacBlock},
         Format{"AacToWav", 2, "in.mp4", {"-b:a", "192k"}, "out.wav", "pcm_f32le", "flt"},
         Format{"OpusInMkvToFlac", 2, "in.mkv", {"-c:a", "libopus"}, "out.flac", "flac", "s32"},
-        Format{"OpusInMkvToMkv", 2, "in.mkv", {"-c:a", "libopus"}, "out.mkv", "vorbis", "fltp", kVorbisBlock},
+        Format{"OpusInMkvToMkv", 2, "in.mkv", {"-c:a", "libopus"}, "out.mkv", "opus", "fltp", kOpusBlock},
         Format{"OpusInMkvToOpus", 2, "in.mkv", {"-c:a", "libopus"}, "out.opus", "opus", "fltp"},
         Format{"Opus7_1InMkv", 8, "in.mkv", {"-c:a", "libopus"}, "out.wav", "pcm_f32le", "flt"},
         Format{"NoExtension", 2, "in.wav", {}, "out", "pcm_s16le", "s16"}),
