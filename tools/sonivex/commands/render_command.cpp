@@ -7,6 +7,7 @@
 #include "failure.h"
 #include "interrupt.h"
 #include "plugin_search.h"
+#include "preparation.h"
 #include "preset_files.h"
 #include "render.h"
 #include "render_choices.h"
@@ -23,15 +24,16 @@ constexpr char kRenderFooter[] =
     "it is complete.\n"
     "\n"
     "Exit codes:\n"
-    "  0  success                           7  OUT cannot be written\n"
-    "  1  internal error                    8  no space left for OUT\n"
-    "  2  invalid command line              9  no format or encoder for OUT\n"
-    "  3  IN cannot be opened              10  plug-in not found\n"
-    "  4  no usable audio in IN            11  the plug-in lacks the effect\n"
-    "  5  the effect cannot process IN's   12  the filter failed\n"
-    "     channels or sample rate          14  some files of a batch failed\n"
-    "  6  OUT already exists              130  interrupted (Ctrl-C)\n"
-    "                                     143  terminated\n";
+    "  0  success                          7  OUT cannot be written\n"
+    "  1  internal error                   8  no space left for OUT\n"
+    "  2  invalid command line             9  no format or encoder for OUT\n"
+    "  3  IN cannot be opened             10  plug-in not found\n"
+    "  4  no usable audio in IN           11  the plug-in lacks the effect\n"
+    "  5  the effect cannot process IN's  12  the filter failed\n"
+    "     channels or sample rate         13  a part of IN is lost; OUT is complete\n"
+    "  6  OUT already exists              14  some files of a batch failed\n"
+    "                                    130  interrupted (Ctrl-C)\n"
+    "                                    143  terminated\n";
 
 void run(CLI::App& command, RenderChoices& choices) {
     if (choices.list_presets) {
@@ -65,11 +67,23 @@ void run(CLI::App& command, RenderChoices& choices) {
             choices.batch.run(key_files, choices, console, result);
             return;
         }
+        if (choices.settings.dry_run) {
+            const Preparation preparation(choices.settings, plugin, {});
+            result.write(choices.json ? describeJson(preparation, choices.settings)
+                                      : describeText(preparation, choices.settings));
+            return;
+        }
         const RenderReport report = render(choices.settings, plugin, console);
         if (choices.json) {
             result.write(asJson(report));
         } else if (!choices.quiet) {
             result.write(asText(report));
+        }
+        if (report.damage.isDamaged() && !choices.settings.ignore_damage) {
+            throw Failure(
+                ExitCode::InputDamaged,
+                "a part of \"" + report.input.path +
+                    "\" is lost; OUT holds the rest and is complete (--ignore-damage accepts this)");
         }
     } catch (...) {
         console.clearBar();

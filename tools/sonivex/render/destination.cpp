@@ -3,30 +3,34 @@
 namespace sonivex_tool {
 namespace {
 
-// Frames that may wait for the encoder. They have a thousand samples or more, so this is about a second:
-// enough to even out the encoder's bursts.
-constexpr std::size_t kWaitingFrames = 32;
+// Frames and packets that may wait for the encoder. Frames have a thousand samples or more, so this is about a
+// second: enough to even out the encoder's bursts.
+constexpr std::size_t kWaitingItems = 64;
 
 }  // namespace
 
-Destination::Destination(const EncoderPlan& plan, const AudioSource& source, OutputFile& file,
-                         const DestinationSettings& settings)
-    : converter_(plan.spec, {.dither = settings.dither, .bits = plan.bits_per_sample}),
-      sink_(plan, source, file),
-      encoder_(kWaitingFrames, [this](const FramePtr& frame) { sink_.write(*frame); }) {
+Destination::Destination(const OutputPlan& plan, const AVFormatContext& source, double audio_start_s,
+                         Output& output, const DestinationSettings& settings)
+    : converter_(plan.encoder.spec, {.dither = settings.dither, .bits = plan.encoder.bits_per_sample}),
+      sink_(plan, source, audio_start_s, output),
+      encoder_(kWaitingItems, [this](const Item& item) {
+          if (item.frame != nullptr) sink_.write(*item.frame);
+          if (item.packet != nullptr) sink_.copy(*item.packet);
+      }) {
     if (settings.level) {
-        level_.emplace(plan.spec, *settings.level,
+        level_.emplace(plan.encoder.spec, *settings.level,
                        [this](FramePtr frame) { writeConverted(converter_.convert(std::move(frame))); });
     }
-    if (settings.measure)
-        meter_.emplace(plan.spec, settings.level ? Peaks::SamplesAndTruePeak : Peaks::Samples);
+    if (settings.measure) {
+        meter_.emplace(plan.encoder.spec, settings.level ? Peaks::SamplesAndTruePeak : Peaks::Samples);
+    }
 }
 
 void Destination::writeConverted(FramePtr frame) {
     if (frame == nullptr) return;
     frames_ += frame->nb_samples;
     if (meter_) meter_->add(*frame);
-    encoder_.push(std::move(frame));
+    encoder_.push({std::move(frame), nullptr});
 }
 
 void Destination::write(FramePtr frame) {
@@ -35,6 +39,10 @@ void Destination::write(FramePtr frame) {
     } else {
         writeConverted(converter_.convert(std::move(frame)));
     }
+}
+
+void Destination::copy(PacketPtr packet) {
+    encoder_.push({nullptr, std::move(packet)});
 }
 
 void Destination::finish() {

@@ -1,10 +1,12 @@
 #include "loudness_pass.h"
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 
 #include "audio_source.h"
 #include "effect_pass.h"
+#include "failure.h"
 #include "level_stage.h"
 #include "measuring_thread.h"
 
@@ -28,8 +30,6 @@ void runQuietly(const RenderSettings& settings, const std::shared_ptr<Vorlin::Pl
     pass.run(console);
 }
 
-}  // namespace
-
 Loudness measureEffects(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                         Console& console) {
     std::optional<MeasuringThread> meter;
@@ -40,6 +40,7 @@ Loudness measureEffects(const RenderSettings& settings, const std::shared_ptr<Vo
     return meter->finish();
 }
 
+// Lowers the limiter of a plan until its true peak stays below the ceiling.
 void fitLimiter(LevelPlan& plan, const AudioSpec& spec, const RenderSettings& settings,
                 const std::shared_ptr<Vorlin::Plugin>& plugin, Console& console) {
     for (int trial = 0; plan.limits && trial < kMostTrials; ++trial) {
@@ -51,6 +52,21 @@ void fitLimiter(LevelPlan& plan, const AudioSpec& spec, const RenderSettings& se
         level.finish();
         if (!lowerLimit(plan, meter.finish())) return;
     }
+}
+
+}  // namespace
+
+std::optional<LevelPlan> fittedLevel(const AudioSpec& spec, const RenderSettings& settings,
+                                     const std::shared_ptr<Vorlin::Plugin>& plugin, Console& console) {
+    if (!settings.level.target_lufs) return std::nullopt;
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(settings.input.path, error)) {
+        throw Failure(ExitCode::Usage,
+                      "--target-lufs reads IN more than once, so IN must be a file, not a pipe");
+    }
+    LevelPlan plan = planLevel(measureEffects(settings, plugin, console), settings.level);
+    fitLimiter(plan, spec, settings, plugin, console);
+    return plan;
 }
 
 }  // namespace sonivex_tool

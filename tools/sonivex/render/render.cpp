@@ -4,48 +4,17 @@
 #include <chrono>
 #include <optional>
 
-#include "audio_source.h"
 #include "destination.h"
 #include "dump_folder.h"
-#include "effect_pass.h"
-#include "encoder_plan.h"
-#include "failure.h"
 #include "interrupt.h"
 #include "level_plan.h"
 #include "loudness_pass.h"
 #include "measuring_thread.h"
-#include "output_file.h"
+#include "output.h"
+#include "preparation.h"
 
 namespace sonivex_tool {
 namespace {
-
-void checkEffect(const Effect& effect, const FilterSettings& settings, const Vorlin::Plugin& plugin) {
-    if (!plugin.exports(effect.exported_function.c_str())) {
-        throw Failure(ExitCode::EffectMissing,
-                      "the plug-in does not have " + effect.title + "; choose another --effect or --plugin");
-    }
-    if (!effectDelayFrames(effect, settings.call_frames)) {
-        throw Failure(ExitCode::Usage, "--frame-size " + std::to_string(settings.call_frames) +
-                                           " would leave silent gaps in the output of " + effect.title +
-                                           "; choose a divisor or a multiple of " +
-                                           std::to_string(effect.block_frames));
-    }
-    if (settings.threaded && settings.call_frames < kShortestThreadedCallFrames) {
-        throw Failure(ExitCode::Usage, "--threaded needs a --frame-size of at least " +
-                                           std::to_string(kShortestThreadedCallFrames));
-    }
-}
-
-void checkSettings(const RenderSettings& settings, const Vorlin::Plugin& plugin) {
-    for (const Effect* effect : settings.filter.chain) checkEffect(*effect, settings.filter, plugin);
-    OutputFile::check(settings.output.path, settings.output.replace);
-}
-
-std::string namesOf(const std::vector<const Effect*>& chain) {
-    std::string names;
-    for (const Effect* effect : chain) names += (names.empty() ? "" : ",") + effect->name;
-    return names;
-}
 
 // Returns how many bytes the dump of a render lacks, for example because the disk is full.
 uint64_t missingDumpBytes(const DumpFolder& dumps, const ChainCounts& counts) {
@@ -56,79 +25,17 @@ uint64_t missingDumpBytes(const DumpFolder& dumps, const ChainCounts& counts) {
            missing(counts.dump_output_bytes, dumps.newBytes(false));
 }
 
-}  // namespace
-
-RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
-                    Console& console) {
-    checkSettings(settings, *plugin);
-    RenderReport report;
-    const auto note = [&](const std::string& line) {
-        report.notes.push_back(line);
-        console.note(line);
-    };
-    std::optional<LevelPlan> level;
-    if (settings.level.target_lufs) {
-        level = planLevel(measureEffects(settings, plugin, console), settings.level);
-        if (level->note) note(*level->note);
-    }
-    AudioSource source(settings.input);
-    const AudioSpec input = source.info().spec;
-    if (!settings.trim_start) source.insertLeadIn();
-    std::optional<Destination> destination;
-    std::optional<MeasuringThread> input_meter;
-    EffectPass pass(settings, plugin, source,
-                    {.decoded =
-                         [&](const AVFrame& frame) {
-                             if (input_meter) input_meter->add(frame);
-                         },
-                     .processed = [&](FramePtr frame) { destination->write(std::move(frame)); },
-                     .copied = [](const PacketPtr&) {},
-                     .note = note});
-    if (pass.isBypassed()) {
-        throw Failure(ExitCode::Usage,
-                      "the filter processes nothing at this video: --fps times --speed, both cut to whole "
-                      "numbers, must be below 62");
-    }
-    for (const std::string& line : sentencesOn(settings.input.path, source.info())) note(line);
-    for (const std::string& line : pass.conversion().notes) note(line);
-
-    AudioSpec output = pass.outputSpec();
-    output.format = input.format;  // of the file, not of the effects: the output keeps its precision
-    const EncoderPlan plan = planEncoder(settings.output, output, source.info().bits_per_sample);
-    for (const std::string& line : plan.notes) note(line);
-
-    const auto started = std::chrono::steady_clock::now();
-    if (level) fitLimiter(*level, plan.spec, settings, plugin, console);
-    OutputFile file(settings.output.path, settings.output.replace);
-    destination.emplace(
-        plan, source, file,
-        DestinationSettings{
-            .measure = settings.level.measure, .dither = settings.output.dither, .level = level});
-    if (settings.level.measure) input_meter.emplace(input);
-    std::optional<DumpFolder> dumps;
-    if (!settings.filter.dump_folder.empty()) dumps.emplace(settings.filter.dump_folder);
-    console.note(settings.input.path + " -> " + settings.output.path + ", " + namesOf(settings.filter.chain));
-
-    const PassCounts counts = pass.run(console);
-    destination->finish();
-    throwIfInterrupted();
-    file.commit();
-    console.clearBar();
-
-    report.elapsed_seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
-    report.input = {settings.input.path, source.info().container,
-                    source.info().codec, input,
-                    counts.input_frames, input_meter ? input_meter->finish() : Loudness()};
-    report.output = {
-        settings.output.path,  plan.muxer->name,       avcodec_get_name(plan.codec->id), plan.spec,
-        destination->frames(), destination->loudness()};
-    report.effect = namesOf(settings.filter.chain);
-    report.delay_is_removed = !settings.filter.keep_delay;
+void reportSource(RenderReport& report, const AudioSource& source) {
+    report.input.format = source.info().container;
+    report.input.codec = source.info().codec;
+    report.input.spec = source.info().spec;
     report.source = source.info();
     report.timeline = source.timelineReport();
     report.damage = source.damageReport();
-    report.conversions = pass.conversion().notes;
+}
+
+void reportPass(RenderReport& report, const PassCounts& counts) {
+    report.input.frames = counts.input_frames;
     report.samples = counts.samples;
     report.delay_frames = counts.filters.delay_frames;
     report.pushed = counts.filters.pushed;
@@ -136,18 +43,80 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     report.bypassed = counts.filters.bypassed;
     report.silent_fill_frames = counts.filters.filled_frames;
     report.flushes = counts.filters.flushes;
+}
+
+void reportOutput(RenderReport& report, const OutputPlan& plan, const Destination& destination) {
+    report.output = {plan.path,         plan.encoder.muxer->name, avcodec_get_name(plan.encoder.codec->id),
+                     plan.encoder.spec, destination.frames(),     destination.loudness()};
+}
+
+}  // namespace
+
+RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
+                    Console& console) {
+    RenderReport report;
+    const auto note = [&](const std::string& line) {
+        report.notes.push_back(line);
+        console.note(line);
+    };
+    const auto note_all = [&](const std::vector<std::string>& lines) {
+        for (const std::string& line : lines) note(line);
+    };
+    std::optional<Destination> destination;
+    std::optional<MeasuringThread> input_meter;
+    Preparation preparation(settings, plugin,
+                            {.decoded =
+                                 [&](const AVFrame& frame) {
+                                     if (input_meter) input_meter->add(frame);
+                                 },
+                             .processed = [&](FramePtr frame) { destination->write(std::move(frame)); },
+                             .copied = [&](PacketPtr packet) { destination->copy(std::move(packet)); },
+                             .note = note});
+    const AudioSource& source = preparation.source();
+    const OutputPlan& plan = preparation.output();
+    note_all(preparation.notes());
+
+    const auto started = std::chrono::steady_clock::now();
+    const auto file = openOutput(settings.output);
+    const auto level = fittedLevel(plan.encoder.spec, settings, plugin, console);
+    if (level && level->note) note(*level->note);
+    destination.emplace(
+        plan, source.container(), preparation.audioStart_s(), *file,
+        DestinationSettings{
+            .measure = settings.level.measure, .dither = settings.output.dither, .level = level});
+    if (settings.level.measure) input_meter.emplace(source.info().spec);
+    std::optional<DumpFolder> dumps;
+    if (!settings.filter.dump_folder.empty()) dumps.emplace(settings.filter.dump_folder);
+    console.note(settings.input.path + " -> " + settings.output.path + ", " + namesOf(settings.filter.chain));
+
+    const PassCounts counts = preparation.pass().run(console);
+    destination->finish();
+    throwIfInterrupted();
+    file->commit();
+    console.clearBar();
+
+    report.elapsed_seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    report.input.path = settings.input.path;
+    if (input_meter) report.input.loudness = input_meter->finish();
+    reportSource(report, source);
+    reportPass(report, counts);
+    reportOutput(report, plan, *destination);
+    report.effect = namesOf(settings.filter.chain);
+    report.conversions = preparation.pass().conversion().notes;
+    report.delay_is_removed = !settings.filter.keep_delay;
+    report.dump_folder = settings.filter.dump_folder;
     if (dumps) {
         report.dumps = dumps->newFiles();
         report.dump_bytes_missing = missingDumpBytes(*dumps, counts.filters);
     }
-    report.dump_folder = settings.filter.dump_folder;
-    for (const std::string& line : sentencesOn(settings.input.path, report.timeline, report.damage))
-        note(line);
-    for (const std::string& line : notesOn(counts.samples)) note(line);
+    note_all(sentencesOn(settings.input.path, report.timeline, report.damage));
+    note_all(notesOn(counts.samples));
+    note_all(destination->notes());
     if (level) {
         if (const auto line = levelNote(*level, settings.level, destination->loudness())) note(*line);
     }
-    for (const std::string& line : remarks(report)) note(line);
+    note_all(remarks(report));
     return report;
 }
 
