@@ -5,7 +5,7 @@ namespace {
 
 constexpr int kOversampling = 4;
 // Rejection of 120 dB: what the limiter's gain does is far above it.
-constexpr int kPrecision_bits = 20;
+constexpr int kPrecisionBits = 20;
 
 AudioSpec oversampled(AudioSpec spec) {
     spec.rate_hz *= kOversampling;
@@ -15,9 +15,9 @@ AudioSpec oversampled(AudioSpec spec) {
 }  // namespace
 
 TruePeakLimiter::TruePeakLimiter(const AudioSpec& spec)
-    : up_(oversampled(spec), {.precision_bits = kPrecision_bits}),
+    : up_(oversampled(spec), {.precision_bits = kPrecisionBits}),
       limiter_(oversampled(spec)),
-      down_(spec, {.precision_bits = kPrecision_bits}) {}
+      down_(spec, {.precision_bits = kPrecisionBits}) {}
 
 std::vector<FramePtr> TruePeakLimiter::lowered(std::vector<FramePtr> upper) {
     std::vector<FramePtr> lower;

@@ -17,9 +17,9 @@ namespace sonivex_tool {
 namespace {
 
 // libswresample's own resampler: a filter of 256 taps at the lower rate, which ends at 97 % of its bandwidth.
-constexpr int kOwnFilterSize_taps = 256;
+constexpr int kOwnFilterTaps = 256;
 constexpr double kOwnCutoff = 0.97;
-constexpr int kWidestQuantiser_bits = 24;
+constexpr int kWidestQuantiserBits = 24;
 // Silence at the end of the input: a tenth of a second, and more than any filter at the lowest rates.
 constexpr int kSilencesPerSecond = 10;
 constexpr int kShortestSilence_frames = 1024;
@@ -58,7 +58,7 @@ int significantBits(const AudioSpec& target, const ConverterOptions& options) {
 FormatConverter::FormatConverter(const AudioSpec& target, const ConverterOptions& options)
     : target_(target), options_(options) {
     const int bits = significantBits(target, options);
-    if (isInteger(target.format) && bits <= kWidestQuantiser_bits)
+    if (isInteger(target.format) && bits <= kWidestQuantiserBits)
         quantiser_.emplace(target, bits, options.dither);
 }
 
@@ -85,7 +85,7 @@ int FormatConverter::initialise(const AudioSpec& source, bool use_soxr) {
         av_opt_set_int(context, "resampler", SWR_ENGINE_SOXR, 0);
         av_opt_set_double(context, "precision", options_.precision_bits, 0);
     } else {
-        av_opt_set_int(context, "filter_size", kOwnFilterSize_taps, 0);
+        av_opt_set_int(context, "filter_size", kOwnFilterTaps, 0);
         av_opt_set_double(context, "cutoff", kOwnCutoff, 0);
     }
     if (mixes && Vorlin::av::layoutMask(source.layout) != 0 &&

@@ -110,8 +110,8 @@ AVChannel loudspeaker(const AVChannelLayout& layout, int index) {
 }
 
 std::vector<AVChannel> loudspeakers(const AVChannelLayout& layout) {
-    std::vector<AVChannel> channels;
-    for (int i = 0; i < layout.nb_channels; ++i) channels.push_back(loudspeaker(layout, i));
+    std::vector<AVChannel> channels(static_cast<size_t>(layout.nb_channels));
+    for (int i = 0; i < layout.nb_channels; ++i) channels[static_cast<size_t>(i)] = loudspeaker(layout, i);
     return channels;
 }
 
