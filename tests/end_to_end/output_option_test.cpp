@@ -69,7 +69,6 @@ TEST_F(OutputOption, SampleFormatThatTheCodecLacksIsRefusedWithThoseItHas) {
     expectRefusal({"--sample-format", "u8"}, "out.flac", "--sample-format may be s16, s24");
     expectRefusal({"--sample-format", "s16"}, "out.m4a", "aac does not hold \"s16\" samples");
     expectRefusal({"--codec", "pcm_s24le", "--sample-format", "s16"}, "out.wav", "may be s24");
-    expectRefusal({"--sample-format", "many"}, "out.wav", "\"many\"");
 }
 
 TEST_F(OutputOption, BitRateIsThatOfTheWholeAudio) {
@@ -78,8 +77,6 @@ TEST_F(OutputOption, BitRateIsThatOfTheWholeAudio) {
     EXPECT_EQ(streamOf({"--bitrate", "320000"}, "out.mp3")["bit_rate"], "320000");
     expectRefusal({"--bitrate", "64000"}, "out.flac", "flac is lossless and takes no --bitrate");
     expectRefusal({"--bitrate", "64000"}, "out.wav", "lossless");
-    expectRefusal({"--bitrate", "1"}, "no.mp3", "--bitrate must be");
-    expectRefusal({"--bitrate", "9000000000"}, "no.mp3", "--bitrate must be");
 }
 
 TEST_F(OutputOption, FormatOverridesTheExtension) {

@@ -131,6 +131,13 @@ TEST(EncoderPlan, KnowsWhichCodecsAreLossless) {
     EXPECT_TRUE(isLossless(AV_CODEC_ID_DTS, FF_PROFILE_DTS_HD_MA));
 }
 
+TEST(EncoderPlan, RefusesAnAbsurdBitRate) {
+    for (const int64_t rate : {int64_t{-1}, int64_t{0}, int64_t{499}, int64_t{9'000'000'000}}) {
+        const OutputSettings settings{.path = "a.mp3", .bit_rate = rate};
+        EXPECT_THROW(planEncoder(settings, {specWith(AV_SAMPLE_FMT_S16)}), Failure) << rate;
+    }
+}
+
 TEST(EncoderPlan, SetsABitRateForLossyEncodersOnly) {
     EXPECT_EQ(planEncoder({.path = "a.flac"}, {specWith(AV_SAMPLE_FMT_S16)}).bit_rate, 0);
     EXPECT_EQ(planEncoder({.path = "a.wav"}, {specWith(AV_SAMPLE_FMT_S16)}).bit_rate, 0);
