@@ -55,7 +55,7 @@ bool isPicture(AVCodecID codec) {
 
 // Codecs of containers whose muxers do not tell.
 bool holdsByTable(const AVOutputFormat& muxer, AVCodecID codec) {
-    static const std::set<AVCodecID> kTransportStream = {
+    static const std::set<AVCodecID> transport_stream = {
         AV_CODEC_ID_MPEG1VIDEO,   AV_CODEC_ID_MPEG2VIDEO,
         AV_CODEC_ID_MPEG4,        AV_CODEC_ID_H264,
         AV_CODEC_ID_HEVC,         AV_CODEC_ID_VC1,
@@ -67,15 +67,15 @@ bool holdsByTable(const AVOutputFormat& muxer, AVCodecID codec) {
         AV_CODEC_ID_TRUEHD,       AV_CODEC_ID_OPUS,
         AV_CODEC_ID_S302M,        AV_CODEC_ID_DVB_SUBTITLE,
         AV_CODEC_ID_DVB_TELETEXT, AV_CODEC_ID_HDMV_PGS_SUBTITLE};
-    static const std::set<AVCodecID> kProgramStream = {
+    static const std::set<AVCodecID> program_stream = {
         AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_MP1,         AV_CODEC_ID_MP2,
         AV_CODEC_ID_AC3,        AV_CODEC_ID_DTS,        AV_CODEC_ID_DVD_SUBTITLE};
-    static const std::set<AVCodecID> kOgg = {AV_CODEC_ID_VORBIS, AV_CODEC_ID_OPUS,   AV_CODEC_ID_FLAC,
-                                             AV_CODEC_ID_SPEEX,  AV_CODEC_ID_THEORA, AV_CODEC_ID_VP8};
-    if (isOneOf(muxer, "mpegts")) return kTransportStream.contains(codec);
-    if (isOneOf(muxer, "mpeg vob svcd dvd vcd")) return kProgramStream.contains(codec);
+    static const std::set<AVCodecID> ogg = {AV_CODEC_ID_VORBIS, AV_CODEC_ID_OPUS,   AV_CODEC_ID_FLAC,
+                                            AV_CODEC_ID_SPEEX,  AV_CODEC_ID_THEORA, AV_CODEC_ID_VP8};
+    if (isOneOf(muxer, "mpegts")) return transport_stream.contains(codec);
+    if (isOneOf(muxer, "mpeg vob svcd dvd vcd")) return program_stream.contains(codec);
     if (isOneOf(muxer, "ogg ogv oga"))
-        return kOgg.contains(codec) &&
+        return ogg.contains(codec) &&
                (muxer.video_codec != AV_CODEC_ID_NONE || avcodec_get_type(codec) == AVMEDIA_TYPE_AUDIO);
     return false;
 }

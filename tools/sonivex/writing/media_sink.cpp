@@ -23,7 +23,9 @@ int64_t originOf(const AVFormatContext& source, const OutputPlan& plan) {
 
 // Returns the number of samples between two times that the container can store: 1 if it stores every one.
 int samplesPerTick(const AVOutputFormat& muxer, int rate_hz) {
-    return isOneOf(muxer, "matroska webm flv") ? rate_hz / std::gcd(rate_hz, kMillisecondsPerSecond) : 1;
+    return isOneOf(muxer, "matroska webm flv")
+               ? std::lcm(rate_hz, kMillisecondsPerSecond) / kMillisecondsPerSecond
+               : 1;
 }
 
 bool isMp4(const AVOutputFormat& muxer) {
@@ -158,7 +160,7 @@ void MediaSink::startAudio(double audio_start_s) {
     }
     const int64_t delay =
         delaysBlocks(*plan_.encoder.muxer, plan_.encoder.codec->id) ? encoder_.context().initial_padding : 0;
-    const int64_t tick = samplesPerTick(*plan_.encoder.muxer, rate_hz);
+    const int64_t tick = std::max(samplesPerTick(*plan_.encoder.muxer, rate_hz), 1);
     const int64_t silence = ((start % tick) + tick) % tick;
     encoder_.start(start - silence + delay, static_cast<int>(silence), 0);
 }

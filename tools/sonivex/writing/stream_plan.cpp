@@ -40,7 +40,7 @@ std::string whyNotInAudioFile(const StreamFacts& stream, const AVOutputFormat& m
 }
 
 std::string whyNotInFilm(const StreamFacts& stream, const AVOutputFormat& muxer) {
-    const std::string cannot = std::string(muxer.name) + " files cannot hold it";
+    std::string cannot = std::string(muxer.name) + " files cannot hold it";
     if (stream.is_picture) return holdsPicture(muxer, stream.codec) ? "" : cannot;
     switch (stream.kind) {
         case AVMEDIA_TYPE_ATTACHMENT:
@@ -120,6 +120,7 @@ std::vector<StreamPlan> planStreams(const std::vector<StreamFacts>& streams, con
                                     const OutputSettings& settings) {
     const bool is_film = makesFilm(streams, muxer, settings);
     std::vector<StreamPlan> plans;
+    plans.reserve(streams.size());
     for (const StreamFacts& stream : streams) plans.push_back(planStream(stream, is_film, muxer, settings));
     const auto has_picture = [](const StreamPlan& plan) {
         return isMovingPicture(plan.facts) && plan.fate == StreamFate::Copied;
