@@ -13,7 +13,7 @@ namespace {
 // each of at most 255 segments, and the segments of at most 255 bytes.
 constexpr std::string_view kCapture = "OggS";
 constexpr size_t kHeaderBytes = 27;
-constexpr size_t kLongestPageBytes = kHeaderBytes + 255 + 255 * 255;
+constexpr size_t kLongestPageBytes = kHeaderBytes + 255 + size_t{255} * 255;
 
 size_t byteAt(const std::string& bytes, size_t i) {
     return static_cast<unsigned char>(bytes[i]);

@@ -42,7 +42,7 @@ std::string lowerCase(std::string text) {
 
 // Returns one code for all codes of a language; a region after it ("en-GB") does not count.
 std::string canonicalLanguage(const std::string& code) {
-    const std::string language = lowerCase(code.substr(0, code.find_first_of("-_")));
+    std::string language = lowerCase(code.substr(0, code.find_first_of("-_")));
     for (const LanguageCodes& codes : kLanguages) {
         if (language == codes.two_letters || language == codes.bibliographic) return codes.terminological;
     }

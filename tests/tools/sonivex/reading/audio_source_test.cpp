@@ -1,0 +1,94 @@
+#include "audio_source.h"
+
+#include <gtest/gtest.h>
+
+#include "support/processes/process.h"
+#include "support/processes/temporary_folder.h"
+
+namespace {
+
+using namespace sonivex_tool;
+
+// A film of 2 s: 50 pictures, a tone that begins at 0.5 s and lasts 1.5 s, and another tone.
+class AudioSourceOfAFilm : public testing::Test {
+  protected:
+    void SetUp() override {
+        const auto result = test::runProcess({"ffmpeg",     "-nostdin",
+                                              "-v",         "error",
+                                              "-f",         "lavfi",
+                                              "-i",         "testsrc=duration=2:size=64x64:rate=25",
+                                              "-itsoffset", "0.5",
+                                              "-f",         "lavfi",
+                                              "-i",         "sine=duration=1.5:sample_rate=48000",
+                                              "-f",         "lavfi",
+                                              "-i",         "sine=duration=2:sample_rate=48000",
+                                              "-map",       "0",
+                                              "-map",       "1",
+                                              "-map",       "2",
+                                              "-c:v",       "mpeg4",
+                                              "-c:a",       "pcm_s16le",
+                                              film_});
+        ASSERT_EQ(result.exit_code, 0) << result.err;
+    }
+
+    struct Counts {
+        int packets = 0;
+        int64_t frames = 0;
+        int64_t last_pts = -1;
+        bool is_in_order = true;
+    };
+
+    static Counts count(AudioSource& source) {
+        Counts counts;
+        while (true) {
+            const SourceItem item = source.next();
+            if (item.isEnd()) return counts;
+            if (item.frame != nullptr) {
+                counts.frames += item.frame->nb_samples;
+                continue;
+            }
+            ++counts.packets;
+            EXPECT_EQ(item.packet->stream_index, 0);
+            counts.is_in_order = counts.is_in_order && item.packet->dts > counts.last_pts;
+            counts.last_pts = item.packet->dts;
+        }
+    }
+
+    test::TemporaryFolder folder_;
+    std::string film_ = folder_.file("film.mkv");
+};
+
+TEST_F(AudioSourceOfAFilm, DeliversThePacketsOfTheStreamsAskedFor) {
+    InputSettings settings;
+    settings.path = film_;
+    settings.keeps_packets = true;
+    AudioSource source(settings);
+    source.deliverPackets({true, true, false});  // the second is the audio stream itself
+    const Counts counts = count(source);
+    EXPECT_EQ(counts.packets, 50) << "the packets before the first frame must not be lost";
+    EXPECT_TRUE(counts.is_in_order);
+    EXPECT_EQ(counts.frames, 72000);
+}
+
+TEST_F(AudioSourceOfAFilm, DeliversNoPacketsOtherwise) {
+    InputSettings settings;
+    settings.path = film_;
+    AudioSource source(settings);
+    const Counts counts = count(source);
+    EXPECT_EQ(counts.packets, 0);
+    EXPECT_EQ(counts.frames, 72000);
+    EXPECT_NEAR(source.info().start_seconds, 0.5, 0.001);
+    EXPECT_EQ(source.info().audio_streams, 2);
+}
+
+TEST_F(AudioSourceOfAFilm, LeadInBringsTheAudioToTheStartOfThePicture) {
+    InputSettings settings;
+    settings.path = film_;
+    AudioSource source(settings);
+    source.insertLeadIn();
+    EXPECT_EQ(count(source).frames, 24000 + 72000);
+    EXPECT_NEAR(source.timelineReport().lead_in_s, 0.5, 0.001);
+    EXPECT_FALSE(source.damageReport().isDamaged());
+}
+
+}  // namespace
