@@ -19,7 +19,9 @@ using PipeInput = test::ReadingTest;
 TEST_F(PipeInput, StandardInputGivesTheSamplesOfTheFile) {
     for (const char* name : {"in.wav", "in.flac", "in.mkv"}) {
         SCOPED_TRACE(name);
-        test::makeNoise(file(name), 2);
+        // Samples of 16 bits, which reach the effect without dither.
+        const bool is_wav = std::string(name) == "in.wav";
+        test::makeNoise(file(name), 2, {"-c:a", is_wav ? "pcm_s16le" : "flac"});
         for (const char* stdin_name : {"-", "pipe:0"}) {
             const auto read = readInput(stdin_name, {}, "<'" + file(name) + "'");
             EXPECT_EQ(read.exit_code, 0) << read.notes;

@@ -3,8 +3,8 @@
 namespace sonivex_tool {
 namespace {
 
-// Frames and packets that may wait for the encoder. Frames have a thousand samples or more, so this is about a
-// second: enough to even out the encoder's bursts.
+// Frames and packets that may wait for the encoder. Frames have a thousand samples or more, so this is about
+// a second: enough to even out the encoder's bursts.
 constexpr std::size_t kWaitingItems = 64;
 
 }  // namespace
