@@ -19,6 +19,9 @@ extern "C" {
 
 namespace sonivex_tool {
 
+/** The unit of the times of a container, as opposed to those of its streams. AV_TIME_BASE_Q is not C++. */
+constexpr AVRational kMicrosecond{1, AV_TIME_BASE};
+
 /** Frees each kind of object with the function of its library. */
 struct AvDeleter {
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }

@@ -72,7 +72,7 @@ Probe probeFile(const std::string& path) {
         const MediaFile file(path);
         const AVFormatContext& container = file.container();
         probe.container = container.iformat->name;
-        probe.length_s = seconds(container.duration, AV_TIME_BASE_Q);
+        probe.length_s = seconds(container.duration, kMicrosecond);
         probe.chapters = static_cast<int>(container.nb_chapters);
         for (unsigned i = 0; i < container.nb_streams; ++i) {
             const AVStream& from = *container.streams[i];

@@ -80,7 +80,7 @@ PictureType pictureType(AVCodecID codec) {
 CopiedStream::CopiedStream(const AVStream& source, AVFormatContext& muxer, int64_t origin_us)
     : source_(source),
       output_(&addStream(muxer, source)),
-      shift_(blockDelay(source, *muxer.oformat) - av_rescale_q(origin_us, AV_TIME_BASE_Q, source.time_base)),
+      shift_(blockDelay(source, *muxer.oformat) - av_rescale_q(origin_us, kMicrosecond, source.time_base)),
       repair_((muxer.oformat->flags & AVFMT_TS_NONSTRICT) == 0, source.codecpar->video_delay) {
     output_->codecpar->codec_tag = tagInContainer(*muxer.oformat, *source.codecpar);
     output_->time_base = timeBaseFor(source, *muxer.oformat);
@@ -138,7 +138,7 @@ void addChapters(const AVFormatContext& source, AVFormatContext& muxer, int64_t 
         const AVChapter& from = *source.chapters[i];
         auto* to = static_cast<AVChapter*>(allocated(av_mallocz(sizeof(AVChapter))));
         muxer.chapters[muxer.nb_chapters++] = to;
-        const int64_t origin = av_rescale_q(origin_us, AV_TIME_BASE_Q, from.time_base);
+        const int64_t origin = av_rescale_q(origin_us, kMicrosecond, from.time_base);
         to->id = from.id;
         to->time_base = from.time_base;
         to->start = std::max<int64_t>(from.start - origin, 0);
