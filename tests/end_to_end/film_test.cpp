@@ -207,9 +207,12 @@ TEST_F(Film, KeepsTheRotationAndTheAspectRatioOfThePicture) {
 
 TEST_F(Film, RendersTheSameBytesEveryTime) {
     test::makeRichFilm(folder_.path(), file("in.mkv"));
-    render({file("in.mkv"), file("a.mp4"), "--keep-others"});
-    render({file("in.mkv"), file("b.mp4"), "--keep-others"});
-    EXPECT_TRUE(test::readFile(file("a.mp4")) == test::readFile(file("b.mp4")));
+    for (const std::string extension : {"mp4", "mkv", "mka", "opus", "ogg"}) {
+        render({file("in.mkv"), file("a." + extension), "--keep-others"});
+        render({file("in.mkv"), file("b." + extension), "--keep-others"});
+        EXPECT_TRUE(test::readFile(file("a." + extension)) == test::readFile(file("b." + extension)))
+            << extension;
+    }
 }
 
 TEST_F(Film, CopiesAVideoWhoseTimestampsDoNotGrow) {

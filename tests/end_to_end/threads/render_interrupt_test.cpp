@@ -45,6 +45,20 @@ TEST_F(RenderInterrupt, TerminationLeavesNoFileBehind) {
     EXPECT_THAT(folder_.names(), ElementsAre("in.wav"));
 }
 
+// The encoder writes on a thread of its own, which must end before its file does.
+TEST_F(RenderInterrupt, CtrlCWhileTheEncoderWritesIsNoCrash) {
+    test::ffmpeg({"-f", "lavfi", "-i", "sine=duration=7200:sample_rate=16000", file("in.flac")});
+    for (int i = 0; i < 8; ++i) {
+        test::Process process(command({file("in.flac"), file("out.flac"), "--no-measure", "--quiet"}));
+        while (folder_.names().size() < 2 && process.isRunning())
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        std::this_thread::sleep_for(std::chrono::milliseconds(50 + 30 * i));
+        process.send(SIGINT);
+        EXPECT_EQ(process.wait(std::chrono::seconds(20)).exit_code, 130);
+        EXPECT_THAT(folder_.names(), ElementsAre("in.flac"));
+    }
+}
+
 // A program that hangs never acts on the first signal, so the second one ends it without waiting. The missing
 // message shows that it did not wait.
 TEST_F(RenderInterrupt, ASecondSignalEndsTheProgramAtOnceAndLeavesNoFileBehind) {

@@ -69,8 +69,11 @@ void run(CLI::App& command, RenderChoices& choices) {
         }
         if (choices.settings.dry_run) {
             const Preparation preparation(choices.settings, plugin, {});
-            result.write(choices.json ? describeJson(preparation, choices.settings)
-                                      : describeText(preparation, choices.settings));
+            if (choices.json) {
+                result.write(describeJson(preparation, choices.settings));
+            } else if (!choices.quiet) {
+                result.write(describeText(preparation, choices.settings));
+            }
             return;
         }
         const RenderReport report = render(choices.settings, plugin, console);

@@ -64,6 +64,11 @@ ConversionPlan EffectPass::planFor(const AudioSpec& spec) const {
 void EffectPass::start(const AudioSpec& spec) {
     const bool is_first = chain_ == nullptr;
     const ConversionPlan plan = is_first ? first_plan_ : planFor(spec);
+    for (const std::string& line : plan.notes) {
+        if (std::find(conversions_.begin(), conversions_.end(), line) != conversions_.end()) continue;
+        conversions_.push_back(line);
+        if (!is_first) outputs_.note(line);
+    }
     FilterSettings filter = settings_.filter;
     for (double& flush_s : filter.flush_at_s) flush_s -= counts_.input_seconds;
     std::erase_if(filter.flush_at_s, [](double flush_s) { return flush_s < 0.0; });

@@ -45,8 +45,8 @@ class EffectPass {
     EffectPass(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                AudioSource& source, PassOutputs outputs);
 
-    /** Returns how the beginning of the source is converted. */
-    const ConversionPlan& conversion() const { return first_plan_; }
+    /** Returns what is converted for the effects so far, one sentence each, without repetition. */
+    const std::vector<std::string>& conversions() const { return conversions_; }
     /** Returns the spec of the output. */
     AudioSpec outputSpec() const { return outputSpec(first_plan_); }
     /** Returns true if some filter passes all audio through. */
@@ -72,6 +72,7 @@ class EffectPass {
     AudioSpec spec_;  // of the input at present
     std::unique_ptr<Conditioner> conditioner_;
     std::unique_ptr<EffectChain> chain_;
+    std::vector<std::string> conversions_;
     PassCounts counts_;
 };
 

@@ -1,9 +1,17 @@
 #include "preparation.h"
 
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "failure.h"
 #include "output.h"
+#include "result_stream.h"
 
 namespace sonivex_tool {
 namespace {
@@ -25,10 +33,26 @@ void checkEffect(const Effect& effect, const FilterSettings& settings, const Vor
     }
 }
 
+std::string levelText(const LevelSettings& level) {
+    std::array<char, 96> text{};
+    (void)std::snprintf(text.data(), text.size(), "%.1f LUFS, true peak at most %.1f dBTP",
+                        *level.target_lufs, level.true_peak_dbtp);
+    return text.data();
+}
+
+// A render would find out when it creates its temporary file, but a dry run creates none.
+void checkFolder(const std::string& path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    const std::string where = folder.empty() ? "." : folder.string();
+    if (access(where.c_str(), W_OK | X_OK) == 0) return;
+    throw Failure(ExitCode::OutputNotWritable, "cannot write \"" + path + "\": " + std::strerror(errno));
+}
+
 // Checks what needs no open file, and returns how the input is opened.
 InputSettings checkedInput(const RenderSettings& settings, const Vorlin::Plugin& plugin) {
     for (const Effect* effect : settings.filter.chain) checkEffect(*effect, settings.filter, plugin);
-    if (!settings.dry_run) checkOutput(settings.output);
+    checkOutput(settings.output);
+    if (settings.dry_run && !namesStandardOutput(settings.output.path)) checkFolder(settings.output.path);
     InputSettings input = settings.input;
     input.keeps_packets = !settings.output.audio_only;
     return input;
@@ -68,8 +92,7 @@ std::vector<std::string> Preparation::notes() const {
     const auto append = [&](const std::vector<std::string>& more) {
         lines.insert(lines.end(), more.begin(), more.end());
     };
-    append(pass_.conversion().notes);
-    append(output_.notes);
+    append(pass_.conversions());
     return lines;
 }
 
@@ -81,6 +104,7 @@ std::string namesOf(const std::vector<const Effect*>& chain) {
 
 std::string describeText(const Preparation& preparation, const RenderSettings& settings) {
     std::string text = "input " + settings.input.path + "\neffect: " + namesOf(settings.filter.chain) + "\n";
+    if (settings.level.target_lufs) text += "level: " + levelText(settings.level) + "\n";
     for (const std::string& line : describe(preparation.output())) text += line + "\n";
     for (const std::string& line : preparation.notes()) text += "note: " + line + "\n";
     return text;
@@ -88,10 +112,12 @@ std::string describeText(const Preparation& preparation, const RenderSettings& s
 
 std::string describeJson(const Preparation& preparation, const RenderSettings& settings) {
     using Json = nlohmann::ordered_json;
-    const Json json = {{"input", settings.input.path},
-                       {"effect", namesOf(settings.filter.chain)},
-                       {"output", Json::parse(planAsJson(preparation.output()))},
-                       {"notes", preparation.notes()}};
+    const Json json = {
+        {"input", settings.input.path},
+        {"effect", namesOf(settings.filter.chain)},
+        {"target_lufs", settings.level.target_lufs ? Json(*settings.level.target_lufs) : Json()},
+        {"output", Json::parse(planAsJson(preparation.output()))},
+        {"notes", preparation.notes()}};
     return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 

@@ -27,7 +27,8 @@ class Preparation {
     /** Returns where the sound begins on the output's clock, in seconds. An audio file begins with silence
      *  instead, so there it is 0. */
     double audioStart_s() const;
-    /** Returns what the user should know before the render, one line each. */
+    /** Returns what the user should know before the render, one line each, but for the notes of the output's
+     *  plan. */
     std::vector<std::string> notes() const;
 
   private:

@@ -62,35 +62,39 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     const auto note_all = [&](const std::vector<std::string>& lines) {
         for (const std::string& line : lines) note(line);
     };
-    std::optional<Destination> destination;
-    std::optional<MeasuringThread> input_meter;
+    // The threads of the destination use the file and the preparation, so they must end before both, even if an
+    // exception ends the render. The preparation therefore reaches them by pointers that are set later.
+    Destination* taker = nullptr;
+    MeasuringThread* input_taker = nullptr;
     Preparation preparation(settings, plugin,
                             {.decoded =
                                  [&](const AVFrame& frame) {
-                                     if (input_meter) input_meter->add(frame);
+                                     if (input_taker != nullptr) input_taker->add(frame);
                                  },
-                             .processed = [&](FramePtr frame) { destination->write(std::move(frame)); },
-                             .copied = [&](PacketPtr packet) { destination->copy(std::move(packet)); },
+                             .processed = [&](FramePtr frame) { taker->write(std::move(frame)); },
+                             .copied = [&](PacketPtr packet) { taker->copy(std::move(packet)); },
                              .note = note});
     const AudioSource& source = preparation.source();
     const OutputPlan& plan = preparation.output();
     note_all(preparation.notes());
+    note_all(plan.notes);
 
     const auto started = std::chrono::steady_clock::now();
     const auto file = openOutput(settings.output);
     const auto level = fittedLevel(plan.encoder.spec, settings, plugin, console);
     if (level && level->note) note(*level->note);
-    destination.emplace(
+    Destination destination(
         plan, source.container(), preparation.audioStart_s(), *file,
-        DestinationSettings{
-            .measure = settings.level.measure, .dither = settings.output.dither, .level = level});
-    if (settings.level.measure) input_meter.emplace(source.info().spec);
+        {.measure = settings.level.measure, .dither = settings.output.dither, .level = level});
+    taker = &destination;
+    std::optional<MeasuringThread> input_meter;
+    if (settings.level.measure) input_taker = &input_meter.emplace(source.info().spec);
     std::optional<DumpFolder> dumps;
     if (!settings.filter.dump_folder.empty()) dumps.emplace(settings.filter.dump_folder);
     console.note(settings.input.path + " -> " + settings.output.path + ", " + namesOf(settings.filter.chain));
 
     const PassCounts counts = preparation.pass().run(console);
-    destination->finish();
+    destination.finish();
     throwIfInterrupted();
     file->commit();
     console.clearBar();
@@ -101,9 +105,10 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     if (input_meter) report.input.loudness = input_meter->finish();
     reportSource(report, source);
     reportPass(report, counts);
-    reportOutput(report, plan, *destination);
+    reportOutput(report, plan, destination);
     report.effect = namesOf(settings.filter.chain);
-    report.conversions = preparation.pass().conversion().notes;
+    report.conversions = preparation.pass().conversions();
+    report.is_measured = settings.level.measure;
     report.delay_is_removed = !settings.filter.keep_delay;
     report.dump_folder = settings.filter.dump_folder;
     if (dumps) {
@@ -112,9 +117,9 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     }
     note_all(sentencesOn(settings.input.path, report.timeline, report.damage));
     note_all(notesOn(counts.samples));
-    note_all(destination->notes());
+    note_all(destination.notes());
     if (level) {
-        if (const auto line = levelNote(*level, settings.level, destination->loudness())) note(*line);
+        if (const auto line = levelNote(*level, settings.level, destination.loudness())) note(*line);
     }
     note_all(remarks(report));
     return report;

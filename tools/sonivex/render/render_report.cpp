@@ -48,6 +48,13 @@ std::string changeText(const std::optional<double>& before, const std::optional<
     return change;
 }
 
+std::string levelText(const Loudness& input, const Loudness& output) {
+    return line("Loudness",
+                changeText(input.integrated_lufs, output.integrated_lufs, "LUFS", "not measurable")) +
+           line("Sample peak",
+                changeText(input.sample_peak_dbfs, output.sample_peak_dbfs, "dBFS", "silence"));
+}
+
 std::string dumpText(const RenderReport& report) {
     std::string text = "in " + report.dump_folder + ": ";
     for (size_t i = 0; i < report.dumps.size(); ++i) text += (i == 0 ? "" : ", ") + report.dumps[i];
@@ -141,10 +148,7 @@ std::string asText(const RenderReport& report) {
     text += line("Effect", report.effect);
     text += line("Length", fixed(report.lengthSeconds(), 3) + " s, rendered " +
                                fixed(report.timesRealTime(), 0) + " times faster than real time");
-    text += line("Loudness", changeText(report.input.loudness.integrated_lufs,
-                                        report.output.loudness.integrated_lufs, "LUFS", "not measurable"));
-    text += line("Sample peak", changeText(report.input.loudness.sample_peak_dbfs,
-                                           report.output.loudness.sample_peak_dbfs, "dBFS", "silence"));
+    if (report.is_measured) text += levelText(report.input.loudness, report.output.loudness);
     if (report.output.loudness.true_peak_dbtp)
         text += line("True peak", fixed(*report.output.loudness.true_peak_dbtp, 1) + " dBTP");
     if (report.delay_frames > 0) {
@@ -170,6 +174,7 @@ std::string asJson(const RenderReport& report) {
         {"input", input},
         {"output", fileJson(report.output)},
         {"effect", report.effect},
+        {"measured", report.is_measured},
         {"length_seconds", report.lengthSeconds()},
         {"elapsed_seconds", report.elapsed_seconds},
         {"times_real_time", report.timesRealTime()},

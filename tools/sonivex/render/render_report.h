@@ -27,6 +27,7 @@ struct RenderReport {
     FileReport input;
     FileReport output;
     std::string effect;
+    bool is_measured = true;  // false: loudness and peaks are unknown
     double elapsed_seconds = 0.0;
     int64_t delay_frames = 0;  // of the filter, in frames of the input's rate
     bool delay_is_removed = true;

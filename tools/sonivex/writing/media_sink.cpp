@@ -95,7 +95,8 @@ void MediaSink::addRendered(const AVStream& source) {
 void MediaSink::openMuxer() {
     const AVOutputFormat& muxer = *plan_.encoder.muxer;
     muxer_->pb = output_.io();
-    muxer_->flags |= AVFMT_FLAG_CUSTOM_IO;
+    // Without "bit exact" Matroska and Ogg get random identifiers, and two renders differ.
+    muxer_->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_BITEXACT;
     // AVI counts frames from its beginning, whatever their times are.
     if (isOneOf(muxer, "avi")) muxer_->avoid_negative_ts = 0;
     const bool has_pictures =
