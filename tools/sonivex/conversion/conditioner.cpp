@@ -39,7 +39,7 @@ std::vector<std::string> notesOn(const ConditionerCounts& counts) {
     return notes;
 }
 
-Conditioner::Conditioner(const AudioSpec& /*input*/, const ConversionPlan& plan, bool dither)
+Conditioner::Conditioner(const ConversionPlan& plan, bool dither)
     : converter_(plan.converted, {.dither = dither}), plan_(plan) {}
 
 FramePtr Conditioner::repair(FramePtr frame) {

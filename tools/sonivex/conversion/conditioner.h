@@ -21,7 +21,7 @@ std::vector<std::string> notesOn(const ConditionerCounts& counts);
 
 /** Converts audio of one spec to the spec in which the effects get it.
  *
- *    Conditioner conditioner(input, plan, dither);
+ *    Conditioner conditioner(plan, dither);
  *    for each frame:  push(conditioner.convert(conditioner.repair(frame)));
  *    push(conditioner.flush());
  *
@@ -29,7 +29,7 @@ std::vector<std::string> notesOn(const ConditionerCounts& counts);
  *  members throw Failure (Internal) and std::bad_alloc. */
 class Conditioner {
   public:
-    Conditioner(const AudioSpec& input, const ConversionPlan& plan, bool dither);
+    Conditioner(const ConversionPlan& plan, bool dither);
 
     /** Replaces samples that are not finite by silence, before a filter smears them. */
     FramePtr repair(FramePtr frame);

@@ -17,8 +17,8 @@ namespace {
 // duck what comes before. It rises over 100 ms, a few periods of the lowest tones.
 constexpr char kSettings[] = "limit=1:attack=5:release=100:level=disabled:latency=1";
 
-constexpr int kSilencesPerSecond =
-    10;  // of silence at the end: a tenth of a second, several times the look-ahead
+// The silence at the end lasts a tenth of a second, several times the look-ahead.
+constexpr int kSilencesPerSecond = 10;
 
 int checked(int result) {
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();

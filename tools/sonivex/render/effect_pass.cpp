@@ -72,7 +72,7 @@ void EffectPass::start(const AudioSpec& spec) {
     FilterSettings filter = settings_.filter;
     for (double& flush_s : filter.flush_at_s) flush_s -= counts_.input_seconds;
     std::erase_if(filter.flush_at_s, [](double flush_s) { return flush_s < 0.0; });
-    conditioner_ = std::make_unique<Conditioner>(spec, plan, settings_.conversion.dither);
+    conditioner_ = std::make_unique<Conditioner>(plan, settings_.conversion.dither);
     chain_ = std::make_unique<EffectChain>(filter, plugin_, plan.work, [this, plan](FramePtr frame) {
         outputs_.processed(plan.restored(std::move(frame)));
     });

@@ -85,8 +85,8 @@ const AVCodec* encoderNamed(const std::string& name, const OutputSettings& setti
         const SampleFormat wanted = sampleFormatNamed(settings.sample_format.value_or(""));
         id = wanted.format != AV_SAMPLE_FMT_NONE ? pcmCodec(muxer, wanted) : pcmFor(muxer, audio);
     } else if (const AVCodecDescriptor* descriptor = avcodec_descriptor_get_by_name(name.c_str())) {
-        id =
-            descriptor->id;  // the name of a codec comes first: it has a better encoder than the one so named
+        // The name of a codec comes first: it has a better encoder than the one so named.
+        id = descriptor->id;
     }
     const AVCodec* encoder =
         id != AV_CODEC_ID_NONE ? avcodec_find_encoder(id) : avcodec_find_encoder_by_name(name.c_str());

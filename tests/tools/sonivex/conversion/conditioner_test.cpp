@@ -26,7 +26,7 @@ std::vector<int> shorts(const FramePtr& frame) {
 }
 
 Conditioner conditionerFor(const AudioSpec& input, const Effect* effect) {
-    return {input, planConversion(input, {effect}, {}), true};
+    return {planConversion(input, {effect}, {}), true};
 }
 
 TEST(Conditioner, ClipsAndCountsSamplesAboveFullScale) {
