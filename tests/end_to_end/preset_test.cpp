@@ -46,6 +46,17 @@ TEST_F(Preset, GivesTheSameOutputAsItsOptions) {
     EXPECT_TRUE(rendered("f.wav", {"--preset", "mine", "--effect", "normalizer"}) == rendered("g.wav", {}));
 }
 
+TEST_F(Preset, MayBeginWithAByteOrderMark) {
+    test::writeFile(file("mine.preset"), "\xEF\xBB\xBF# Mine\r\neffect = dialogue\r\n");
+    test::writeFile(file("bare.preset"),
+                    "\xEF\xBB\xBF"
+                    "effect = dialogue\n");
+    const std::string expected = rendered("a.wav", {"--effect", "dialogue"});
+    EXPECT_TRUE(rendered("b.wav", {"--preset", "mine"}) == expected);
+    EXPECT_TRUE(rendered("c.wav", {"--preset", "bare"}) == expected);
+    EXPECT_THAT(runHere({"--list-presets"}).out, HasSubstr("  Mine"));
+}
+
 TEST_F(Preset, IsSavedAndUsedAgain) {
     const auto saved =
         runHere({"--save-preset", "bass", "--effect", "surround", "--type", "MegaBass", "--mode", "3"});
@@ -73,6 +84,18 @@ TEST_F(Preset, OptionsWithoutUseAreNotSaved) {
     const auto result = runHere({"--save-preset", "x", "--mode", "2"});
     EXPECT_EQ(result.exit_code, 2);
     EXPECT_FALSE(std::filesystem::exists(file("config/sonivex/presets/x.preset")));
+}
+
+TEST_F(Preset, IsNotSavedByACommandLineThatIsRefused) {
+    for (const std::vector<std::string>& paths : {std::vector<std::string>{file("in.wav")},
+                                                  {file("in.wav"), "pipe:2"},
+                                                  {"pipe:3", file("out.wav")}}) {
+        std::vector<std::string> arguments = {"--save-preset", "x", "--format", "wav"};
+        arguments.insert(arguments.end(), paths.begin(), paths.end());
+        const auto result = runHere(arguments);
+        EXPECT_EQ(result.exit_code, 2) << result.err;
+        EXPECT_FALSE(std::filesystem::exists(file("config/sonivex/presets/x.preset"))) << result.err;
+    }
 }
 
 TEST_F(Preset, AFaultyOneIsRefusedWithItsFile) {

@@ -18,6 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kExtension[] = ".preset";
+constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
 constexpr uintmax_t kLongestPreset_bytes = 65536;
 
 std::string fromEnvironment(const char* name) {
@@ -53,7 +54,9 @@ bool isRegularFile(const fs::path& path) {
 std::string titleOf(const fs::path& path) {
     std::ifstream file(path);
     std::string line;
-    if (!std::getline(file, line) || line.empty() || line.front() != '#') return {};
+    if (!std::getline(file, line)) return {};
+    if (line.starts_with(kByteOrderMark)) line.erase(0, sizeof kByteOrderMark - 1);
+    if (line.empty() || line.front() != '#') return {};
     const size_t start = line.find_first_not_of("# \t");
     return start == std::string::npos ? std::string() : line.substr(start);
 }
@@ -138,6 +141,7 @@ std::string readPreset(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) refuse("it cannot be opened");
     std::string text{std::istreambuf_iterator<char>(file), {}};
+    if (text.starts_with(kByteOrderMark)) text.erase(0, sizeof kByteOrderMark - 1);
     if (text.find('\0') != std::string::npos) refuse("it is not a text file");
     return text;
 }

@@ -1,8 +1,10 @@
 #include <algorithm>
 
+#include "descriptor_input.h"
 #include "effect_names.h"
 #include "failure.h"
 #include "render_choices.h"
+#include "result_stream.h"
 
 namespace sonivex_tool {
 namespace {
@@ -58,6 +60,17 @@ void checkChoices(RenderChoices& choices) {
     if (!settings.level.target_lufs && choices.true_peak_dbtp)
         refuse("--true-peak belongs to --target-lufs: add --target-lufs");
     if (choices.true_peak_dbtp) settings.level.true_peak_dbtp = *choices.true_peak_dbtp;
+}
+
+void checkPaths(const RenderChoices& choices) {
+    const std::string& input = choices.settings.input.path;
+    const std::string& output = choices.settings.output.path;
+    if (input.empty() || output.empty()) refuse("IN and OUT are required");
+    const auto names_descriptor = [](const std::string& path) { return path.rfind("pipe:", 0) == 0; };
+    if (names_descriptor(input) && !isStandardInput(input))
+        refuse("IN may be - or pipe:0 for standard input, but not \"" + input + "\"");
+    if (names_descriptor(output) && !namesStandardOutput(output))
+        refuse("OUT may be - or pipe:1 for standard output, but not \"" + output + "\"");
 }
 
 }  // namespace sonivex_tool

@@ -52,4 +52,9 @@ void addRenderOptions(CLI::App& command, RenderChoices& choices);
  *  @throw Failure (Usage) that names an option which nothing in the chain of effects has */
 void checkChoices(RenderChoices& choices);
 
+/** Checks IN and OUT of one file.
+ *
+ *  @throw Failure (Usage) if one of them is missing or names a descriptor other than the standard ones */
+void checkPaths(const RenderChoices& choices);
+
 }  // namespace sonivex_tool

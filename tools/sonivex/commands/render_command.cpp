@@ -43,14 +43,11 @@ void run(CLI::App& command, RenderChoices& choices) {
     usePreset(command, choices);
     checkChoices(choices);
     const bool has_many_files = choices.batch.isChosen();
-    if (!choices.save_preset.empty()) {
-        savePreset(command, choices);
-        if (!has_many_files && choices.settings.input.path.empty() && choices.settings.output.path.empty())
-            return;
-    }
-    if (!has_many_files && (choices.settings.input.path.empty() || choices.settings.output.path.empty())) {
-        throw Failure(ExitCode::Usage, "IN and OUT are required (try \"sonivex render --help\")");
-    }
+    const bool only_saves = !choices.save_preset.empty() && !has_many_files &&
+                            choices.settings.input.path.empty() && choices.settings.output.path.empty();
+    if (!has_many_files && !only_saves) checkPaths(choices);
+    if (!choices.save_preset.empty()) savePreset(command, choices);
+    if (only_saves) return;
     installSignalHandlers();
     av_log_set_level(choices.verbose ? AV_LOG_WARNING : AV_LOG_QUIET);
     if (choices.verbose) Vorlin::setLogLevel(Vorlin::LOG_DEBUG);
