@@ -235,9 +235,40 @@ TEST_F(Batch, ReportsWhatFailedAndWhyAndGoesOn) {
     EXPECT_THAT(text.out, HasSubstr("(exit code 4)"));
     EXPECT_EQ(text.err, "sonivex: 2 of 4 files failed\n");
 
+    const auto quiet = run(batchCommand({"--quiet"}));
+    EXPECT_EQ(quiet.exit_code, 14);
+    EXPECT_EQ(quiet.out, "");
+    EXPECT_THAT(quiet.err, HasSubstr("sonivex: " + file("in/0.wav") + ": cannot open"));
+    EXPECT_THAT(quiet.err, HasSubstr("sonivex: " + file("in/1.mkv") + ": "));
+    EXPECT_THAT(quiet.err, HasSubstr("sonivex: 2 of 4 files failed\n"));
+    EXPECT_EQ(std::count(quiet.err.begin(), quiet.err.end(), '\n'), 3);
+
     fs::remove(file("in/0.wav"));
     fs::remove(file("in/1.mkv"));
     EXPECT_EQ(batch().at("summary").at("skipped"), 2);
+}
+
+TEST_F(Batch, ReportsDamagedInputsAgainWhenItSkipsThem) {
+    makeInputs();
+    const auto size = fs::file_size(file("in/b.flac"));
+    fs::resize_file(file("in/b.flac"), size / 2);
+    for (const char* expected : {"rendered", "skipped"}) {
+        const auto results = batch({}, 13);
+        EXPECT_EQ(results.at("b.flac").at("result"), expected);
+        EXPECT_EQ(results.at("b.flac").at("exit_code"), 13);
+        EXPECT_EQ(results.at("b.flac").at("damaged"), true);
+        EXPECT_TRUE(results.at("b.flac").at("error").is_null());
+        EXPECT_EQ(results.at("a.wav").at("damaged"), false);
+        EXPECT_EQ(results.at("summary").at("damaged"), 1);
+        EXPECT_EQ(results.at("summary").at("failed"), 0);
+    }
+    const auto text = run(batchCommand());
+    EXPECT_EQ(text.exit_code, 13);
+    EXPECT_THAT(text.out, HasSubstr("damaged   1 file"));
+    EXPECT_THAT(text.err, HasSubstr("sonivex: a part of 1 of 2 files is lost"));
+    EXPECT_EQ(batch({"--ignore-damage"}).at("summary").at("damaged"), 0);
+    test::writeFile(file("in/0.wav"), "This is no sound at all.\n");
+    EXPECT_EQ(batch({}, 14).at("summary").at("damaged"), 1);
 }
 
 TEST_F(Batch, LeavesAFileThatItHasNotWritten) {

@@ -33,11 +33,13 @@ std::string files(size_t count) {
 
 std::string asJson(const BatchResult& result) {
     const Json report = Json::parse(result.report, nullptr, false);
+    const bool has_failed = result.outcome == BatchOutcome::Failed;
     return lineOf({{"result", nameOf(result.outcome)},
                    {"input", result.input},
                    {"output", result.output},
                    {"exit_code", result.exit_code},
-                   {"error", result.error.empty() ? Json(nullptr) : Json(result.error)},
+                   {"damaged", result.is_damaged},
+                   {"error", has_failed ? Json(result.error) : Json(nullptr)},
                    {"seconds", result.seconds},
                    {"report", report.is_object() ? report : Json(nullptr)}});
 }
@@ -52,20 +54,22 @@ std::string asJson(const BatchReport& report) {
                    {"seconds", report.seconds}});
 }
 
+std::string errorLine(const BatchResult& result) {
+    return result.input + ": " + result.error;
+}
+
 std::string asText(const BatchReport& report) {
     std::string text = "rendered  " + files(report.rendered) + " in " + clockTime(report.seconds) + "\n";
     if (report.skipped > 0) text += "skipped   " + files(report.skipped) + ", finished before\n";
     if (report.not_begun > 0) text += "open      " + files(report.not_begun) + "\n";
     if (!report.damaged.empty()) {
         text += "damaged   " + files(report.damaged.size()) + ", rendered all the same\n";
-        for (const BatchResult& result : report.damaged)
-            text += "  " + result.input + ": " + result.error + "\n";
+        for (const BatchResult& result : report.damaged) text += "  " + errorLine(result) + "\n";
     }
     if (!report.failures.empty()) {
         text += "failed    " + files(report.failures.size()) + "\n";
         for (const BatchResult& result : report.failures) {
-            text += "  " + result.input + ": " + result.error + " (exit code " +
-                    std::to_string(result.exit_code) + ")\n";
+            text += "  " + errorLine(result) + " (exit code " + std::to_string(result.exit_code) + ")\n";
         }
     }
     return text;

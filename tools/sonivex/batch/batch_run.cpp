@@ -11,6 +11,7 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <system_error>
 
 #include "batch_journal.h"
@@ -51,18 +52,16 @@ std::vector<std::string> basisOf(const BatchSettings& settings) {
     return basis;
 }
 
-// The line for the user in what a process wrote to standard error.
+// The error in what a process wrote to standard error: its last line, if that is an error. What stands before
+// may come from the libraries that it uses.
 std::string errorIn(const std::string& messages) {
-    constexpr char kPrefix[] = "sonivex: ";
-    std::string error;
-    size_t start = 0;
-    while (start < messages.size()) {
-        const size_t end = std::min(messages.find('\n', start), messages.size());
-        const std::string line = messages.substr(start, end - start);
-        if (line.rfind(kPrefix, 0) == 0) error = line.substr(sizeof kPrefix - 1);
-        start = end + 1;
-    }
-    return error;
+    constexpr std::string_view kPrefix = "sonivex: ";
+    const size_t end = messages.find_last_not_of('\n');
+    if (end == std::string::npos) return {};
+    const size_t line_break = messages.find_last_of('\n', end);
+    const size_t start = line_break == std::string::npos ? 0 : line_break + 1;
+    const std::string line = messages.substr(start, end + 1 - start);
+    return line.starts_with(kPrefix) ? line.substr(kPrefix.size()) : std::string();
 }
 
 // Makes the folder and those above it. @throw Failure
@@ -194,14 +193,14 @@ class Batch {
     void skip(const Job& job, int exit_code) {
         ++report_.skipped;
         BatchResult result = resultOf(job, BatchOutcome::Skipped, exit_code);
-        on_result_(result);
+        if (result.is_damaged) result.error = "a part of it was lost when it was rendered";
+        report(std::move(result));
     }
 
     void fail(const Job& job, ExitCode exit_code, const std::string& error) {
         BatchResult result = resultOf(job, BatchOutcome::Failed, static_cast<int>(exit_code));
         result.error = error;
-        on_result_(result);
-        report_.failures.push_back(std::move(result));
+        report(std::move(result));
     }
 
     void finish(Job& job) {
@@ -227,19 +226,26 @@ class Batch {
             job.file.exit_code = exit_code;
             if (job.has_input_stamp) journal_.addFinished(job.file);
             ++report_.rendered;
-            on_result_(result);
-            if (exit_code != static_cast<int>(ExitCode::Success))
-                report_.damaged.push_back(std::move(result));
+            report(std::move(result));
             return;
         }
         result.outcome = BatchOutcome::Failed;
+        result.is_damaged = false;
         if (child.signal() != 0) {
             result.error = std::string("its process was ended by a signal: ") + ::strsignal(child.signal());
         } else if (result.error.empty()) {
             result.error = "its process ended without a message";
         }
+        report(std::move(result));
+    }
+
+    void report(BatchResult result) {
         on_result_(result);
-        report_.failures.push_back(std::move(result));
+        if (result.outcome == BatchOutcome::Failed) {
+            report_.failures.push_back(std::move(result));
+        } else if (result.is_damaged) {
+            report_.damaged.push_back(std::move(result));
+        }
     }
 
     static BatchResult resultOf(const Job& job, BatchOutcome outcome, int exit_code) {
@@ -248,6 +254,7 @@ class Batch {
         result.input = job.item.input;
         result.output = job.item.output;
         result.exit_code = exit_code;
+        result.is_damaged = exit_code == static_cast<int>(ExitCode::InputDamaged);
         result.seconds = secondsSince(job.start);
         return result;
     }

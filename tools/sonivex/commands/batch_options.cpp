@@ -143,6 +143,8 @@ void BatchOptions::run(const std::vector<std::string>& key_files, const RenderCh
     if (settings_.extension.empty() && format) settings_.extension = extensionOfFormat(*format);
     const BatchReport report = runBatch(settings_, console, [&](const BatchResult& file) {
         if (choices.json) result.write(asJson(file));
+        const bool is_wrong = file.outcome == BatchOutcome::Failed || file.is_damaged;
+        if (choices.quiet && is_wrong) printError(errorLine(file));
     });
     console.clearBar();
     if (choices.json) {
@@ -154,11 +156,14 @@ void BatchOptions::run(const std::vector<std::string>& key_files, const RenderCh
         throw Failure(signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated,
                       "interrupted; the same command continues where this one stopped");
     }
-    if (report.failures.empty()) return;
-    throw Failure(ExitCode::BatchFailed,
-                  std::to_string(report.failures.size()) + " of " +
-                      std::to_string(report.rendered + report.skipped + report.failures.size()) +
-                      " files failed");
+    const size_t total = report.rendered + report.skipped + report.failures.size();
+    const std::string of_all = " of " + std::to_string(total) + (total == 1 ? " file" : " files");
+    if (!report.failures.empty())
+        throw Failure(ExitCode::BatchFailed, std::to_string(report.failures.size()) + of_all + " failed");
+    if (report.damaged.empty()) return;
+    throw Failure(ExitCode::InputDamaged,
+                  "a part of " + std::to_string(report.damaged.size()) + of_all +
+                      " is lost; the outputs hold the rest and are complete (--ignore-damage accepts this)");
 }
 
 }  // namespace sonivex_tool

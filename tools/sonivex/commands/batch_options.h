@@ -26,7 +26,8 @@ class BatchOptions {
     /** Renders the files.
      *  @param key_files what every output depends on besides the files that the options name: the plug-in,
      *  see findPluginFile, and the preset
-     *  @throw Failure (BatchFailed) after the summary if a file failed; Failure if the batch cannot begin */
+     *  @throw Failure after the summary: BatchFailed if a file failed, or else InputDamaged if a part of one
+     *  is lost; Failure if the batch cannot begin */
     void run(const std::vector<std::string>& key_files, const RenderChoices& choices, Console& console,
              ResultStream& result);
 

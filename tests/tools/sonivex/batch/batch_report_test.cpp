@@ -39,6 +39,8 @@ TEST(BatchReport, SaysWhatFailedAndWhy) {
 TEST(BatchReport, NamesDamagedInputsWhoseOutputsAreComplete) {
     BatchReport report;
     BatchResult result = failure();
+    result.outcome = BatchOutcome::Rendered;
+    result.is_damaged = true;
     result.error = "2 packets lost";
     report.rendered = 1;
     report.damaged = {result};
@@ -57,9 +59,19 @@ TEST(BatchReport, WritesOneJsonObjectPerFile) {
     EXPECT_EQ(object.at("result"), "failed");
     EXPECT_EQ(object.at("exit_code"), 3);
     EXPECT_EQ(object.at("error"), result.error);
+    EXPECT_EQ(object.at("damaged"), false);
     EXPECT_EQ(object.at("report").at("effect"), "surround");
     result.report = "{\"effect\":";
     EXPECT_TRUE(nlohmann::json::parse(asJson(result)).at("report").is_null());
+}
+
+TEST(BatchReport, TellsProgramsThatACompleteOutputOfADamagedInputIsNoFailure) {
+    BatchResult result = failure();
+    result.outcome = BatchOutcome::Rendered;
+    result.is_damaged = true;
+    const auto object = nlohmann::json::parse(asJson(result));
+    EXPECT_EQ(object.at("damaged"), true);
+    EXPECT_TRUE(object.at("error").is_null());
 }
 
 TEST(BatchReport, ReplacesBytesThatAreNotUtf8) {
