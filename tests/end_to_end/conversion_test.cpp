@@ -175,6 +175,12 @@ TEST_F(RenderConversion, RaisesSpeechInASurroundMix) {
     EXPECT_EQ(test::decode(file("out.wav")).size(), 2U * 48000U);
 }
 
+TEST_F(RenderConversion, NamesTheLayoutsThatTheEffectSupports) {
+    const auto result = run({makeTones("in.wav", "stereo", 2, 48000), file("out.wav"), "--layout", "22.2"});
+    EXPECT_EQ(result.exit_code, 5);
+    EXPECT_THAT(result.err, HasSubstr("the normalizer supports mono, stereo, 5.1 or 7.1, not 22.2"));
+}
+
 TEST_F(RenderConversion, StrictRefusesWhatItWouldConvert) {
     const std::string in = makeTones("in.wav", "2.1", 3, 96000);
     auto result = run({in, file("out.wav"), "--strict"});

@@ -29,13 +29,25 @@ std::string verb(const std::vector<const Effect*>& chain, const std::string& plu
     return chain.size() > 1 ? plural : plural + "s";
 }
 
-std::string listOf(const std::vector<int>& numbers) {
+std::string listOf(const std::vector<std::string>& words) {
     std::string text;
-    for (size_t i = 0; i < numbers.size(); ++i) {
-        if (i > 0) text += i + 1 == numbers.size() ? " or " : ", ";
-        text += std::to_string(numbers[i]);
+    for (size_t i = 0; i < words.size(); ++i) {
+        if (i > 0) text += i + 1 == words.size() ? " or " : ", ";
+        text += words[i];
     }
     return text;
+}
+
+std::string listOf(const std::vector<int>& numbers) {
+    std::vector<std::string> words;
+    for (const int number : numbers) words.push_back(std::to_string(number));
+    return listOf(words);
+}
+
+std::string layoutsText(const std::vector<int>& counts) {
+    std::vector<std::string> names;
+    for (const int channels : counts) names.push_back(layoutName(defaultLayout(channels)));
+    return listOf(names);
 }
 
 std::string channelsText(const AVChannelLayout& layout) {
@@ -103,7 +115,7 @@ LayoutChoice planLayout(const AVChannelLayout& input, const std::vector<const Ef
     const auto choice = chooseLayout(wanted, chain);
     if (!choice) refuse(channelsUnsupported(chain, wanted.nb_channels));
     if ((settings.layout || settings.strict) && isMixed(wanted, choice->mixed))
-        refuse(unsupported(chain, layoutName(choice->mixed)) + ", not " + layoutName(wanted));
+        refuse(unsupported(chain, layoutsText(counts)) + ", not " + layoutName(wanted));
     return *choice;
 }
 
@@ -133,11 +145,11 @@ ConversionPlan planConversion(const AudioSpec& input, const std::vector<const Ef
                              verb(chain, "get") + " " + layoutName(layouts.mixed));
     }
     if (plan.isPadded()) {
+        const int silent = plan.work.channels() - plan.converted.channels();
         plan.notes.push_back(titlesOf(chain) + " " + verb(chain, "get") + " the " +
                              std::to_string(plan.converted.channels()) + " channels of " +
-                             channelsText(layouts.mixed) + " beside " +
-                             std::to_string(plan.work.channels() - plan.converted.channels()) +
-                             " silent ones, which OUT does not have");
+                             channelsText(layouts.mixed) + " beside " + std::to_string(silent) +
+                             (silent == 1 ? " silent one" : " silent ones") + ", which OUT does not have");
     }
     if (plan.work.rate_hz != input.rate_hz) {
         plan.notes.push_back("IN has " + std::to_string(input.rate_hz) + " Hz; " + titlesOf(chain) + " " +

@@ -115,9 +115,11 @@ TEST(ConversionPlan, RefusesEveryChangeThatStrictForbids) {
         refusal(audio("stereo", 96000), {kNormalizer}, {.strict = true}),
         std::pair(ExitCode::UnsupportedAudio, std::string("cannot render the audio: the normalizer supports "
                                                           "16000, 44100 or 48000 Hz, not 96000")));
-    EXPECT_EQ(refusal(audio("hexagonal", 48000), {kSurround}, {.strict = true}),
-              std::pair(ExitCode::UnsupportedAudio,
-                        std::string("cannot render the audio: surround supports 5.1, not hexagonal")));
+    EXPECT_EQ(
+        refusal(audio("hexagonal", 48000), {kSurround}, {.strict = true}),
+        std::pair(ExitCode::UnsupportedAudio,
+                  std::string("cannot render the audio: surround supports mono, stereo, 5.1 or 7.1, not "
+                              "hexagonal")));
 }
 
 TEST(ConversionPlan, RefusesChannelsWithoutNamesThatItWouldHaveToMix) {
