@@ -205,6 +205,54 @@ TEST_F(Film, KeepsTheRotationAndTheAspectRatioOfThePicture) {
     EXPECT_EQ(after["avg_frame_rate"], before["avg_frame_rate"]);
 }
 
+TEST_F(Film, SaysWhereTheRotationIsLost) {
+    test::makeFilm(file("plain.mp4"), {.video_codec = {"-c:v", "mpeg4"}, .audio_codec = {"-c:a", "aac"}});
+    test::ffmpeg({"-i", file("plain.mp4"), "-c", "copy", "-metadata:s:v:0", "rotate=90", file("turned.mp4")});
+    const auto notesOf = [this](const std::string& in, const std::string& out) {
+        return render({file(in), file(out), "--force"})["notes"].get<std::vector<std::string>>();
+    };
+    for (const char* out : {"out.mkv", "out.avi", "out.mp4"}) {
+        const auto notes = notesOf("turned.mp4", out);
+        const auto picture = test::probe(file(out))["streams"][0];
+        const bool is_kept = picture.contains("side_data_list") &&
+                             picture["side_data_list"][0]["side_data_type"] == "Display Matrix";
+        const auto is_noted = Contains(HasSubstr("stream 0 (video, mpeg4, und) loses its rotation"));
+        if (is_kept) {
+            EXPECT_THAT(notes, testing::Not(is_noted)) << out;
+        } else {
+            EXPECT_THAT(notes, is_noted) << out;
+        }
+        EXPECT_THAT(notesOf("plain.mp4", out), testing::Not(Contains(HasSubstr("rotation")))) << out;
+    }
+}
+
+TEST_F(Film, SaysThatAFormatCannotHoldTheChapters) {
+    test::makeRichFilm(folder_.path(), file("in.mkv"));
+    const auto left_out = HasSubstr("the chapters of IN are left out: wav files cannot hold them");
+    const auto wav = render({file("in.mkv"), file("out.wav")});
+    EXPECT_THAT(wav["notes"].get<std::vector<std::string>>(), Contains(left_out));
+    const auto mka = render({file("in.mkv"), file("out.mka")});
+    EXPECT_THAT(mka["notes"].get<std::vector<std::string>>(), testing::Not(Contains(HasSubstr("chapter"))));
+}
+
+TEST_F(Film, NamesTheOutputAndTheVideoThatTheMuxerRefuses) {
+    test::makeFilm(file("in.webm"), kVp9);
+    const auto result = run({file("in.webm"), file("out.mov")});
+    EXPECT_EQ(result.exit_code, 9);
+    EXPECT_THAT(result.err, HasSubstr("cannot write \"" + file("out.mov") +
+                                      "\": mov files cannot hold one of "
+                                      "the copied streams, most likely the vp9 video"));
+    EXPECT_THAT(result.err, HasSubstr("--audio-only"));
+    render({file("in.webm"), file("out.mov"), "--audio-only"});
+}
+
+TEST_F(Film, ACleanTransportStreamNeedsNoRepair) {
+    test::makeFilm(file("in.ts"), {.audio_codec = {"-c:a", "ac3", "-b:a", "448k"}});
+    const auto report = render({file("in.ts"), file("out.ts")});
+    EXPECT_THAT(report["notes"].get<std::vector<std::string>>(),
+                testing::Not(Contains(HasSubstr("timestamps"))));
+}
+
 TEST_F(Film, RendersTheSameBytesEveryTime) {
     test::makeRichFilm(folder_.path(), file("in.mkv"));
     for (const std::string extension : {"mp4", "mkv", "mka", "opus", "ogg"}) {

@@ -41,7 +41,7 @@ TEST_F(RenderFailure, RejectsWrongUsage) {
         expectFailure({in, out, "--fps", number}, 2, "--fps");
         expectFailure({in, out, "--speed", number}, 2, "--speed");
     }
-    expectFailure({in, out, "--voice", "0.5"}, 2, "--voice");
+    expectFailure({in, out, "--voice", "0.5"}, 2, "--voice: must be a finite number of at least 1, not");
     expectFailure({in, out, "--mode", "4"}, 2, "--mode");
     expectFailure({in, out, "--type", "Loud"}, 2, "--type");
     expectFailure({in, out, "--frame-size", "0"}, 2, "--frame-size");
@@ -113,6 +113,18 @@ TEST_F(RenderFailure, RejectsAnUnsuitableOutputFormat) {
     expectFailure({file("in.wav"), file("out.xyz")}, 9, ".xyz");
     expectFailure({file("in.wav"), file("out.png")}, 9, ".png");
     expectFailure({file("in.wav"), file("out.mp3")}, 9, "mp3 does not support 6 channels");
+}
+
+TEST_F(RenderFailure, NamesABitRateThatTheEncoderRefuses) {
+    test::makeQuietSpeech(file("in.wav"), 2);
+    expectFailure({file("in.wav"), file("out.opus"), "--bitrate", "2M"}, 9,
+                  "the encoder of opus refuses --bitrate 2000000 bit/s");
+}
+
+TEST_F(RenderFailure, RefusesDescriptorsOtherThanTheStandardOnes) {
+    test::makeQuietSpeech(file("in.wav"), 2);
+    expectFailure({file("in.wav"), "pipe:2", "--format", "wav"}, 2, "not \"pipe:2\"");
+    expectFailure({"pipe:3", file("out.wav")}, 2, "not \"pipe:3\"");
 }
 
 TEST_F(RenderFailure, ReportsAMissingPlugin) {

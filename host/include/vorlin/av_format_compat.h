@@ -12,6 +12,20 @@ extern "C" {
 
 namespace Vorlin::av {
 
+/** Whether the muxers of Matroska and WebM write the rotation of a video. They do not in 5.1. */
+constexpr bool kMatroskaHoldsRotation = LIBAVFORMAT_VERSION_MAJOR >= 61;
+
+/** Returns true if a stream has a matrix by which a player turns or mirrors it.
+ *  [any] */
+inline bool hasDisplayMatrix(const AVStream& stream) {
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(60, 15, 100)
+    return av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr) != nullptr;
+#else
+    return av_packet_side_data_get(stream.codecpar->coded_side_data, stream.codecpar->nb_coded_side_data,
+                                   AV_PKT_DATA_DISPLAYMATRIX) != nullptr;
+#endif
+}
+
 /** Copies the side data of a stream, such as its rotation. Call it after avcodec_parameters_copy, which
  *  copies them itself since 6.1.
  *  @return 0 or a negative AVERROR.

@@ -60,7 +60,7 @@ double parsedBitRate(std::string text) {
 
 CLI::Validator finiteFrom(double lowest, double highest) {
     std::string range = "must be a finite number of at least " + CLI::detail::to_string(lowest);
-    if (highest < std::numeric_limits<double>::max())
+    if (highest < std::numeric_limits<float>::max())  // a limit of the arithmetic tells the user nothing
         range += " and at most " + CLI::detail::to_string(highest);
     return CLI::Validator(
         [lowest, highest, range](const std::string& text) {

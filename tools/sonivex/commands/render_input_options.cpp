@@ -34,7 +34,8 @@ void addInputOptions(CLI::App& command, RenderChoices& choices) {
         ->group(kInputGroup);
     command
         .add_flag("--trim-start", settings.trim_start,
-                  "Begin OUT with the first sample of IN, even if it starts late")
+                  "Audio files: begin OUT with the first sample of IN, even if it\n"
+                  "starts late. In a film the sound stays with the picture")
         ->group(kInputGroup);
     command.add_flag("--ignore-damage", settings.ignore_damage, "Exit with 0 even if a part of IN was lost")
         ->group(kInputGroup);

@@ -30,11 +30,15 @@ AudioEncoder::AudioEncoder(const EncoderPlan& plan, bool global_header, PacketRe
         encoder_->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
     const int result = avcodec_open2(encoder_.get(), plan_.codec, nullptr);
     if (result >= 0) return;
-    std::string audio = layoutName(plan_.spec.layout) + " at " + std::to_string(plan_.spec.rate_hz) + " Hz";
-    if (plan_.bit_rate > 0) audio += " and " + std::to_string(plan_.bit_rate) + " bit/s";
-    throw Failure(ExitCode::OutputFormat, std::string("cannot encode the output: ") +
-                                              avcodec_get_name(plan_.codec->id) + " does not support " +
-                                              audio + ": " + errorText(result));
+    const std::string audio =
+        layoutName(plan_.spec.layout) + " at " + std::to_string(plan_.spec.rate_hz) + " Hz";
+    const std::string bits = std::to_string(plan_.bit_rate) + " bit/s";
+    const std::string codec = avcodec_get_name(plan_.codec->id);
+    std::string reason = codec + " does not support " + audio;
+    if (plan_.bit_rate > 0) reason += " and " + bits;
+    if (plan_.has_chosen_bit_rate)
+        reason = "the encoder of " + codec + " refuses --bitrate " + bits + " for " + audio;
+    throw Failure(ExitCode::OutputFormat, "cannot encode the output: " + reason + ": " + errorText(result));
 }
 
 void AudioEncoder::check(int result) {

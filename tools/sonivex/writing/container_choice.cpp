@@ -7,6 +7,7 @@
 
 #include "failure.h"
 #include "result_stream.h"
+#include "vorlin/av_format_compat.h"
 
 namespace sonivex_tool {
 namespace {
@@ -142,6 +143,11 @@ bool holdsPicture(const AVOutputFormat& muxer, AVCodecID codec) {
 
 bool holdsAttachments(const AVOutputFormat& muxer) {
     return isOneOf(muxer, "matroska");
+}
+
+bool holdsRotation(const AVOutputFormat& muxer) {
+    if (isOneOf(muxer, "matroska webm")) return Vorlin::av::kMatroskaHoldsRotation;
+    return isOneOf(muxer, "mp4 mov ipod psp 3gp 3g2 f4v ismv");
 }
 
 bool needsSeeking(const AVOutputFormat& muxer) {

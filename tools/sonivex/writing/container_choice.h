@@ -36,6 +36,9 @@ bool holdsAttachments(const AVOutputFormat& muxer);
 /** Returns true if the container stores chapters. */
 bool holdsChapters(const AVOutputFormat& muxer);
 
+/** Returns true if libavformat writes the rotation of a video into the container. */
+bool holdsRotation(const AVOutputFormat& muxer);
+
 /** Returns true if a file of the container is useless until its beginning is completed at the end, which a
  * pipe
  * does not allow. */

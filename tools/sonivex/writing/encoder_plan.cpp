@@ -67,8 +67,9 @@ AVChannelLayout chooseLayout(const OutputSettings& settings, const AVCodec& code
     }
     if (same_count == nullptr) {
         throw refusal(settings, std::string(avcodec_get_name(codec.id)) + " does not support " +
-                                    std::to_string(wanted.nb_channels) + " channels (" + layoutName(wanted) +
-                                    ")");
+                                    std::to_string(wanted.nb_channels) +
+                                    (wanted.nb_channels == 1 ? " channel (" : " channels (") +
+                                    layoutName(wanted) + ")");
     }
     return *same_count;
 }
@@ -87,6 +88,7 @@ void chooseBitRate(EncoderPlan& plan, const OutputSettings& settings) {
     const int64_t full = kBitsPerSecondPerChannel * plan.spec.channels();
     const int64_t usual = plan.spec.rate_hz < kFullBandwidthHz ? full / 2 : full;
     plan.bit_rate = settings.bit_rate.value_or(usual);
+    plan.has_chosen_bit_rate = settings.bit_rate.has_value();
 }
 
 }  // namespace

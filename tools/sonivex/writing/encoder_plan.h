@@ -14,10 +14,11 @@ namespace sonivex_tool {
 struct EncoderPlan {
     const AVOutputFormat* muxer = nullptr;
     const AVCodec* codec = nullptr;
-    AudioSpec spec;                  // of the encoder's input
-    int bits_per_sample = 0;         // significant bits if fewer than the format has, else 0
-    int64_t bit_rate = 0;            // bit/s of all channels; 0 for a lossless encoder
-    std::vector<std::string> notes;  // for the user, one line each
+    AudioSpec spec;                    // of the encoder's input
+    int bits_per_sample = 0;           // significant bits if fewer than the format has, else 0
+    int64_t bit_rate = 0;              // bit/s of all channels; 0 for a lossless encoder
+    bool has_chosen_bit_rate = false;  // the user asked for it
+    std::vector<std::string> notes;    // for the user, one line each
 };
 
 /** Picks from `choices` the lowest rate that is not below `wanted`, or the highest rate if all are below it.

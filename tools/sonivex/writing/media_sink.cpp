@@ -28,6 +28,10 @@ int samplesPerTick(const AVOutputFormat& muxer, int rate_hz) {
                : 1;
 }
 
+std::string counted(uint64_t count, const std::string& one, const std::string& many) {
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
 bool isMp4(const AVOutputFormat& muxer) {
     return isOneOf(muxer, "mp4 mov ipod psp 3gp 3g2 f4v ismv");
 }
@@ -118,16 +122,31 @@ void MediaSink::openMuxer() {
     output_.throwIfFailed();
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
     if (result >= 0) return;
-    const std::string audio = std::string(muxer.name) + " does not support " +
-                              avcodec_get_name(plan_.encoder.codec->id) + " with " +
-                              layoutName(plan_.encoder.spec.layout);
-    const bool copies =
-        std::any_of(copied_.begin(), copied_.end(), [](const auto& stream) { return stream != nullptr; });
-    std::any_of(copied_.begin(), copied_.end(), [](const auto& s) { return s != nullptr; });
+    refuseHeader(result);
+}
+
+// Muxers do not say which stream they refuse.
+void MediaSink::refuseHeader(int result) const {
+    const std::string format = plan_.encoder.muxer->name;
+    const std::string name = plan_.is_streamed ? "to standard output" : "\"" + plan_.path + "\"";
+    const auto is_copied = [](const StreamPlan& stream) { return stream.fate == StreamFate::Copied; };
+    const auto is_moving = [](const StreamPlan& stream) {
+        return stream.fate == StreamFate::Copied && stream.facts.kind == AVMEDIA_TYPE_VIDEO &&
+               !stream.facts.is_picture;
+    };
+    std::string reason;
+    if (std::none_of(plan_.streams.begin(), plan_.streams.end(), is_copied)) {
+        reason = format + " files cannot hold " + avcodec_get_name(plan_.encoder.codec->id) + " with " +
+                 layoutName(plan_.encoder.spec.layout);
+    } else {
+        const auto video = std::find_if(plan_.streams.begin(), plan_.streams.end(), is_moving);
+        const std::string suspect =
+            video == plan_.streams.end() ? "" : ", most likely the " + video->facts.codec_name + " video";
+        reason = format + " files cannot hold one of the copied streams" + suspect +
+                 "; choose another format, or --audio-only";
+    }
     throw Failure(ExitCode::OutputFormat,
-                  "cannot write the output: " + audio +
-                      (copies ? " or one of the copied streams (--audio-only copies none)" : "") + ": " +
-                      errorText(result));
+                  "cannot write " + name + ": " + reason + " (" + errorText(result) + ")");
 }
 
 void MediaSink::writePictures() {
@@ -205,9 +224,11 @@ std::vector<std::string> MediaSink::notes() const {
     for (const auto& stream : copied_) repaired += stream != nullptr ? stream->repaired() : 0;
     std::vector<std::string> notes;
     if (repaired > 0)
-        notes.push_back("the timestamps of " + std::to_string(repaired) + " copied packets were repaired");
+        notes.push_back("the timestamps of " + counted(repaired, "copied packet was", "copied packets were") +
+                        " repaired");
     if (damaged_packets_ > 0)
-        notes.push_back(std::to_string(damaged_packets_) + " damaged packets could not be copied");
+        notes.push_back(counted(damaged_packets_, "damaged packet", "damaged packets") +
+                        " could not be copied");
     return notes;
 }
 

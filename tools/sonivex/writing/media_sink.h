@@ -51,6 +51,7 @@ class MediaSink {
     void addStreams();
     void addRendered(const AVStream& source);
     void openMuxer();
+    [[noreturn]] void refuseHeader(int result) const;
     void writePictures();
     void startAudio(double audio_start_s);
     void writeAudio(AVPacket& packet);

@@ -28,6 +28,15 @@ OutputPlan planOutput(const OutputSettings& settings, const AVFormatContext& fil
         const StreamPlan& stream = plan.streams[i];
         if (stream.is_noted)
             plan.notes.push_back(describeStream(stream.facts, i) + " is left out: " + stream.reason);
+        if (stream.facts.is_rotated && stream.fate == StreamFate::Copied && !holdsRotation(muxer))
+            plan.notes.push_back(describeStream(stream.facts, i) +
+                                 " loses its rotation: libavformat does not write it into " + muxer.name +
+                                 " files");
+    }
+    if (file.nb_chapters > plan.chapters) {
+        plan.notes.push_back((file.nb_chapters == 1 ? "the chapter of IN is" : "the chapters of IN are") +
+                             std::string(" left out: ") + muxer.name + " files cannot hold " +
+                             (file.nb_chapters == 1 ? "it" : "them"));
     }
     return plan;
 }

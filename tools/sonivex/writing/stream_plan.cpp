@@ -4,6 +4,7 @@
 
 #include "container_choice.h"
 #include "failure.h"
+#include "vorlin/av_format_compat.h"
 
 namespace sonivex_tool {
 namespace {
@@ -99,6 +100,7 @@ std::vector<StreamFacts> factsOf(const AVFormatContext& file, int rendered) {
         facts.codec_name = codecName(parameters);
         facts.language = language != nullptr ? language->value : "";
         facts.is_picture = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+        facts.is_rotated = Vorlin::av::hasDisplayMatrix(stream);
         facts.is_rendered = static_cast<int>(i) == rendered;
         const bool has_units = facts.codec == AV_CODEC_ID_H264 || facts.codec == AV_CODEC_ID_HEVC;
         facts.has_mp4_units = has_units && parameters.extradata_size > 0 && parameters.extradata[0] == 1;

@@ -15,6 +15,7 @@ struct StreamFacts {
     std::string codec_name;   // libavcodec's, or the container's four letters
     std::string language;     // as the container names it; empty if unknown
     bool is_picture = false;  // cover art
+    bool is_rotated = false;  // has a matrix by which a player turns or mirrors it
     bool is_rendered = false;
     bool has_mp4_units = false;  // H.264 or HEVC in the form of MP4 and Matroska, which AVI does not take
     bool is_helper = false;      // data that the container's own fields repeat: titles of chapters, time code
