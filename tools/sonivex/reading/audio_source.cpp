@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "audio_tracks.h"
 #include "failure.h"
 #include "interrupt.h"
 #include "ogg_end.h"
@@ -22,11 +23,6 @@ constexpr double kErrorReach_s = 5.0;
 constexpr double kBeyondEnd_s = 10.0;
 // A stream that begins so much later than its file begins with it: timestamps are rounded to 1 ms.
 constexpr double kSameStart_s = 0.002;
-
-std::string tagOf(const AVStream& stream, const char* key) {
-    const AVDictionaryEntry* entry = av_dict_get(stream.metadata, key, nullptr, 0);
-    return entry != nullptr ? entry->value : "";
-}
 
 // Returns true if the container states neither timestamps nor a length, so that both are guessed.
 bool isBareStream(const AVFormatContext& container) {
@@ -58,22 +54,15 @@ AudioSource::AudioSource(const InputSettings& settings)
 
 void AudioSource::chooseStream(const InputSettings& settings) {
     AVFormatContext& file = file_.container();
-    std::vector<AudioTrack> tracks;
-    std::vector<int> indices;
-    for (unsigned i = 0; i < file.nb_streams; ++i) {
-        AVStream& stream = *file.streams[i];
-        if (!settings.keeps_packets) stream.discard = AVDISCARD_ALL;
-        if (stream.codecpar->codec_type != AVMEDIA_TYPE_AUDIO) continue;
-        tracks.push_back({tagOf(stream, "language"), tagOf(stream, "title"),
-                          (stream.disposition & AV_DISPOSITION_DEFAULT) != 0});
-        indices.push_back(static_cast<int>(i));
-    }
+    const auto [tracks, indices] = audioTracksOf(file);
     const std::string cannot_open = "cannot open \"" + settings.path + "\": it has no audio stream";
     if (tracks.empty()) throw Failure(ExitCode::NoAudio, cannot_open);
     const std::optional<size_t> chosen = chooseTrack(tracks, settings.stream);
     if (!chosen)
         throw Failure(ExitCode::NoAudio, cannot_open + " " + *settings.stream + ", only " + listOf(tracks));
     stream_index_ = indices[*chosen];
+    for (unsigned i = 0; i < file.nb_streams && !settings.keeps_packets; ++i)
+        file.streams[i]->discard = AVDISCARD_ALL;
     file.streams[stream_index_]->discard = AVDISCARD_DEFAULT;
     delivered_.assign(file.nb_streams, settings.keeps_packets);
     info_.stream_number = static_cast<int>(*chosen);

@@ -8,8 +8,8 @@ namespace sonivex_tool {
 
 /** An audio stream as the container describes it. */
 struct AudioTrack {
-    std::string language;  // ISO 639 code, "eng" or "en"; empty if unknown
-    std::string title;     // empty if there is none
+    std::string language;  // ISO 639 code, "eng" or "en"; one line; empty if unknown
+    std::string title;     // one line; empty if there is none
     bool is_default = false;
 };
 
