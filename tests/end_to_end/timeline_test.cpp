@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "end_to_end/media/decoded_input.h"
 #include "end_to_end/media/media.h"
@@ -53,6 +54,36 @@ TEST_F(TimelineOfAFile, LateAudioBeginsWithSilence) {
         EXPECT_EQ(trimmed.samples, test::decode16(film));
         EXPECT_THAT(trimmed.notes, Not(HasSubstr("begins late")));
         EXPECT_EQ(trimmed.samples, sound());
+    }
+}
+
+TEST_F(TimelineOfAFile, AudioThatBeginsFarIntoAFilmBeginsWithSilence) {
+    test::makeNoise(file("noise.wav"), 3);
+    const auto sound = test::decode16(file("noise.wav"));
+    for (const auto& [name, codec, start_s] : std::vector<std::tuple<std::string, std::string, size_t>>{
+             {"8.mkv", "flac", 8}, {"8.ts", "s302m", 8}}) {
+        SCOPED_TRACE(name);
+        const std::string start = std::to_string(start_s);
+        test::ffmpeg({"-f",         "lavfi",
+                      "-i",         "testsrc=duration=" + std::to_string(start_s + 4) + ":size=64x64:rate=5",
+                      "-itsoffset", start,
+                      "-i",         file("noise.wav"),
+                      "-map",       "0:v",
+                      "-map",       "1:a",
+                      "-c:v",       "mpeg2video",
+                      "-r",         "25",
+                      "-c:a",       codec,
+                      "-strict",    "-2",
+                      file(name)});
+        const auto read = readInput(file(name));
+        EXPECT_EQ(read.exit_code, 0) << read.notes;
+        EXPECT_THAT(read.notes, HasSubstr("begins late; "));
+        EXPECT_NEAR(static_cast<double>(leadingZeros(read.samples)), static_cast<double>(start_s) * 96000,
+                    0.05 * 96000);
+        ASSERT_GT(read.samples.size(), sound.size());
+        const auto end = read.samples.end() - static_cast<std::ptrdiff_t>(sound.size());
+        EXPECT_TRUE(std::equal(end, read.samples.end(), sound.begin()));
+        EXPECT_EQ(leadingZeros(read.samples) - leadingZeros(sound), read.samples.size() - sound.size());
     }
 }
 

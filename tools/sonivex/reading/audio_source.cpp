@@ -23,6 +23,8 @@ constexpr double kErrorReach_s = 5.0;
 constexpr double kBeyondEnd_s = 10.0;
 // A stream that begins so much later than its file begins with it: timestamps are rounded to 1 ms.
 constexpr double kSameStart_s = 0.002;
+// A first frame may come so much after the start of its own stream: a decoder gives no samples for priming.
+constexpr double kLongestPriming_s = 0.5;
 
 // Returns true if the container states neither timestamps nor a length, so that both are guessed.
 bool isBareStream(const AVFormatContext& container) {
@@ -124,14 +126,17 @@ void AudioSource::deliverPackets(const std::vector<bool>& streams) {
 
 void AudioSource::insertLeadIn() {
     if (policy_ == TimelinePolicy::Ignore || frames_.empty()) return;
-    const double file_start_s = presentationStart_s(container());
-    const double own_start_s = startOf_s(stream()).value_or(file_start_s);
+    const std::optional<double> file_start_s = presentationStart_s(container());
     const std::optional<int64_t> position = frames_.front().position;
-    // A first frame may come after the start of its own stream: a decoder gives no samples for priming.
-    if (!position || own_start_s - file_start_s <= kSameStart_s) return;
-    const double lead_in_s = static_cast<double>(*position) / info_.spec.rate_hz - file_start_s;
+    if (!position || !file_start_s) return;
+    const double position_s = static_cast<double>(*position) / info_.spec.rate_hz;
+    // The start that libavformat states is unknown, or a guess, if the first packet is far into the file.
+    std::optional<double> own_start_s = startOf_s(stream());
+    if (!own_start_s || position_s - *own_start_s > kLongestPriming_s) own_start_s = position_s;
+    if (*own_start_s - *file_start_s <= kSameStart_s) return;
+    const double lead_in_s = position_s - *file_start_s;
     if (lead_in_s <= 0.0) return;
-    if (lead_in_s > TimelineRepair::kLongestGap_s) {
+    if (lead_in_s > longestLeadIn_s(container())) {
         ++timeline_report_.jumps;
         return;
     }

@@ -6,6 +6,9 @@
 namespace sonivex_tool {
 namespace {
 
+// A day. No recording is silent for longer before its sound begins.
+constexpr double kLongestLeadIn_s = 24.0 * 3600.0;
+
 // Matroska states the length of a stream in a tag, "00:00:06.021000000".
 std::optional<double> lengthTag_s(const AVStream& stream) {
     const AVDictionaryEntry* entry = av_dict_get(stream.metadata, "DURATION", nullptr, 0);
@@ -54,7 +57,7 @@ std::optional<double> statedEnd_s(const AVFormatContext& container, const AVStre
     return start + static_cast<double>(container.duration) / AV_TIME_BASE;
 }
 
-double presentationStart_s(const AVFormatContext& container) {
+std::optional<double> presentationStart_s(const AVFormatContext& container) {
     std::optional<double> earliest;
     for (unsigned i = 0; i < container.nb_streams; ++i) {
         const AVStream& stream = *container.streams[i];
@@ -62,7 +65,14 @@ double presentationStart_s(const AVFormatContext& container) {
         const auto start = startOf_s(stream);
         if (start && (!earliest || *start < *earliest)) earliest = start;
     }
-    return earliest.value_or(0.0);
+    return earliest;
+}
+
+double longestLeadIn_s(const AVFormatContext& container) {
+    const bool is_stated = container.duration != AV_NOPTS_VALUE && container.duration > 0 &&
+                           container.duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
+    if (!is_stated) return kLongestLeadIn_s;
+    return std::min(static_cast<double>(container.duration) / AV_TIME_BASE, kLongestLeadIn_s);
 }
 
 }  // namespace sonivex_tool

@@ -12,8 +12,12 @@ namespace sonivex_tool {
 std::optional<double> statedEnd_s(const AVFormatContext& container, const AVStream& audio);
 
 /** Returns the time at which the first audio or video stream of a file begins, on the container's clock, in
- *  seconds; 0 if none of them tells. Pictures such as a cover do not count. */
-double presentationStart_s(const AVFormatContext& container);
+ *  seconds, or nothing if none of them tells. Pictures such as a cover do not count. */
+std::optional<double> presentationStart_s(const AVFormatContext& container);
+
+/** Returns how much later than its file a stream can begin, in seconds: within the file's length, and within a
+ *  day. A later start is an error in the timestamps. */
+double longestLeadIn_s(const AVFormatContext& container);
 
 /** Returns a stream's own start, or nothing, on the container's clock, in seconds. */
 std::optional<double> startOf_s(const AVStream& stream);

@@ -91,4 +91,31 @@ TEST_F(AudioSourceOfAFilm, LeadInBringsTheAudioToTheStartOfThePicture) {
     EXPECT_FALSE(source.damageReport().isDamaged());
 }
 
+TEST(AudioSource, LeadInIsLongerThanLibavformatLooksAhead) {
+    const test::TemporaryFolder folder;
+    const std::string path = folder.file("late.mkv");
+    const auto made = test::runProcess({"ffmpeg",     "-nostdin",
+                                        "-v",         "error",
+                                        "-f",         "lavfi",
+                                        "-i",         "testsrc=duration=704:size=64x64:rate=1",
+                                        "-itsoffset", "700",
+                                        "-f",         "lavfi",
+                                        "-i",         "sine=duration=1.5:sample_rate=48000",
+                                        "-map",       "0",
+                                        "-map",       "1",
+                                        "-c:v",       "mpeg4",
+                                        "-c:a",       "pcm_s16le",
+                                        path});
+    ASSERT_EQ(made.exit_code, 0) << made.err;
+    InputSettings settings;
+    settings.path = path;
+    AudioSource source(settings);
+    source.insertLeadIn();
+    int64_t frames = 0;
+    for (FramePtr frame = source.read(); frame != nullptr; frame = source.read()) frames += frame->nb_samples;
+    EXPECT_EQ(frames, 700 * 48000 + 72000);
+    EXPECT_NEAR(source.timelineReport().lead_in_s, 700.0, 0.001);
+    EXPECT_EQ(source.timelineReport().jumps, 0U);
+}
+
 }  // namespace
