@@ -6,6 +6,7 @@
 #include "audio_tracks.h"
 #include "failure.h"
 #include "interrupt.h"
+#include "lead_in.h"
 #include "ogg_end.h"
 #include "stated_end.h"
 #include "stream_choice.h"
@@ -21,27 +22,17 @@ constexpr double kMissingEnd_s = 0.25;
 constexpr double kErrorReach_s = 5.0;
 // No frame belongs so much later than the stated end.
 constexpr double kBeyondEnd_s = 10.0;
-// A stream that begins so much later than its file begins with it: timestamps are rounded to 1 ms.
-constexpr double kSameStart_s = 0.002;
-// A first frame may come so much after the start of its own stream: a decoder gives no samples for priming.
-constexpr double kLongestPriming_s = 0.5;
-
-// Returns true if the container states neither timestamps nor a length, so that both are guessed.
-bool isBareStream(const AVFormatContext& container) {
-    return container.nb_streams == 1 && container.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
-}
-
-[[noreturn]] void failWithoutSamples(const std::string& path) {
-    throw Failure(ExitCode::NoAudio, "cannot decode \"" + path + "\": its audio stream yields no samples");
-}
+// Packets before the first audio frame are read twice rather than kept beyond this, if the file can be.
+constexpr int64_t kMostKeptOfAFile_bytes = int64_t{16} << 20U;
 
 }  // namespace
 
 AudioSource::AudioSource(const InputSettings& settings)
-    : path_(settings.path),
-      file_(settings.path),
-      policy_(settings.timeline),
-      packet_(allocated(av_packet_alloc())) {
+    : path_(settings.path), policy_(settings.timeline), packet_(allocated(av_packet_alloc())) {
+    file_.emplace(path_);
+    const bool can_restart = file_->canRestart();
+    kept_ = KeptPackets(can_restart ? std::min(kMostKeptOfAFile_bytes, settings.most_kept_bytes)
+                                    : settings.most_kept_bytes);
     chooseStream(settings);
     decoder_.emplace(settings.path, stream());
     stated_end_s_ = statedEnd_s(container(), stream());
@@ -52,10 +43,30 @@ AudioSource::AudioSource(const InputSettings& settings)
         describe();
     }
     converter_.emplace(info_.spec);
+    if (kept_.isGivenUp() && can_restart) restart(settings);
+    kept_.removeLimit();
+}
+
+// Reads the file from its beginning again, with what is known of its audio.
+void AudioSource::restart(const InputSettings& settings) {
+    decoder_.reset();
+    frames_ = DecodedFrames();
+    kept_ = KeptPackets(0);
+    file_->rewind();
+    file_.emplace(path_);
+    const int old_index = stream_index_;
+    chooseStream(settings);
+    if (stream_index_ != old_index)
+        throw Failure(ExitCode::InputNotReadable, "cannot read \"" + path_ + "\": it changed meanwhile");
+    decoder_.emplace(path_, stream());
+    decoded_spec_.reset();
+    reader_is_at_end_ = false;
+    errors_before_frame_ = 0;
+    invented_frames_ = 0;
 }
 
 void AudioSource::chooseStream(const InputSettings& settings) {
-    AVFormatContext& file = file_.container();
+    AVFormatContext& file = file_->container();
     const auto [tracks, indices] = audioTracksOf(file);
     const std::string cannot_open = "cannot open \"" + settings.path + "\": it has no audio stream";
     if (tracks.empty()) throw Failure(ExitCode::NoAudio, cannot_open);
@@ -80,13 +91,9 @@ void AudioSource::describe() {
     spec_ = info_.spec;
     const int bits = decoder_->context().bits_per_raw_sample;
     if (bits > 0 && bits < 8 * av_get_bytes_per_sample(info_.spec.format)) info_.bits_per_sample = bits;
-    if (stream().duration != AV_NOPTS_VALUE && stream().duration > 0) {
-        info_.length_seconds = static_cast<double>(stream().duration) * av_q2d(stream().time_base);
-    } else if (container().duration != AV_NOPTS_VALUE && container().duration > 0) {
-        info_.length_seconds = static_cast<double>(container().duration) / AV_TIME_BASE;
-    }
-    double start_s = startOf_s(stream()).value_or(0.0);
-    if (first.position) start_s = static_cast<double>(*first.position) / info_.spec.rate_hz;
+    info_.length_seconds = statedLength_s(container(), stream());
+    if (first.position) first_position_s_ = static_cast<double>(*first.position) / info_.spec.rate_hz;
+    const double start_s = first_position_s_.value_or(startOf_s(stream()).value_or(0.0));
     const int64_t origin = container().start_time;
     info_.start_seconds =
         start_s - (origin != AV_NOPTS_VALUE ? static_cast<double>(origin) / AV_TIME_BASE : 0.0);
@@ -100,7 +107,9 @@ void AudioSource::describeEmpty(const std::string& path) {
     const AVCodecContext& codec = decoder_->context();
     const bool is_valid = errorsSoFar() == 0 && codec.sample_rate > 0 && codec.ch_layout.nb_channels > 0 &&
                           codec.sample_fmt != AV_SAMPLE_FMT_NONE;
-    if (!is_valid) failWithoutSamples(path);
+    if (!is_valid)
+        throw Failure(ExitCode::NoAudio,
+                      "cannot decode \"" + path + "\": its audio stream yields no samples");
     FramePtr described(allocated(av_frame_alloc()));
     described->format = codec.sample_fmt;
     described->sample_rate = codec.sample_rate;
@@ -113,45 +122,35 @@ void AudioSource::describeEmpty(const std::string& path) {
 }
 
 void AudioSource::deliverPackets(const std::vector<bool>& streams) {
-    AVFormatContext& file = file_.container();
+    AVFormatContext& file = file_->container();
     for (unsigned i = 0; i < file.nb_streams; ++i) {
         const bool is_ours = static_cast<int>(i) == stream_index_;
         delivered_[i] = i < streams.size() && streams[i] && !is_ours;
         if (!delivered_[i] && !is_ours) file.streams[i]->discard = AVDISCARD_ALL;
     }
-    std::erase_if(other_packets_, [this](const PacketPtr& packet) {
-        return !delivered_[static_cast<size_t>(packet->stream_index)];
-    });
+    kept_.keepOnly(delivered_);
+    if (kept_.isGivenUp() && std::find(delivered_.begin(), delivered_.end(), true) != delivered_.end())
+        throw Failure(ExitCode::InputNotReadable,
+                      "cannot copy other streams of \"" + path_ +
+                          "\": its audio begins too late to read it from a pipe; read it from a file");
 }
 
 void AudioSource::insertLeadIn() {
-    if (policy_ == TimelinePolicy::Ignore || frames_.empty()) return;
-    const std::optional<double> file_start_s = presentationStart_s(container());
-    const std::optional<int64_t> position = frames_.front().position;
-    if (!position || !file_start_s) return;
-    const double position_s = static_cast<double>(*position) / info_.spec.rate_hz;
-    // The start that libavformat states is unknown, or a guess, if the first packet is far into the file.
-    std::optional<double> own_start_s = startOf_s(stream());
-    if (!own_start_s || position_s - *own_start_s > kLongestPriming_s) own_start_s = position_s;
-    if (*own_start_s - *file_start_s <= kSameStart_s) return;
-    const double lead_in_s = position_s - *file_start_s;
-    if (lead_in_s <= 0.0) return;
-    if (lead_in_s > longestLeadIn_s(container())) {
-        ++timeline_report_.jumps;
-        return;
-    }
-    silence_ += std::llround(lead_in_s * info_.spec.rate_hz);
-    timeline_report_.lead_in_s = lead_in_s;
+    if (policy_ == TimelinePolicy::Ignore || !first_position_s_) return;
+    const std::optional<double> lead_in_s = leadIn_s(container(), stream(), *first_position_s_);
+    if (!lead_in_s) ++timeline_report_.jumps;
+    timeline_report_.lead_in_s = lead_in_s.value_or(0.0);
+    silence_ += std::llround(timeline_report_.lead_in_s * info_.spec.rate_hz);
 }
 
 uint64_t AudioSource::errorsSoFar() const {
-    const ReadFaults faults = file_.faults();
+    const ReadFaults faults = file_->faults();
     return faults.errors + faults.corrupt_packets + faults.messages + decoder_->errors();
 }
 
 void AudioSource::readPacket() {
-    const uint64_t messages_before = file_.faults().messages;
-    if (!file_.read(*packet_)) {
+    const uint64_t messages_before = file_->faults().messages;
+    if (!file_->read(*packet_)) {
         reader_is_at_end_ = true;
         decoder_->sendEnd();
         takeFrames();
@@ -164,7 +163,7 @@ void AudioSource::readPacket() {
         decoder_->send(*packet_);
         takeFrames();
     } else if (index < delivered_.size() && delivered_[index]) {
-        other_packets_.push_back(std::move(packet_));
+        kept_.push(std::move(packet_));
         packet_.reset(allocated(av_packet_alloc()));
     }
 }
@@ -237,7 +236,7 @@ FramePtr AudioSource::silence() {
 void AudioSource::finish() {
     if (is_finished_) return;
     is_finished_ = true;
-    const ReadFaults faults = file_.faults();
+    const ReadFaults faults = file_->faults();
     damage_.ends_prematurely =
         faults.is_given_up || faults.messages > messages_before_packet_ || endsWithinOggPage(path_);
     if (!stated_end_s_ || !info_.has_samples) return;
@@ -248,11 +247,7 @@ void AudioSource::finish() {
 SourceItem AudioSource::next() {
     while (true) {
         throwIfInterrupted();
-        if (!other_packets_.empty()) {
-            PacketPtr packet = std::move(other_packets_.front());
-            other_packets_.pop_front();
-            return {nullptr, std::move(packet)};
-        }
+        if (PacketPtr packet = kept_.pop()) return {nullptr, std::move(packet)};
         if (!frames_.isReady()) {
             if (!reader_is_at_end_) {
                 readPacket();
@@ -288,12 +283,12 @@ FramePtr AudioSource::read() {
 }
 
 uint64_t AudioSource::decodeErrors() const {
-    return file_.faults().errors + decoder_->errors() + invented_frames_;
+    return file_->faults().errors + decoder_->errors() + invented_frames_;
 }
 
 DamageReport AudioSource::damageReport() const {
     DamageReport report = damage_;
-    const ReadFaults faults = file_.faults();
+    const ReadFaults faults = file_->faults();
     report.read_errors = faults.errors;
     report.corrupt_packets = faults.corrupt_packets;
     report.decode_errors = decoder_->errors() + invented_frames_;

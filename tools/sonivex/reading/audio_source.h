@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,6 +10,7 @@
 #include "decoded_frames.h"
 #include "format_converter.h"
 #include "input_settings.h"
+#include "kept_packets.h"
 #include "media_file.h"
 #include "source_info.h"
 #include "source_report.h"
@@ -52,7 +52,9 @@ class AudioSource {
 
     /** Makes `next` deliver the packets of these streams, the file's first ones included. Call it before the
      * first `next`, and only with InputSettings::keeps_packets.
-     * @param streams one entry for each stream of the container; the audio stream's own does not count */
+     * @param streams one entry for each stream of the container; the audio stream's own does not count
+     * @throw Failure (InputNotReadable) if the file is a pipe whose audio begins after more packets than
+     *  InputSettings::most_kept_bytes, which are lost */
     void deliverPackets(const std::vector<bool>& streams);
 
     /** Puts silence before the first frame if the stream begins later than the other streams of its file.
@@ -69,7 +71,7 @@ class AudioSource {
     FramePtr read();
 
     /** Makes `next` and `read` end soon, as if the file ended there. Any thread may call it. */
-    void abandon() { file_.abandon(); }
+    void abandon() { file_->abandon(); }
 
     /** Packets, frames and places of the file that could not be decoded or read so far. */
     uint64_t decodeErrors() const;
@@ -79,12 +81,13 @@ class AudioSource {
     DamageReport damageReport() const;
 
     /** The opened file; owned by this object. */
-    const AVFormatContext& container() const { return file_.container(); }
+    const AVFormatContext& container() const { return file_->container(); }
     /** The stream that is decoded; owned by this object. */
-    const AVStream& stream() const { return *file_.container().streams[stream_index_]; }
+    const AVStream& stream() const { return *file_->container().streams[stream_index_]; }
 
   private:
     void chooseStream(const InputSettings& settings);
+    void restart(const InputSettings& settings);
     void describe();
     void describeEmpty(const std::string& path);
     void readPacket();
@@ -97,16 +100,17 @@ class AudioSource {
     uint64_t errorsSoFar() const;
 
     std::string path_;
-    MediaFile file_;
+    std::optional<MediaFile> file_;
     TimelinePolicy policy_;
     int stream_index_ = -1;
     SourceInfo info_;
     std::optional<AudioDecoder> decoder_;
     PacketPtr packet_;
-    std::deque<PacketPtr> other_packets_;
+    KeptPackets kept_{0};
     std::vector<bool> delivered_;  // streams whose packets are kept
     DecodedFrames frames_;
     std::optional<double> stated_end_s_;
+    std::optional<double> first_position_s_;  // of the first frame, on the container's clock
     std::optional<TimelineRepair> timeline_;
     std::optional<AudioSpec> decoded_spec_;  // of the last frame that waits or came out
     std::optional<AudioSpec> spec_;          // of the last frame that came out

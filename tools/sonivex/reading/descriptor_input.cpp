@@ -33,6 +33,10 @@ DescriptorInput::~DescriptorInput() {
     if (closing_ == Closing::Close) (void)close(descriptor_);
 }
 
+void DescriptorInput::rewind() {
+    (void)lseek(descriptor_, origin_, SEEK_SET);
+}
+
 int DescriptorInput::readPacket(void* opaque, uint8_t* buffer, int size) {
     const DescriptorInput& input = *static_cast<DescriptorInput*>(opaque);
     while (true) {

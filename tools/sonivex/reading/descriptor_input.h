@@ -24,6 +24,9 @@ class DescriptorInput {
     DescriptorInput(const DescriptorInput&) = delete;
     DescriptorInput& operator=(const DescriptorInput&) = delete;
 
+    /** Puts the descriptor of a regular file back where it stood at first. */
+    void rewind();
+
     /** The context to read from; owned by this object. */
     AVIOContext* io() { return io_; }
 

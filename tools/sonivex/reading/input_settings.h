@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -18,6 +19,9 @@ struct InputSettings {
      *  it, the stream that the container marks as default, or else the first one. */
     std::optional<std::string> stream = {};
     TimelinePolicy timeline = TimelinePolicy::Keep;
+    /** Data of other streams that is kept in memory if it precedes the audio of a file that cannot be read
+     *  twice, such as a pipe. */
+    int64_t most_kept_bytes = int64_t{256} << 20U;
     bool keeps_packets = false;  // of the other streams, from the beginning, for AudioSource::deliverPackets
 };
 

@@ -125,6 +125,15 @@ bool MediaFile::read(AVPacket& packet) {
     return false;
 }
 
+bool MediaFile::canRestart() const {
+    const AVIOContext* io = container_->pb;
+    return io != nullptr && (io->seekable & AVIO_SEEKABLE_NORMAL) != 0;
+}
+
+void MediaFile::rewind() {
+    if (descriptor_ != nullptr) descriptor_->rewind();
+}
+
 ReadFaults MediaFile::faults() const {
     ReadFaults faults = faults_;
     faults.messages = messages_->count();

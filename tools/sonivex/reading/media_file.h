@@ -41,6 +41,11 @@ class MediaFile {
     /** Makes `read` end soon, as if the file ended there. Any thread may call it. */
     void abandon() { is_abandoned_ = true; }
 
+    /** Returns true if the file can be opened again after `rewind`, and then holds the same. */
+    bool canRestart() const;
+    /** Puts a descriptor back where it was before it was read. Nothing can be read from this object then. */
+    void rewind();
+
     /** The opened container. Its streams' `discard` may be changed. */
     AVFormatContext& container() { return *container_; }
     const AVFormatContext& container() const { return *container_; }

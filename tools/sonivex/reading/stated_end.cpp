@@ -6,9 +6,6 @@
 namespace sonivex_tool {
 namespace {
 
-// A day. No recording is silent for longer before its sound begins.
-constexpr double kLongestLeadIn_s = 24.0 * 3600.0;
-
 // Matroska states the length of a stream in a tag, "00:00:06.021000000".
 std::optional<double> lengthTag_s(const AVStream& stream) {
     const AVDictionaryEntry* entry = av_dict_get(stream.metadata, "DURATION", nullptr, 0);
@@ -68,11 +65,15 @@ std::optional<double> presentationStart_s(const AVFormatContext& container) {
     return earliest;
 }
 
-double longestLeadIn_s(const AVFormatContext& container) {
-    const bool is_stated = container.duration != AV_NOPTS_VALUE && container.duration > 0 &&
-                           container.duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
-    if (!is_stated) return kLongestLeadIn_s;
-    return std::min(static_cast<double>(container.duration) / AV_TIME_BASE, kLongestLeadIn_s);
+std::optional<double> statedLength_s(const AVFormatContext& container, const AVStream& stream) {
+    if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0)
+        return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+    if (container.duration == AV_NOPTS_VALUE || container.duration <= 0) return std::nullopt;
+    return static_cast<double>(container.duration) / AV_TIME_BASE;
+}
+
+bool isBareStream(const AVFormatContext& container) {
+    return container.nb_streams == 1 && container.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
 }
 
 }  // namespace sonivex_tool

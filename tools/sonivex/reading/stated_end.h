@@ -15,9 +15,11 @@ std::optional<double> statedEnd_s(const AVFormatContext& container, const AVStre
  *  seconds, or nothing if none of them tells. Pictures such as a cover do not count. */
 std::optional<double> presentationStart_s(const AVFormatContext& container);
 
-/** Returns how much later than its file a stream can begin, in seconds: within the file's length, and within a
- *  day. A later start is an error in the timestamps. */
-double longestLeadIn_s(const AVFormatContext& container);
+/** Returns the length of a stream, or of its file, in seconds, or nothing. It may be an estimate. */
+std::optional<double> statedLength_s(const AVFormatContext& container, const AVStream& stream);
+
+/** Returns true if a file states neither timestamps nor a length, so that both are guessed. */
+bool isBareStream(const AVFormatContext& container);
 
 /** Returns a stream's own start, or nothing, on the container's clock, in seconds. */
 std::optional<double> startOf_s(const AVStream& stream);

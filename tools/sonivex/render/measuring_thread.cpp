@@ -1,5 +1,7 @@
 #include "measuring_thread.h"
 
+#include <libavutil/samplefmt.h>
+
 namespace sonivex_tool {
 namespace {
 
@@ -11,7 +13,11 @@ MeasuringThread::MeasuringThread(const AudioSpec& spec, Peaks peaks)
     : meter_(spec, peaks), thread_(kWaitingFrames, [this](const FramePtr& frame) { meter_.add(*frame); }) {}
 
 void MeasuringThread::add(const AVFrame& frame) {
-    thread_.push(FramePtr(allocated(av_frame_clone(&frame))));
+    const AudioSpec spec = specOf(frame);
+    FramePtr copy = makeFrame(spec, frame.nb_samples);
+    av_samples_copy(copy->extended_data, frame.extended_data, 0, 0, frame.nb_samples, spec.channels(),
+                    spec.format);
+    thread_.push(std::move(copy));
 }
 
 Loudness MeasuringThread::finish() {

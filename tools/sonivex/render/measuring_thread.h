@@ -11,7 +11,7 @@ class MeasuringThread {
     /** @throw as LoudnessMeter does */
     explicit MeasuringThread(const AudioSpec& spec, Peaks peaks = Peaks::Samples);
 
-    /** Appends a frame. Its samples are shared, not copied, so nobody may change them any more. */
+    /** Appends a frame. The samples are copied: a copy costs little, and the threads share nothing. */
     void add(const AVFrame& frame);
     /** Waits for the last frame and returns the loudness of all. */
     Loudness finish();

@@ -1,7 +1,11 @@
 #include "audio_source.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
+#include <thread>
+
+#include "failure.h"
 #include "support/processes/process.h"
 #include "support/processes/temporary_folder.h"
 
@@ -68,6 +72,38 @@ TEST_F(AudioSourceOfAFilm, DeliversThePacketsOfTheStreamsAskedFor) {
     EXPECT_EQ(counts.packets, 50) << "the packets before the first frame must not be lost";
     EXPECT_TRUE(counts.is_in_order);
     EXPECT_EQ(counts.frames, 72000);
+}
+
+TEST_F(AudioSourceOfAFilm, DeliversAllPacketsOfAFileThatItReadsTwiceToSaveMemory) {
+    InputSettings settings;
+    settings.path = film_;
+    settings.keeps_packets = true;
+    settings.most_kept_bytes = 1;
+    AudioSource source(settings);
+    source.deliverPackets({true, false, false});
+    source.insertLeadIn();
+    const Counts counts = count(source);
+    EXPECT_EQ(counts.packets, 50);
+    EXPECT_TRUE(counts.is_in_order);
+    EXPECT_EQ(counts.frames, 24000 + 72000);
+    EXPECT_FALSE(source.damageReport().isDamaged());
+}
+
+TEST_F(AudioSourceOfAFilm, RefusesAPipeWhosePacketsDoNotFitIntoMemory) {
+    const std::string pipe = folder_.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    std::thread writer([&] { (void)test::runProcess({"cp", film_, pipe}); });
+    {
+        InputSettings settings;
+        settings.path = pipe;
+        settings.keeps_packets = true;
+        settings.most_kept_bytes = 1;
+        AudioSource source(settings);
+        EXPECT_THROW(source.deliverPackets({true, false, false}), Failure);
+        source.deliverPackets({false, false, false});
+        EXPECT_EQ(count(source).frames, 72000);
+    }
+    writer.join();
 }
 
 TEST_F(AudioSourceOfAFilm, DeliversNoPacketsOtherwise) {
