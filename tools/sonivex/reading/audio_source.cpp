@@ -35,7 +35,7 @@ AudioSource::AudioSource(const InputSettings& settings)
                                     : settings.most_kept_bytes);
     chooseStream(settings);
     decoder_.emplace(settings.path, stream());
-    stated_end_s_ = statedEnd_s(container(), stream());
+    stated_end_s_ = statedEnd_s(path_, container(), stream());
     fill();
     if (frames_.empty()) {
         describeEmpty(settings.path);
@@ -241,7 +241,8 @@ void AudioSource::finish() {
         faults.is_given_up || faults.messages > messages_before_packet_ || endsWithinOggPage(path_);
     if (!stated_end_s_ || !info_.has_samples) return;
     const double end_s = timeline_->end_s().value_or(output_s_);
-    if (*stated_end_s_ - end_s > kMissingEnd_s) damage_.missing_end_s = *stated_end_s_ - end_s;
+    if (*stated_end_s_ - end_s > (damage_.ends_prematurely ? 0.0 : kMissingEnd_s))
+        damage_.missing_end_s = *stated_end_s_ - end_s;
 }
 
 SourceItem AudioSource::next() {

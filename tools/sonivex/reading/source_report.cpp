@@ -40,6 +40,15 @@ bool DamageReport::isDamaged() const {
            missing_end_s > 0.0 || ends_prematurely;
 }
 
+bool DamageReport::isLossKnown() const {
+    if (ends_prematurely) return missing_end_s > 0.0;
+    return !isDamaged() || lost_s() > 0.0;
+}
+
+std::string DamageReport::lossText() const {
+    return isLossKnown() ? secondsText(lost_s()) : "an unknown part";
+}
+
 std::vector<std::string> sentencesOn(const std::string& path, const TimelineReport& timeline,
                                      const DamageReport& damage) {
     const std::string file = "\"" + path + "\"";

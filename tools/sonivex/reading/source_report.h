@@ -30,6 +30,10 @@ struct DamageReport {
     bool isDamaged() const;
     /** Returns the length of the audio that is known to be lost. */
     double lost_s() const { return filled_s + missing_end_s; }
+    /** Returns true if `lost_s` tells how much is lost: not if the file is cut off and states no length. */
+    bool isLossKnown() const;
+    /** Formats the length of what is lost: "3.200 s", or "an unknown part". */
+    std::string lossText() const;
 };
 
 /** Formats both reports for the user, as sentences that begin with the file.

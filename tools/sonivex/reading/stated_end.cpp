@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <string_view>
+
+#include "wav_end.h"
 
 namespace sonivex_tool {
 namespace {
@@ -16,6 +19,16 @@ std::optional<double> lengthTag_s(const AVStream& stream) {
         return std::nullopt;
     if (hours < 0 || minutes < 0 || !(seconds > 0.0)) return std::nullopt;
     return hours * 3600.0 + minutes * 60.0 + seconds;
+}
+
+// Uncompressed audio has a length that its bytes tell.
+std::optional<double> statedWavEnd_s(const std::string& path, const AVStream& audio) {
+    const AVCodecParameters& codec = *audio.codecpar;
+    const bool is_pcm = std::string_view(avcodec_get_name(codec.codec_id)).starts_with("pcm_");
+    if (!is_pcm || codec.sample_rate <= 0 || codec.block_align <= 0) return std::nullopt;
+    const std::optional<int64_t> bytes = statedWavBytes(path);
+    if (!bytes) return std::nullopt;
+    return static_cast<double>(*bytes) / codec.block_align / codec.sample_rate;
 }
 
 bool isSound(const AVStream& stream) {
@@ -42,7 +55,9 @@ std::optional<double> startOf_s(const AVStream& stream) {
     return static_cast<double>(stream.start_time) * av_q2d(stream.time_base);
 }
 
-std::optional<double> statedEnd_s(const AVFormatContext& container, const AVStream& audio) {
+std::optional<double> statedEnd_s(const std::string& path, const AVFormatContext& container,
+                                  const AVStream& audio) {
+    if (const auto end = statedWavEnd_s(path, audio)) return end;
     if (container.duration_estimation_method != AVFMT_DURATION_FROM_STREAM) return std::nullopt;
     // Writers disagree whether the tag holds the end of the stream or its length: take the earlier time.
     if (const auto end = lengthTag_s(audio)) return end;

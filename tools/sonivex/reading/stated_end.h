@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "av_objects.h"
 
@@ -9,7 +10,8 @@ namespace sonivex_tool {
 /** Returns the time at which an audio stream ends by what its container states, on the container's clock, in
  *  seconds. Returns nothing if the container states none, or one that only estimates: from the bit rate, from
  *  the timestamps at the end of the file, or with a video that may be longer. */
-std::optional<double> statedEnd_s(const AVFormatContext& container, const AVStream& audio);
+std::optional<double> statedEnd_s(const std::string& path, const AVFormatContext& container,
+                                  const AVStream& audio);
 
 /** Returns the time at which the first audio or video stream of a file begins, on the container's clock, in
  *  seconds, or nothing if none of them tells. Pictures such as a cover do not count. */

@@ -62,8 +62,8 @@ RenderReport render(const RenderSettings& settings, const std::shared_ptr<Vorlin
     const auto note_all = [&](const std::vector<std::string>& lines) {
         for (const std::string& line : lines) note(line);
     };
-    // The threads of the destination use the file and the preparation, so they must end before both, even if an
-    // exception ends the render. The preparation therefore reaches them by pointers that are set later.
+    // The threads of the destination use the file and the preparation, so they must end before both, even if
+    // an exception ends the render. So the preparation reaches them by pointers that are set later.
     Destination* taker = nullptr;
     MeasuringThread* input_taker = nullptr;
     Preparation preparation(settings, plugin,

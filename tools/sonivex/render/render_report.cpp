@@ -78,10 +78,13 @@ Json timelineJson(const TimelineReport& timeline) {
 
 Json damageJson(const DamageReport& damage) {
     return {
-        {"is_damaged", damage.isDamaged()},          {"read_errors", damage.read_errors},
-        {"corrupt_packets", damage.corrupt_packets}, {"decode_errors", damage.decode_errors},
-        {"filled_seconds", damage.filled_s},         {"missing_end_seconds", damage.missing_end_s},
-        {"lost_seconds", damage.lost_s()},
+        {"is_damaged", damage.isDamaged()},
+        {"read_errors", damage.read_errors},
+        {"corrupt_packets", damage.corrupt_packets},
+        {"decode_errors", damage.decode_errors},
+        {"filled_seconds", damage.filled_s},
+        {"missing_end_seconds", damage.missing_end_s},
+        {"lost_seconds", damage.isLossKnown() ? Json(damage.lost_s()) : Json(nullptr)},
     };
 }
 
@@ -159,8 +162,7 @@ std::string asText(const RenderReport& report) {
         line("Calls", std::to_string(report.pushed) + " of the filter, " + std::to_string(report.dropped) +
                           " dropped, " + std::to_string(report.bypassed) + " bypassed");
     if (!report.dumps.empty()) text += line("Dumped", dumpText(report));
-    if (report.damage.isDamaged())
-        text += line("Damage", fixed(report.damage.lost_s(), 3) + " s of IN are lost");
+    if (report.damage.isDamaged()) text += line("Damage", report.damage.lossText() + " of IN is lost");
     return text;
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <filesystem>
 #include <thread>
 
 #include "failure.h"
@@ -152,6 +153,28 @@ TEST(AudioSource, LeadInIsLongerThanLibavformatLooksAhead) {
     EXPECT_EQ(frames, 700 * 48000 + 72000);
     EXPECT_NEAR(source.timelineReport().lead_in_s, 700.0, 0.001);
     EXPECT_EQ(source.timelineReport().jumps, 0U);
+}
+
+TEST(AudioSource, TellsHowMuchOfAWavFileIsMissing) {
+    const test::TemporaryFolder folder;
+    const std::string path = folder.file("a.wav");
+    const auto made = test::runProcess({"ffmpeg", "-nostdin", "-v", "error", "-f", "lavfi", "-i",
+                                        "sine=duration=20:sample_rate=48000", path});
+    ASSERT_EQ(made.exit_code, 0) << made.err;
+    InputSettings settings;
+    settings.path = path;
+    const auto missing_s = [&] {
+        AudioSource source(settings);
+        while (source.read() != nullptr) {
+        }
+        return source.damageReport().missing_end_s;
+    };
+    EXPECT_EQ(missing_s(), 0.0);
+    const auto whole = std::filesystem::file_size(path);
+    std::filesystem::resize_file(path, whole - 8 * 96000);
+    EXPECT_NEAR(missing_s(), 8.0, 0.001);
+    std::filesystem::resize_file(path, whole - 8 * 96000 - 1001);
+    EXPECT_NEAR(missing_s(), 8.0 + 1001.0 / 96000, 0.001);
 }
 
 }  // namespace

@@ -30,6 +30,14 @@ TEST(SourceReport, TellsWhatWasLost) {
                 ElementsAre("\"in.ogg\" is damaged: it is cut off"));
 }
 
+TEST(SourceReport, TellsIfTheLengthOfTheLossIsUnknown) {
+    EXPECT_EQ(DamageReport{.ends_prematurely = true}.lossText(), "an unknown part");
+    EXPECT_EQ((DamageReport{.filled_s = 1.0, .ends_prematurely = true}.lossText()), "an unknown part");
+    EXPECT_EQ((DamageReport{.missing_end_s = 8.0, .ends_prematurely = true}.lossText()), "8.000 s");
+    EXPECT_EQ(DamageReport{.decode_errors = 1}.lossText(), "an unknown part");
+    EXPECT_EQ(DamageReport().lossText(), "0.000 s");
+}
+
 TEST(SourceReport, TellsWhatFollowingTheTimestampsChanged) {
     EXPECT_THAT(
         sentencesOn("a", {.lead_in_s = 1.5, .gaps = 2, .filled_s = 4.0, .overlaps = 1, .cut_s = 0.25}, {}),

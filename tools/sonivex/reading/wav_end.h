@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace sonivex_tool {
+
+/** Returns how many bytes of audio the header of a WAV file states, which libavformat does not tell if fewer
+ *  are there. Returns nothing for other files, for what is not a file, and for the placeholders of writers
+ *  that did not know the length. */
+std::optional<int64_t> statedWavBytes(const std::string& path);
+
+}  // namespace sonivex_tool
