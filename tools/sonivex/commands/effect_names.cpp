@@ -27,7 +27,7 @@ std::string whyNoChain(const std::string& text) {
         if (findEffect(name) == nullptr)
             return "unknown effect \"" + name + "\"" + didYouMean(name, effectNames());
         if (std::find(seen.begin(), seen.end(), name) != seen.end())
-            return "\"" + text + "\" names " + name + " twice";
+            return std::string("\"").append(text).append("\" names ").append(name).append(" twice");
         seen.push_back(name);
     }
     return {};

@@ -92,6 +92,7 @@ std::vector<PresetFile> allPresets() {
         for (const fs::path& path : presetsIn(folder)) found.emplace(path.stem().string(), path);
     }
     std::vector<PresetFile> presets;
+    presets.reserve(found.size());
     for (const auto& [name, path] : found) presets.push_back({name, titleOf(path), path});
     return presets;
 }

@@ -10,7 +10,7 @@ constexpr int kLowestRate_hz = 1000;
 constexpr int kHighestRate_hz = 768000;
 constexpr double kQuietestTarget_lufs = -70.0;  // EBU R128 measures nothing below
 constexpr double kLoudestTarget_lufs = -5.0;
-constexpr double kLowestPeak_dbtp = -20.0;
+constexpr double kLowestPeak_db = -20.0;
 
 }  // namespace
 
@@ -47,7 +47,7 @@ void addSoundOptions(CLI::App& command, RenderChoices& choices) {
         .add_option("--true-peak", choices.true_peak_dbtp,
                     "With --target-lufs: limit the true peak, -20 to 0 (default -1)")
         ->option_text("DBTP")
-        ->check(finiteFrom(kLowestPeak_dbtp, 0.0))
+        ->check(finiteFrom(kLowestPeak_db, 0.0))
         ->group(kLevelGroup);
     command
         .add_flag("--no-measure", choices.no_measure, "Measure neither loudness nor peaks; this is faster")

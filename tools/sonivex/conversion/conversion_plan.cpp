@@ -40,12 +40,14 @@ std::string listOf(const std::vector<std::string>& words) {
 
 std::string listOf(const std::vector<int>& numbers) {
     std::vector<std::string> words;
+    words.reserve(numbers.size());
     for (const int number : numbers) words.push_back(std::to_string(number));
     return listOf(words);
 }
 
 std::string layoutsText(const std::vector<int>& counts) {
     std::vector<std::string> names;
+    names.reserve(counts.size());
     for (const int channels : counts) names.push_back(layoutName(defaultLayout(channels)));
     return listOf(names);
 }

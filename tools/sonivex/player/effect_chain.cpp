@@ -11,7 +11,7 @@ AudioSpec EffectChain::outputSpec(const AudioSpec& input, const std::vector<cons
 }
 
 EffectChain::EffectChain(const FilterSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
-                         const AudioSpec& spec, Timeline::Output output) {
+                         const AudioSpec& spec, const Timeline::Output& output) {
     FilterSettings own = settings;
     AudioSpec stage_spec = spec;
     for (size_t i = 0; i < settings.chain.size(); ++i) {

@@ -33,7 +33,7 @@ class EffectChain {
     /** @param spec of every frame that is pushed.
      *  @param output receives the output of the last effect. */
     EffectChain(const FilterSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
-                const AudioSpec& spec, Timeline::Output output);
+                const AudioSpec& spec, const Timeline::Output& output);
 
     /** Pushes a frame of any length. */
     void push(const AVFrame& frame);
