@@ -67,9 +67,11 @@ void FilterRun::receive(std::unique_ptr<Vorlin::IQFFrame> frame) {
     if (output_error_ != nullptr) return;
     try {
         const auto* audio = dynamic_cast<Vorlin::AVQFFrame*>(frame.get());
-        const AVFrame* samples = audio != nullptr ? static_cast<AVFrame*>(*audio) : nullptr;
+        AVFrame* samples = audio != nullptr ? static_cast<AVFrame*>(*audio) : nullptr;
         if (samples == nullptr) return;
-        FramePtr out(allocated(av_frame_clone(samples)));
+        // The samples move out of the player's frame, so that the output may hand them to another thread.
+        FramePtr out(allocated(av_frame_alloc()));
+        av_frame_move_ref(out.get(), samples);
         if (keeps_channels_) setLayout(*out, spec_.layout);
         timeline_.accept(std::move(out));
     } catch (...) {
