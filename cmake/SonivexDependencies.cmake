@@ -1,22 +1,31 @@
-# The outside libraries as imported targets. Their headers count as system headers, so they cause no warnings.
+# The outside libraries as imported targets, as far as the chosen parts need them (SonivexParts.cmake). Their headers
+# count as system headers, so they cause no warnings. GLOBAL targets are visible to a project that adds this one with
+# add_subdirectory.
 find_package(PkgConfig REQUIRED)
-find_package(Threads REQUIRED)
 
-pkg_check_modules(LIBAVUTIL REQUIRED IMPORTED_TARGET libavutil>=57.28)
-pkg_check_modules(LIBAVFILTER REQUIRED IMPORTED_TARGET libavfilter>=8.44)
-pkg_check_modules(LIBAVFORMAT REQUIRED IMPORTED_TARGET libavformat>=59.27)
-pkg_check_modules(LIBAVCODEC REQUIRED IMPORTED_TARGET libavcodec>=59.37)
-pkg_check_modules(LIBSWRESAMPLE REQUIRED IMPORTED_TARGET libswresample>=4.7)
-pkg_check_modules(LIBEBUR128 REQUIRED IMPORTED_TARGET libebur128)
-pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo>=1.16)
-pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy>=1.0.3)
+pkg_check_modules(HWY REQUIRED IMPORTED_TARGET GLOBAL libhwy>=1.0.3)
+if(SONIVEX_HAS_DIALOGUE OR SONIVEX_FILTER)
+    pkg_check_modules(LIBAVUTIL REQUIRED IMPORTED_TARGET GLOBAL libavutil>=57.28)
+endif()
 
-# Only the generator of the impulse responses and the tests of its output need libmysofa. The output is committed.
-pkg_check_modules(LIBMYSOFA QUIET IMPORTED_TARGET libmysofa)
+if(SONIVEX_FILTER)
+    find_package(Threads REQUIRED)
+    pkg_check_modules(LIBAVFILTER REQUIRED IMPORTED_TARGET libavfilter>=8.44)
+    find_package(Boost 1.74 REQUIRED)
+    find_package(nlohmann_json 3.11 REQUIRED)
+endif()
 
-find_package(Boost 1.74 REQUIRED)
-find_package(nlohmann_json 3.11 REQUIRED)
-find_package(CLI11 2.1 REQUIRED)
+if(SONIVEX_TOOLS)
+    pkg_check_modules(LIBAVFORMAT REQUIRED IMPORTED_TARGET libavformat>=59.27)
+    pkg_check_modules(LIBAVCODEC REQUIRED IMPORTED_TARGET libavcodec>=59.37)
+    pkg_check_modules(LIBSWRESAMPLE REQUIRED IMPORTED_TARGET libswresample>=4.7)
+    pkg_check_modules(LIBEBUR128 REQUIRED IMPORTED_TARGET libebur128)
+    pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo>=1.16)
+    find_package(CLI11 2.1 REQUIRED)
+
+    # Only the generator of the impulse responses and the tests of its output need libmysofa. The output is committed.
+    pkg_check_modules(LIBMYSOFA QUIET IMPORTED_TARGET libmysofa)
+endif()
 
 if(SONIVEX_DEVELOPER)
     find_package(GTest REQUIRED)

@@ -3,15 +3,11 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "latency.h"
-
 namespace sonivex_tool {
 namespace {
 
-// Dialogue enhancement overlaps frames of 2048 samples by three quarters, so a block of input leaves three
-// hops after it arrives.
-constexpr int kDialogueHops = 3;
-constexpr int kDialogueHopFrames = 512;
+// Highest of the rates that dialogue enhancement processes; its timing is the same at the other.
+constexpr int kDialogueRate_hz = 48000;
 
 std::string listOf(const std::vector<int>& numbers) {
     std::string text;
@@ -36,8 +32,7 @@ const std::vector<Effect>& allEffects() {
          .exported_function = "aem_CreateNormalizer",
          .channels = {1, 2, 6, 8},
          .rates_hz = {16000, 44100, 48000},
-         .block_frames = 512,
-         .own_delay_frames = 0,
+         .timing = sonivex::normalizerTiming(),
          .output_channels = std::nullopt},
         {.name = "surround",
          .title = "surround",
@@ -45,8 +40,7 @@ const std::vector<Effect>& allEffects() {
          .exported_function = "aem_CreateSurround",
          .channels = {1, 2, 6, 8},
          .rates_hz = {44100, 48000},
-         .block_frames = 240,
-         .own_delay_frames = 0,
+         .timing = sonivex::surroundTiming(false, 2),
          .output_channels = 2},
         {.name = "dialogue",
          .title = "dialogue enhancement",
@@ -54,8 +48,7 @@ const std::vector<Effect>& allEffects() {
          .exported_function = "aem_CreateDialoguEnhance",
          .channels = {2},
          .rates_hz = {44100, 48000},
-         .block_frames = 512,
-         .own_delay_frames = kDialogueHops * kDialogueHopFrames,
+         .timing = sonivex::dialogueTiming(kDialogueRate_hz),
          .output_channels = std::nullopt},
     };
     return effects;
@@ -68,9 +61,7 @@ std::vector<std::string> effectNames() {
 }
 
 std::optional<int64_t> effectDelayFrames(const Effect& effect, int call_frames) {
-    const auto queueing = constantDelayFrames(effect.block_frames, call_frames);
-    if (!queueing) return std::nullopt;
-    return *queueing + effect.own_delay_frames;
+    return sonivex::delayInCalls_frames(effect.timing, call_frames);
 }
 
 const Effect* findEffect(const std::string& name) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "effect_timing.h"
+
 namespace sonivex_tool {
 
 // The effects of the filter as the command line knows them: their names, the audio that they process, their
@@ -22,8 +24,7 @@ struct Effect {
     std::string exported_function;       // exported by every plug-in that has the effect
     std::vector<int> channels;           // channel counts that it processes; others pass through untouched
     std::vector<int> rates_hz;           // sample rates that it processes; others pass through untouched
-    int block_frames;                    // length of its blocks
-    int own_delay_frames;                // delay beyond the queueing of its blocks
+    sonivex::EffectTiming timing;        // blocks and delay; responseTailFrames() tells the tail
     std::optional<int> output_channels;  // channels of the output, if other than those of the input
 };
 
@@ -34,7 +35,7 @@ const std::vector<Effect>& allEffects();
 std::vector<std::string> effectNames();
 
 /** Returns the delay of `effect`'s output in frames when every call has `call_frames` frames.
- *  @return nothing if calls of this length cause silent gaps in the middle of the sound (see latency.h) */
+ *  @return nothing if calls of this length cause silent gaps in the middle of the sound (effect_timing.h) */
 std::optional<int64_t> effectDelayFrames(const Effect& effect, int call_frames);
 
 /** Returns the effect of that name, or null. */

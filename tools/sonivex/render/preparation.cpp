@@ -25,7 +25,7 @@ void checkEffect(const Effect& effect, const FilterSettings& settings, const Vor
         throw Failure(ExitCode::Usage, "--frame-size " + std::to_string(settings.call_frames) +
                                            " would leave silent gaps in the output of " + effect.title +
                                            "; choose a divisor or a multiple of " +
-                                           std::to_string(effect.block_frames));
+                                           std::to_string(effect.timing.block_frames));
     }
     if (settings.threaded && settings.call_frames < kShortestThreadedCallFrames) {
         throw Failure(ExitCode::Usage, "--threaded needs a --frame-size of at least " +

@@ -18,10 +18,8 @@ float levelOfPeakDb(int peak) {
     return static_cast<float>(20.0 * std::log10(static_cast<double>(amplitude)));
 }
 
-}  // namespace
-
-float ddagcproc_dB(MixerState* mixer, const std::int16_t* input, int sample_count, std::int16_t* output,
-                   float start_gain_db) {
+// Sets the mixer's gain for a block.
+void followPeak(MixerState* mixer, const std::int16_t* input, int sample_count, float start_gain_db) {
     const float level_db = levelOfPeakDb(sonivex::largestMagnitude(input, sample_count));
 
     if (mixer->gainInitialised == 0) {
@@ -31,7 +29,20 @@ float ddagcproc_dB(MixerState* mixer, const std::int16_t* input, int sample_coun
 
     const float over_db = level_db + mixer->gainDb;
     if (over_db > 0.0F) mixer->gainDb = std::max(0.0F, mixer->gainDb - std::max(kSmallestStepDb, over_db));
+}
 
+}  // namespace
+
+float ddagcproc_dB(MixerState* mixer, const std::int16_t* input, int sample_count, std::int16_t* output,
+                   float start_gain_db) {
+    followPeak(mixer, input, sample_count, start_gain_db);
     mixproc(mixer, &input, &mixer->gainDb, 1, 1, sample_count, output);
+    return mixer->gainDb;
+}
+
+float applyGainStage(MixerState* mixer, const std::int16_t* input, int sample_count,
+                     const MixerBuffers& buffers, std::int16_t* output, float start_gain_db) {
+    followPeak(mixer, input, sample_count, start_gain_db);
+    mixWith(mixer, &input, &mixer->gainDb, 1, 1, sample_count, buffers, output);
     return mixer->gainDb;
 }

@@ -25,3 +25,9 @@
  *  [any] not real-time safe (the mixer allocates) */
 float ddagcproc_dB(MixerState* mixer, const std::int16_t* input, int sample_count, std::int16_t* output,
                    float start_gain_db);
+
+/** Process one block as ddagcproc_dB does, in memory of the caller.
+ *  @param buffers as for mixWith (mixer.h).
+ *  [any] real-time safe */
+float applyGainStage(MixerState* mixer, const std::int16_t* input, int sample_count,
+                     const MixerBuffers& buffers, std::int16_t* output, float start_gain_db);

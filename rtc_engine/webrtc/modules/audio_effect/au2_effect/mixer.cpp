@@ -59,8 +59,12 @@ void addInputs(const std::int16_t* const* inputs, const float* gains, bool gains
 
 int mixcreat(MixerState** mixer) {
     std::printf("mix Version: %s.\n", VerString);
-    *mixer = new (std::nothrow) MixerState{};
+    *mixer = makeMixer();
     return *mixer == nullptr ? -1 : 0;
+}
+
+MixerState* makeMixer() {
+    return new (std::nothrow) MixerState{};
 }
 
 void mixinit(MixerState* mixer, int channel_count, int per_sample_detect, float level) {
@@ -97,23 +101,33 @@ int mixproc(MixerState* mixer, const std::int16_t* const* inputs, const float* g
         buffers[c] = channel_blocks[c].data();
         if (buffers[c] == nullptr) return kNoMemoryForChannels;
     }
+    return mixWith(mixer, inputs, gains, gains_in_db, input_count, sample_count, {sum, buffers.data()},
+                   output);
+}
 
+int mixWith(MixerState* mixer, const std::int16_t* const* inputs, const float* gains, int gains_in_db,
+            int input_count, int sample_count, const MixerBuffers& buffers, std::int16_t* output) {
+    if (sample_count < 1) return 0;
+    const int channels = mixer->channelCount;
+    const int frames = sample_count / channels;
+    float* const sum = buffers.sum;
     std::fill_n(sum, sample_count, 0.0F);
     addInputs(inputs, gains, gains_in_db != 0, input_count, sample_count, sum);
 
     if (channels == 1) {
         // A mono sum needs no split or merge.
-        const int has_engaged = limiter_proc(&mixer->limiters[0], sum, frames, buffers[0]);
-        sonivex::floatToInt16(buffers[0], frames, output);
+        const int has_engaged = limiter_proc(&mixer->limiters[0], sum, frames, buffers.channels[0]);
+        sonivex::floatToInt16(buffers.channels[0], frames, output);
         return has_engaged;
     }
 
-    ChannelSplit_f(sum, sample_count, buffers.data(), channels);
+    ChannelSplit_f(sum, sample_count, buffers.channels, channels);
     bool has_engaged = false;
     for (std::size_t c = 0; c < static_cast<std::size_t>(channels); ++c) {
-        if (limiter_proc(&mixer->limiters[c], buffers[c], frames, buffers[c]) != 0) has_engaged = true;
+        float* const channel = buffers.channels[c];
+        if (limiter_proc(&mixer->limiters[c], channel, frames, channel) != 0) has_engaged = true;
     }
-    ChannelMerge_f(sum, frames, buffers.data(), channels);
+    ChannelMerge_f(sum, frames, buffers.channels, channels);
 
     sonivex::floatToInt16(sum, sample_count, output);
     return has_engaged ? 1 : 0;

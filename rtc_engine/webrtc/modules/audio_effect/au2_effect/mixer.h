@@ -29,6 +29,11 @@ struct MixerState {
  *  [any] not real-time safe (allocates, prints) */
 int mixcreat(MixerState** mixer);
 
+/** Allocates a zeroed mixer as mixcreat does, but prints nothing.
+ *  @return the mixer, which the caller frees with mixfree, or null when memory runs out.
+ *  [any, concurrent] not real-time safe: allocates */
+MixerState* makeMixer();
+
 /** Initialises or re-initialises a mixer.
  *  @param channel_count     1..8. Any other count zeroes the record, and mixproc then fails.
  *  @param per_sample_detect if it is not 0, the limiters use look-ahead.
@@ -49,6 +54,20 @@ void mixinit(MixerState* mixer, int channel_count, int per_sample_detect, float 
  *  [any] not real-time safe (allocates and frees its working blocks in every call) */
 int mixproc(MixerState* mixer, const std::int16_t* const* inputs, const float* gains, int gains_in_db,
             int input_count, int sample_count, std::int16_t* output);
+
+/** Memory for mixWith: one array for the sum and one for each channel, not overlapping. */
+struct MixerBuffers {
+    float* sum;              // [sample_count]
+    float* const* channels;  // [channel_count][sample_count / channel_count]
+};
+
+/** Mixes one block as mixproc does, in memory of the caller.
+ *  @param mixer   set up by mixinit.
+ *  @param buffers overwritten.
+ *  @return as mixproc, without the failures.
+ *  [any] real-time safe */
+int mixWith(MixerState* mixer, const std::int16_t* const* inputs, const float* gains, int gains_in_db,
+            int input_count, int sample_count, const MixerBuffers& buffers, std::int16_t* output);
 
 /** Frees a mixer.
  *  @return 0, or -1 for null.

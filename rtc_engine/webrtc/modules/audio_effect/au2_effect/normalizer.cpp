@@ -9,8 +9,10 @@
 
 #include "au2_limiter_owner.h"
 #include "effect_log.h"
+#include "effect_timing.h"
 #include "gain_stage.h"
 #include "mixer.h"
+#include "normalizer_control.h"
 #include "pcm.h"
 #include "rounding.h"
 #include "sample_ring.h"
@@ -18,7 +20,7 @@
 
 namespace {
 
-constexpr int kBlockFrames = 512;
+constexpr int kBlockFrames = sonivex::kNormalizerTimingBlock_frames;
 constexpr int kMaxBlockSamples = 10240;
 constexpr int kMaxChannels = kMaxBlockSamples / kBlockFrames;
 constexpr float kStartGainDb = 20.0F;
@@ -37,6 +39,7 @@ struct NormalizerHandle {
     std::int32_t sampleRate;
     MixerState* mixer;  // owned
     sonivex::Au2LimiterOwner limiter;
+    bool mixes_in_own_memory;  // false: the mixer allocates its working blocks
     alignas(sonivex::kCacheLineBytes) float blockIn[kMaxBlockSamples];
     alignas(sonivex::kCacheLineBytes) float blockOut[kMaxBlockSamples];
     sonivex::SampleRing inRing;
@@ -54,9 +57,15 @@ void processBlock(NormalizerHandle& handle, int block_samples) {
     alignas(sonivex::kCacheLineBytes) std::int16_t gained[kMaxBlockSamples];
     sonivex::readSamples(handle.inRing, block, block_samples);
 
-    // If the mixer gets no memory, it writes nothing and the block stays silent.
-    std::fill_n(gained, block_samples, std::int16_t{0});
-    ddagcproc_dB(handle.mixer, block, block_samples, gained, kStartGainDb);
+    if (handle.mixes_in_own_memory) {
+        // The mixer treats all channels as one sequence. The two arrays are free until it is done.
+        float* const mono = handle.blockOut;
+        applyGainStage(handle.mixer, block, block_samples, {handle.blockIn, &mono}, gained, kStartGainDb);
+    } else {
+        // If the mixer gets no memory, it writes nothing and the block stays silent.
+        std::fill_n(gained, block_samples, std::int16_t{0});
+        ddagcproc_dB(handle.mixer, block, block_samples, gained, kStartGainDb);
+    }
 
     sonivex::int16ToFloat(gained, block_samples, handle.blockIn);
     au2_limiter_proc(handle.limiter.get(), handle.blockIn, block_samples, handle.blockOut);
@@ -64,24 +73,58 @@ void processBlock(NormalizerHandle& handle, int block_samples) {
     sonivex::writeSamples(handle.outRing, block, block_samples);
 }
 
-}  // namespace
+void setUpMixer(MixerState* mixer) {
+    mixinit(mixer, 1, 0, 1.0F);
+}
 
-void* aem_CreateNormalizer(int channels, int sampleRate) {
-    const sonivex::RoundingToNearest rounding;
+// Returns null when memory runs out. `make_mixer` is mixcreat or a function that only allocates.
+std::unique_ptr<NormalizerHandle> makeHandle(int channels, int sample_rate, int (*make_mixer)(MixerState**)) {
     std::unique_ptr<NormalizerHandle> handle(new (std::nothrow) NormalizerHandle{});
-    if (handle == nullptr) return reportFailedCreation();
+    if (handle == nullptr) return nullptr;
     handle->channels = channels;
-    handle->sampleRate = sampleRate;
+    handle->sampleRate = sample_rate;
 
-    mixcreat(&handle->mixer);
-    if (handle->mixer == nullptr) return reportFailedCreation();
-    mixinit(handle->mixer, 1, 0, 1.0F);
+    make_mixer(&handle->mixer);
+    if (handle->mixer == nullptr) return nullptr;
+    setUpMixer(handle->mixer);
     try {
         handle->limiter = sonivex::makeAu2Limiter();
     } catch (const std::bad_alloc&) {
-        return reportFailedCreation();
+        return nullptr;
     }
+    return handle;
+}
+
+}  // namespace
+
+namespace sonivex {
+
+void* createNormalizer(int channels, int sample_rate_hz) {
+    const RoundingToNearest rounding;
+    const auto allocate_only = [](MixerState** mixer) {
+        *mixer = makeMixer();
+        return 0;
+    };
+    auto handle = makeHandle(channels, sample_rate_hz, allocate_only);
+    if (handle == nullptr) return nullptr;
+    handle->mixes_in_own_memory = true;
     return handle.release();
+}
+
+void resetNormalizer(void* handle) {
+    auto& normalizer = *static_cast<NormalizerHandle*>(handle);
+    clearRing(normalizer.inRing);
+    clearRing(normalizer.outRing);
+    setUpMixer(normalizer.mixer);
+    au2_limiter_reset(normalizer.limiter.get());
+}
+
+}  // namespace sonivex
+
+void* aem_CreateNormalizer(int channels, int sampleRate) {
+    const sonivex::RoundingToNearest rounding;
+    auto handle = makeHandle(channels, sampleRate, mixcreat);
+    return handle == nullptr ? reportFailedCreation() : handle.release();
 }
 
 int aem_ProcessNormalizer(void* handle, const short* in, short* out, int frames, int channels) {

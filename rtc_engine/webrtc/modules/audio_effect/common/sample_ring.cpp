@@ -12,6 +12,11 @@ std::int32_t wrapped(std::int32_t index) {
 
 }  // namespace
 
+void clearRing(SampleRing& ring) {
+    ring.readIndex = 0;
+    ring.writeIndex = 0;
+}
+
 int fillLevel(const SampleRing& ring) {
     return (ring.writeIndex - ring.readIndex + kRingSamples) % kRingSamples;
 }

@@ -26,6 +26,10 @@ struct SampleRing {
     std::int32_t writeIndex;
 };
 
+/** Drops all samples and puts both indices where those of a zeroed ring are.
+ *  [any] real-time safe */
+void clearRing(SampleRing& ring);
+
 /** @return the number of samples waiting to be read, 0..kRingCapacitySamples.
  *  [any] real-time safe */
 int fillLevel(const SampleRing& ring);

@@ -1,5 +1,6 @@
 #include "sonivex/dialoguenhance.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -7,8 +8,10 @@
 #include <memory>
 #include <new>
 
+#include "dialogue_control.h"
 #include "dialoguenhance_handle.h"
 #include "effect_log.h"
+#include "effect_timing.h"
 #include "framing.h"
 #include "rounding.h"
 #include "sample_ring.h"
@@ -19,27 +22,13 @@ namespace {
 
 constexpr int kChannels = 2;
 
-// A frame lasts about 43 ms at 48, 96 and 192 kHz.
-constexpr int kPoints = 2048;
-constexpr int kPointsOfHighRates = 4096;
-constexpr int kPointsOfVeryHighRates = 8192;
-constexpr int kHighRatesAboveHz = 50000;
-constexpr int kVeryHighRatesAboveHz = 100000;
-
-static_assert(kChannels * kPointsOfVeryHighRates / sonivex::kHopsPerFrame ==
-              sonivex::kDialogueMaxBlockSamples);
+static_assert(kChannels * sonivex::kDialogueLongestHop_frames == sonivex::kDialogueMaxBlockSamples);
 
 // Source name and line numbers are part of the log lines, see effect_log.h.
 constexpr const char* kLogSource = "dialoguenhance";
 constexpr int kLogLineProcess = 694;
 constexpr int kLogLineRelease = 758;
 constexpr const char* kLogNullHandle = "[audio]::kv dialoguenhance handle is NULL.\n";
-
-int pointsOf(int sample_rate_hz) {
-    if (sample_rate_hz > kVeryHighRatesAboveHz) return kPointsOfVeryHighRates;
-    if (sample_rate_hz > kHighRatesAboveHz) return kPointsOfHighRates;
-    return kPoints;
-}
 
 bool isFiniteAsFloat(double number) {
     return std::isfinite(static_cast<float>(number));
@@ -92,7 +81,53 @@ void processBlock(DialoguEnhanceHandle& handle, int block_samples) {
     sonivex::writeSamples(handle.outRing, block, block_samples);
 }
 
+// Prepares a zeroed handle for a rate. Returns false when memory runs out.
+bool prepare(DialoguEnhanceHandle& handle, int channels, int sample_rate) {
+    handle.channels = channels;
+    handle.sampleRate = sample_rate;
+    handle.hopSize = sonivex::dialogueTiming(sample_rate).block_frames;
+    handle.fftSize = handle.hopSize * sonivex::kHopsPerFrame;
+
+    if (!allocateArrays(handle) || !initTransforms(handle) || !makeLimiter(handle)) return false;
+    sonivex::makeSineWindow(handle.fftSize, handle.sineWindow.get());
+    return true;
+}
+
 }  // namespace
+
+namespace sonivex {
+
+void* createDialogue(int sample_rate_hz, double voice_level) {
+    const RoundingToNearest rounding;
+    std::unique_ptr<DialoguEnhanceHandle> handle(new (std::nothrow) DialoguEnhanceHandle{});
+    if (handle == nullptr || !prepare(*handle, kChannels, sample_rate_hz)) return nullptr;
+    handle->gainFloor = 1.0;
+    handle->gainScale = 1.0;
+    handle->voiceLevel = voice_level;
+    return handle.release();
+}
+
+void resetDialogue(void* handle) {
+    auto& enhancer = *static_cast<DialoguEnhanceHandle*>(handle);
+    clearRing(enhancer.inRing);
+    clearRing(enhancer.outRing);
+    enhancer.hops = {};
+    const auto points = static_cast<std::size_t>(enhancer.fftSize);
+    for (auto* ring : {&enhancer.inLeft, &enhancer.inRight, &enhancer.outLeft, &enhancer.outRight}) {
+        std::fill_n(ring->get(), points, 0.0F);
+    }
+    for (auto* magnitudes : {&enhancer.centre_magnitude, &enhancer.side_magnitude}) {
+        std::fill_n(magnitudes->get(), points / 2 + 1, 0.0F);
+    }
+    enhancer.presence = 0.0F;
+    au2_limiter_reset(enhancer.limiter.get());
+}
+
+void setDialogueVoiceLevel(void* handle, double voice_level) {
+    static_cast<DialoguEnhanceHandle*>(handle)->voiceLevel = voice_level;
+}
+
+}  // namespace sonivex
 
 void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
                                double voiceLevel) {
@@ -105,16 +140,10 @@ void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, d
         std::puts("[audio]::kv dialoguenhance handle is created failed.");
         return nullptr;
     }
-    handle->channels = channels;
-    handle->sampleRate = sampleRate;
+    if (!prepare(*handle, channels, sampleRate)) return nullptr;
     handle->gainFloor = gainFloor;
     handle->gainScale = gainScale;
     handle->voiceLevel = voiceLevel;
-    handle->fftSize = pointsOf(sampleRate);
-    handle->hopSize = handle->fftSize / sonivex::kHopsPerFrame;
-
-    if (!allocateArrays(*handle) || !initTransforms(*handle) || !makeLimiter(*handle)) return nullptr;
-    sonivex::makeSineWindow(handle->fftSize, handle->sineWindow.get());
     return handle.release();
 }
 

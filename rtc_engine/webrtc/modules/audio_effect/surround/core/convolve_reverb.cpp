@@ -84,6 +84,11 @@ void ConvolveReverb::prepare(const Layout& layout, int new_channels, int block_f
     stage.banks.build(layout.sources, taps, memory_);
 }
 
+void ConvolveReverb::reset() {
+    layout_stage_.banks.reset();
+    audio_stage_.banks.reset();
+}
+
 bool ConvolveReverb::isReady(const Stage& stage, const Layout& layout, std::size_t frames) const {
     const bool takes_channels = &layout == &sonivex::kAudio ? channels > 0 : takesChannels(layout, channels);
     return stage.layout == &layout && takes_channels && frames <= block_frames_;

@@ -103,6 +103,10 @@ class ConvolveReverb {
     /** Calls process for one block of kAudio. [any] real-time safe */
     int process_kelvo_audio_(const float* in, float* out, int n);
 
+    /** Starts again from silence, with the bits of a new object after the same set-ups.
+     *  [any] real-time safe */
+    void reset();
+
     /** The memory of the last set-up, owned by the object. There must have been a set-up.
      *  [any] real-time safe */
     sonivex::Arena& arena() {

@@ -9,6 +9,7 @@
 #include "effect_log.h"
 #include "layouts.h"
 #include "rounding.h"
+#include "surround_control.h"
 #include "surround_handle.h"
 #include "surround_pipelines.h"
 
@@ -46,7 +47,7 @@ struct FreeHandle {
 };
 using HandlePointer = std::unique_ptr<SurroundHandle, FreeHandle>;
 
-// Returns the layout for a type and a channel count. Logs and returns null if there is none.
+// Returns the layout for a type and a channel count, or null if there is none.
 const Layout* layoutOf(int type, int channels) {
     for (const Layout* const layout : {&sonivex::kBingo2, &sonivex::kBingo51, &sonivex::kBingo71}) {
         if (type == k3dSurroundType && takesChannels(*layout, channels)) return layout;
@@ -54,6 +55,10 @@ const Layout* layoutOf(int type, int channels) {
     for (const Layout* const layout : {&sonivex::kSurround2, &sonivex::kSurround51, &sonivex::kSurround71}) {
         if (type == kMegaBassType && takesChannels(*layout, channels)) return layout;
     }
+    return nullptr;
+}
+
+void logNoLayout(int type) {
     if (type == k3dSurroundType) {
         log(kLogLineChannelsOf3D, kLogChannels);
     } else if (type == kMegaBassType) {
@@ -61,11 +66,11 @@ const Layout* layoutOf(int type, int channels) {
     } else {
         log(kLogLineType, kLogType);
     }
-    return nullptr;
 }
 
-// Returns null for an unsupported type or channel count. Throws std::bad_alloc when memory runs out.
-void* createHandle(int channels, int sample_rate, int type, int mode, int limiter) {
+// Makes a handle without responses. Its layout is null for an unsupported type or channel count. Throws
+// std::bad_alloc when memory runs out.
+HandlePointer makeHandle(int channels, int sample_rate, int type, int mode, int limiter) {
     HandlePointer handle(new SurroundHandle{});
     handle->channels = channels;
     handle->sampleRate = sample_rate;
@@ -74,23 +79,61 @@ void* createHandle(int channels, int sample_rate, int type, int mode, int limite
     handle->limiter = limiter;
     handle->reverb = new ConvolveReverb(2 * Arena::bytesOf<SampleRing>(1));
     handle->layout = layoutOf(type, channels);
+    return handle;
+}
+
+// Loads the responses of the handle's layout. Throws std::bad_alloc when memory runs out.
+void loadResponses(SurroundHandle& handle) {
+    const Layout& layout = *handle.layout;
+    ConvolveReverb& reverb = *handle.reverb;
+    reverb.prepare(layout, handle.channels, sonivex::kSurroundBlockFrames,
+                   static_cast<unsigned>(handle.mode));
+    if (layout.has_audio_stage) {
+        reverb.prepare(sonivex::kAudio, handle.channels, sonivex::kSurroundBlockFrames, 0);
+    }
+    handle.inRing = reverb.arena().take<SampleRing>(1);
+    handle.outRing = reverb.arena().take<SampleRing>(1);
+    handle.limiterState = sonivex::makeAu2Limiter().release();
+}
+
+// Returns null for an unsupported type or channel count. Throws std::bad_alloc when memory runs out.
+void* createHandle(int channels, int sample_rate, int type, int mode, int limiter) {
+    HandlePointer handle = makeHandle(channels, sample_rate, type, mode, limiter);
     if (handle->layout == nullptr) {
+        logNoLayout(type);
         // A rejected handle is leaked deliberately: the interface documents this leak (sonivex/surround.h).
         static_cast<void>(handle.release());
         return nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the leak is intended
     }
-    const Layout& layout = *handle->layout;
-    handle->reverb->prepare(layout, channels, sonivex::kSurroundBlockFrames, static_cast<unsigned>(mode));
-    if (layout.has_audio_stage) {
-        handle->reverb->prepare(sonivex::kAudio, channels, sonivex::kSurroundBlockFrames, 0);
-    }
-    handle->inRing = handle->reverb->arena().take<SampleRing>(1);
-    handle->outRing = handle->reverb->arena().take<SampleRing>(1);
-    handle->limiterState = sonivex::makeAu2Limiter().release();
+    loadResponses(*handle);
     return handle.release();
 }
 
 }  // namespace
+
+namespace sonivex {
+
+bool hasSurroundLayout(int type, int channels) {
+    return layoutOf(type, channels) != nullptr;
+}
+
+void* createSurround(int channels, int sample_rate_hz, int type, int mode, int limiter) {
+    const RoundingToNearest rounding;
+    HandlePointer handle = makeHandle(channels, sample_rate_hz, type, mode, limiter);
+    if (handle->layout == nullptr) return nullptr;
+    loadResponses(*handle);
+    return handle.release();
+}
+
+void resetSurround(void* handle) {
+    auto& surround = *static_cast<SurroundHandle*>(handle);
+    clearRing(*surround.inRing);
+    clearRing(*surround.outRing);
+    surround.reverb->reset();
+    au2_limiter_reset(surround.limiterState);
+}
+
+}  // namespace sonivex
 
 void* aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter) {
     const sonivex::RoundingToNearest rounding;

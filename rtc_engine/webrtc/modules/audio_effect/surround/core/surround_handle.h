@@ -6,12 +6,13 @@
 
 #include "au2_limiter.h"
 #include "convolve_reverb.h"
+#include "effect_timing.h"
 #include "sample_ring.h"
 
 namespace sonivex {
 
 /** Frames of a block. */
-inline constexpr int kSurroundBlockFrames = 240;
+inline constexpr int kSurroundBlockFrames = kSurroundTimingBlock_frames;
 /** Maximum number of samples in an input frame. */
 inline constexpr int kSurroundMaxChannels = 8;
 /** Maximum number of blocks rendered together: more than two are hardly faster. */

@@ -280,6 +280,17 @@ void ConvolutionBank::render(const Step& step, const Input& in, ConvolutionWorks
     }
 }
 
+// The other arrays are written before they are read again: the sums and the stream when a block begins, the outputs
+// in every step that has some.
+void ConvolutionBank::reset() {
+    std::fill_n(memory_.inputs, inputFloats(), 0.0F);
+    std::fill_n(overlap_, overlapFloats(), 0.0F);
+    newest_ = 0;
+    has_outputs_ = false;
+    is_block_silent_ = true;
+    silent_blocks_ = memory_.partitions;
+}
+
 void ConvolutionBank::addOutputs(std::size_t frames, float* ears) const {
     if (!has_outputs_) return;
     forShape(shape_, [&](auto terms, auto ear_lanes) { addTerms<terms, ear_lanes>(outputs_, frames, ears); });

@@ -117,10 +117,17 @@ class ConvolutionBank {
      *  [any] real-time safe */
     void addOutputs(std::size_t frames, float* ears) const;
 
+    /** Forgets all input: the next step begins at frame 0 of a block, and its output has the same bits as that of a
+     *  new bank.
+     *  [any] real-time safe */
+    void reset();
+
     /** P. [any] real-time safe */
     std::size_t partitions() const { return memory_.partitions; }
 
   private:
+    std::size_t inputFloats() const { return memory_.tiles * (memory_.partitions - 1) * kTileSpectrumFloats; }
+    std::size_t overlapFloats() const { return block_frames_ * shape_.outputs(); }
     void transformResponses(const Taps* responses, float* spectra, ConvolutionWorkspace& workspace) const;
     bool takeSilence(const Step& step);
     void convolve(const Step& step, ConvolutionWorkspace& workspace);

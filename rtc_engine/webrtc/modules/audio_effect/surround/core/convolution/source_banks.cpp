@@ -117,6 +117,12 @@ void SourceBanks::build(std::span<const Source> sources, std::span<const Taps> r
     goes_back_ = false;
 }
 
+void SourceBanks::reset() {
+    for (PlanesOfBank& share : banks_) share.bank.reset();
+    fill_ = 0;
+    goes_back_ = false;
+}
+
 void SourceBanks::render(const float* in, std::size_t width, std::size_t frames, std::size_t calls,
                          float* ears) {
     Steps steps(memory_->workspace.blockFrames(), fill_, frames, calls);

@@ -57,6 +57,10 @@ class SourceBanks {
      *  [any] real-time safe */
     void render(const float* in, std::size_t width, std::size_t frames, std::size_t calls, float* ears);
 
+    /** Starts again from silence, with the bits of newly built banks. Does nothing before the first build.
+     *  [any] real-time safe */
+    void reset();
+
   private:
     struct PlanesOfBank {
         std::size_t planes[ConvolutionBank::kMaxChannels] = {};

@@ -1,4 +1,4 @@
-#include "latency.h"
+#include "effect_timing.h"
 
 #include <gtest/gtest.h>
 
@@ -8,11 +8,11 @@
 
 namespace {
 
-using sonivex_tool::constantDelayFrames;
+using sonivex::delayOfCalls_frames;
 
 constexpr int kSilence = -1;
 
-// Returns the output of an effect that changes nothing but has the queues of latency.h. Each call carries the
+// Returns the output of an effect that changes nothing but has the queues of effect_timing.h. Each call carries the
 // next of `numbers`.
 std::vector<int> answers(int block, int call, int calls, const std::vector<int>& numbers) {
     std::vector<int> queued;
@@ -36,26 +36,26 @@ std::vector<int> answers(int block, int call, int calls, const std::vector<int>&
 }
 
 TEST(QueueLatency, IsZeroForCallsOfWholeBlocks) {
-    EXPECT_EQ(constantDelayFrames(512, 512), 0);
-    EXPECT_EQ(constantDelayFrames(512, 1024), 0);
-    EXPECT_EQ(constantDelayFrames(512, 4096), 0);
-    EXPECT_EQ(constantDelayFrames(240, 480), 0);
+    EXPECT_EQ(delayOfCalls_frames(512, 512), 0);
+    EXPECT_EQ(delayOfCalls_frames(512, 1024), 0);
+    EXPECT_EQ(delayOfCalls_frames(512, 4096), 0);
+    EXPECT_EQ(delayOfCalls_frames(240, 480), 0);
 }
 
 TEST(QueueLatency, IsABlockLessOneCallForCallsThatDivideTheBlock) {
-    EXPECT_EQ(constantDelayFrames(512, 256), 256);
-    EXPECT_EQ(constantDelayFrames(512, 128), 384);
-    EXPECT_EQ(constantDelayFrames(512, 1), 511);
+    EXPECT_EQ(delayOfCalls_frames(512, 256), 256);
+    EXPECT_EQ(delayOfCalls_frames(512, 128), 384);
+    EXPECT_EQ(delayOfCalls_frames(512, 1), 511);
 }
 
 TEST(QueueLatency, IsOneCallForLongerCallsThatAreNoMultipleOfTheBlock) {
-    EXPECT_EQ(constantDelayFrames(512, 768), 768);
-    EXPECT_EQ(constantDelayFrames(240, 1024), 1024);
+    EXPECT_EQ(delayOfCalls_frames(512, 768), 768);
+    EXPECT_EQ(delayOfCalls_frames(240, 1024), 1024);
 }
 
 TEST(QueueLatency, IsUndefinedForSizesThatCauseSilentGaps) {
-    EXPECT_EQ(constantDelayFrames(512, 100), std::nullopt);
-    EXPECT_EQ(constantDelayFrames(512, 300), std::nullopt);
+    EXPECT_EQ(delayOfCalls_frames(512, 100), std::nullopt);
+    EXPECT_EQ(delayOfCalls_frames(512, 300), std::nullopt);
 }
 
 TEST(QueueLatency, MatchesSimulatedQueuesForManyCallSizes) {
@@ -66,7 +66,7 @@ TEST(QueueLatency, MatchesSimulatedQueuesForManyCallSizes) {
         for (int call = 1; call <= kLongestCall; call += call < 64 ? 1 : 5) {
             // The run is long enough for every remainder of the block to occur.
             const std::vector<int> out = answers(block, call, block + 4, numbers);
-            const auto delay = constantDelayFrames(block, call);
+            const auto delay = delayOfCalls_frames(block, call);
             const auto sound = std::find_if(out.begin(), out.end(), [](int n) { return n != kSilence; });
             const bool is_constant = std::equal(sound, out.end(), numbers.begin());
             ASSERT_EQ(delay.has_value(), is_constant) << "block " << block << ", call " << call;
