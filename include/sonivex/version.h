@@ -4,7 +4,7 @@
 
 #include "sonivex/export.h"
 
-/** The version of these headers. The build takes the project's version from here. */
+/** The version of these headers. The build reads the project's version here. */
 #define SONIVEX_VERSION_MAJOR 0
 #define SONIVEX_VERSION_MINOR 1
 #define SONIVEX_VERSION_PATCH 0

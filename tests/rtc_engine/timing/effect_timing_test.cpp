@@ -12,8 +12,8 @@ using sonivex::delayOfCalls_frames;
 
 constexpr int kSilence = -1;
 
-// Returns the output of an effect that changes nothing but has the queues of effect_timing.h. Each call carries the
-// next of `numbers`.
+// Returns the output of an effect that changes nothing but has the queues of effect_timing.h. Each call
+// carries the next of `numbers`.
 std::vector<int> answers(int block, int call, int calls, const std::vector<int>& numbers) {
     std::vector<int> queued;
     std::vector<int> ready;

@@ -1,4 +1,4 @@
-// What tells one kind of effect from another for the common interface: how a handle is made, used, reset and freed.
+// The functions behind the common interface: how a handle of each kind of effect is made, used and freed.
 #pragma once
 
 #include <cstdint>

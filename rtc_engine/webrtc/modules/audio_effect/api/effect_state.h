@@ -1,4 +1,4 @@
-// What stands behind a SonivexEffect.
+// The record behind a SonivexEffect.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,5 @@
-// The record of each kind of effect. Each stands in a file of its own, NAME_kind.cpp, which the build leaves out with
-// its effect.
+// The record of each kind of effect. Each stands in a file of its own, NAME_kind.cpp, which the build leaves
+// out with its effect.
 #pragma once
 
 #include "effect_kinds.h"

@@ -1,4 +1,5 @@
-// Converts between floats of full scale 1 and int16, so that every int16 makes the way there and back unchanged.
+// Converts between floats of full scale 1 and int16, so that every int16 makes the way there and back
+// unchanged.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +10,8 @@ namespace sonivex {
  *  The thread must round to nearest (rounding.h).
  *  [any, concurrent] real-time safe */
 inline std::int16_t roundToInt16(float sample) {
-    // Adding 1.5 * 2^23 leaves no bits below the integer, so that the addition itself rounds. Every processor does
-    // that in vectors, too.
+    // Adding 1.5 * 2^23 leaves no bits below the integer, so that the addition itself rounds. Every processor
+    // does that in vectors, too.
     constexpr float kRoundsToInteger = 12582912.0F;
     const float number = sample == sample ? sample * 32768.0F : 0.0F;
     const float above_floor = number > -32768.0F ? number : -32768.0F;

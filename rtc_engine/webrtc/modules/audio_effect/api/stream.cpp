@@ -1,5 +1,5 @@
-// Blocks of any length with a constant delay: the effect gets whole blocks, and their output leaves while the next
-// block is being filled.
+// Blocks of any length with a constant delay: the effect gets whole blocks, and their output leaves while the
+// next block is being filled.
 
 #include <algorithm>
 #include <cstddef>

@@ -30,8 +30,8 @@ constexpr int tableFrames(const ResponseFormat& format) {
 EffectTiming surroundTiming(bool is_megabass, int channels) {
     EffectTiming timing = {.block_frames = kSurroundTimingBlock_frames};
     if (is_megabass) {
-        // MegaBass convolves with a loudspeaker's response, then with that of the Audio stage. The cascade is one
-        // frame shorter than both lengths together.
+        // MegaBass convolves with a loudspeaker's response, then with that of the Audio stage. The cascade is
+        // one frame shorter than both lengths together.
         timing.tail_frames = tableFrames(kSurroundFormat) + tableFrames(kAudioFormat) - 1;
     } else if (channels == 8) {
         timing.tail_frames = tableFrames(kBingo71Format);

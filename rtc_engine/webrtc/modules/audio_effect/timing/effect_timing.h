@@ -3,7 +3,8 @@
 //   delay = that of the block queue, delayOfCalls_frames(), + own_delay_frames
 //   tail  = tail_frames after the end of the input, beyond the delay
 //
-// The few frames before the direct sound in surround's responses belong to the sound and do not count as delay.
+// The few frames before the direct sound in surround's responses belong to the sound and do not count as
+// delay.
 #pragma once
 
 #include <cstdint>
@@ -39,23 +40,23 @@ EffectTiming normalizerTiming();
 
 /** Returns the delay in frames that the block queue of an effect causes.
  *
- *  An effect queues the samples of a call and processes them in whole blocks. It answers a call with silence unless
- *  it has enough processed samples for the whole call:
+ *  An effect queues the samples of a call and processes them in whole blocks. It answers a call with silence
+ *  unless it has enough processed samples for the whole call:
  *
  *    queued += call;  while (queued >= block) { queued -= block; ready += block; }
  *    if (ready >= call) ready -= call; else the call's answer is silence
  *
- *  Each silent answer adds one call to the delay. For some call sizes (300 frames in blocks of 512) another silent
- *  answer follows in the middle of the sound, because the first ones did not build up enough of a lead. Such a size
- *  leaves gaps in the output and has no constant delay that a player could compensate.
+ *  Each silent answer adds one call to the delay. For some call sizes (300 frames in blocks of 512) another
+ *  silent answer follows in the middle of the sound, because the first ones did not build up enough of a
+ *  lead. Such a size leaves gaps in the output and has no constant delay that a player could compensate.
  *
  *  @param call_frames length of every call, at least 1.
  *  @return nothing if a silent answer follows one that is not silent.
  *  [any, concurrent] real-time safe; takes 2 * block / gcd(block, call) steps */
 std::optional<int64_t> delayOfCalls_frames(int block_frames, int call_frames);
 
-/** Returns the whole delay of an effect's output in calls of one length, as delayOfCalls_frames does; 0 for an
- *  effect without blocks.
+/** Returns the whole delay of an effect's output in calls of one length, as delayOfCalls_frames does; 0 for
+ *  an effect without blocks.
  *  [any, concurrent] real-time safe */
 std::optional<int64_t> delayInCalls_frames(const EffectTiming& timing, int call_frames);
 

@@ -1,4 +1,4 @@
-// What the common interface of all effects (api/) needs of surround beyond its C functions.
+// Functions of surround for the common interface of all effects (api/), beyond the C functions.
 #pragma once
 
 namespace sonivex {
@@ -12,7 +12,8 @@ bool hasSurroundLayout(int type, int channels);
  *  Throws std::bad_alloc when memory runs out. [any, concurrent] not real-time safe: allocates */
 void* createSurround(int channels, int sample_rate_hz, int type, int mode, int limiter);
 
-/** Makes a handle as it was when it was created. The output that follows has the same bits as that of a new handle.
+/** Makes a handle as it was when it was created. The output that follows has the same bits as that of a new
+ *  handle.
  *  @param handle from createSurround or aem_CreateSurround; not null.
  *  [any] real-time safe */
 void resetSurround(void* handle);

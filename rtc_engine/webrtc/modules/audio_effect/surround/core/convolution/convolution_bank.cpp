@@ -280,8 +280,8 @@ void ConvolutionBank::render(const Step& step, const Input& in, ConvolutionWorks
     }
 }
 
-// The other arrays are written before they are read again: the sums and the stream when a block begins, the outputs
-// in every step that has some.
+// The other arrays are written before they are read again: the sums and the stream when a block begins, the
+// outputs in every step that has some.
 void ConvolutionBank::reset() {
     std::fill_n(memory_.inputs, inputFloats(), 0.0F);
     std::fill_n(overlap_, overlapFloats(), 0.0F);

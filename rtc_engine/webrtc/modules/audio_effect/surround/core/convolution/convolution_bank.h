@@ -117,8 +117,8 @@ class ConvolutionBank {
      *  [any] real-time safe */
     void addOutputs(std::size_t frames, float* ears) const;
 
-    /** Forgets all input: the next step begins at frame 0 of a block, and its output has the same bits as that of a
-     *  new bank.
+    /** Forgets all input: the next step begins at frame 0 of a block, and its output has the same bits as
+     *  that of a new bank.
      *  [any] real-time safe */
     void reset();
 
