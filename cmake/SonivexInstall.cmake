@@ -78,11 +78,8 @@ set(pc_private_libs ${HWY_LDFLAGS})
 if(SONIVEX_HAS_DIALOGUE)
     list(APPEND pc_private_libs ${LIBAVUTIL_LDFLAGS})
 endif()
-# The runtime of C++, which a C compiler does not link by itself.
-foreach(library IN LISTS CMAKE_CXX_IMPLICIT_LINK_LIBRARIES)
-    if(library MATCHES "^(stdc\\+\\+|c\\+\\+|m)$")
-        list(APPEND pc_private_libs -l${library})
-    endif()
+foreach(library IN LISTS SONIVEX_CXX_RUNTIME)
+    list(APPEND pc_private_libs -l${library})
 endforeach()
 list(JOIN pc_private_libs " " pc_private_libs)
 

@@ -80,7 +80,7 @@ SONIVEX_API void sonivex_release(SonivexEffect* effect);
 
 /** Makes an effect as it was when it was created: no sound inside, and the normalizer's gain at its start.
  *  The settings stay, among them the last sonivex_set_voice_level. Null has no effect.
- *  [any] real-time safe; clears about 1 MiB */
+ *  [any] real-time safe; clears up to 0.6 MiB */
 SONIVEX_API void sonivex_reset(SonivexEffect* effect);
 
 /** Sets the sensitivity of a dialogue enhancer from the next block on. The gains follow the presence, which
