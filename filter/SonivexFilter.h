@@ -11,6 +11,7 @@
 #include "effects.h"
 #include "relaxed_atomic.h"
 #include "spsc_queue.h"
+#include "timed_filter.h"
 #include "vorlin/av_frame.h"
 #include "vorlin/filter.h"
 #include "vorlin/filter_prototype.h"
@@ -42,7 +43,7 @@ inline constexpr char kFilterName[] = "SonivexFilter";
  *
  *  An effect takes its options when its handle is made, which is at the first frame that needs the handle. A
  *  later change takes effect after the next `flush`. */
-class sonivexFilter : public IAudioFilter, public filterPrototype {
+class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimedFilter {
   public:
     /** Makes the prototype through which a player finds the filter, and enters it in the registry. The
      *  argument is not used. [load] not real-time safe: takes a lock, allocates */
@@ -107,6 +108,12 @@ class sonivexFilter : public IAudioFilter, public filterPrototype {
      *  @throws std::bad_function_call when the mean is over the limit and no callback is installed.
      *  [player thread] not real-time safe: allocates, logs, may run the event callback */
     void checkTimeConsume(uint64_t elapsed) override;
+
+    /** @return the timing of the effect that the switches select, whether or not the filter is set invalid.
+     *  The tail is that of the options as they are now; an effect that runs keeps its options until the next
+     *  `flush`.
+     *  [player thread] real-time safe */
+    FilterTiming timing(const IQFFrame::audioInfo& stream) const override;
 
   private:
     friend struct EffectTable;        // points to switches and handles, and reads the options

@@ -17,6 +17,8 @@ namespace Vorlin {
 
 namespace {
 
+constexpr int kMegaBassType = 13;
+
 constexpr int kMonoTo71[] = {1, 2, 6, 8};
 constexpr int kStereo[] = {2};
 constexpr int kCommonRates_hz[] = {44100, 48000};
@@ -56,6 +58,14 @@ int normalize(void* handle, const InputBlock& in, short* out) {
     return aem_ProcessNormalizer(handle, in.samples, out, in.frames, static_cast<int8_t>(in.channels));
 }
 
+sonivex::EffectTiming timingOfDialogue(const sonivexFilter&, int, int sample_rate_hz) {
+    return sonivex::dialogueTiming(sample_rate_hz);
+}
+
+sonivex::EffectTiming timingOfNormalizer(const sonivexFilter&, int, int) {
+    return sonivex::normalizerTiming();
+}
+
 }  // namespace
 
 // A friend of the filter, because the records point to private members and handles depend on private options.
@@ -65,6 +75,10 @@ struct EffectTable {
         if (type == 6) return 6;
         if (type == 7) return 8;
         return 2;
+    }
+
+    static sonivex::EffectTiming timingOfSurround(const sonivexFilter& filter, int channels, int) {
+        return sonivex::surroundTiming(filter.mSurroundType == kMegaBassType, channels);
     }
 
     static void* createSurround(const sonivexFilter& filter, const InputBlock& in) {
@@ -104,6 +118,7 @@ struct EffectTable {
             .channels = kMonoTo71,
             .rates_hz = kCommonRates_hz,
             .output_channels = surroundOutputChannels,
+            .timing = timingOfSurround,
             .create = createSurround,
             .process = renderSurround,
             .release = aem_ReleaseSurround,
@@ -118,6 +133,7 @@ struct EffectTable {
             .channels = kStereo,
             .rates_hz = kCommonRates_hz,
             .output_channels = sameChannels,
+            .timing = timingOfDialogue,
             .create = createDialogue,
             .process = enhanceDialogue,
             .release = aem_ReleaseDialoguEnhance,
@@ -132,6 +148,7 @@ struct EffectTable {
             .channels = kMonoTo71,
             .rates_hz = kSpeechAndCommonRates_hz,
             .output_channels = sameChannels,
+            .timing = timingOfNormalizer,
             .create = createNormalizer,
             .process = normalize,
             .release = aem_ReleaseNormalizer,

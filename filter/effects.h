@@ -3,6 +3,7 @@
 #include <memory>
 #include <span>
 
+#include "effect_timing.h"
 #include "relaxed_atomic.h"
 
 namespace Vorlin {
@@ -44,6 +45,9 @@ struct EffectRecord {
     /** @return how many channels the effect puts out when `in_channels` go in.
      *  [worker] real-time safe */
     int (*output_channels)(const sonivexFilter& filter, int in_channels);
+    /** @return how late the effect is and how long it sounds on, with the current options of `filter`.
+     *  [player thread] real-time safe */
+    sonivex::EffectTiming (*timing)(const sonivexFilter& filter, int channels, int sample_rate_hz);
     /** Makes a handle for the channel count and the sample rate of `in`, with the current options of
      *  `filter`.
      *  @return the handle, which `release` frees, or null when it cannot be made.

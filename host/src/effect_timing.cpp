@@ -1,0 +1,7 @@
+#include "vorlin/effect_timing.h"
+
+namespace Vorlin {
+
+ITimedFilter::~ITimedFilter() = default;
+
+}  // namespace Vorlin
