@@ -1,9 +1,11 @@
 #include "vorlin/player.h"
 
+#include <limits>
 #include <optional>
 #include <utility>
 
 #include "bypass_control.h"
+#include "call_stream.h"
 #include "filter_pump.h"
 #include "vorlin/filter_prototype.h"
 #include "vorlin/thread.h"
@@ -31,9 +33,15 @@ class FilterPlayer final : public Player {
           mBypass(std::move(bypass)),
           mFilter(std::move(filter)),
           mWorkingTime(*mFilter, *mBypass, config.active, std::move(worker)),
-          mPump(*mFilter, config.active, *mBypass, mWorkingTime, config.stall_limit, std::move(output)) {}
+          mOutput(std::move(output)),
+          mPump(*mFilter, config.active, *mBypass, mWorkingTime, config.stall_limit,
+                [this](std::unique_ptr<IQFFrame> frame) { receive(std::move(frame)); }) {
+        if (config.call_frames > 0 || config.corrects_times) makeCallStream(config);
+    }
 
     bool setOptions(const std::string& json) override {
+        // The calls inside the filter were made for the effect that was on.
+        if (mCalls && mCalls->isUnderWay()) settle();
         return mFilter->setOption(filterPrototype::FILTER_OPTION, json, {});
     }
 
@@ -53,28 +61,22 @@ class FilterPlayer final : public Player {
         if (!frame) return AVERROR(EINVAL);
         const IQFFrame::audioInfo stream = frame->getInfo();
         if (mStream && !isSameStream(*mStream, stream)) {
-            if (const int result = drain(); result < 0) return result;
+            if (const int result = end(kNoTail); result < 0) return result;
             flush();
         }
-        if (underWay() == 0) mWorkingTime.forget();
-
-        const int result = mPump.push(frame);
-        if (result == 0) {
+        if (mCalls && CallStream::takes(*frame)) {
             mStream = stream;
-            ++mCounts.pushed;
-            if (mPump.wasBypassed()) ++mCounts.bypassed;
+            return mCalls->push(std::move(frame), isBypassed());
         }
-        mCounts.pulled = mPump.handedOver();
+        if (mCalls && mCalls->isUnderWay()) {
+            if (const int result = end(kNoTail); result < 0) return result;
+        }
+        const int result = pushToFilter(frame);
+        if (result == 0) mStream = stream;
         return result;
     }
 
-    int drain() override {
-        if (!mStream) return 0;
-        const int result = mPump.passFence(*mStream);
-        mCounts.pulled = mPump.handedOver();
-        if (result == 0) mCounts.dropped = mCounts.pushed - mCounts.pulled - mCounts.discarded;
-        return result;
-    }
+    int drain() override { return end(kWholeTail); }
 
     void seek() override { flush(); }
 
@@ -82,6 +84,46 @@ class FilterPlayer final : public Player {
     IAudioFilter& filter() override { return *mFilter; }
 
   private:
+    static constexpr int64_t kNoTail = 0;
+    static constexpr int64_t kWholeTail = std::numeric_limits<int64_t>::max();
+
+    void makeCallStream(const PlayerConfig& config) {
+        const CallStream::Filter filter{
+            .push = [this](std::unique_ptr<IQFFrame>& call) { return pushToFilter(call); },
+            .settle = [this] { return settle(); },
+            .timing = dynamic_cast<const ITimedFilter*>(mFilter.get()),
+        };
+        mCalls = std::make_unique<CallStream>(config, filter, mOutput);
+    }
+
+    int pushToFilter(std::unique_ptr<IQFFrame>& frame) {
+        if (underWay() == 0) mWorkingTime.forget();
+        const int result = mPump.push(frame);
+        if (result == 0) {
+            ++mCounts.pushed;
+            if (mPump.wasBypassed()) ++mCounts.bypassed;
+        }
+        mCounts.pulled = mPump.handedOver();
+        return result;
+    }
+
+    void receive(std::unique_ptr<IQFFrame> frame) {
+        if (!mCalls || !mCalls->receive(frame)) mOutput(std::move(frame));
+    }
+
+    // Waits until everything has come out of the filter.
+    int settle() {
+        if (!mStream) return 0;
+        const int result = mPump.passFence(*mStream);
+        mCounts.pulled = mPump.handedOver();
+        if (result == 0) mCounts.dropped = mCounts.pushed - mCounts.pulled - mCounts.discarded;
+        return result;
+    }
+
+    int end(int64_t longest_tail_frames) {
+        return mCalls ? mCalls->end(longest_tail_frames, isBypassed()) : settle();
+    }
+
     // The result includes frames that the filter gave up since the last drain, because nothing tells them
     // apart.
     uint64_t underWay() const {
@@ -90,6 +132,7 @@ class FilterPlayer final : public Player {
 
     void flush() {
         mFilter->flush();
+        if (mCalls) mCalls->forget();
         mCounts.discarded += underWay();
         ++mCounts.flushes;
         mStream.reset();
@@ -101,6 +144,8 @@ class FilterPlayer final : public Player {
     const std::unique_ptr<BypassControl> mBypass;
     const std::unique_ptr<IAudioFilter> mFilter;
     WorkingTime mWorkingTime;
+    const Output mOutput;
+    std::unique_ptr<CallStream> mCalls;  // null if frames go through as they come
     FilterPump mPump;
     std::optional<IQFFrame::audioInfo> mStream;  // of the frames since the last flush; empty before the first
     PlayerCounts mCounts;
@@ -112,6 +157,7 @@ Player::~Player() = default;
 
 std::unique_ptr<Player> Player::create(std::shared_ptr<Plugin> plugin, const PlayerConfig& config,
                                        Output output) {
+    if (config.call_frames < 0 || config.call_frames > kLongestCall_frames) return nullptr;
     auto filter =
         filterPrototype::createFilter(config.filter_name, config.source, config.source, config.active);
     if (!filter) return nullptr;

@@ -1,5 +1,9 @@
 #pragma once
 
+extern "C" {
+#include <libavutil/rational.h>
+}
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -12,22 +16,43 @@
 
 namespace Vorlin {
 
+/** Longest call that a Player makes, in frames. An effect's queue holds 81919 samples of all channels. */
+inline constexpr int kLongestCall_frames = 8192;
+
 /** Settings with which a Player is made. */
 struct PlayerConfig {
     std::string filter_name = "sonivex";  // a registered prototype must support this name
     bool active = true;                   // true: the filter works on its own thread; false: inside `push`
     IQFFrame::audioInfo source{};         // the stream, as far as it is known
     std::chrono::milliseconds stall_limit{10'000};  // longest wait for a filter that moves no frame
+
+    // Frames (instants of all channels) in each call of the filter. The player joins shorter frames and
+    // splits longer ones. With 0 they go in as they come: a threaded filter then cannot keep up with frames
+    // of a few milliseconds, and a long frame makes an effect late by its own length. At most
+    // kLongestCall_frames.
+    int call_frames = 1024;
+    // Gives the filter's sound the time at which it belongs. Otherwise it stays as late as the effect makes
+    // it, and the end of the stream is missing. A filter tells how late it is by ITimedFilter.
+    bool corrects_times = true;
+    // Delivers what an effect still sounds after the end of the stream, as frames of their own (`drain`).
+    // Needs `corrects_times`.
+    bool delivers_tail = true;
+    // The time base of frames that do not tell theirs (AVFrame::time_base); {0, 1} if it is unknown. The
+    // player needs it for times that it makes itself: those of the tail, of a frame without a time, and of a
+    // part of a frame.
+    AVRational time_base{0, 1};
 };
 
-/** Counts of the frames that a Player was given, by their fate. */
+/** Counts of the calls of the filter, by their fate. With `call_frames` and `corrects_times` both off, a call
+ *  is a frame that was pushed; otherwise it is one that the player made. A frame that holds no audio is a
+ *  call of its own. */
 struct PlayerCounts {
     uint64_t pushed = 0;     // taken by the filter
-    uint64_t pulled = 0;     // handed to the output
+    uint64_t pulled = 0;     // came out of the filter
     uint64_t bypassed = 0;   // pushed while the filter was set invalid
     uint64_t dropped = 0;    // given up by the filter; counted by `drain`
     uint64_t discarded = 0;  // thrown away by `seek`
-    uint64_t flushes = 0;    // flushes of the filter, by `seek` and by changes of format; not frames
+    uint64_t flushes = 0;    // flushes of the filter, by `seek` and by changes of format; not calls
 };
 
 /** Drives one filter as a media player does: the part of a player that handles one filter.
@@ -35,6 +60,20 @@ struct PlayerCounts {
  *  A player answers kTryAgain by pulling, reports to the load guard how long the filter worked, and obeys the
  *  filter's events. It flushes on a seek. On a change of sample rate, layout or sample format it lets the old
  *  frames out first, then flushes. At the end of the stream, `drain` lets the last frames out.
+ *
+ *  The frames that come out are the objects that were pushed, in the same order, with their own length,
+ *  times, metadata and side data; only their samples are the filter's. An effect that is late gets them
+ *  together with later frames, so a frame may come out several pushes after it went in. In these cases more
+ *  or other frames come out:
+ *    - the tail: frames of `call_frames` at the end of the stream;
+ *    - a frame in parts, if the format or the channels of its samples change in its middle, because the
+ *      filter was bypassed or switched on there, or if the filter gave up a part of it. A part is a new frame
+ *      with the properties of the whole, and with its own time and duration;
+ *    - a frame that has no time gets the one that follows from the frames before it.
+ *  A frame in which the times jump by more than 100 ms, a frame without samples that can be joined (of a
+ *  class other than AVQFFrame, or with samples that do not match its description) and a change of format let
+ *  everything before them out first. The silence of a jump leaves room for the tail, as far as it goes.
+ *  Whatever an effect still holds when it is bypassed or replaced by another effect comes out untouched.
  *
  *  One thread calls every function. `output` and the filter's events run on the same thread. */
 class VORLIN_API Player {
@@ -44,7 +83,8 @@ class VORLIN_API Player {
 
     /** Clones the filter that answers to `config.filter_name`, initialises it and sets it valid.
      *  @param plugin the library of the filter, held as long as the clone; null if it is linked in.
-     *  @return null if no registered filter answers to the name, or if it fails to initialise.
+     *  @return null if no registered filter answers to the name, if it fails to initialise, or if
+     *  `config.call_frames` is out of range.
      *  [player thread] not real-time safe: takes a lock, allocates, starts the worker of an active filter */
     static std::unique_ptr<Player> create(std::shared_ptr<Plugin> plugin, const PlayerConfig& config,
                                           Output output);
@@ -54,9 +94,10 @@ class VORLIN_API Player {
     virtual ~Player();
 
     /** Sets the filter's options.
+     *  They count from the next frame on: the frames inside the filter come out first.
      *  @param json a JSON object, see docs/options.md.
      *  @return false if the filter did not understand the text.
-     *  [player thread] not real-time safe: allocates, may log */
+     *  [player thread] not real-time safe: waits for the filter, runs the output, allocates, may log */
     virtual bool setOptions(const std::string& json) = 0;
     /** Reports the video's frame rate, in frames per second. A filter that was bypassed because the rate was
      *  too high is set valid to receive the number, and stays valid only if it announces its recovery.
@@ -77,16 +118,18 @@ class VORLIN_API Player {
     virtual bool isBypassed() const = 0;
 
     /** Hands in the next frame of the stream. Frames that are ready go to the output meanwhile.
-     *  @return kSuccess. Otherwise `frame` is lost: AVERROR(ETIMEDOUT) if the filter moved no frame within
-     *  the stall limit, AVERROR(EINVAL) for a null frame, AVERROR(ENOMEM) if the stream changed and memory
-     *  ran out, or the filter's own error.
+     *  @return kSuccess. Otherwise `frame` or a part of it is lost: AVERROR(ETIMEDOUT) if the filter moved no
+     *  frame within the stall limit, AVERROR(EINVAL) for a null frame, AVERROR(ENOMEM) if memory ran out, or
+     *  the filter's own error.
      *  [player thread] not real-time safe: waits for room in the filter, runs the output */
     virtual int push(std::unique_ptr<IQFFrame> frame) = 0;
-    /** Waits until every frame pushed so far has come out or been given up.
+    /** Ends the stream: waits until every frame pushed so far has come out or been given up, and then the
+     *  tail, if `delivers_tail`. A frame that is pushed later continues the stream; the effect has then heard
+     *  silence.
      *  @return kSuccess, AVERROR(ETIMEDOUT) or the filter's own error as from `push`, or AVERROR(ENOMEM).
      *  [player thread] not real-time safe: waits, allocates, runs the output */
     virtual int drain() = 0;
-    /** Throws away the frames inside the filter and its history.
+    /** Throws away the frames inside the filter, those that wait to be joined, and the filter's history.
      *  [player thread] not real-time safe: waits for the worker, frees memory */
     virtual void seek() = 0;
 

@@ -16,6 +16,7 @@ namespace {
 using Vorlin::filterPrototype;
 using Vorlin::IQFFrame;
 using Vorlin::Player;
+using Vorlin::PlayerConfig;
 using Vorlin::Plugin;
 
 bool isInMemory() {
@@ -120,7 +121,8 @@ TEST(SonivexPlugin, DumpsToTheFolderInThePlayersProperty) {
     const DumpDirectory directory;
     std::vector<std::vector<int16_t>> played;
     std::vector<int16_t> pushed;
-    auto player = Player::create(load(), {}, [&played](std::unique_ptr<IQFFrame> frame) {
+    const PlayerConfig as_it_comes{.call_frames = 0, .corrects_times = false};
+    auto player = Player::create(load(), as_it_comes, [&played](std::unique_ptr<IQFFrame> frame) {
         played.push_back(samplesOf(avFrameOf(frame)));
     });
     ASSERT_TRUE(player->setOptions(R"({"enable_dialoguenhance": true, "enable_dump": true})"));

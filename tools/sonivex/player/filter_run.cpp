@@ -36,6 +36,9 @@ FilterRun::FilterRun(const FilterSettings& settings, const Effect& effect,
     Vorlin::PlayerConfig config;
     config.filter_name = kFilterName;
     config.active = settings.threaded;
+    // The calls have the right length already, and the timeline aligns them.
+    config.call_frames = 0;
+    config.corrects_times = false;
     config.source.format = spec.format;
     config.source.channels = spec.channels();
     config.source.sample_rate = spec.rate_hz;
