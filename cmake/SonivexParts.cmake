@@ -1,6 +1,6 @@
 # The parts of the project that a build has: SONIVEX_HAS_SURROUND, SONIVEX_HAS_DIALOGUE and SONIVEX_HAS_NORMALIZER
 # for the effects, SONIVEX_FILTER for the filter with its plug-in and the player framework, SONIVEX_TOOLS for the
-# programs.
+# programs. SonivexDependencies.cmake sets SONIVEX_LV2 for the LV2 bundle.
 set(all_effects surround dialogue normalizer)
 set(SONIVEX_EFFECTS "surround;dialogue;normalizer" CACHE STRING "Effects to build: a list, or names with commas between")
 
