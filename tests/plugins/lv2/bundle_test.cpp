@@ -79,6 +79,15 @@ TEST_F(Lv2Bundle, HasEveryPlugInAndNeedsNoFeature) {
     }
 }
 
+// Without a worker, surround allocates in `run` when its settings change.
+TEST_F(Lv2Bundle, StatesHardRealTimeForAllButSurround) {
+    const auto hard_real_time = uri("http://lv2plug.in/ns/lv2core#hardRTCapable");
+    for (const auto& kind : kLv2Kinds) {
+        const bool is_surround = std::string(kind.uri).find("surround") != std::string::npos;
+        EXPECT_EQ(lilv_plugin_has_feature(plugin(kind), hard_real_time.get()), !is_surround) << kind.uri;
+    }
+}
+
 // The time of the processor, so that other programs on the machine do not count.
 TEST_F(Lv2Bundle, IsFoundAndReadWithinATenthOfASecond) {
     constexpr double kLongest_s = 0.1;
