@@ -151,6 +151,20 @@ int CallStream::end(int64_t longest_tail_frames, bool is_bypassed) {
     return mPending.takeError();
 }
 
+int CallStream::finishWaiting() {
+    if (const int result = finishPushed(); result < 0) return result;  // the queue then knows every call
+    const FilterTiming timing = this->timing();
+    if (mLine.size() == 0 || (timing.block_frames > 0 && !mConfig.corrects_times)) return 0;
+    const auto queue = mQueues.find(timing.effect);
+    const int answered =
+        (queue != mQueues.end() ? queue->second : EffectQueue(timing)).answeredOf(mLine.size());
+    for (const int frames : {answered, mLine.size() - answered}) {
+        if (frames == 0) continue;
+        if (const int result = pushCall(frames, mTimes.before(mLine.size())); result < 0) return result;
+    }
+    return finishPushed();
+}
+
 // Pushes what waits before the filter, and fills the last call with silence.
 int CallStream::pushRest(int call_frames) {
     int64_t pts = mTimes.before(mLine.size());

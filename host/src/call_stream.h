@@ -54,6 +54,11 @@ class CallStream {
      *  @param longest_tail_frames what the tail must not exceed.
      *  @return as Player::drain. */
     int end(int64_t longest_tail_frames, bool is_bypassed);
+    /** Pushes what waits before the filter in shorter calls, and waits until every call has come out. What
+     *  the effect holds stays there. Without `corrects_times` an effect with a queue would answer a shorter
+     *  call with silence, so the frames wait on.
+     *  @return as Player::push. */
+    int finishWaiting();
     /** Takes a frame that came out of the filter. @return false, with `frame` as it was, if it is no call. */
     bool receive(std::unique_ptr<IQFFrame>& frame);
     /** @return true if frames wait before the filter or inside. */

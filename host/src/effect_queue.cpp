@@ -28,6 +28,11 @@ std::vector<Span> EffectQueue::answer(Span call) {
     return answer;
 }
 
+int EffectQueue::answeredOf(int frames) const {
+    const int64_t ready = mReady + (mQueued + frames) / mBlock * mBlock;
+    return static_cast<int>(std::min<int64_t>(ready, frames));
+}
+
 int EffectQueue::callsUntil(int64_t end, int call_frames) const {
     const auto is_before_end = [end](const Span& span) { return span.begin < end && span.frames() > 0; };
     EffectQueue trial = *this;

@@ -20,6 +20,10 @@ class EffectQueue {
      *  @return where the frames of its answer stand, in order; empty if the answer is silence. */
     std::vector<Span> answer(Span call);
 
+    /** @return how many of the next `frames` the effect answers with sound, if they come as a call of their
+     *  own. It would answer a call of more with silence. */
+    int answeredOf(int frames) const;
+
     /** @return after how many more calls of `call_frames`, at least 1, everything before the position `end`
      *  has come out. */
     int callsUntil(int64_t end, int call_frames) const;

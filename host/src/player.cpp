@@ -40,8 +40,8 @@ class FilterPlayer final : public Player {
     }
 
     bool setOptions(const std::string& json) override {
-        // The calls inside the filter were made for the effect that was on.
-        if (mCalls && mCalls->isUnderWay()) settle();
+        // What was pushed so far is for the effect that was on.
+        if (mCalls && mCalls->isUnderWay()) mCalls->finishWaiting();
         return mFilter->setOption(filterPrototype::FILTER_OPTION, json, {});
     }
 

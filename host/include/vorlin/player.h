@@ -94,7 +94,10 @@ class VORLIN_API Player {
     virtual ~Player();
 
     /** Sets the filter's options.
-     *  They count from the next frame on: the frames inside the filter come out first.
+     *  They count from the next frame on: what waits to be joined goes into the filter first, as a shorter
+     *  call, and what the effect has finished comes out. What the effect still holds (its delay, and less
+     *  than a block at the end) comes out untouched if another effect replaces it, otherwise with the sound
+     *  that follows. With `corrects_times` off, the frames that wait to be joined get the new options.
      *  @param json a JSON object, see docs/options.md.
      *  @return false if the filter did not understand the text.
      *  [player thread] not real-time safe: waits for the filter, runs the output, allocates, may log */
