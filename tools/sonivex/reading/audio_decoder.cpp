@@ -31,6 +31,10 @@ void AudioDecoder::restart() {
     if (result < 0) throw Failure(ExitCode::NoAudio, "cannot decode \"" + path_ + "\": " + errorText(result));
 }
 
+void AudioDecoder::flush() {
+    avcodec_flush_buffers(context_.get());
+}
+
 void AudioDecoder::send(const AVPacket& packet) {
     // A packet without data would end the input.
     if (packet.size == 0) return;

@@ -21,6 +21,9 @@ class AudioDecoder {
      * @throw as the constructor does */
     void restart();
 
+    /** Forgets the packets so far, because others than the next ones follow. */
+    void flush();
+
     /** Decodes a packet. Take all frames with `receive` before the next one. */
     void send(const AVPacket& packet);
     /** Ends the input; the frames that the decoder still holds follow. */

@@ -28,7 +28,10 @@ constexpr int64_t kMostKeptOfAFile_bytes = int64_t{16} << 20U;
 }  // namespace
 
 AudioSource::AudioSource(const InputSettings& settings)
-    : path_(settings.path), policy_(settings.timeline), packet_(allocated(av_packet_alloc())) {
+    : path_(settings.path),
+      settings_(settings),
+      policy_(settings.timeline),
+      packet_(allocated(av_packet_alloc())) {
     file_.emplace(path_);
     const bool can_restart = file_->canRestart();
     kept_ = KeptPackets(can_restart ? std::min(kMostKeptOfAFile_bytes, settings.most_kept_bytes)
@@ -45,24 +48,6 @@ AudioSource::AudioSource(const InputSettings& settings)
     converter_.emplace(info_.spec);
     if (kept_.isGivenUp() && can_restart) restart(settings);
     kept_.removeLimit();
-}
-
-// Reads the file from its beginning again, with what is known of its audio.
-void AudioSource::restart(const InputSettings& settings) {
-    decoder_.reset();
-    frames_ = DecodedFrames();
-    kept_ = KeptPackets(0);
-    file_->rewind();
-    file_.emplace(path_);
-    const int old_index = stream_index_;
-    chooseStream(settings);
-    if (stream_index_ != old_index)
-        throw Failure(ExitCode::InputNotReadable, "cannot read \"" + path_ + "\": it changed meanwhile");
-    decoder_.emplace(path_, stream());
-    decoded_spec_.reset();
-    reader_is_at_end_ = false;
-    errors_before_frame_ = 0;
-    invented_frames_ = 0;
 }
 
 void AudioSource::chooseStream(const InputSettings& settings) {
@@ -97,9 +82,12 @@ void AudioSource::describe() {
     const int64_t origin = container().start_time;
     info_.start_seconds =
         start_s - (origin != AV_NOPTS_VALUE ? static_cast<double>(origin) / AV_TIME_BASE : 0.0);
-    std::optional<double> latest_s;
-    if (stated_end_s_) latest_s = *stated_end_s_ + kBeyondEnd_s;
-    timeline_.emplace(info_.spec.rate_hz, latest_s);
+    if (stated_end_s_) latest_s_ = *stated_end_s_ + kBeyondEnd_s;
+    beginTimeline(info_.spec.rate_hz);
+}
+
+void AudioSource::beginTimeline(int rate_hz) {
+    timeline_.emplace(rate_hz, latest_s_);
     if (isBareStream(container())) timeline_->forbidOverlaps();
 }
 

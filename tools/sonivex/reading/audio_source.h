@@ -1,6 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -70,8 +72,18 @@ class AudioSource {
      * @throw as `next`, and Failure (Internal) when a conversion fails */
     FramePtr read();
 
+    /** Returns true if `seek` works: not in a pipe. */
+    bool canSeek() const { return file_->canRestart(); }
+    /** Goes on reading at another position: the frames that follow begin there to the sample, as far as the
+     * timestamps tell. A container that cannot seek is read again from its beginning up to there. Reports go
+     * on counting. Packets of other streams must not be kept.
+     * @param seconds position after the stream's first frame; beyond the end nothing follows
+     * @return the position of the next frame, which is later than asked in a gap between timestamps
+     * @throw as `next`, and as the constructor if the file cannot be opened again */
+    double seek(double seconds);
+
     /** Makes `next` and `read` end soon, as if the file ended there. Any thread may call it. */
-    void abandon() { file_->abandon(); }
+    void abandon();
 
     /** Packets, frames and places of the file that could not be decoded or read so far. */
     uint64_t decodeErrors() const;
@@ -88,7 +100,11 @@ class AudioSource {
   private:
     void chooseStream(const InputSettings& settings);
     void restart(const InputSettings& settings);
+    void forgetFrames();
+    bool reachesWithSeek(double target_s);
+    double dropUntil(double target_s);
     void describe();
+    void beginTimeline(int rate_hz);
     void describeEmpty(const std::string& path);
     void readPacket();
     void takeFrames();
@@ -100,6 +116,9 @@ class AudioSource {
     uint64_t errorsSoFar() const;
 
     std::string path_;
+    InputSettings settings_;
+    std::mutex file_mutex_;  // held to replace the file, and to abandon it
+    std::atomic<bool> is_abandoned_ = false;
     std::optional<MediaFile> file_;
     TimelinePolicy policy_;
     int stream_index_ = -1;
@@ -110,6 +129,7 @@ class AudioSource {
     std::vector<bool> delivered_;  // streams whose packets are kept
     DecodedFrames frames_;
     std::optional<double> stated_end_s_;
+    std::optional<double> latest_s_;          // on the container's clock, after which no frame belongs
     std::optional<double> first_position_s_;  // of the first frame, on the container's clock
     std::optional<TimelineRepair> timeline_;
     std::optional<AudioSpec> decoded_spec_;  // of the last frame that waits or came out

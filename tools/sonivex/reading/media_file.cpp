@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cmath>
 #include <filesystem>
 #include <system_error>
 
@@ -123,6 +124,14 @@ bool MediaFile::read(AVPacket& packet) {
     }
     faults_.is_given_up = true;
     return false;
+}
+
+bool MediaFile::seek(int stream, double seconds) {
+    const AVRational unit = container_->streams[stream]->time_base;
+    const auto target = static_cast<int64_t>(std::floor(seconds / av_q2d(unit)));
+    const int result = av_seek_frame(container_, stream, target, AVSEEK_FLAG_BACKWARD);
+    throwIfInterrupted();
+    return result >= 0;
 }
 
 bool MediaFile::canRestart() const {

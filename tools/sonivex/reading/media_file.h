@@ -38,6 +38,11 @@ class MediaFile {
      * @throw Failure with the exit code of a pending signal */
     bool read(AVPacket& packet);
 
+    /** Goes on at the last place not after `seconds` on the container's clock from which a stream can be
+     *  decoded.
+     * @return false if the container cannot do so; what `read` returns then is unspecified */
+    bool seek(int stream, double seconds);
+
     /** Makes `read` end soon, as if the file ended there. Any thread may call it. */
     void abandon() { is_abandoned_ = true; }
 

@@ -177,4 +177,54 @@ TEST(AudioSource, TellsHowMuchOfAWavFileIsMissing) {
     EXPECT_NEAR(missing_s(), 8.0 + 1001.0 / 96000, 0.001);
 }
 
+// Reads 16-bit mono to the end.
+std::vector<int16_t> rest(AudioSource& source) {
+    std::vector<int16_t> samples;
+    while (const FramePtr frame = source.read()) {
+        const auto* values = reinterpret_cast<const int16_t*>(frame->extended_data[0]);
+        samples.insert(samples.end(), values, values + frame->nb_samples);
+    }
+    return samples;
+}
+
+// The timestamps of Matroska are rounded to 1 ms, those of MOV are exact.
+class SeekingInAFilm : public AudioSourceOfAFilm {
+  protected:
+    void SetUp() override {
+        AudioSourceOfAFilm::SetUp();
+        const auto result = test::runProcess({"ffmpeg", "-nostdin", "-v", "error", "-i", film_, "-map", "0",
+                                              "-c", "copy", folder_.file("film.mov")});
+        ASSERT_EQ(result.exit_code, 0) << result.err;
+        film_ = folder_.file("film.mov");
+    }
+};
+
+TEST_F(SeekingInAFilm, LandsAtTheSampleInAStreamThatBeginsLate) {
+    AudioSource whole({.path = film_, .stream = "0"});
+    const std::vector<int16_t> expected = rest(whole);
+    ASSERT_EQ(expected.size(), 72000U);
+    AudioSource source({.path = film_, .stream = "0"});
+    for (const double target_s : {1.0, 0.3, 1.2, 0.0}) {
+        SCOPED_TRACE(target_s);
+        EXPECT_NEAR(source.seek(target_s), target_s, 1e-9);
+        const auto from = static_cast<ptrdiff_t>(target_s * 48000.0);
+        EXPECT_EQ(rest(source), std::vector<int16_t>(expected.begin() + from, expected.end()));
+    }
+}
+
+TEST_F(SeekingInAFilm, NothingFollowsASeekBeyondTheEnd) {
+    AudioSource source({.path = film_, .stream = "0"});
+    EXPECT_NEAR(source.seek(100.0), 1.5, 1e-9);
+    EXPECT_TRUE(rest(source).empty());
+    EXPECT_NEAR(source.seek(1.0), 1.0, 1e-9);
+    EXPECT_EQ(rest(source).size(), 24000U);
+}
+
+TEST_F(SeekingInAFilm, ASourceThatWasAbandonedStaysSoAfterASeek) {
+    AudioSource source({.path = film_, .stream = "0"});
+    source.abandon();
+    source.seek(0.0);
+    EXPECT_LT(rest(source).size(), 72000U);
+}
+
 }  // namespace
