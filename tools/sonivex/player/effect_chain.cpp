@@ -32,6 +32,10 @@ void EffectChain::push(const AVFrame& frame) {
     stages_.front()->push(frame);
 }
 
+void EffectChain::seek() {
+    for (const auto& stage : stages_) stage->seek();
+}
+
 void EffectChain::finish() {
     for (const auto& stage : stages_) stage->finish();
 }

@@ -37,6 +37,8 @@ class EffectChain {
 
     /** Pushes a frame of any length. */
     void push(const AVFrame& frame);
+    /** Flushes all filters, as a player does at a seek, and begins anew; see FilterRun::seek. */
+    void seek();
     /** Ends the input; see EffectStage::finish. */
     void finish();
 

@@ -42,6 +42,12 @@ void EffectStage::pushSilence(int64_t frames) {
     }
 }
 
+void EffectStage::seek() {
+    if (waiting_.size() > 0) (void)waiting_.take(waiting_.size());
+    input_frames_ = 0;
+    run_.seek();
+}
+
 void EffectStage::finish() {
     if (input_frames_ == 0) return;
     const int64_t tail = run_.isBypassed() ? 0 : tail_frames_;

@@ -27,6 +27,9 @@ class EffectStage {
     /** Pushes a frame of any length; the samples are copied. */
     void push(const AVFrame& frame);
 
+    /** Flushes the filter, as a player does at a seek, and begins anew; see FilterRun::seek. */
+    void seek();
+
     /** Ends the input. The output is as long as the input was, plus the delay and the tail that the settings
      *  keep. Without any input there is no output. */
     void finish();

@@ -99,6 +99,13 @@ void FilterRun::flushWhenDue() {
     player_->seek();
 }
 
+void FilterRun::seek() {
+    player_->seek();
+    timeline_.restart();
+    pushed_frames_ = 0;
+    flushes_.clear();
+}
+
 void FilterRun::push(FramePtr frame) {
     flushWhenDue();
     frame->pts = pushed_frames_;

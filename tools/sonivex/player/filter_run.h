@@ -39,6 +39,10 @@ class FilterRun {
      *  replaces the audio that the effect still holds back. */
     void push(FramePtr frame);
 
+    /** Flushes the filter, as a player does at a seek. The audio inside is lost, and the next frame counts as
+     *  the first one: the output is aligned with it. */
+    void seek();
+
     /** Sets the length of the output in frames; everything later is cut, and flushes from there on are
      *  dropped. Call it before pushing the silence that drives the rest out. */
     void setEnd(int64_t frames);

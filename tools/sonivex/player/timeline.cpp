@@ -35,6 +35,11 @@ void Timeline::accept(FramePtr frame) {
     output_(std::move(frame));
 }
 
+void Timeline::restart() {
+    end_ = kOpenEnd;
+    position_ = 0;
+}
+
 void Timeline::finish() {
     if (end_ != kOpenEnd && spec_.rate_hz > 0) fillUntil(end_);
 }

@@ -24,6 +24,9 @@ class Timeline {
     /** Sets the frames to remove at the start. Call it before the first frame. */
     void setDelay(int64_t frames) { delay_frames_ = frames; }
 
+    /** Begins anew, with the first frame after a flush: positions count from 0 again, and the end is open. */
+    void restart();
+
     /** Sets the total frames to output; at most the input length minus the delay. */
     void setEnd(int64_t frames) { end_ = frames; }
 

@@ -56,6 +56,17 @@ TEST_F(TimelineTest, CutsEverythingAfterTheEnd) {
     EXPECT_EQ(out_, countedFrom(10, 120));
 }
 
+TEST_F(TimelineTest, BeginsAnewAfterAFlush) {
+    Timeline timeline = make(50);
+    timeline.accept(test::countingFrame(0, 100));
+    timeline.setEnd(60);
+    out_.clear();
+    timeline.restart();
+    timeline.accept(test::countingFrame(0, 100));
+    timeline.accept(test::countingFrame(100, 100));
+    EXPECT_EQ(out_, countedFrom(50, 150));
+}
+
 TEST_F(TimelineTest, FillsAGapWithSilenceAndKeepsTheRestInPlace) {
     Timeline timeline = make(0);
     timeline.accept(test::countingFrame(0, 10));
