@@ -13,6 +13,7 @@
 #include "commands.h"
 #include "console.h"
 #include "failure.h"
+#include "hasty_end.h"
 #include "usage_error.h"
 
 namespace {
@@ -63,10 +64,7 @@ int parseAndRun(int argc, char** argv) {
     return exitWith(ExitCode::Success);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    if (!occupyStandardDescriptors()) return exitWith(ExitCode::Internal);
+int runProgram(int argc, char** argv) {
     try {
         return parseAndRun(argc, argv);
     } catch (const sonivex_tool::Failure& failure) {
@@ -78,4 +76,11 @@ int main(int argc, char** argv) {
         sonivex_tool::printError(std::string("internal error: ") + error.what());
     }
     return exitWith(ExitCode::Internal);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (!occupyStandardDescriptors()) return exitWith(ExitCode::Internal);
+    return sonivex_tool::endProgram(runProgram(argc, argv));
 }

@@ -19,6 +19,7 @@ enum class ExitCode : int {
     FilterFailed = 12,      // the filter stalled, or rejected its options or every frame
     InputDamaged = 13,      // OUT is complete, but a part of IN was lost
     BatchFailed = 14,       // some files of a batch failed
+    NoSoundCard = 15,       // no sound card opens, or it stopped playing
     Interrupted = 130,      // SIGINT
     Terminated = 143,       // SIGTERM or SIGHUP
 };

@@ -18,7 +18,9 @@ namespace {
 std::atomic<int> g_pending_signal = 0;
 std::array<char, PATH_MAX> g_path_to_remove;
 std::atomic<bool> g_has_path_to_remove = false;
-static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free,
+std::atomic<void (*)()> g_on_second_signal = nullptr;
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<bool>::is_always_lock_free &&
+                  std::atomic<void (*)()>::is_always_lock_free,
               "a signal handler may only use lock-free atomics");
 
 ExitCode exitCodeOf(int signal) {
@@ -29,6 +31,7 @@ ExitCode exitCodeOf(int signal) {
 void onSignal(int signal) {
     if (g_pending_signal.exchange(signal) == 0) return;
     if (g_has_path_to_remove) (void)unlink(g_path_to_remove.data());
+    if (void (*const function)() = g_on_second_signal; function != nullptr) function();
     _exit(static_cast<int>(exitCodeOf(signal)));
 }
 
@@ -59,6 +62,10 @@ void removeOnSecondSignal(const char* path) {
     if (bytes > g_path_to_remove.size()) return;
     std::memcpy(g_path_to_remove.data(), path, bytes);
     g_has_path_to_remove = true;
+}
+
+void onSecondSignal(void (*function)()) {
+    g_on_second_signal = function;
 }
 
 int pendingSignal() {

@@ -20,6 +20,14 @@ void installSignalHandlers();
  * Only one thread may call this. */
 void removeOnSecondSignal(const char* path);
 
+/** Sets what the second signal calls before it ends the program, such as a function that gives the terminal
+ *  back.
+ *
+ * @param function calls only async-signal-safe functions; null for none
+ *
+ * Only one thread may call this. */
+void onSecondSignal(void (*function)());
+
 /** The signal that asked the program to end, or 0. Any thread may call this. */
 int pendingSignal();
 
