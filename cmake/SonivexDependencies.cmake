@@ -23,6 +23,9 @@ if(SONIVEX_TOOLS)
     pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo>=1.16)
     find_package(CLI11 2.1 REQUIRED)
 
+    # Without SDL2 the command "play" finds no sound card.
+    pkg_check_modules(SDL2 QUIET IMPORTED_TARGET sdl2>=2.0.16)
+
     # Only the generator of the impulse responses and the tests of its output need libmysofa. The output is committed.
     pkg_check_modules(LIBMYSOFA QUIET IMPORTED_TARGET libmysofa)
 endif()
