@@ -1,0 +1,118 @@
+#include "terminal.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <string_view>
+
+#include "failure.h"
+#include "interrupt.h"
+
+namespace sonivex_tool {
+namespace {
+
+constexpr std::string_view kEnterScreen = "\033[?1049h\033[?25l\033[2J";
+constexpr std::string_view kLeaveScreen = "\033[?25h\033[?1049l";
+constexpr int kUsualColumns = 80;
+constexpr int kUsualRows = 24;
+
+// What a signal handler needs to give the terminal back. They are set before the handler can run.
+int g_keys = -1;
+int g_screen = -1;
+termios g_original{};
+
+void writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno != EINTR) return;  // the screen is gone; the keys tell so
+        if (written > 0) bytes.remove_prefix(static_cast<size_t>(written));
+    }
+}
+
+// Calls only async-signal-safe functions.
+void giveBack() {
+    if (g_screen >= 0) (void)!write(g_screen, kLeaveScreen.data(), kLeaveScreen.size());
+    if (g_keys >= 0) (void)tcsetattr(g_keys, TCSANOW, &g_original);
+}
+
+winsize sizeOf(int descriptor) {
+    winsize size{};
+    if (ioctl(descriptor, TIOCGWINSZ, &size) != 0) size = {};
+    if (size.ws_col == 0) size.ws_col = kUsualColumns;
+    if (size.ws_row == 0) size.ws_row = kUsualRows;
+    return size;
+}
+
+}  // namespace
+
+Terminal::Terminal(int keys, int screen, TerminalUse use) : keys_(keys), screen_(screen), use_(use) {
+    if (tcgetattr(keys_, &g_original) != 0)
+        throw Failure(ExitCode::Internal, "cannot read keys: standard input is not a terminal");
+    g_keys = keys_;
+    g_screen = use_ == TerminalUse::KeysAndScreen ? screen_ : -1;
+    onSecondSignal(&giveBack);
+    termios settings = g_original;
+    settings.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+    settings.c_cc[VMIN] = 0;
+    settings.c_cc[VTIME] = 0;
+    settings.c_cc[VSUSP] = _POSIX_VDISABLE;
+    (void)tcsetattr(keys_, TCSANOW, &settings);
+    if (use_ == TerminalUse::Keys) return;
+    writeAll(screen_, kEnterScreen);
+    if (isatty(STDERR_FILENO) == 0) return;
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (nowhere < 0) return;
+    kept_errors_ = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (kept_errors_ >= 0) (void)dup2(nowhere, STDERR_FILENO);
+    (void)close(nowhere);
+}
+
+Terminal::~Terminal() {
+    onSecondSignal(nullptr);
+    giveBack();
+    if (kept_errors_ >= 0) {
+        (void)dup2(kept_errors_, STDERR_FILENO);
+        (void)close(kept_errors_);
+    }
+    g_keys = -1;
+    g_screen = -1;
+}
+
+void Terminal::draw(const std::vector<std::string>& lines) const {
+    std::string bytes = "\033[H";
+    for (size_t i = 0; i < lines.size(); ++i) {
+        if (i > 0) bytes += "\r\n";
+        bytes += lines[i] + "\033[K";
+    }
+    bytes += "\033[J";
+    writeAll(screen_, bytes);
+}
+
+int Terminal::columns() const {
+    return sizeOf(screen_).ws_col;
+}
+
+int Terminal::rows() const {
+    return sizeOf(screen_).ws_row;
+}
+
+std::string Terminal::read(int timeout_ms) {
+    pollfd waiting{.fd = keys_, .events = POLLIN, .revents = 0};
+    if (poll(&waiting, 1, timeout_ms) <= 0) return {};
+    if ((waiting.revents & POLLIN) == 0) {
+        has_ended_ = true;
+        return {};
+    }
+    std::array<char, 256> bytes{};
+    const ssize_t count = ::read(keys_, bytes.data(), bytes.size());
+    if (count > 0) return {bytes.data(), static_cast<size_t>(count)};
+    if (count == 0 || (errno != EINTR && errno != EAGAIN)) has_ended_ = true;
+    return {};
+}
+
+}  // namespace sonivex_tool
