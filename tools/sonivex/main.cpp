@@ -46,6 +46,7 @@ int parseAndRun(int argc, char** argv) {
         {"render", sonivex_tool::addRenderCommand(program)},
         {"ears", sonivex_tool::addEarsCommand(program)},
         {"inspect", sonivex_tool::addInspectCommand(program)},
+        {"play", sonivex_tool::addPlayCommand(program)},
         {"probe", sonivex_tool::addProbeCommand(program)},
         {"responses", sonivex_tool::addResponsesCommand(program)},
         {"speech", sonivex_tool::addSpeechCommand(program)},

@@ -13,6 +13,8 @@ std::function<void()> addBenchCommand(CLI::App& program);
 std::function<void()> addEarsCommand(CLI::App& program);
 /** Adds `inspect`. */
 std::function<void()> addInspectCommand(CLI::App& program);
+/** Adds `play`. */
+std::function<void()> addPlayCommand(CLI::App& program);
 /** Adds `probe`. */
 std::function<void()> addProbeCommand(CLI::App& program);
 /** Adds `render`. */
