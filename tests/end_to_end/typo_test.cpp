@@ -30,7 +30,7 @@ TEST(Typo, AnUnknownCommandIsNamed) {
     expectRefusal({"rendr", "a.wav", "--effect", "surround"},
                   "unknown command \"rendr\"; did you mean \"render\"?", help);
     expectRefusal({"Speech"}, "unknown command \"Speech\"; did you mean \"speech\"?", help);
-    expectRefusal({"play", "a.wav"}, "unknown command \"play\"", help);
+    expectRefusal({"master", "a.wav"}, "unknown command \"master\"", help);
     expectRefusal({"x", "render", "a.wav", "b.wav"}, "unknown command \"x\"", help);
 }
 
