@@ -25,9 +25,11 @@ bool isTerminal(int descriptor) {
 PlayView::PlayView(const PlaySettings& settings, ResultStream& result)
     : result_(result), is_quiet_(settings.is_quiet), has_screen_(false), last_shown_(Clock::now()) {
     if (!isTerminal(STDIN_FILENO) || isStandardInput(settings.playback.input.path)) return;
+    if (!isInForeground(STDIN_FILENO)) return;
     const int screen = originalStandardOutput();
-    has_screen_ = settings.uses_screen && isTerminal(screen);
-    terminal_.emplace(STDIN_FILENO, screen, has_screen_ ? TerminalUse::KeysAndScreen : TerminalUse::Keys);
+    const bool wants_screen = settings.uses_screen && isTerminal(screen);
+    terminal_.emplace(STDIN_FILENO, screen, wants_screen ? TerminalUse::KeysAndScreen : TerminalUse::Keys);
+    has_screen_ = terminal_->hasScreen();
 }
 
 std::vector<PlayAction> PlayView::waitForKeys() {
@@ -63,8 +65,9 @@ void PlayView::show(ScreenContents contents, Clock::time_point now) {
 }
 
 void PlayView::finish(const std::string& line) {
+    const bool takes_output = !terminal_ || terminal_->giveBack();
     terminal_.reset();
-    if (!is_quiet_) result_.write(line + "\n");
+    if (!is_quiet_ && takes_output) result_.write(line + "\n");
 }
 
 }  // namespace sonivex_tool

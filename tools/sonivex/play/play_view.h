@@ -29,7 +29,7 @@ class PlayView {
     void note(double position_s, const std::string& text);
     /** Shows the state, if it is time to. @throw Failure (Internal) if a line cannot be written */
     void show(ScreenContents contents, Clock::time_point now);
-    /** Writes a last line. The screen is gone then. */
+    /** Writes a last line, unless the terminal takes no output. The screen is gone then. */
     void finish(const std::string& line);
 
   private:

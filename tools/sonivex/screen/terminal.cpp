@@ -21,23 +21,15 @@ constexpr std::string_view kLeaveScreen = "\033[?25h\033[?1049l";
 constexpr int kUsualColumns = 80;
 constexpr int kUsualRows = 24;
 
-// What a signal handler needs to give the terminal back. They are set before the handler can run.
+// A signal handler needs these to give the terminal back. They are set before the handler can run.
 int g_keys = -1;
 int g_screen = -1;
 termios g_original{};
 
-void writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = write(descriptor, bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR) return;  // the screen is gone; the keys tell so
-        if (written > 0) bytes.remove_prefix(static_cast<size_t>(written));
-    }
-}
-
-// Calls only async-signal-safe functions.
-void giveBack() {
-    if (g_screen >= 0) (void)!write(g_screen, kLeaveScreen.data(), kLeaveScreen.size());
+// Calls only async-signal-safe functions. Neither of them waits.
+void giveBackAtOnce() {
     if (g_keys >= 0) (void)tcsetattr(g_keys, TCSANOW, &g_original);
+    if (g_screen >= 0) (void)!write(g_screen, kLeaveScreen.data(), kLeaveScreen.size());
 }
 
 winsize sizeOf(int descriptor) {
@@ -50,20 +42,23 @@ winsize sizeOf(int descriptor) {
 
 }  // namespace
 
-Terminal::Terminal(int keys, int screen, TerminalUse use) : keys_(keys), screen_(screen), use_(use) {
+Terminal::Terminal(int keys, int screen, TerminalUse use)
+    : keys_(keys), screen_(screen), output_(use == TerminalUse::KeysAndScreen ? screen : -1) {
     if (tcgetattr(keys_, &g_original) != 0)
         throw Failure(ExitCode::Internal, "cannot read keys: standard input is not a terminal");
     g_keys = keys_;
-    g_screen = use_ == TerminalUse::KeysAndScreen ? screen_ : -1;
-    onSecondSignal(&giveBack);
+    g_screen = output_.descriptor();
+    onSecondSignal(&giveBackAtOnce);
     termios settings = g_original;
+    settings.c_iflag &= ~static_cast<tcflag_t>(IXON);
     settings.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
     settings.c_cc[VMIN] = 0;
     settings.c_cc[VTIME] = 0;
     settings.c_cc[VSUSP] = _POSIX_VDISABLE;
+    settings.c_cc[VQUIT] = _POSIX_VDISABLE;
     (void)tcsetattr(keys_, TCSANOW, &settings);
-    if (use_ == TerminalUse::Keys) return;
-    writeAll(screen_, kEnterScreen);
+    if (!hasScreen()) return;
+    output_.show(std::string(kEnterScreen));
     if (isatty(STDERR_FILENO) == 0) return;
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (nowhere < 0) return;
@@ -73,24 +68,32 @@ Terminal::Terminal(int keys, int screen, TerminalUse use) : keys_(keys), screen_
 }
 
 Terminal::~Terminal() {
+    (void)giveBack();
+}
+
+bool Terminal::giveBack() {
+    if (is_given_back_) return true;
+    is_given_back_ = true;
     onSecondSignal(nullptr);
-    giveBack();
+    (void)tcsetattr(keys_, TCSANOW, &g_original);
+    const bool takes_output = output_.finish(std::string(kLeaveScreen));
     if (kept_errors_ >= 0) {
-        (void)dup2(kept_errors_, STDERR_FILENO);
+        if (takes_output) (void)dup2(kept_errors_, STDERR_FILENO);
         (void)close(kept_errors_);
     }
     g_keys = -1;
     g_screen = -1;
+    return takes_output;
 }
 
-void Terminal::draw(const std::vector<std::string>& lines) const {
+void Terminal::draw(const std::vector<std::string>& lines) {
     std::string bytes = "\033[H";
     for (size_t i = 0; i < lines.size(); ++i) {
         if (i > 0) bytes += "\r\n";
         bytes += lines[i] + "\033[K";
     }
     bytes += "\033[J";
-    writeAll(screen_, bytes);
+    output_.show(bytes);
 }
 
 int Terminal::columns() const {
@@ -113,6 +116,12 @@ std::string Terminal::read(int timeout_ms) {
     if (count > 0) return {bytes.data(), static_cast<size_t>(count)};
     if (count == 0 || (errno != EINTR && errno != EAGAIN)) has_ended_ = true;
     return {};
+}
+
+bool isInForeground(int terminal) {
+    // A terminal that does not control this program has no group for it, and stops nobody.
+    const pid_t group = tcgetpgrp(terminal);
+    return group < 0 || group == getpgrp();
 }
 
 }  // namespace sonivex_tool

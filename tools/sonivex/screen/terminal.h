@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "screen_output.h"
+
 namespace sonivex_tool {
 
 /** Which parts of the terminal a program takes over. */
@@ -12,8 +14,9 @@ enum class TerminalUse { KeysAndScreen, Keys };
  *  gives it back as it was, and so does a second signal that ends the program. There is one such object at a
  *  time.
  *
- *  Ctrl-C still sends its signal; Ctrl-Z does nothing. What is written to standard error while the screen is
- *  shown does not appear, because it would tear the screen. */
+ *  Ctrl-C still sends its signal; Ctrl-Z, Ctrl-\, Ctrl-S and Ctrl-Q do nothing. What is written to standard
+ *  error while the screen is shown does not appear, because it would tear the screen. No function waits for a
+ *  terminal that takes no output. */
 class Terminal {
   public:
     /** @param keys descriptor of the terminal from which keys come
@@ -24,8 +27,16 @@ class Terminal {
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
-    /** Shows the lines in place of those before. */
-    void draw(const std::vector<std::string>& lines) const;
+    /** Returns true if the terminal shows lines: it was asked to, and could be opened for it. */
+    bool hasScreen() const { return output_.isOpen(); }
+
+    /** Shows the lines in place of those before. Lines that the terminal does not take now are dropped. */
+    void draw(const std::vector<std::string>& lines);
+
+    /** Gives the terminal back as it was; only the destructor may be called then. If the terminal takes no
+     *  output, standard error stays silent, so that the program's last words do not make it wait.
+     *  @return false if the terminal takes no output */
+    bool giveBack();
 
     /** Returns the terminal's size; it may change at any time. */
     int columns() const;
@@ -40,9 +51,14 @@ class Terminal {
   private:
     int keys_;
     int screen_;
-    TerminalUse use_;
+    ScreenOutput output_;
+    bool is_given_back_ = false;
     int kept_errors_ = -1;  // the original standard error
     bool has_ended_ = false;
 };
+
+/** Returns true if this program may use the terminal. A program in the background of a shell may not: the
+ *  system would stop it. */
+bool isInForeground(int terminal);
 
 }  // namespace sonivex_tool
