@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "console.h"
+#include "fitted_text.h"
 #include "level_bar.h"
 
 namespace sonivex_tool {
@@ -15,6 +16,7 @@ constexpr double kHighestBar_db = 0.0;
 constexpr int kMeterTextColumns = 54;  // of a meter's row beside its bar
 constexpr int kShortestBarColumns = 8;
 constexpr int kLongestBarColumns = 60;
+constexpr double kRinging_s = 1.0;  // by which an effect may ring out after the end of a file
 
 constexpr std::array<const char*, 3> kHelp = {
     "e effect on/off   n next effect   t type   m mode   v/V voice   l same loudness",
@@ -46,9 +48,15 @@ std::string meterLine(const std::string& name, const MeterRow& row, bool is_hear
     return line;
 }
 
+// Returns the length, or nothing once the position has passed it: a file may state its first part's length.
+std::optional<double> credibleLength_s(const ScreenContents& contents) {
+    if (!contents.length_s || contents.position_s >= *contents.length_s + kRinging_s) return std::nullopt;
+    return std::max(*contents.length_s, contents.position_s);
+}
+
 std::string positionText(const ScreenContents& contents) {
     std::string text = clockTime(contents.position_s);
-    if (contents.length_s) text += " / " + clockTime(*contents.length_s);
+    if (const auto length_s = credibleLength_s(contents)) text += " / " + clockTime(*length_s);
     return text;
 }
 
@@ -59,24 +67,10 @@ std::string percent(double share) {
 std::string positionLine(const ScreenContents& contents, int columns) {
     std::string line = positionText(contents) + (contents.is_paused ? "  paused" : "");
     const int bar = std::min(columns - static_cast<int>(line.size()) - 2, kLongestBarColumns);
-    if (contents.length_s && *contents.length_s > 0.0 && bar >= kShortestBarColumns)
-        line += "  " + levelBar(contents.position_s, std::nullopt, 0.0, *contents.length_s, bar);
+    const std::optional<double> length_s = credibleLength_s(contents);
+    if (length_s && *length_s > 0.0 && bar >= kShortestBarColumns)
+        line += "  " + levelBar(contents.position_s, std::nullopt, 0.0, *length_s, bar);
     return line;
-}
-
-// Replaces control characters of a file's name and shortens the line. A character of several bytes is not
-// cut.
-std::string fitted(const std::string& line, int columns) {
-    std::string text;
-    int used = 0;
-    for (const char byte : line) {
-        const auto code = static_cast<unsigned char>(byte);
-        const bool continues_character = (code & 0xC0U) == 0x80U;
-        if (!continues_character && ++used > columns) break;
-        const bool is_control = code < 0x20U || code == 0x7FU;
-        text += is_control ? '?' : byte;
-    }
-    return text;
 }
 
 }  // namespace
@@ -108,7 +102,7 @@ std::vector<std::string> screenLines(const ScreenContents& contents, int columns
                      contents.events.end());
     }
     if (lines.size() > room) lines.resize(room);
-    for (std::string& line : lines) line = fitted(line, columns);
+    for (std::string& line : lines) line = fittedText(line, columns);
     return lines;
 }
 

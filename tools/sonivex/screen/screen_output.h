@@ -4,7 +4,8 @@
 
 namespace sonivex_tool {
 
-/** Writes to a terminal without ever waiting for it: nobody may read a terminal, or its output may be stopped.
+/** Writes to a terminal without ever waiting for it: nobody may read a terminal, or its output may be
+ *  stopped.
  *
  *  It opens the terminal anew, because a descriptor's O_NONBLOCK would hold for every program that has
  *  inherited the same open file. */

@@ -12,9 +12,11 @@ using sonivex_tool::levelBar;
 using sonivex_tool::ScreenContents;
 using sonivex_tool::screenLines;
 using sonivex_tool::statusLine;
+using testing::AllOf;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 ScreenContents contents() {
     ScreenContents contents;
@@ -91,6 +93,34 @@ TEST(ScreenLines, DoesNotCutACharacterOfSeveralBytes) {
     ScreenContents shown = contents();
     shown.title = "äöü";
     EXPECT_THAT(screenLines(shown, 2, 30), Contains("äö"));
+}
+
+TEST(ScreenLines, CountsTheColumnsOfWideAndCombiningCharacters) {
+    ScreenContents shown = contents();
+    shown.title = "音楽音楽";  // of two columns each
+    EXPECT_THAT(screenLines(shown, 5, 30), Contains("音楽"));
+    EXPECT_THAT(screenLines(shown, 6, 30), Contains("音楽音"));
+    shown.title = "e\u0301e\u0301e\u0301";
+    EXPECT_THAT(screenLines(shown, 2, 30), Contains("e\u0301e\u0301"));
+}
+
+TEST(ScreenLines, ReplacesControlCharactersOfTwoBytesAndWhatIsNoText) {
+    ScreenContents shown = contents();
+    shown.title = "a\u009B2Jb";  // what some terminals take for "\033[2J"
+    EXPECT_THAT(screenLines(shown, 100, 30), Contains("a?2Jb"));
+    shown.title =
+        "a\x9B\xFF"
+        "b\xC3";
+    EXPECT_THAT(screenLines(shown, 100, 30), Contains("a??b?"));
+}
+
+TEST(ScreenLines, DoNotShowALengthThatThePositionHasPassed) {
+    ScreenContents shown = contents();
+    shown.length_s = 59.0;
+    EXPECT_THAT(screenLines(shown, 100, 30)[0], AllOf(HasSubstr("1:01"), Not(HasSubstr("/"))));
+    EXPECT_THAT(statusLine(shown), Not(HasSubstr("1:01 /")));
+    shown.length_s = 61.0;  // an effect rings out
+    EXPECT_THAT(screenLines(shown, 100, 30)[0], HasSubstr("1:01 / 1:01"));
 }
 
 TEST(StatusLine, IsOneLineWithoutControlCharacters) {
