@@ -223,6 +223,39 @@ TEST_F(Play, RefusesWhatItDoesNotUnderstand) {
     EXPECT_EQ(play({file("no-such-file.wav")}).exit_code, 3);
 }
 
+TEST_F(Play, RefusesToStartBeyondTheEnd) {
+    tone(1.0);
+    for (const char* name : {"tone.wav", "tone.mka", "tone.flac"}) {
+        if (file(name) != file("tone.flac")) test::ffmpeg({"-i", file("tone.flac"), file(name)});
+        const auto result = play({file(name), "--start", "30"});
+        EXPECT_EQ(result.exit_code, 2) << name;
+        EXPECT_THAT(result.err, HasSubstr("--start: \"" + file(name) + "\" is only 0:01 long")) << name;
+    }
+}
+
+TEST_F(Play, AFileThatReturnsToItsFirstFormatIsNoLongerConverted) {
+    tone(1.0);
+    test::ffmpeg({"-i", file("tone.flac"), "-c:a", "flac", "-f", "ogg", file("stereo.ogg")});
+    test::ffmpeg({"-i", file("tone.flac"), "-ac", "1", "-c:a", "flac", "-f", "ogg", file("mono.ogg")});
+    const std::string stereo = test::readFile(file("stereo.ogg"));
+    test::writeFile(file("chain.ogg"), stereo + test::readFile(file("mono.ogg")) + stereo);
+    const auto result = play({file("chain.ogg")});
+    EXPECT_THAT(result.out,
+                HasSubstr("the file goes on with 48000 Hz, mono; it is converted to 48000 Hz, stereo\n"));
+    EXPECT_THAT(result.out, HasSubstr("the file goes on with 48000 Hz, stereo\n"));
+}
+
+TEST_F(Play, CtrlCEndsTheProgramBeforeItCanOpenAPipe) {
+    ASSERT_EQ(mkfifo(file("input").c_str(), 0600), 0);
+    test::Process player(playing("dummy", "", {file("input")}));
+    for (int i = 0; i < 500 && !player.handles(SIGINT); ++i) std::this_thread::sleep_for(milliseconds(10));
+    std::this_thread::sleep_for(milliseconds(500));
+    player.send(SIGINT);
+    const auto result = player.wait(seconds(20));
+    EXPECT_EQ(result.exit_code, 130);
+    EXPECT_THAT(result.err, HasSubstr("sonivex: interrupted before it played"));
+}
+
 TEST_F(Play, ListsTheCards) {
     const auto result = test::runProcess(playing("dummy", "", {"--list-devices"}));
     EXPECT_EQ(result.exit_code, 0) << result.err;

@@ -38,7 +38,7 @@ TEST_P(PlayerEnds, DeliversNothingTwice) {
     EXPECT_EQ(run.played().size(), frames);
 }
 
-// What is pushed after the end continues the stream, and the effect has heard silence in between.
+// Frames that are pushed after the end continue the stream, and the effect has heard silence in between.
 TEST_P(PlayerEnds, MayBeFollowedByMore) {
     const Pcm in = noise(5, 2 * 40 * kFrame, 6000);
     PlayerRun run({.active = GetParam(), .time_base = kSamples}, kDialogue);

@@ -1,4 +1,4 @@
-// What a host offers a plug-in, for tests: a worker and a log.
+// These are the features that a host offers a plug-in, for tests: a worker and a log.
 #pragma once
 
 #include <lv2/core/lv2.h>

@@ -30,6 +30,10 @@ std::string streamText(const SourceInfo& info) {
     return text;
 }
 
+[[noreturn]] void throwInterrupted(int signal, const std::string& when) {
+    throw Failure(signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated, "interrupted " + when);
+}
+
 /** Plays one file: the thread that plays, the card, and what the user sees. */
 class Session {
   public:
@@ -105,10 +109,7 @@ class Session {
     void finish() {
         const PlayStatus status = thread_.status();
         const std::string end = clockTime(status.position_s);
-        if (const int signal = pendingSignal(); signal != 0) {
-            throw Failure(signal == SIGINT ? ExitCode::Interrupted : ExitCode::Terminated,
-                          "interrupted at " + end);
-        }
+        if (const int signal = pendingSignal(); signal != 0) throwInterrupted(signal, "at " + end);
         thread_.rethrow();
         view_.finish("ended at " + end + "; gaps " + std::to_string(feed_->gaps()) + ", clipped samples " +
                      std::to_string(status.clipped_samples));
@@ -135,7 +136,14 @@ class Session {
 
 void play(const PlaySettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin, ResultStream& result,
           const OpenSoundCard& open) {
-    Session(settings, plugin, result, open).run();
+    std::optional<Session> session;
+    try {
+        session.emplace(settings, plugin, result, open);
+    } catch (const Failure&) {
+        if (const int signal = pendingSignal(); signal != 0) throwInterrupted(signal, "before it played");
+        throw;
+    }
+    session->run();
 }
 
 }  // namespace sonivex_tool

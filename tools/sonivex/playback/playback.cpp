@@ -5,14 +5,16 @@
 #include <limits>
 #include <utility>
 
+#include "console.h"
 #include "failure.h"
 
 namespace sonivex_tool {
 namespace {
 
 constexpr double kFade_s = 0.040;
-constexpr double kAhead_s = 0.5;    // computed beyond what is rendered
-constexpr double kHistory_s = 0.5;  // remembered for an effect that begins
+constexpr double kAhead_s = 0.5;      // computed beyond what is rendered
+constexpr double kHistory_s = 0.5;    // remembered for an effect that begins
+constexpr double kRounding_s = 0.05;  // by which a container's length may be too short
 constexpr int kBlock_frames = 480;
 // A path that runs up takes so much of the programme for each block that is rendered, so that the sound goes
 // on.
@@ -56,6 +58,11 @@ Playback::Playback(const PlaybackSettings& settings, std::shared_ptr<Vorlin::Plu
     if (settings.start_s > 0.0) {
         if (!programme_.canSeek())
             throw Failure(ExitCode::Usage, "--start: \"" + settings.input.path + "\" cannot be sought in");
+        const std::optional<double> length_s = programme_.knownLength_s();
+        if (length_s && settings.start_s >= *length_s) {
+            throw Failure(ExitCode::Usage, "--start: \"" + settings.input.path + "\" is only " +
+                                               clockTime(*length_s + kRounding_s) + " long");
+        }
         seek_target_s_ = settings.start_s;
         doSeek();
     }
@@ -77,7 +84,7 @@ void Playback::doSeek() {
     next_frame_ = programme_.oldest();
     path_->seek(programme_);
     if (next_path_) {
-        // What was to come is there at once, since nothing is heard.
+        // The path that was to come takes over at once, since nothing is heard.
         path_ = std::move(next_path_);
         path_->seek(programme_);
         next_.jump(false);

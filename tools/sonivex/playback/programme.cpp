@@ -23,6 +23,14 @@ std::vector<int> commonRates_hz() {
     return rates_hz;
 }
 
+bool soundsAlike(const AudioSpec& one, const AudioSpec& other) {
+    return one.rate_hz == other.rate_hz && layoutName(one.layout) == layoutName(other.layout);
+}
+
+std::string describe(const AudioSpec& spec) {
+    return std::to_string(spec.rate_hz) + " Hz, " + layoutName(spec.layout);
+}
+
 AudioSpec programmeSpec(AudioSpec spec) {
     spec.format = AV_SAMPLE_FMT_FLT;
     spec.rate_hz = chooseRate_hz(spec.rate_hz, commonRates_hz());
@@ -43,13 +51,12 @@ void Programme::append(FramePtr frame) {
 }
 
 void Programme::noteChange(const AudioSpec& spec) {
-    const bool is_same =
-        spec.rate_hz == heard_.rate_hz && layoutName(spec.layout) == layoutName(heard_.layout);
+    const bool is_same = soundsAlike(spec, heard_);
     heard_ = spec;
     if (is_same) return;
-    changes_.push_back("the file goes on with " + std::to_string(spec.rate_hz) + " Hz, " +
-                       layoutName(spec.layout) + "; it is converted to " +
-                       std::to_string(this->spec().rate_hz) + " Hz, " + layoutName(this->spec().layout));
+    std::string line = "the file goes on with " + describe(spec);
+    if (!soundsAlike(spec, this->spec())) line += "; it is converted to " + describe(this->spec());
+    changes_.push_back(std::move(line));
 }
 
 bool Programme::readOn() {

@@ -29,6 +29,8 @@ class Programme {
 
     /** Properties of the stream. */
     const SourceInfo& info() const { return source_.info(); }
+    /** Length in seconds, or nothing if the file does not state it or only allows an estimate. */
+    std::optional<double> knownLength_s() const { return source_.knownLength_s(); }
     /** The spec of every frame. */
     const AudioSpec& spec() const { return converter_->target(); }
     /** Damage so far; complete at the end. */

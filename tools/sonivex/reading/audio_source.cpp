@@ -86,6 +86,11 @@ void AudioSource::describe() {
     beginTimeline(info_.spec.rate_hz);
 }
 
+std::optional<double> AudioSource::knownLength_s() const {
+    if (!stated_end_s_) return std::nullopt;
+    return *stated_end_s_ - first_position_s_.value_or(0.0);
+}
+
 void AudioSource::beginTimeline(int rate_hz) {
     timeline_.emplace(rate_hz, latest_s_);
     if (isBareStream(container())) timeline_->forbidOverlaps();
@@ -228,7 +233,7 @@ void AudioSource::finish() {
     damage_.ends_prematurely =
         faults.is_given_up || faults.messages > messages_before_packet_ || endsWithinOggPage(path_);
     if (!stated_end_s_ || !info_.has_samples) return;
-    const double end_s = timeline_->end_s().value_or(output_s_);
+    const double end_s = timeline_->end_s().value_or(first_position_s_.value_or(0.0) + output_s_);
     if (*stated_end_s_ - end_s > (damage_.ends_prematurely ? 0.0 : kMissingEnd_s))
         damage_.missing_end_s = *stated_end_s_ - end_s;
 }

@@ -51,6 +51,9 @@ class AudioSource {
 
     /** Properties of the stream. */
     const SourceInfo& info() const { return info_; }
+    /** Length after the first frame in seconds, or nothing if the file does not state it or only allows an
+     * estimate. */
+    std::optional<double> knownLength_s() const;
 
     /** Makes `next` deliver the packets of these streams, the file's first ones included. Call it before the
      * first `next`, and only with InputSettings::keeps_packets.
@@ -78,7 +81,8 @@ class AudioSource {
      * timestamps tell. A container that cannot seek is read again from its beginning up to there. Reports go
      * on counting. Packets of other streams must not be kept.
      * @param seconds position after the stream's first frame; beyond the end nothing follows
-     * @return the position of the next frame, which is later than asked in a gap between timestamps
+     * @return the position of the next frame, which is later than asked in a gap between timestamps; the end
+     *  if nothing follows
      * @throw as `next`, and as the constructor if the file cannot be opened again */
     double seek(double seconds);
 

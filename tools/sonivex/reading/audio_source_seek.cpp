@@ -100,7 +100,10 @@ double AudioSource::seek(double seconds) {
         restart(settings_);
         forgetFrames();
     }
-    const double position_s = dropUntil(target_s);
+    double position_s = dropUntil(target_s);
+    // Nothing is left to tell where the file ends, and what was skipped is not lost.
+    if (frames_.empty() && stated_end_s_)
+        position_s = std::max(position_s, std::min(target_s, *stated_end_s_));
     const int rate_hz = frames_.empty() ? info_.spec.rate_hz : frames_.front().frame->sample_rate;
     beginTimeline(rate_hz);
     if (!frames_.empty()) spec_ = specOf(*frames_.front().frame);

@@ -1,4 +1,4 @@
-// What the plug-ins ask of the system while they run.
+// These tests watch what the plug-ins ask of the system while they run.
 #include <gtest/gtest.h>
 
 #include <string>

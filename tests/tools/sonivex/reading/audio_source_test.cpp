@@ -220,6 +220,27 @@ TEST_F(SeekingInAFilm, NothingFollowsASeekBeyondTheEnd) {
     EXPECT_EQ(rest(source).size(), 24000U);
 }
 
+TEST(AudioSource, ASeekBeyondTheEndLosesNothingOfAWholeFile) {
+    const test::TemporaryFolder folder;
+    for (const char* name : {"a.wav", "a.mka"}) {
+        const std::string path = folder.file(name);
+        const auto made = test::runProcess({"ffmpeg", "-nostdin", "-v", "error", "-f", "lavfi", "-i",
+                                            "sine=duration=4:sample_rate=48000", path});
+        ASSERT_EQ(made.exit_code, 0) << made.err;
+        AudioSource source({.path = path});
+        EXPECT_NEAR(source.knownLength_s().value_or(0.0), 4.0, 0.02) << name;
+        EXPECT_NEAR(source.seek(30.0), 4.0, 0.02) << name;
+        EXPECT_TRUE(rest(source).empty()) << name;
+        EXPECT_FALSE(source.damageReport().isDamaged()) << name;
+    }
+    // In a file that is cut off, what was not skipped is lost.
+    std::filesystem::resize_file(folder.file("a.wav"), 2 * 96000);
+    AudioSource source({.path = folder.file("a.wav")});
+    EXPECT_NEAR(source.seek(3.0), 3.0, 0.001);
+    EXPECT_TRUE(rest(source).empty());
+    EXPECT_NEAR(source.damageReport().missing_end_s, 1.0, 0.001);
+}
+
 TEST_F(SeekingInAFilm, ASourceThatWasAbandonedStaysSoAfterASeek) {
     AudioSource source({.path = film_, .stream = "0"});
     source.abandon();
