@@ -50,7 +50,7 @@ class Playback {
      *  @return frames rendered; fewer than asked only at the end */
     int render(float* samples, int frames);
 
-    /** Does what a key does. Quit fades out and then ends. */
+    /** Does what a key does. Quit fades out and then ends, whatever keys follow it. */
     void act(PlayAction action);
     /** Goes to another position, which is clamped to the file's length if that is known. */
     void seekTo(double seconds);

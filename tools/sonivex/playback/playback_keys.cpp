@@ -16,6 +16,7 @@ constexpr double kVoiceStep = 0.5;
 }  // namespace
 
 void Playback::act(PlayAction action) {
+    if (is_quitting_) return;  // the last fade is not to be turned round
     const double now_s = seek_target_s_.value_or(static_cast<double>(position_) / rate_hz());
     const EffectChoice current = wanted_ ? *wanted_ : next_path_ ? next_path_->choice() : path_->choice();
     switch (action) {

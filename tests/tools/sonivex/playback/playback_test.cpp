@@ -114,6 +114,16 @@ TEST_F(Playing, QuitFadesOutAndEnds) {
     EXPECT_EQ(rest.back(), 0.0F);
 }
 
+TEST_F(Playing, KeysAfterQuitDoNothing) {
+    auto playback = open(settings(programme(5.0), "normalizer"));
+    render(*playback, kRate_hz);
+    playback->act(PlayAction::Quit);
+    render(*playback, 480);
+    for (const PlayAction action : {PlayAction::TogglePause, PlayAction::TogglePause, PlayAction::Forward})
+        playback->act(action);
+    EXPECT_EQ(render(*playback, kRate_hz).size(), 2U * (kRate_hz / 25 - 480));
+}
+
 TEST_F(Playing, EverySourceIsPlayedInStereo) {
     for (const int channels : {1, 6, 8}) {
         SCOPED_TRACE(channels);
