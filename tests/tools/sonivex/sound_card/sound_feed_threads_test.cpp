@@ -47,4 +47,29 @@ TEST(SoundFeedThreads, EveryFrameArrivesOnceAndInOrder) {
     EXPECT_EQ(feed.waitingFrames(), 0);
 }
 
+// Each of two cards replaces the other again and again while that one takes.
+TEST(SoundFeedThreads, EveryFrameGoesToOneCardAlthoughCardsAreReplaced) {
+    constexpr size_t kFrames = 1'000'000;
+    SoundFeed feed(kFrames);
+    for (size_t i = 1; i <= kFrames; ++i) {
+        // The right channel shows whether a fade has lowered the frame.
+        const std::array<float, 2> frame = {static_cast<float>(i), 1.0F};
+        feed.write(frame.data(), 1);
+    }
+    std::array<std::vector<int>, 2> heard = {std::vector<int>(kFrames + 1), std::vector<int>(kFrames + 1)};
+    const auto take = [&](size_t card) {
+        std::vector<float> samples(2 * 256);
+        while (feed.waitingFrames() > 0) {
+            feed.take(feed.newTicket(), samples.data(), 256);
+            for (size_t i = 0; i < samples.size(); i += 2) {
+                if (samples[i + 1] == 1.0F) ++heard[card][static_cast<size_t>(samples[i])];
+            }
+        }
+    };
+    std::array<std::thread, 2> cards = {std::thread(take, 0), std::thread(take, 1)};
+    for (std::thread& card : cards) card.join();
+    for (size_t i = SoundFeed::kGapFade_frames + 1; i <= kFrames; ++i)
+        ASSERT_EQ(heard[0][i] + heard[1][i], 1) << "frame " << i;
+}
+
 }  // namespace
