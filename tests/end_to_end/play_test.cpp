@@ -163,6 +163,19 @@ TEST_F(Play, ACardThatStallsIsReplacedAndThenGivenUp) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, seconds(30));
 }
 
+TEST_F(Play, AProgramThatWasStoppedPlaysOn) {
+    test::Process player(playing("dummy", "", {tone(2.0)}));
+    for (int i = 0; i < 500 && !player.handles(SIGINT); ++i) std::this_thread::sleep_for(milliseconds(10));
+    std::this_thread::sleep_for(milliseconds(500));
+    player.send(SIGSTOP);
+    std::this_thread::sleep_for(milliseconds(3500));
+    player.send(SIGCONT);
+    const auto result = player.wait(seconds(20));
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("ended at 0:02"));
+    EXPECT_THAT(result.out, Not(HasSubstr("stalled")));
+}
+
 TEST_F(Play, CtrlCEndsTheProgramAlsoWhenTheCardHasStalled) {
     ASSERT_EQ(mkfifo(file("card").c_str(), 0600), 0);
     test::Process holder({"sh", "-c", "exec 3<>\"$1\"; exec sleep 60", "sh", file("card")});

@@ -13,11 +13,16 @@ namespace sonivex_tool {
 // What becomes of a card that does not play on:
 //
 //   the system says that it is gone          -> open the default card and play on there
-//   it has asked for nothing for 3 s         -> leave it behind, open the default card and play on there
-//   no card opens, or a fourth card fails
-//   within ten seconds                       -> Failure (NoSoundCard)
+//   it has asked for nothing for 3 s         -> open it once more, or else the default card, and leave the
+//                                               stalled one behind
+//   it has stalled, and no card opens        -> wait for it, and try again every second
+//   it is gone and no card opens, or it has
+//   asked for nothing for 10 s and no card
+//   opens, or a fourth card fails within
+//   15 s                                     -> Failure (NoSoundCard)
 //
-// Nothing is lost: what a card has not taken waits in the feed, and the position waits with it.
+// Nothing is lost: what a card has not taken waits in the feed, and the position waits with it. Time in which
+// this program did not run, because it was stopped or the machine was, does not count as a stall.
 
 /** Keeps a sound card open, and replaces one that is gone or stalls. One thread calls every function. */
 class CardKeeper {
@@ -28,7 +33,13 @@ class CardKeeper {
     static constexpr std::chrono::seconds kStallLimit{3};
     /** More failures than this within kFailureWindow end the play. */
     static constexpr int kMostFailures = 3;
-    static constexpr std::chrono::seconds kFailureWindow{10};
+    static constexpr std::chrono::seconds kFailureWindow{15};
+    /** A card that stalls for so long ends the play if no other opens. */
+    static constexpr std::chrono::seconds kLongestStall{10};
+    /** The time between two attempts to open another card while one has stalled. */
+    static constexpr std::chrono::seconds kRetryInterval{1};
+    /** The most time that counts between two checks. What is beyond it, this program did not run. */
+    static constexpr std::chrono::milliseconds kLongestStep{200};
 
     /** Opens the card of the settings.
      *  @throw Failure (NoSoundCard) */
@@ -39,7 +50,7 @@ class CardKeeper {
     CardKeeper& operator=(const CardKeeper&) = delete;
 
     /** Looks after the card. Call it several times in a second.
-     *  @return a line for the user if the card was replaced.
+     *  @return a line for the user if the card was replaced, or is waited for.
      *  @throw Failure (NoSoundCard) if no card is left that plays */
     std::optional<std::string> check(Clock::time_point now);
 
@@ -51,16 +62,23 @@ class CardKeeper {
     void close(std::chrono::milliseconds patience);
 
   private:
-    std::string replace(const std::string& why, Clock::time_point now);
+    std::string replaceGone();
+    std::optional<std::string> replaceStalled();
+    void countFailure(const std::string& why);
+    void reopen(const std::string& device);
 
     OpenSoundCard open_;
     SoundCardSettings settings_;
     std::shared_ptr<SoundFeed> feed_;
     std::unique_ptr<SoundCard> card_;
     uint64_t asked_frames_ = 0;
-    Clock::time_point last_asked_;
+    Clock::time_point last_check_;
+    Clock::duration watched_{};     // time since the beginning in which check() was called often enough
+    Clock::duration last_asked_{};  // these too are points in watched time
+    Clock::duration first_failure_{};
+    Clock::duration next_attempt_{};
+    bool is_waiting_ = false;  // for a stalled card, because no other opens
     int failures_ = 0;
-    Clock::time_point first_failure_;
 };
 
 }  // namespace sonivex_tool

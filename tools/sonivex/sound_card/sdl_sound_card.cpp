@@ -30,7 +30,6 @@ class SdlSoundCard final : public SoundCard {
     SdlSoundCard(const SoundCardSettings& settings, std::shared_ptr<SoundFeed> feed)
         : source_(std::make_unique<Source>(Source{std::move(feed), 0})) {
         startSdl();
-        source_->ticket = source_->feed->newTicket();
         SDL_AudioSpec wanted{};
         wanted.freq = settings.rate_hz;
         wanted.format = AUDIO_F32SYS;
@@ -51,6 +50,9 @@ class SdlSoundCard final : public SoundCard {
             throw Failure(ExitCode::NoSoundCard, "cannot open " + what + ": " + reason);
         }
         buffer_frames_ = obtained.samples;
+        // Taken only now: if no device opens, the card before this one keeps its ticket. SDL does not call
+        // `fill` before the device is started.
+        source_->ticket = source_->feed->newTicket();
         SDL_PauseAudioDevice(device_, 0);
     }
 

@@ -33,7 +33,7 @@ class SoundCard {
     virtual int latency_frames() const = 0;
 };
 
-/** Opens sound cards. A test opens its own. */
+/** Opens sound cards. The tickets of the feed stay valid if none opens. A test opens its own. */
 using OpenSoundCard =
     std::function<std::unique_ptr<SoundCard>(const SoundCardSettings&, std::shared_ptr<SoundFeed>)>;
 

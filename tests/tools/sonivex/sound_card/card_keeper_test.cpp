@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,7 @@ struct Cards {
     int abandoned = 0;
     bool is_gone = false;  // the newest card
     bool refuses = false;  // to be opened
+    std::optional<std::string> refused_device;
 };
 
 class TestCard final : public SoundCard {
@@ -51,7 +53,8 @@ class TestCard final : public SoundCard {
 class CardKeeperTest : public testing::Test {
   protected:
     std::unique_ptr<SoundCard> open(const SoundCardSettings& settings, const std::shared_ptr<SoundFeed>& to) {
-        if (cards.refuses) throw Failure(ExitCode::NoSoundCard, "no such card");
+        if (cards.refuses || settings.device == cards.refused_device)
+            throw Failure(ExitCode::NoSoundCard, "no such card");
         cards.opened.push_back(settings.device);
         cards.is_gone = false;
         ticket = to->newTicket();
@@ -67,6 +70,15 @@ class CardKeeperTest : public testing::Test {
     void play() {
         std::vector<float> samples(2 * 64);
         feed->take(ticket, samples.data(), 64);
+    }
+    // Checks every 100 ms for some time, or until there is a line for the user, which is returned.
+    std::optional<std::string> watch(CardKeeper& kept, milliseconds duration) {
+        constexpr milliseconds kInterval{100};
+        for (milliseconds passed{0}; passed < duration; passed += kInterval) {
+            now += kInterval;
+            if (auto line = kept.check(now)) return line;
+        }
+        return std::nullopt;
     }
 
     Cards cards;
@@ -95,21 +107,100 @@ TEST_F(CardKeeperTest, TheDefaultCardReplacesOneThatIsGone) {
     EXPECT_EQ(cards.closed, 1);
 }
 
-TEST_F(CardKeeperTest, ACardThatStallsIsLeftBehindAndNotClosed) {
+TEST_F(CardKeeperTest, ACardThatStallsIsOpenedAgainAndTheOldOneNotClosed) {
     const auto kept = keeper();
     play();
     EXPECT_FALSE(kept->check(now).has_value());
-    EXPECT_FALSE(kept->check(now + CardKeeper::kStallLimit - milliseconds(1)).has_value());
-    const auto line = kept->check(now + CardKeeper::kStallLimit);
+    EXPECT_FALSE(watch(*kept, CardKeeper::kStallLimit - milliseconds(100)).has_value());
+    const auto line = watch(*kept, milliseconds(100));
     ASSERT_TRUE(line.has_value());
-    EXPECT_THAT(*line, HasSubstr("has stalled"));
+    EXPECT_THAT(*line, HasSubstr("has stalled; it was opened again"));
+    EXPECT_THAT(cards.opened, ElementsAre("headphones", "headphones"));
     EXPECT_EQ(cards.abandoned, 1);
     EXPECT_EQ(cards.closed, 0);
-    EXPECT_FALSE(kept->check(now + CardKeeper::kStallLimit + seconds(1)).has_value())
+    EXPECT_FALSE(watch(*kept, CardKeeper::kStallLimit - milliseconds(100)).has_value())
         << "the new one has time too";
 }
 
-TEST_F(CardKeeperTest, TheFourthFailureInTenSecondsEndsThePlay) {
+TEST_F(CardKeeperTest, TheDefaultCardReplacesOneThatStallsAgain) {
+    const auto kept = keeper();
+    EXPECT_TRUE(watch(*kept, seconds(4)).has_value());
+    const auto line = watch(*kept, seconds(4));
+    ASSERT_TRUE(line.has_value());
+    EXPECT_THAT(*line, HasSubstr("has stalled; playing goes on with the default one"));
+    EXPECT_THAT(cards.opened, ElementsAre("headphones", "headphones", ""));
+}
+
+TEST_F(CardKeeperTest, TheDefaultCardReplacesAStalledOneThatDoesNotOpenAgain) {
+    const auto kept = keeper();
+    cards.refused_device = "headphones";
+    const auto line = watch(*kept, seconds(4));
+    ASSERT_TRUE(line.has_value());
+    EXPECT_THAT(*line, HasSubstr("has stalled; playing goes on with the default one"));
+    EXPECT_THAT(cards.opened, ElementsAre("headphones", ""));
+}
+
+TEST_F(CardKeeperTest, TimeInWhichTheProgramDidNotRunIsNoStall) {
+    const auto kept = keeper();
+    for (int i = 0; i < 3; ++i) {
+        now += seconds(5);
+        EXPECT_FALSE(kept->check(now).has_value());
+    }
+    EXPECT_THAT(cards.opened, ElementsAre("headphones"));
+}
+
+TEST_F(CardKeeperTest, AStalledCardIsKeptWhileNoOtherOpens) {
+    const auto kept = keeper();
+    cards.refuses = true;
+    const auto line = watch(*kept, seconds(4));
+    ASSERT_TRUE(line.has_value());
+    EXPECT_THAT(*line, HasSubstr("has stalled, and no other plays; waiting for it"));
+    EXPECT_FALSE(watch(*kept, seconds(5)).has_value()) << "that is said once";
+    EXPECT_EQ(cards.abandoned, 0);
+
+    play();
+    EXPECT_EQ(watch(*kept, milliseconds(100)), "the sound card plays again");
+    EXPECT_FALSE(watch(*kept, seconds(2)).has_value());
+    EXPECT_EQ(cards.abandoned, 0);
+    EXPECT_EQ(cards.closed, 0);
+}
+
+TEST_F(CardKeeperTest, AnotherCardThatOpensLaterReplacesTheStalledOne) {
+    const auto kept = keeper();
+    cards.refuses = true;
+    EXPECT_TRUE(watch(*kept, seconds(4)).has_value());
+    cards.refuses = false;
+    EXPECT_TRUE(watch(*kept, milliseconds(1100)).has_value());
+    EXPECT_EQ(cards.abandoned, 1);
+}
+
+TEST_F(CardKeeperTest, AStallThatDoesNotEndEndsThePlayIfNoOtherCardOpens) {
+    const auto kept = keeper();
+    cards.refuses = true;
+    const auto start = now;
+    EXPECT_TRUE(watch(*kept, seconds(4)).has_value());
+    try {
+        watch(*kept, seconds(20));
+        FAIL() << "it went on";
+    } catch (const Failure& failure) {
+        EXPECT_THAT(failure.what(), HasSubstr("has stalled"));
+        EXPECT_THAT(failure.what(), HasSubstr("no such card"));
+        EXPECT_EQ(failure.exitCode(), ExitCode::NoSoundCard);
+    }
+    EXPECT_EQ(now - start, CardKeeper::kLongestStall);
+}
+
+TEST_F(CardKeeperTest, CardsThatAllStallEndThePlay) {
+    const auto kept = keeper();
+    for (int i = 0; i < CardKeeper::kMostFailures; ++i) {
+        play();  // as many samples as fit into the card
+        EXPECT_TRUE(watch(*kept, seconds(4)).has_value());
+    }
+    play();
+    EXPECT_THROW(watch(*kept, seconds(4)), Failure);
+}
+
+TEST_F(CardKeeperTest, TheFourthFailureWithinASpanEndsThePlay) {
     const auto kept = keeper();
     for (int i = 0; i < CardKeeper::kMostFailures; ++i) {
         cards.is_gone = true;
@@ -121,14 +212,17 @@ TEST_F(CardKeeperTest, TheFourthFailureInTenSecondsEndsThePlay) {
         FAIL() << "it went on";
     } catch (const Failure& failure) {
         EXPECT_EQ(failure.exitCode(), ExitCode::NoSoundCard);
+        EXPECT_STREQ(failure.what(), "the sound card is gone, and those that replaced it have failed, too");
     }
 }
 
 TEST_F(CardKeeperTest, FailuresLongAgoDoNotCount) {
     const auto kept = keeper();
     for (int i = 0; i < 10; ++i) {
-        now += seconds(11);
-        play();
+        for (int second = 0; second < 16; ++second) {
+            play();
+            EXPECT_FALSE(watch(*kept, seconds(1)).has_value());
+        }
         cards.is_gone = true;
         EXPECT_TRUE(kept->check(now).has_value());
     }
