@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "SonivexFilter.h"
+#include "run_benchmarks.h"
 #include "support/frames/audio_frames.h"
 
 namespace {
@@ -55,9 +56,5 @@ void registerAll() {
 
 int main(int argc, char** argv) {
     registerAll();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBenchmarks(argc, argv);
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "run_benchmarks.h"
 #include "support/frames/audio_frames.h"
 #include "vorlin/player.h"
 
@@ -97,9 +98,5 @@ void registerAll() {
 
 int main(int argc, char** argv) {
     registerAll();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBenchmarks(argc, argv);
 }

@@ -40,7 +40,7 @@ class FilterPlayer final : public Player {
     }
 
     bool setOptions(const std::string& json) override {
-        // What was pushed so far is for the effect that was on.
+        // The effect that was on gets the frames that wait.
         if (mCalls && mCalls->isUnderWay()) mCalls->finishWaiting();
         return mFilter->setOption(filterPrototype::FILTER_OPTION, json, {});
     }

@@ -4,7 +4,7 @@
 
 #include "sonivex/export.h"
 
-/** What became of a call. Functions that return a count return it in place of SONIVEX_OK. */
+/** Tells what became of a call. Functions that return a count return it in place of SONIVEX_OK. */
 enum SonivexStatus {
     SONIVEX_OK = 0,
     SONIVEX_ERROR_ARGUMENT = -1,    /* a null pointer, or a number outside its range */

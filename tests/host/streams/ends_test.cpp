@@ -6,28 +6,22 @@ namespace test {
 namespace {
 
 constexpr AVRational kSamples{1, 48000};
-constexpr int kFrame = 480;
-
-void pushFrames(PlayerRun& run, const Pcm& in, int count, FrameSpec spec = {}) {
-    spec.frames = kFrame;
-    for (int i = 0; i < count; ++i) run.push(in, spec, run.position());
-}
 
 class PlayerEnds : public testing::TestWithParam<bool> {};
 INSTANTIATE_TEST_SUITE_P(Filter, PlayerEnds, testing::Bool(),
                          [](const auto& of) { return of.param ? "Active" : "Inactive"; });
 
 TEST_P(PlayerEnds, WithoutTheTailIfTheSettingSaysSo) {
-    const Pcm in = noise(5, 2 * 20 * kFrame, 6000);
+    const Pcm in = noise(5, 2 * 20 * kStreamFrame, 6000);
     PlayerRun run({.active = GetParam(), .delivers_tail = false, .time_base = kSamples}, kSurround);
     pushFrames(run, in, 20);
     run.drain();
     EXPECT_EQ(run.played().size(), 20U);
-    EXPECT_TRUE(sameSignal(run.sound(), effectAlone(kSurround, in, 2, 20 * kFrame)));
+    EXPECT_TRUE(sameSignal(run.sound(), effectAlone(kSurround, in, 2, 20 * kStreamFrame)));
 }
 
 TEST_P(PlayerEnds, DeliversNothingTwice) {
-    const Pcm in = noise(5, 2 * 20 * kFrame, 6000);
+    const Pcm in = noise(5, 2 * 20 * kStreamFrame, 6000);
     PlayerRun run({.active = GetParam(), .time_base = kSamples}, kSurround);
     run.drain();
     EXPECT_TRUE(run.played().empty());
@@ -40,7 +34,7 @@ TEST_P(PlayerEnds, DeliversNothingTwice) {
 
 // Frames that are pushed after the end continue the stream, and the effect has heard silence in between.
 TEST_P(PlayerEnds, MayBeFollowedByMore) {
-    const Pcm in = noise(5, 2 * 40 * kFrame, 6000);
+    const Pcm in = noise(5, 2 * 40 * kStreamFrame, 6000);
     PlayerRun run({.active = GetParam(), .time_base = kSamples}, kDialogue);
     pushFrames(run, in, 20);
     run.drain();
@@ -50,32 +44,33 @@ TEST_P(PlayerEnds, MayBeFollowedByMore) {
     pushFrames(run, in, 20);
     run.drain();
     ASSERT_EQ(run.played().size(), 40U);
-    Pcm heard = cut(cut(in, 2, 0, 20 * kFrame), 2, 0, 11 * 1024);
-    append(heard, cut(in, 2, 20 * kFrame, 20 * kFrame));
-    const Pcm sound = effectAlone(kDialogue, heard, 2, 11 * 1024 + 20 * kFrame);
-    EXPECT_TRUE(sameSignal(cut(run.sound(), 2, 0, 20 * kFrame), cut(sound, 2, 0, 20 * kFrame)));
-    EXPECT_TRUE(
-        sameSignal(cut(run.sound(), 2, 20 * kFrame, 20 * kFrame), cut(sound, 2, 11 * 1024, 20 * kFrame)));
+    Pcm heard = cut(cut(in, 2, 0, 20 * kStreamFrame), 2, 0, 11 * 1024);
+    append(heard, cut(in, 2, 20 * kStreamFrame, 20 * kStreamFrame));
+    const Pcm sound = effectAlone(kDialogue, heard, 2, 11 * 1024 + 20 * kStreamFrame);
+    EXPECT_TRUE(sameSignal(cut(run.sound(), 2, 0, 20 * kStreamFrame), cut(sound, 2, 0, 20 * kStreamFrame)));
+    EXPECT_TRUE(sameSignal(cut(run.sound(), 2, 20 * kStreamFrame, 20 * kStreamFrame),
+                           cut(sound, 2, 11 * 1024, 20 * kStreamFrame)));
 }
 
 TEST_P(PlayerEnds, OfASeekDropEverythingAndStartAfresh) {
-    const Pcm in = noise(5, 2 * 60 * kFrame, 6000);
+    const Pcm in = noise(5, 2 * 60 * kStreamFrame, 6000);
     PlayerRun run({.active = GetParam(), .time_base = kSamples}, kSurround);
     pushFrames(run, in, 21);
     run.player().seek();
     run.clear();
-    run.goTo(30 * kFrame);
+    run.goTo(30 * kStreamFrame);
     pushFrames(run, in, 20);
     run.drain();
     ASSERT_GT(run.played().size(), 20U);
-    EXPECT_EQ(run.played()[0].pts, 30 * kFrame);
-    EXPECT_TRUE(sameSignal(
-        run.sound(), effectAlone(kSurround, cut(in, 2, 30 * kFrame, 20 * kFrame), 2, 20 * kFrame + 13'000)));
+    EXPECT_EQ(run.played()[0].pts, 30 * kStreamFrame);
+    EXPECT_TRUE(
+        sameSignal(run.sound(), effectAlone(kSurround, cut(in, 2, 30 * kStreamFrame, 20 * kStreamFrame), 2,
+                                            20 * kStreamFrame + 13'000)));
 }
 
 TEST_P(PlayerEnds, OfAFormatLetAllFramesOutWithoutATailAndStartAfresh) {
-    const Pcm first = noise(5, 2 * 20 * kFrame, 6000);
-    const Pcm second = noise(6, 6 * 20 * kFrame, 6000);
+    const Pcm first = noise(5, 2 * 20 * kStreamFrame, 6000);
+    const Pcm second = noise(6, 6 * 20 * kStreamFrame, 6000);
     PlayerRun run({.active = GetParam(), .time_base = kSamples}, kSurround);
     pushFrames(run, first, 20, {.format = AV_SAMPLE_FMT_FLTP});
     run.goTo(0);
@@ -85,14 +80,15 @@ TEST_P(PlayerEnds, OfAFormatLetAllFramesOutWithoutATailAndStartAfresh) {
     EXPECT_EQ(run.played()[19].format, AV_SAMPLE_FMT_FLTP);
     EXPECT_EQ(run.played()[20].format, AV_SAMPLE_FMT_S16);
     EXPECT_EQ(run.player().counts().flushes, 1U);
+    EXPECT_TRUE(sameSignal(cut(run.sound(), 2, 0, 20 * kStreamFrame),
+                           effectAlone(kSurround, first, 2, 20 * kStreamFrame)));
     EXPECT_TRUE(
-        sameSignal(cut(run.sound(), 2, 0, 20 * kFrame), effectAlone(kSurround, first, 2, 20 * kFrame)));
-    EXPECT_TRUE(sameSignal(run.sound(20), effectAlone(kSurround, second, 6, 20 * kFrame + 8544, 44100)));
+        sameSignal(run.sound(20), effectAlone(kSurround, second, 6, 20 * kStreamFrame + 8544, 44100)));
 }
 
 // An effect holds 1536 frames when it is switched off; these come out untouched.
 TEST_P(PlayerEnds, OfAnEffectInMidStreamLoseAndRepeatNothing) {
-    const Pcm in = noise(5, 2 * 200 * kFrame, 6000);
+    const Pcm in = noise(5, 2 * 200 * kStreamFrame, 6000);
     PlayerRun run({.active = GetParam(), .time_base = kSamples}, kDialogue);
     pushFrames(run, in, 64);  // 30 calls
     EXPECT_TRUE(run.player().setOptions(kNormalizer));
@@ -101,9 +97,10 @@ TEST_P(PlayerEnds, OfAnEffectInMidStreamLoseAndRepeatNothing) {
     pushFrames(run, in, 64);
     run.drain();
     ASSERT_EQ(run.played().size(), 192U);
-    for (std::size_t i = 0; i < 192; ++i) EXPECT_EQ(run.played()[i].pts, static_cast<int64_t>(i) * kFrame);
+    for (std::size_t i = 0; i < 192; ++i)
+        EXPECT_EQ(run.played()[i].pts, static_cast<int64_t>(i) * kStreamFrame);
 
-    const int64_t part = 64 * kFrame;
+    const int64_t part = 64 * kStreamFrame;
     const Pcm sound = run.sound();
     EXPECT_TRUE(sameSignal(cut(sound, 2, 0, part - 1536), effectAlone(kDialogue, in, 2, part - 1536)));
     EXPECT_TRUE(sameSignal(cut(sound, 2, part - 1536, 1536), cut(in, 2, part - 1536, 1536)));

@@ -18,7 +18,7 @@ using Vorlin::IQFFrame;
 
 constexpr int kFrame = 300;
 
-/** What a CallFilter does, set by the test. */
+/** Tells a CallFilter what to do; the test sets it. */
 struct Plan {
     int gives_up = -1;  // number of the call
     bool is_stuck = false;

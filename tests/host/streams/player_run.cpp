@@ -74,6 +74,11 @@ Pcm cut(const Pcm& pcm, int channels, int64_t first, int64_t frames) {
     return part;
 }
 
+void pushFrames(PlayerRun& run, const Pcm& in, int count, FrameSpec spec) {
+    spec.frames = kStreamFrame;
+    for (int i = 0; i < count; ++i) run.push(in, spec, run.position());
+}
+
 Pcm effectAlone(const std::string& options, const Pcm& in, int channels, int64_t frames, int rate_hz) {
     const bool is_surround = options == kSurround;
     const int64_t delay = is_surround            ? kLatestSurround_frames

@@ -66,6 +66,12 @@ class PlayerRun {
     int64_t next_ = 0;
 };
 
+/** Frames in each frame that pushFrames pushes. */
+inline constexpr int kStreamFrame = 480;
+
+/** Pushes the next `count` frames of `in`, which follow each other without a gap. */
+void pushFrames(PlayerRun& run, const Pcm& in, int count, FrameSpec spec = {});
+
 /** Returns what an effect makes of a whole stream in calls of 1024 frames, moved forward by its delay there
  *  and cut or continued to `frames`: the aem_ functions alone, without filter and player. The delays are 1024
  *  frames for surround, 1536 for dialogue enhancement and 0 for the normalizer.

@@ -39,7 +39,7 @@ bool isComplete(int exit_code) {
            exit_code == static_cast<int>(ExitCode::InputDamaged);
 }
 
-// What every output depends on. A file named among the options counts with its stamp.
+// Every output depends on these options. A file named among the options counts with its stamp.
 std::vector<std::string> basisOf(const BatchSettings& settings) {
     std::vector<std::string> basis = {"sonivex " SONIVEX_VERSION};
     basis.insert(basis.end(), settings.options.begin(), settings.options.end());

@@ -26,7 +26,7 @@ std::string fromEnvironment(const char* name) {
     return value != nullptr ? value : "";
 }
 
-// The XDG base directory specification ignores a relative $XDG_CONFIG_HOME.
+// The rules of XDG base directories ignore a relative $XDG_CONFIG_HOME.
 std::optional<fs::path> userFolder() {
     fs::path base = fromEnvironment("XDG_CONFIG_HOME");
     if (!base.is_absolute()) {

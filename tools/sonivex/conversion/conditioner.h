@@ -9,7 +9,7 @@
 
 namespace sonivex_tool {
 
-/** What conversion found in the audio. Samples count once for each channel. */
+/** Counts what conversion found in the audio. Samples count once for each channel. */
 struct ConditionerCounts {
     uint64_t samples = 0;           // converted, at the effects' rate and in their channels
     uint64_t above_full_scale = 0;  // of those: clipped by the conversion to 16 bits

@@ -4,7 +4,7 @@
 
 namespace sonivex_tool {
 
-/** What happens to the level after the effects, and whether loudness is measured. */
+/** Sets the level after the effects, and whether loudness is measured. */
 struct LevelSettings {
     std::optional<double> target_lufs = {};  // integrated loudness of the output; none: the level stays
     double true_peak_dbtp = -1.0;            // ceiling of the limiter, only with a target

@@ -11,7 +11,7 @@
 
 namespace sonivex_tool {
 
-/** What the command "play" plays, where, and what it shows. */
+/** Tells the command "play" what to play, where, and what to show. */
 struct PlaySettings {
     PlaybackSettings playback;
     std::string device;  // empty: the system's default sound card

@@ -9,7 +9,7 @@
 
 namespace sonivex_tool {
 
-/** What a LoudnessMatch has found so far; a value that cannot be given is missing. */
+/** Holds what a LoudnessMatch has found so far; a value that cannot be given is missing. */
 struct MatchReading {
     std::optional<double> original_lufs;  // EBU R128 short-term loudness: of the last 3 s, or of all if less
     std::optional<double> processed_lufs;

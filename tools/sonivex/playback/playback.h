@@ -14,7 +14,7 @@
 
 namespace sonivex_tool {
 
-/** What to play and how to begin. */
+/** Tells a Playback what to play and how to begin. */
 struct PlaybackSettings {
     InputSettings input;
     EffectChoice choice;

@@ -1,4 +1,4 @@
-// What the keys do to a Playback.
+// Applies the actions of the keys to a Playback.
 
 #include <algorithm>
 

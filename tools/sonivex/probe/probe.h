@@ -8,7 +8,7 @@
 
 namespace sonivex_tool {
 
-/** What an effect does with an audio stream. */
+/** Tells what an effect does with an audio stream. */
 struct EffectFit {
     /** How the effect can get the audio. */
     enum class Kind { AsItIs, Converted, Not };
@@ -42,7 +42,7 @@ struct ProbedStream {
     int height = 0;
 };
 
-/** What is in a file. */
+/** Describes what is in a file. */
 struct Probe {
     std::string path;
     std::string container;  // libavformat's name

@@ -91,7 +91,7 @@ class AudioSource {
 
     /** Packets, frames and places of the file that could not be decoded or read so far. */
     uint64_t decodeErrors() const;
-    /** What following the timestamps has changed so far. */
+    /** Returns what following the timestamps has changed so far. */
     const TimelineReport& timelineReport() const { return timeline_report_; }
     /** Damage so far; complete at the end. */
     DamageReport damageReport() const;

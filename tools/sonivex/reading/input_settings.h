@@ -6,7 +6,7 @@
 
 namespace sonivex_tool {
 
-/** What to do with timestamps that leave gaps or overlap. */
+/** Tells how to treat timestamps that leave gaps or overlap. */
 enum class TimelinePolicy {
     Keep,   // fill gaps with silence and cut overlaps, so that audio stays in step with the picture
     Ignore  // decode the packets one after the other

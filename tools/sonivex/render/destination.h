@@ -14,7 +14,7 @@
 
 namespace sonivex_tool {
 
-/** What a Destination does to the audio. */
+/** Tells what a Destination does to the audio. */
 struct DestinationSettings {
     bool measure = true;                  // false: `loudness` stays empty
     bool dither = true;                   // where the encoder's samples have fewer bits

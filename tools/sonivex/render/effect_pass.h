@@ -23,7 +23,7 @@ struct PassOutputs {
     std::function<void(const std::string&)> note;  // lines for the user
 };
 
-/** What a pass has counted. */
+/** Holds the counts of a pass. */
 struct PassCounts {
     int64_t input_frames = 0;  // as decoded, at the rates of their own
     double input_seconds = 0.0;

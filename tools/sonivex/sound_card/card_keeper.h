@@ -10,7 +10,7 @@
 
 namespace sonivex_tool {
 
-// What becomes of a card that does not play on:
+// A card that does not play on is replaced or waited for:
 //
 //   the system says that it is gone          -> open the default card and play on there
 //   it has asked for nothing for 3 s         -> open it once more, or else the default card, and leave the

@@ -3,7 +3,7 @@
 
 namespace test {
 
-/** What the fake effects do and have seen. */
+/** Tells the fake effects what to do, and records what they have seen. */
 struct FakeEffects {
     int alive = 0;
     int made = 0;

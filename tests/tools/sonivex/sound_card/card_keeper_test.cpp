@@ -22,7 +22,7 @@ using std::chrono::seconds;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-/** What happened to the cards of a test, and what the next ones do. */
+/** Records what happened to the cards of a test, and tells the next ones what to do. */
 struct Cards {
     std::vector<std::string> opened;
     int closed = 0;
