@@ -115,7 +115,8 @@ void ChildProcess::endNow() {
     while (!poll()) {
         if (std::chrono::steady_clock::now() > deadline) {
             send(SIGKILL);
-            while (::waitpid(pid_, &status_, 0) < 0 && errno == EINTR) continue;
+            while (::waitpid(pid_, &status_, 0) < 0 && errno == EINTR) {
+            }
             return;
         }
         std::this_thread::sleep_for(kFarewellStep);

@@ -60,7 +60,7 @@ bool parseSeconds(const std::string& text, double& seconds) {
 // Formats the magnitude with its unit.
 std::string withUnit(double value, int decimals, const std::string& unit) {
     std::array<char, 64> number{};
-    (void)std::snprintf(number.data(), number.size(), "%.*f ", decimals, std::abs(value));
+    (void)std::snprintf(number.data(), number.size(), "%.*f ", decimals, std::fabs(value));
     return number.data() + unit;
 }
 
