@@ -25,6 +25,23 @@ TEST_F(OddFile, WithoutSamplesGivesAnEmptyOutput) {
     }
 }
 
+TEST_F(OddFile, InTheNetworkIsNotOpened) {
+    const auto result = run({"http://127.0.0.1:9/in.wav", file("out.wav"), "--quiet"});
+    EXPECT_EQ(result.exit_code, 3);
+    EXPECT_THAT(result.err, HasSubstr("only files can be read"));
+}
+
+TEST_F(OddFile, ThatListsOthersReadsThoseBesideItButNoAddress) {
+    test::makeNoise(file("other.wav"), 2);
+    test::writeFile(file("list"), "ffconcat version 1.0\nfile other.wav\n");
+    EXPECT_EQ(readInput(file("list")).samples, test::decode16(file("other.wav")));
+    test::writeFile(file("addresses"), "ffconcat version 1.0\nfile http://127.0.0.1:9/a.wav\n");
+    EXPECT_EQ(run({file("addresses"), file("out.wav"), "--quiet"}).exit_code, 3);
+    test::writeFile(file("session"),
+                    "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=-\nc=IN IP4 127.0.0.1\nt=0 0\nm=audio 9 RTP/AVP 0\n");
+    EXPECT_EQ(run({file("session"), file("out.wav"), "--quiet"}).exit_code, 3);
+}
+
 TEST_F(OddFile, WithThreeHundredChannelsIsRefused) {
     // 300 channels of 48 frames of silence behind a RIFF header.
     const auto little = [](uint64_t number, int bytes) {

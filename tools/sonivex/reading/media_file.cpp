@@ -1,11 +1,16 @@
 #include "media_file.h"
 
+extern "C" {
+#include <libavutil/opt.h>
+}
+
 #include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cmath>
 #include <filesystem>
+#include <new>
 #include <system_error>
 
 #include "failure.h"
@@ -18,6 +23,12 @@ namespace {
 // has skipped at least one broken element, or will fail in the same way for ever.
 constexpr int kMostErrorsInARow = 1000;
 
+// A playlist or a session description is a file that names others. That of a named file may name files beside
+// it. Whoever writes to a pipe may not choose what is read from the disk. Nobody may choose an address in the
+// network.
+constexpr const char* kProtocolsForFiles = "file,pipe,fd,crypto,data";
+constexpr const char* kProtocolsForPipes = "none";
+
 int stopReading(void* is_abandoned) {
     return pendingSignal() != 0 || *static_cast<std::atomic<bool>*>(is_abandoned) ? 1 : 0;
 }
@@ -27,12 +38,15 @@ int stopReading(void* is_abandoned) {
 }
 
 // Prefixes the path of an existing file with "file:", because libavformat would otherwise treat a colon in
-// its name as the end of a protocol. Rejects a folder.
+// its name as the end of a protocol. Rejects a folder and an address.
 std::string asUrl(const std::string& path) {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (std::filesystem::is_directory(status)) failToOpen(path, "it is a folder");
-    return std::filesystem::exists(status) ? "file:" + path : path;
+    if (std::filesystem::exists(status)) return "file:" + path;
+    if (path.find("://") != std::string::npos)
+        failToOpen(path, "it is an address, and only files can be read");
+    return path;
 }
 
 // Returns the name of the format that a file seems to have, or nothing.
@@ -85,10 +99,13 @@ void MediaFile::openDescriptor(const std::string& path) {
 
 void MediaFile::open(const std::string& path) {
     openDescriptor(path);
-    const std::string url = descriptor_ != nullptr ? std::string() : asUrl(path);
+    // A pipe has a name, too: demuxers of playlists would report a missing one as missing memory.
+    const std::string url = descriptor_ != nullptr ? "pipe:" : asUrl(path);
     container_ = allocated(avformat_alloc_context());
     container_->interrupt_callback = {stopReading, &is_abandoned_};
     if (descriptor_ != nullptr) container_->pb = descriptor_->io();
+    const char* const protocols = descriptor_ != nullptr ? kProtocolsForPipes : kProtocolsForFiles;
+    if (av_opt_set(container_, "protocol_whitelist", protocols, 0) < 0) throw std::bad_alloc();
     int result = avformat_open_input(&container_, url.c_str(), nullptr, nullptr);
     if (result >= 0) result = avformat_find_stream_info(container_, nullptr);
     throwIfInterrupted();
