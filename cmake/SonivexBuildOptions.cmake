@@ -55,11 +55,20 @@ if(SONIVEX_SANITIZE)
     endif()
 endif()
 
-# A compiler cache, if one is installed, speeds up repeated builds.
+# A compiler cache, if one is installed, speeds up repeated builds. Precompiled headers speed up a build from nothing. They
+# exclude each other: when a header has been made anew, the cache has none of the sources that use it.
 find_program(CCACHE_PROGRAM ccache)
-if(CCACHE_PROGRAM AND SONIVEX_DEVELOPER AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+set(cache_is_usable OFF)
+if(CCACHE_PROGRAM AND SONIVEX_DEVELOPER AND NOT DEFINED ENV{CCACHE_DISABLE})
+    set(cache_is_usable ON)
+endif()
+option(SONIVEX_COMPILER_CACHE "Compile through ccache, and without precompiled headers" ${cache_is_usable})
+if(SONIVEX_COMPILER_CACHE AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
     set(CMAKE_C_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
     set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+endif()
+if(CMAKE_CXX_COMPILER_LAUNCHER AND NOT DEFINED CMAKE_DISABLE_PRECOMPILE_HEADERS)
+    set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)
 endif()
 
 # The runtime libraries of C++, for programs in C that link a static library of the project.
