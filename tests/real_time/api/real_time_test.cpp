@@ -7,57 +7,17 @@
 #include <unistd.h>
 
 #include "common_effects.h"
+#include "real_time/api/every_call.h"
 #include "real_time/dialogue/failing_libavutil.h"
 #include "real_time/failing_allocator.h"
 #include "real_time/mapping_watch.h"
-#include "sonivex/version.h"
 
 namespace {
 
 using test::CommonEffect;
 
-constexpr int kMaxChannels = 8;
-
-// Buffers for calls of any length, made before the memory is watched.
-struct Buffers {
-    test::Pcm samples = test::bursts(1, kMaxChannels* SONIVEX_MAX_CALL_FRAMES);
-    test::Pcm samples_out = test::Pcm(samples.size());
-    std::vector<float> floats = test::noiseFloats(2, samples.size(), 1.5F);
-    test::Planes planes = test::Planes(kMaxChannels, test::noiseFloats(3, SONIVEX_MAX_CALL_FRAMES, 1.5F));
-};
-
-// Calls every function that is real-time safe, with the limiters at work and with wrong arguments.
-void useForAWhile(SonivexEffect* effect, Buffers& buffers) {
-    const float* in[kMaxChannels];
-    float* out[kMaxChannels];
-    for (int i = 0; i < kMaxChannels; ++i) {
-        out[i] = buffers.planes[static_cast<std::size_t>(i)].data();
-        in[i] = out[i];
-    }
-    for (const int frames : {512, 1, 100, 513, 2048, SONIVEX_MAX_CALL_FRAMES, 0, -1}) {
-        sonivex_stream_float(effect, in, out, frames);
-    }
-    sonivex_reset(effect);
-    sonivex_set_voice_level(effect, 3.0);
-    for (const int frames : {512, 1, 100, 513, 2048, SONIVEX_MAX_CALL_FRAMES, 0, -1}) {
-        sonivex_process_int16(effect, buffers.samples.data(), buffers.samples_out.data(), frames);
-        sonivex_process_float(effect, buffers.floats.data(), buffers.floats.data(), frames);
-        sonivex_latency_frames(effect, frames);
-    }
-    sonivex_reset(effect);
-    sonivex_stream_float(effect, nullptr, nullptr, 1);
-    sonivex_stream_latency_frames(effect);
-    sonivex_tail_frames(effect);
-    sonivex_block_frames(effect);
-    sonivex_input_channels(effect);
-    sonivex_output_channels(effect);
-    sonivex_status_text(SONIVEX_ERROR_GAPS);
-    sonivex_version();
-    sonivex_has_effect(SONIVEX_DIALOGUE);
-}
-
 TEST(CommonInterfaceRealTime, NothingButCreationAndReleaseNeedsMemory) {
-    Buffers buffers;
+    test::CallBuffers buffers;
     for (const CommonEffect& kind : test::commonEffects()) {
         SCOPED_TRACE(kind.name);
         const auto effect = kind.make();
@@ -69,7 +29,7 @@ TEST(CommonInterfaceRealTime, NothingButCreationAndReleaseNeedsMemory) {
             const test::MappingWatch mappings(test::MappingWatch::Kernel::kRefuses);
             const test::LibavutilWatch libavutil(1);
             const test::AllocationWatch watch(1);
-            useForAWhile(effect.get(), buffers);
+            test::makeEveryCall(effect.get(), buffers);
             requested = watch.requested();
             requested_of_libavutil = libavutil.requested();
             mapping_calls = mappings.calls();
@@ -83,7 +43,7 @@ TEST(CommonInterfaceRealTime, NothingButCreationAndReleaseNeedsMemory) {
 
 // Works in a child that the kernel kills at the first system call other than read, write and exit.
 TEST(CommonInterfaceRealTime, NothingButCreationAndReleaseCallsTheSystem) {
-    Buffers buffers;
+    test::CallBuffers buffers;
     for (const CommonEffect& kind : test::commonEffects()) {
         SCOPED_TRACE(kind.name);
         const auto effect = kind.make();
@@ -91,7 +51,7 @@ TEST(CommonInterfaceRealTime, NothingButCreationAndReleaseCallsTheSystem) {
         ASSERT_GE(child, 0);
         if (child == 0) {
             if (prctl(PR_SET_SECCOMP, SECCOMP_MODE_STRICT) != 0) _exit(77);
-            useForAWhile(effect.get(), buffers);
+            test::makeEveryCall(effect.get(), buffers);
             syscall(SYS_exit, 0);
         }
         int status = 0;

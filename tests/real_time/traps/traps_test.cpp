@@ -119,6 +119,7 @@ TEST(RealTimeTraps, APauseOpensTheTrapsUntilItsEnd) {
         const RealTimeSection section;
         const RealTimePause pause;
         { const RealTimePause inner; }
+        is_trapping = RealTimeSection::isTrapping();
         memory = std::malloc(10);
         parent = getppid();
     }
