@@ -74,6 +74,15 @@ class KeptCalls {
     int count(Kept call) const;
 };
 
+/** Takes every call off the list for the calling thread during its lifetime. */
+class NothingKeptHere {
+  public:
+    NothingKeptHere();
+    ~NothingKeptHere();
+    NothingKeptHere(const NothingKeptHere&) = delete;
+    NothingKeptHere& operator=(const NothingKeptHere&) = delete;
+};
+
 /** Returns the name of a call, as docs/real-time.md has it. */
 std::string_view nameOf(Kept call);
 
