@@ -1,8 +1,12 @@
 // The effects' functions that process: no allocation, no lock and no system call, whatever the settings.
+#include "support/each_vector_target.h"
+
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <climits>
-#include <string>
+#include <cstdint>
+#include <vector>
 
 #include "common_effects.h"
 #include "real_time/api/every_call.h"
@@ -24,14 +28,22 @@ using test::RealTimeSection;
 constexpr int kLongCall_frames = 4096;
 constexpr int kCalls_frames[] = {240, 1, 100, 512, 1024, 241, kLongCall_frames, 0, -1, INT_MIN};
 
-TEST(EffectTraps, NoFunctionOfTheCommonInterfaceButCreationAndReleaseIsTrapped) {
+void makeEveryCall(const std::vector<test::CommonEffect>& kinds) {
     test::CallBuffers buffers;
-    for (const test::CommonEffect& kind : test::commonEffects()) {
+    for (const test::CommonEffect& kind : kinds) {
         SCOPED_TRACE(kind.name);
         const auto effect = kind.make();
         const RealTimeSection section;
         test::makeEveryCall(effect.get(), buffers);
     }
+}
+
+TEST(EffectTraps, NoFunctionOfTheCommonInterfaceButCreationAndReleaseIsTrapped) {
+    makeEveryCall(test::commonEffects());
+}
+
+TEST(EffectTraps, NoVectorTargetIsTrapped) {
+    test::forEachVectorTarget([] { makeEveryCall(test::fewCommonEffects()); });
 }
 
 // Processes with one setting of surround, and makes calls that it must refuse.
