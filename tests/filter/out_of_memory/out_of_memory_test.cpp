@@ -3,7 +3,7 @@
 // flush.
 #include <gtest/gtest.h>
 
-#include "failing_memory.h"
+#include "failing_calls/failing_memory.h"
 #include "filter/faults/engine_faults.h"
 #include "filter/faults/filter_under_test.h"
 #include "frame_checks.h"
@@ -68,8 +68,9 @@ class FilterOutOfMemory : public ::testing::TestWithParam<FrameSpec> {
             auto frame = frameOf(number, number == hit ? 600 : 100);
             Passed passed;
             if (number == hit) {
-                const FailingMemory memory(first, which);
-                passed = pass(filter, std::move(frame));
+                FailingMemory memory(first, which);
+                memory.onlyOfLibavutil();
+                passed = memory.during([&] { return pass(filter, std::move(frame)); });
                 is_reached = memory.requests() >= first;
             } else {
                 passed = pass(filter, std::move(frame));
