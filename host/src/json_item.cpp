@@ -5,11 +5,13 @@
 #include <cstdint>
 #include <limits>
 #include <locale>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
 #include <string_view>
 #include <utility>
+#include <variant>
 
 namespace Vorlin {
 
@@ -39,6 +41,7 @@ std::string_view leadingNumber(std::string_view text) {
 
 bool isBeyondDouble(std::string_view number) {
     std::istringstream stream{std::string(number)};
+    stream.exceptions(std::ios::badbit);   // a lack of memory is no property of the number
     stream.imbue(std::locale::classic());  // strtod would take the decimal point from the user's locale
     double value = 0.0;
     stream >> value;
@@ -64,14 +67,69 @@ std::string withSaturatedNumbers(std::string_view text) {
     return result;
 }
 
-json parse(const std::string& text) {
+// The value of a member. An array, an object and null are all an std::monostate.
+using Value = std::variant<std::monostate, bool, std::int64_t, std::uint64_t, double, std::string>;
+using Members = std::map<std::string, Value>;
+
+// Keeps the members of the outermost object while the parser goes through a text. The library's own tree of
+// values is no alternative: it asks for memory when it is destroyed, and ends the process if there is none.
+class MemberReader final : public nlohmann::json_sax<json> {
+  public:
+    Members takeMembers() { return std::move(mMembers); }
+
+    bool null() override { return take({}); }
+    bool boolean(bool value) override { return take(value); }
+    bool number_integer(std::int64_t value) override { return take(value); }
+    bool number_unsigned(std::uint64_t value) override { return take(value); }
+    bool number_float(double value, const std::string&) override { return take(value); }
+    bool string(std::string& value) override { return take(std::move(value)); }
+    bool binary(json::binary_t&) override { return take({}); }
+    bool start_object(std::size_t) override { return enter(true); }
+    bool key(std::string& name) override {
+        if (mDepth == 1) mName = std::move(name);
+        return true;
+    }
+    bool end_object() override { return leave(); }
+    bool start_array(std::size_t) override { return enter(false); }
+    bool end_array() override { return leave(); }
+    bool parse_error(std::size_t, const std::string&, const json::exception&) override { return false; }
+
+  private:
+    bool take(Value value) {
+        if (mDepth == 1 && mIsObject) mMembers.insert_or_assign(mName, std::move(value));
+        return true;
+    }
+    bool enter(bool is_object) {
+        if (mDepth == 0) mIsObject = is_object;
+        take({});
+        ++mDepth;
+        return true;
+    }
+    bool leave() {
+        --mDepth;
+        return true;
+    }
+
+    Members mMembers;
+    std::string mName;       // of the member whose value comes next
+    bool mIsObject = false;  // the outermost value is an object
+    int64_t mDepth = 0;      // objects and arrays around the next value
+};
+
+// Returns the members of the object in `text`, none for another value, and nothing if the text is not JSON.
+std::optional<Members> parse(const std::string& text) {
+    MemberReader reader;
+    if (!json::sax_parse(text, &reader)) return std::nullopt;
+    return reader.takeMembers();
+}
+
+std::optional<Members> parseAnyNumber(const std::string& text) {
     // The parser treats a zero byte as the end of the text, but JSON does not allow one anywhere.
-    if (text.find('\0') != std::string::npos) return json(json::value_t::discarded);
-    constexpr bool kThrow = false;
-    json value = json::parse(text, nullptr, kThrow);
+    if (text.find('\0') != std::string::npos) return std::nullopt;
+    std::optional<Members> members = parse(text);
     // Numbers beyond the range of a double are valid JSON, but the parser refuses them.
-    if (value.is_discarded()) value = json::parse(withSaturatedNumbers(text), nullptr, kThrow);
-    return value;
+    if (!members) members = parse(withSaturatedNumbers(text));
+    return members;
 }
 
 template <typename Integer>
@@ -88,32 +146,42 @@ std::optional<int> fractionAsInt(double value) {
     return static_cast<int>(value);
 }
 
-std::optional<int> asInt(const json& value) {
-    if (value.is_number_unsigned()) return integerAsInt(value.get<std::uint64_t>());
-    if (value.is_number_integer()) return integerAsInt(value.get<std::int64_t>());
-    if (value.is_number_float()) return fractionAsInt(value.get<double>());
-    return std::nullopt;
+// Returns what VorlinJSONItem::getInt returns for this value.
+int asInt(const Value& value, int fallback) {
+    constexpr int kNoInt = VorlinJSONItem::kNoInt;
+    if (const auto* number = std::get_if<std::uint64_t>(&value))
+        return integerAsInt(*number).value_or(kNoInt);
+    if (const auto* number = std::get_if<std::int64_t>(&value)) return integerAsInt(*number).value_or(kNoInt);
+    if (const auto* number = std::get_if<double>(&value)) return fractionAsInt(*number).value_or(kNoInt);
+    return fallback;
+}
+
+double asDouble(const Value& value, double fallback) {
+    if (const auto* number = std::get_if<std::uint64_t>(&value)) return static_cast<double>(*number);
+    if (const auto* number = std::get_if<std::int64_t>(&value)) return static_cast<double>(*number);
+    if (const auto* number = std::get_if<double>(&value)) return *number;
+    return fallback;
 }
 
 }  // namespace
 
 struct VorlinJSONItem::Document {
-    json value;
+    std::optional<Members> members;  // nothing if the text is not JSON
 
-    const json* find(const std::string& name) const {
-        if (!value.is_object()) return nullptr;
-        const auto found = value.find(name);
-        return found == value.end() ? nullptr : &*found;
+    const Value* find(const std::string& name) const {
+        if (!members) return nullptr;
+        const auto found = members->find(name);
+        return found == members->end() ? nullptr : &found->second;
     }
 };
 
-VorlinJSONItem::VorlinJSONItem(const std::string& text) : mDocument(new Document{parse(text)}) {}
+VorlinJSONItem::VorlinJSONItem(const std::string& text) : mDocument(new Document{parseAnyNumber(text)}) {}
 VorlinJSONItem::VorlinJSONItem(VorlinJSONItem&&) noexcept = default;
 VorlinJSONItem& VorlinJSONItem::operator=(VorlinJSONItem&&) noexcept = default;
 VorlinJSONItem::~VorlinJSONItem() = default;
 
 bool VorlinJSONItem::isValid() const {
-    return mDocument && !mDocument->value.is_discarded();
+    return mDocument && mDocument->members.has_value();
 }
 
 bool VorlinJSONItem::hasItem(const std::string& name) const {
@@ -121,23 +189,25 @@ bool VorlinJSONItem::hasItem(const std::string& name) const {
 }
 
 std::string VorlinJSONItem::getString(const std::string& name, const std::string& fallback) const {
-    const json* member = mDocument ? mDocument->find(name) : nullptr;
-    return member != nullptr && member->is_string() ? member->get<std::string>() : fallback;
+    const Value* member = mDocument ? mDocument->find(name) : nullptr;
+    const auto* text = member != nullptr ? std::get_if<std::string>(member) : nullptr;
+    return text != nullptr ? *text : fallback;
 }
 
 int VorlinJSONItem::getInt(const std::string& name, int fallback) const {
-    const json* member = mDocument ? mDocument->find(name) : nullptr;
-    return member != nullptr && member->is_number() ? asInt(*member).value_or(kNoInt) : fallback;
+    const Value* member = mDocument ? mDocument->find(name) : nullptr;
+    return member != nullptr ? asInt(*member, fallback) : fallback;
 }
 
 bool VorlinJSONItem::getBool(const std::string& name, bool fallback) const {
-    const json* member = mDocument ? mDocument->find(name) : nullptr;
-    return member != nullptr && member->is_boolean() ? member->get<bool>() : fallback;
+    const Value* member = mDocument ? mDocument->find(name) : nullptr;
+    const auto* flag = member != nullptr ? std::get_if<bool>(member) : nullptr;
+    return flag != nullptr ? *flag : fallback;
 }
 
 double VorlinJSONItem::getDouble(const std::string& name, double fallback) const {
-    const json* member = mDocument ? mDocument->find(name) : nullptr;
-    return member != nullptr && member->is_number() ? member->get<double>() : fallback;
+    const Value* member = mDocument ? mDocument->find(name) : nullptr;
+    return member != nullptr ? asDouble(*member, fallback) : fallback;
 }
 
 }  // namespace Vorlin

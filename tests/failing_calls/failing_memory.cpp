@@ -248,6 +248,10 @@ int FailingMemory::requests() const {
     return requests_so_far;
 }
 
+FailingMemory::Which FailingMemory::which() const {
+    return which_fail;
+}
+
 bool FailingMemory::hasFailed() const {
     return has_one_failed;
 }

@@ -11,8 +11,8 @@ namespace test {
 /** Counts requests for memory and makes some of them fail, on the thread that calls `during`. Only one object
  *  may live at a time.
  *
- *  Requests inside `swr_init` neither count nor fail, unless `onlyInsideSwrInit` asks for it. libswresample 5.1
- *  does not check there whether it got its converter, and divides by zero at the first sample
+ *  Requests inside `swr_init` neither count nor fail, unless `onlyInsideSwrInit` asks for it. libswresample
+ *  5.1 does not check there whether it got its converter, and divides by zero at the first sample
  *  (docs/known-limits.md). No caller can prevent that. */
 class FailingMemory {
   public:
@@ -38,6 +38,8 @@ class FailingMemory {
 
     /** Returns the number of requests so far. */
     int requests() const;
+    /** Returns which requests fail. */
+    Which which() const;
     /** Returns true if a request has failed. */
     bool hasFailed() const;
     /** Returns the blocks that were allocated inside `during`, less those that were freed there. */

@@ -17,7 +17,7 @@ class VORLIN_API VorlinJSONItem {
     /** The result of `getInt` for a number that is not an int: it has a fraction or is out of range. */
     static constexpr int kNoInt = std::numeric_limits<int>::min();
 
-    /** Parses `text`. [any] not real-time safe: allocates */
+    /** Parses `text`. @throws std::bad_alloc without memory. [any] not real-time safe: allocates */
     explicit VorlinJSONItem(const std::string& text);
     /** Takes over another item's value. That item is then not valid. [any] real-time safe */
     VorlinJSONItem(VorlinJSONItem&&) noexcept;
