@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 
 #include "vorlin/av_compat.h"
 #include "vorlin/log.h"
@@ -108,11 +109,20 @@ bool sonivexFilter::is_supported(const std::string& name, int, int, int) {
 }
 
 IAudioFilter* sonivexFilter::clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) {
-    return new sonivexFilter(src, dst, active);
+    try {
+        return new sonivexFilter(src, dst, active);
+    } catch (const std::bad_alloc&) {
+        __log_print(LOG_ERROR, kFilterName, "sonivex: no memory for a filter");
+        return nullptr;
+    }
 }
 
 void sonivexFilter::setCurrentTarget(const std::string& target) {
-    mCurrentTarget = target;
+    try {
+        mCurrentTarget = target;
+    } catch (const std::bad_alloc&) {
+        __log_print(LOG_WARNING, kFilterName, "sonivex: no memory for the name of the target");
+    }
 }
 
 }  // namespace Vorlin

@@ -24,6 +24,8 @@ struct AVFrame;
 
 namespace Vorlin {
 
+struct FilterOptions;
+
 /** The name of the filter, the tag of its log lines and the name of its worker thread. */
 inline constexpr char kFilterName[] = "SonivexFilter";
 
@@ -62,7 +64,8 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
 
     /** Sets an option. filterPrototype lists the keys, docs/options.md the values. `extra` is not used, and
      *  an unknown key is ignored.
-     *  @return false only for FILTER_OPTION with a text that is not JSON.
+     *  @return false only for FILTER_OPTION with a text that is not JSON, or without memory for it, which is
+     *  logged; no option has changed then.
      *  @throws std::invalid_argument for a frame rate or speed that is not a number.
      *  [player thread] not real-time safe: allocates, logs, may run the event callback */
     bool setOption(const std::string& key, const std::string& value, const std::string& extra) override;
@@ -90,12 +93,13 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
     std::string getName() override;
     /** @return true if `name` is "sonivex"; the codec hints are not used. [any, concurrent] real-time safe */
     bool is_supported(const std::string& name, int codec, int profile, int level) override;
-    /** Makes a working filter, which the caller owns. [any, concurrent] not real-time safe: allocates */
+    /** Makes a working filter, which the caller owns. @return null if there is no memory for it, which is
+     *  logged. [any, concurrent] not real-time safe: allocates */
     IAudioFilter* clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) override;
     /** Passes every frame through untouched, or stops doing so. The change applies from the next frame that
      *  the worker takes. [player thread] not real-time safe: a change is logged */
     void setInvalid(bool invalid) override;
-    /** Keeps the name of what is being played; nothing depends on it.
+    /** Keeps the name of what is being played; nothing depends on it. Without memory the old one stays.
      *  [player thread] not real-time safe: allocates */
     void setCurrentTarget(const std::string& target) override;
     /** @return true if frame rate times speed is 62 or more. A filter that is not set invalid reports a
@@ -104,7 +108,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
     bool isOverFps() override;
     /** Takes `elapsed`, the milliseconds of work on one frame, into the load guard's mean. If the mean is
      *  over the limit, the filter sets itself invalid and sends FILTER_INVALID_PERFORMANCE. A filter that is
-     *  set invalid or knows no frame rate ignores the call.
+     *  set invalid, knows no frame rate or gets no memory for the number ignores the call.
      *  @throws std::bad_function_call when the mean is over the limit and no callback is installed.
      *  [player thread] not real-time safe: allocates, logs, may run the event callback */
     void checkTimeConsume(uint64_t elapsed) override;
@@ -162,6 +166,9 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
 
     // options.cpp
     bool setFilterOptions(const std::string& json);
+    void applyOptions(const FilterOptions& options);
+    void applySurroundType(const std::string& name);
+    void switchEffect(const EffectRecord& effect, bool is_on);
     void selectOnly(const EffectRecord& effect);
 
     // input_graph.cpp
@@ -183,7 +190,8 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
     void freeOutputGraph();
 
     // load_guard.cpp
-    void notify(const char* event);
+    bool takeCost(uint64_t cost);
+    void notify(const std::string& event);
 
     void* mSurroundHandle = nullptr;
     void* mDialogueHandle = nullptr;

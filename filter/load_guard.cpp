@@ -7,6 +7,8 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
+#include <string>
 
 #include "SonivexFilter.h"
 #include "vorlin/log.h"
@@ -19,6 +21,15 @@ constexpr int64_t kOverLimit_fps = 62;  // video frames per second at the curren
 constexpr int64_t kMillisecondsPerSecond = 1000;
 constexpr std::size_t kIgnoredSamples = 3;  // the first after a reset; a slow start-up is no overload
 constexpr std::size_t kWindowSamples = 10;
+
+std::string eventOf(const char* name) {
+    return std::string(kFilterName) + ":" + name;
+}
+
+// The events exist before they are needed, so that a lack of memory cannot keep them from the player.
+const std::string kOverFpsEvent = eventOf(filterPrototype::FILTER_INVALID_OVER_FPS);
+const std::string kRecoveryEvent = eventOf(filterPrototype::FILTER_VALID_RECOVERY);
+const std::string kOverloadEvent = eventOf(filterPrototype::FILTER_INVALID_PERFORMANCE);
 
 uint64_t squareSaturating(uint64_t value) {
     const double square = std::pow(static_cast<double>(value), 2.0);
@@ -39,9 +50,9 @@ bool sonivexFilter::isOverFps() {
     const bool is_over = rate_fps >= kOverLimit_fps;
     if (!mInvalid.load() && mEventCallback) {
         if (!mOverFps && is_over) {
-            notify(FILTER_INVALID_OVER_FPS);
+            notify(kOverFpsEvent);
         } else if (mOverFps && !is_over) {
-            notify(FILTER_VALID_RECOVERY);
+            notify(kRecoveryEvent);
         }
     }
     return is_over;
@@ -55,31 +66,43 @@ void sonivexFilter::checkTimeConsume(uint64_t elapsed) {
 
     const uint64_t threshold_ms = budget_ms * 3 / 4;
     const uint64_t cost = elapsed <= threshold_ms ? 0 : squareSaturating(elapsed - threshold_ms);
-    if (mCostWindow.size() < kIgnoredSamples) {
-        mCostWindow.push_back(0);
-    } else {
-        if (mCostWindow.size() >= kWindowSamples) {
-            mCostSum -= mCostWindow.front();
-            mCostWindow.pop_front();
-        }
-        mCostWindow.push_back(cost);
-        mCostSum += cost;
-    }
+    if (!takeCost(cost)) return;
 
     const uint64_t mean = mCostSum / mCostWindow.size();
     const uint64_t tolerated_ms = budget_ms / 8;
     const double limit = std::pow(static_cast<double>(tolerated_ms), 2.0);
     if (static_cast<double>(mean) > limit) {
         setInvalid(true);
-        notify(FILTER_INVALID_PERFORMANCE);
+        notify(kOverloadEvent);
         mCostSum = 0;
         mCostWindow.clear();
     }
 }
 
-void sonivexFilter::notify(const char* event) {
-    const EventCallback callback = mEventCallback;  // a copy, because the callback may install another one
-    callback(0, getName() + ":" + event);
+// @return false if there is no memory for the cost.
+bool sonivexFilter::takeCost(uint64_t cost) try {
+    const bool is_ignored = mCostWindow.size() < kIgnoredSamples;
+    mCostWindow.push_back(is_ignored ? 0 : cost);
+    if (mCostWindow.size() > kWindowSamples) {
+        mCostSum -= mCostWindow.front();
+        mCostWindow.pop_front();
+    }
+    mCostSum += mCostWindow.back();
+    return true;
+} catch (const std::bad_alloc&) {
+    __log_print(LOG_WARNING, kFilterName, "sonivex: no memory for the load guard");
+    return false;
+}
+
+void sonivexFilter::notify(const std::string& event) {
+    EventCallback callback;
+    try {
+        callback = mEventCallback;  // a copy, because the callback may install another one
+    } catch (const std::bad_alloc&) {
+        __log_print(LOG_ERROR, kFilterName, "sonivex: no memory for the event %s", event.c_str());
+        return;
+    }
+    callback(0, event);
 }
 
 }  // namespace Vorlin

@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
+#include <optional>
 #include <stdexcept>
+#include <vector>
 
 #include "SonivexFilter.h"
 #include "effects.h"
@@ -38,6 +41,38 @@ double parseNumber(const std::string& text) {
 
 }  // namespace
 
+// The members of the options' object. An empty one leaves its option as it is.
+struct FilterOptions {
+    std::optional<std::string> surround_type_name;
+    std::optional<int> surround_mode;
+    std::optional<int> surround_limiter;
+    std::optional<double> voice;
+    std::vector<std::optional<bool>> is_on;  // in the order of allEffects
+    std::optional<bool> is_dumped;
+};
+
+namespace {
+
+// @throws std::bad_alloc
+FilterOptions readOptions(const VorlinJSONItem& text) {
+    FilterOptions options;
+    const auto has = [&text](const char* name) { return text.hasItem(name); };
+    if (has("surround_effect_type")) options.surround_type_name = text.getString("surround_effect_type");
+    if (has("surround_mode")) options.surround_mode = text.getInt("surround_mode", 1);
+    if (has("surround_limiter")) options.surround_limiter = text.getInt("surround_limiter", 1);
+    if (has("dialoguenhance_voice")) {
+        options.voice = std::max(kMinVoice, text.getDouble("dialoguenhance_voice", kMinVoice));
+    }
+    for (const EffectRecord& effect : allEffects()) {
+        auto& is_on = options.is_on.emplace_back();
+        if (has(effect.option)) is_on = text.getBool(effect.option, false);
+    }
+    if (has("enable_dump")) options.is_dumped = text.getBool("enable_dump", false);
+    return options;
+}
+
+}  // namespace
+
 bool sonivexFilter::setOption(const std::string& key, const std::string& value, const std::string&) {
     if (key == FILTER_OPTION && !setFilterOptions(value)) return false;
     if (key == VIDEO_FPS_OPTION) {
@@ -55,62 +90,65 @@ bool sonivexFilter::setOption(const std::string& key, const std::string& value, 
     return true;
 }
 
-// Applies the members in a fixed order, whatever their order in the text. If one object switches several
-// effects on, the last of surround, dialogue enhancement and normalizer wins.
-bool sonivexFilter::setFilterOptions(const std::string& json) {
-    const VorlinJSONItem options(json);
-    if (!options.isValid()) {
+// Reads everything before anything is applied, so that options for which there is no memory change nothing.
+bool sonivexFilter::setFilterOptions(const std::string& json) try {
+    const VorlinJSONItem text(json);
+    if (!text.isValid()) {
         __log_print(LOG_WARNING, kFilterName, "options not json item");
         return false;
     }
-    if (options.hasItem("surround_effect_type")) {
-        const std::string name = options.getString("surround_effect_type");
-        if (name == "3DSurround" || name == "MegaBass") {
-            const int type = name == "MegaBass" ? kMegaBassType : k3dSurroundType;
-            mSurroundType = type;
-            __log_print(LOG_DEBUG, kFilterName, "sonivex set surround_effect_type: %s -> %d", name.c_str(),
-                        type);
-        } else {
-            __log_print(LOG_WARNING, kFilterName,
-                        "sonivex unknown surround_effect_type: %s (supported: 3DSurround, MegaBass)",
-                        name.c_str());
-        }
-    }
-    if (options.hasItem("surround_mode")) {
-        const int mode = options.getInt("surround_mode", 1);
-        if (mode >= 1 && mode <= 3) {
-            mSurroundMode = mode;
-            __log_print(LOG_DEBUG, kFilterName, "sonivex set surround_mode: %d", mode);
-        }
-    }
-    if (options.hasItem("surround_limiter")) {
-        const int limiter = options.getInt("surround_limiter", 1);
-        mSurroundLimiter = limiter;
-        __log_print(LOG_DEBUG, kFilterName, "sonivex set surround_limiter: %d", limiter);
-    }
-    if (options.hasItem("dialoguenhance_voice")) {
-        const double voice = std::max(kMinVoice, options.getDouble("dialoguenhance_voice", kMinVoice));
-        mVoice = voice;
-        __log_print(LOG_DEBUG, kFilterName, "sonivex set dialoguenhance_voice: %f", voice);
-    }
-
-    for (const EffectRecord& effect : allEffects()) {
-        if (!options.hasItem(effect.option)) continue;
-        if (options.getBool(effect.option, false)) {
-            selectOnly(effect);
-            __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: true, disabled others", effect.option);
-        } else {
-            this->*effect.is_on = false;
-            __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: false", effect.option);
-        }
-    }
-
-    if (options.hasItem("enable_dump")) {
-        const bool enable = options.getBool("enable_dump", false);
-        mEnableDump = enable;
-        __log_print(LOG_DEBUG, kFilterName, "sonivex set enable_dump: %d", enable);
-    }
+    applyOptions(readOptions(text));
     return true;
+} catch (const std::bad_alloc&) {
+    __log_print(LOG_ERROR, kFilterName, "sonivex: no memory for the options");
+    return false;
+}
+
+// Applies the members in a fixed order, whatever their order in the text. If one object switches several
+// effects on, the last of surround, dialogue enhancement and normalizer wins.
+void sonivexFilter::applyOptions(const FilterOptions& options) {
+    if (options.surround_type_name) applySurroundType(*options.surround_type_name);
+    if (options.surround_mode && *options.surround_mode >= 1 && *options.surround_mode <= 3) {
+        mSurroundMode = *options.surround_mode;
+        __log_print(LOG_DEBUG, kFilterName, "sonivex set surround_mode: %d", *options.surround_mode);
+    }
+    if (options.surround_limiter) {
+        mSurroundLimiter = *options.surround_limiter;
+        __log_print(LOG_DEBUG, kFilterName, "sonivex set surround_limiter: %d", *options.surround_limiter);
+    }
+    if (options.voice) {
+        mVoice = *options.voice;
+        __log_print(LOG_DEBUG, kFilterName, "sonivex set dialoguenhance_voice: %f", *options.voice);
+    }
+    for (std::size_t i = 0; i < options.is_on.size(); ++i) {
+        if (options.is_on[i]) switchEffect(allEffects()[i], *options.is_on[i]);
+    }
+    if (options.is_dumped) {
+        mEnableDump = *options.is_dumped;
+        __log_print(LOG_DEBUG, kFilterName, "sonivex set enable_dump: %d", *options.is_dumped);
+    }
+}
+
+void sonivexFilter::applySurroundType(const std::string& name) {
+    if (name != "3DSurround" && name != "MegaBass") {
+        __log_print(LOG_WARNING, kFilterName,
+                    "sonivex unknown surround_effect_type: %s (supported: 3DSurround, MegaBass)",
+                    name.c_str());
+        return;
+    }
+    const int type = name == "MegaBass" ? kMegaBassType : k3dSurroundType;
+    mSurroundType = type;
+    __log_print(LOG_DEBUG, kFilterName, "sonivex set surround_effect_type: %s -> %d", name.c_str(), type);
+}
+
+void sonivexFilter::switchEffect(const EffectRecord& effect, bool is_on) {
+    if (is_on) {
+        selectOnly(effect);
+        __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: true, disabled others", effect.option);
+    } else {
+        this->*effect.is_on = false;
+        __log_print(LOG_DEBUG, kFilterName, "sonivex set %s: false", effect.option);
+    }
 }
 
 // The new switch goes on before the others go off, so that at every moment one of them is on.

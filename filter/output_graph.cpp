@@ -72,7 +72,10 @@ int putBackAsS16(IQFFrame::audioInfo& info, AVFrame* frame, const short* block, 
     const std::size_t bytes = blockBytes(channels, frames);
     if (channels != info.channels || !canWriteFirstPlane(frame, bytes)) {
         AVBufferRef* buffer = av_buffer_alloc(bytes);
-        if (buffer == nullptr) return AVERROR(ENOMEM);
+        if (buffer == nullptr) {
+            __log_print(LOG_ERROR, kFilterName, "sonivex: av_buffer_alloc failed, frame lost");
+            return AVERROR(ENOMEM);
+        }
         av_buffer_unref(&frame->buf[0]);
         frame->buf[0] = buffer;
         frame->data[0] = buffer->data;
