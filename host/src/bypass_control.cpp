@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <exception>
+#include <string_view>
 
 #include "vorlin/filter_prototype.h"
 #include "vorlin/log.h"
@@ -69,12 +70,15 @@ bool BypassControl::reportRate(const std::string& key, double value) {
     return is_understood;
 }
 
+// It needs no memory, so that an announcement never gets lost.
 void BypassControl::obey(const std::string& event) {
-    if (event == mEventPrefix + filterPrototype::FILTER_INVALID_OVER_FPS) {
+    const std::string_view text = event;
+    const std::string_view name = text.starts_with(mEventPrefix) ? text.substr(mEventPrefix.size()) : "";
+    if (name == filterPrototype::FILTER_INVALID_OVER_FPS) {
         mOverFps = true;
-    } else if (event == mEventPrefix + filterPrototype::FILTER_VALID_RECOVERY) {
+    } else if (name == filterPrototype::FILTER_VALID_RECOVERY) {
         mOverFps = false;
-    } else if (event == mEventPrefix + filterPrototype::FILTER_INVALID_PERFORMANCE) {
+    } else if (name == filterPrototype::FILTER_INVALID_PERFORMANCE) {
         mOverload = true;
     } else {
         __log_print(LOG_DEBUG, kLogTag, "unknown event %s", event.c_str());

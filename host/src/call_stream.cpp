@@ -7,6 +7,7 @@
 #include "call_frame.h"
 #include "vorlin/av_compat.h"
 #include "vorlin/av_frame.h"
+#include "wrapped_frame.h"
 
 extern "C" {
 #include <libavutil/error.h>
@@ -206,7 +207,7 @@ int CallStream::addTail(int64_t frames) {
         const int64_t next = mTimes.next();
         av::setFrameDuration(samples.get(), pts != AV_NOPTS_VALUE && next != AV_NOPTS_VALUE ? next - pts : 0);
         AVFrame* const raw = samples.get();
-        auto frame = std::make_unique<AVQFFrame>(samples.release());
+        std::unique_ptr<IQFFrame> frame = wrapFrame(std::move(samples));
         mPending.add(std::move(frame), raw, mAdded, mTimes.base());
         mAdded += piece;
         frames -= piece;

@@ -7,6 +7,7 @@
 #include "stream_times.h"
 #include "vorlin/av_compat.h"
 #include "vorlin/av_frame.h"
+#include "wrapped_frame.h"
 
 extern "C" {
 #include <libavutil/error.h>
@@ -48,6 +49,7 @@ void PendingFrames::clear() {
     mLost.clear();
     mPiece.reset();
     mPieceFrames = 0;
+    mError = 0;
 }
 
 void PendingFrames::supply(Span span, const AVFrame& source, int offset) {
@@ -130,7 +132,7 @@ void PendingFrames::finishPiece(Pending& frame) {
         return;
     }
     av_frame_move_ref(owned.get(), piece.get());
-    mOutput(std::make_unique<AVQFFrame>(owned.release()));
+    mOutput(wrapFrame(std::move(owned)));
 }
 
 void PendingFrames::supplyUntouched(int64_t end) {

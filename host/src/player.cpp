@@ -1,6 +1,7 @@
 #include "vorlin/player.h"
 
 #include <limits>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -41,7 +42,7 @@ class FilterPlayer final : public Player {
 
     bool setOptions(const std::string& json) override {
         // The effect that was on gets the frames that wait.
-        if (mCalls && mCalls->isUnderWay()) mCalls->finishWaiting();
+        if (mCalls && mCalls->isUnderWay()) orFlush([this] { return mCalls->finishWaiting(); });
         return mFilter->setOption(filterPrototype::FILTER_OPTION, json, {});
     }
 
@@ -58,6 +59,32 @@ class FilterPlayer final : public Player {
     bool isBypassed() const override { return mBypass->isBypassed(); }
 
     int push(std::unique_ptr<IQFFrame> frame) override {
+        return orFlush([&] { return pushFrame(std::move(frame)); });
+    }
+
+    int drain() override {
+        return orFlush([this] { return end(kWholeTail); });
+    }
+
+    void seek() override { flush(); }
+
+    const PlayerCounts& counts() const override { return mCounts; }
+    IAudioFilter& filter() override { return *mFilter; }
+
+  private:
+    static constexpr int64_t kNoTail = 0;
+    static constexpr int64_t kWholeTail = std::numeric_limits<int64_t>::max();
+
+    // Without memory nobody knows which frame goes with which call any more: all of them are thrown away.
+    template <typename Work>
+    int orFlush(Work work) try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        flush();
+        return AVERROR(ENOMEM);
+    }
+
+    int pushFrame(std::unique_ptr<IQFFrame> frame) {
         if (!frame) return AVERROR(EINVAL);
         const IQFFrame::audioInfo stream = frame->getInfo();
         if (mStream && !isSameStream(*mStream, stream)) {
@@ -75,17 +102,6 @@ class FilterPlayer final : public Player {
         if (result == 0) mStream = stream;
         return result;
     }
-
-    int drain() override { return end(kWholeTail); }
-
-    void seek() override { flush(); }
-
-    const PlayerCounts& counts() const override { return mCounts; }
-    IAudioFilter& filter() override { return *mFilter; }
-
-  private:
-    static constexpr int64_t kNoTail = 0;
-    static constexpr int64_t kWholeTail = std::numeric_limits<int64_t>::max();
 
     void makeCallStream(const PlayerConfig& config) {
         const CallStream::Filter filter{
@@ -156,7 +172,7 @@ class FilterPlayer final : public Player {
 Player::~Player() = default;
 
 std::unique_ptr<Player> Player::create(std::shared_ptr<Plugin> plugin, const PlayerConfig& config,
-                                       Output output) {
+                                       Output output) try {
     if (config.call_frames < 0 || config.call_frames > kLongestCall_frames) return nullptr;
     auto filter =
         filterPrototype::createFilter(config.filter_name, config.source, config.source, config.active);
@@ -175,6 +191,8 @@ std::unique_ptr<Player> Player::create(std::shared_ptr<Plugin> plugin, const Pla
     bypass->apply();
     return std::make_unique<FilterPlayer>(std::move(plugin), std::move(filter), std::move(bypass),
                                           std::move(worker), config, std::move(output));
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 }  // namespace Vorlin

@@ -1,6 +1,7 @@
 #include "sample_line.h"
 
 #include <algorithm>
+#include <new>
 
 #include "vorlin/av_compat.h"
 
@@ -88,7 +89,9 @@ int SampleLine::append(const AVFrame& frame) {
         if (!mFifo) return AVERROR(ENOMEM);
     }
     const int result = av_audio_fifo_write(mFifo.get(), planesOf(frame), frame.nb_samples);
-    return std::min(result, 0);
+    // Without memory for every plane, libavutil lets some of them grow. Its queue fails for ever then.
+    if (result < 0) throw std::bad_alloc();
+    return 0;
 }
 
 OwnedAVFrame SampleLine::makeSilence(int frames) const {

@@ -28,7 +28,8 @@ class SampleLine {
 
     /** @return waiting frames. */
     int size() const;
-    /** Appends a copy of the samples of `frame`. @return 0 or a negative AVERROR, with nothing appended. */
+    /** Appends a copy of the samples of `frame`. @return 0 or a negative AVERROR, with nothing appended.
+     *  @throws std::bad_alloc if the line cannot grow; then it is good for nothing but `clear`. */
     int append(const AVFrame& frame);
     /** Appends silence in the format of the frame before.
      *  @return 0 or a negative AVERROR, with a part of the silence appended. */

@@ -83,8 +83,8 @@ class VORLIN_API Player {
 
     /** Clones the filter that answers to `config.filter_name`, initialises it and sets it valid.
      *  @param plugin the library of the filter, held as long as the clone; null if it is linked in.
-     *  @return null if no registered filter answers to the name, if it fails to initialise, or if
-     *  `config.call_frames` is out of range.
+     *  @return null if no registered filter answers to the name, if it fails to initialise, if
+     *  `config.call_frames` is out of range, or without memory.
      *  [player thread] not real-time safe: takes a lock, allocates, starts the worker of an active filter */
     static std::unique_ptr<Player> create(std::shared_ptr<Plugin> plugin, const PlayerConfig& config,
                                           Output output);
@@ -99,7 +99,8 @@ class VORLIN_API Player {
      *  than a block at the end) comes out untouched if another effect replaces it, otherwise with the sound
      *  that follows. With `corrects_times` off, the frames that wait to be joined get the new options.
      *  @param json a JSON object, see docs/options.md.
-     *  @return false if the filter did not understand the text.
+     *  @return false if the filter did not understand the text or has no memory for it. Without memory the
+     *  frames under way may be thrown away, as by `seek`.
      *  [player thread] not real-time safe: waits for the filter, runs the output, allocates, may log */
     virtual bool setOptions(const std::string& json) = 0;
     /** Reports the video's frame rate, in frames per second. A filter that was bypassed because the rate was
@@ -122,8 +123,8 @@ class VORLIN_API Player {
 
     /** Hands in the next frame of the stream. Frames that are ready go to the output meanwhile.
      *  @return kSuccess. Otherwise `frame` or a part of it is lost: AVERROR(ETIMEDOUT) if the filter moved no
-     *  frame within the stall limit, AVERROR(EINVAL) for a null frame, AVERROR(ENOMEM) if memory ran out, or
-     *  the filter's own error.
+     *  frame within the stall limit, AVERROR(EINVAL) for a null frame, AVERROR(ENOMEM) if memory ran out
+     *  (the frames under way may then be thrown away, too, as by `seek`), or the filter's own error.
      *  [player thread] not real-time safe: waits for room in the filter, runs the output */
     virtual int push(std::unique_ptr<IQFFrame> frame) = 0;
     /** Ends the stream: waits until every frame pushed so far has come out or been given up, and then the
