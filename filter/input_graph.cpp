@@ -102,7 +102,7 @@ int sonivexFilter::createSrcBufferFilter() {
     mAbuffer_ctx = avfilter_graph_alloc_filter(mFilterGraph, filter, "src");
     if (mAbuffer_ctx == nullptr) return AVERROR(EINVAL);
 
-    char layout_text[64];
+    char layout_text[64] = "";
     AVChannelLayout layout = layoutOf(mSource);
     av_channel_layout_describe(&layout, layout_text, sizeof(layout_text));
     av_channel_layout_uninit(&layout);

@@ -69,6 +69,10 @@ void takeBuffers(AVFrame* to, AVFrame* from, int channels) {
 
 // Delivers `block` as signed 16-bit, in a buffer that no other frame shares. @return 0 or a negative AVERROR.
 int putBackAsS16(IQFFrame::audioInfo& info, AVFrame* frame, const short* block, int channels, int frames) {
+    if (const int error = av::setFrameDefaultLayout(frame, channels); error < 0) {
+        __log_print(LOG_ERROR, kFilterName, "sonivex: layout of %d channels failed, frame lost", channels);
+        return error;
+    }
     const std::size_t bytes = blockBytes(channels, frames);
     if (channels != info.channels || !canWriteFirstPlane(frame, bytes)) {
         AVBufferRef* buffer = av_buffer_alloc(bytes);
@@ -83,7 +87,6 @@ int putBackAsS16(IQFFrame::audioInfo& info, AVFrame* frame, const short* block, 
         frame->linesize[0] = static_cast<int>(bytes);
     }
     std::memcpy(frame->extended_data[0], block, bytes);
-    av::setFrameDefaultLayout(frame, channels);
     info.channels = channels;
     info.channel_layout = av::defaultLayoutMask(channels);
     info.format = frame->format;
@@ -113,6 +116,7 @@ bool sonivexFilter::putBackInPlayersFormat(IQFFrame::audioInfo& info, AVFrame* f
     if (error >= 0 && (out->format != mSrcFormat || out->ch_layout.nb_channels != channels)) {
         error = AVERROR(EINVAL);
     }
+    if (error >= 0) error = av::setFrameDefaultLayout(frame, channels);
     if (error < 0) {
         __log_print(LOG_WARNING, kFilterName,
                     "sonivex: output format conversion failed (ret=%d), fallback to S16", error);
@@ -124,7 +128,6 @@ bool sonivexFilter::putBackInPlayersFormat(IQFFrame::audioInfo& info, AVFrame* f
     takeBuffers(frame, out.get(), channels);
     frame->format = mSrcFormat;
     frame->nb_samples = out->nb_samples;
-    av::setFrameDefaultLayout(frame, channels);
     info.format = mSrcFormat;
     info.channels = channels;
     info.channel_layout = av::defaultLayoutMask(channels);
