@@ -65,11 +65,6 @@ void* counted(void* memory) {
     return memory;
 }
 
-void* alignedMemory(size_t alignment, size_t bytes) {
-    return __interceptor_aligned_alloc != nullptr ? __interceptor_aligned_alloc(alignment, bytes)
-                                                  : __libc_memalign(alignment, bytes);
-}
-
 }  // namespace
 
 extern "C" {
@@ -94,12 +89,18 @@ FOR_LIBRARIES void* realloc(void* memory, size_t bytes) noexcept {
 
 FOR_LIBRARIES void* aligned_alloc(size_t alignment, size_t bytes) noexcept {
     if (isRefused(User::kAny)) return nullptr;
-    return counted(alignedMemory(alignment, bytes));
+    return counted(__interceptor_aligned_alloc != nullptr ? __interceptor_aligned_alloc(alignment, bytes)
+                                                          : __libc_memalign(alignment, bytes));
 }
 
 FOR_LIBRARIES int posix_memalign(void** memory, size_t alignment, size_t bytes) noexcept {
     if (isRefused(User::kLibavutil)) return ENOMEM;
-    void* const fresh = alignedMemory(alignment, bytes);
+    void* fresh = nullptr;
+    if (__interceptor_posix_memalign == nullptr) {
+        fresh = __libc_memalign(alignment, bytes);
+    } else if (__interceptor_posix_memalign(&fresh, alignment, bytes) != 0) {
+        return ENOMEM;
+    }
     if (fresh == nullptr) return ENOMEM;
     *memory = counted(fresh);
     return 0;

@@ -129,7 +129,7 @@ void liveWith(const PluginKind& kind, const LV2_Descriptor& descriptor, bool has
 }
 
 TEST(Lv2OutOfMemory, ThePlugInIsRefusedOrGoesOnAsItWas) {
-    constexpr int kStride = 7;
+    constexpr int kStride = 29;
     for (const bool has_worker : {false, true}) {
         for (std::uint32_t i = 0; const LV2_Descriptor* descriptor = lv2_descriptor(i); ++i) {
             SCOPED_TRACE(descriptor->URI);
