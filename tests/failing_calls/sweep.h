@@ -10,10 +10,15 @@
 
 namespace test {
 
+/** Returns whether the environment asks for every call to fail in turn. */
+inline bool failsEveryCall() {
+    return std::getenv("SONIVEX_EVERY_CALL") != nullptr;
+}
+
 /** Returns the distance between the requests that fail in turn: 1 if the environment asks for every one of
  *  them, otherwise `usual`. */
 inline int sweepStride(int usual) {
-    return std::getenv("SONIVEX_EVERY_CALL") != nullptr ? 1 : usual;
+    return failsEveryCall() ? 1 : usual;
 }
 
 /** What a sweep did. */
