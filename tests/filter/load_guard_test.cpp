@@ -1,6 +1,7 @@
 // Checks the filter's guards against overload, by video frame rate and by processing time, and their events.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <limits>
 
@@ -88,6 +89,56 @@ TEST_F(FilterLoadGuard, TripsAtTheEleventhCallSixMillisecondsOverTheThreshold) {
     EXPECT_TRUE(filter_.field(Peer::kInvalid));
     EXPECT_EQ(filter_.field(Peer::kCostSum), 0u);
     EXPECT_TRUE(filter_.field(Peer::kCostWindow).empty());
+}
+
+// The budget is a whole number of milliseconds, and so are three quarters and an eighth of it.
+struct GuardAtRate {
+    const char* fps;
+    uint64_t threshold_ms;                 // 3/4 of 1000 / fps, with both divisions cut
+    std::vector<uint64_t> largest_excess;  // ms; nine more squares than ten times the limit
+};
+
+class FilterLoadGuardAtRate : public FilterLoadGuard, public ::testing::WithParamInterface<GuardAtRate> {
+  protected:
+    void takeOver(uint64_t excess_ms) { filter_->checkTimeConsume(GetParam().threshold_ms + excess_ms); }
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Rates, FilterLoadGuardAtRate,
+    ::testing::Values(GuardAtRate{"23.976", 32, {1, 1, 1, 16}},  // budget 43 ms, limit 25 ms², so 259
+                      GuardAtRate{"24", 30, {1, 1, 1, 16}},      // 41 ms
+                      GuardAtRate{"25", 30, {1, 1, 1, 16}},      // 40 ms
+                      GuardAtRate{"29.97", 25, {13}},            // 34 ms, 16 ms², 169
+                      GuardAtRate{"30", 24, {13}},               // 33 ms
+                      GuardAtRate{"47.952", 15, {7}},            // 21 ms, 4 ms², 49
+                      GuardAtRate{"50", 15, {7}},                // 20 ms
+                      GuardAtRate{"59.94", 12, {7}},             // 16 ms
+                      GuardAtRate{"61", 12, {7}}),               // 16 ms
+    [](const auto& parameter) {
+        std::string name = parameter.param.fps;
+        std::replace(name.begin(), name.end(), '.', '_');
+        return name;
+    });
+
+TEST_P(FilterLoadGuardAtRate, CountsTheTimeBeyondThreeQuartersOfTheBudget) {
+    fps(GetParam().fps);
+    for (int call = 0; call < 3; ++call) takeOver(0);
+    takeOver(0);
+    EXPECT_EQ(filter_.field(Peer::kCostSum), 0u);
+    takeOver(1);
+    EXPECT_EQ(filter_.field(Peer::kCostSum), 1u);
+    takeOver(2);
+    EXPECT_EQ(filter_.field(Peer::kCostSum), 5u);
+}
+
+TEST_P(FilterLoadGuardAtRate, TripsOnceTheWholeMeanExceedsTheSquareOfAnEighthOfTheBudget) {
+    fps(GetParam().fps);
+    for (int call = 0; call < 10; ++call) takeOver(0);
+    for (const uint64_t excess_ms : GetParam().largest_excess) takeOver(excess_ms);
+    EXPECT_EQ(filter_.field(Peer::kCostSum) % 10, 9u) << "one more square millisecond must matter";
+    EXPECT_TRUE(events_.empty()) << "the mean is cut to the limit";
+    takeOver(1);
+    EXPECT_EQ(events_, std::vector<std::string>{kPerformance});
 }
 
 TEST_F(FilterLoadGuard, IgnoresTheFirstThreeSamplesAfterAReset) {
