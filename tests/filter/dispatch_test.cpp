@@ -84,5 +84,32 @@ TEST_F(FilterDispatch, KeepsTheHandleOfADisabledEffectUntilFlush) {
     EXPECT_EQ(filter_.*Peer::kNormalizerHandle, nullptr);
 }
 
+// The effects' functions get the numbers of the stream, whatever the dispatch does to the samples.
+TEST_F(FilterDispatch, MakesEachHandleForTheChannelsAndTheRateOfTheStream) {
+    const auto select = [this](const char* options) {
+        filter_.setOption(Vorlin::filterPrototype::FILTER_OPTION, options, "");
+    };
+    std::vector<NormalizerSettings> normalizers;
+    std::vector<SurroundSettings> surrounds;
+    for (const int rate_hz : {44100, 48000}) {
+        for (const int channels : {1, 2, 6, 8}) {
+            SCOPED_TRACE(std::to_string(channels) + " channels, " + std::to_string(rate_hz) + " Hz");
+            const FrameSpec spec{.channels = channels, .rate_hz = rate_hz};
+            select(R"({"enable_normalizer": true})");
+            EXPECT_EQ(passThroughLoop(spec), 0);
+            EXPECT_TRUE(hasOutput());
+            normalizers.push_back({channels, rate_hz});
+            select(R"({"enable_surround": true, "surround_effect_type": "MegaBass", "surround_mode": 3,
+                       "surround_limiter": 0})");
+            EXPECT_EQ(passThroughLoop(spec), 0);
+            EXPECT_TRUE(hasOutput());
+            surrounds.push_back({channels, rate_hz, 13, 3, 0});
+            filter_.flush();
+        }
+    }
+    EXPECT_EQ(engineFaults().normalizer_settings, normalizers);
+    EXPECT_EQ(engineFaults().surround_settings, surrounds);
+}
+
 }  // namespace
 }  // namespace test

@@ -21,6 +21,7 @@ int __real_aem_ProcessNormalizer(void* handle, const short* in, short* out, int 
 void* __wrap_aem_CreateNormalizer(int channels, int sample_rate) {
     test::EngineFaults& faults = test::engineFaults();
     ++faults.creates;
+    faults.normalizer_settings.push_back({channels, sample_rate});
     if (faults.creates_to_fail > 0) {
         --faults.creates_to_fail;
         return nullptr;
@@ -32,13 +33,17 @@ int __wrap_aem_ProcessNormalizer(void* handle, const short* in, short* out, int 
     test::EngineFaults& faults = test::engineFaults();
     faults.channels_of_calls.push_back(channels);
     if (faults.process_result < 0) return faults.process_result;
-    return __real_aem_ProcessNormalizer(handle, in, out, frames, channels);
+    const int result = __real_aem_ProcessNormalizer(handle, in, out, frames, channels);
+    if (faults.during_process) faults.during_process();
+    return result;
 }
 
 void __real_aem_ReleaseNormalizer(void* handle);
 
 void __wrap_aem_ReleaseNormalizer(void* handle) {
-    ++test::engineFaults().releases;
+    test::EngineFaults& faults = test::engineFaults();
+    ++faults.releases;
+    if (faults.during_release) faults.during_release();
     __real_aem_ReleaseNormalizer(handle);
 }
 
@@ -48,6 +53,7 @@ int __real_aem_ProcessSurround(void* handle, const short* in, short* out, int fr
 void* __wrap_aem_CreateSurround(int channels, int sample_rate, int type, int mode, int limiter) {
     test::EngineFaults& faults = test::engineFaults();
     ++faults.surround_creates;
+    faults.surround_settings.push_back({channels, sample_rate, type, mode, limiter});
     if (faults.surround_creates_to_fail > 0) {
         --faults.surround_creates_to_fail;
         return nullptr;
