@@ -99,7 +99,7 @@ TEST(FilterInputGraphFaults, NeverLeakSamplesOfALostFrameIntoALaterOne) {
             filter.startNormalizer();
             NormalizerEffect engine(2);
             WithGraphFaults faults;
-            faults->read_error = read.error;
+            faults->error = read.error;
             for (const int frames : {600, 100, 300, 1024}) {
                 const bool is_lost = frames == 600;
                 faults->input_reads_to_fail = is_lost ? 1 : 0;
@@ -130,7 +130,7 @@ class FilterAfterLostFrame : public ::testing::Test {
     void lose(const FrameSpec& spec) {
         WithGraphFaults faults;
         faults->input_reads_to_fail = 1;
-        faults->read_error = AVERROR(EAGAIN);
+        faults->error = AVERROR(EAGAIN);
         EXPECT_EQ(filter_.pass(makeFrame(spec, noiseSource(2))), nullptr);
     }
     std::unique_ptr<IQFFrame> pass(const FrameSpec& spec) {

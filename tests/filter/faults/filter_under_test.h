@@ -38,9 +38,13 @@ struct SonivexFilterPeer {
     static constexpr auto kFps = &sonivexFilter::mFps;
     static constexpr auto kSpeed = &sonivexFilter::mSpeed;
     static constexpr auto kFilterGraph = &sonivexFilter::mFilterGraph;
+    static constexpr auto kInputSource = &sonivexFilter::mAbuffer_ctx;
+    static constexpr auto kInputSink = &sonivexFilter::mAbuffersink_ctx;
     static constexpr auto kIsPrototype = &sonivexFilter::mIsPrototype;
     static constexpr auto kSrcFormat = &sonivexFilter::mSrcFormat;
     static constexpr auto kOutFilterGraph = &sonivexFilter::mOutFilterGraph;
+    static constexpr auto kOutputSource = &sonivexFilter::mOutAbuffer_ctx;
+    static constexpr auto kOutputSink = &sonivexFilter::mOutAbuffersink_ctx;
     static constexpr auto kOutChannels = &sonivexFilter::mOutChannels;
     static constexpr auto kOutSampleRate = &sonivexFilter::mOutSampleRate;
     static constexpr auto kFilterLoop = &sonivexFilter::FilterLoop;

@@ -3,6 +3,7 @@
 extern "C" {
 #include <libavfilter/avfilter.h>
 #include <libavfilter/buffersink.h>
+#include <libavfilter/buffersrc.h>
 }
 
 #include <string_view>
@@ -35,6 +36,8 @@ extern "C" {
 int __real_avfilter_init_str(AVFilterContext* filter, const char* args);
 int __real_avfilter_graph_create_filter(AVFilterContext** context, const AVFilter* filter, const char* name,
                                         const char* args, void* opaque, AVFilterGraph* graph);
+int __real_avfilter_graph_config(AVFilterGraph* graph, void* log_context);
+int __real_av_buffersrc_add_frame(AVFilterContext* source, AVFrame* frame);
 int __real_av_buffersink_get_frame(AVFilterContext* sink, AVFrame* frame);
 
 // The input graph allocates a filter first and initialises it here. The output graph does both in one call.
@@ -52,10 +55,29 @@ int __wrap_avfilter_graph_create_filter(AVFilterContext** context, const AVFilte
                                                graph);
 }
 
+int __wrap_avfilter_graph_config(AVFilterGraph* graph, void* log_context) {
+    const bool is_output = avfilter_graph_get_filter(graph, "out_src") != nullptr;
+    if (test::isDue(is_output ? &test::GraphFaults::output_configs_to_fail
+                              : &test::GraphFaults::input_configs_to_fail)) {
+        return test::graph_faults_in_force->error;
+    }
+    return __real_avfilter_graph_config(graph, log_context);
+}
+
+int __wrap_av_buffersrc_add_frame(AVFilterContext* source, AVFrame* frame) {
+    const bool is_output = std::string_view(source->name) == "out_src";
+    if (test::isDue(is_output ? &test::GraphFaults::output_pushes_to_fail
+                              : &test::GraphFaults::input_pushes_to_fail)) {
+        return test::graph_faults_in_force->error;
+    }
+    return __real_av_buffersrc_add_frame(source, frame);
+}
+
 int __wrap_av_buffersink_get_frame(AVFilterContext* sink, AVFrame* frame) {
-    const bool is_input = std::string_view(sink->name) == "abuffersink";
-    if (is_input && test::isDue(&test::GraphFaults::input_reads_to_fail)) {
-        return test::graph_faults_in_force->read_error;
+    const bool is_output = std::string_view(sink->name) == "out_sink";
+    if (test::isDue(is_output ? &test::GraphFaults::output_reads_to_fail
+                              : &test::GraphFaults::input_reads_to_fail)) {
+        return test::graph_faults_in_force->error;
     }
     return __real_av_buffersink_get_frame(sink, frame);
 }

@@ -8,8 +8,13 @@ struct GraphFaults {
      *  memory to parse them. */
     int input_formats_to_lose = 0;
     int output_formats_to_lose = 0;
+    int input_configs_to_fail = 0;
+    int output_configs_to_fail = 0;
+    int input_pushes_to_fail = 0;  // the graph takes nothing
+    int output_pushes_to_fail = 0;
     int input_reads_to_fail = 0;  // the samples stay inside the graph
-    int read_error = 0;           // negative AVERROR that these reads return
+    int output_reads_to_fail = 0;
+    int error = 0;  // negative AVERROR that all calls but those for formats return
 };
 
 /** Applies its faults while it lives. Only one may live at a time. */
