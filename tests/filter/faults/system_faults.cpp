@@ -71,6 +71,7 @@ void __wrap_qf_msleep(int64_t milliseconds) {
     test::SystemFaults* faults = test::faults_in_force;
     if (faults == nullptr) return __real_qf_msleep(milliseconds);
     ++faults->sleeps;
+    faults->slept_ms += milliseconds;
 }
 
 void __real__ZN6Vorlin8qfThread5startEv(Vorlin::qfThread* thread);

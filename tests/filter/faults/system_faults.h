@@ -14,6 +14,7 @@ struct SystemFaults {
     int syncs = 0;              // fsync calls so far, without interrupted ones
     int threads_to_refuse = 0;  // starts of a qfThread that fail
     int sleeps = 0;             // qf_msleep calls so far; each returns at once
+    int64_t slept_ms = 0;       // sum of their arguments
     bool has_no_randomness = false;
     std::deque<uint32_t> random_numbers{};  // replace the next numbers of std::random_device
 };
