@@ -130,6 +130,7 @@ int FakeFilter::loop() {
         if (!treat(*frame)) return kGivenUp;
         const std::lock_guard lock(mutex_);
         out_.push_back(std::move(frame));
+        ++script_->finished;
     }
     return 0;
 }

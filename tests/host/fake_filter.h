@@ -36,7 +36,8 @@ struct Script {
     std::atomic<int> runs_to_skip{0};                                  // runs of the loop that do nothing
 
     std::atomic<int> processed{0};
-    int refusals = 0;  // pushes that returned "try again"
+    std::atomic<int> finished{0};  // frames put into the output queue, fences included
+    int refusals = 0;              // pushes that returned "try again"
     int flushes = 0;
     bool is_invalid = true;
     int times_made_valid = 0;
@@ -73,13 +74,15 @@ class FakeFilter final : public IAudioFilter, public filterPrototype {
     bool isOverFps() override;
     void checkTimeConsume(uint64_t elapsed) override;
 
+    /** Sends an event to the player, as the load guard does. */
+    void send(const char* event);
+
   private:
     using Queue = std::deque<std::unique_ptr<IQFFrame>>;
 
     int loop();
     std::unique_ptr<IQFFrame> take();
     bool treat(const IQFFrame& frame);
-    void send(const char* event);
 
     const std::string supported_name_;
     const std::shared_ptr<Script> script_;
