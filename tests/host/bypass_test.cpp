@@ -143,6 +143,36 @@ TEST_P(PlayerBypass, RemembersAFrameRateThatRoseDuringAnOverload) {
     expectBypassed(*player, false);
 }
 
+TEST_P(PlayerBypass, IsNotEndedByARecoveryWhileAnOverloadLasts) {
+    script_->overload_from_ms = 0;
+    const auto player = makePlayer();
+    player->setVideoFps(25);
+    pushFrames(*player, 1);
+    EXPECT_EQ(player->drain(), 0);
+    expectBypassed(*player, true);
+    dynamic_cast<FakeFilter&>(player->filter()).send(filterPrototype::FILTER_VALID_RECOVERY);
+    expectBypassed(*player, true);
+    player->retryAfterOverload();
+    expectBypassed(*player, false);
+}
+
+TEST_P(PlayerBypass, KeepsTheFilterInvalidForALowerRateWhileAnOverloadLasts) {
+    script_->overload_from_ms = 0;
+    const auto player = makePlayer();
+    player->setVideoFps(25);
+    pushFrames(*player, 1);
+    EXPECT_EQ(player->drain(), 0);
+    player->setVideoFps(120);
+    player->setBypass(true);
+    player->setBypass(false);  // the player learns that the rate is too high, too
+    const int times_made_valid = script_->times_made_valid;
+    player->setVideoFps(30);
+    EXPECT_EQ(script_->times_made_valid, times_made_valid) << "frames could slip through the effect";
+    expectBypassed(*player, true);
+    player->retryAfterOverload();
+    expectBypassed(*player, false);
+}
+
 TEST_P(PlayerBypass, SurvivesRatesThatTheFilterRejects) {
     const auto player = makePlayer();
     player->setVideoFps(120);
