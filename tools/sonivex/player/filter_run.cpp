@@ -19,6 +19,13 @@ AVChannelLayout byPosition(int channels) {
     return layout;
 }
 
+// Returns the frame that sounds at a time. A time such as 0.576 s has no exact double, and times the rate it
+// may be a little less than the whole number of frames that it stands for.
+int64_t frameAt(double time_s, int rate_hz) {
+    constexpr double kRounding_frames = 1e-3;
+    return static_cast<int64_t>(std::floor(time_s * rate_hz + kRounding_frames));
+}
+
 void setLayout(AVFrame& frame, const AVChannelLayout& layout) {
     if (Vorlin::av::setFrameLayout(&frame, layout) < 0) throw std::bad_alloc();
 }
@@ -56,8 +63,7 @@ FilterRun::FilterRun(const FilterSettings& settings, const Effect& effect,
     // A bypassed filter has no delay.
     if (player_->isBypassed()) delay_frames_ = 0;
     timeline_.setDelay(settings.keep_delay ? 0 : delay_frames_);
-    for (const double seconds : settings.flush_at_s)
-        flushes_.push_back(static_cast<int64_t>(std::floor(seconds * spec.rate_hz)));
+    for (const double time_s : settings.flush_at_s) flushes_.push_back(frameAt(time_s, spec.rate_hz));
     std::sort(flushes_.begin(), flushes_.end(), std::greater<>());
 }
 

@@ -62,6 +62,15 @@ TEST(FilterRunFlush, JustBelowTheFirstFrameOfACallComesBeforeTheCallBefore) {
     }
 }
 
+// 0.576 s are 27 calls, but a little less in doubles: 0.576 * 48000 < 27648.
+TEST(FilterRunFlush, IsNotEarlyForATimeThatHasNoExactDouble) {
+    ASSERT_LT(0.576 * kRate_hz, 27.0 * kCall_frames);
+    const std::vector<int> numbers = callNumbers({0.576}, 28);
+    ASSERT_EQ(numbers.size(), 28U);
+    EXPECT_EQ(numbers[26], 27);
+    EXPECT_EQ(numbers[27], 1);
+}
+
 TEST(FilterRunFlush, ComesOnceForAllTimesWithinACall) {
     EXPECT_THAT(callNumbers({timeOf(kCall_frames), timeOf(2 * kCall_frames - 1), timeOf(3 * kCall_frames)}),
                 ElementsAre(1, 1, 2, 1, 2, 3));
