@@ -47,6 +47,53 @@ TEST(RenderReport, JsonContainsTheSameFigures) {
     EXPECT_EQ(json["frames_filled_with_silence"], 0);
 }
 
+// No two figures are alike, so none can stand in another's place.
+TEST(RenderReport, PutsEachCountInItsPlace) {
+    RenderReport report = example();
+    report.dropped = 2;
+    report.bypassed = 5;
+    report.silent_fill_frames = 2048;
+    report.flushes = 3;
+    report.delay_frames = 256;
+    report.input.frames = 95999;
+    report.samples.above_full_scale = 11;
+    report.samples.not_finite = 12;
+    report.timeline = {
+        .lead_in_s = 0.5, .gaps = 21, .filled_s = 22.5, .overlaps = 23, .cut_s = 24.5, .jumps = 25};
+    report.damage.read_errors = 31;
+    report.damage.corrupt_packets = 32;
+    report.damage.decode_errors = 33;
+    report.source.stream_number = 1;
+    report.source.audio_streams = 4;
+    EXPECT_THAT(asText(report), HasSubstr("94 of the filter, 2 dropped, 5 bypassed"));
+    EXPECT_THAT(asText(report), HasSubstr("256 frames, removed"));
+    EXPECT_THAT(asText(report), HasSubstr("2 of 4"));
+    const auto json = nlohmann::json::parse(asJson(report));
+    EXPECT_EQ(json["frames_pushed"], 94);
+    EXPECT_EQ(json["frames_dropped"], 2);
+    EXPECT_EQ(json["frames_bypassed"], 5);
+    EXPECT_EQ(json["frames_filled_with_silence"], 2048);
+    EXPECT_EQ(json["flushes"], 3);
+    EXPECT_EQ(json["delay_frames"], 256);
+    EXPECT_EQ(json["input"]["frames"], 95999);
+    EXPECT_EQ(json["output"]["frames"], 96000);
+    EXPECT_EQ(json["input"]["stream"], 1);
+    EXPECT_EQ(json["input"]["audio_streams"], 4);
+    EXPECT_EQ(json["samples_above_full_scale"], 11);
+    EXPECT_EQ(json["samples_not_finite"], 12);
+    EXPECT_EQ(json["timeline"]["lead_in_seconds"], 0.5);
+    EXPECT_EQ(json["timeline"]["gaps"], 21);
+    EXPECT_EQ(json["timeline"]["filled_seconds"], 22.5);
+    EXPECT_EQ(json["timeline"]["overlaps"], 23);
+    EXPECT_EQ(json["timeline"]["cut_seconds"], 24.5);
+    EXPECT_EQ(json["timeline"]["jumps"], 25);
+    EXPECT_EQ(json["damage"]["read_errors"], 31);
+    EXPECT_EQ(json["damage"]["corrupt_packets"], 32);
+    EXPECT_EQ(json["damage"]["decode_errors"], 33);
+    EXPECT_EQ(json["decode_errors"], 33);
+    EXPECT_EQ(json["damage"]["is_damaged"], true);
+}
+
 TEST(RenderReport, RemarksOnProblemsOnly) {
     RenderReport report = example();
     EXPECT_THAT(remarks(report), IsEmpty());
