@@ -50,12 +50,10 @@ void copyMetadata(const AVFormatContext& source, const AVStream& source_stream, 
     copyTags(source.metadata, &output.metadata);
     copyTags(source_stream.metadata, &output_stream.metadata);
 
-    // Ogg stores title and artist with the stream, most other formats with the file. Few muxers write both.
+    // Ogg stores title and artist with the stream, most other formats with the file. The Ogg muxer takes the
+    // tags of the file into each stream by itself.
     const bool is_from_ogg = std::string_view(source.iformat->name) == "ogg";
     if (is_from_ogg) copyTags(source_stream.metadata, &output.metadata);
-    const std::string_view muxer = output.oformat->name;
-    const bool is_to_ogg = muxer == "ogg" || muxer == "oga" || muxer == "opus" || muxer == "spx";
-    if (is_to_ogg) copyTags(source.metadata, &output_stream.metadata);
 }
 
 void copyStreamMetadata(const AVStream& source, AVStream& output) {

@@ -72,15 +72,41 @@ TEST(MetadataCopy, OmitsTagsThatDescribeTheOldFile) {
     }
 }
 
-TEST(MetadataCopy, MovesTagsBetweenAnOggStreamAndTheFileOfOtherFormats) {
+TEST(MetadataCopy, MovesTagsOfAnOggStreamToTheFileOfOtherFormats) {
     File ogg("ogg");
     File flac("flac");
     ogg.tagStream("artist", "Band");
     copy(ogg, flac);
     EXPECT_EQ(flac.tagOf("artist"), "Band");
-    File other_ogg("ogg");
-    copy(flac, other_ogg);
-    EXPECT_EQ(other_ogg.streamTagOf("artist"), "Band");
+}
+
+TEST(MetadataCopy, KeepsApartWhatTheFileAndTheStreamDisagreeOn) {
+    for (const char* format : {"matroska", "ogg"}) {
+        File from("matroska");
+        File to(format);
+        from.tag("title", "Film");
+        from.tagStream("title", "Commentary");
+        from.tagStream("language", "swe");
+        copy(from, to);
+        EXPECT_EQ(to.tagOf("title"), "Film") << format;
+        EXPECT_EQ(to.streamTagOf("title"), "Commentary") << format;
+        EXPECT_EQ(to.tagOf("language"), "") << format;
+    }
+}
+
+TEST(MetadataCopy, DoesNotReplaceTagsThatTheOutputHas) {
+    File from("ogg");
+    File to("matroska");
+    from.tag("title", "Film");
+    from.tagStream("title", "Commentary");
+    from.tagStream("artist", "Band");
+    to.tag("artist", "Orchestra");
+    to.tagStream("title", "Own");
+    copy(from, to);
+    EXPECT_EQ(to.tagOf("title"), "Film");
+    EXPECT_EQ(to.tagOf("artist"), "Orchestra");
+    EXPECT_EQ(to.streamTagOf("title"), "Own");
+    EXPECT_EQ(to.streamTagOf("artist"), "Band");
 }
 
 }  // namespace
