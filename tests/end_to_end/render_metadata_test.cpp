@@ -35,6 +35,33 @@ TEST_F(RenderMetadata, CarriesTitleAndArtistFromFormatToFormat) {
     }
 }
 
+// Ogg has room for one title per stream, FLAC and WAV have room for one per file, Matroska has room for both.
+TEST_F(RenderMetadata, ChoosesBetweenFileAndStreamAsTheFfmpegProgramDoes) {
+    test::makeQuietSpeech(
+        file("in.mkv"), 2,
+        {"-c:a", "flac", "-metadata", "title=Film", "-metadata", "artist=Band", "-metadata",
+         "comment=Of the file", "-metadata:s:a:0", "title=Commentary", "-metadata:s:a:0", "language=swe"});
+    for (const std::string extension : {".ogg", ".opus", ".flac", ".mka", ".wav"}) {
+        render({file("in.mkv"), file("out" + extension)});
+        test::ffmpeg({"-i", file("in.mkv"), file("expected" + extension)});
+        for (const char* place : {"format", "stream"}) {
+            SCOPED_TRACE(extension + " " + place);
+            const auto tags_of = [&](const std::string& name) {
+                const auto description = test::probe(file(name));
+                const auto& part =
+                    place == std::string("format") ? description["format"] : description["streams"][0];
+                return part.value("tags", nlohmann::json::object());
+            };
+            const auto out = tags_of("out" + extension);
+            const auto expected = tags_of("expected" + extension);
+            for (const char* key : {"title", "ARTIST", "artist", "COMMENT", "comment", "language"})
+                EXPECT_EQ(out.value(key, "none"), expected.value(key, "none")) << key;
+        }
+    }
+    EXPECT_EQ(tagsOf("out.ogg").value("title", ""), "Commentary");
+    EXPECT_EQ(tagsOf("out.ogg").value("artist", ""), "Band");
+}
+
 TEST_F(RenderMetadata, DropsTheLoudnessTagsOfTheInput) {
     test::makeQuietSpeech(file("in.flac"), 2,
                           {"-metadata", "REPLAYGAIN_TRACK_GAIN=+20 dB", "-metadata", "title=A"});
