@@ -32,6 +32,15 @@ std::vector<int16_t> asHeldBy(AVSampleFormat format, std::vector<int16_t> sample
     return samples;
 }
 
+// Expects that the line size covers the samples of a plane and lies inside its buffer.
+void expectLineSizeOfItsSamples(const AVFrame* frame) {
+    const auto format = static_cast<AVSampleFormat>(frame->format);
+    const int in_a_plane = av_sample_fmt_is_planar(format) != 0 ? 1 : frame->ch_layout.nb_channels;
+    EXPECT_GE(frame->linesize[0], frame->nb_samples * in_a_plane * av_get_bytes_per_sample(format));
+    ASSERT_NE(frame->buf[0], nullptr);
+    EXPECT_LE(static_cast<std::size_t>(frame->linesize[0]), frame->buf[0]->size);
+}
+
 TEST_P(FilterSampleFormats, CarryTheEffectsSamplesInTheirOwnFormat) {
     const AVSampleFormat format = GetParam();
     for (const Mode mode : {Mode::kInactive, Mode::kActive}) {
@@ -54,6 +63,7 @@ TEST_P(FilterSampleFormats, CarryTheEffectsSamplesInTheirOwnFormat) {
                 EXPECT_EQ(result->sample_rate, 48000);
                 EXPECT_EQ(result->ch_layout.nb_channels, channels);
                 EXPECT_TRUE(holdsSamples(result, expected));
+                expectLineSizeOfItsSamples(result);
                 EXPECT_EQ(out->getInfo().format, format);
                 EXPECT_EQ(out->getInfo().channels, channels);
                 EXPECT_EQ(out->getInfo().nb_samples, 1024);

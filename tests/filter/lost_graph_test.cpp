@@ -6,6 +6,7 @@
 
 #include "filter/faults/filter_under_test.h"
 #include "filter/faults/graph_faults.h"
+#include "filter/faults/system_faults.h"
 #include "support/effects/normalizer_effect.h"
 #include "support/frames/frame_matchers.h"
 #include "support/logs/host_log_capture.h"
@@ -123,6 +124,37 @@ TEST_F(FilterLostGraph, CostsNoFrameThatTheOutputGraphRefuses) {
     expectPasses(600, AV_SAMPLE_FMT_S16);
     expectNoOutputGraph();
     for (const int frames : {100, 300, 1024}) expectPasses(frames);
+}
+
+// An active filter whose loop the test runs. A frame that the graph may still give is no error of the loop.
+TEST(FilterLoopResult, IsTheErrorOfTheInputGraphUnlessItMayGiveTheFrameLater) {
+    const struct {
+        int GraphFaults::*call;
+        int error;
+        int result;
+        int64_t rest_ms;
+    } faults[] = {
+        {&GraphFaults::input_reads_to_fail, AVERROR(EAGAIN), 0, 10},
+        {&GraphFaults::input_reads_to_fail, AVERROR_EOF, 0, 10},
+        {&GraphFaults::input_reads_to_fail, AVERROR(EIO), AVERROR(EIO), 0},
+        {&GraphFaults::input_pushes_to_fail, AVERROR(EINVAL), AVERROR(EINVAL), 0},
+        {&GraphFaults::input_configs_to_fail, AVERROR(ENOMEM), AVERROR(ENOMEM), 0},
+    };
+    for (const auto& fault : faults) {
+        SCOPED_TRACE(fault.error);
+        Vorlin::sonivexFilter filter({}, {}, true);
+        filter.setOption(Vorlin::filterPrototype::FILTER_OPTION, R"({"enable_normalizer": true})", "");
+        filter.setInvalid(false);
+        std::unique_ptr<IQFFrame> frame = makeFrame({}, noiseSource(1));
+        ASSERT_EQ(filter.push(frame, 0), 0);
+        WithGraphFaults graph;
+        (*graph).*fault.call = 1;
+        graph->error = fault.error;
+        WithSystemFaults system;
+        EXPECT_EQ((filter.*Peer::kFilterLoop)(), fault.result);
+        EXPECT_EQ(system->slept_ms, fault.rest_ms);
+        EXPECT_EQ(filter.pull(frame, 0), Vorlin::kTryAgain);
+    }
 }
 
 }  // namespace

@@ -25,6 +25,7 @@ class WithGraphFaults {
     WithGraphFaults(const WithGraphFaults&) = delete;
     WithGraphFaults& operator=(const WithGraphFaults&) = delete;
     GraphFaults* operator->() { return &faults_; }
+    GraphFaults& operator*() { return faults_; }
 
   private:
     GraphFaults faults_;
