@@ -126,6 +126,17 @@ TEST_P(PlayerReportedTime, ExcludesTheTimeInWhichNoFrameIsInside) {
     EXPECT_THAT(script_->samples_ms, ElementsAre(5, 6));
 }
 
+// The filter keeps its speed of 1, so its load guard has a time budget.
+TEST_P(PlayerReportedTime, GoesOnAfterASpeedThatTheFilterRefuses) {
+    work({milliseconds(5)});
+    const auto player = makePlayer();
+    player->setVideoFps(25);
+    player->setSpeed(1e-60);  // beyond the range of a float
+    pushFrames(*player, 1);
+    EXPECT_EQ(player->drain(), 0);
+    EXPECT_THAT(script_->samples_ms, ElementsAre(5));
+}
+
 TEST_P(PlayerReportedTime, ExcludesTheWorkOnAFrameThatNobodyWatched) {
     work({milliseconds(40), milliseconds(5)});
     const auto player = makePlayer();
