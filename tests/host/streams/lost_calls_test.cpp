@@ -22,6 +22,7 @@ constexpr int kFrame = 300;
 struct Plan {
     int gives_up = -1;  // number of the call
     bool is_stuck = false;
+    bool passes_on = false;    // calls come out untouched
     std::vector<int> lengths;  // of the calls that it took, except the player's own
     std::vector<int64_t> times;
 };
@@ -44,7 +45,7 @@ class CallFilter final : public Vorlin::IAudioFilter, public Vorlin::filterProto
                 frame.reset();
                 return 0;
             }
-            invert(frame);
+            if (!plan_.passes_on) invert(frame);
         }
         out_.push_back(std::move(frame));
         return 0;
@@ -110,6 +111,37 @@ TEST_F(PlayerCalls, MustNotBeLongerThanTheEffectsQueues) {
         EXPECT_EQ(Vorlin::Player::create(nullptr, wrong, [](std::unique_ptr<IQFFrame>) {}), nullptr)
             << frames;
     }
+}
+
+TEST_F(PlayerCalls, ThatAreGivenUpBeforeASeekCostNothingAfterIt) {
+    plan_.gives_up = 2;
+    PlayerRun run(config(), "{}");
+    for (int i = 0; i < 11; ++i) run.push(in_, {.frames = kFrame}, run.position());  // three calls
+    ASSERT_EQ(plan_.lengths.size(), 3U);
+    run.player().seek();
+    run.clear();
+    plan_.passes_on = true;
+    run.goTo(0);
+    for (int i = 0; i < 30; ++i) run.push(in_, {.frames = kFrame}, run.position());
+    run.drain();
+    EXPECT_EQ(run.played().size(), 30U);
+    EXPECT_TRUE(sameSignal(run.sound(), in_));
+}
+
+// The first call ends within the fourth frame. A longer frame would not fit the memory of that one.
+TEST_F(PlayerCalls, ThatEndWithinAFrameLeaveNothingOfItAfterASeek) {
+    constexpr int kLong = 4000;
+    PlayerRun run(config(), "{}");
+    for (int i = 0; i < 4; ++i) run.push(in_, {.frames = kFrame}, run.position());
+    ASSERT_EQ(plan_.lengths.size(), 1U);
+    run.player().seek();
+    run.clear();
+    run.goTo(0);
+    for (int i = 0; i < 2; ++i) run.push(in_, {.frames = kLong}, run.position());
+    run.drain();
+    ASSERT_EQ(run.played().size(), 2U);
+    for (const Played& frame : run.played()) EXPECT_TRUE(frame.is_described);
+    EXPECT_TRUE(sameSignal(run.sound(), cut(inverted_, 2, 0, 2 * kLong)));
 }
 
 TEST_F(PlayerCalls, ThatAreGivenUpLeaveTheirFramesOut) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "frame_checks.h"
 #include "support/effects/dialogue_effect.h"
 #include "support/effects/normalizer_effect.h"
 #include "support/effects/surround_effect.h"
@@ -28,7 +29,8 @@ PlayerRun::PlayerRun(const Vorlin::PlayerConfig& config, const std::string& opti
         const Vorlin::IQFFrame::audioInfo& info = frame->getInfo();
         const bool is_described = info.nb_samples == samples->nb_samples && info.format == samples->format &&
                                   info.channels == samples->ch_layout.nb_channels &&
-                                  info.channel_layout == Vorlin::av::layoutMask(samples->ch_layout);
+                                  info.channel_layout == Vorlin::av::layoutMask(samples->ch_layout) &&
+                                  (info.nb_samples == 0 || Vorlin::frameMatchesDescription(info, samples));
         const AVFrameSideData* gain = av_frame_get_side_data(samples, AV_FRAME_DATA_REPLAYGAIN);
         std::vector<uint8_t> side_data;
         if (gain != nullptr) side_data.assign(gain->data, gain->data + gain->size);

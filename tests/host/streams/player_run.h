@@ -28,7 +28,7 @@ struct Played {
     int format;
     int channels;
     int frames;
-    bool is_described;  // its description is that of its samples
+    bool is_described;  // its description is that of its samples, which lie in its buffers
     std::string mark;   // metadata "mark"
     void* opaque;
     std::vector<uint8_t> side_data;  // ReplayGain

@@ -65,7 +65,9 @@ TEST(PlayerTimes, MayJumpBack) {
     const Pcm in = noise(11, 2 * 20 * kFrame, 6000);
     PlayerRun run({.active = false, .time_base = kSamples}, kSurround);
     pushFrames(run, in, 10, 500'000);
-    pushFrames(run, in, 10, 0);
+    pushFrames(run, in, 1, 0);
+    ASSERT_GE(run.played().size(), 10U) << "the frames before the jump come out when it is seen";
+    pushFrames(run, in, 9, kFrame);
     run.drain();
     EXPECT_EQ(run.played()[0].pts, 500'000);
     EXPECT_EQ(run.played()[9].pts, 500'000 + 9 * kFrame);
@@ -114,6 +116,20 @@ TEST(PlayerTimes, ThatAreMissingFollowFromTheLastOneWithoutDriftOverAnHour) {
         }
         run.clear();
     }
+}
+
+TEST(PlayerTimes, ThatAreMissingFollowAtTheRateOfTheirOwnStream) {
+    constexpr int kCdRate_hz = 44'100;
+    constexpr int64_t kUnknown = AV_NOPTS_VALUE;
+    const Pcm in = noise(11, 2 * 5 * kFrame, 6000);
+    PlayerRun run({.active = false, .time_base = {1, 90'000}}, kNothing);
+    for (const int64_t pts : {int64_t{0}, kUnknown}) run.push(in, {.frames = 480}, pts);
+    for (const int64_t pts : {int64_t{500'000}, kUnknown, kUnknown})
+        run.push(in, {.rate_hz = kCdRate_hz, .frames = 441}, pts);
+    run.drain();
+    std::vector<int64_t> times;
+    for (const Played& frame : run.played()) times.push_back(frame.pts);
+    EXPECT_EQ(times, (std::vector<int64_t>{0, 900, 500'000, 500'900, 501'800}));
 }
 
 TEST(PlayerTimes, OfTheFramesWinOverTheCount) {
