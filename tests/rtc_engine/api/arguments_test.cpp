@@ -5,6 +5,7 @@
 #include <cmath>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "common_effects.h"
 #include "sonivex/version.h"
@@ -129,6 +130,21 @@ TEST(SetVoiceLevel, IsForDialogueEnhancementAlone) {
     }
     EXPECT_EQ(sonivex_set_voice_level(dialogue.get(), 0.0), SONIVEX_OK);
     EXPECT_EQ(sonivex_set_voice_level(dialogue.get(), 100.0), SONIVEX_OK);
+}
+
+TEST(EffectCalls, TakeTheLongestCall) {
+    constexpr int kLongest = SONIVEX_MAX_CALL_FRAMES;
+    const auto effect = test::makeNormalizer(1);
+    const test::Pcm in(kLongest, 1000);
+    test::Pcm out(kLongest);
+    const std::vector<float> in_floats(kLongest, 0.5F);
+    std::vector<float> out_floats(kLongest);
+    const float* in_plane = in_floats.data();
+    float* out_plane = out_floats.data();
+    EXPECT_EQ(sonivex_process_int16(effect.get(), in.data(), out.data(), kLongest), SONIVEX_OK);
+    EXPECT_EQ(sonivex_process_float(effect.get(), in_plane, out_plane, kLongest), SONIVEX_OK);
+    EXPECT_EQ(sonivex_stream_float(effect.get(), &in_plane, &out_plane, kLongest), SONIVEX_OK);
+    EXPECT_GE(sonivex_latency_frames(effect.get(), kLongest), 0);
 }
 
 TEST(EffectCalls, RefuseWrongArgumentsAndTouchNothing) {
