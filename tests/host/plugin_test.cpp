@@ -40,6 +40,13 @@ TEST(HostPlugin, RegistersItsFilterWhileItIsLoaded) {
     EXPECT_FALSE(filterPrototype::isRegistered("echo_a"));
 }
 
+TEST(HostPlugin, KeepsItsSymbolsToItself) {
+    const auto plugin = loadOrFail(ECHO_PLUGIN_A);
+    EXPECT_TRUE(plugin->exports("echo_plugin_name"));
+    EXPECT_EQ(dlsym(RTLD_DEFAULT, "echo_plugin_name"), nullptr)
+        << "another plug-in with a function of this name would get this one";
+}
+
 TEST(HostPlugin, IsUnloadedWithItsLastHolder) {
     auto plugin = loadOrFail(ECHO_PLUGIN_A);
     auto second = loadOrFail(ECHO_PLUGIN_A);
