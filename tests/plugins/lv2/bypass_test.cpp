@@ -87,6 +87,25 @@ TEST(Lv2Bypass, IsTheInputInStepWithTheEffect) {
     }
 }
 
+// What was switched while the plug-in did not run is heard from the first frame on, without a fade.
+TEST(Lv2Bypass, IsInForceAtOnceAfterAnActivation) {
+    constexpr std::size_t kBlock = 4096;
+    const test::Lv2Kind& kind = test::kNormalizerStereo;
+    const Planes in = test::noisePlanes(31, kind.channels_in, kBlock, 3000);
+    Planes first(kind.channels_out, std::vector<float>(kBlock));
+    Planes again = first;
+    Lv2Plugin plugin(kind);
+    plugin.control(test::kBypass) = 0.0F;
+    plugin.run(in, again, 0, kBlock);
+    plugin.restart();
+    plugin.control(test::kBypass) = 1.0F;
+    plugin.run(in, again, 0, kBlock);
+    Lv2Plugin fresh(kind);
+    fresh.control(test::kBypass) = 1.0F;
+    fresh.run(in, first, 0, kBlock);
+    EXPECT_EQ(again, first);
+}
+
 TEST(Lv2Bypass, FoldsDownToStereoAsBs775Does) {
     constexpr double kHalfPower = 0.70710678;
     struct Row {
