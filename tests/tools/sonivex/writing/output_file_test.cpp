@@ -4,10 +4,29 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <deque>
 #include <filesystem>
 
 #include "failure.h"
 #include "support/processes/temporary_folder.h"
+
+namespace {
+
+std::deque<int> errors_of_fsync;  // of the next calls; the calls after them succeed
+int fsyncs = 0;
+
+}  // namespace
+
+extern "C" int __wrap_fsync(int file);
+extern "C" int __real_fsync(int file);
+extern "C" int __wrap_fsync(int file) {
+    ++fsyncs;
+    if (errors_of_fsync.empty()) return __real_fsync(file);
+    errno = errors_of_fsync.front();
+    errors_of_fsync.pop_front();
+    return -1;
+}
 
 namespace {
 
@@ -44,6 +63,32 @@ TEST_F(OutputFileTest, AppearsUnderItsNameOnlyOnCommit) {
     file.commit();
     EXPECT_EQ(test::readFile(folder_.file("a")), "whole");
     EXPECT_THAT(folder_.names(), ElementsAre("a"));
+}
+
+TEST_F(OutputFileTest, IsNotCommittedIfTheDiskFailsToKeepIt) {
+    const std::pair<int, ExitCode> failures[] = {{EIO, ExitCode::OutputNotWritable},
+                                                 {ENOSPC, ExitCode::NoSpace}};
+    for (const auto& [error, exit_code] : failures) {
+        {
+            OutputFile file(folder_.file("a"), false);
+            put(file, "whole");
+            errors_of_fsync = {error};
+            EXPECT_EQ(failureOf([&] { file.commit(); }), exit_code) << error;
+        }
+        EXPECT_THAT(folder_.names(), IsEmpty()) << error;
+    }
+}
+
+TEST_F(OutputFileTest, IsCommittedAfterASignalAndOnAFileSystemWithoutFsync) {
+    for (const std::deque<int>& errors : {std::deque<int>{EINTR, EINTR}, std::deque<int>{EINVAL}}) {
+        OutputFile file(folder_.file("a"), true);
+        put(file, "whole");
+        errors_of_fsync = errors;
+        fsyncs = 0;
+        file.commit();
+        EXPECT_EQ(fsyncs, errors.front() == EINTR ? 3 : 1) << "an interrupted call is repeated";
+        EXPECT_EQ(test::readFile(folder_.file("a")), "whole");
+    }
 }
 
 TEST_F(OutputFileTest, LeavesNothingBehindWithoutACommit) {
