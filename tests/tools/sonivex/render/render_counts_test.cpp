@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "console.h"
@@ -35,7 +37,7 @@ class RenderCounts : public testing::Test {
         return folder_.file("in.wav");
     }
 
-    RenderReport renderReport(const std::string& path) const {
+    RenderReport renderReport(const std::string& path, double flush_at_s = 0.1) const {
         RenderSettings settings;
         settings.input.path = path;
         settings.output.path = folder_.file("out.wav");
@@ -43,7 +45,7 @@ class RenderCounts : public testing::Test {
         settings.filter.video_fps = 25.0;
         settings.filter.options.dump = true;
         settings.filter.dump_folder = dumps_.path();
-        settings.filter.flush_at_s = {0.1};
+        settings.filter.flush_at_s = {flush_at_s};
         settings.level.measure = false;
         Console console(true);
         return render(settings, loadPlugin(SONIVEX_STEERED_FILTER), console);
@@ -54,7 +56,7 @@ class RenderCounts : public testing::Test {
         std::vector<int> firsts;
         const std::vector<float> samples = test::decode(folder_.file("out.wav"));
         for (size_t i = 0; i < samples.size(); i += 2 * kCall_frames)
-            firsts.push_back(static_cast<int>(samples[i] * 32768.0F));
+            firsts.push_back(static_cast<int>(std::lround(samples[i] * 32768.0F)));
         return firsts;
     }
 
@@ -107,6 +109,27 @@ TEST_F(RenderCounts, MatchTheSoundOfTheOutput) {
         if (call == 7) expected.back() = 0;
         if (call >= 30) expected.back() = 5;
     }
+    EXPECT_EQ(outputOfEachCall(), expected);
+}
+
+// The second part has another format, and so a chain of its own. A flush is a time of the whole file.
+TEST_F(RenderCounts, IncludeAFlushAfterAChangeOfTheChannels) {
+    std::string both;
+    for (const char* layout : {"stereo", "5.1"}) {
+        test::ffmpeg({"-f", "lavfi", "-i", std::string("anullsrc=r=48000:cl=") + layout, "-t", "1", "-b:a",
+                      "448k", folder_.file("part.ac3")});
+        both += test::readFile(folder_.file("part.ac3"));
+    }
+    test::writeFile(folder_.file("in.ac3"), both);
+    const RenderReport report = renderReport(folder_.file("in.ac3"), 1.5);
+    constexpr int kPart_frames = 32 * 1536;  // 1 s in frames of AC-3
+    ASSERT_EQ(report.input.frames, 2 * kPart_frames);
+    EXPECT_EQ(report.flushes, 1U);
+    std::vector<int> expected;
+    for (int call = 0; call < kPart_frames / kCall_frames; ++call) expected.push_back(call + 1);
+    constexpr int kFlushedCall = (72000 - kPart_frames) / kCall_frames;
+    for (int call = 0; call < kPart_frames / kCall_frames; ++call)
+        expected.push_back(call < kFlushedCall ? call + 1 : call - kFlushedCall + 1);
     EXPECT_EQ(outputOfEachCall(), expected);
 }
 
