@@ -156,6 +156,19 @@ TEST(TimelineRepair, PositionsStayRightAcrossAChangeOfTheRate) {
     EXPECT_NEAR(repair.end_s().value(), 1.5 + 1024.0 / 16000, 1e-9);
 }
 
+TEST(TimelineRepair, AnOverlapKeepsItsLengthAcrossAChangeOfTheRate) {
+    constexpr size_t kBefore = 100;
+    const Frames frames = run(0, kBefore) + run(kBefore * 1024 - 3072, 20);
+    TimelineRepair repair(48000);
+    Correction last;
+    for (size_t i = 0; i <= kBefore; ++i) last = repair.place(std::span(frames).subspan(i, 9));
+    EXPECT_TRUE(last.begins_overlap);
+    EXPECT_EQ(last.cut, 1024);
+    repair.setRate(16000);
+    // The rest of the overlap, 2048 frames at 48000 Hz.
+    EXPECT_EQ(repair.place(framesAt({0})).cut, 2048 / 3);
+}
+
 TEST(TimelineRepair, SurvivesExtremeTimestamps) {
     const int64_t far = int64_t{1000000000} * 768000;
     const Total total = placeAll(framesAt({-far, far, -far, far, 0, far}));
