@@ -17,8 +17,9 @@ std::optional<double> lengthTag_s(const AVStream& stream) {
     double seconds = 0.0;
     if (entry == nullptr || std::sscanf(entry->value, "%d:%d:%lf", &hours, &minutes, &seconds) != 3)
         return std::nullopt;
-    if (hours < 0 || minutes < 0 || !(seconds > 0.0)) return std::nullopt;
-    return hours * 3600.0 + minutes * 60.0 + seconds;
+    if (hours < 0 || minutes < 0 || !(seconds >= 0.0)) return std::nullopt;
+    const double length_s = hours * 3600.0 + minutes * 60.0 + seconds;
+    return length_s > 0.0 ? std::optional(length_s) : std::nullopt;
 }
 
 // Uncompressed audio has a length that its bytes tell.
