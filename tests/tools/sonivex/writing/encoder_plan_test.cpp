@@ -44,8 +44,13 @@ TEST(EncoderPlan, WavKeepsTheSampleFormatOfTheInput) {
         {AV_SAMPLE_FMT_DBL, AV_CODEC_ID_PCM_F64LE}, {AV_SAMPLE_FMT_S64P, AV_CODEC_ID_PCM_S64LE}};
     for (const auto& [format, codec] : pairs)
         EXPECT_EQ(planEncoder({.path = "a.wav"}, {specWith(format)}).codec->id, codec);
-    EXPECT_EQ(planEncoder({.path = "a.wav"}, {specWith(AV_SAMPLE_FMT_S32), 24}).codec->id,
-              AV_CODEC_ID_PCM_S24LE);
+    for (const int bits : {17, 20, 24}) {
+        EXPECT_EQ(planEncoder({.path = "a.wav"}, {specWith(AV_SAMPLE_FMT_S32), bits}).codec->id,
+                  AV_CODEC_ID_PCM_S24LE)
+            << bits;
+    }
+    EXPECT_EQ(planEncoder({.path = "a.wav"}, {specWith(AV_SAMPLE_FMT_S32), 25}).codec->id,
+              AV_CODEC_ID_PCM_S32LE);
 }
 
 TEST(EncoderPlan, WritesWavIfTheNameHasNoExtension) {
