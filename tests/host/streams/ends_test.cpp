@@ -68,6 +68,23 @@ TEST_P(PlayerEnds, OfASeekDropEverythingAndStartAfresh) {
                                             20 * kStreamFrame + 13'000)));
 }
 
+// A call that was under way at the seek must not stand for one after it. What the effect holds when it is
+// bypassed comes out untouched.
+TEST_P(PlayerEnds, OfASeekLeaveNoCallBehind) {
+    const Pcm in = noise(5, 2 * 20 * kStreamFrame, 6000);
+    PlayerRun run({.active = GetParam(), .time_base = kSamples}, kDialogue);
+    pushFrames(run, in, 3);  // one call, which a worker has not finished yet
+    run.player().seek();
+    run.clear();
+    run.goTo(0);
+    pushFrames(run, in, 3);
+    EXPECT_TRUE(run.player().setOptions(kDialogue));  // waits until the call has come out
+    run.player().setBypass(true);
+    run.drain();
+    ASSERT_EQ(run.played().size(), 3U);
+    EXPECT_TRUE(sameSignal(run.sound(), cut(in, 2, 0, 3 * kStreamFrame)));
+}
+
 TEST_P(PlayerEnds, OfAFormatLetAllFramesOutWithoutATailAndStartAfresh) {
     const Pcm first = noise(5, 2 * 20 * kStreamFrame, 6000);
     const Pcm second = noise(6, 6 * 20 * kStreamFrame, 6000);
