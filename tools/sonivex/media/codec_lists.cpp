@@ -1,5 +1,7 @@
 #include "codec_lists.h"
 
+#include "vorlin/av_codec_compat.h"
+
 namespace sonivex_tool {
 namespace {
 
@@ -40,27 +42,19 @@ std::vector<uint64_t> layoutMasks(AVCodecID codec) {
 }  // namespace
 
 std::vector<AVSampleFormat> sampleFormats(const AVCodec& codec) {
-    std::vector<AVSampleFormat> list;
-    for (const auto* item = codec.sample_fmts; item != nullptr && *item != AV_SAMPLE_FMT_NONE; ++item) {
-        list.push_back(*item);
-    }
-    return list;
+    const auto list = Vorlin::av::codecSampleFormats(codec);
+    return {list.begin(), list.end()};
 }
 
 std::vector<int> sampleRatesHz(const AVCodec& codec) {
     if (const int only = onlyRateHz(codec.id); only > 0) return {only};
-    std::vector<int> list;
-    for (const auto* item = codec.supported_samplerates; item != nullptr && *item != 0; ++item) {
-        list.push_back(*item);
-    }
-    return list;
+    const auto list = Vorlin::av::codecSampleRatesHz(codec);
+    return {list.begin(), list.end()};
 }
 
 std::vector<AVChannelLayout> channelLayouts(const AVCodec& codec) {
-    std::vector<AVChannelLayout> list;
-    for (const auto* item = codec.ch_layouts; item != nullptr && item->nb_channels != 0; ++item) {
-        list.push_back(*item);
-    }
+    const auto declared = Vorlin::av::codecChannelLayouts(codec);
+    std::vector<AVChannelLayout> list(declared.begin(), declared.end());
     if (!list.empty()) return list;
     for (const uint64_t mask : layoutMasks(codec.id)) {
         AVChannelLayout layout{};
