@@ -15,6 +15,10 @@ namespace Vorlin::av {
 /** Whether the muxers of Matroska and WebM write the rotation of a video. They do not in 5.1. */
 constexpr bool kMatroskaHoldsRotation = LIBAVFORMAT_VERSION_MAJOR >= 61;
 
+/** Whether the muxers of Matroska and WebM add the delay that they state for Opus to the times of its blocks.
+ *  5.1 leaves that to its caller, 7.1 does it; no release between them was tried. */
+constexpr bool kMatroskaDelaysBlocks = LIBAVFORMAT_VERSION_MAJOR >= 61;
+
 /** Returns true if a stream has a matrix by which a player turns or mirrors it.
  *  [any] */
 inline bool hasDisplayMatrix(const AVStream& stream) {

@@ -154,7 +154,8 @@ bool needsSeeking(const AVOutputFormat& muxer) {
     return isOneOf(muxer, "aiff w64 au voc");
 }
 
-bool delaysBlocks(const AVOutputFormat& muxer, AVCodecID codec) {
+bool leavesDelayToCaller(const AVOutputFormat& muxer, AVCodecID codec) {
+    if (Vorlin::av::kMatroskaDelaysBlocks) return false;
     return codec == AV_CODEC_ID_OPUS && isOneOf(muxer, "matroska webm");
 }
 

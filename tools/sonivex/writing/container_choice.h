@@ -44,12 +44,11 @@ bool holdsRotation(const AVOutputFormat& muxer);
  * does not allow. */
 bool needsSeeking(const AVOutputFormat& muxer);
 
-/** Returns true if the container delays the blocks of such audio by what its decoder discards at the start.
+/** Returns true if the caller must delay the blocks of such audio by what its decoder discards at the start.
  *
- * A reader of Matroska subtracts the stated delay from every time. libavformat states it for Opus and leaves
- * the
- * times to its caller. */
-bool delaysBlocks(const AVOutputFormat& muxer, AVCodecID codec);
+ * A reader of Matroska subtracts the stated delay from every time. libavformat states it for Opus, and older
+ * releases leave the times to their caller. */
+bool leavesDelayToCaller(const AVOutputFormat& muxer, AVCodecID codec);
 
 /** Returns true if the muxer is one of those named, separated by single spaces. */
 bool isOneOf(const AVOutputFormat& muxer, const std::string& names);

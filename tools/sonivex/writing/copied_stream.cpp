@@ -38,7 +38,7 @@ AVRational timeBaseFor(const AVStream& source, const AVOutputFormat& muxer) {
 // The delay of the stream's blocks in the new container, in the source's time base.
 int64_t blockDelay(const AVStream& source, const AVOutputFormat& muxer) {
     const AVCodecParameters& codec = *source.codecpar;
-    if (!delaysBlocks(muxer, codec.codec_id) || codec.sample_rate <= 0) return 0;
+    if (!leavesDelayToCaller(muxer, codec.codec_id) || codec.sample_rate <= 0) return 0;
     return av_rescale_q(codec.initial_padding, {1, codec.sample_rate}, source.time_base);
 }
 

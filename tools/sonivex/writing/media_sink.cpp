@@ -178,8 +178,9 @@ void MediaSink::startAudio(double audio_start_s) {
         encoder_.start(encoder_.context().initial_padding, silence, std::max<int64_t>(-position, 0));
         return;
     }
-    const int64_t delay =
-        delaysBlocks(*plan_.encoder.muxer, plan_.encoder.codec->id) ? encoder_.context().initial_padding : 0;
+    const int64_t delay = leavesDelayToCaller(*plan_.encoder.muxer, plan_.encoder.codec->id)
+                              ? encoder_.context().initial_padding
+                              : 0;
     const int64_t tick = std::max(samplesPerTick(*plan_.encoder.muxer, rate_hz), 1);
     const int64_t silence = ((start % tick) + tick) % tick;
     encoder_.start(start - silence + delay, static_cast<int>(silence), 0);
