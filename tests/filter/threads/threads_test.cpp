@@ -25,8 +25,8 @@ std::multiset<std::string> threadNames() {
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
         std::ifstream file(task.path() / "comm");
         std::string name;
-        std::getline(file, name);
-        names.insert(name);
+        // A thread may have ended since the folder was listed.
+        if (std::getline(file, name)) names.insert(name);
     }
     return names;
 }
