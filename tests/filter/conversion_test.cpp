@@ -1,6 +1,7 @@
 // Checks sample format conversion: every format comes out as it went in, and only the samples change.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 
 extern "C" {

@@ -2,6 +2,7 @@
 // set another rounding mode. The sound must not depend on either.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <limits>
 

@@ -1,5 +1,6 @@
 // Frames of any length: they come out as they went in, with the sound that the effect makes of the whole
 // stream.
+#include <algorithm>
 #include <numeric>
 #include <tuple>
 

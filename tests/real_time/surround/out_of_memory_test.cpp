@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "buffer.h"
 #include "fftconvolver.h"
 #include "last_line.h"

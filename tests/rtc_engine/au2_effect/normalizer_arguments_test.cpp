@@ -1,6 +1,7 @@
 // The normalizer's response to invalid arguments.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <memory>
 

@@ -2,6 +2,7 @@
 // per pair of source and ear, summed in the order of the sources.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 
 #include "fftconvolver.h"

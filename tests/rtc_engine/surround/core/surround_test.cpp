@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "rejected_handle.h"
 #include "rtc_engine/surround/core/convolve_reverb/convolve_reverb_inspector.h"
 #include "support/effects/surround_record.h"

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "fftconvolver.h"
 #include "support/each_vector_target.h"
 #include "support/signals/signal_matchers.h"

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "fftconvolver.h"
 #include "support/signals/signal_matchers.h"
 #include "support/signals/signals.h"

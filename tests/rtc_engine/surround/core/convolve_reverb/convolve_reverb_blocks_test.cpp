@@ -1,6 +1,8 @@
 // Compares blocks rendered together with blocks rendered one after the other, bit for bit.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "convolve_reverb.h"
 #include "layouts.h"
 #include "support/each_vector_target.h"

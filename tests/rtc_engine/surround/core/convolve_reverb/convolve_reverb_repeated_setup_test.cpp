@@ -1,6 +1,7 @@
 // A second set-up for the same layout appends the responses to those of the first, and the output follows.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "IRAgent.h"
