@@ -1,6 +1,8 @@
 // sonivex_reset: what follows has the same bits as the output of a new effect.
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "common_effects.h"
 #include "support/effects/call_sizes.h"
 #include "support/signals/signal_matchers.h"
@@ -43,6 +45,25 @@ TEST(EffectReset, MakesAStreamLikeThatOfANewEffect) {
                            test::randomCalls(5, kLoud_frames, 700));
             sonivex_reset(used.get());
             EXPECT_EQ(streamedQuietly(used.get(), kind.channels_in), expected) << "round " << round;
+        }
+    }
+}
+
+// The sound after the silence begins amid a partition of surround's convolution, as it does after most seeks.
+TEST(EffectReset, IsCompleteBeforeAStreamThatBeginsSilently) {
+    for (const CommonEffect& kind : test::commonEffects()) {
+        for (const std::size_t silent_frames : {1, 17, 240, 255, 1000}) {
+            SCOPED_TRACE(std::string(kind.name) + ", silent frames: " + std::to_string(silent_frames));
+            Pcm in(silent_frames * static_cast<std::size_t>(kind.channels_in));
+            test::append(in, test::noise(8, kind.channels_in * 3000, 900));
+            const auto planes = test::planesOf(in, kind.channels_in);
+            const auto calls = test::callsOf(static_cast<int>(silent_frames) + 3000, silent_frames + 3000);
+            const auto used = kind.make();
+            test::streamed(used.get(), test::planesOf(loudProgramme(kind.channels_in), kind.channels_in),
+                           test::randomCalls(5, kLoud_frames, 700));
+            sonivex_reset(used.get());
+            EXPECT_EQ(test::streamed(used.get(), planes, calls),
+                      test::streamed(kind.make().get(), planes, calls));
         }
     }
 }

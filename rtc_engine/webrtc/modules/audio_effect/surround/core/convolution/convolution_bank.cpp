@@ -280,10 +280,12 @@ void ConvolutionBank::render(const Step& step, const Input& in, ConvolutionWorks
     }
 }
 
-// The other arrays are written before they are read again: the sums and the stream when a block begins, the
-// outputs in every step that has some.
+// The other arrays are written before they are read again: the stream when a block begins, the outputs in
+// every step that has some. The sums are not: a block that begins silently is rendered from its first sound
+// on.
 void ConvolutionBank::reset() {
     std::fill_n(memory_.inputs, inputFloats(), 0.0F);
+    std::fill_n(memory_.accumulated, sumFloats(), 0.0F);
     std::fill_n(overlap_, overlapFloats(), 0.0F);
     newest_ = 0;
     has_outputs_ = false;

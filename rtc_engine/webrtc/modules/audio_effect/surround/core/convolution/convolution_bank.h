@@ -127,6 +127,7 @@ class ConvolutionBank {
 
   private:
     std::size_t inputFloats() const { return memory_.tiles * (memory_.partitions - 1) * kTileSpectrumFloats; }
+    std::size_t sumFloats() const { return memory_.tiles * memory_.rows * kTileSpectrumFloats; }
     std::size_t overlapFloats() const { return block_frames_ * shape_.outputs(); }
     void transformResponses(const Taps* responses, float* spectra, ConvolutionWorkspace& workspace) const;
     bool takeSilence(const Step& step);
