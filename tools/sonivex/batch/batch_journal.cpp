@@ -179,6 +179,7 @@ void BatchJournal::addFinished(const FinishedFile& file) {
     line["exit_code"] = file.exit_code;
     const std::string text = textOf(line);
     append(text);
+    known_.insert(textOf(line["output"]));
     finished_.insert(text);
 }
 

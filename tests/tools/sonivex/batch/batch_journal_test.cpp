@@ -59,6 +59,12 @@ TEST_F(Journal, RemembersFinishedOutputsAcrossRuns) {
     EXPECT_THAT(journal->notes(), IsEmpty());
 }
 
+TEST_F(Journal, KnowsAFinishedOutputAtOnce) {
+    const auto journal = open();
+    journal->addFinished(someFile());
+    EXPECT_TRUE(journal->knows("a/x.flac"));
+}
+
 TEST_F(Journal, RemembersThatAnOutputOfADamagedInputIsFinished) {
     FinishedFile file = someFile();
     file.exit_code = 13;
