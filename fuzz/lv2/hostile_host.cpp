@@ -35,11 +35,11 @@ void HostileFeatures::changeManner(ByteStream& stream) {
 void HostileFeatures::work(ByteStream& stream) {
     if (worker_ == nullptr) return;
     const int kind = stream.byte();
-    if (kind >= 0xF0) {
-        const auto data = stream.bytes(static_cast<std::size_t>(kind & 15));
+    if (kind >= 0xE0) {
+        const auto data = stream.bytes(static_cast<std::size_t>(kind & 31));
         worker_->work(instance_, respond, this, static_cast<std::uint32_t>(data.size()),
                       data.empty() ? nullptr : data.data());
-    } else if (kind >= 0xE0) {
+    } else if (kind >= 0xD0) {
         messages_.clear();
     } else if (!messages_.empty()) {
         const std::vector<std::uint8_t> message = messages_.front();

@@ -20,7 +20,7 @@ bool EngineMaker::ask(const Settings& settings) {
         make(settings);
         return true;
     }
-    if (send({.make = true, .settings = settings})) return true;
+    if (send({.make = 1, .settings = settings})) return true;
     stage_.store(Stage::kIdle, std::memory_order_release);
     return false;
 }
@@ -40,15 +40,16 @@ void EngineMaker::retire(Engine& engine) {
         retired_.store(engine.release(), std::memory_order_release);
         owes_message_ = true;
     }
-    if (owes_message_ && send({.make = false, .settings = {}})) owes_message_ = false;
+    if (owes_message_ && send({.make = 0, .settings = {}})) owes_message_ = false;
 }
 
 LV2_Worker_Status EngineMaker::work(std::uint32_t size, const void* data) {
     Message message;
     if (size != sizeof message || data == nullptr) return LV2_WORKER_ERR_UNKNOWN;
     std::memcpy(&message, data, sizeof message);
+    if (message.make != 0 && message.make != 1) return LV2_WORKER_ERR_UNKNOWN;
     releaseRetired();
-    if (message.make) make(message.settings);
+    if (message.make == 1) make(message.settings);
     return LV2_WORKER_SUCCESS;
 }
 

@@ -59,8 +59,9 @@ class EngineMaker {
   private:
     enum class Stage { kIdle, kAsked, kDone };
 
+    // The bytes of a message may be wrong, so it has no type that some bytes are no value of.
     struct Message {
-        bool make = false;
+        std::int32_t make = 0;  // 1: make an engine with the settings; 0: only release the retired one
         Settings settings;
     };
 

@@ -253,6 +253,9 @@ TEST(Lv2Swap, AMessageThatIsNotThePlugInsIsRefused) {
     const int number = 7;
     EXPECT_EQ(worker->work(instance, nullptr, nullptr, 0, nullptr), LV2_WORKER_ERR_UNKNOWN);
     EXPECT_EQ(worker->work(instance, nullptr, nullptr, sizeof number, &number), LV2_WORKER_ERR_UNKNOWN);
+    const std::vector<std::uint8_t> as_long_as_a_message(16, 0xFF);
+    EXPECT_EQ(worker->work(instance, nullptr, nullptr, 16, as_long_as_a_message.data()),
+              LV2_WORKER_ERR_UNKNOWN);
     EXPECT_EQ(worker->work_response(instance, sizeof number, &number), LV2_WORKER_SUCCESS);
     descriptor->cleanup(instance);
 }
