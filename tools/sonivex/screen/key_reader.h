@@ -18,8 +18,10 @@ class KeyReader {
 
   private:
     std::optional<std::string> next();
+    void skipRestOfSequence();
 
-    std::string waiting_;  // an unfinished sequence
+    std::string waiting_;       // an unfinished sequence
+    bool is_overlong_ = false;  // the sequence before it was too long, and may go on
 };
 
 }  // namespace sonivex_tool

@@ -18,9 +18,10 @@ TEST(KeyReader, NamesCharactersAndSequences) {
 }
 
 TEST(KeyReader, ReadsTheSameHoweverTheBytesAreCut) {
-    const std::string bytes = "e\033[D\033[6~n\033[1;5Cq";
+    const std::string too_long = "\033[1234567890;1234567890\033[C";
+    const std::string bytes = "e\033[D\033[6~n\033[1;5Cq" + too_long;
     const auto whole = KeyReader().read(bytes);
-    EXPECT_THAT(whole, ElementsAre("e", "left", "pagedown", "n", "q"));
+    EXPECT_THAT(whole, ElementsAre("e", "left", "pagedown", "n", "q", "right"));
     for (size_t cut = 1; cut < bytes.size(); ++cut) {
         KeyReader reader;
         auto keys = reader.read(bytes.substr(0, cut));
