@@ -38,6 +38,11 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
     target_compile_options(sonivex_kernel_tuning INTERFACE -march=armv8-a+crypto)
 endif()
 
+# A fuzzer learns nothing from the comparisons of loop counters, and to record them takes most of a kernel's time.
+if(SONIVEX_SANITIZE MATCHES "fuzzer")
+    target_compile_options(sonivex_kernel_tuning INTERFACE -fno-sanitize-coverage=trace-cmp)
+endif()
+
 # libavutil's headers need the integer constant macros. C++ before C++11 defined them only on this request.
 target_compile_definitions(sonivex_plain_build_options INTERFACE __STDC_CONSTANT_MACROS)
 
