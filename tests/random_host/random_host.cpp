@@ -16,6 +16,7 @@ using Vorlin::filterPrototype;
 
 constexpr char kName[] = "sonivex";
 constexpr int kHuge_frames = 200'000;  // longer than any queue of an effect
+constexpr int kWaits = 100;            // different lengths
 
 }  // namespace
 
@@ -264,8 +265,9 @@ void RandomHost::removeFilter() {
 }
 
 void RandomHost::wait() {
-    if (!habits_.waits) return;
-    std::this_thread::sleep_for(std::chrono::microseconds(100) * bytes_.below(200));
+    if (habits_.longest_wait_us == 0) return;
+    const std::chrono::microseconds step(habits_.longest_wait_us / kWaits);
+    std::this_thread::sleep_for(step * bytes_.below(kWaits + 1));
 }
 
 }  // namespace test

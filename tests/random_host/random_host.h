@@ -32,7 +32,7 @@ struct Habits {
     std::uint32_t most_filters = 3;
     int longest_frames = 1024;  // of a frame
     bool may_dump = false;      // whether options switch the dump on; damaged ones may do so in any case
-    bool waits = false;         // sometimes lets workers work
+    int longest_wait_us = 0;    // with which it lets workers work
 };
 
 class RandomHost {

@@ -97,10 +97,13 @@ TEST_F(RandomHosts, FindEveryPromiseKeptByFiltersThatPlay) {
 // folder of the dump.
 TEST_F(RandomHosts, FindEveryPromiseKeptByFiltersWithWorkers) {
     constexpr Habits kHabits[] = {
-        {.workers = Habits::Workers::kAlways, .may_dump = true, .waits = true},
-        {.workers = Habits::Workers::kSometimes, .longest_frames = 4096, .waits = true},
-        {.workers = Habits::Workers::kAlways, .is_hostile = false, .longest_frames = 200, .waits = true},
-        {.workers = Habits::Workers::kSometimes, .may_dump = true, .waits = true},
+        {.workers = Habits::Workers::kAlways, .may_dump = true, .longest_wait_us = 20'000},
+        {.workers = Habits::Workers::kSometimes, .longest_frames = 4096, .longest_wait_us = 20'000},
+        {.workers = Habits::Workers::kAlways,
+         .is_hostile = false,
+         .longest_frames = 200,
+         .longest_wait_us = 20'000},
+        {.workers = Habits::Workers::kSometimes, .may_dump = true, .longest_wait_us = 20'000},
     };
     for (std::uint64_t round = 0; round < rounds() && !HasFailure(); ++round) {
         std::array<HostCounts, std::size(kHabits)> counts;
