@@ -14,8 +14,24 @@ namespace {
 
 constexpr std::uint64_t kDoNotWait_ms = 0;
 constexpr int kNoCode = 0;
+constexpr int kLowestRate_hz = 8000;  // a frame of a lower rate does not count as audio
 
 }  // namespace
+
+HostCounts& HostCounts::operator+=(const HostCounts& more) {
+    pushed += more.pushed;
+    refused += more.refused;
+    pulled += more.pulled;
+    processed += more.processed;
+    given_up += more.given_up;
+    thrown_away += more.thrown_away;
+    flushes += more.flushes;
+    filters += more.filters;
+    streams += more.streams;
+    events += more.events;
+    audio_s += more.audio_s;
+    return *this;
+}
 
 HostedFilter::HostedFilter(std::unique_ptr<Vorlin::IAudioFilter> filter, bool is_active, HostCounts& counts)
     : is_active_(is_active),
@@ -33,8 +49,8 @@ HostedFilter::~HostedFilter() {
 
 void HostedFilter::push(RandomFrame made) {
     const auto record = made.note.record;
-    const double seconds =
-        made.note.is_honest ? static_cast<double>(made.note.frames) / made.note.rate_hz : 0.0;
+    const bool is_audible = made.note.is_honest && made.note.rate_hz >= kLowestRate_hz;
+    const double seconds = is_audible ? static_cast<double>(made.note.frames) / made.note.rate_hz : 0.0;
     if (record) record->set(Fate::kInside);  // the worker may take it at once
     inside_.push_back(std::move(made.note));
     const bool is_foretold = !is_active_;
@@ -113,6 +129,12 @@ void HostedFilter::flush() {
     forgetInside();
     model_.flush();
     ++counts_.flushes;
+}
+
+void HostedFilter::rest() {
+    flush();
+    last_.reset();
+    filter_->setCurrentTarget({});
 }
 
 void HostedFilter::destroy() {

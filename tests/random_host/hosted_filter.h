@@ -24,6 +24,8 @@ struct HostCounts {
     std::uint64_t streams = 0;  // changes of the stream
     std::uint64_t events = 0;   // sent by a filter
     double audio_s = 0;         // in frames that were taken
+
+    HostCounts& operator+=(const HostCounts& more);
 };
 
 /** One filter, and everything that its host knows of it. After each call it checks what the filter promises.
@@ -51,6 +53,8 @@ class HostedFilter {
     /** Installs a callback, or none, that answers the filter's events.
      *  @param obeys whether it sets the filter invalid, as a player does. */
     void listen(bool hears, bool obeys);
+    /** Flushes the filter and lets go of everything that grows with use. */
+    void rest();
     /** Destroys the filter. */
     void destroy();
 

@@ -71,7 +71,11 @@ std::uint64_t randomMask(int channels, ByteSource& bytes) {
     }
     constexpr int kLoudspeakers = 41;  // of libavutil
     std::uint64_t mask = 0;
-    while (std::popcount(mask) < channels) mask |= std::uint64_t{1} << bytes.below(kLoudspeakers);
+    while (std::popcount(mask) < channels) {
+        std::uint64_t speaker = std::uint64_t{1} << bytes.below(kLoudspeakers);
+        while ((mask & speaker) != 0) speaker <<= 1U;
+        mask |= speaker;
+    }
     return mask;
 }
 

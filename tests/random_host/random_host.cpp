@@ -36,9 +36,23 @@ void RandomHost::step() {
     log_.check();
 }
 
+void RandomHost::rest() {
+    while (filters_.size() > 1) {
+        filters_.back()->destroy();
+        filters_.pop_back();
+    }
+    current_ = 0;
+    current().rest();
+    checkSum();
+}
+
 void RandomHost::finish() {
     for (const auto& each : filters_) each->destroy();
     filters_.clear();
+    checkSum();
+}
+
+void RandomHost::checkSum() const {
     log_.check();
     promise(counts_.pushed == counts_.pulled + counts_.given_up + counts_.thrown_away,
             "every frame came out, was given up or was thrown away");
@@ -151,6 +165,9 @@ void RandomHost::stepKind() {
         case 15:
             current().setInvalid(false);
             break;
+        case 19:
+            if (habits_.may_dump && bytes_.oneIn(2)) dumpForAMoment();
+            break;
         default:
             current_ = (current_ + 1) % filters_.size();
             pushHonest();
@@ -180,7 +197,7 @@ void RandomHost::changeSound(bool flushes) {
 void RandomHost::sendOption() {
     Vorlin::IAudioFilter& filter = current().filter();
     if (!habits_.is_hostile || !bytes_.oneIn(3)) {
-        const std::string text = objectOption(bytes_, habits_.may_dump);
+        const std::string text = objectOption(bytes_, habits_.may_dump && habits_.is_hostile);
         promise(filter.setOption(filterPrototype::FILTER_OPTION, text, ""), "a JSON object is understood");
         return;
     }
@@ -235,6 +252,17 @@ void RandomHost::askAround() {
     }
 }
 
+void RandomHost::dumpForAMoment() {
+    constexpr int kDumped_frames = 4;
+    current().filter().setOption(filterPrototype::FILTER_OPTION, R"({"enable_dump": true})", "");
+    for (int i = 0; i < kDumped_frames; ++i) {
+        pushHonest();
+        wait();
+        while (current().pull(false)) continue;
+    }
+    current().filter().setOption(filterPrototype::FILTER_OPTION, R"({"enable_dump": false})", "");
+}
+
 void RandomHost::addFilter() {
     if (filters_.size() >= habits_.most_filters) return;
     const bool is_active = habits_.workers == Habits::Workers::kAlways ||
@@ -258,7 +286,7 @@ void RandomHost::addFilter() {
 }
 
 void RandomHost::removeFilter() {
-    if (filters_.size() == 1) return;
+    if (filters_.size() == 1 || (!habits_.is_hostile && current_ == 0)) return;  // a player keeps the first
     current().destroy();
     filters_.erase(filters_.begin() + static_cast<std::ptrdiff_t>(current_));
     current_ = 0;

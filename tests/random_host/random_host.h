@@ -45,6 +45,8 @@ class RandomHost {
 
     /** Makes one call, or a few that belong together. */
     void step();
+    /** Flushes the first filter, destroys the others, and checks that nothing is left of any frame. */
+    void rest();
     /** Destroys every filter and checks that nothing is left of any frame. */
     void finish();
 
@@ -61,6 +63,8 @@ class RandomHost {
     void sendNumber();
     void callGuard();
     void askAround();
+    void dumpForAMoment();
+    void checkSum() const;
     void addFilter();
     void removeFilter();
     void wait();

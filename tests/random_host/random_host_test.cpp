@@ -36,14 +36,6 @@ std::uint64_t rounds() {
     return numberFrom("SONIVEX_ROUNDS", 1);
 }
 
-void add(HostCounts& all, const HostCounts& more) {
-    all.pushed += more.pushed;
-    all.processed += more.processed;
-    all.given_up += more.given_up;
-    all.flushes += more.flushes;
-    all.filters += more.filters;
-}
-
 class RandomHosts : public testing::Test {
   protected:
     RandomHosts() { av_log_set_level(AV_LOG_QUIET); }
@@ -68,7 +60,7 @@ class RandomHosts : public testing::Test {
     HostCounts runSeeds(std::uint64_t seeds, int steps, const Habits& habits) const {
         HostCounts all;
         for (std::uint64_t i = 0; i < seeds * rounds() && !HasFailure(); ++i) {
-            add(all, run(firstSeed() + i, steps, habits));
+            all += run(firstSeed() + i, steps, habits);
         }
         return all;
     }
@@ -115,7 +107,7 @@ TEST_F(RandomHosts, FindEveryPromiseKeptByFiltersWithWorkers) {
             }
         }
         HostCounts all;
-        for (const HostCounts& each : counts) add(all, each);
+        for (const HostCounts& each : counts) all += each;
         log().checkAtRest();
         EXPECT_GT(all.processed, 100u);
         EXPECT_GT(all.given_up, 10u);

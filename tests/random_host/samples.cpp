@@ -119,6 +119,12 @@ void fillSamples(std::span<std::uint8_t> memory, AVSampleFormat format, ByteSour
     }
 }
 
+void makeNoiseTables() {
+    for (int format = 0; format < AV_SAMPLE_FMT_NB; ++format) {
+        noiseOf(av_get_packed_sample_fmt(static_cast<AVSampleFormat>(format)));
+    }
+}
+
 bool areWithinFullScale(std::span<const std::uint8_t> memory, AVSampleFormat format) {
     if (format == AV_SAMPLE_FMT_FLT) return areWithin<float>(memory);
     if (format == AV_SAMPLE_FMT_DBL) return areWithin<double>(memory);

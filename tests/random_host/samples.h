@@ -16,6 +16,9 @@ namespace test {
  *  not finite where the format has them, or bytes as they come. */
 void fillSamples(std::span<std::uint8_t> memory, AVSampleFormat format, ByteSource& bytes);
 
+/** Makes the tables from which fillSamples takes its noise, which the first use of a format would make. */
+void makeNoiseTables();
+
 /** @return true if the samples of `format` in `memory` are finite and within full scale. */
 bool areWithinFullScale(std::span<const std::uint8_t> memory, AVSampleFormat format);
 
