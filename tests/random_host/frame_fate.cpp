@@ -25,6 +25,7 @@ thread_local bool is_dialogue_refused = false;  // the last announcement says so
 bool announcesALostFrame(const std::string& line) {
     static const char* const beginnings[] = {
         "sonivex: frame lost",
+        "sonivex: av_buffer_alloc failed, frame lost",
         "sonivex: frame does not hold what it describes",
         "init AVFilter error ",
         "av_buffersrc_add_frame error ",
