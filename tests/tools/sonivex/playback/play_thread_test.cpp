@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "playback_fixture.h"
+#include "support/signals/signals.h"
 
 namespace {
 
@@ -67,6 +68,31 @@ TEST_F(PlayingOnAThread, PlaysToTheEndWhileKeysArePressed) {
     EXPECT_NO_THROW(thread.rethrow());
     EXPECT_GE(thread.status().position_s, 6.0);
     EXPECT_EQ(feed->waitingFrames(), 0);
+}
+
+TEST_F(PlayingOnAThread, TakesAnyKeysAndEndsAtAnyMoment) {
+    constexpr double kLength_s = 30.0;
+    constexpr int kActions = static_cast<int>(PlayAction::Retry) + 1;  // all but Quit
+    const std::string path = programme(kLength_s);
+    for (uint64_t seed = 1; seed <= 4; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        test::Random random(seed);
+        auto playback = open(settings(path, seed % 2 == 0 ? "surround" : "normalizer"));
+        auto own_feed = std::make_shared<SoundFeed>(4800);
+        FastCard card(own_feed);
+        PlayThread thread(*playback, own_feed, {{0.2, PlayAction::NextEffect}});
+        for (int left = random.between(5, 60); left > 0; --left) {
+            thread.act(static_cast<PlayAction>(random.between(0, kActions - 1)));
+            // The thread publishes in between, so that no lock of the calls around it orders the two.
+            std::this_thread::sleep_for(std::chrono::microseconds(random.between(0, 4000)));
+            const double position_s = thread.status().position_s;
+            EXPECT_GE(position_s, 0.0);
+            EXPECT_LE(position_s, kLength_s + 1.0);
+            thread.takeEvents();
+        }
+        if (random.between(0, 1) == 1) thread.stop();
+        EXPECT_NO_THROW(thread.rethrow());
+    }
 }
 
 TEST_F(PlayingOnAThread, StopsAtOnceWithoutACard) {
