@@ -24,7 +24,7 @@ function(sonivex_install_guide guide)
 endfunction()
 
 file(GLOB guides CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/docs/*.md")
-foreach(guide IN LISTS guides ITEMS README.md CONTRIBUTING.md CHANGELOG.md)
+foreach(guide IN LISTS guides ITEMS README.md CONTRIBUTING.md CHANGELOG.md SECURITY.md)
     sonivex_install_guide("${guide}")
 endforeach()
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
