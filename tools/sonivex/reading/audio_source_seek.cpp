@@ -107,7 +107,8 @@ double AudioSource::seek(double seconds) {
     const int rate_hz = frames_.empty() ? info_.spec.rate_hz : frames_.front().frame->sample_rate;
     beginTimeline(rate_hz);
     if (!frames_.empty()) spec_ = specOf(*frames_.front().frame);
-    output_s_ = position_s - first_s;
+    // In a damaged file the last times may be before the first one.
+    output_s_ = std::max(position_s - first_s, 0.0);
     return output_s_;
 }
 
