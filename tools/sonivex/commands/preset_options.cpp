@@ -47,6 +47,10 @@ std::string typed(const CLI::App& command, const std::string& name) {
     return option->count() > 0 ? option->results().back() : std::string();
 }
 
+bool isFlag(const CLI::Option& option) {
+    return option.get_expected_max() == 0;
+}
+
 /** Applies the items of one preset, and knows what the command line itself has. */
 class PresetReader {
   public:
@@ -110,8 +114,7 @@ class PresetReader {
     // The reader splits a value at its commas.
     static void give(CLI::Option& option, const CLI::ConfigItem& item) {
         const std::string value = CLI::detail::join(item.inputs, ",");
-        const bool is_flag = option.get_expected_max() == 0;
-        option.add_result(is_flag ? option.get_flag_value(item.name, value) : value);
+        option.add_result(isFlag(option) ? option.get_flag_value(item.name, value) : value);
         option.run_callback();
     }
 
@@ -143,7 +146,8 @@ std::string presetOf(const CLI::App& command) {
     for (const std::string& name : presetOptionNames()) {
         const CLI::Option& option = *command.get_option("--" + name);
         if (option.count() == 0) continue;
-        const std::string value = option.results().back();
+        const std::string value =
+            isFlag(option) ? option.as<bool>() ? "true" : "false" : option.results().back();
         text.append(name).append(" = ").append(CLI::detail::convert_arg_for_ini(value)).append("\n");
     }
     return text;

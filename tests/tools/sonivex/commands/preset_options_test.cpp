@@ -113,6 +113,12 @@ TEST_F(PresetOptions, ASavedPresetGivesTheSameOptionsAgain) {
     EXPECT_EQ(sonivex_tool::presetOf(app), saved);
 }
 
+TEST_F(PresetOptions, AFlagIsSavedAsTrueOrFalseHoweverItWasSet) {
+    parse({"in", "out", "--strict= 2", "--no-dither=off"}, "");
+    EXPECT_THAT(sonivex_tool::presetOf(app_),
+                AllOf(HasSubstr("strict = true\n"), HasSubstr("no-dither = false\n")));
+}
+
 TEST_F(PresetOptions, EveryAllowedNameIsAnOption) {
     parse({}, "");
     for (const std::string& name : sonivex_tool::presetOptionNames())
