@@ -51,6 +51,14 @@ bool isFlag(const CLI::Option& option) {
     return option.get_expected_max() == 0;
 }
 
+// The syntax of presets has no escapes: a quote ends a text, and a line ends with its line.
+bool canStandInAPreset(const std::string& value) {
+    constexpr unsigned char kDelete = 0x7F;
+    return std::none_of(value.begin(), value.end(), [](unsigned char byte) {
+        return byte < ' ' || byte == kDelete || byte == '"' || byte == '\'' || byte == '`' || byte == '\\';
+    });
+}
+
 /** Applies the items of one preset, and knows what the command line itself has. */
 class PresetReader {
   public:
@@ -148,6 +156,10 @@ std::string presetOf(const CLI::App& command) {
         if (option.count() == 0) continue;
         const std::string value =
             isFlag(option) ? option.as<bool>() ? "true" : "false" : option.results().back();
+        if (!canStandInAPreset(value)) {
+            throw Failure(ExitCode::Usage, "cannot save --" + name + " in a preset: \"" + value +
+                                               "\" has a quote, a backslash or a control character in it");
+        }
         text.append(name).append(" = ").append(CLI::detail::convert_arg_for_ini(value)).append("\n");
     }
     return text;

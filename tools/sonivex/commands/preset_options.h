@@ -21,7 +21,10 @@ std::vector<std::string> presetOptionNames();
  *         does not accept its value */
 void applyPreset(CLI::App& command, const std::string& text, const std::string& file);
 
-/** Returns a preset of the options that the command line and its preset have set. */
+/** Returns a preset of the options that the command line and its preset have set.
+ *
+ *  @throw Failure (Usage) for a value that a preset cannot hold: one with a quote, a backslash or a control
+ *         character */
 std::string presetOf(const CLI::App& command);
 
 }  // namespace sonivex_tool

@@ -119,6 +119,16 @@ TEST_F(PresetOptions, AFlagIsSavedAsTrueOrFalseHoweverItWasSet) {
                 AllOf(HasSubstr("strict = true\n"), HasSubstr("no-dither = false\n")));
 }
 
+TEST_F(PresetOptions, AValueThatAPresetCannotHoldIsNotSaved) {
+    for (const std::string value : {"a'\"b", "flac\nvoice = 9", "a\\", "`"}) {
+        CLI::App app;
+        RenderChoices choices;
+        sonivex_tool::addRenderOptions(app, choices);
+        app.parse(std::vector<std::string>{"--format=" + value});
+        EXPECT_THROW(sonivex_tool::presetOf(app), Failure) << value;
+    }
+}
+
 TEST_F(PresetOptions, EveryAllowedNameIsAnOption) {
     parse({}, "");
     for (const std::string& name : sonivex_tool::presetOptionNames())
