@@ -59,6 +59,12 @@ bool canStandInAPreset(const std::string& value) {
     });
 }
 
+[[noreturn]] void refuseToSave(const std::string& name, const std::string& value) {
+    std::string why = "cannot save --";
+    why.append(name).append(" in a preset: \"").append(value);
+    throw Failure(ExitCode::Usage, why.append("\" has a quote, a backslash or a control character in it"));
+}
+
 /** Applies the items of one preset, and knows what the command line itself has. */
 class PresetReader {
   public:
@@ -156,10 +162,7 @@ std::string presetOf(const CLI::App& command) {
         if (option.count() == 0) continue;
         const std::string value =
             isFlag(option) ? option.as<bool>() ? "true" : "false" : option.results().back();
-        if (!canStandInAPreset(value)) {
-            throw Failure(ExitCode::Usage, "cannot save --" + name + " in a preset: \"" + value +
-                                               "\" has a quote, a backslash or a control character in it");
-        }
+        if (!canStandInAPreset(value)) refuseToSave(name, value);
         text.append(name).append(" = ").append(CLI::detail::convert_arg_for_ini(value)).append("\n");
     }
     return text;
