@@ -52,7 +52,7 @@ TEST(EffectReset, MakesAStreamLikeThatOfANewEffect) {
 // The sound after the silence begins amid a partition of surround's convolution, as it does after most seeks.
 TEST(EffectReset, IsCompleteBeforeAStreamThatBeginsSilently) {
     for (const CommonEffect& kind : test::commonEffects()) {
-        for (const std::size_t silent_frames : {1, 17, 240, 255, 1000}) {
+        for (const std::size_t silent_frames : {1U, 17U, 240U, 255U, 1000U}) {
             SCOPED_TRACE(std::string(kind.name) + ", silent frames: " + std::to_string(silent_frames));
             Pcm in(silent_frames * static_cast<std::size_t>(kind.channels_in));
             test::append(in, test::noise(8, kind.channels_in * 3000, 900));
