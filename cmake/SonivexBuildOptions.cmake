@@ -65,6 +65,15 @@ if(SONIVEX_SANITIZE)
     endif()
 endif()
 
+if(SONIVEX_COVERAGE)
+    # Without optimisation the vector kernels would be a hundred times slower; with more than this, lines would merge.
+    # Several threads and processes count at a time.
+    set(CMAKE_C_FLAGS_DEBUG "-O1 -g1")
+    set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
+    target_compile_options(sonivex_plain_build_options INTERFACE --coverage -fprofile-update=atomic -fno-inline-functions)
+    target_link_options(sonivex_plain_build_options INTERFACE --coverage)
+endif()
+
 # A compiler cache, if one is installed, speeds up repeated builds. Precompiled headers speed up a build from nothing. They
 # exclude each other: when a header has been made anew, the cache has none of the sources that use it.
 find_program(CCACHE_PROGRAM ccache)
