@@ -89,10 +89,15 @@ bool FilterPump::runOnce(std::unique_ptr<IQFFrame>& nudge, const IQFFrame::audio
 
 FilterPump::Attempt FilterPump::tryPush(std::unique_ptr<IQFFrame>& frame) {
     constexpr uint64_t kDoNotWait_ms = 0;
-    mWasBypassed = mBypass.isBypassed();
+    const bool is_fence = dynamic_cast<const FenceFrame*>(frame.get()) != nullptr;
+    const bool is_bypassed = mBypass.isBypassed();
     const auto begin = steady_clock::now();
     const int result = mFilter.push(frame, kDoNotWait_ms);
     const nanoseconds push_call = steady_clock::now() - begin;
+    if (result == kSuccess && !is_fence) {
+        ++mTaken;
+        if (is_bypassed) ++mTakenBypassed;
+    }
     return {result, pullReady(push_call)};
 }
 

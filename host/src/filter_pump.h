@@ -30,11 +30,14 @@ class FilterPump {
      *  @return as `push`, or AVERROR(ENOMEM). */
     int passFence(const IQFFrame::audioInfo& stream);
 
-    /** @return how many frames went to the output so far; fences do not count. */
-    uint64_t handedOver() const { return mHandedOver; }
+    // The counts are right even after the output has thrown. Fences do not count.
 
-    /** @return true if the filter was bypassed when it took or refused the last frame. */
-    bool wasBypassed() const { return mWasBypassed; }
+    /** @return how many frames the filter took so far. */
+    uint64_t taken() const { return mTaken; }
+    /** @return how many of them it took while it was bypassed. */
+    uint64_t takenBypassed() const { return mTakenBypassed; }
+    /** @return how many frames went to the output so far. */
+    uint64_t handedOver() const { return mHandedOver; }
 
   private:
     struct Attempt {
@@ -52,8 +55,9 @@ class FilterPump {
     WorkingTime& mWorkingTime;
     const std::chrono::milliseconds mStallLimit;
     const Player::Output mOutput;
+    uint64_t mTaken = 0;
+    uint64_t mTakenBypassed = 0;
     uint64_t mHandedOver = 0;
-    bool mWasBypassed = false;
     uint64_t mNewestFence = 0;     // number of the last fence pushed
     uint64_t mNewestFenceOut = 0;  // number of the last fence that came out
 };

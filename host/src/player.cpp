@@ -115,12 +115,14 @@ class FilterPlayer final : public Player {
     int pushToFilter(std::unique_ptr<IQFFrame>& frame) {
         if (underWay() == 0) mWorkingTime.forget();
         const int result = mPump.push(frame);
-        if (result == 0) {
-            ++mCounts.pushed;
-            if (mPump.wasBypassed()) ++mCounts.bypassed;
-        }
-        mCounts.pulled = mPump.handedOver();
+        countFrames();
         return result;
+    }
+
+    void countFrames() {
+        mCounts.pushed = mPump.taken();
+        mCounts.bypassed = mPump.takenBypassed();
+        mCounts.pulled = mPump.handedOver();
     }
 
     void receive(std::unique_ptr<IQFFrame> frame) {
@@ -131,7 +133,7 @@ class FilterPlayer final : public Player {
     int settle() {
         if (!mStream) return 0;
         const int result = mPump.passFence(*mStream);
-        mCounts.pulled = mPump.handedOver();
+        countFrames();
         if (result == 0) mCounts.dropped = mCounts.pushed - mCounts.pulled - mCounts.discarded;
         return result;
     }
@@ -149,6 +151,7 @@ class FilterPlayer final : public Player {
     void flush() {
         mFilter->flush();
         if (mCalls) mCalls->forget();
+        countFrames();  // a lack of memory may have ended the call that would have counted
         mCounts.discarded += underWay();
         ++mCounts.flushes;
         mStream.reset();

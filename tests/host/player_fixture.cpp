@@ -1,5 +1,6 @@
 #include "player_fixture.h"
 
+#include <new>
 #include <numeric>
 
 namespace Vorlin::test {
@@ -14,6 +15,7 @@ std::unique_ptr<Player> PlayerFixture::makePlayer(bool active, std::chrono::mill
         const auto* numbered = dynamic_cast<const NumberedFrame*>(frame.get());
         ASSERT_NE(numbered, nullptr) << "the player output a frame that the test never pushed";
         numbers_out_.push_back(numbered->number);
+        if (numbered->number == number_without_memory_) throw std::bad_alloc();
     });
 }
 

@@ -36,7 +36,8 @@ class PlayerFixture : public testing::TestWithParam<bool> {
     static constexpr std::chrono::milliseconds kGenerousLimit{20'000};
 
     const std::shared_ptr<Script> script_ = std::make_shared<Script>();
-    std::vector<int> numbers_out_;  // numbers of the frames that the player output, in order
+    std::vector<int> numbers_out_;    // numbers of the frames that the player output, in order
+    int number_without_memory_ = -1;  // number of the frame for which the output has no memory; -1: none
 
   private:
     FakeFilter prototype_;

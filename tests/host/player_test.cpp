@@ -142,6 +142,32 @@ TEST_P(PlayerPump, DiscardsTheFramesUnderWayOnASeek) {
     EXPECT_EQ(player->counts().flushes, 1u);
 }
 
+TEST_P(PlayerPump, CountsOnAfterTheOutputHadNoMemory) {
+    number_without_memory_ = 5;
+    const auto player = makePlayer();
+    int failures = 0;
+    for (int i = 0; i < 10; ++i) {
+        const int result = pushFrame(*player);
+        if (result == 0) continue;
+        EXPECT_EQ(result, AVERROR(ENOMEM));
+        ++failures;
+        EXPECT_EQ(player->counts().pushed, player->counts().pulled + player->counts().discarded);
+    }
+    if (const int result = player->drain(); result != 0) {
+        EXPECT_EQ(result, AVERROR(ENOMEM));
+        ++failures;
+    }
+    pushFrames(*player, 3);
+    EXPECT_EQ(player->drain(), 0);
+    EXPECT_EQ(failures, 1);
+    const PlayerCounts& counts = player->counts();
+    EXPECT_EQ(counts.pushed, 13u);
+    EXPECT_EQ(counts.pulled, numbers_out_.size());
+    EXPECT_EQ(counts.discarded, 13u - numbers_out_.size());
+    EXPECT_EQ(counts.dropped, 0u);
+    EXPECT_EQ(counts.flushes, 1u);
+}
+
 TEST_P(PlayerPump, FlushesOnlyOnceForASeekToAnotherFormat) {
     const auto player = makePlayer();
     pushFrames(*player, 2);

@@ -51,8 +51,8 @@ struct PlayerCounts {
     uint64_t pulled = 0;     // came out of the filter
     uint64_t bypassed = 0;   // pushed while the filter was set invalid
     uint64_t dropped = 0;    // given up by the filter; counted by `drain`
-    uint64_t discarded = 0;  // thrown away by `seek`
-    uint64_t flushes = 0;    // flushes of the filter, by `seek` and by changes of format; not calls
+    uint64_t discarded = 0;  // thrown away by `seek`, by a change of format or without memory
+    uint64_t flushes = 0;    // flushes of the filter, for the same three reasons; not calls
 };
 
 /** Drives one filter as a media player does: the part of a player that handles one filter.

@@ -37,6 +37,10 @@ const Stream kStreams[] = {
      R"({"enable_surround": true})",
      {.channels = 6, .frames = 480},
      {.active = false, .call_frames = 0, .corrects_times = false}},
+    {"NormalizerOnItsOwnThread",
+     R"({"enable_normalizer": true})",
+     {.frames = 700},
+     {.active = true, .time_base = {1, 48000}}},
 };
 
 /** Plays a stream through a player, with failing memory and without. */
@@ -77,8 +81,10 @@ class Playing {
         EXPECT_TRUE(player_->setOptions(options_));
         player_->seek();
         out_.clear();
+        const Vorlin::PlayerCounts before = player_->counts();
         for (int64_t number = 0; number < 5; ++number) EXPECT_EQ(player_->push(frameOf(number)), 0);
         EXPECT_EQ(player_->drain(), 0);
+        expectCountsGoOn(before);
         std::vector<std::vector<int16_t>> sound;
         for (const auto& frame : out_) sound.push_back(samplesOf(avFrameOf(frame)));
         return sound;
@@ -111,6 +117,20 @@ class Playing {
         for (const auto& frame : out_) {
             EXPECT_TRUE(Vorlin::frameMatchesDescription(frame->getInfo(), avFrameOf(frame)));
         }
+    }
+
+    // Expects that the counts have kept every call before the stream that has just been drained, and that this
+    // stream has lost none.
+    void expectCountsGoOn(const Vorlin::PlayerCounts& before) const {
+        const Vorlin::PlayerCounts& now = player_->counts();
+        EXPECT_EQ(before.pushed, before.pulled + before.dropped + before.discarded);
+        EXPECT_LE(before.pulled, before.pushed);
+        EXPECT_LE(before.dropped, before.pushed);
+        EXPECT_LE(before.discarded, before.pushed);
+        EXPECT_GT(now.pushed, before.pushed);
+        EXPECT_EQ(now.pushed - before.pushed, now.pulled - before.pulled);
+        EXPECT_EQ(now.dropped, before.dropped);
+        EXPECT_EQ(now.discarded, before.discarded);
     }
 
     void check(int result) {
