@@ -177,17 +177,15 @@ Player::~Player() = default;
 std::unique_ptr<Player> Player::create(std::shared_ptr<Plugin> plugin, const PlayerConfig& config,
                                        Output output) try {
     if (config.call_frames < 0 || config.call_frames > kLongestCall_frames) return nullptr;
+    std::unique_ptr<BypassControl> bypass;  // destroyed after the filter, whose callback refers to it
     auto filter =
         filterPrototype::createFilter(config.filter_name, config.source, config.source, config.active);
     if (!filter) return nullptr;
-    auto bypass = std::make_unique<BypassControl>(*filter);
+    bypass = std::make_unique<BypassControl>(*filter);
 
     const auto clock_before = qfThread::clockOfNewest();
     constexpr uint64_t kNoFlags = 0;
-    if (!filter->init(kNoFlags)) {
-        filter.reset();  // before `bypass`, to which its callback refers
-        return nullptr;
-    }
+    if (!filter->init(kNoFlags)) return nullptr;
     auto worker = qfThread::clockOfNewest();
     if (worker == clock_before) worker = nullptr;
 

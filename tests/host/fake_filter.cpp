@@ -1,5 +1,6 @@
 #include "fake_filter.h"
 
+#include <new>
 #include <utility>
 
 #include "vorlin/av_frame.h"
@@ -30,7 +31,9 @@ FakeFilter::FakeFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo
 
 FakeFilter::~FakeFilter() {
     thread_.reset();
-    if (!is_prototype_) script_->is_destroyed = true;
+    if (is_prototype_) return;
+    if (script_->sends_at_its_end) send(FILTER_INVALID_PERFORMANCE);
+    script_->is_destroyed = true;
 }
 
 IAudioFilter* FakeFilter::clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) {
@@ -39,6 +42,7 @@ IAudioFilter* FakeFilter::clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst
 
 bool FakeFilter::init(uint64_t) {
     if (!script_->init_succeeds) return false;
+    if (script_->init_throws) throw std::bad_alloc();
     if (mActive) {
         thread_ = std::make_unique<qfThread>([this] { return loop(); }, kName);
         script_->worker_clock = thread_->clock();

@@ -254,6 +254,13 @@ TEST_F(PlayerPump, IsNotCreatedWithoutAFilterThatStarts) {
     EXPECT_TRUE(script_->is_destroyed);
 }
 
+TEST_F(PlayerPump, IsNotCreatedIfTheFilterHasNoMemoryToStart) {
+    script_->init_throws = true;
+    script_->sends_at_its_end = true;  // the receiver must still exist
+    EXPECT_EQ(makePlayer(true), nullptr);
+    EXPECT_TRUE(script_->is_destroyed);
+}
+
 TEST_F(PlayerPump, PassesTheOptionsOn) {
     const auto player = makePlayer(false);
     EXPECT_TRUE(player->setOptions("{}"));
