@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <exception>
+#include <new>
 #include <string_view>
 
 #include "vorlin/filter_prototype.h"
@@ -55,19 +56,21 @@ void BypassControl::endReason(bool& reason) {
     apply();
 }
 
-bool BypassControl::reportRate(const std::string& key, double value) {
+BypassControl::RateAnswer BypassControl::reportRate(const std::string& key, double value) {
     // Only a valid filter announces its recovery.
     if (mOverFps && !mListener && !mOverload) mFilter.setInvalid(false);
-    bool is_understood = true;
+    RateAnswer answer = RateAnswer::Taken;
     try {
         mFilter.setOption(key, numberText(value), {});
+    } catch (const std::bad_alloc&) {
+        answer = RateAnswer::NoMemory;
     } catch (const std::exception& refusal) {
         __log_print(LOG_WARNING, kLogTag, "%s refused %s = %g: %s", mEventPrefix.c_str(), key.c_str(), value,
                     refusal.what());
-        is_understood = false;
+        answer = RateAnswer::Refused;
     }
     apply();
-    return is_understood;
+    return answer;
 }
 
 // It needs no memory, so that an announcement never gets lost.

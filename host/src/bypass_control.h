@@ -35,10 +35,16 @@ class BypassControl {
     /** Ends the reason `overload`. */
     void retryAfterOverload();
 
+    /** What became of a reported number. */
+    enum class RateAnswer {
+        Taken,
+        Refused,   // malformed or out of range for the filter
+        NoMemory,  // the filter may not know it; it must be reported again
+    };
+
     /** Reports a number on which overFps depends, and obeys the events that follow.
-     *  @param key VIDEO_FPS_OPTION or PLAYER_SPEED_OPTION.
-     *  @return false if the filter refused the number as malformed or out of range. */
-    bool reportRate(const std::string& key, double value);
+     *  @param key VIDEO_FPS_OPTION or PLAYER_SPEED_OPTION. */
+    RateAnswer reportRate(const std::string& key, double value);
 
   private:
     void obey(const std::string& event);

@@ -47,11 +47,13 @@ class FilterPlayer final : public Player {
     }
 
     void setVideoFps(double fps) override {
-        if (mBypass->reportRate(filterPrototype::VIDEO_FPS_OPTION, fps)) mWorkingTime.setVideoFps(fps);
+        mUnreportedFps = fps;
+        reportRates();
     }
 
     void setSpeed(double speed) override {
-        if (mBypass->reportRate(filterPrototype::PLAYER_SPEED_OPTION, speed)) mWorkingTime.setSpeed(speed);
+        mUnreportedSpeed = speed;
+        reportRates();
     }
 
     void setBypass(bool bypass) override { mBypass->setListener(bypass); }
@@ -59,6 +61,7 @@ class FilterPlayer final : public Player {
     bool isBypassed() const override { return mBypass->isBypassed(); }
 
     int push(std::unique_ptr<IQFFrame> frame) override {
+        reportRates();
         return orFlush([&] { return pushFrame(std::move(frame)); });
     }
 
@@ -82,6 +85,21 @@ class FilterPlayer final : public Player {
     } catch (const std::bad_alloc&) {
         flush();
         return AVERROR(ENOMEM);
+    }
+
+    // Reports the numbers that the filter does not know yet. Those for which there is no memory wait for the
+    // next call.
+    void reportRates() {
+        report(mUnreportedFps, filterPrototype::VIDEO_FPS_OPTION, &WorkingTime::setVideoFps);
+        report(mUnreportedSpeed, filterPrototype::PLAYER_SPEED_OPTION, &WorkingTime::setSpeed);
+    }
+
+    void report(std::optional<double>& rate, const std::string& key, void (WorkingTime::*take)(double)) {
+        if (!rate) return;
+        const auto answer = mBypass->reportRate(key, *rate);
+        if (answer == BypassControl::RateAnswer::NoMemory) return;
+        if (answer == BypassControl::RateAnswer::Taken) (mWorkingTime.*take)(*rate);
+        rate.reset();
     }
 
     int pushFrame(std::unique_ptr<IQFFrame> frame) {
@@ -167,6 +185,8 @@ class FilterPlayer final : public Player {
     std::unique_ptr<CallStream> mCalls;  // null if frames go through as they come
     FilterPump mPump;
     std::optional<IQFFrame::audioInfo> mStream;  // of the frames since the last flush; empty before the first
+    std::optional<double> mUnreportedFps;        // the filter had no memory for it
+    std::optional<double> mUnreportedSpeed;      // likewise
     PlayerCounts mCounts;
 };
 

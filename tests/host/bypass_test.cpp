@@ -93,6 +93,23 @@ TEST_P(PlayerBypass, KeepsTheFilterInvalidForANewRateDuringAListenerBypass) {
     expectBypassed(*player, true);
 }
 
+TEST_P(PlayerBypass, RepeatsTheNumbersForWhichTheFilterHadNoMemory) {
+    const auto player = makePlayer();
+    script_->options_without_memory = 3;
+    player->setVideoFps(31);
+    player->setSpeed(2.0);  // repeats the frame rate, too
+    EXPECT_THAT(script_->options, testing::IsEmpty());
+    pushFrames(*player, 1);
+    expectBypassed(*player, true);
+    pushFrames(*player, 1);
+    EXPECT_THAT(script_->options, testing::ElementsAre("video_fps=31", "player_speed=2"));
+    script_->options_without_memory = 1;
+    player->setSpeed(3.0);
+    player->setSpeed(1.0);
+    expectBypassed(*player, false);
+    EXPECT_THAT(script_->options, testing::ElementsAre("video_fps=31", "player_speed=2", "player_speed=1"));
+}
+
 TEST_P(PlayerBypass, IgnoresTheEndOfABypassThatNeverBegan) {
     const auto player = makePlayer();
     player->setVideoFps(120);

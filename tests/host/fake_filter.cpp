@@ -52,6 +52,10 @@ bool FakeFilter::init(uint64_t) {
 }
 
 bool FakeFilter::setOption(const std::string& key, const std::string& value, const std::string&) {
+    if (script_->options_without_memory > 0) {
+        --script_->options_without_memory;
+        throw std::bad_alloc();
+    }
     script_->options.push_back(key + "=" + value);
     if (key == VIDEO_FPS_OPTION) {
         fps_ = static_cast<int>(std::stod(value));

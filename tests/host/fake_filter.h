@@ -30,7 +30,8 @@ struct Script {
     std::function<void()> work = [] {};  // runs for each frame that is neither bypassed nor given up
     bool init_succeeds = true;
     bool init_throws = false;
-    bool sends_at_its_end = false;  // an event, while the filter is destroyed
+    int options_without_memory = 0;  // the next calls of setOption that throw
+    bool sends_at_its_end = false;   // an event, while the filter is destroyed
     bool eats_fences = false;
     int frames_per_run = std::numeric_limits<int>::max();  // frames after which a run of the loop ends
     uint64_t overload_from_ms = std::numeric_limits<uint64_t>::max();  // shortest time that trips the guard

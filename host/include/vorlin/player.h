@@ -105,6 +105,7 @@ class VORLIN_API Player {
     virtual bool setOptions(const std::string& json) = 0;
     /** Reports the video's frame rate, in frames per second. A filter that was bypassed because the rate was
      *  too high is set valid to receive the number, and stays valid only if it announces its recovery.
+     *  Without memory the number is reported again by the next `push`.
      *  [player thread] not real-time safe: allocates, may log */
     virtual void setVideoFps(double fps) = 0;
     /** Reports the playback speed (1.0 = normal), with the same effect as a frame rate.
