@@ -19,6 +19,10 @@ std::string kInitialStr;
 constexpr std::size_t kMaxWaitingForWorker = 1;
 constexpr std::size_t kMaxWaitingForPull = 2;
 
+std::string eventOf(const char* name) {
+    return std::string(kFilterName) + ":" + name;
+}
+
 }  // namespace
 
 sonivexFilter::sonivexFilter(int) : mIsPrototype(true) {
@@ -26,7 +30,10 @@ sonivexFilter::sonivexFilter(int) : mIsPrototype(true) {
 }
 
 sonivexFilter::sonivexFilter(const IQFFrame::audioInfo& src, const IQFFrame::audioInfo& dst, bool active)
-    : IAudioFilter(src, dst, active) {
+    : IAudioFilter(src, dst, active),
+      mOverFpsEvent(eventOf(FILTER_INVALID_OVER_FPS)),
+      mRecoveryEvent(eventOf(FILTER_VALID_RECOVERY)),
+      mOverloadEvent(eventOf(FILTER_INVALID_PERFORMANCE)) {
     avfilter_register_all();
 }
 

@@ -218,6 +218,11 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
     SpscQueue<IQFFrame*> mInQueue{kQueueSlots};   // filled by `push`, emptied by the worker
     std::atomic<bool> mInvalid{true};
     bool mOverFps = false;
+    // The events exist before they are needed, so that a lack of memory cannot keep them from the player. The
+    // filter owns them, because a player may still call it while the library's globals are destroyed.
+    const std::string mOverFpsEvent;
+    const std::string mRecoveryEvent;
+    const std::string mOverloadEvent;
     std::deque<uint64_t> mCostWindow;  // squared excess of each of the last frames, ms²
     uint64_t mCostSum = 0;             // sum over mCostWindow, ms²
     int32_t mFps = 0;                  // of the video, whole frames per second

@@ -22,15 +22,6 @@ constexpr int64_t kMillisecondsPerSecond = 1000;
 constexpr std::size_t kIgnoredSamples = 3;  // the first after a reset; a slow start-up is no overload
 constexpr std::size_t kWindowSamples = 10;
 
-std::string eventOf(const char* name) {
-    return std::string(kFilterName) + ":" + name;
-}
-
-// The events exist before they are needed, so that a lack of memory cannot keep them from the player.
-const std::string kOverFpsEvent = eventOf(filterPrototype::FILTER_INVALID_OVER_FPS);
-const std::string kRecoveryEvent = eventOf(filterPrototype::FILTER_VALID_RECOVERY);
-const std::string kOverloadEvent = eventOf(filterPrototype::FILTER_INVALID_PERFORMANCE);
-
 uint64_t squareSaturating(uint64_t value) {
     const double square = std::pow(static_cast<double>(value), 2.0);
     constexpr double kTwoTo64 = 18446744073709551616.0;
@@ -50,9 +41,9 @@ bool sonivexFilter::isOverFps() {
     const bool is_over = rate_fps >= kOverLimit_fps;
     if (!mInvalid.load() && mEventCallback) {
         if (!mOverFps && is_over) {
-            notify(kOverFpsEvent);
+            notify(mOverFpsEvent);
         } else if (mOverFps && !is_over) {
-            notify(kRecoveryEvent);
+            notify(mRecoveryEvent);
         }
     }
     return is_over;
@@ -73,7 +64,7 @@ void sonivexFilter::checkTimeConsume(uint64_t elapsed) {
     const double limit = std::pow(static_cast<double>(tolerated_ms), 2.0);
     if (static_cast<double>(mean) > limit) {
         setInvalid(true);
-        notify(kOverloadEvent);
+        notify(mOverloadEvent);
         mCostSum = 0;
         mCostWindow.clear();
     }
