@@ -1,7 +1,7 @@
 #pragma once
 
 // Hides the differences between the FFmpeg releases with which the project builds (5.1 to 7.1). Only this
-// file, av_codec_compat.h and av_format_compat.h, which do so for libavcodec and libavformat, test a version.
+// file, av_format_compat.h and the av_codec_compat.h of the command line test a version.
 
 extern "C" {
 #include <libavutil/channel_layout.h>

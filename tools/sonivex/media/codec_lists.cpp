@@ -1,6 +1,6 @@
 #include "codec_lists.h"
 
-#include "vorlin/av_codec_compat.h"
+#include "av_codec_compat.h"
 
 namespace sonivex_tool {
 namespace {
@@ -42,18 +42,18 @@ std::vector<uint64_t> layoutMasks(AVCodecID codec) {
 }  // namespace
 
 std::vector<AVSampleFormat> sampleFormats(const AVCodec& codec) {
-    const auto list = Vorlin::av::codecSampleFormats(codec);
+    const auto list = av::codecSampleFormats(codec);
     return {list.begin(), list.end()};
 }
 
 std::vector<int> sampleRatesHz(const AVCodec& codec) {
     if (const int only = onlyRateHz(codec.id); only > 0) return {only};
-    const auto list = Vorlin::av::codecSampleRatesHz(codec);
+    const auto list = av::codecSampleRatesHz(codec);
     return {list.begin(), list.end()};
 }
 
 std::vector<AVChannelLayout> channelLayouts(const AVCodec& codec) {
-    const auto declared = Vorlin::av::codecChannelLayouts(codec);
+    const auto declared = av::codecChannelLayouts(codec);
     std::vector<AVChannelLayout> list(declared.begin(), declared.end());
     if (!list.empty()) return list;
     for (const uint64_t mask : layoutMasks(codec.id)) {

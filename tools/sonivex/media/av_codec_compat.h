@@ -1,16 +1,17 @@
 #pragma once
 
 // Hides the differences between the releases of libavcodec with which the project builds (5.1 to 7.1), as
-// av_compat.h does for the other libraries.
+// vorlin/av_compat.h does for the other libraries.
 
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavcodec/version.h>
 }
 
+#include <cstddef>
 #include <span>
 
-namespace Vorlin::av {
+namespace sonivex_tool::av {
 
 // codecSampleFormats, codecSampleRatesHz and codecChannelLayouts list what an encoder declares to support.
 // A list is empty if the encoder declares no limits. FFmpeg owns the entries.
@@ -55,4 +56,4 @@ inline std::span<const AVChannelLayout> codecChannelLayouts(const AVCodec& codec
 }
 #endif
 
-}  // namespace Vorlin::av
+}  // namespace sonivex_tool::av
