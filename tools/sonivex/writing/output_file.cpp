@@ -104,6 +104,7 @@ int OutputFile::writeAll(const uint8_t* data, size_t bytes) {
         const ssize_t count = ::write(descriptor_, data + written, bytes - written);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) return remember(errno);
+        if (count == 0) return remember(EIO);  // the destination takes nothing and gives no reason
         written += static_cast<size_t>(count);
     }
     return static_cast<int>(bytes);

@@ -41,6 +41,7 @@ int OutputPipe::writeAll(const uint8_t* data, size_t bytes) {
             ::write(descriptor_, data + written, std::min<size_t>(bytes - written, PIPE_BUF));
         if (count < 0 && (errno == EINTR || errno == EAGAIN)) continue;
         if (count < 0) return remember(errno);
+        if (count == 0) return remember(EIO);  // the destination takes nothing and gives no reason
         written += static_cast<size_t>(count);
     }
     return static_cast<int>(bytes);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <cerrno>
 #include <deque>
@@ -15,6 +16,7 @@ namespace {
 
 std::deque<int> errors_of_fsync;  // of the next calls; the calls after them succeed
 int fsyncs = 0;
+int empty_writes = 0;  // how many of the next writes take nothing
 
 }  // namespace
 
@@ -26,6 +28,14 @@ extern "C" int __wrap_fsync(int file) {
     errno = errors_of_fsync.front();
     errors_of_fsync.pop_front();
     return -1;
+}
+
+extern "C" ssize_t __wrap_write(int file, const void* data, size_t bytes);
+extern "C" ssize_t __real_write(int file, const void* data, size_t bytes);
+extern "C" ssize_t __wrap_write(int file, const void* data, size_t bytes) {
+    if (empty_writes == 0) return __real_write(file, data, bytes);
+    --empty_writes;
+    return 0;
 }
 
 namespace {
@@ -89,6 +99,17 @@ TEST_F(OutputFileTest, IsCommittedAfterASignalAndOnAFileSystemWithoutFsync) {
         EXPECT_EQ(fsyncs, errors.front() == EINTR ? 3 : 1) << "an interrupted call is repeated";
         EXPECT_EQ(test::readFile(folder_.file("a")), "whole");
     }
+}
+
+TEST_F(OutputFileTest, FailsInsteadOfWaitingForADiskThatTakesNothing) {
+    {
+        OutputFile file(folder_.file("a"), false);
+        put(file, "whole");
+        empty_writes = 1;
+        EXPECT_EQ(failureOf([&] { file.commit(); }), ExitCode::OutputNotWritable);
+        empty_writes = 0;
+    }
+    EXPECT_THAT(folder_.names(), IsEmpty());
 }
 
 TEST_F(OutputFileTest, LeavesNothingBehindWithoutACommit) {
