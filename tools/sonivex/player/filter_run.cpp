@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <utility>
 
 #include "failure.h"
 #include "plugin_search.h"
@@ -117,7 +118,9 @@ void FilterRun::push(FramePtr frame) {
     frame->pts = pushed_frames_;
     pushed_frames_ += frame->nb_samples;
     if (keeps_channels_) setLayout(*frame, byPosition(spec_.channels()));
-    check(player_->push(std::make_unique<Vorlin::AVQFFrame>(frame.release())));
+    auto wrapped = std::make_unique<Vorlin::AVQFFrame>(frame.get());
+    (void)frame.release();  // `wrapped` owns it now
+    check(player_->push(std::move(wrapped)));
 }
 
 void FilterRun::finish() {
