@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <deque>
 #include <filesystem>
+#include <utility>
 
 #include "failure.h"
 #include "support/processes/temporary_folder.h"
@@ -17,6 +18,7 @@ namespace {
 std::deque<int> errors_of_fsync;  // of the next calls; the calls after them succeed
 int fsyncs = 0;
 int empty_writes = 0;  // how many of the next writes take nothing
+int error_of_close = 0;  // of the next call; 0: none
 
 }  // namespace
 
@@ -36,6 +38,16 @@ extern "C" ssize_t __wrap_write(int file, const void* data, size_t bytes) {
     if (empty_writes == 0) return __real_write(file, data, bytes);
     --empty_writes;
     return 0;
+}
+
+// The descriptor is gone even if the call fails, as on Linux.
+extern "C" int __wrap_close(int file);
+extern "C" int __real_close(int file);
+extern "C" int __wrap_close(int file) {
+    const int result = __real_close(file);
+    if (error_of_close == 0) return result;
+    errno = std::exchange(error_of_close, 0);
+    return -1;
 }
 
 namespace {
@@ -84,6 +96,21 @@ TEST_F(OutputFileTest, IsNotCommittedIfTheDiskFailsToKeepIt) {
             put(file, "whole");
             errors_of_fsync = {error};
             EXPECT_EQ(failureOf([&] { file.commit(); }), exit_code) << error;
+        }
+        EXPECT_THAT(folder_.names(), IsEmpty()) << error;
+    }
+}
+
+TEST_F(OutputFileTest, IsNotCommittedIfTheDiskTurnsOutFullOnClose) {
+    const std::pair<int, ExitCode> failures[] = {{EIO, ExitCode::OutputNotWritable},
+                                                 {ENOSPC, ExitCode::NoSpace}};
+    for (const auto& [error, exit_code] : failures) {
+        {
+            OutputFile file(folder_.file("a"), false);
+            put(file, "whole");
+            error_of_close = error;
+            EXPECT_EQ(failureOf([&] { file.commit(); }), exit_code) << error;
+            EXPECT_EQ(error_of_close, 0) << "nothing was closed";
         }
         EXPECT_THAT(folder_.names(), IsEmpty()) << error;
     }
