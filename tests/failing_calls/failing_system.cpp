@@ -1,15 +1,18 @@
 // A library for LD_PRELOAD that makes one kind of system call fail in a program that knows nothing of it.
 // Only calls on files below one folder count, and starts of threads. The environment says what fails:
 //
-//   SONIVEX_FAIL_CALL    open, read, write, sync, close, rename, thread or none
+//   SONIVEX_FAIL_CALL    open, folder (its creation), read, write, sync, close (of a file for reading only),
+//                        close-written, rename, thread or none
 //   SONIVEX_FAIL_FIRST   number of the first call that fails, counted from 1
 //   SONIVEX_FAIL_MANNER  once, or always: all calls from the first on
-//   SONIVEX_FAIL_RESULT  an errno, or "short": a write or a read moves one byte only
+//   SONIVEX_FAIL_RESULT  an errno; "short": a write or a read moves one byte only; "full": the write moves
+//                        half of its bytes, and all writes after it fail with ENOSPC
 //   SONIVEX_FAIL_FOLDER  an absolute path
 //   SONIVEX_FAIL_MARK    a file to create when a call has failed
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -51,7 +54,12 @@ Function nextOf(const char* name) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
-enum class Fate { kSucceeds, kFails, kIsShort };
+bool isWritable(int descriptor) {
+    const int flags = fcntl(descriptor, F_GETFL);
+    return flags >= 0 && (flags & O_ACCMODE) != O_RDONLY;
+}
+
+enum class Fate { kSucceeds, kFails, kIsShort, kIsHalf };
 
 void leaveMark() {
     static const auto real = nextOf<int (*)(const char*, int, ...)>("open64");
@@ -66,12 +74,18 @@ Fate fateOf(const char* call) {
     static const long first = std::strtol(setting("SONIVEX_FAIL_FIRST"), nullptr, 10);
     static const bool fails_always = std::strcmp(setting("SONIVEX_FAIL_MANNER"), "always") == 0;
     static const char* const result = setting("SONIVEX_FAIL_RESULT");
+    static const bool fills_disk = std::strcmp(result, "full") == 0;
     static std::atomic<long> calls{0};
     if (std::strcmp(call, failing_call) != 0) return Fate::kSucceeds;
     const long number = ++calls;
-    if (number < first || (number > first && !fails_always)) return Fate::kSucceeds;
+    if (number < first || (number > first && !fails_always && !fills_disk)) return Fate::kSucceeds;
     leaveMark();
     if (std::strcmp(result, "short") == 0) return Fate::kIsShort;
+    if (fills_disk && number == first) return Fate::kIsHalf;
+    if (fills_disk) {
+        errno = ENOSPC;
+        return Fate::kFails;
+    }
     errno = static_cast<int>(std::strtol(result, nullptr, 10));
     return Fate::kFails;
 }
@@ -83,17 +97,41 @@ Fate fateOf(const char* call, Where where) {
 
 }  // namespace
 
+// Only a call that may create a file has a mode.
+#define READ_MODE(mode, flags)                                        \
+    mode_t mode = 0;                                                  \
+    if ((flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE) { \
+        va_list arguments;                                            \
+        va_start(arguments, flags);                                   \
+        mode = va_arg(arguments, mode_t);                             \
+        va_end(arguments);                                            \
+    }
+
 #define OPEN_LIKE(name)                                                                \
     FOR_PROGRAMS int name(const char* path, int flags, ...) {                          \
         static const auto real = nextOf<int (*)(const char*, int, ...)>(#name);        \
-        va_list arguments;                                                             \
-        va_start(arguments, flags);                                                    \
-        const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;    \
-        va_end(arguments);                                                             \
+        READ_MODE(mode, flags)                                                         \
         return fateOf("open", path) == Fate::kSucceeds ? real(path, flags, mode) : -1; \
     }
 OPEN_LIKE(open)
 OPEN_LIKE(open64)
+
+#define OPEN_AT_LIKE(name)                                                                      \
+    FOR_PROGRAMS int name(int folder, const char* path, int flags, ...) {                       \
+        static const auto real = nextOf<int (*)(int, const char*, int, ...)>(#name);            \
+        READ_MODE(mode, flags)                                                                  \
+        const bool is_below =                                                                   \
+            path[0] == '/' || folder == AT_FDCWD ? isBelowFolder(path) : isBelowFolder(folder); \
+        const Fate fate = is_below ? fateOf("open") : Fate::kSucceeds;                          \
+        return fate == Fate::kSucceeds ? real(folder, path, flags, mode) : -1;                  \
+    }
+OPEN_AT_LIKE(openat)
+OPEN_AT_LIKE(openat64)
+
+FOR_PROGRAMS int mkdir(const char* path, mode_t mode) {
+    static const auto real = nextOf<int (*)(const char*, mode_t)>("mkdir");
+    return fateOf("folder", path) == Fate::kSucceeds ? real(path, mode) : -1;
+}
 
 #define FOPEN_LIKE(name)                                                             \
     FOR_PROGRAMS FILE* name(const char* path, const char* mode) {                    \
@@ -118,16 +156,28 @@ FOR_PROGRAMS size_t fread(void* data, size_t size, size_t count, FILE* stream) {
     return 0;
 }
 
+FOR_PROGRAMS ssize_t pread(int file, void* data, size_t bytes, off_t offset) {
+    static const auto real = nextOf<ssize_t (*)(int, void*, size_t, off_t)>("pread");
+    const Fate fate = fateOf("read", file);
+    if (fate == Fate::kFails) return -1;
+    return real(file, data, fate == Fate::kIsShort && bytes > 1 ? 1 : bytes, offset);
+}
+
 FOR_PROGRAMS ssize_t write(int file, const void* data, size_t bytes) {
     static const auto real = nextOf<ssize_t (*)(int, const void*, size_t)>("write");
     const Fate fate = fateOf("write", file);
     if (fate == Fate::kFails) return -1;
-    return real(file, data, fate == Fate::kIsShort && bytes > 1 ? 1 : bytes);
+    if (fate == Fate::kIsShort && bytes > 1) return real(file, data, 1);
+    if (fate == Fate::kIsHalf && bytes > 1) return real(file, data, bytes / 2);
+    return real(file, data, bytes);
 }
 
+// A short write ends with the first piece.
 FOR_PROGRAMS ssize_t writev(int file, const iovec* pieces, int count) {
     static const auto real = nextOf<ssize_t (*)(int, const iovec*, int)>("writev");
-    return fateOf("write", file) == Fate::kFails ? -1 : real(file, pieces, count);
+    const Fate fate = fateOf("write", file);
+    if (fate == Fate::kFails) return -1;
+    return real(file, pieces, fate == Fate::kSucceeds || count < 1 ? count : 1);
 }
 
 FOR_PROGRAMS int fsync(int file) {
@@ -143,7 +193,7 @@ FOR_PROGRAMS int fdatasync(int file) {
 // The descriptor is gone even if the call fails, as on Linux.
 FOR_PROGRAMS int close(int file) {
     static const auto real = nextOf<int (*)(int)>("close");
-    const Fate fate = fateOf("close", file);
+    const Fate fate = fateOf(isWritable(file) ? "close-written" : "close", file);
     const int error = errno;
     const int result = real(file);
     if (fate == Fate::kSucceeds) return result;
