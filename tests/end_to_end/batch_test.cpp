@@ -291,11 +291,19 @@ TEST_F(Batch, LeavesNothingHalfWrittenWhenItIsKilledAndThenCompletesItsWork) {
     std::ptrdiff_t finished_before = 0;
     {
         test::Process process(command(batchCommand({"--jobs", "2", "--effect", "surround"})));
-        // Two files are being written, so two more would be finished if their processes went on.
-        waitUntil([&] { return fs::exists(file(kStateFile)) && aFileIsFinished() && count(".part") >= 2; });
+        // Two files are being written, so two more would be finished if their processes went on. Nothing
+        // moves between the count and the end of the batch.
+        waitUntil([&] {
+            if (!fs::exists(file(kStateFile)) || !aFileIsFinished() || count(".part") < 2) return false;
+            process.pause();
+            if (count(".part") >= 2) return true;
+            process.resume();
+            return false;
+        });
         finished_before = count(".wav");
         process.send(SIGKILL);
         EXPECT_EQ(process.wait().signal, SIGKILL);
+        process.resume();
     }
     waitUntil([this] { return !aFileIsUnfinished(); });  // the processes of the files notice it
     const auto finished = outputs();

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
@@ -34,6 +35,33 @@ std::string contentsOf(int file) {
     while ((count = read(file, piece.data(), piece.size())) > 0)
         contents.append(piece.data(), static_cast<size_t>(count));
     return contents;
+}
+
+// Returns the processes that a process has started and that have not been waited for.
+std::vector<pid_t> childrenOf(pid_t process) {
+    std::vector<pid_t> children;
+    std::error_code gone;
+    const std::filesystem::path tasks = "/proc/" + std::to_string(process) + "/task";
+    for (const auto& task : std::filesystem::directory_iterator(tasks, gone)) {
+        std::ifstream list(task.path() / "children");
+        for (pid_t child = 0; list >> child;) children.push_back(child);
+    }
+    return children;
+}
+
+// Returns true if no thread of a process can run: each is stopped, or has ended.
+bool standsStill(pid_t process) {
+    std::error_code gone;
+    const std::filesystem::path tasks = "/proc/" + std::to_string(process) + "/task";
+    for (const auto& task : std::filesystem::directory_iterator(tasks, gone)) {
+        std::ifstream file(task.path() / "stat");
+        std::string line;
+        std::getline(file, line);
+        const size_t name_end = line.rfind(')');  // the state follows the name in brackets
+        if (name_end != std::string::npos && std::string("TZX").find(line[name_end + 2]) == std::string::npos)
+            return false;
+    }
+    return true;
 }
 
 // Runs in the child, so it makes only calls that are safe after fork.
@@ -99,6 +127,23 @@ bool Process::handles(int signal) const {
 
 void Process::send(int signal) const {
     if (!has_ended_) kill(pid_, signal);
+}
+
+void Process::pause() {
+    const auto stop = [this](pid_t process) {
+        kill(process, SIGSTOP);
+        paused_.push_back(process);
+        while (!standsStill(process)) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    };
+    stop(pid_);
+    for (const pid_t child : childrenOf(pid_)) stop(child);
+}
+
+void Process::resume() {
+    for (const pid_t process : paused_) {
+        if (process != pid_ || !has_ended_) kill(process, SIGCONT);
+    }
+    paused_.clear();
 }
 
 ProcessResult Process::wait(std::chrono::seconds limit) {

@@ -36,6 +36,12 @@ class Process {
     bool handles(int signal) const;
     void send(int signal) const;
 
+    /** Stops the program and then the programs that it has started. Returns when all of their threads stand
+     *  still. A program that ends meanwhile counts as still. */
+    void pause();
+    /** Lets all of them go on that are left. */
+    void resume();
+
     /** Waits for the end of the program. Kills it after `limit`; the result then holds SIGKILL. */
     ProcessResult wait(std::chrono::seconds limit = std::chrono::seconds(60));
 
@@ -45,6 +51,7 @@ class Process {
     pid_t pid_ = -1;
     bool has_ended_ = false;
     int status_ = 0;
+    std::vector<pid_t> paused_;
     int out_ = -1;  // descriptors of unlinked temporary files
     int err_ = -1;
 };
