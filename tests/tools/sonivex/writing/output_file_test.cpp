@@ -17,7 +17,7 @@ namespace {
 
 std::deque<int> errors_of_fsync;  // of the next calls; the calls after them succeed
 int fsyncs = 0;
-int empty_writes = 0;  // how many of the next writes take nothing
+int empty_writes = 0;    // how many of the next writes take nothing
 int error_of_close = 0;  // of the next call; 0: none
 
 }  // namespace
