@@ -1,6 +1,6 @@
 // Files of measured heads. The input is the file. The reader either refuses it with a reason, or returns a
 // head that keeps what head_measurements.h promises. libmysofa, which is not built for fuzzing, goes round in
-// very long loops in some damaged files; such an input is left after two seconds, with the memory that it
+// very long loops in some damaged files; such an input is left after a second, with the memory that it
 // holds.
 
 #include "sofa_file.h"
@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int kLongest_s = 2;  // of a processor's time
+constexpr int kLongest_s = 1;  // of a processor's time
 
 sigjmp_buf before_reading;
 

@@ -15,6 +15,7 @@
 #include "sofa_file.h"
 #include "table_facts.h"
 #include "table_writer.h"
+#include "trial_read.h"
 
 namespace sonivex_irgen {
 namespace {
@@ -59,6 +60,7 @@ void printReport(const std::vector<TableSet>& sets, double head_radius_m, std::o
 }
 
 void makeTables(const Options& options, std::ostream& out) {
+    tryReading(options.sofa);
     const HeadMeasurements measurements = readSofaFile(options.sofa);
     ReplacementFile file(options.out);
     const double radius_m = fitHeadRadius_m(measurements);
