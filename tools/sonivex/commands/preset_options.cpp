@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 #include <sstream>
+#include <string_view>
 
 #include "effect_names.h"
 #include "failure.h"
@@ -51,18 +52,22 @@ bool isFlag(const CLI::Option& option) {
     return option.get_expected_max() == 0;
 }
 
-// The syntax of presets has no escapes: a quote ends a text, and a line ends with its line.
+// The syntax of presets has no escapes, and its reader takes some characters for itself even in quotes. Every
+// value that means something consists of these.
 bool canStandInAPreset(const std::string& value) {
-    constexpr unsigned char kDelete = 0x7F;
-    return std::none_of(value.begin(), value.end(), [](unsigned char byte) {
-        return byte < ' ' || byte == kDelete || byte == '"' || byte == '\'' || byte == '`' || byte == '\\';
+    return std::all_of(value.begin(), value.end(), [](char character) {
+        const bool is_letter =
+            (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+        const bool is_digit = character >= '0' && character <= '9';
+        return is_letter || is_digit ||
+               std::string_view("_-+.,:/()").find(character) != std::string_view::npos;
     });
 }
 
 [[noreturn]] void refuseToSave(const std::string& name, const std::string& value) {
     std::string why = "cannot save --";
     why.append(name).append(" in a preset: \"").append(value);
-    throw Failure(ExitCode::Usage, why.append("\" has a quote, a backslash or a control character in it"));
+    throw Failure(ExitCode::Usage, why.append("\" has a character that it cannot hold"));
 }
 
 /** Applies the items of one preset, and knows what the command line itself has. */

@@ -23,8 +23,8 @@ void applyPreset(CLI::App& command, const std::string& text, const std::string& 
 
 /** Returns a preset of the options that the command line and its preset have set.
  *
- *  @throw Failure (Usage) for a value that a preset cannot hold: one with a quote, a backslash or a control
- *         character */
+ *  @throw Failure (Usage) for a value that a preset cannot hold: one with anything but letters, digits and
+ *         the characters _-+.,:/() */
 std::string presetOf(const CLI::App& command);
 
 }  // namespace sonivex_tool

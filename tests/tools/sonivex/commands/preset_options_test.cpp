@@ -120,7 +120,7 @@ TEST_F(PresetOptions, AFlagIsSavedAsTrueOrFalseHoweverItWasSet) {
 }
 
 TEST_F(PresetOptions, AValueThatAPresetCannotHoldIsNotSaved) {
-    for (const std::string value : {"a'\"b", "flac\nvoice = 9", "a\\", "`"}) {
+    for (const std::string value : {"a'\"b", "flac\nvoice = 9", "a\\", "`", "#a b=c"}) {
         CLI::App app;
         RenderChoices choices;
         sonivex_tool::addRenderOptions(app, choices);
