@@ -1,7 +1,7 @@
 // Plays hours of audio faster than real time, in all ways in which the product is used at once, and checks
 // that nothing grows and that no frame is lost without a log line.
 //
-//     soak [--minutes N] [--seed N]      6000 minutes (100 hours) and seed 1 without options
+//     soak [--minutes N] [--seed N]      6000 (100 hours) and 1 without options, 1000000 at most
 //
 // The audio is cut into laps: hours, or tenths of a shorter soak. After each lap everything rests, and the
 // program prints what the process holds. What it holds then must be what it held after the first lap.
@@ -70,11 +70,14 @@ struct Arguments {
     std::uint64_t seed = 1;
 };
 
-int numberOf(const char* text) {
+constexpr int kMostMinutes = 1'000'000;
+constexpr int kHighestSeed = 1'000'000;
+
+int numberOf(const char* text, int highest) {
     char* end = nullptr;
     const long number = std::strtol(text, &end, 10);
-    if (end == text || *end != '\0' || number < 1 || number > 1'000'000) {
-        std::fprintf(stderr, "soak: \"%s\" is no number above 0\n", text);
+    if (end == text || *end != '\0' || number < 1 || number > highest) {
+        std::fprintf(stderr, "soak: \"%s\" is no number from 1 to %d\n", text, highest);
         std::exit(2);
     }
     return static_cast<int>(number);
@@ -88,8 +91,10 @@ Arguments argumentsOf(int count, char** texts) {
             std::fputs("usage: soak [--minutes N] [--seed N]\n", stderr);
             std::exit(2);
         }
-        if (option == "--minutes") arguments.minutes = numberOf(texts[i + 1]);
-        if (option == "--seed") arguments.seed = static_cast<std::uint64_t>(numberOf(texts[i + 1]));
+        if (option == "--minutes") arguments.minutes = numberOf(texts[i + 1], kMostMinutes);
+        if (option == "--seed") {
+            arguments.seed = static_cast<std::uint64_t>(numberOf(texts[i + 1], kHighestSeed));
+        }
     }
     return arguments;
 }
