@@ -23,6 +23,13 @@ class Lane {
     virtual void play(double audio_s) = 0;
     /** Returns what became of all frames so far. Call it while the lane does not play. */
     virtual HostCounts counts() const = 0;
+    /** Returns the part of the frames that came out which an effect has processed, 0 to 1. */
+    virtual double processedPart() const {
+        const HostCounts so_far = counts();
+        return so_far.pulled == 0
+                   ? 0
+                   : static_cast<double>(so_far.processed) / static_cast<double>(so_far.pulled);
+    }
 };
 
 /** Filters in the hands of a random host that plays. */
