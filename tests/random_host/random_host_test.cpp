@@ -97,7 +97,14 @@ TEST_F(RandomHosts, FindEveryPromiseKeptByFiltersWithWorkers) {
          .longest_wait_us = 20'000},
         {.workers = Habits::Workers::kSometimes, .may_dump = true, .longest_wait_us = 20'000},
     };
-    for (std::uint64_t round = 0; round < rounds() && !HasFailure(); ++round) {
+    // How many frames workers finish in time is up to the scheduler.
+    constexpr std::uint64_t kMostRounds = 20;
+    const auto has_seen_enough = [](const HostCounts& all) {
+        return all.processed > 100 && all.given_up > 10 && all.flushes > 30 && all.filters > 30;
+    };
+    HostCounts all;
+    for (std::uint64_t round = 0; !HasFailure(); ++round) {
+        if (round >= rounds() && (has_seen_enough(all) || round >= kMostRounds * rounds())) break;
         std::array<HostCounts, std::size(kHabits)> counts;
         {
             std::vector<std::jthread> threads;
@@ -106,14 +113,13 @@ TEST_F(RandomHosts, FindEveryPromiseKeptByFiltersWithWorkers) {
                     [&, i] { counts[i] = run(firstSeed() + round * counts.size() + i, 1000, kHabits[i]); });
             }
         }
-        HostCounts all;
         for (const HostCounts& each : counts) all += each;
         log().checkAtRest();
-        EXPECT_GT(all.processed, 100u);
-        EXPECT_GT(all.given_up, 10u);
-        EXPECT_GT(all.flushes, 30u);
-        EXPECT_GT(all.filters, 30u);
     }
+    EXPECT_GT(all.processed, 100u);
+    EXPECT_GT(all.given_up, 10u);
+    EXPECT_GT(all.flushes, 30u);
+    EXPECT_GT(all.filters, 30u);
 }
 
 }  // namespace
