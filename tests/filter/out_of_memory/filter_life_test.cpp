@@ -84,16 +84,15 @@ class LifeOfAFilter {
             EXPECT_TRUE(memory_.hasFailed());
             filter_.reset(new Vorlin::sonivexFilter({}, {}, false));
         }
-        int events = 0;
-        filter_->setDCA([&events](int, const std::string& event) {
+        filter_->setDCA([this](int, const std::string& event) {
             EXPECT_EQ(event.rfind("SonivexFilter:", 0), 0U) << event;
-            ++events;
+            ++events_;
         });
         memory_.during([&] { EXPECT_TRUE(filter_->init(0)); });
         setOptions();
         filter_->setInvalid(false);
         playFrames(life_.first);
-        reportRates(events);
+        reportRates();
         const std::string target = "a target whose name is too long to be kept without memory";
         memory_.during([&] {
             filter_->flush();
@@ -144,7 +143,7 @@ class LifeOfAFilter {
         EXPECT_TRUE(filter_->setOption(options_key, options, none));
     }
 
-    void reportRates(int& events) {
+    void reportRates() {
         static const std::string rate_key = filterPrototype::VIDEO_FPS_OPTION;
         static const std::string speed_key = filterPrototype::PLAYER_SPEED_OPTION;
         const std::string high = "100";
@@ -156,14 +155,14 @@ class LifeOfAFilter {
             filter_->setOption(rate_key, usual, none);
             filter_->setOption(speed_key, normal, none);
         });
-        EXPECT_EQ(events, 2) << "the player must hear of an overload and of its end";
+        EXPECT_EQ(events_, 2) << "the player must hear of an overload and of its end";
         memory_.during([&] {
             for (int i = 0; i < 200; ++i) filter_->checkTimeConsume(20);
             for (int i = 0; i < 20; ++i) filter_->checkTimeConsume(100);
         });
         // A guard that gets no memory at all cannot measure.
         if (isOneFailure()) {
-            EXPECT_EQ(events, 3) << "the player must hear that the filter works too slowly";
+            EXPECT_EQ(events_, 3) << "the player must hear that the filter works too slowly";
         }
         filter_->setInvalid(false);
     }
@@ -200,8 +199,9 @@ class LifeOfAFilter {
     const Life& life_;
     FailingMemory& memory_;
     LineCount log_;
-    std::unique_ptr<Vorlin::IAudioFilter> filter_;
+    int events_ = 0;  // that the player heard of
     int lost_ = 0;
+    std::unique_ptr<Vorlin::IAudioFilter> filter_;
 };
 
 class FilterLifeOutOfMemory : public testing::TestWithParam<Life> {
