@@ -21,7 +21,7 @@ inline int sweepStride(int usual) {
     return failsEveryCall() ? 1 : usual;
 }
 
-/** What a sweep did. */
+/** Counts the work of a sweep. */
 struct Sweep {
     int requests = 0;  // of the work when none fails
     int runs = 0;      // with a failing request

@@ -19,7 +19,7 @@ namespace {
 using std::chrono::milliseconds;
 using ::test::VirtualClock;
 
-// What a SlowFilter does; the test sets it.
+// Sets the manner of a SlowFilter.
 struct Slowness {
     VirtualClock clock;
     milliseconds refusal{0};  // time that each refused push takes

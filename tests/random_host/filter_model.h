@@ -1,4 +1,4 @@
-// What a filter without a worker does with each frame.
+// Foretells what a filter without a worker does with each frame.
 #pragma once
 
 #include <cstdint>

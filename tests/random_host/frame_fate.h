@@ -11,7 +11,7 @@
 
 namespace test {
 
-/** What became of a frame. */
+/** Says where a frame is or how it ended. */
 enum class Fate {
     kWithHost,           // not handed in yet, or refused
     kInside,             // the filter has it

@@ -32,7 +32,7 @@ struct AVBufferDeleter {
     void operator()(AVBufferRef* buffer) const { av_buffer_unref(&buffer); }
 };
 
-/** What a host remembers of a frame after it has pushed it. */
+/** Keeps a frame's description for its host after the push. */
 struct FrameNote {
     enum class Kind {
         kNull,            // no frame at all

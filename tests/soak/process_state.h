@@ -6,7 +6,7 @@
 
 namespace test {
 
-/** What a process holds. */
+/** Counts what a process holds. */
 struct ProcessState {
     LiveMemory memory;
     std::int64_t resident_bytes = 0;

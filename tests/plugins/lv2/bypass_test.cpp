@@ -87,7 +87,7 @@ TEST(Lv2Bypass, IsTheInputInStepWithTheEffect) {
     }
 }
 
-// What was switched while the plug-in did not run is heard from the first frame on, without a fade.
+// A switch while the plug-in does not run is heard from the first frame on, without a fade.
 TEST(Lv2Bypass, IsInForceAtOnceAfterAnActivation) {
     constexpr std::size_t kBlock = 4096;
     const test::Lv2Kind& kind = test::kNormalizerStereo;

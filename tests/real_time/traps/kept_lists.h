@@ -9,42 +9,42 @@
 
 namespace test {
 
-/** What a frame needs in the filter if an effect processes it. */
+/** Lists what the filter needs for a frame that an effect processes. */
 inline constexpr Kept kEachFrame[] = {
     Kept::kFrameAlloc,  Kept::kFrameFree,   Kept::kFrameProperties, Kept::kSideData,   Kept::kDictionary,
     Kept::kFrameBuffer, Kept::kBufferAlloc, Kept::kBufferUnref,     Kept::kGraphInput, Kept::kGraphOutput,
     Kept::kNewArray,    Kept::kDeleteArray, Kept::kMixer,
 };
 
-/** What the first frame of a stream needs there in addition. */
+/** Lists what it needs in addition for the first frame of a stream. */
 inline constexpr Kept kFirstFrame[] = {
     Kept::kGraphAlloc,     Kept::kGraphFilter,      Kept::kGraphFilterInit, Kept::kGraphNewFilter,
     Kept::kGraphOption,    Kept::kGraphLink,        Kept::kGraphConfig,     Kept::kCreateSurround,
     Kept::kCreateDialogue, Kept::kCreateNormalizer,
 };
 
-/** What a frame needs that the filter gives up. */
+/** Lists what the filter needs for a frame that it gives up. */
 inline constexpr Kept kLostFrame[] = {Kept::kFrameFree, Kept::kDelete};
 
-/** What the worker does between two frames. */
+/** Lists the worker's calls between two frames. */
 inline constexpr Kept kBetweenFrames[] = {Kept::kMutex, Kept::kSleep};
 
-/** What Player::push needs to cut the stream into calls and to put their samples into frames. */
+/** Lists what Player::push needs to cut the stream into calls and to put their samples into frames. */
 inline constexpr Kept kEachPush[] = {
     Kept::kNew,        Kept::kDelete,      Kept::kFrameAlloc,      Kept::kFrameClone, Kept::kFrameFree,
     Kept::kFrameUnref, Kept::kFrameBuffer, Kept::kFrameProperties, Kept::kFifoWrite,
 };
 
-/** What it needs in addition for the first frame of a stream. */
+/** Lists what Player::push needs in addition for the first frame of a stream. */
 inline constexpr Kept kFirstPush[] = {Kept::kFifoAlloc};
 
-/** What it needs in addition while it watches a worker. */
+/** Lists what Player::push needs in addition while it watches a worker. */
 inline constexpr Kept kWatch[] = {Kept::kMutex, Kept::kClock, Kept::kSleep};
 
-/** What the filter does with a frame that it dumps. */
+/** Lists the filter's calls for a frame that it dumps. */
 inline constexpr Kept kDump[] = {Kept::kDump};
 
-/** What either does with a message that the log's threshold lets through. */
+/** Lists the calls of either for a message that the log's threshold lets through. */
 inline constexpr Kept kLog[] = {Kept::kLog};
 
 /** Joins two lists. */

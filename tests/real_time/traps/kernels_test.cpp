@@ -1,4 +1,5 @@
-// What stands inside surround: its reverb and its scalar definition. The timing of all effects.
+// Traps the kernels inside surround, which are its reverb and its scalar definition, and the timing of all
+// effects.
 #include <gtest/gtest.h>
 
 #include <cstddef>
