@@ -1,5 +1,6 @@
 // Makes every call of the FFmpeg libraries fail that the filter makes and that can fail. The table names all
-// places in the filter's sources that call these libraries, so a new one needs a line here.
+// places in the filter's sources and in av_compat.h that call these libraries, so a new one needs a line
+// here.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -29,6 +30,7 @@ struct CallSites {
 };
 
 constexpr CallSites kCanFail[] = {
+    {"av_compat.h", "av_channel_layout_copy", 1},
     {"frame_properties.cpp", "av_frame_alloc", 1},
     {"frame_properties.cpp", "av_frame_copy_props", 2},
     {"input_graph.cpp", "av_buffersink_get_frame", 1},
@@ -58,6 +60,9 @@ constexpr CallSites kCanFail[] = {
 
 constexpr CallSites kCannotFail[] = {
     {"SonivexFilter.cpp", "avfilter_register_all", 1},
+    {"av_compat.h", "av_channel_layout_default", 2},
+    {"av_compat.h", "av_channel_layout_uninit", 2},
+    {"av_compat.h", "avfilter_register_all", 1},
     {"frame_checks.cpp", "av_buffer_is_writable", 1},
     {"frame_checks.cpp", "av_frame_get_plane_buffer", 1},  // a question; the filter obeys the answer
     {"frame_checks.cpp", "av_get_bytes_per_sample", 1},
@@ -82,18 +87,23 @@ SitesByName sitesInTheTable() {
     return sites;
 }
 
+void addSitesIn(const std::filesystem::path& source, SitesByName& sites) {
+    static const std::regex call(R"(\b((?:av|avfilter|sws|swr)_[a-z_0-9]+)\()");
+    std::ifstream file(source);
+    for (std::string line; std::getline(file, line);) {
+        line.resize(std::min(line.find("//"), line.size()));
+        for (std::sregex_iterator found(line.begin(), line.end(), call), end; found != end; ++found) {
+            ++sites[{source.filename().string(), (*found)[1].str()}];
+        }
+    }
+}
+
 SitesByName sitesInTheSources() {
     SitesByName sites;
-    const std::regex call(R"(\b((?:av|avfilter|sws|swr)_[a-z_0-9]+)\()");
-    for (const auto& entry : std::filesystem::directory_iterator(SONIVEX_FILTER_SOURCES)) {
-        if (entry.path().extension() != ".cpp") continue;
-        std::ifstream file(entry.path());
-        for (std::string line; std::getline(file, line);) {
-            line.resize(std::min(line.find("//"), line.size()));
-            for (std::sregex_iterator found(line.begin(), line.end(), call), end; found != end; ++found) {
-                ++sites[{entry.path().filename().string(), (*found)[1].str()}];
-            }
-        }
+    addSitesIn(SONIVEX_AV_COMPAT, sites);
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(SONIVEX_FILTER_SOURCES)) {
+        const auto extension = entry.path().extension();
+        if (extension == ".cpp" || extension == ".h") addSitesIn(entry.path(), sites);
     }
     return sites;
 }
@@ -129,6 +139,7 @@ Way throughBothGraphs() {
                  {"av_frame_copy_props", 2},
                  {"av_buffersink_get_frame", 2},
                  {"av_buffersrc_add_frame", 2},
+                 {"av_channel_layout_copy", 3},
                  {"av_channel_layout_describe", 1},
                  {"av_channel_layout_from_mask", 2},
                  {"av_opt_set", 2},
