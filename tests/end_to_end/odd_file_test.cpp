@@ -5,6 +5,7 @@
 
 #include "end_to_end/media/decoded_input.h"
 #include "end_to_end/media/media.h"
+#include "support/processes/loopback_listener.h"
 
 namespace {
 
@@ -35,8 +36,11 @@ TEST_F(OddFile, ThatListsOthersReadsThoseBesideItButNoAddress) {
     test::makeNoise(file("other.wav"), 2);
     test::writeFile(file("list"), "ffconcat version 1.0\nfile other.wav\n");
     EXPECT_EQ(readInput(file("list")).samples, test::decode16(file("other.wav")));
-    test::writeFile(file("addresses"), "ffconcat version 1.0\nfile http://127.0.0.1:9/a.wav\n");
-    EXPECT_EQ(run({file("addresses"), file("out.wav"), "--quiet"}).exit_code, 3);
+    const test::LoopbackListener listener;
+    test::writeFile(file("addresses.m3u8"), "#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\nhttp://" +
+                                                listener.address() + "/a.ts\n#EXT-X-ENDLIST\n");
+    EXPECT_EQ(run({file("addresses.m3u8"), file("out.wav"), "--quiet"}).exit_code, 3);
+    EXPECT_FALSE(listener.wasConnected());
     test::writeFile(file("session"),
                     "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=-\nc=IN IP4 127.0.0.1\nt=0 0\nm=audio 9 RTP/AVP 0\n");
     EXPECT_EQ(run({file("session"), file("out.wav"), "--quiet"}).exit_code, 3);

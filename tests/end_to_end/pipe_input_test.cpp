@@ -10,6 +10,7 @@
 
 #include "end_to_end/media/decoded_input.h"
 #include "end_to_end/media/media.h"
+#include "support/processes/loopback_listener.h"
 
 namespace {
 
@@ -57,10 +58,11 @@ TEST_F(PipeInput, ClosedOrEmptyStandardInputIsAnError) {
 // A session description would otherwise wait for packets from the network.
 TEST_F(PipeInput, MayNotNameOtherFilesOrAddresses) {
     test::makeNoise(file("other.wav"), 2);
+    const test::LoopbackListener listener;
     const std::string segments = "#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\n";
     const std::pair<const char*, std::string> descriptions[] = {
         {"list", "ffconcat version 1.0\nfile other.wav\n"},
-        {"segments", segments + "http://127.0.0.1:9/a.ts\n#EXT-X-ENDLIST\n"},
+        {"segments", segments + "http://" + listener.address() + "/a.ts\n#EXT-X-ENDLIST\n"},
         {"local segments", segments + "other.wav\n#EXT-X-ENDLIST\n"},
         {"session", "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=-\nc=IN IP4 127.0.0.1\nt=0 0\nm=audio 9 RTP/AVP 0\n"}};
     for (const auto& [name, text] : descriptions) {
@@ -69,6 +71,7 @@ TEST_F(PipeInput, MayNotNameOtherFilesOrAddresses) {
         const auto run = runRedirected("<'" + file("description") + "'", {"-", file("out.wav"), "--quiet"});
         EXPECT_EQ(run.exit_code, 3) << run.err;
         EXPECT_THAT(run.err, HasSubstr("cannot open \"-\""));
+        EXPECT_FALSE(listener.wasConnected());
         EXPECT_FALSE(std::filesystem::exists(file("out.wav")));
     }
 }
