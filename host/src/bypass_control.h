@@ -35,7 +35,7 @@ class BypassControl {
     /** Ends the reason `overload`. */
     void retryAfterOverload();
 
-    /** What became of a reported number. */
+    /** Tells whether the filter took a reported number. */
     enum class RateAnswer {
         Taken,
         Refused,   // malformed or out of range for the filter

@@ -9,7 +9,7 @@ namespace sonivex_irgen {
 inline constexpr int kLongestRead_s = 20;
 
 /** Lets libmysofa read a file in another process, because some damaged files send it round an endless loop.
- *  What it says of the file does not count. A system that gives no process is no reason to refuse the file.
+ *  The trial does not judge the file. A system that gives no process is no reason to refuse the file.
  *  @param longest_s of a processor's time
  *  Throws UnusableHead if it takes longer or crashes. */
 void tryReading(const std::string& path, int longest_s = kLongestRead_s);
