@@ -1,9 +1,10 @@
 #include "SonivexFilter.h"
 
 #include <algorithm>
-#include <exception>
 #include <new>
+#include <system_error>
 
+#include "prepare_to_throw.h"
 #include "vorlin/av_compat.h"
 #include "vorlin/log.h"
 
@@ -18,6 +19,8 @@ std::string kInitialStr;
 // `push` accepts a frame while no more frames than these wait.
 constexpr std::size_t kMaxWaitingForWorker = 1;
 constexpr std::size_t kMaxWaitingForPull = 2;
+
+constexpr char kNoMemory[] = "out of memory";
 
 std::string eventOf(const char* name) {
     return std::string(kFilterName) + ":" + name;
@@ -47,24 +50,40 @@ sonivexFilter::~sonivexFilter() {
 }
 
 bool sonivexFilter::init(uint64_t) {
+    // The player's thread runs the loop if there is no worker.
+    const bool is_ready = sonivex::prepareToThrow();
     __log_print(LOG_INFO, kFilterName, "sonivex init");
-    if (mActive && !mThread) startWorker();
+    if (!mActive || mThread) return true;
+    if (is_ready) {
+        startWorker();
+    } else {
+        goOnWithoutWorker(kNoMemory);
+    }
     return true;
 }
 
-// If the system gives no thread, the filter works inside `push` until a later `init` gets one.
 void sonivexFilter::startWorker() {
-    mIsWithoutThread = false;  // set before the worker runs, because the worker reads it
+    // Both are set before the worker runs, because it reads them.
+    mIsWithoutThread = false;
+    mWorkerCanThrow = false;
     try {
-        auto worker = std::make_unique<qfThread>([this] { return FilterLoop(); }, kFilterName);
+        auto worker = std::make_unique<qfThread>([this] { return runWorker(); }, kFilterName);
         worker->start();
         mThread = std::move(worker);
-    } catch (const std::exception& error) {
-        mIsWithoutThread = true;
-        __log_print(LOG_ERROR, kFilterName,
-                    "sonivex: cannot start the worker thread: %s; frames are processed inside push",
-                    error.what());
+    } catch (const std::bad_alloc&) {
+        goOnWithoutWorker(kNoMemory);
+    } catch (const std::system_error& error) {
+        goOnWithoutWorker(error.what());
     }
+}
+
+void sonivexFilter::goOnWithoutWorker(const char* reason) {
+    mIsWithoutThread = true;
+    __log_print(
+        LOG_ERROR, kFilterName,
+        "sonivex: cannot start the worker thread (%s); push processes frames on the player's thread until "
+        "a later init starts the worker",
+        reason);
 }
 
 bool sonivexFilter::worksInsidePush() const {
@@ -117,11 +136,11 @@ bool sonivexFilter::is_supported(const std::string& name, int, int, int) {
 
 IAudioFilter* sonivexFilter::clone(IQFFrame::audioInfo src, IQFFrame::audioInfo dst, bool active) {
     try {
-        return new sonivexFilter(src, dst, active);
-    } catch (const std::bad_alloc&) {
-        __log_print(LOG_ERROR, kFilterName, "sonivex: no memory for a filter");
-        return nullptr;
+        if (sonivex::prepareToThrow()) return new sonivexFilter(src, dst, active);
+    } catch (const std::bad_alloc&) {  // is reported below
     }
+    __log_print(LOG_ERROR, kFilterName, "sonivex: no memory for a filter");
+    return nullptr;
 }
 
 void sonivexFilter::setCurrentTarget(const std::string& target) {

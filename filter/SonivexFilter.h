@@ -142,9 +142,11 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
 
     // SonivexFilter.cpp
     void startWorker();
+    void goOnWithoutWorker(const char* reason);
     bool worksInsidePush() const;
 
     // worker_loop.cpp
+    int runWorker();
     int FilterLoop();
     void handOut(std::unique_ptr<IQFFrame> frame);
     Outcome handleFrame(IQFFrame* frame);
@@ -214,6 +216,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
     std::vector<std::string> mSupportedNames{"sonivex"};
     std::unique_ptr<qfThread> mThread;
     bool mIsWithoutThread = false;                // the last `init` of an active filter got no thread
+    bool mWorkerCanThrow = false;                 // the worker has had memory to prepare for exceptions
     SpscQueue<IQFFrame*> mOutQueue{kQueueSlots};  // filled by the worker, emptied by `pull`
     SpscQueue<IQFFrame*> mInQueue{kQueueSlots};   // filled by `push`, emptied by the worker
     std::atomic<bool> mInvalid{true};

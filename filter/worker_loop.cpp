@@ -7,10 +7,12 @@ extern "C" {
 }
 
 #include <exception>
+#include <new>
 
 #include "SonivexFilter.h"
 #include "effects.h"
 #include "frame_checks.h"
+#include "prepare_to_throw.h"
 #include "vorlin/log.h"
 
 namespace Vorlin {
@@ -26,6 +28,14 @@ bool isSupportedChannelCount(int channels) {
 
 }  // namespace
 
+// The body of the worker. Frames wait until its thread can throw, so that a lack of memory costs frames only.
+int sonivexFilter::runWorker() {
+    if (!mWorkerCanThrow) mWorkerCanThrow = sonivex::prepareToThrow();
+    if (mWorkerCanThrow) return FilterLoop();
+    qf_msleep(kIdleSleep_ms);
+    return 0;
+}
+
 int sonivexFilter::FilterLoop() {
     for (;;) {
         IQFFrame* taken = nullptr;
@@ -38,8 +48,10 @@ int sonivexFilter::FilterLoop() {
         Outcome outcome;
         try {
             outcome = handleFrame(frame.get());
+        } catch (const std::bad_alloc&) {
+            // The frame is lost, but the worker and the player's process go on.
+            __log_print(LOG_ERROR, kFilterName, "sonivex: frame lost: out of memory");
         } catch (const std::exception& error) {
-            // Memory ran out. The frame is lost, but the worker and the player's process go on.
             __log_print(LOG_ERROR, kFilterName, "sonivex: frame lost: %s", error.what());
         }
 

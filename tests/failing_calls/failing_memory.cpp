@@ -35,13 +35,15 @@ using Which = test::FailingMemory::Which;
 
 thread_local bool is_counting = false;
 thread_local bool is_inside_swr_init = false;
-thread_local bool counts_inside_swr_init = false;
-thread_local bool counts_only_libavutil = false;
-thread_local int first_to_fail = 0;
-thread_local Which which_fail = Which::kOne;
-thread_local int requests_so_far = 0;
-thread_local bool has_one_failed = false;
-thread_local int living = 0;
+
+// Only a thread that is counting uses these, and no two threads count at the same time.
+bool counts_inside_swr_init = false;
+bool counts_only_libavutil = false;
+int first_to_fail = 0;
+Which which_fail = Which::kOne;
+int requests_so_far = 0;
+bool has_one_failed = false;
+int living = 0;
 
 // The allocators that C++ uses, and those that only libavutil uses.
 enum class User { kAny, kLibavutil };

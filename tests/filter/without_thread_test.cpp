@@ -16,9 +16,9 @@ namespace {
 using Vorlin::IQFFrame;
 
 constexpr char kNoThread[] =
-    "16 sonivex: cannot start the worker thread: no thread: Resource temporarily unavailable; frames are "
-    "processed "
-    "inside push";
+    "16 sonivex: cannot start the worker thread (no thread: Resource temporarily unavailable); push "
+    "processes "
+    "frames on the player's thread until a later init starts the worker";
 
 // A frame that the filter passes on, and that records the thread that read its description.
 class WatchingFrame : public IQFFrame {

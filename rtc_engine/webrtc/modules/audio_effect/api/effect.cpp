@@ -6,6 +6,7 @@
 
 #include "effect_kinds.h"
 #include "effect_state.h"
+#include "prepare_to_throw.h"
 #include "rounding.h"
 #include "sample_rounding.h"
 
@@ -47,6 +48,7 @@ int create(SonivexEffect** effect, int kind_number, const EffectSettings& settin
     const EffectKind* const kind = findEffectKind(kind_number);
     if (kind == nullptr) return SONIVEX_ERROR_NOT_BUILT;
     if (const int status = kind->check(settings); status != SONIVEX_OK) return status;
+    if (!sonivex::prepareToThrow()) return SONIVEX_ERROR_MEMORY;
     try {
         *effect = makeEffect(*kind, settings).release();
     } catch (const std::bad_alloc&) {

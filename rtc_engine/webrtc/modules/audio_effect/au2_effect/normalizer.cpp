@@ -14,6 +14,7 @@
 #include "mixer.h"
 #include "normalizer_control.h"
 #include "pcm.h"
+#include "prepare_to_throw.h"
 #include "rounding.h"
 #include "sample_ring.h"
 #include "serve_call.h"
@@ -123,6 +124,7 @@ void resetNormalizer(void* handle) {
 
 void* aem_CreateNormalizer(int channels, int sampleRate) {
     const sonivex::RoundingToNearest rounding;
+    if (!sonivex::prepareToThrow()) return reportFailedCreation();
     auto handle = makeHandle(channels, sampleRate, mixcreat);
     return handle == nullptr ? reportFailedCreation() : handle.release();
 }

@@ -13,6 +13,7 @@
 #include "effect_log.h"
 #include "effect_timing.h"
 #include "framing.h"
+#include "prepare_to_throw.h"
 #include "rounding.h"
 #include "sample_ring.h"
 #include "serve_call.h"
@@ -135,7 +136,8 @@ void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, d
     if (!isFiniteAsFloat(gainFloor) || !isFiniteAsFloat(gainScale) || !isFiniteAsFloat(voiceLevel)) {
         return nullptr;
     }
-    std::unique_ptr<DialoguEnhanceHandle> handle(new (std::nothrow) DialoguEnhanceHandle{});
+    std::unique_ptr<DialoguEnhanceHandle> handle;
+    if (sonivex::prepareToThrow()) handle.reset(new (std::nothrow) DialoguEnhanceHandle{});
     if (handle == nullptr) {
         std::puts("[audio]::kv dialoguenhance handle is created failed.");
         return nullptr;

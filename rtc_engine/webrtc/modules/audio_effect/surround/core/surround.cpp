@@ -8,6 +8,7 @@
 #include "au2_limiter_owner.h"
 #include "effect_log.h"
 #include "layouts.h"
+#include "prepare_to_throw.h"
 #include "rounding.h"
 #include "surround_control.h"
 #include "surround_handle.h"
@@ -138,11 +139,11 @@ void resetSurround(void* handle) {
 void* aem_CreateSurround(int channels, int sampleRate, int type, int mode, int limiter) {
     const sonivex::RoundingToNearest rounding;
     try {
-        return createHandle(channels, sampleRate, type, mode, limiter);
-    } catch (const std::exception&) {
-        log(kLogLineNoMemory, kLogNoMemory);
-        return nullptr;
+        if (sonivex::prepareToThrow()) return createHandle(channels, sampleRate, type, mode, limiter);
+    } catch (const std::exception&) {  // is reported below
     }
+    log(kLogLineNoMemory, kLogNoMemory);
+    return nullptr;
 }
 
 int aem_ProcessSurround(void* handle, const short* in, short* out, int frames) {
