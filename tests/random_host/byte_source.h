@@ -10,7 +10,10 @@
 
 namespace test {
 
-/** Gives bytes, and numbers made of them. A source that is over gives zeros. */
+/** Gives bytes, and numbers made of them. A source that is over gives zeros.
+ *
+ *  Two arguments of one call must not both read from a source: compilers evaluate them in different orders, and
+ *  the same seed would make different hosts. */
 class ByteSource {
   public:
     ByteSource() = default;

@@ -90,7 +90,7 @@ void RandomHost::stepHostile() {
             current().flush();
             break;
         case 10:
-            current().listen(!bytes_.oneIn(4), bytes_.oneIn(2));
+            listen();
             break;
         case 11:
             askAround();
@@ -203,7 +203,9 @@ void RandomHost::sendOption() {
     }
     const std::string key = bytes_.oneIn(2) ? filterPrototype::FILTER_OPTION : bytes_.text(16);
     try {
-        filter.setOption(key, bytes_.text(64), bytes_.text(4));
+        const std::string value = bytes_.text(64);
+        const std::string unit = bytes_.text(4);
+        filter.setOption(key, value, unit);
     } catch (const std::invalid_argument&) {
         promise(key == filterPrototype::VIDEO_FPS_OPTION || key == filterPrototype::PLAYER_SPEED_OPTION,
                 "only a number can be refused by an exception");
@@ -211,9 +213,15 @@ void RandomHost::sendOption() {
 }
 
 void RandomHost::sendNumber() {
-    current().setNumber(
-        bytes_.oneIn(2) ? filterPrototype::VIDEO_FPS_OPTION : filterPrototype::PLAYER_SPEED_OPTION,
-        numberOption(bytes_));
+    const char* const option =
+        bytes_.oneIn(2) ? filterPrototype::VIDEO_FPS_OPTION : filterPrototype::PLAYER_SPEED_OPTION;
+    current().setNumber(option, numberOption(bytes_));
+}
+
+void RandomHost::listen() {
+    const bool hears = !bytes_.oneIn(4);
+    const bool obeys = bytes_.oneIn(2);
+    current().listen(hears, obeys);
 }
 
 void RandomHost::callGuard() {

@@ -61,6 +61,7 @@ class RandomHost {
     void changeSound(bool flushes);
     void sendOption();
     void sendNumber();
+    void listen();
     void callGuard();
     void askAround();
     void dumpForAMoment();
