@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -45,6 +47,16 @@ void deliver(int level, const std::string& tag, const std::string& message) {
     }
 }
 
+// Returns whether a message may be made, which throws without memory. The first exception of a thread needs some
+// itself, and the loader ends a program in C that has none then.
+bool hasMemoryToThrow() {
+    constexpr std::size_t kRoom_bytes = 4096;
+    void* const room = std::malloc(kRoom_bytes);
+    asm volatile("" : : "r"(room) : "memory");  // keeps the compiler from leaving the question out
+    std::free(room);
+    return room != nullptr;
+}
+
 __attribute__((format(printf, 1, 0))) std::string formatMessage(const char* format, va_list arguments) {
     va_list measured;
     va_copy(measured, arguments);
@@ -79,6 +91,7 @@ void setLogSink(LogSink sink) {
 
 void __log_print(int level, const char* tag, const char* format, ...) {
     if (level > Vorlin::threshold.load(std::memory_order_relaxed) || format == nullptr) return;
+    if (!Vorlin::hasMemoryToThrow()) return;
     va_list arguments;
     va_start(arguments, format);
     try {

@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -49,7 +50,44 @@ class WorkerClock final : public qfThreadClock {
     nanoseconds mEnded{};
 };
 
-thread_local std::shared_ptr<const qfThreadClock> newest_clock;
+// Keeps for each thread the clock of the qfThread that it made last. A thread_local variable cannot: the C
+// library ends the process if it has no memory to remember the variable's destructor.
+class NewestClocks {
+  public:
+    using Clock = std::shared_ptr<const qfThreadClock>;
+
+    NewestClocks() : mHasKey(pthread_key_create(&mKey, destroy) == 0) {}
+    ~NewestClocks() {
+        if (mHasKey) pthread_key_delete(mKey);
+    }
+    NewestClocks(const NewestClocks&) = delete;
+    NewestClocks& operator=(const NewestClocks&) = delete;
+
+    Clock ofThisThread() const {
+        const Clock* const clock = mine();
+        return clock != nullptr ? *clock : nullptr;
+    }
+
+    // @throws std::bad_alloc
+    void keep(Clock clock) const {
+        if (Clock* const kept = mine(); kept != nullptr) {
+            *kept = std::move(clock);
+            return;
+        }
+        auto fresh = std::make_unique<Clock>(std::move(clock));
+        if (!mHasKey || pthread_setspecific(mKey, fresh.get()) != 0) throw std::bad_alloc();
+        (void)fresh.release();  // `destroy` gets it when the thread ends
+    }
+
+  private:
+    static void destroy(void* clock) { delete static_cast<Clock*>(clock); }
+    Clock* mine() const { return mHasKey ? static_cast<Clock*>(pthread_getspecific(mKey)) : nullptr; }
+
+    pthread_key_t mKey{};
+    const bool mHasKey;
+};
+
+const NewestClocks newest_clocks;
 
 void nameThisThread(const std::string& name) {
     constexpr size_t kLongestNameBytes = 15;
@@ -100,7 +138,7 @@ struct qfThread::State {
 
 qfThread::qfThread(std::function<int()> body, const std::string& name)
     : mState(std::make_shared<State>(std::move(body), name)) {
-    newest_clock = mState->clock;
+    newest_clocks.keep(mState->clock);
 }
 
 qfThread::~qfThread() {
@@ -144,7 +182,7 @@ std::shared_ptr<const qfThreadClock> qfThread::clock() const {
 }
 
 std::shared_ptr<const qfThreadClock> qfThread::clockOfNewest() {
-    return newest_clock;
+    return newest_clocks.ofThisThread();
 }
 
 }  // namespace Vorlin

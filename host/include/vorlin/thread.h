@@ -29,6 +29,7 @@ class VORLIN_API qfThread {
     /** Makes a thread that does not run before `start`.
      *  @param body runs again and again. Its result is ignored, and it must not throw.
      *  @param name shown by the system's tools, cut to 15 bytes.
+     *  @throws std::bad_alloc
      *  [any, concurrent] not real-time safe: allocates */
     qfThread(std::function<int()> body, const std::string& name);
     qfThread(const qfThread&) = delete;
@@ -54,7 +55,7 @@ class VORLIN_API qfThread {
 
     /** @return the clock of the qfThread that the calling thread made last, or null. A player calls it before
      *  and after a filter's `init`, to learn which worker the filter made.
-     *  [any, concurrent] not real-time safe: the first call on a thread may allocate */
+     *  [any, concurrent] real-time safe */
     static std::shared_ptr<const qfThreadClock> clockOfNewest();
 
   private:
