@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <map>
@@ -25,6 +26,7 @@ using test::Fault;
 
 constexpr seconds kLongestRun(60);
 constexpr int kMostCalls = 3000;
+constexpr int kInputNotReadable = 3;
 constexpr int kBatchFailed = 14;
 constexpr int kOnlyTheFirst = kMostCalls;  // a stride
 
@@ -36,6 +38,7 @@ struct Command {
     std::vector<std::string> outputs;  // of a run without a fault
     std::set<int> harmless_codes{0};   // with these the outputs are complete
     bool is_repeatable = false;        // once more without a fault, it completes what is missing
+    std::string standard_input = {};   // one of the inputs; empty: none
 };
 
 class FailingCalls : public testing::Test {
@@ -67,6 +70,11 @@ class FailingCalls : public testing::Test {
                                          "SONIVEX_FAIL_FOLDER=" + work(),
                                          "SONIVEX_FAIL_MARK=" + mark(),
                                          SONIVEX_PROGRAM};
+        if (!command.standard_input.empty()) {
+            line.pop_back();
+            const std::string start = "exec \"$0\" \"$@\" <" + command.standard_input;
+            line.insert(line.end(), {"sh", "-c", start, SONIVEX_PROGRAM});
+        }
         line.insert(line.end(), command.arguments.begin(), command.arguments.end());
         test::ProcessOptions options;
         options.working_folder = work();
@@ -263,8 +271,10 @@ TEST_F(FailingCalls, OfAMeasurementNameTheFile) {
     EXPECT_GT(reached_["read"], 0);
 }
 
+constexpr char kRawName[] = "sonivex_surround_output_12345678.pcm";
+
 TEST_F(FailingCalls, OfARawFileNameIt) {
-    const std::string name = "sonivex_surround_output_12345678.pcm";
+    const std::string name = kRawName;
     test::makeQuietSpeech(templates() + "/" + name, 2, {"-t", "0.3", "-f", "s16le"});
     Command inspect;
     inspect.name = "inspect a raw file";
@@ -272,6 +282,37 @@ TEST_F(FailingCalls, OfARawFileNameIt) {
     inspect.inputs = {name};
     failSomeCalls(inspect, kOnlyTheFirst);
     EXPECT_GT(reached_["read"], 0);
+}
+
+// Network file systems interrupt a read when the process is stopped and goes on.
+TEST_F(FailingCalls, ThatAreOnlyInterruptedCostNoAudio) {
+    test::makeQuietSpeech(templates() + "/" + kRawName, 2, {"-t", "0.3", "-f", "s16le"});
+    Command inspect;
+    inspect.arguments = {"inspect", work() + "/" + kRawName, "--json"};
+    inspect.inputs = {kRawName};
+    const std::string whole = run(inspect, {"none", "once", "0", {}}, 1).out;
+    for (int first = 1; first <= 3; ++first) {
+        const auto result = run(inspect, {"read", "once", std::to_string(EINTR), {}}, first);
+        EXPECT_TRUE(hasFailed());
+        EXPECT_EQ(result.exit_code, 0) << result.err;
+        EXPECT_EQ(result.out, whole);
+    }
+}
+
+TEST_F(FailingCalls, OfStandardInputDoNotShortenAList) {
+    fs::create_directory(templates() + "/in");
+    test::makeQuietSpeech(templates() + "/in/a.wav", 1, {"-t", "0.1"});
+    test::writeFile(templates() + "/list", work() + "/in/a.wav\n");
+    Command batch;
+    batch.arguments = {"render", "--batch", "-", "-o", work() + "/out", "--jobs", "1", "--quiet"};
+    batch.inputs = {"in", "list"};
+    batch.standard_input = "list";
+    const auto interrupted = run(batch, {"read", "once", std::to_string(EINTR), {}}, 1);
+    EXPECT_EQ(interrupted.exit_code, 0) << interrupted.err;
+    EXPECT_TRUE(fs::exists(work() + "/out/a.wav"));
+    const auto failed = run(batch, {"read", "once", std::to_string(EIO), {}}, 1);
+    EXPECT_EQ(failed.exit_code, kInputNotReadable) << failed.err;
+    EXPECT_EQ(failed.err, "sonivex: cannot read \"standard input\": Input/output error\n");
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ std::vector<Fault> everyFault() {
         {"folder", "once", number(EACCES), {kOutputNotWritable}, true},
         {"folder", "always", number(ENOSPC), {kOutputNotWritable}, true},
         {"read", "once", number(EIO), {kInputNotReadable, kNoAudio}},
-        {"read", "once", number(EINTR), {kInputNotReadable}},
+        {"read", "once", number(EINTR), {}},
         {"read", "always", number(EIO), {kInputNotReadable, kNoAudio}},
         {"read", "once", "short", {}},
         {"write", "once", "full", {kNoSpace}, true},

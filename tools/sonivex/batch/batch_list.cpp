@@ -1,14 +1,18 @@
 #include "batch_list.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
+#include <sstream>
 #include <system_error>
 
 #include "failure.h"
+#include "interrupt.h"
 #include "media_names.h"
 
 namespace sonivex_tool {
@@ -100,11 +104,29 @@ std::vector<ListEntry> listFolder(const std::string& folder, const std::string& 
     return entries;
 }
 
+namespace {
+
+// std::cin would take an interrupted or failed read for the end of the list.
+std::string readStandardInput() {
+    std::string text;
+    std::array<char, 65536> piece{};
+    while (true) {
+        const ssize_t count = ::read(STDIN_FILENO, piece.data(), piece.size());
+        if (count == 0) return text;
+        if (count < 0 && errno != EINTR) throw unreadable("standard input", std::strerror(errno));
+        throwIfInterrupted();
+        if (count > 0) text.append(piece.data(), static_cast<size_t>(count));
+    }
+}
+
+}  // namespace
+
 std::vector<ListEntry> readList(const std::string& list, const std::string& output_folder) {
     std::error_code error;
     std::vector<ListEntry> entries;
     if (list == "-") {
-        entries = parseList(std::cin, "standard input");
+        std::istringstream lines(readStandardInput());
+        entries = parseList(lines, "standard input");
         if (entries.empty()) throw unreadable("standard input", "it names no file");
     } else if (fs::is_directory(list, error)) {
         if (fs::weakly_canonical(list, error) == fs::weakly_canonical(output_folder, error)) {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdio>
-#include <memory>
 #include <string>
 
 #include "audio_spec.h"
@@ -17,6 +15,9 @@ class PcmFile {
      * @throw Failure NoAudio if it holds no whole frame, or ends inside a frame and `format.broken_end` is
      * not CutOff */
     PcmFile(const std::string& path, const PcmFormat& format);
+    ~PcmFile();
+    PcmFile(const PcmFile&) = delete;
+    PcmFile& operator=(const PcmFile&) = delete;
 
     /** Spec of every frame. */
     const AudioSpec& spec() const { return spec_; }
@@ -24,18 +25,18 @@ class PcmFile {
     /** Bytes after the last whole frame; they are not read. */
     int restBytes() const { return rest_bytes_; }
 
-    /** Returns the next frame, or null at the end. @throw Failure (InputNotReadable), std::bad_alloc */
+    /** Returns the next frame, or null at the end.
+     * @throw Failure (InputNotReadable, or the exit code of a pending signal), std::bad_alloc */
     FramePtr read();
 
   private:
-    struct Closer {
-        void operator()(std::FILE* file) const { (void)std::fclose(file); }
-    };
+    void checkSize(const PcmFormat& format);
+    std::size_t readBytes(unsigned char* bytes, std::size_t wanted);
 
     std::string path_;
     AudioSpec spec_;
     int rest_bytes_ = 0;
-    std::unique_ptr<std::FILE, Closer> file_;
+    int descriptor_ = -1;
 };
 
 }  // namespace sonivex_tool
