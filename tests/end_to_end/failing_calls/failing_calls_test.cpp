@@ -315,4 +315,30 @@ TEST_F(FailingCalls, OfStandardInputDoNotShortenAList) {
     EXPECT_EQ(failed.err, "sonivex: cannot read \"standard input\": Input/output error\n");
 }
 
+// A process that may start no thread at all.
+TEST_F(FailingCalls, ToStartAThreadEndEveryCommandThatNeedsOne) {
+    test::makeQuietSpeech(templates() + "/in.wav", 2, {"-t", "0.3"});
+    const std::string in = work() + "/in.wav";
+    for (const std::vector<std::string>& options : std::vector<std::vector<std::string>>{
+             {}, {"--threaded"}, {"--target-lufs", "-20"}, {"--audio-only", "--effect", "surround"}}) {
+        Command render;
+        render.arguments = {"render", in, work() + "/out.wav", "--quiet"};
+        render.arguments.insert(render.arguments.end(), options.begin(), options.end());
+        render.inputs = {"in.wav"};
+        int failed = 0;
+        for (int first = 1; first <= 8; ++first) {
+            SCOPED_TRACE((options.empty() ? "" : options.front()) + " " + std::to_string(first));
+            const auto result = run(render, {"thread", "once", std::to_string(EAGAIN), {}}, first);
+            if (!hasFailed()) break;
+            ++failed;
+            // The filter works on the caller's thread if it gets none of its own.
+            if (result.exit_code == 0 && !options.empty() && options.front() == "--threaded") continue;
+            EXPECT_EQ(result.exit_code, 1) << result.err;
+            EXPECT_EQ(result.err, "sonivex: cannot start a thread: Resource temporarily unavailable\n");
+            EXPECT_FALSE(fs::exists(work() + "/out.wav"));
+        }
+        EXPECT_GT(failed, 0);
+    }
+}
+
 }  // namespace

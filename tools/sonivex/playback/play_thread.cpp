@@ -5,6 +5,8 @@
 #include <cmath>
 #include <utility>
 
+#include "thread_start.h"
+
 namespace sonivex_tool {
 namespace {
 
@@ -17,7 +19,7 @@ constexpr std::chrono::milliseconds kPoll{3};
 PlayThread::PlayThread(Playback& playback, std::shared_ptr<SoundFeed> feed, std::vector<ScriptedKey> script)
     : playback_(playback), feed_(std::move(feed)), script_(std::move(script)) {
     publish();
-    thread_ = std::thread([this] {
+    thread_ = startThread([this] {
         try {
             run();
         } catch (...) {

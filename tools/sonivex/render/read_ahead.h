@@ -9,6 +9,7 @@
 
 #include "bounded_queue.h"
 #include "interrupt.h"
+#include "thread_start.h"
 
 namespace sonivex_tool {
 
@@ -27,7 +28,7 @@ class ReadAhead {
         : queue_(capacity),
           produce_(std::move(produce)),
           stop_(std::move(stop)),
-          thread_([this] { run(); }) {}
+          thread_(startThread([this] { run(); })) {}
 
     /** Stops the thread, even if it waits for a slow source. */
     ~ReadAhead() {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "bounded_queue.h"
+#include "thread_start.h"
 
 namespace sonivex_tool {
 
@@ -19,7 +20,7 @@ class WorkThread {
      *  @param capacity number of items that may wait for the function
      *  @param work called on the thread for each item; may throw */
     WorkThread(std::size_t capacity, std::function<void(Item)> work)
-        : queue_(capacity), work_(std::move(work)), thread_([this] { run(); }) {}
+        : queue_(capacity), work_(std::move(work)), thread_(startThread([this] { run(); })) {}
 
     /** Drops the items that still wait, and joins the thread. */
     ~WorkThread() {
