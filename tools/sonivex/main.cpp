@@ -14,6 +14,7 @@
 #include "console.h"
 #include "failure.h"
 #include "hasty_end.h"
+#include "last_words.h"
 #include "usage_error.h"
 
 namespace {
@@ -72,7 +73,7 @@ int runProgram(int argc, char** argv) {
         sonivex_tool::printError(failure.what());
         return exitWith(failure.exitCode());
     } catch (const std::bad_alloc&) {
-        sonivex_tool::printError("out of memory");
+        sonivex_tool::printOutOfMemory();
     } catch (const std::exception& error) {
         sonivex_tool::printError(std::string("internal error: ") + error.what());
     }
@@ -82,6 +83,7 @@ int runProgram(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    sonivex_tool::explainLackOfMemoryAtTheEnd();
     if (!occupyStandardDescriptors()) return exitWith(ExitCode::Internal);
     return sonivex_tool::endProgram(runProgram(argc, argv));
 }

@@ -49,8 +49,8 @@ std::string clockTime(double seconds) {
     return text.data();
 }
 
-void printError(const std::string& line) {
-    printLine("sonivex: " + line);
+void printError(std::string_view line) {
+    (void)std::fprintf(stderr, "sonivex: %.*s\n", static_cast<int>(line.size()), line.data());
 }
 
 Console::Console(bool quiet)

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace sonivex_tool {
 
@@ -55,7 +56,7 @@ class Console {
  * negative duration counts as 0. */
 std::string clockTime(double seconds);
 
-/** Prints "sonivex: <line>" to standard error. Only errors carry this prefix. */
-void printError(const std::string& line);
+/** Prints "sonivex: <line>" to standard error, without using memory. Only errors carry this prefix. */
+void printError(std::string_view line);
 
 }  // namespace sonivex_tool

@@ -30,7 +30,7 @@ ExitCode exitCodeOf(int signal) {
 // Calls only async-signal-safe functions.
 void onSignal(int signal) {
     if (g_pending_signal.exchange(signal) == 0) return;
-    if (g_has_path_to_remove) (void)unlink(g_path_to_remove.data());
+    removeUnfinishedOutput();
     if (void (*const function)() = g_on_second_signal; function != nullptr) function();
     _exit(static_cast<int>(exitCodeOf(signal)));
 }
@@ -62,6 +62,10 @@ void removeOnSecondSignal(const char* path) {
     if (bytes > g_path_to_remove.size()) return;
     std::memcpy(g_path_to_remove.data(), path, bytes);
     g_has_path_to_remove = true;
+}
+
+void removeUnfinishedOutput() {
+    if (g_has_path_to_remove) (void)unlink(g_path_to_remove.data());
 }
 
 void onSecondSignal(void (*function)()) {

@@ -20,6 +20,9 @@ void installSignalHandlers();
  * Only one thread may call this. */
 void removeOnSecondSignal(const char* path);
 
+/** Removes the file that the second signal would remove. Async-signal-safe. */
+void removeUnfinishedOutput();
+
 /** Sets what the second signal calls before it ends the program, such as a function that gives the terminal
  *  back.
  *

@@ -30,6 +30,7 @@ AudioEncoder::AudioEncoder(const EncoderPlan& plan, bool global_header, PacketRe
         encoder_->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
     const int result = avcodec_open2(encoder_.get(), plan_.codec, nullptr);
     if (result >= 0) return;
+    if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
     const std::string audio =
         layoutName(plan_.spec.layout) + " at " + std::to_string(plan_.spec.rate_hz) + " Hz";
     const std::string bits = std::to_string(plan_.bit_rate) + " bit/s";
