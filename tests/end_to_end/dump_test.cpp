@@ -127,7 +127,9 @@ TEST_F(DumpAndInspect, ReportsHowManyBytesDidNotFitOnTheDisk) {
     const auto result =
         run({"--effect", "dialogue", "--dump", dumps_.path(), "--json", file("in.flac"), file("out.flac")},
             options);
-    ASSERT_EQ(result.exit_code, 0) << result.err;
+    ASSERT_EQ(result.exit_code, 8) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("\nsonivex: the dump in \"" + dumps_.path() + "\" is incomplete: "));
+    EXPECT_EQ(test::decode(file("out.flac")).size(), 2U * 48000);
     // 48000 frames and a delay of 1536 take 49 calls of 1024 frames. Each file gets 4 bytes per frame.
     const std::string missing = std::to_string(2 * (49 * 1024 * 4 - 64 * 1024)) + " bytes are missing";
     EXPECT_THAT(result.err, HasSubstr(missing));

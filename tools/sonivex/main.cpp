@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <new>
+#include <sstream>
 #include <string>
 
 #include "commands.h"
@@ -15,6 +16,7 @@
 #include "failure.h"
 #include "hasty_end.h"
 #include "last_words.h"
+#include "result_stream.h"
 #include "usage_error.h"
 
 namespace {
@@ -56,7 +58,9 @@ int parseAndRun(int argc, char** argv) {
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& request) {
-        program.exit(request);  // prints help or version
+        std::ostringstream text;  // help or version
+        program.exit(request, text, text);
+        sonivex_tool::writeToStandard(STDOUT_FILENO, "output", text.str());
         return exitWith(ExitCode::Success);
     } catch (const CLI::ParseError& error) {
         sonivex_tool::printError(sonivex_tool::explainUsageError(program, error));

@@ -19,7 +19,7 @@ std::vector<Fault> everyFault() {
         {"open", "once", number(EACCES), {kInputNotReadable, kOutputNotWritable}},
         {"open", "always", number(EMFILE), {kInputNotReadable, kOutputNotWritable}},
         {"folder", "once", number(EACCES), {kOutputNotWritable}, true},
-        {"folder", "always", number(ENOSPC), {kOutputNotWritable}, true},
+        {"folder", "always", number(ENOSPC), {kNoSpace}, true},
         {"read", "once", number(EIO), {kInputNotReadable, kNoAudio}},
         {"read", "once", number(EINTR), {}},
         {"read", "always", number(EIO), {kInputNotReadable, kNoAudio}},

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "failure.h"
+#include "write_errors.h"
 
 namespace sonivex_tool {
 namespace {
@@ -93,8 +94,9 @@ BatchJournal::~BatchJournal() {
 int BatchJournal::openFile(const std::string& path) const {
     const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, kNewFileMode);
     if (descriptor >= 0) return descriptor;
-    throw Failure(ExitCode::OutputNotWritable,
-                  "cannot write the state file \"" + path + "\": " + std::strerror(errno));
+    const int error_number = errno;
+    throw Failure(exitCodeOfWriteError(error_number),
+                  "cannot write the state file \"" + path + "\": " + std::strerror(error_number));
 }
 
 void BatchJournal::lock(int descriptor, int operation) {
@@ -190,9 +192,9 @@ void BatchJournal::append(const std::string& line) {
         const ssize_t count = ::write(descriptor_, text.data() + written, text.size() - written);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) {
-            const bool is_full = errno == ENOSPC || errno == EDQUOT || errno == EFBIG;
-            throw Failure(is_full ? ExitCode::NoSpace : ExitCode::OutputNotWritable,
-                          "cannot write the state file \"" + path_ + "\": " + std::strerror(errno));
+            const int error_number = errno;
+            throw Failure(exitCodeOfWriteError(error_number),
+                          "cannot write the state file \"" + path_ + "\": " + std::strerror(error_number));
         }
         written += static_cast<size_t>(count);
     }

@@ -21,6 +21,7 @@
 #include "failure.h"
 #include "file_stamp.h"
 #include "interrupt.h"
+#include "write_errors.h"
 
 namespace sonivex_tool {
 namespace {
@@ -70,7 +71,8 @@ void makeFolder(const fs::path& folder) {
     fs::create_directories(folder, error);
     if (fs::is_directory(folder)) return;
     const std::string why = error ? error.message() : "it is not a folder";
-    throw Failure(ExitCode::OutputNotWritable, "cannot make the folder \"" + folder.string() + "\": " + why);
+    throw Failure(exitCodeOfWriteError(error.value()),
+                  "cannot make the folder \"" + folder.string() + "\": " + why);
 }
 
 struct Job {

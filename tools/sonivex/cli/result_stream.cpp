@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "failure.h"
+#include "write_errors.h"
 
 namespace sonivex_tool {
 namespace {
@@ -44,16 +45,24 @@ ResultStream::~ResultStream() {
 }
 
 void ResultStream::write(const std::string& text) {
-    const bool is_error_stream = results_ == Results::ToStandardError;
-    const int descriptor = is_error_stream ? STDERR_FILENO : standard_output_;
+    if (results_ == Results::ToStandardError) {
+        writeToStandard(STDERR_FILENO, "error", text);
+    } else {
+        writeToStandard(standard_output_, "output", text);
+    }
+}
+
+void writeToStandard(int descriptor, const char* name, const std::string& text) {
     size_t written = 0;
     while (written < text.size()) {
         const ssize_t count = ::write(descriptor, text.data() + written, text.size() - written);
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) {
-            throw Failure(ExitCode::Internal, std::string("cannot write to standard ") +
-                                                  (is_error_stream ? "error: " : "output: ") +
-                                                  std::strerror(errno));
+            const int error_number = errno;
+            const bool is_full = exitCodeOfWriteError(error_number) == ExitCode::NoSpace;
+            throw Failure(
+                is_full ? ExitCode::NoSpace : ExitCode::Internal,
+                std::string("cannot write to standard ") + name + ": " + std::strerror(error_number));
         }
         written += static_cast<size_t>(count);
     }

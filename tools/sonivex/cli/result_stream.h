@@ -23,13 +23,18 @@ class ResultStream {
     ResultStream(const ResultStream&) = delete;
     ResultStream& operator=(const ResultStream&) = delete;
 
-    /** Writes all of `text`. @throw Failure (Internal) when a write fails */
+    /** Writes all of `text`. @throw as writeToStandard */
     void write(const std::string& text);
 
   private:
     int standard_output_;  // the original one
     Results results_;
 };
+
+/** Writes all of `text` to a standard stream.
+ *  @param name "output" or "error", for the message
+ *  @throw Failure (NoSpace, or Internal for any other failed write) */
+void writeToStandard(int descriptor, const char* name, const std::string& text);
 
 /** Returns the descriptor of the program's original standard output, for audio that goes there. It belongs to
  * the ResultStream, which must outlive its use. Without a ResultStream it is descriptor 1. It is -1 if no

@@ -11,6 +11,7 @@
 
 #include "failure.h"
 #include "nearest_word.h"
+#include "write_errors.h"
 
 namespace sonivex_tool {
 namespace {
@@ -122,7 +123,7 @@ fs::path savedPresetPath(const std::string& name) {
     std::error_code error;
     fs::create_directories(*folder, error);
     if (error) {
-        throw Failure(ExitCode::OutputNotWritable,
+        throw Failure(exitCodeOfWriteError(error.value()),
                       "cannot create the folder \"" + folder->string() + "\": " + error.message());
     }
     return *folder / (bare + kExtension);

@@ -79,6 +79,11 @@ void run(CLI::App& command, RenderChoices& choices) {
         } else if (!choices.quiet) {
             result.write(asText(report));
         }
+        if (report.dump_bytes_missing > 0) {
+            throw Failure(ExitCode::NoSpace, "the dump in \"" + report.dump_folder + "\" is incomplete: " +
+                                                 std::to_string(report.dump_bytes_missing) +
+                                                 " bytes did not fit; OUT is complete");
+        }
         if (report.damage.isDamaged() && !choices.settings.ignore_damage) {
             throw Failure(
                 ExitCode::InputDamaged,

@@ -9,6 +9,7 @@
 #include "output_file.h"
 #include "output_pipe.h"
 #include "result_stream.h"
+#include "write_errors.h"
 
 namespace sonivex_tool {
 namespace {
@@ -56,8 +57,7 @@ void Output::throwIfFailed() const {
 }
 
 void Output::fail(int error_number) const {
-    const bool is_full = error_number == ENOSPC || error_number == EDQUOT || error_number == EFBIG;
-    throw Failure(is_full ? ExitCode::NoSpace : ExitCode::OutputNotWritable,
+    throw Failure(exitCodeOfWriteError(error_number),
                   "cannot write " + name_ + ": " + std::strerror(error_number));
 }
 
