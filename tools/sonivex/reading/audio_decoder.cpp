@@ -28,7 +28,8 @@ void AudioDecoder::restart() {
     // The decoder needs the time base to tell how much of the first and the last packet is padding.
     context_->pkt_timebase = stream_.time_base;
     if (result >= 0) result = avcodec_open2(context_.get(), codec, nullptr);
-    if (result < 0) throw Failure(ExitCode::NoAudio, "cannot decode \"" + path_ + "\": " + errorText(result));
+    if (result < 0)
+        throw Failure(ExitCode::NoAudio, "cannot decode \"" + path_ + "\": " + inputErrorText(result));
 }
 
 void AudioDecoder::flush() {

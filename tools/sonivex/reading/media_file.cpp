@@ -109,7 +109,6 @@ void MediaFile::open(const std::string& path) {
     int result = avformat_open_input(&container_, url.c_str(), nullptr, nullptr);
     if (result >= 0) result = avformat_find_stream_info(container_, nullptr);
     throwIfInterrupted();
-    if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
     if (result == AVERROR_INVALIDDATA) {
         const std::string format = descriptor_ == nullptr ? formatOf(url) : std::string();
         failToOpen(path, format.empty()
@@ -117,7 +116,7 @@ void MediaFile::open(const std::string& path) {
                              : "it is damaged or cut off: " + format + " without a readable header");
     }
     if (result == AVERROR_EOF) failToOpen(path, "it is empty or ends too early");
-    if (result < 0) failToOpen(path, errorText(result));
+    if (result < 0) failToOpen(path, inputErrorText(result));
 }
 
 bool MediaFile::read(AVPacket& packet) {
