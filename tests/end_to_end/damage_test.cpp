@@ -10,6 +10,7 @@
 #include <random>
 
 #include "end_to_end/media/decoded_input.h"
+#include "end_to_end/media/dialogue_media.h"
 #include "end_to_end/media/media.h"
 
 namespace {
@@ -27,10 +28,15 @@ class DamagedFile : public test::ReadingTest {
         std::vector<std::string> arguments = {"-c:a", codec};
         if (name.ends_with(".mkv")) arguments.insert(arguments.end(), {"-cluster_time_limit", "500"});
         test::makeNoise(file("whole_" + name), 10, arguments);
+        damage(name, 20);
+    }
+
+    // Writes the file "whole_<name>" again, with one part in `parts` overwritten in its middle.
+    void damage(const std::string& name, size_t parts) {
         std::string bytes = test::readFile(file("whole_" + name));
         std::minstd_rand random(5);
         const auto from = static_cast<ptrdiff_t>(bytes.size() / 2);
-        std::generate_n(bytes.begin() + from, bytes.size() / 20,
+        std::generate_n(bytes.begin() + from, bytes.size() / parts,
                         [&] { return static_cast<char>(random() >> 8); });
         test::writeFile(file(name), bytes);
     }
@@ -112,6 +118,44 @@ TEST_F(DamagedFile, ThatIsCutOffIsRenderedAsFarAsItGoes) {
         EXPECT_LT(read.samples.size(), 2 * kFrames * 7 / 10);
         EXPECT_TRUE(read.report["damage"]["is_damaged"].get<bool>());
     }
+}
+
+TEST_F(DamagedFile, IsMeasuredAsFarAsItGoesWithTheExitCodeOfARender) {
+    makeDamaged("bad.flac", "flac");
+    const std::string bad = file("bad.flac");
+    const std::string whole = file("whole_bad.flac");
+    struct Case {
+        std::vector<std::string> arguments;
+        const char* damaged;  // where the report tells of it
+    };
+    for (const Case& measured :
+         {Case{{"inspect", whole, bad}, "/files/1/damaged"},
+          Case{{"inspect", "--pair", bad, whole}, "/files/0/damaged"},
+          Case{{"ears", bad, "--segment", "first=0-1"}, "/0/damaged"},
+          Case{{"speech", file("speech.wav"), file("background.wav"), file("bad_mix.flac")}, "/damaged"}}) {
+        SCOPED_TRACE(measured.arguments.front());
+        std::string path = bad;
+        if (measured.arguments.front() == "speech") {
+            test::makeDialogueMix(file("speech.wav"), file("background.wav"), file("mix.wav"), 10);
+            test::ffmpeg({"-i", file("mix.wav"), file("whole_bad_mix.flac")});
+            damage("bad_mix.flac", 80);  // too little to make the output inexplicable
+            path = file("bad_mix.flac");
+        }
+        std::vector<std::string> command = {SONIVEX_PROGRAM};
+        command.insert(command.end(), measured.arguments.begin(), measured.arguments.end());
+        command.emplace_back("--json");
+        const auto result = test::runProcess(command);
+        EXPECT_EQ(result.exit_code, kDamaged) << result.err;
+        EXPECT_EQ(result.err.find("sonivex: \"" + path + "\" is damaged: "), 0U) << result.err;
+        EXPECT_THAT(result.err, HasSubstr("; the rest was measured\n"));
+        EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << result.err;
+        const auto report = nlohmann::json::parse(result.out);
+        EXPECT_TRUE(report.at(nlohmann::json::json_pointer(measured.damaged)).get<bool>()) << report;
+    }
+    const auto sound = test::runProcess({SONIVEX_PROGRAM, "inspect", whole, "--json"});
+    EXPECT_EQ(sound.exit_code, 0) << sound.err;
+    EXPECT_FALSE(nlohmann::json::parse(sound.out)["files"][0]["damaged"].get<bool>());
+    EXPECT_THAT(test::runProcess({SONIVEX_PROGRAM, "inspect", bad}).out, HasSubstr("  damaged, "));
 }
 
 TEST_F(DamagedFile, WhoseHeaderIsLostIsRefusedWithAReason) {

@@ -8,6 +8,7 @@ extern "C" {
 #include <string>
 #include <vector>
 
+#include "damaged_inputs.h"
 #include "ears.h"
 #include "interrupt.h"
 #include "result_stream.h"
@@ -43,8 +44,9 @@ void run(const EarsChoices& choices) {
     ResultStream result(ResultStream::Prints::ToStandardError);
     std::vector<Segment> segments;
     for (const std::string& text : choices.segments) parseSegment(text, segments.emplace_back());
-    const std::vector<SegmentEars> rows = measureEars(choices.file, segments);
-    result.write(choices.json ? asJson(rows) : asText(rows));
+    const EarsReport report = measureEars(choices.file, segments);
+    result.write(choices.json ? asJson(report) : asText(report));
+    failIfDamaged({{choices.file, report.damage}});
 }
 
 }  // namespace

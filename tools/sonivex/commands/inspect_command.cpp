@@ -8,6 +8,7 @@ extern "C" {
 #include <string>
 #include <vector>
 
+#include "damaged_inputs.h"
 #include "failure.h"
 #include "inspect.h"
 #include "inspect_report.h"
@@ -42,6 +43,9 @@ void run(InspectChoices& choices) {
     ResultStream result(ResultStream::Prints::ToStandardError);
     const InspectReport report = inspect(choices.request);
     result.write(choices.json ? asJson(report) : asText(report));
+    std::vector<MeasuredInput> inputs;
+    for (const InspectedFile& file : report.files) inputs.push_back({file.path, file.damage});
+    failIfDamaged(inputs);
 }
 
 }  // namespace

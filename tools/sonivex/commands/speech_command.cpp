@@ -14,6 +14,7 @@ extern "C" {
 #include <vector>
 
 #include "audio_source.h"
+#include "damaged_inputs.h"
 #include "failure.h"
 #include "format_converter.h"
 #include "interrupt.h"
@@ -41,6 +42,7 @@ struct SpeechChoices {
 struct Stereo {
     int rate_hz = 0;
     std::vector<float> samples;  // interleaved
+    DamageReport damage;
 };
 
 Stereo readStereo(const std::string& path) {
@@ -65,6 +67,7 @@ Stereo readStereo(const std::string& path) {
         append(converter.convert(std::move(frame)));
     }
     append(converter.flush());
+    stereo.damage = source.damageReport();
     const auto is_finite = [](float sample) { return std::isfinite(sample); };
     if (!std::all_of(stereo.samples.begin(), stereo.samples.end(), is_finite))
         throw Failure(ExitCode::NoAudio,
@@ -84,7 +87,7 @@ std::string textOf(const AlignedSpeech& aligned, int rate_hz) {
     return text.data();
 }
 
-std::string jsonOf(const AlignedSpeech& aligned) {
+std::string jsonOf(const AlignedSpeech& aligned, bool is_damaged) {
     const SpeechRatio& ratio = aligned.ratio;
     const nlohmann::ordered_json object = {{"segments", ratio.segments},
                                            {"before_db", ratio.before_db},
@@ -93,7 +96,8 @@ std::string jsonOf(const AlignedSpeech& aligned) {
                                            {"shift_samples", aligned.shift_frames},
                                            {"unexplained", ratio.unexplained},
                                            {"speech_share", ratio.speech_share},
-                                           {"background_share", ratio.background_share}};
+                                           {"background_share", ratio.background_share},
+                                           {"damaged", is_damaged}};
     return object.dump() + "\n";
 }
 
@@ -129,7 +133,11 @@ void run(const SpeechChoices& choices) {
         throw Failure(ExitCode::NoAudio,
                       "cannot measure \"" + choices.output + "\": there is no speech, or no background");
     throwUnlessExplained(aligned, choices.output);
-    result.write(choices.json ? jsonOf(aligned) : textOf(aligned, output.rate_hz));
+    const std::vector<MeasuredInput> inputs = {{choices.speech, speech.damage},
+                                               {choices.background, background.damage},
+                                               {choices.output, output.damage}};
+    result.write(choices.json ? jsonOf(aligned, isAnyDamaged(inputs)) : textOf(aligned, output.rate_hz));
+    failIfDamaged(inputs);
 }
 
 }  // namespace

@@ -40,11 +40,28 @@ Measured measure(const std::string& path, const PcmHints& hints, bool is_output)
     LevelMeter meter(stream.spec);
     while (const FramePtr frame = stream.read()) meter.add(*frame);
     measured.file.levels = meter.result();
+    if (stream.damage) measured.file.damage = stream.damage();
     return measured;
 }
 
+// Opens a measured file once more. What could be read the first time must be readable now, or the comparison
+// would be wrong.
+FrameStream openAgain(const Measured& measured) {
+    FrameStream stream = measured.open();
+    if (!stream.damage) return stream;
+    stream.read = [read = stream.read, damage = stream.damage, path = measured.file.path,
+                   known = measured.file.damage.read_errors] {
+        FramePtr frame = read();
+        if (damage().read_errors > known)
+            throw Failure(ExitCode::InputNotReadable, "cannot read \"" + path + "\" a second time");
+        return frame;
+    };
+    return stream;
+}
+
 ComparedSide sideOf(const Measured& measured) {
-    return {measured.open, measured.file.levels.frames, measured.file.levels.first_audible_frame};
+    return {[&measured] { return openAgain(measured); }, measured.file.levels.frames,
+            measured.file.levels.first_audible_frame};
 }
 
 InspectedPair compare(const Measured& input, const Measured& output) {

@@ -9,6 +9,7 @@
 #include "audio_spec.h"
 #include "level_meter.h"
 #include "pcm_format.h"
+#include "source_report.h"
 
 namespace sonivex_tool {
 
@@ -28,6 +29,7 @@ struct InspectedFile {
     std::vector<std::string> notes;        // problems of the file, a line each
     AudioSpec spec;
     LevelReport levels;
+    DamageReport damage;  // what is lost is not measured
 };
 
 /** The latency and gain between an effect's input and its output. */

@@ -65,6 +65,7 @@ std::string fileText(const InspectedFile& file) {
         text += "  not specified by the file, assumed: " + list + " (see --channels, --rate)\n";
     }
     for (const std::string& note : file.notes) text += "  " + note + "\n";
+    if (file.damage.isDamaged()) text += "  damaged, " + file.damage.lossText() + " of the file is lost\n";
     text += row("channel", {"RMS", "sample peak", "true peak", "loudness"});
     for (size_t c = 0; c < file.levels.channels.size(); ++c)
         text += row(channelName(file.spec, c), file.levels.channels[c]);
@@ -106,6 +107,7 @@ Json fileJson(const InspectedFile& file) {
             {"channel_layout", layoutName(file.spec.layout)},
             {"assumed", file.assumptions},
             {"notes", file.notes},
+            {"damaged", file.damage.isDamaged()},
             {"frames", file.levels.frames},
             {"length_seconds", lengthSeconds(file)},
             {"levels", channels},

@@ -17,6 +17,7 @@ namespace {
 
 struct StereoSamples {
     int rate_hz = 0;
+    DamageReport damage;
     std::vector<double> left;
     std::vector<double> right;
 };
@@ -48,6 +49,7 @@ StereoSamples readStereo(const std::string& path) {
         append(samples, converter.convert(std::move(frame)));
     }
     append(samples, converter.flush());
+    samples.damage = source.damageReport();
     return samples;
 }
 
@@ -122,12 +124,13 @@ bool parseSegment(const std::string& text, Segment& segment) {
            segment.to_s > segment.from_s;
 }
 
-std::vector<SegmentEars> measureEars(const std::string& path, const std::vector<Segment>& segments) {
+EarsReport measureEars(const std::string& path, const std::vector<Segment>& segments) {
     const StereoSamples samples = readStereo(path);
     const auto size = static_cast<double>(samples.left.size());
     std::vector<Segment> wanted = segments;
     if (wanted.empty()) wanted.push_back({"whole file", 0.0, size / samples.rate_hz});
-    std::vector<SegmentEars> rows;
+    EarsReport report;
+    report.damage = samples.damage;
     for (const Segment& segment : wanted) {
         const double from = std::round(segment.from_s * samples.rate_hz);
         const double to = std::round(segment.to_s * samples.rate_hz);
@@ -140,20 +143,20 @@ std::vector<SegmentEars> measureEars(const std::string& path, const std::vector<
         const auto count = static_cast<std::size_t>(to) - first;
         const auto left = std::span(samples.left).subspan(first, count);
         const auto right = std::span(samples.right).subspan(first, count);
-        SegmentEars& row = rows.emplace_back();
+        SegmentEars& row = report.rows.emplace_back();
         row.segment = segment;
         row.ears = compareEars(left, right, samples.rate_hz);
         if (!row.ears.is_silent) row.lateral = lateralAngle(left, right, samples.rate_hz);
     }
-    return rows;
+    return report;
 }
 
-std::string asText(const std::vector<SegmentEars>& rows) {
+std::string asText(const EarsReport& report) {
     std::size_t name_width = std::string("segment").size();
-    for (const SegmentEars& entry : rows) name_width = std::max(name_width, entry.segment.name.size());
+    for (const SegmentEars& entry : report.rows) name_width = std::max(name_width, entry.segment.name.size());
     std::string text = row(name_width, "segment", "heard", "leads", "by", "louder", "by",
                            {"angle", "by delay", "clarity", "by level"});
-    for (const auto& [segment, ears, lateral] : rows) {
+    for (const auto& [segment, ears, lateral] : report.rows) {
         if (ears.is_silent) {
             text += row(name_width, segment.name, heardSide(ears), "", "", "", "", {});
             continue;
@@ -165,15 +168,16 @@ std::string asText(const std::vector<SegmentEars>& rows) {
     return text;
 }
 
-std::string asJson(const std::vector<SegmentEars>& rows) {
+std::string asJson(const EarsReport& report) {
     nlohmann::ordered_json array = nlohmann::ordered_json::array();
     const auto figure = [](const std::optional<LateralAngle>& lateral, double LateralAngle::*member) {
         return lateral ? nlohmann::ordered_json((*lateral).*member) : nlohmann::ordered_json();
     };
-    for (const auto& [segment, ears, lateral] : rows) {
+    for (const auto& [segment, ears, lateral] : report.rows) {
         array.push_back({{"name", segment.name},
                          {"from_s", segment.from_s},
                          {"to_s", segment.to_s},
+                         {"damaged", report.damage.isDamaged()},
                          {"heard", heardSide(ears)},
                          {"left_leads_us", ears.delay_us},
                          {"left_louder_db", ears.level_db},

@@ -7,6 +7,7 @@
 
 #include "interaural.h"
 #include "lateral_angle.h"
+#include "source_report.h"
 
 namespace sonivex_tool {
 
@@ -28,14 +29,20 @@ struct SegmentEars {
     std::optional<LateralAngle> lateral;  // missing for silence and for sounds outside the bands of speech
 };
 
+/** What both ears hear of a file. */
+struct EarsReport {
+    std::vector<SegmentEars> rows;
+    DamageReport damage;  // of the whole file
+};
+
 /** Compares the ears in each segment of a stereo file; without segments, in the whole file.
  *  @throw Failure if the file cannot be read, is not stereo, or ends before a segment does */
-std::vector<SegmentEars> measureEars(const std::string& path, const std::vector<Segment>& segments);
+EarsReport measureEars(const std::string& path, const std::vector<Segment>& segments);
 
-/** Formats the rows for people: a table whose last line is terminated. */
-std::string asText(const std::vector<SegmentEars>& rows);
+/** Formats a report for people: a table whose last line is terminated. */
+std::string asText(const EarsReport& report);
 
-/** Formats the rows for programs: one JSON array on one terminated line. */
-std::string asJson(const std::vector<SegmentEars>& rows);
+/** Formats a report for programs: one JSON array on one terminated line. */
+std::string asJson(const EarsReport& report);
 
 }  // namespace sonivex_tool

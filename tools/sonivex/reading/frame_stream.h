@@ -6,6 +6,7 @@
 
 #include "audio_spec.h"
 #include "pcm_format.h"
+#include "source_report.h"
 
 namespace sonivex_tool {
 
@@ -16,6 +17,8 @@ struct FrameStream {
     /** Returns the next frame, or null at the end. @throw Failure, also for a pending signal */
     std::function<FramePtr()> read;
     int rest_bytes = 0;  // after the last whole frame of a file of bare samples
+    /** Returns the damage that `read` has met; complete once it returned null. Empty: no damage is possible. */
+    std::function<DamageReport()> damage = {};
 };
 
 /** Opens the first audio stream of a file, or a file of bare samples if `format` is given. @throw Failure */

@@ -49,6 +49,10 @@ std::string DamageReport::lossText() const {
     return isLossKnown() ? secondsText(lost_s()) : "an unknown part";
 }
 
+std::string damageSentence(const std::string& path, const DamageReport& damage) {
+    return "\"" + path + "\" is damaged: " + damageText(damage);
+}
+
 std::vector<std::string> sentencesOn(const std::string& path, const TimelineReport& timeline,
                                      const DamageReport& damage) {
     const std::string file = "\"" + path + "\"";
@@ -72,7 +76,7 @@ std::vector<std::string> sentencesOn(const std::string& path, const TimelineRepo
                         counted(timeline.jumps, "place", "places") +
                         " by more than a gap or an overlap; the audio goes on there without a break");
     }
-    if (damage.isDamaged()) lines.push_back(file + " is damaged: " + damageText(damage));
+    if (damage.isDamaged()) lines.push_back(damageSentence(path, damage));
     return lines;
 }
 

@@ -36,6 +36,9 @@ struct DamageReport {
     std::string lossText() const;
 };
 
+/** Formats the signs of damage as a sentence that begins with the file: `"a.flac" is damaged: it is cut off`. */
+std::string damageSentence(const std::string& path, const DamageReport& damage);
+
 /** Formats both reports for the user, as sentences that begin with the file.
  * @return no line for a clean file */
 std::vector<std::string> sentencesOn(const std::string& path, const TimelineReport& timeline,
