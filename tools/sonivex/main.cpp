@@ -5,13 +5,11 @@
 #include <unistd.h>
 
 #include <exception>
-#include <functional>
-#include <map>
 #include <new>
 #include <sstream>
 #include <string>
 
-#include "commands.h"
+#include "command_line.h"
 #include "console.h"
 #include "failure.h"
 #include "hasty_end.h"
@@ -41,20 +39,8 @@ bool occupyStandardDescriptors() {
 }
 
 int parseAndRun(int argc, char** argv) {
-    CLI::App program("Run the audio effects of the Sonivex filter on files, and measure the results",
-                     "sonivex");
-    program.set_version_flag("--version", "sonivex " SONIVEX_VERSION);
-    program.require_subcommand(1);
-    const std::map<std::string, std::function<void()>> commands = {
-        {"render", sonivex_tool::addRenderCommand(program)},
-        {"ears", sonivex_tool::addEarsCommand(program)},
-        {"inspect", sonivex_tool::addInspectCommand(program)},
-        {"play", sonivex_tool::addPlayCommand(program)},
-        {"probe", sonivex_tool::addProbeCommand(program)},
-        {"responses", sonivex_tool::addResponsesCommand(program)},
-        {"speech", sonivex_tool::addSpeechCommand(program)},
-        {"bench", sonivex_tool::addBenchCommand(program)},
-    };
+    const sonivex_tool::CommandLine command_line = sonivex_tool::defineCommandLine();
+    CLI::App& program = *command_line.program;
     try {
         program.parse(argc, argv);
     } catch (const CLI::Success& request) {
@@ -66,7 +52,7 @@ int parseAndRun(int argc, char** argv) {
         sonivex_tool::printError(sonivex_tool::explainUsageError(program, error));
         return exitWith(ExitCode::Usage);
     }
-    commands.at(program.get_subcommands().front()->get_name())();
+    command_line.commands.at(program.get_subcommands().front()->get_name())();
     return exitWith(ExitCode::Success);
 }
 
