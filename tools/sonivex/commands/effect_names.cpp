@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "nearest_word.h"
+#include "value_names.h"
 
 namespace sonivex_tool {
 namespace {
@@ -36,7 +37,7 @@ std::string whyNoChain(const std::string& text) {
 }  // namespace
 
 CLI::Validator effectChain() {
-    return CLI::Validator([](const std::string& text) { return whyNoChain(text); }, "", "effects");
+    return namedValues({.names = effectNames(), .is_list = true}, whyNoChain);
 }
 
 std::vector<const Effect*> chainOf(const std::string& names) {

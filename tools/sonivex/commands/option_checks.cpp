@@ -9,6 +9,7 @@ extern "C" {
 #include <cmath>
 
 #include "nearest_word.h"
+#include "value_names.h"
 
 namespace sonivex_tool {
 namespace {
@@ -73,12 +74,10 @@ CLI::Validator finiteFrom(double lowest, double highest) {
 }
 
 CLI::Validator oneOf(const std::vector<std::string>& names) {
-    return CLI::Validator(
-        [names](const std::string& text) {
-            if (std::find(names.begin(), names.end(), text) != names.end()) return std::string();
-            return "must be one of " + listOf(names) + ", not " + inQuotes(text) + didYouMean(text, names);
-        },
-        "", "name");
+    return namedValues({.names = names, .is_list = false}, [names](const std::string& text) {
+        if (std::find(names.begin(), names.end(), text) != names.end()) return std::string();
+        return "must be one of " + listOf(names) + ", not " + inQuotes(text) + didYouMean(text, names);
+    });
 }
 
 CLI::Validator bitRate() {
@@ -94,16 +93,14 @@ CLI::Validator bitRate() {
 }
 
 CLI::Validator channelLayout() {
-    return CLI::Validator(
-        [](const std::string& text) {
-            AVChannelLayout layout{};
-            const bool is_known = av_channel_layout_from_string(&layout, text.c_str()) >= 0;
-            av_channel_layout_uninit(&layout);
-            if (is_known) return std::string();
-            return "must be the name of a channel layout, as in stereo or 5.1, not " + inQuotes(text) +
-                   didYouMean(text, layoutNames());
-        },
-        "", "layout");
+    return namedValues({.names = layoutNames(), .is_list = false}, [](const std::string& text) {
+        AVChannelLayout layout{};
+        const bool is_known = av_channel_layout_from_string(&layout, text.c_str()) >= 0;
+        av_channel_layout_uninit(&layout);
+        if (is_known) return std::string();
+        return "must be the name of a channel layout, as in stereo or 5.1, not " + inQuotes(text) +
+               didYouMean(text, layoutNames());
+    });
 }
 
 CLI::Validator streamChoice() {
