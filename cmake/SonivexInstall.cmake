@@ -40,7 +40,6 @@ if(SONIVEX_TOOLS)
     # The program looks for presets in ../share/sonivex/presets from its own folder.
     install(DIRECTORY "${PROJECT_SOURCE_DIR}/presets/" DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/sonivex/presets"
             FILES_MATCHING PATTERN "*.preset")
-    install(FILES "${PROJECT_SOURCE_DIR}/tools/sonivex/sonivex.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 endif()
 
 # ---- CMake package ----
