@@ -12,23 +12,8 @@ namespace {
 
 using Kind = FrameNote::Kind;
 
-// The numbers of FilterTiming::effect.
-constexpr int kNoEffect = 0;
-constexpr int kDialogue = 1;
-constexpr int kSurround = 2;
-
 bool isSampleFormat(int format) {
     return format >= 0 && format < AV_SAMPLE_FMT_NB;
-}
-
-void checkStream(const Vorlin::IQFFrame::audioInfo& info, int effect) {
-    const int channels = info.channels;
-    const int rate_hz = info.sample_rate;
-    const bool is_known_rate = rate_hz == 44100 || rate_hz == 48000 ||
-                               (rate_hz == 16000 && effect != kDialogue && effect != kSurround);
-    const bool is_known_count =
-        channels == 2 || (effect != kDialogue && (channels == 1 || channels == 6 || channels == 8));
-    promise(is_known_rate && is_known_count, "no effect processes a stream that it does not support");
 }
 
 }  // namespace
@@ -47,17 +32,14 @@ FilterModel::Finished FilterModel::pull() {
     return oldest;
 }
 
-void FilterModel::work(const Vorlin::ITimedFilter& timing) {
+void FilterModel::work() {
     while (!waiting_.empty() && finished_.size() <= 1) {
         const FrameNote& note = *waiting_.front();
         waiting_.pop_front();
-        int effect = kNoEffect;
-        if (note.kind != Kind::kNull && !is_invalid_) {
-            effect = timing.timing(note.info).effect;
-            if (effect != kNoEffect) checkStream(note.info, effect);
-        }
+        const bool is_looked_at = note.kind != Kind::kNull && !is_invalid_;
+        const ModelEffect effect = is_looked_at ? effectFor(note.info) : ModelEffect::kNone;
         Way way = follow(note, effect);
-        if (way == Way::kProcessed && effect == kDialogue &&
+        if (way == Way::kProcessed && effect == ModelEffect::kDialogue &&
             note.record->fate() == Fate::kRefusedByDialogue) {
             way = Way::kGivenUp;
         }
@@ -68,7 +50,7 @@ void FilterModel::work(const Vorlin::ITimedFilter& timing) {
         if (way == Way::kGivenUp) return;
         Finished finished{.way = way, .shape = {}};
         if (way == Way::kProcessed) {
-            finished.shape.channels = effect == kSurround ? 2 : note.channels;
+            finished.shape.channels = effect == ModelEffect::kSurround ? 2 : note.channels;
             if (graph_ == Graph::kKnown)
                 finished.shape.format = isSampleFormat(format_) ? format_ : AV_SAMPLE_FMT_S16;
         }
@@ -84,10 +66,10 @@ FilterModel::Stream FilterModel::streamOf(const FrameNote& note) {
 }
 
 // @return how the frame left. A way that the interface leaves open is what the record of the frame tells.
-Way FilterModel::follow(const FrameNote& note, int effect) {
+Way FilterModel::follow(const FrameNote& note, ModelEffect effect) {
     if (note.kind == Kind::kNull) return Way::kUntouched;
     if (format_ == -1) format_ = note.info.format;
-    if (effect == kNoEffect) return Way::kUntouched;
+    if (effect == ModelEffect::kNone) return Way::kUntouched;
     if (note.kind == Kind::kWithSamples && !note.is_honest) return Way::kGivenUp;
 
     const bool was_given_up = note.record->isGivenUp();

@@ -4,9 +4,10 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <string>
 
+#include "models/option_model.h"
 #include "random_host/random_frames.h"
-#include "vorlin/effect_timing.h"
 
 namespace test {
 
@@ -22,6 +23,7 @@ struct Shape {
 /** Follows a filter that works inside `push`, and foretells the fate of every frame from the interface's
  *  words.
  *
+ *      options       as OptionModel reads them: which effect processes which stream
  *      push accepts  while at most 1 frame waits for the work and at most 2 wait for `pull`
  *      work          takes frames while at most 1 waits for `pull`, up to one that is not processed
  *      untouched     while the filter is invalid, for no effect, a stream that the effect does not process,
@@ -40,6 +42,12 @@ class FilterModel {
     };
 
     void setInvalid(bool is_invalid) { is_invalid_ = is_invalid; }
+    /** Takes a text for FILTER_OPTION. @return whether the filter takes it. */
+    bool setOptions(const std::string& text) { return options_.set(text); }
+    /** @return the effect that processes frames of this description, unless the filter is invalid. */
+    ModelEffect effectFor(const Vorlin::IQFFrame::audioInfo& info) const {
+        return options_.effectFor(info.channels, info.sample_rate);
+    }
     /** Forgets the frames and the stream. */
     void flush();
 
@@ -52,7 +60,7 @@ class FilterModel {
     void take(const FrameNote& note) { waiting_.push_back(&note); }
     /** Follows the work of one call of `push`, which is over.
      *  @throws BrokenPromise if a frame did not go the foretold way. */
-    void work(const Vorlin::ITimedFilter& timing);
+    void work();
     /** Removes the frame that was pulled. */
     Finished pull();
 
@@ -66,10 +74,11 @@ class FilterModel {
     };
     enum class Graph { kNone, kKnown, kUnclear };
 
-    Way follow(const FrameNote& note, int effect);
+    Way follow(const FrameNote& note, ModelEffect effect);
     Way followStart(const FrameNote& note, bool was_given_up);
     static Stream streamOf(const FrameNote& note);
 
+    OptionModel options_;
     bool is_invalid_ = true;
     std::deque<const FrameNote*> waiting_;
     std::deque<Finished> finished_;

@@ -48,6 +48,10 @@ HostedFilter::~HostedFilter() {
 }
 
 void HostedFilter::push(RandomFrame made) {
+    if (made.note.kind != FrameNote::Kind::kNull) {
+        const auto effect = static_cast<int>(model_.effectFor(made.note.info));
+        promise(timing_->timing(made.note.info).effect == effect, "a filter knows its effect");
+    }
     const auto record = made.note.record;
     const bool is_audible = made.note.is_honest && made.note.rate_hz >= kLowestRate_hz;
     const double seconds = is_audible ? static_cast<double>(made.note.frames) / made.note.rate_hz : 0.0;
@@ -71,7 +75,7 @@ void HostedFilter::push(RandomFrame made) {
     }
     if (!is_foretold) return;
     promise((result == Vorlin::kSuccess) == is_accepted, "a filter takes a frame while it has room");
-    model_.work(*timing_);
+    model_.work();
 }
 
 bool HostedFilter::pull(bool into_full) {
@@ -159,6 +163,12 @@ void HostedFilter::forgetInside() {
 void HostedFilter::setInvalid(bool is_invalid) {
     filter_->setInvalid(is_invalid);
     model_.setInvalid(is_invalid);
+}
+
+bool HostedFilter::setOptions(const std::string& text) {
+    const bool is_taken = filter_->setOption(Vorlin::filterPrototype::FILTER_OPTION, text, "");
+    promise(is_taken == model_.setOptions(text), "a filter takes every text that is JSON, and no other");
+    return is_taken;
 }
 
 void HostedFilter::setNumber(const char* key, const std::string& text) {

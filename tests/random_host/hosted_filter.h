@@ -7,6 +7,7 @@
 
 #include "random_host/filter_model.h"
 #include "random_host/random_frames.h"
+#include "vorlin/effect_timing.h"
 #include "vorlin/filter.h"
 
 namespace test {
@@ -47,6 +48,8 @@ class HostedFilter {
     bool pull(bool into_full);
     void flush();
     void setInvalid(bool is_invalid);
+    /** Sets the options of the effects. @return whether the filter took the text. */
+    bool setOptions(const std::string& text);
     /** Sets a number that may be none. */
     void setNumber(const char* key, const std::string& text);
     void checkTimeConsume(std::uint64_t elapsed_ms);

@@ -68,7 +68,7 @@ void RandomHost::stepHostile() {
             break;
         case 2:
         case 3:
-            current().filter().setOption(filterPrototype::FILTER_OPTION, effectOption(bytes_), "");
+            current().setOptions(effectOption(bytes_));
             break;
         case 4:
             sendOption();
@@ -90,7 +90,7 @@ void RandomHost::stepHostile() {
             current().flush();
             break;
         case 10:
-            listen();
+            current().listen(!bytes_.oneIn(4), bytes_.oneIn(2));
             break;
         case 11:
             askAround();
@@ -127,7 +127,7 @@ void RandomHost::stepKind() {
             break;
         case 1:
         case 2:
-            current().filter().setOption(filterPrototype::FILTER_OPTION, effectOption(bytes_), "");
+            current().setOptions(effectOption(bytes_));
             break;
         case 3:
             sendOption();
@@ -195,17 +195,23 @@ void RandomHost::changeSound(bool flushes) {
 }
 
 void RandomHost::sendOption() {
-    Vorlin::IAudioFilter& filter = current().filter();
     if (!habits_.is_hostile || !bytes_.oneIn(3)) {
         const std::string text = objectOption(bytes_, habits_.may_dump && habits_.is_hostile);
-        promise(filter.setOption(filterPrototype::FILTER_OPTION, text, ""), "a JSON object is understood");
+        promise(current().setOptions(text), "a JSON object is understood");
         return;
     }
-    const std::string key = bytes_.oneIn(2) ? filterPrototype::FILTER_OPTION : bytes_.text(16);
+    if (bytes_.oneIn(2)) {
+        current().setOptions(bytes_.text(64));
+        return;
+    }
+    const std::string key = bytes_.text(16);
     try {
-        const std::string value = bytes_.text(64);
-        const std::string unit = bytes_.text(4);
-        filter.setOption(key, value, unit);
+        const std::string text = bytes_.text(64);
+        if (key == filterPrototype::FILTER_OPTION) {
+            current().setOptions(text);
+        } else {
+            current().filter().setOption(key, text, bytes_.text(4));
+        }
     } catch (const std::invalid_argument&) {
         promise(key == filterPrototype::VIDEO_FPS_OPTION || key == filterPrototype::PLAYER_SPEED_OPTION,
                 "only a number can be refused by an exception");
@@ -213,15 +219,9 @@ void RandomHost::sendOption() {
 }
 
 void RandomHost::sendNumber() {
-    const char* const option =
-        bytes_.oneIn(2) ? filterPrototype::VIDEO_FPS_OPTION : filterPrototype::PLAYER_SPEED_OPTION;
-    current().setNumber(option, numberOption(bytes_));
-}
-
-void RandomHost::listen() {
-    const bool hears = !bytes_.oneIn(4);
-    const bool obeys = bytes_.oneIn(2);
-    current().listen(hears, obeys);
+    current().setNumber(
+        bytes_.oneIn(2) ? filterPrototype::VIDEO_FPS_OPTION : filterPrototype::PLAYER_SPEED_OPTION,
+        numberOption(bytes_));
 }
 
 void RandomHost::callGuard() {
@@ -262,13 +262,13 @@ void RandomHost::askAround() {
 
 void RandomHost::dumpForAMoment() {
     constexpr int kDumped_frames = 4;
-    current().filter().setOption(filterPrototype::FILTER_OPTION, R"({"enable_dump": true})", "");
+    current().setOptions(R"({"enable_dump": true})");
     for (int i = 0; i < kDumped_frames; ++i) {
         pushHonest();
         wait();
         while (current().pull(false)) continue;
     }
-    current().filter().setOption(filterPrototype::FILTER_OPTION, R"({"enable_dump": false})", "");
+    current().setOptions(R"({"enable_dump": false})");
 }
 
 void RandomHost::addFilter() {
@@ -289,7 +289,7 @@ void RandomHost::addFilter() {
     if (bytes_.oneIn(16)) return;  // a filter that is never ready, and is invalid
     promise(current().filter().init(0), "a filter is ready");
     current().listen(true, true);
-    current().filter().setOption(filterPrototype::FILTER_OPTION, effectOption(bytes_), "");
+    current().setOptions(effectOption(bytes_));
     current().setInvalid(false);
 }
 
