@@ -1,6 +1,7 @@
 // The traps themselves: whatever a real-time thread must not do ends the program.
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/auxv.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -9,6 +10,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
+#include <ctime>
 #include <mutex>
 #include <shared_mutex>
 #include <string>
@@ -85,6 +87,35 @@ TEST(RealTimeTraps, SystemCallsAreTrapped) {
                    "system call " + std::to_string(SYS_futex));
     EXPECT_TRAPPED(use(mmap(nullptr, 4096, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)),
                    "system call " + std::to_string(SYS_mmap));
+}
+
+TEST(RealTimeTraps, ClocksOfTheMachineAreNotTrappedAndThoseOfThreadsAre) {
+    timespec time{};
+    long result = -1;
+    timespec direct{};
+    long direct_result = -1;
+    long wrong_result = 0;
+    {
+        const RealTimeSection section;
+        result = clock_gettime(CLOCK_MONOTONIC, &time);
+        // As the C library reads a clock where there is no vDSO.
+        direct_result = syscall(SYS_clock_gettime, CLOCK_MONOTONIC, &direct);
+        wrong_result = syscall(SYS_clock_gettime, CLOCK_MONOTONIC, 1L);
+    }
+    EXPECT_EQ(result, 0);
+    EXPECT_GT(time.tv_sec + time.tv_nsec, 0);
+    EXPECT_EQ(direct_result, 0);
+    EXPECT_GE(direct.tv_sec, time.tv_sec);
+    EXPECT_EQ(wrong_result, -1) << "the call must have its own result";
+    if (!test::canTrapSystemCalls()) return;
+    const std::string report = "system call " + std::to_string(SYS_clock_gettime);
+    EXPECT_TRAPPED(syscall(SYS_clock_gettime, CLOCK_THREAD_CPUTIME_ID, &time), report);
+    EXPECT_TRAPPED(syscall(SYS_clock_gettime, CLOCK_MONOTONIC, &time); getppid(), "system call");
+}
+
+TEST(RealTimeTraps, TheProgramHasNoVdsoWhereItShallHaveNone) {
+    const bool shall_have_none = std::getenv("SONIVEX_WITHOUT_VDSO") != nullptr;
+    EXPECT_TRUE(!shall_have_none || getauxval(AT_SYSINFO_EHDR) == 0);
 }
 
 TEST(RealTimeTraps, EveryThreadHasTrapsOfItsOwn) {
