@@ -90,7 +90,7 @@ void RandomHost::stepHostile() {
             current().flush();
             break;
         case 10:
-            current().listen(!bytes_.oneIn(4), bytes_.oneIn(2));
+            listen();
             break;
         case 11:
             askAround();
@@ -219,9 +219,15 @@ void RandomHost::sendOption() {
 }
 
 void RandomHost::sendNumber() {
-    current().setNumber(
-        bytes_.oneIn(2) ? filterPrototype::VIDEO_FPS_OPTION : filterPrototype::PLAYER_SPEED_OPTION,
-        numberOption(bytes_));
+    const char* const option =
+        bytes_.oneIn(2) ? filterPrototype::VIDEO_FPS_OPTION : filterPrototype::PLAYER_SPEED_OPTION;
+    current().setNumber(option, numberOption(bytes_));
+}
+
+void RandomHost::listen() {
+    const bool hears = !bytes_.oneIn(4);
+    const bool obeys = bytes_.oneIn(2);
+    current().listen(hears, obeys);
 }
 
 void RandomHost::callGuard() {
