@@ -1,6 +1,10 @@
 # The outside libraries as imported targets, as far as the chosen parts need them (SonivexParts.cmake). Their headers
 # count as system headers, so they cause no warnings. GLOBAL targets are visible to a project that adds this one with
 # add_subdirectory.
+if(EMSCRIPTEN)
+    include(SonivexWasm)
+    return()
+endif()
 find_package(PkgConfig REQUIRED)
 
 pkg_check_modules(HWY REQUIRED IMPORTED_TARGET GLOBAL libhwy>=1.0.3)

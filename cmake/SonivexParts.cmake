@@ -2,7 +2,11 @@
 # for the effects, SONIVEX_FILTER for the filter with its plug-in and the player framework, SONIVEX_TOOLS for the
 # programs. SonivexDependencies.cmake sets SONIVEX_LV2 for the LV2 bundle.
 set(all_effects surround dialogue normalizer)
-set(SONIVEX_EFFECTS "surround;dialogue;normalizer" CACHE STRING "Effects to build: a list, or names with commas between")
+set(default_effects surround dialogue normalizer)
+if(EMSCRIPTEN)
+    set(default_effects surround normalizer) # dialogue enhancement needs FFmpeg
+endif()
+set(SONIVEX_EFFECTS "${default_effects}" CACHE STRING "Effects to build: a list, or names with commas between")
 
 string(REPLACE "," ";" chosen_effects "${SONIVEX_EFFECTS}")
 list(TRANSFORM chosen_effects STRIP)

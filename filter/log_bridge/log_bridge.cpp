@@ -10,14 +10,25 @@ namespace {
 constexpr std::size_t kLineBytes = 2048;
 
 using LogWriter = void (*)(const char*, int);
-using AnyFunction = void (*)();
+
+#if defined(__wasm__)
+// WebAssembly checks the type of every function that is called through a pointer.
+void writeLine(const char* line, int /* length */) {
+    logWrite(line);
+}
+#endif
 
 }  // namespace
 
+#if defined(__wasm__)
+LogWriter logWriterFun = writeLine;
+#else
+using AnyFunction = void (*)();
 // logWrite takes one parameter fewer than a writer and returns a value. In the C calling conventions of all
 // supported machines the caller cleans up, so the extra argument and the unused result are harmless.
 void (*logWriterFun)(const char* line,
                      int length) = reinterpret_cast<LogWriter>(reinterpret_cast<AnyFunction>(&logWrite));
+#endif
 
 int logWrite(const char* line) {
     return std::printf("%s", line);

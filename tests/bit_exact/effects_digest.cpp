@@ -11,15 +11,19 @@
 
 #include "au2_limiter_owner.h"
 #include "audiofft.h"
-#include "bin_analysis.h"
-#include "centre_gains.h"
-#include "centre_presence.h"
 #include "convolve_reverb.h"
-#include "framing.h"
 #include "mixer.h"
 #include "sonivex/normalizer.h"
 #include "sonivex/surround.h"
 #include "support/signals/signals.h"
+
+// A build for WebAssembly has no dialogue enhancement.
+#if !defined(__EMSCRIPTEN__)
+#include "bin_analysis.h"
+#include "centre_gains.h"
+#include "centre_presence.h"
+#include "framing.h"
+#endif
 
 namespace {
 
@@ -200,6 +204,7 @@ void digestTransforms() {
     }
 }
 
+#if !defined(__EMSCRIPTEN__)
 std::vector<sonivex::Bin> noiseSpectrum(std::uint64_t seed, int bins) {
     const test::Pcm parts = test::noise(seed, 2 * bins, 32767);
     std::vector<sonivex::Bin> spectrum;
@@ -249,6 +254,7 @@ void digestDialogueKernels(int points) {
     for (const float number : window) window_digest.add(number);
     window_digest.print("dialogue window of " + std::to_string(points));
 }
+#endif
 
 // With calls of random length, blocks are rendered alone and in pairs, and calls end anywhere within them.
 void digestSurroundInRandomCalls(int channels, int type, int longest) {
@@ -273,7 +279,9 @@ void digestSurroundInRandomCalls(int channels, int type, int longest) {
 }  // namespace
 
 int main() {
+#if !defined(__EMSCRIPTEN__)
     for (const int points : {2048, 4096, 8192}) digestDialogueKernels(points);
+#endif
     digestTransforms();
     digestRenderings();
     for (const int channels : {1, 2, 6, 8}) {

@@ -23,3 +23,6 @@
 // vector_targets.h must precede every Highway header.
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
+
+// The kernels' doubles where Highway has none.
+#include "wasm_doubles-inl.h"

@@ -8,24 +8,24 @@
 #pragma once
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 
+#include "bit_cast.h"
 #include "float_rules.h"
 
 namespace sonivex {
 
 /** 0.8999, 0.0999, 0.9999 and 0.0001 rounded to float. Their exact values determine the output bits. */
-inline constexpr float kSmoothingKeep = std::bit_cast<float>(std::uint32_t{0x3F665FD9});
-inline constexpr float kSmoothingStep = std::bit_cast<float>(std::uint32_t{0x3DCC985F});
-inline constexpr float kReleaseKeep = std::bit_cast<float>(std::uint32_t{0x3F7FF972});
-inline constexpr float kReleaseStep = std::bit_cast<float>(std::uint32_t{0x38D1B717});
+inline constexpr float kSmoothingKeep = bit_cast<float>(std::uint32_t{0x3F665FD9});
+inline constexpr float kSmoothingStep = bit_cast<float>(std::uint32_t{0x3DCC985F});
+inline constexpr float kReleaseKeep = bit_cast<float>(std::uint32_t{0x3F7FF972});
+inline constexpr float kReleaseStep = bit_cast<float>(std::uint32_t{0x38D1B717});
 
 /** Compares the bits of two floats: +0 and -0 differ, and a NaN equals itself.
  *  [any, concurrent] real-time safe */
 inline bool isSameFloat(float a, float b) {
-    return std::bit_cast<std::uint32_t>(a) == std::bit_cast<std::uint32_t>(b);
+    return bit_cast<std::uint32_t>(a) == bit_cast<std::uint32_t>(b);
 }
 
 /** @return the smoothed gain one sample later.

@@ -2,11 +2,11 @@
 #include "compile_for_each_target.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
 
+#include "bit_cast.h"
 #include "pcm.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -92,7 +92,7 @@ std::int32_t largestMagnitudeBits(const float* in, int count) {
         odd = hn::Max(odd, hn::BitCast(bits, hn::Abs(hn::LoadU(d, in + i + lanes))));
     }
     std::int32_t largest = hn::GetLane(hn::MaxOfLanes(bits, hn::Max(even, odd)));
-    for (; i < count; ++i) largest = std::max(largest, std::bit_cast<std::int32_t>(std::fabs(in[i])));
+    for (; i < count; ++i) largest = std::max(largest, bit_cast<std::int32_t>(std::fabs(in[i])));
     return largest;
 }
 
@@ -109,7 +109,7 @@ HWY_EXPORT(int16ToFloat);
 HWY_EXPORT(largestMagnitudeBits);
 HWY_EXPORT(largestMagnitudeOfInt16);
 
-constexpr auto kInfinityBits = std::bit_cast<std::int32_t>(std::numeric_limits<float>::infinity());
+constexpr auto kInfinityBits = bit_cast<std::int32_t>(std::numeric_limits<float>::infinity());
 
 float largestMagnitudeBesideNaN(const float* in, int count) {
     float largest = 0.0F;
@@ -140,7 +140,7 @@ int largestMagnitude(const std::int16_t* in, int count) {
 
 float largestMagnitude(const float* in, int count) {
     const std::int32_t largest = HWY_DYNAMIC_DISPATCH(largestMagnitudeBits)(in, count);
-    if (largest <= kInfinityBits) return std::bit_cast<float>(largest);
+    if (largest <= kInfinityBits) return bit_cast<float>(largest);
     return largestMagnitudeBesideNaN(in, count);
 }
 

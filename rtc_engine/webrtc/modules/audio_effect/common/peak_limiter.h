@@ -18,8 +18,9 @@
 // Use: call resetPeakLimiter, set threshold and detects_per_sample, then call limitPeaks for every block.
 #pragma once
 
-#include <bit>
 #include <cstdint>
+
+#include "bit_cast.h"
 
 namespace sonivex {
 
@@ -29,7 +30,7 @@ inline constexpr int kLimiterTreeEntries = 512;
 
 /** The ceiling: 0.99 of full scale (32768), in int16 units. */
 inline constexpr double kCeilingInt16Units = 32440.32;
-inline constexpr float kCeiling = std::bit_cast<float>(std::uint32_t{0x46FD70A4});
+inline constexpr float kCeiling = bit_cast<float>(std::uint32_t{0x46FD70A4});
 static_assert(kCeiling == static_cast<float>(kCeilingInt16Units));
 
 /** References to the fields of a limiter's record, under the kernel's names. */

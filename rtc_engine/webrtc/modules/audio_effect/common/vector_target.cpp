@@ -18,6 +18,7 @@ const char* vectorTarget() {
     if (kDoubles == 8) return "AVX-512, 8 doubles";
     if (kDoubles == 4) return "AVX2, 4 doubles";
     if (HWY_ARCH_X86) return "SSE, 2 doubles";
+    if (HWY_ARCH_WASM) return "WebAssembly SIMD, 2 doubles";
     return HWY_ARCH_ARM ? "NEON, 2 doubles" : "2 doubles";
 #endif
 }

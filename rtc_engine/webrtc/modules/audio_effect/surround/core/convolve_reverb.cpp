@@ -56,8 +56,10 @@ std::size_t ConvolveReverb::bytesForLater(const Layout& layout) const {
                                             .rows = 1,
                                             .ears = sonivex::Ears::kChannels,
                                             .shares_response = g_dolbyL441 == g_dolbyR441};
-    const std::size_t partitions = fftconvolver::partitionsOf(sonivex::kAudio.format.samples, headBlockSize);
-    return owner_bytes_ + sonivex::ConvolutionBank::bytesOf(audio_shape, partitions, headBlockSize);
+    const auto partition_frames = static_cast<std::size_t>(headBlockSize);
+    const std::size_t partitions =
+        fftconvolver::partitionsOf(sonivex::kAudio.format.samples, partition_frames);
+    return owner_bytes_ + sonivex::ConvolutionBank::bytesOf(audio_shape, partitions, partition_frames);
 }
 
 void ConvolveReverb::prepare(const Layout& layout, int new_channels, int block_frames, unsigned mode) {
@@ -76,10 +78,12 @@ void ConvolveReverb::prepare(const Layout& layout, int new_channels, int block_f
     }
 
     const std::array<Taps, kAgents> taps = tapsOfAgents(layout, stage.responses);
-    const std::size_t bytes = sonivex::SourceBanks::bytesOf(layout.sources, taps, headBlockSize);
-    if (memory_ == nullptr || memory_->workspace.blockFrames() != headBlockSize ||
+    const auto partition_frames = static_cast<std::size_t>(headBlockSize);
+    const std::size_t bytes = sonivex::SourceBanks::bytesOf(layout.sources, taps, partition_frames);
+    if (memory_ == nullptr || memory_->workspace.blockFrames() != partition_frames ||
         memory_->arena.room() < bytes + owner_bytes_) {
-        memory_ = std::make_shared<sonivex::ConvolutionMemory>(headBlockSize, bytes + bytesForLater(layout));
+        memory_ =
+            std::make_shared<sonivex::ConvolutionMemory>(partition_frames, bytes + bytesForLater(layout));
     }
     stage.banks.build(layout.sources, taps, memory_);
 }

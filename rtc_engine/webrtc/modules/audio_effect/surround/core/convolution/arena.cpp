@@ -15,6 +15,8 @@ namespace sonivex {
 namespace {
 
 constexpr std::size_t kHugePageBytes = std::size_t{2} << 20;
+
+#if defined(__linux__)
 // Most bytes of a huge page that may stay unused: the handle holds them for speed alone.
 constexpr std::size_t kMaxUnusedBytes = kHugePageBytes / 8;
 
@@ -22,7 +24,6 @@ std::size_t hugePagesOf(std::size_t bytes) {
     return (bytes + kMaxUnusedBytes) / kHugePageBytes;
 }
 
-#if defined(__linux__)
 // Maps memory at a huge-page boundary and asks the system to back its first pages with huge ones, which the
 // system may decline. Returns null if the system gives no memory.
 std::byte* mapWithHugePages(std::size_t bytes, std::size_t huge_pages) {

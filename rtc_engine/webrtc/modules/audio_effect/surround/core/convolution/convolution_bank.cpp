@@ -1,10 +1,10 @@
 #include "convolution_bank.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <type_traits>
 
+#include "bit_cast.h"
 #include "float_rules.h"
 #include "lane_frames.h"
 
@@ -32,7 +32,7 @@ LanePlanes planesAt(float* memory, std::size_t plane_floats) {
 // Returns true if all numbers are zeros of either sign. Only a zero has no bit set below its sign.
 bool areZeros(const float* numbers, std::size_t count) {
     std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < count; ++i) bits |= std::bit_cast<std::uint32_t>(numbers[i]);
+    for (std::size_t i = 0; i < count; ++i) bits |= bit_cast<std::uint32_t>(numbers[i]);
     return bits << 1 == 0;
 }
 
