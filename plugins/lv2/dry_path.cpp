@@ -47,7 +47,7 @@ void DryPath::render(ConstPlanes in, Planes out, int frames) {
         }
         float* const line = lineOf(channel);
         position = position_;
-        for (int first = 0; first < frames;) {
+        for (int first = 0; delay_frames_ > 0 && first < frames;) {
             const int piece = std::min(frames - first, delay_frames_ - position);
             std::swap_ranges(plane + first, plane + first + piece, line + position);
             first += piece;

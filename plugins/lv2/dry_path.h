@@ -18,7 +18,7 @@ namespace sonivex_lv2 {
 /** The delay line. */
 class DryPath {
   public:
-    /** @param delay_frames 1 or more. Throws std::bad_alloc. */
+    /** @param delay_frames 0 or more. Throws std::bad_alloc. */
     DryPath(const PluginKind& kind, int delay_frames);
 
     /** Makes everything inside silent. [any] real-time safe */
