@@ -196,7 +196,7 @@
         document.querySelectorAll("[data-example]").forEach((button) => {
             const channels = Number(button.dataset.example);
             button.addEventListener("click", () =>
-                load(`Noise in ${kLayouts[channels]}`, async () => SonivexExamples.make(context, channels)));
+                load("Noise", async () => SonivexExamples.make(context, channels)));
         });
         document.addEventListener("dragover", (event) => {
             event.preventDefault();
