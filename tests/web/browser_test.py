@@ -140,7 +140,7 @@ const [from, to, done] = arguments;
 class Browser(unittest.TestCase):
     """One browser for the tests of a class, and a server on the loopback address."""
 
-    options = ()
+    options = ("--autoplay-policy=no-user-gesture-required",)
 
     @classmethod
     def setUpClass(cls):
@@ -148,7 +148,7 @@ class Browser(unittest.TestCase):
         threading.Thread(target=cls.server.serve_forever, daemon=True).start()
         cls.base = f"http://127.0.0.1:{cls.server.server_port}"
         options = webdriver.ChromeOptions()
-        for option in ("--headless=new", "--no-sandbox", "--disable-gpu", "--window-size=1000,900", *cls.options):
+        for option in ("--headless=new", "--no-sandbox", "--disable-gpu", "--window-size=1000,1050", *cls.options):
             options.add_argument(option)
         cls.driver = webdriver.Chrome(service=Service(DRIVER), options=options)
         cls.driver.set_script_timeout(120)
@@ -351,7 +351,7 @@ class PageAnswers(Browser):
 
 
 class PageBeforeAClick(Browser):
-    options = ("--autoplay-policy=user-gesture-required",)
+    options = ()
 
     def test_a_browser_that_refuses_sound_plays_after_a_click(self):
         self.open()

@@ -67,6 +67,7 @@ globalThis.Sonivex = (() => {
                     this.worstShare = 0;
                     this.share = 0;
                     this.frames = 0;
+                    this.wasChanging = false;
                     this.port.onmessage = ({ data }) => this.obey(data);
                     this.port.postMessage({
                         kind: "ready", latencyFrames: engine.sonivex_web_latency_frames(), hasFineClock,
@@ -113,6 +114,7 @@ globalThis.Sonivex = (() => {
                     this.busy_ms += busy_ms;
                     this.worstShare = Math.max(this.worstShare, busy_ms / ((1000 * frames) / sampleRate));
                     this.frames += frames;
+                    this.wasChanging ||= this.engine.sonivex_web_is_changing() !== 0;
                     const heard_s = this.frames / sampleRate;
                     if (heard_s < kReport_s) return;
                     const weight = Math.min(1, heard_s / kShareOver_s);
@@ -124,8 +126,9 @@ globalThis.Sonivex = (() => {
                         output: [peak(8), peak(9)],
                         share: this.share,
                         worstShare: this.worstShare,
-                        isChanging: this.engine.sonivex_web_is_changing() !== 0,
+                        isChanging: this.wasChanging,
                     });
+                    this.wasChanging = false;
                     this.busy_ms = 0;
                     this.worstShare = 0;
                     this.frames = 0;
@@ -159,10 +162,22 @@ globalThis.Sonivex = (() => {
 
     const contextsWithProcessor = new WeakMap();
 
+    // Some browsers load no blob into the worklet of a page that was opened from a file, others no data address.
+    async function addModule(worklet) {
+        const source = `(${workletScope})();`;
+        const blob = URL.createObjectURL(new Blob([source], { type: "text/javascript" }));
+        try {
+            await worklet.addModule(blob);
+        } catch {
+            await worklet.addModule(`data:text/javascript,${encodeURIComponent(source)}`);
+        } finally {
+            URL.revokeObjectURL(blob);
+        }
+    }
+
     function addProcessor(context) {
         if (!contextsWithProcessor.has(context)) {
-            const url = URL.createObjectURL(new Blob([`(${workletScope})();`], { type: "text/javascript" }));
-            contextsWithProcessor.set(context, context.audioWorklet.addModule(url));
+            contextsWithProcessor.set(context, addModule(context.audioWorklet));
         }
         return contextsWithProcessor.get(context);
     }
