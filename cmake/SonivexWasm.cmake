@@ -9,9 +9,10 @@ file(MAKE_DIRECTORY "${highway}")
 file(CREATE_LINK "${SONIVEX_HIGHWAY_HEADERS}/hwy" "${highway}/hwy" SYMBOLIC)
 add_library(PkgConfig::HWY INTERFACE IMPORTED GLOBAL)
 target_include_directories(PkgConfig::HWY INTERFACE "${highway}")
-target_compile_definitions(PkgConfig::HWY INTERFACE HWY_COMPILE_ONLY_STATIC)
-
 if(SONIVEX_WEB_SIMD)
     add_compile_options(-msimd128)
+    target_compile_definitions(PkgConfig::HWY INTERFACE HWY_COMPILE_ONLY_STATIC)
+else()
+    target_compile_definitions(PkgConfig::HWY INTERFACE HWY_COMPILE_ONLY_SCALAR) # emulated vectors are slower
 endif()
 set(SONIVEX_LV2 OFF)

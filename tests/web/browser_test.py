@@ -308,8 +308,11 @@ class PageAnswers(Browser):
         self.assertFalse(self.find("#play").is_enabled())
         self.give("empty.wav", b"")
         self.until("no answer", lambda: "cannot decode empty.wav" in self.text("#status"))
-        self.give("good.wav", [tone(2)] * 2)
+        self.give("good.wav", [tone(30)] * 2)
         self.until_playing()
+        self.give("bad.wav", b"RIFF")
+        self.until("no answer", lambda: "cannot decode bad.wav" in self.text("#status"))
+        self.assertEqual(self.text("#play"), "Pause", "what played before goes on")
 
     def test_a_layout_that_the_effects_do_not_take_is_refused(self):
         self.open()
@@ -348,6 +351,20 @@ class PageAnswers(Browser):
         self.find("[data-example='6']").click()
         self.until_playing()
         self.until("no share", lambda: "%" in self.text("#share"))
+
+
+    def test_a_single_file_runs_the_effects(self):
+        texts = []
+        for name in ("sonivex-engine-simd.js", "sonivex-player.js"):
+            with open(os.path.join(PAGE, name), encoding="utf-8") as file:
+                texts.append(f"<script>{file.read()}</script>")
+        path = os.path.join(self.folder.name, "single.html")
+        with open(path, "w", encoding="utf-8") as file:
+            file.write("<!doctype html><title>single</title>" + "".join(texts))
+        self.driver.get(f"file://{path}")
+        result = self.call(CHANGE, {"effect": "original"}, {"effect": "surround", "type": "MegaBass"})
+        self.assertGreater(result["level"], 0.1)
+        self.assertLess(result["rough"], 32 / 32768)
 
 
 class PageBeforeAClick(Browser):

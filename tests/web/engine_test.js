@@ -85,6 +85,34 @@ test("the original stereo passes unchanged, as late as the effects", () => {
     assert.deepStrictEqual(out[1].subarray(delay), left.map((x) => -x).subarray(0, left.length - delay));
 });
 
+// The downmix of 5.1 and 7.1: the centre and the surround channels 3 dB lower, without the low-frequency channel.
+function foldDown(planes) {
+    const scale = Math.fround(Math.SQRT1_2);
+    return [0, 1].map((side) => planes[side].map((sample, i) => {
+        const others = [planes[2], ...planes.filter((_, channel) => channel >= 4 && channel % 2 === side)];
+        return others.reduce((sum, plane) => Math.fround(sum + Math.fround(plane[i] * scale)), sample);
+    }));
+}
+
+for (const channels of [6, 8]) {
+    const planes = () => planesOf(readPcm(`surround-3DSurround-${channels}-1.in.s16`), channels, 0);
+    test(`the original of ${channels} channels is their downmix`, () => {
+        const engine = make(channels, { effect: "original" });
+        const out = engine.render(planes());
+        const wanted = foldDown(planes());
+        const delay = engine.latencyFrames;
+        assert.ok(Math.max(...wanted[0]) > 0.1);
+        for (const side of [0, 1]) {
+            assert.deepStrictEqual(out[side].subarray(delay), wanted[side].subarray(0, wanted[side].length - delay));
+        }
+    });
+    test(`the normalizer of ${channels} channels hears their downmix`, () => {
+        const wanted = make(2, { effect: "normalizer" }).render(foldDown(planes()));
+        assert.ok(Math.max(...wanted[0]) > 0.1);
+        assert.deepStrictEqual(make(channels, { effect: "normalizer" }).render(planes()), wanted);
+    });
+}
+
 const sounds = [
     { effect: "original" },
     { effect: "surround", type: "3DSurround" },
