@@ -1,5 +1,5 @@
-// A library for LD_PRELOAD that makes requests for memory fail in a program that knows nothing of it, from the
-// beginning of main() on. The environment says what fails:
+// A library for LD_PRELOAD that makes requests for memory fail in a program that knows nothing of it, from
+// the beginning of main() on. The environment says what fails:
 //
 //   SONIVEX_FAIL_FIRST   number of the first request that fails, counted from 1; 0: none
 //   SONIVEX_FAIL_MANNER  once, or always: all requests from the first on
@@ -19,6 +19,8 @@
 #include <new>
 
 #define FOR_PROGRAMS __attribute__((visibility("default")))
+
+struct SwrContext;
 
 // The C library's allocators under their second names.
 extern "C" {
@@ -41,6 +43,7 @@ long first_to_fail = 0;
 const char* mark_path = "";
 const char* count_path = "";
 std::atomic<long> requests{0};
+thread_local bool is_inside_swr_init = false;
 
 const char* setting(const char* name) {
     const char* value = std::getenv(name);
@@ -52,7 +55,7 @@ int create(const char* path) {
 }
 
 bool isRefused() {
-    if (!is_counting) return false;
+    if (!is_counting || is_inside_swr_init) return false;
     const long number = ++requests;
     if (first_to_fail == 0 || number < first_to_fail || (number > first_to_fail && !fails_always))
         return false;
@@ -68,7 +71,7 @@ bool isRefusedToC() {
     return counts_all && isRefused();
 }
 
-// Which functions of the loader and the C library run before main() is not the program's doing.
+// The loader and the libraries' constructors run before main(), and the program cannot answer for them.
 int countedMain(int argc, char** argv, char** environment) {
     counts_all = std::strcmp(setting("SONIVEX_FAIL_WHOSE"), "all") == 0;
     fails_always = std::strcmp(setting("SONIVEX_FAIL_MANNER"), "always") == 0;
@@ -108,6 +111,16 @@ FOR_PROGRAMS int __libc_start_main(Main main, int argc, char** argv, void (*star
     program_main = main;
     const auto real = reinterpret_cast<Start>(dlsym(RTLD_NEXT, "__libc_start_main"));
     return real(countedMain, argc, argv, start, end, end_of_loader, stack_end);
+}
+
+// libswresample 5.1 does not check there whether it got its converter, and divides by zero at the first
+// sample (docs/known-limits.md).
+FOR_PROGRAMS int swr_init(SwrContext* resampler) {
+    static const auto real = reinterpret_cast<int (*)(SwrContext*)>(dlsym(RTLD_NEXT, "swr_init"));
+    is_inside_swr_init = true;
+    const int result = real(resampler);
+    is_inside_swr_init = false;
+    return result;
 }
 
 FOR_PROGRAMS void* malloc(size_t bytes) noexcept {

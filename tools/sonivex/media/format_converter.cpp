@@ -25,6 +25,7 @@ constexpr int kSilencesPerSecond = 10;
 constexpr int kShortestSilence_frames = 1024;
 
 [[noreturn]] void fail(int averror) {
+    if (averror == AVERROR(ENOMEM)) throw std::bad_alloc();
     throw Failure(ExitCode::Internal, "cannot convert the audio: " + errorText(averror));
 }
 

@@ -92,6 +92,7 @@ void FilterRun::receive(std::unique_ptr<Vorlin::IQFFrame> frame) {
 void FilterRun::check(int result) {
     if (output_error_ != nullptr) std::rethrow_exception(output_error_);
     if (result == AVERROR(ETIMEDOUT)) throw Failure(ExitCode::FilterFailed, "the filter stopped responding");
+    if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
     if (result < 0) throw Failure(ExitCode::FilterFailed, "the filter failed: " + errorText(result));
 }
 
