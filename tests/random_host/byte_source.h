@@ -12,8 +12,8 @@ namespace test {
 
 /** Gives bytes, and numbers made of them. A source that is over gives zeros.
  *
- *  Two arguments of one call must not both read from a source: compilers evaluate them in different orders, and
- *  the same seed would make different hosts. */
+ *  Two arguments of one call must not both read from a source: compilers evaluate them in different orders,
+ *  and the same seed would make different hosts. */
 class ByteSource {
   public:
     ByteSource() = default;

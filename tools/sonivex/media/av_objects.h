@@ -50,8 +50,8 @@ inline std::string errorText(int averror) {
     return text;
 }
 
-/** Describes an FFmpeg error code of an input. An absurd size in a damaged file is by far the likeliest reason for
- *  a lack of memory. */
+/** Describes an FFmpeg error code of an input. An absurd size in a damaged file is the likeliest reason for a
+ *  lack of memory. */
 inline std::string inputErrorText(int averror) {
     if (averror == AVERROR(ENOMEM)) return "it asks for more memory than there is; it may be damaged";
     return errorText(averror);

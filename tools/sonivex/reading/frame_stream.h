@@ -17,7 +17,7 @@ struct FrameStream {
     /** Returns the next frame, or null at the end. @throw Failure, also for a pending signal */
     std::function<FramePtr()> read;
     int rest_bytes = 0;  // after the last whole frame of a file of bare samples
-    /** Returns the damage that `read` has met; complete once it returned null. Empty: no damage is possible. */
+    /** Returns the damage that `read` has met so far. Empty: the file cannot be damaged. */
     std::function<DamageReport()> damage = {};
 };
 

@@ -66,8 +66,8 @@ void PcmFile::checkSize(const PcmFormat& format) {
             (format.broken_end == BrokenEnd::WrongAssumption ? "; --channels sets the channel count" : ""));
 }
 
-// An interrupted read goes on: signals that end the program leave their mark, and others, such as the end of a
-// suspension, mean nothing here.
+// An interrupted read goes on: signals that end the program leave their mark, and others, such as the end of
+// a suspension, mean nothing here.
 std::size_t PcmFile::readBytes(unsigned char* bytes, std::size_t wanted) {
     std::size_t done = 0;
     while (done < wanted) {

@@ -36,7 +36,7 @@ struct DamageReport {
     std::string lossText() const;
 };
 
-/** Formats the signs of damage as a sentence that begins with the file: `"a.flac" is damaged: it is cut off`. */
+/** Formats the signs of damage as a sentence: `"a.flac" is damaged: it is cut off`. */
 std::string damageSentence(const std::string& path, const DamageReport& damage);
 
 /** Formats both reports for the user, as sentences that begin with the file.
