@@ -47,8 +47,8 @@ void deliver(int level, const std::string& tag, const std::string& message) {
     }
 }
 
-// Returns whether a message may be made, which throws without memory. The first exception of a thread needs some
-// itself, and the loader ends a program in C that has none then.
+// Returns whether a message may be made, which throws without memory. The first exception of a thread needs
+// some itself, and the loader ends a program in C that has none then.
 bool hasMemoryToThrow() {
     constexpr std::size_t kRoom_bytes = 4096;
     void* const room = std::malloc(kRoom_bytes);

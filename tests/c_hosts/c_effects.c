@@ -1,5 +1,5 @@
-// A C program that loads libsonivex at run time and uses the effects without enough memory, on the thread that
-// loaded the library and on another. Creation then fails, and nothing ends the process.
+// A C program that loads libsonivex at run time and uses the effects without enough memory, on the thread
+// that loaded the library and on another. Creation then fails, and nothing ends the process.
 //
 //     c_effects LIBRARY
 #include <dlfcn.h>

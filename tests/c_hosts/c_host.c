@@ -1,6 +1,6 @@
-// A host of LV2 plug-ins in C that makes each plug-in, runs it and changes its settings without enough memory. The
-// host gets no plug-in, or one that keeps its settings, and nothing ends the process. The work that a plug-in
-// schedules runs on another thread.
+// A host of LV2 plug-ins in C that makes each plug-in, runs it and changes its settings without enough
+// memory. The host gets no plug-in, or one that keeps its settings, and nothing ends the process. The work
+// that a plug-in schedules runs on another thread.
 //
 //     c_host LIBRARY
 #include <dlfcn.h>

@@ -1,6 +1,6 @@
 // A player in C that loads the filter at run time and plays without enough memory: on the thread that loaded
-// it and on another, with and without a worker. A frame is then lost at most, with a log line, and nothing ends
-// the process.
+// it and on another, with and without a worker. A frame is then lost at most, with a log line, and nothing
+// ends the process.
 //
 //     c_player GLUE PLUGIN
 #define _GNU_SOURCE
@@ -24,8 +24,8 @@ typedef struct {
     MemoryUse* use;
 } Task;
 
-// Pulls until the frame that was pushed came out or was given up, or until memory was refused and the worker had
-// time to fail. @return 1 or 0, or -1 if the frame is damaged.
+// Pulls until the frame that was pushed came out or was given up, or until memory was refused and the
+// worker had time to fail. @return 1 or 0, or -1 if the frame is damaged.
 static int pullPatiently(int lost_before, bool may_wait_for_memory) {
     int result = glue->pull();
     for (int pauses = 0; has_worker && result == 0 && glue->lost() == lost_before; ++pauses) {

@@ -28,7 +28,8 @@ typedef struct {
 } MemoryUse;
 
 /** Makes requests of all threads fail.
- *  @param levels gets what each request would take in all, in bytes, for up to `count` requests; may be null. */
+ *  @param levels gets what each request would take in all, in bytes, for up to `count` requests; may be
+ *  null. */
 void limitMemory(const Refusal* refusal, size_t* levels, int count);
 /** Lets all requests pass, as for what a host does that is no part of the work, or ends that. */
 void pauseLimit(bool is_paused);

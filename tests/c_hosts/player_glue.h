@@ -6,8 +6,8 @@
 extern "C" {
 #endif
 
-/** A stream of 16-bit stereo at 48 kHz that goes through one filter with the normalizer. Every function runs on
- *  the player's thread. None of them throws. */
+/** A stream of 16-bit stereo at 48 kHz that goes through one filter with the normalizer. Every function
+ *  runs on the player's thread. None of them throws. */
 typedef struct PlayerGlue {
     /** Makes everything that the player itself needs, and frames. @return 0 or -1. */
     int (*prepare)(const char* plugin);

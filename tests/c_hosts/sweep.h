@@ -9,8 +9,8 @@
 typedef int (*Work)(const Refusal* refusal, size_t* levels, int count, MemoryUse* use);
 
 /** Runs `work` with enough memory, and then with each limit at which one more request fails, and with each
- *  request failing alone and as the first of all that need new memory. SONIVEX_EVERY_CALL in the environment asks for all of them, otherwise every
- *  `stride`-th is tried. Prints what ended badly.
+ *  request failing alone and as the first of all that need new memory. SONIVEX_EVERY_CALL in the
+ *  environment asks for all of them, otherwise every `stride`-th is tried. Prints what ended badly.
  *  @return 0, or 1 if a process ended badly or `work` never met a refusal. */
 int sweepMemory(const char* name, Work work, int stride);
 

@@ -8,12 +8,12 @@
 
 namespace test {
 
-/** Counts requests for memory and makes some of them fail, on the thread that calls `during`. Several threads may
- *  call it, one after the other. Only one object may live at a time.
+/** Counts requests for memory and makes some of them fail, on the thread that calls `during`. Several
+ *  threads may call it, one after the other. Only one object may live at a time.
  *
- *  Requests inside `swr_init` neither count nor fail, unless `onlyInsideSwrInit` asks for it. libswresample
- *  5.1 does not check there whether it got its converter, and divides by zero at the first sample
- *  (docs/known-limits.md). No caller can prevent that. */
+ *  Requests inside `swr_init` neither count nor fail, unless `onlyInsideSwrInit` asks for it.
+ *  libswresample 5.1 does not check there whether it got its converter, and divides by zero at the first
+ *  sample (docs/known-limits.md). No caller can prevent that. */
 class FailingMemory {
   public:
     enum class Which { kOne, kAllFromThere };

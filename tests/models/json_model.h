@@ -17,8 +17,8 @@ struct JsonMember {
 
 using JsonMembers = std::map<std::string, JsonMember>;
 
-/** @return the members of the object in `text`; of several with one name, the last. None for a value that is no
- *  object, and nothing for a text that is not JSON. */
+/** @return the members of the object in `text`; of several with one name, the last. None for a value that
+ *  is no object, and nothing for a text that is not JSON. */
 std::optional<JsonMembers> readJsonMembers(std::string_view text);
 
 }  // namespace test

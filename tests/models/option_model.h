@@ -1,5 +1,5 @@
-// The options of the filter, read by a JSON reader of its own. Independent of the filter and of the library that
-// it reads JSON with.
+// The options of the filter, read by a JSON reader of its own. Independent of the filter and of the library
+// that it reads JSON with.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
-// Makes every request for memory of a filter's worker fail in turn, once and from then on: of the first run of its
-// thread with the first frame of a stream, and of a later frame. The frame is then lost, with a log line, or comes
-// out. The next frame is right again.
+// Makes every request for memory of a filter's worker fail in turn, once and from then on: of the first run
+// of its thread with the first frame of a stream, and of a later frame. The frame is then lost, with a log
+// line, or comes out. The next frame is right again.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -10,8 +10,8 @@
 
 namespace test {
 
-/** Stands before the worker's body while it lives. Only one may live at a time, and no filter longer than it. The
- *  worker never sleeps, and flushes and the end of a filter do not wait for a turn. */
+/** Stands before the worker's body while it lives. Only one may live at a time, and no filter longer than
+ *  it. The worker never sleeps, and flushes and the end of a filter do not wait for a turn. */
 class WorkerTurns {
   public:
     WorkerTurns();
@@ -20,8 +20,8 @@ class WorkerTurns {
     WorkerTurns& operator=(const WorkerTurns&) = delete;
 
     /** Has the worker's body run once, and waits for its end.
-     *  @param memory counts and fails the requests of that run, also those with which a new thread begins; may be
-     *  null. */
+     *  @param memory counts and fails the requests of that run, also those with which a new thread begins;
+     *  may be null. */
     static void take(FailingMemory* memory);
 };
 

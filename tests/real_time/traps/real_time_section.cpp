@@ -48,8 +48,8 @@ returnFromHandlerEnd:
 extern "C" const char returnFromHandler[];
 extern "C" const char returnFromHandlerEnd[];
 
-// Returns whether a system call reads a clock that the vDSO reads without one. A machine without a vDSO makes the
-// call, and the traps must have the same result there.
+// Returns whether a system call reads a clock that the vDSO reads without one. A machine without a vDSO
+// makes the call, and the traps must have the same result there.
 bool readsSharedClock(const siginfo_t* info, const greg_t* registers) {
     if (info->si_syscall == SYS_gettimeofday || info->si_syscall == SYS_time) return true;
     if (info->si_syscall != SYS_clock_gettime) return false;

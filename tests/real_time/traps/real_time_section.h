@@ -5,9 +5,10 @@
 //
 // Two traps lie in each section. The run-time library of Clang's real-time sanitizer knows the functions of
 // the C library that allocate, lock and wait. The kernel reports every system call, whoever makes it
-// (PR_SET_SYSCALL_USER_DISPATCH, Linux on x86-64). It lets pass only reading a clock that all processes share, which
-// needs a system call on few machines. The program then writes a report with a stack to standard
-// error and ends with kTrapExitCode. A failing assertion allocates, so assertions stand outside of sections.
+// (PR_SET_SYSCALL_USER_DISPATCH, Linux on x86-64). It lets pass only reading a clock that all processes
+// share, which needs a system call on few machines. The program then writes a report with a stack to
+// standard error and ends with kTrapExitCode. A failing assertion allocates, so assertions stand outside of
+// sections.
 #pragma once
 
 namespace test {

@@ -1,8 +1,8 @@
 // Lets a thread throw std::bad_alloc although there is no memory.
 //
-// The C++ library keeps the exceptions of a thread in memory that the thread gets with its first exception. In
-// a C program that loaded that library at run time, the loader ends the process if there is none then. So a
-// thread throws once while there is memory:
+// The C++ library keeps the exceptions of a thread in memory that the thread gets with its first exception.
+// In a C program that loaded that library at run time, the loader ends the process if there is none then.
+// So a thread throws once while there is memory:
 //
 //     if (!prepareToThrow()) return nullptr;  // as without memory
 //     try { .. } catch (const std::bad_alloc&) { return nullptr; }
@@ -14,8 +14,8 @@
 
 namespace sonivex {
 
-/** Makes the calling thread ready to throw. Later calls on the same thread are short: they need no more memory
- *  than they give back.
+/** Makes the calling thread ready to throw. Later calls on the same thread are short: they need no more
+ *  memory than they give back.
  *  @return false if there is no memory for it. The thread must then report that without an exception.
  *  [any, concurrent] not real-time safe: allocates */
 [[nodiscard]] inline bool prepareToThrow() noexcept {
