@@ -87,7 +87,7 @@ class NewestClocks {
     const bool mHasKey;
 };
 
-const NewestClocks newest_clocks;
+const NewestClocks kNewestClocks;
 
 void nameThisThread(const std::string& name) {
     constexpr size_t kLongestNameBytes = 15;
@@ -138,7 +138,7 @@ struct qfThread::State {
 
 qfThread::qfThread(std::function<int()> body, const std::string& name)
     : mState(std::make_shared<State>(std::move(body), name)) {
-    newest_clocks.keep(mState->clock);
+    kNewestClocks.keep(mState->clock);
 }
 
 qfThread::~qfThread() {
@@ -182,7 +182,7 @@ std::shared_ptr<const qfThreadClock> qfThread::clock() const {
 }
 
 std::shared_ptr<const qfThreadClock> qfThread::clockOfNewest() {
-    return newest_clocks.ofThisThread();
+    return kNewestClocks.ofThisThread();
 }
 
 }  // namespace Vorlin
