@@ -1,5 +1,5 @@
-// Writes what the library puts out for a choice of settings, for the tests that run the effects in a browser: for every case
-// FOLDER/NAME.in.s16 and NAME.out.s16, interleaved, and a line in FOLDER/cases.json.
+// Writes what the library puts out for a choice of settings, for the tests that run the effects in a browser:
+// for every case FOLDER/NAME.in.s16 and NAME.out.s16, interleaved, and a line in FOLDER/cases.json.
 //
 // Usage: expected_streams FOLDER
 #include <cstdio>

@@ -1,5 +1,5 @@
-/* The system calls of the C library, all of which fail: a worklet has no files, and a module without imports can be
- * instantiated anywhere. The library's log lines end here. */
+/* The system calls of the C library, all of which fail: a worklet has no files, and a module without imports
+ * can be instantiated anywhere. The library's log lines end here. */
 #include <stdint.h>
 
 enum { kNotSupported = 58 }; /* errno of WASI */

@@ -1,11 +1,12 @@
 // Every sound that the page can choose, and the change from one to another without a click:
 //
 //   steady      one path sounds
-//   listening   the next path hears the input as well, until it puts out what it would if it had always been there
+//   listening   the next path hears the input as well, until it puts out what it would if it had always been
+//               there
 //   fading      both sound, under a crossfade; then the next one sounds alone
 //
-// All paths are equally late, so a change shifts nothing. All engines are made at the start: no change allocates, and the
-// audio thread of a browser has nobody who could make an engine for it.
+// All paths are equally late, so a change shifts nothing. All engines are made at the start: no change
+// allocates, and the audio thread of a browser has nobody who could make an engine for it.
 #pragma once
 
 #include <array>
@@ -41,12 +42,13 @@ class Rack {
     /** Makes everything silent and completes a change that is under way. [audio] real-time safe */
     void reset();
 
-    /** Begins a change to another sound. The newest choice wins; a fade that has begun ends first. Before the first frame
-     *  after reset() the change is immediate. [audio] real-time safe */
+    /** Begins a change to another sound. The newest choice wins; a fade that has begun ends first. Before the
+     *  first frame after reset() the change is immediate. [audio] real-time safe */
     void choose(const Choice& choice);
 
     /** Renders the next frames, latency_frames() late.
-     *  @param in  [channels][frames]. A sample that is not finite, or above 120 dB over full scale, counts as 0.
+     *  @param in  [channels][frames], overwritten: a sample that is not finite, or above 120 dB over full
+     *             scale, becomes 0.
      *  @param out [2][frames], overwritten. Must not overlap `in`.
      *  @param frames at most kMost_frames.
      *  [audio] real-time safe */
@@ -61,7 +63,7 @@ class Rack {
 
   private:
     enum class Stage { kSteady, kListening, kFading };
-    // Original; normalizer; 3DSurround and MegaBass in its three rooms, each with clipping and with the limiter.
+    // Original; normalizer; 3DSurround and MegaBass in its three rooms, each with clipping and with limiter.
     static constexpr std::size_t kPaths = 10;
 
     Rack(int channels, int sample_rate_hz);

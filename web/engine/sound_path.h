@@ -1,5 +1,6 @@
-// One sound that the page can choose: the input, folded to stereo for an engine that takes no more, the engine, and a delay.
-// The engine comes before the delay, because its blocks must begin where the input begins: the limiter acts on whole blocks.
+// One sound that the page can choose: the input, folded to stereo for an engine that takes no more, the
+// engine, and a delay. The engine comes before the delay, because its blocks must begin where the input
+// begins: the limiter acts on whole blocks.
 #pragma once
 
 #include <array>

@@ -1,10 +1,13 @@
-// The functions that an audio worklet calls. A module has one rack; another input needs another instance of the module.
+// The functions that an audio worklet calls. A module has one rack; another input needs another instance of
+// the module.
 //
 //   sonivex_web_open(channels, sample_rate_hz)     0, or a SonivexStatus
 //   sonivex_web_choose(effect, type, mode, limiter)
 //   sonivex_web_input(channel), sonivex_web_output(channel)   where the planes are, in the module's memory
 //   sonivex_web_render(frames)                     reads and writes the planes
-//   sonivex_web_take_peak(plane)                   the largest magnitude since the last call; outputs follow the inputs
+//   sonivex_web_take_peak(plane)                   the largest magnitude since the last call
+//
+// A plane is a channel of the input, 0 to 7, or of the output, 8 and 9.
 #include <algorithm>
 #include <array>
 #include <cmath>

@@ -1,5 +1,6 @@
-// Vectors of two doubles for WebAssembly, which Highway 1.0.3 lacks there: it has the type, loads, stores and moves of its
-// lanes, but no arithmetic. Every operation rounds as the scalar one does. compile_for_each_target.h includes this file.
+// Arithmetic on two doubles for WebAssembly. Highway 1.0.3 has the type there, and moves its lanes, but does
+// not calculate with it. Every operation rounds as the scalar one does.
+// Use: compile_for_each_target.h includes this file.
 //
 // All functions: [any, concurrent] real-time safe.
 
