@@ -296,10 +296,22 @@ class PageAnswers(Browser):
         for channels, layout in ((1, "mono"), (2, "stereo"), (6, "5.1"), (8, "7.1")):
             with self.subTest(layout):
                 self.open()
-                self.give(f"{channels}.wav", [tone(3)] + [tone(3, 500)] * (channels - 1))
+                amplitudes = [16000 / 1.5 ** channel for channel in range(channels)]
+                self.give(f"{channels}.wav", [tone(4, amplitude) for amplitude in amplitudes])
                 self.until_playing()
+                wanted_db = [20 * math.log10(amplitude / 32768) for amplitude in amplitudes]
+                self.until(f"the meters do not show {wanted_db}", lambda: self.are_near(self.levels_db(), wanted_db))
                 self.assertIn(f"{channels}.wav, {layout}", self.text("#status"))
                 self.assertEqual(len(self.driver.find_elements(By.CSS_SELECTOR, "#input-meters .meter")), channels)
+
+    def levels_db(self):
+        """What the input's meters show, channel by channel."""
+        texts = [element.text for element in self.driver.find_elements(By.CSS_SELECTOR, "#input-meters .level")]
+        return [float(text.split()[0]) if text.endswith("dB") else -60.0 for text in texts]
+
+    @staticmethod
+    def are_near(levels_db, wanted_db):
+        return len(levels_db) == len(wanted_db) and all(abs(a - b) < 0.3 for a, b in zip(levels_db, wanted_db))
 
     def test_a_file_that_is_no_sound_is_named(self):
         self.open()

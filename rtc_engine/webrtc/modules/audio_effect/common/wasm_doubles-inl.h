@@ -14,7 +14,7 @@
 
 #include <hwy/highway.h>
 
-#if HWY_TARGET == HWY_WASM
+#if HWY_TARGET == HWY_WASM && !HWY_HAVE_FLOAT64
 #include <wasm_simd128.h>
 
 #include <cstddef>
