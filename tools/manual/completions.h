@@ -1,4 +1,4 @@
-// Completions of the command line for three shells. Each is a whole file, to be put where the shell looks for it.
+// Completions of the command line for three shells. Each is a whole file, to be put where the shell looks.
 #pragma once
 
 #include <string>

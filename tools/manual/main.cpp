@@ -1,5 +1,5 @@
-// sonivex_manual FOLDER DATE writes the manual pages and completions of the command line into the folders below FOLDER
-// where man, bash, zsh and fish look for them below /usr/share.
+// sonivex_manual FOLDER DATE writes the manual pages and completions of the command line into the folders
+// below FOLDER where man, bash, zsh and fish look for them below /usr/share.
 
 #include <exception>
 #include <filesystem>

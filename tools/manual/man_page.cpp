@@ -11,8 +11,8 @@ namespace {
 
 constexpr size_t kLongestLine = 78;
 
-// Writes text so that the formatter changes nothing in it. A hyphen would become a typographic one, which nobody
-// can copy into a command line. `word` between backquotes becomes bold.
+// Writes text so that the formatter changes nothing in it. A hyphen would become a typographic one, which
+// nobody can copy into a command line. `word` between backquotes becomes bold.
 std::string escaped(const std::string& text) {
     std::string out;
     bool is_bold = false;

@@ -8,7 +8,8 @@ constexpr char kHead[] = R"zsh(#compdef sonivex
 
 _sonivex_presets() {
     local -a names
-    names=(${(f)"$(_call_program presets $sonivex_program render --list-presets 2>/dev/null | cut -d ' ' -f 1)"})
+    names=(${(f)"$($sonivex_program render --list-presets 2>/dev/null)"})
+    names=(${names%% *})
     _alternative 'presets:preset:compadd -a names' 'files:file:_files'
 }
 
@@ -76,7 +77,7 @@ std::string optionSpec(const OptionFacts& option) {
     std::string names;
     for (const std::string& spelling : option.spellings) {
         if (!names.empty()) names += ",";
-        // A short option takes its value from the same word or the next one, a long one behind an equals sign, too.
+        // The value is the next word, or follows a short option directly and a long one behind "=".
         const bool is_long = spelling.starts_with("--");
         names += spelling + (option.kind == ValueKind::Flag ? "" : is_long ? "=" : "+");
     }

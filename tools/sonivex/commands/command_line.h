@@ -1,5 +1,5 @@
-// The whole command line of the program: every command with its options. main() parses it, and the generator of the
-// manual pages and of the completions walks through it.
+// The whole command line of the program: every command with its options. main() parses it, and the generator
+// of the manual pages and of the completions walks through it.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -14,8 +14,8 @@ namespace sonivex_tool {
 struct CommandLine {
     /** Holds every command and option. Creating it parses nothing, prints nothing and opens no file. */
     std::unique_ptr<CLI::App> program;
-    /** The function that runs a command once `program` has parsed its options, by the command's name. It refers
-     *  to `program`, and throws Failure. */
+    /** The function that runs a command once `program` has parsed its options, by the command's name. It
+     *  refers to `program`, and throws Failure. */
     std::map<std::string, std::function<void()>> commands;
 };
 

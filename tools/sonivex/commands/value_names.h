@@ -1,4 +1,5 @@
-// The names that values of an option have. The checks of the values put them where manuals and completions find them.
+// The names that values of an option have. The checks of the values put them where manuals and completions
+// find them.
 #pragma once
 
 #include <CLI/CLI.hpp>
