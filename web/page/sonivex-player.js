@@ -2,7 +2,7 @@
 //
 //   const support = Sonivex.support();                        what this browser can do, and why not
 //   const node = await Sonivex.createNode(context, {channels: 6, choice: {effect: "surround"}});
-//   source.connect(node.input); node.connect(context.destination);
+//   source.connect(node); node.connect(context.destination);
 //   node.choose({effect: "surround", type: "MegaBass", mode: 2, limiter: true});
 //   node.onmeters = ({input, output, share, worstShare, isChanging}) => …
 //
