@@ -6,11 +6,14 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <new>
 #include <stdexcept>
 
+#include "cairo_canvas.h"
+#include "element_canvas.h"
 #include "png_title.h"
 
 namespace sonivex_plotting {
@@ -61,26 +64,12 @@ Surface makeSurface(PictureFormat format, int width, int height, const std::stri
     throw std::logic_error("unknown picture format");
 }
 
-std::string escaped(const std::string& words) {
-    std::string text;
-    for (const char letter : words) {
-        if (letter == '&') {
-            text += "&amp;";
-        } else if (letter == '<') {
-            text += "&lt;";
-        } else {
-            text += letter;
-        }
-    }
-    return text;
-}
-
 // The library draws the letters of an SVG file as shapes, so the words would be nowhere in it.
 std::string withSvgTitle(const std::string& svg, const std::string& title) {
     const std::size_t root = svg.find("<svg ");
     const std::size_t end = root == std::string::npos ? root : svg.find('>', root);
     if (end == std::string::npos) throw std::runtime_error("cannot draw the picture: not an SVG file");
-    return svg.substr(0, end + 1) + "\n<title>" + escaped(title) + "</title>" + svg.substr(end + 1);
+    return svg.substr(0, end + 1) + "\n<title>" + escapedText(title) + "</title>" + svg.substr(end + 1);
 }
 
 }  // namespace
@@ -102,7 +91,7 @@ std::string pictureFile(PictureFormat format, int width, int height, const std::
     {
         const std::unique_ptr<cairo_t, Deleter> context(cairo_create(surface.get()));
         if (format == PictureFormat::Pdf) cairo_scale(context.get(), kPointsPerPixel, kPointsPerPixel);
-        Canvas canvas(context.get());
+        CairoCanvas canvas(context.get());
         canvas.fill({0.0, 0.0, static_cast<double>(width), static_cast<double>(height)}, kWhite);
         draw(canvas);
         throwIfFailed(cairo_status(context.get()));
@@ -114,6 +103,31 @@ std::string pictureFile(PictureFormat format, int width, int height, const std::
     cairo_surface_finish(surface.get());
     throwIfFailed(cairo_surface_status(surface.get()));
     return format == PictureFormat::Svg ? withSvgTitle(file, title) : file;
+}
+
+std::string pictureElement(int width, int height, const std::string& description,
+                           const std::function<void(Canvas&)>& draw) {
+    ElementCanvas canvas;
+    draw(canvas);
+    return "<svg class=\"plot\" role=\"img\" viewBox=\"0 0 " + std::to_string(width) + " " +
+           std::to_string(height) + "\" aria-label=\"" + escapedText(description) + "\">\n" +
+           canvas.elements() + "</svg>\n";
+}
+
+std::string greyPng(const GreyImage& image) {
+    if (image.width <= 0 || image.height <= 0) return "";
+    const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_A8, image.width, image.height));
+    throwIfFailed(cairo_surface_status(surface.get()));
+    cairo_surface_flush(surface.get());
+    unsigned char* pixels = cairo_image_surface_get_data(surface.get());
+    const auto width = static_cast<std::size_t>(image.width);
+    const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(surface.get()));
+    for (std::size_t row = 0; row < static_cast<std::size_t>(image.height); ++row)
+        std::memcpy(pixels + row * stride, image.values.data() + row * width, width);
+    cairo_surface_mark_dirty(surface.get());
+    std::string file;
+    throwIfFailed(cairo_surface_write_to_png_stream(surface.get(), append, &file));
+    return file;
 }
 
 }  // namespace sonivex_plotting

@@ -75,7 +75,7 @@ TEST(PictureFiles, OfPngConsistOfWholeChunksWithTheirCheckSums) {
 
 TEST(PictureFiles, OfSvgHaveTheirTitleAndSizeInTheText) {
     const std::string svg = drawn(PictureFormat::Svg, "left & <right>");
-    EXPECT_THAT(svg, HasSubstr("<title>left &amp; &lt;right></title>"));
+    EXPECT_THAT(svg, HasSubstr("<title>left &amp; &lt;right&gt;</title>"));
     EXPECT_THAT(svg, HasSubstr("width=\"40px\" height=\"30px\""));
 }
 

@@ -1,0 +1,27 @@
+#include "base64.h"
+
+#include <cstdint>
+
+namespace sonivex_plotting {
+
+std::string base64(std::string_view bytes) {
+    constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    constexpr std::size_t kGroup_bytes = 3;
+    constexpr unsigned kDigit_bits = 6;
+    std::string text;
+    text.reserve((bytes.size() + 2) / kGroup_bytes * 4);
+    for (std::size_t first = 0; first < bytes.size(); first += kGroup_bytes) {
+        const std::size_t count = bytes.size() - first < kGroup_bytes ? bytes.size() - first : kGroup_bytes;
+        std::uint32_t group = 0;
+        for (std::size_t i = 0; i < kGroup_bytes; ++i) {
+            group = group << 8U | (i < count ? static_cast<unsigned char>(bytes[first + i]) : 0U);
+        }
+        for (unsigned digit = 0; digit < 4; ++digit) {
+            const std::uint32_t value = group >> kDigit_bits * (3 - digit) & 63U;
+            text += digit <= count ? kDigits[value] : '=';
+        }
+    }
+    return text;
+}
+
+}  // namespace sonivex_plotting
