@@ -34,7 +34,8 @@ enum class Anchor { Start, Middle, End };
 /** The shape of a data point. */
 enum class Marker { Dot, Square, Triangle };
 
-/** Draws lines, shapes and words in one typeface. CairoCanvas draws files, ElementCanvas elements of a page. */
+/** Draws lines, shapes and words in one typeface. CairoCanvas draws files, ElementCanvas elements of a page.
+ */
 class Canvas {
   public:
     Canvas() = default;

@@ -28,8 +28,8 @@ inline constexpr Colour kVermillion{0.84, 0.37, 0.00};
 inline constexpr Colour kPurple{0.80, 0.47, 0.65};
 inline constexpr Colour kYellow{0.94, 0.89, 0.26};
 
-/** The colours of an image's values, from the lowest to the highest at equal steps. The lightness rises or falls
- *  all the way, so that an image keeps its order on a monochrome printer. */
+/** The colours of an image's values, from the lowest to the highest at equal steps. The lightness rises or
+ *  falls all the way, so that an image keeps its order on a monochrome printer. */
 using HeatMap = std::array<Colour, 5>;
 inline constexpr HeatMap kHeatInLight{
     {{1.0, 1.0, 1.0}, {0.71, 0.84, 0.93}, {0.25, 0.55, 0.78}, {0.35, 0.20, 0.56}, {0.14, 0.03, 0.20}}};

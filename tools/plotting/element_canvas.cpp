@@ -84,8 +84,8 @@ std::string points(std::span<const Spot> spots) {
     return text + "\"";
 }
 
-// An element of its own that shows only a part needs no identifier, which would have to differ from those of all
-// other pictures of the page.
+// An element of its own that shows only a part needs no identifier, which would have to differ from those of
+// all other pictures of the page.
 std::string clipped(const std::string& element, const Box& clip) {
     return "<svg" + boxAttributes(clip) + " viewBox=\"" + number(clip.left) + " " + number(clip.top) + " " +
            number(clip.width) + " " + number(clip.height) + "\">" + element + "</svg>\n";

@@ -6,8 +6,8 @@
 
 namespace sonivex_plotting {
 
-/** Draws as elements of SVG that a page contains. Their colours are CSS variables of the page, so that a picture
- *  follows the page's scheme:
+/** Draws as elements of SVG that a page contains. Their colours are CSS variables of the page, so that a
+ *  picture follows the page's scheme:
  *
  *    --plot-ink, --plot-grid, --plot-frame, --plot-grey, --plot-blue, …   colours.h has their defaults
  *    --plot-heat   the filter that colours images, such as url(#heat) of heatFilter()

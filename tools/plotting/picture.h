@@ -21,8 +21,8 @@ std::optional<PictureFormat> pictureFormatOf(const std::string& path);
 std::string pictureFile(PictureFormat format, int width, int height, const std::string& title,
                         const std::function<void(Canvas&)>& draw);
 
-/** Draws a picture as an element of a page, an `svg` that is as wide as its place allows, without a background.
- *  ElementCanvas tells which colours it takes from the page.
+/** Draws a picture as an element of a page, an `svg` that is as wide as its place allows, without a
+ *  background. ElementCanvas tells which colours it takes from the page.
  *  @param description read aloud in place of the picture
  *  @throw std::bad_alloc; std::runtime_error if the drawing library fails */
 std::string pictureElement(int width, int height, const std::string& description,
