@@ -10,10 +10,11 @@ CommandLine defineCommandLine() {
     program->set_version_flag("--version", "sonivex " SONIVEX_VERSION);
     program->require_subcommand(1);
     const std::map<std::string, std::function<void()>> commands = {
-        {"render", addRenderCommand(*program)},   {"ears", addEarsCommand(*program)},
-        {"inspect", addInspectCommand(*program)}, {"play", addPlayCommand(*program)},
-        {"probe", addProbeCommand(*program)},     {"responses", addResponsesCommand(*program)},
-        {"speech", addSpeechCommand(*program)},   {"bench", addBenchCommand(*program)},
+        {"render", addRenderCommand(*program)},       {"ears", addEarsCommand(*program)},
+        {"inspect", addInspectCommand(*program)},     {"play", addPlayCommand(*program)},
+        {"probe", addProbeCommand(*program)},         {"report", addReportCommand(*program)},
+        {"responses", addResponsesCommand(*program)}, {"speech", addSpeechCommand(*program)},
+        {"bench", addBenchCommand(*program)},
     };
     return {.program = std::move(program), .commands = commands};
 }

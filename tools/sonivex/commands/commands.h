@@ -19,6 +19,8 @@ std::function<void()> addPlayCommand(CLI::App& program);
 std::function<void()> addProbeCommand(CLI::App& program);
 /** Adds `render`. */
 std::function<void()> addRenderCommand(CLI::App& program);
+/** Adds `report`. */
+std::function<void()> addReportCommand(CLI::App& program);
 /** Adds `responses`. */
 std::function<void()> addResponsesCommand(CLI::App& program);
 /** Adds `speech`. */

@@ -56,6 +56,13 @@ void LoudnessMeter::Closer::operator()(ebur128_state* state) const {
     ebur128_destroy(&state);
 }
 
+void placeLoudspeakers(ebur128_state& meter, const AVChannelLayout& layout) {
+    for (unsigned c = 0; c < meter.channels; ++c) {
+        const AVChannel channel = av_channel_layout_channel_from_index(&layout, c);
+        ebur128_set_channel(&meter, c, ituPosition(channel, static_cast<int>(meter.channels)));
+    }
+}
+
 std::string whyUnmeasurable(const AudioSpec& spec) {
     if (spec.rate_hz < kLowestRate_hz || spec.rate_hz > kHighestRate_hz) {
         return "its sample rate is " + std::to_string(spec.rate_hz) + " Hz; levels can be measured from " +
@@ -77,11 +84,7 @@ LoudnessMeter::LoudnessMeter(const AudioSpec& spec, Peaks peaks)
                      (peaks == Peaks::SamplesAndTruePeak ? EBUR128_MODE_TRUE_PEAK : 0);
     state_.reset(allocated(
         ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(spec.rate_hz), mode)));
-    for (int c = 0; c < channels; ++c) {
-        const AVChannel channel =
-            av_channel_layout_channel_from_index(&spec.layout, static_cast<unsigned>(c));
-        ebur128_set_channel(state_.get(), static_cast<unsigned>(c), ituPosition(channel, channels));
-    }
+    placeLoudspeakers(*state_, spec.layout);
 }
 
 LoudnessMeter::~LoudnessMeter() = default;

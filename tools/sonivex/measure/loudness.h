@@ -21,6 +21,10 @@ struct Loudness {
 /** Which peaks are measured. The true peak takes several times as long as all the rest. */
 enum class Peaks { Samples, SamplesAndTruePeak };
 
+/** Gives each channel of a meter its weight in ITU-R BS.1770, by the position of its loudspeaker.
+ *  @param layout has as many channels as the meter */
+void placeLoudspeakers(ebur128_state& meter, const AVChannelLayout& layout);
+
 /** Explains, in a message for the user, why loudness and levels of such audio cannot be measured.
  *  @return empty if they can */
 std::string whyUnmeasurable(const AudioSpec& spec);

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace sonivex_tool {
+
+// A page holds the sound of every version as Opus. All of them together take at most kSoundBudget_bytes, so that a
+// page stays below 5 MB whatever the file's length:
+//
+//   short sounds      kHighestRate_bps
+//   longer ones       the bit rate that fits the budget, down to kLowestRate_bps
+//   longer still      an excerpt from the middle, at kExcerptRate_bps
+
+/** Bytes of encoded sound in a page, before they become text. */
+inline constexpr int64_t kSoundBudget_bytes = 2900000;
+inline constexpr int kHighestRate_bps = 128000;
+inline constexpr int kLowestRate_bps = 30000;
+inline constexpr int kExcerptRate_bps = 64000;
+
+/** The stretch of the sound that a user wants to hear. */
+struct WantedStretch {
+    std::optional<double> start_s = {};
+    std::optional<double> length_s = {};
+};
+
+/** The sound in a page. */
+struct SoundPlan {
+    double start_s = 0.0;
+    double length_s = 0.0;
+    bool is_excerpt = false;
+    int rate_bps = kHighestRate_bps;  // of each version
+};
+
+/** Plans the sound of a page.
+ *  @param length_s of the whole sound
+ *  @param versions number of versions, the original included
+ *  @param wanted cut to the sound; a stretch that begins after its end becomes empty at its end */
+SoundPlan planSound(double length_s, int versions, const WantedStretch& wanted);
+
+}  // namespace sonivex_tool

@@ -1,0 +1,117 @@
+#include "spectrogram.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace sonivex_tool {
+namespace {
+
+constexpr std::size_t kWindow = 2048;
+constexpr std::size_t kHop = kWindow / 2;
+constexpr std::size_t kRows = 128;
+// More brightnesses than this make the file larger, but the picture no clearer.
+constexpr int kBrightnesses = 32;
+constexpr int kBrightest = 255;
+
+}  // namespace
+
+SpectrogramMeter::SpectrogramMeter(int rate_hz, std::size_t most_columns)
+    : rate_hz_(rate_hz), most_columns_(most_columns), fourier_(kWindow), window_(kWindow) {
+    for (std::size_t n = 0; n < kWindow; ++n) {
+        const double turn = 2.0 * std::numbers::pi * static_cast<double>(n) / static_cast<double>(kWindow);
+        window_[n] = 0.5 - 0.5 * std::cos(turn);
+    }
+    samples_.reserve(kWindow);
+    for (std::size_t row = 0; row <= kRows; ++row) {
+        const double place = static_cast<double>(row) / static_cast<double>(kRows);
+        const double frequency_hz = kLowestRow_hz * std::pow(kHighestRow_hz / kLowestRow_hz, place);
+        const auto bin =
+            static_cast<std::size_t>(frequency_hz * static_cast<double>(kWindow) / rate_hz + 0.5);
+        first_bins_.push_back(std::min(bin, kWindow / 2));
+    }
+}
+
+void SpectrogramMeter::halve() {
+    const std::size_t count = columns_.size() / 2;
+    for (std::size_t i = 0; i < count; ++i) {
+        Column sum = std::move(columns_[2 * i]);
+        for (std::size_t row = 0; row < kRows; ++row) sum.powers[row] += columns_[2 * i + 1].powers[row];
+        columns_[i] = std::move(sum);
+    }
+    columns_.resize(count);
+    windows_in_column_ *= 2;
+    in_last_ = windows_in_column_;
+}
+
+void SpectrogramMeter::analyse() {
+    if (columns_.empty() || in_last_ == windows_in_column_) {
+        if (columns_.size() == most_columns_) halve();
+        columns_.push_back({std::vector<double>(kRows)});
+        in_last_ = 0;
+    }
+    ++in_last_;
+    std::vector<std::complex<double>> spectrum(kWindow);
+    for (std::size_t n = 0; n < kWindow; ++n) spectrum[n] = samples_[n] * window_[n];
+    fourier_.transform(spectrum);
+    // One transform of left + i right holds both spectra: the sum of their powers is the mean of the powers at a
+    // frequency and at its negative.
+    const auto power = [&](std::size_t bin) {
+        return (std::norm(spectrum[bin]) + std::norm(spectrum[(kWindow - bin) % kWindow])) / 4.0;
+    };
+    for (std::size_t row = 0; row < kRows; ++row) {
+        const std::size_t first = first_bins_[row];
+        const std::size_t end = std::max(first + 1, first_bins_[row + 1]);
+        double highest = 0.0;
+        for (std::size_t bin = first; bin < end && bin < kWindow / 2; ++bin)
+            highest = std::max(highest, power(bin));
+        columns_.back().powers[row] += highest;
+    }
+    samples_.erase(samples_.begin(), samples_.begin() + static_cast<std::ptrdiff_t>(kHop));
+    pending_ = 0;
+}
+
+void SpectrogramMeter::add(std::span<const float> samples) {
+    for (std::size_t first = 0; first + 1 < samples.size(); first += 2) {
+        samples_.emplace_back(samples[first], samples[first + 1]);
+        ++pending_;
+        if (samples_.size() == kWindow) analyse();
+    }
+}
+
+double SpectrogramMeter::level_db(double power) const {
+    // A sine at full scale has a quarter of the window's length as its magnitude.
+    const double full_scale = static_cast<double>(kWindow) / 4.0;
+    const double share = power / (full_scale * full_scale);
+    return share > 0.0 ? 10.0 * std::log10(share) : 2.0 * kLowestShown_db;
+}
+
+sonivex_plotting::GreyImage SpectrogramMeter::finish() {
+    if (pending_ > 0) {
+        samples_.resize(kWindow);
+        analyse();
+    }
+    sonivex_plotting::GreyImage image;
+    image.width = static_cast<int>(columns_.size());
+    image.height = static_cast<int>(kRows);
+    image.values.resize(columns_.size() * kRows);
+    for (std::size_t column = 0; column < columns_.size(); ++column) {
+        const bool is_last = column + 1 == columns_.size();
+        const auto windows = static_cast<double>(is_last ? in_last_ : windows_in_column_);
+        for (std::size_t row = 0; row < kRows; ++row) {
+            const double level = level_db(columns_[column].powers[row] / windows);
+            const double share =
+                std::clamp((level - kLowestShown_db) / (kHighestShown_db - kLowestShown_db), 0.0, 1.0);
+            const auto step = static_cast<int>(std::lround(share * (kBrightnesses - 1)));
+            image.values[(kRows - 1 - row) * columns_.size() + column] =
+                static_cast<std::uint8_t>(step * kBrightest / (kBrightnesses - 1));
+        }
+    }
+    return image;
+}
+
+double SpectrogramMeter::column_s() const {
+    return static_cast<double>(windows_in_column_ * kHop) / rate_hz_;
+}
+
+}  // namespace sonivex_tool
