@@ -28,4 +28,5 @@ foreach(guide IN LISTS guides ITEMS README.md CONTRIBUTING.md CHANGELOG.md SECUR
     sonivex_install_guide("${guide}")
 endforeach()
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES "${PROJECT_SOURCE_DIR}/docs/report.schema.json" DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs/images" DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")

@@ -65,15 +65,16 @@ struct MeasuredReport {
     std::vector<std::string> notes;  // for the user, sentences
 };
 
-/** Runs a file through each chain of effects as `render` does, and measures the original and the results. It reads
- *  the file once for each version, and once more for the sound of the original. It holds no sound in memory but
- *  what the page plays, encoded.
+/** Runs a file through each chain of effects as `render` does, and measures the original and the results.
+ *  It reads the file once for each version, and once more for the sound of the original. It holds no sound
+ *  in memory but what the page plays, encoded.
  *  @throw Failure, std::bad_alloc */
 MeasuredReport measureReport(const ReportSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                              Console& console);
 
-/** Sets the gains by which all versions are heard at the loudness of the softest one, and by which none has a true
- *  peak above -1 dBTP. A version without measurable loudness keeps the gain that they need together. */
+/** Sets the gains by which all versions are heard at the loudness of the softest one, and by which none has
+ *  a true peak above -1 dBTP. A version without measurable loudness keeps the gain that they need together.
+ *  */
 void matchLoudness(std::vector<MeasuredVersion>& versions);
 
 }  // namespace sonivex_tool

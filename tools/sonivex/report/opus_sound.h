@@ -15,7 +15,8 @@ inline constexpr int kPageRate_hz = 48000;
 /** Returns true if libavcodec has an encoder of Opus. */
 bool hasOpusEncoder();
 
-/** Encodes stereo sound at kPageRate_hz as an Ogg file of Opus in memory. The same samples give the same bytes. */
+/** Encodes stereo sound at kPageRate_hz as an Ogg file of Opus in memory. The same samples give the same
+ *  bytes. */
 class OpusSound {
   public:
     /** @throw Failure (OutputFormat) if there is no encoder or it refuses the rate; std::bad_alloc, from the

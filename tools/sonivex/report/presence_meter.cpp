@@ -1,39 +1,26 @@
 #include "presence_meter.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <numbers>
+#include <utility>
 
 namespace sonivex_tool {
 namespace {
 
-constexpr std::size_t kWindow = 2048;
+constexpr std::size_t kWindow = StereoSpectrum::kWindow;
 // Below this mean power, rounding to 16 bits would be measured: -80 dBFS.
 constexpr double kLeastPower = 1e-8;
 
-using Spectrum = std::vector<std::complex<double>>;
+using Samples = std::vector<std::complex<float>>;
 
-// The spectra of left and right at one bin, from one transform of left + i right.
-std::array<std::complex<double>, 2> channelsAt(const Spectrum& spectrum, std::size_t bin) {
-    const std::complex<double> here = spectrum[bin];
-    const std::complex<double> mirrored = std::conj(spectrum[(kWindow - bin) % kWindow]);
-    return {(here + mirrored) / 2.0, (here - mirrored) / std::complex<double>(0.0, 2.0)};
-}
-
-void append(Spectrum& to, std::span<const float> samples) {
+void append(Samples& to, std::span<const float> samples) {
     for (std::size_t first = 0; first + 1 < samples.size(); first += 2)
         to.emplace_back(samples[first], samples[first + 1]);
 }
 
 }  // namespace
 
-PresenceMeter::PresenceMeter(int rate_hz) : rate_hz_(rate_hz), fourier_(kWindow), window_(kWindow) {
-    for (std::size_t n = 0; n < kWindow; ++n) {
-        const double turn = 2.0 * std::numbers::pi * static_cast<double>(n) / static_cast<double>(kWindow);
-        window_[n] = 0.5 - 0.5 * std::cos(turn);
-    }
-}
+PresenceMeter::PresenceMeter(int rate_hz) : rate_hz_(rate_hz) {}
 
 void PresenceMeter::addInput(std::span<const float> samples) {
     append(input_, samples);
@@ -48,29 +35,28 @@ void PresenceMeter::addOutput(std::span<const float> samples) {
 void PresenceMeter::analyse() {
     std::size_t done = 0;
     while (std::min(input_.size(), output_.size()) - done >= kWindow) {
-        Spectrum before(kWindow);
-        Spectrum after(kWindow);
+        const auto input = std::span<const std::complex<float>>(input_).subspan(done, kWindow);
         double power = 0.0;
-        for (std::size_t n = 0; n < kWindow; ++n) {
-            before[n] = input_[done + n] * window_[n];
-            after[n] = output_[done + n] * window_[n];
-            power += std::norm(input_[done + n]) / static_cast<double>(kWindow);
-        }
-        fourier_.transform(before);
-        fourier_.transform(after);
+        for (const std::complex<float>& sample : input)
+            power += static_cast<double>(std::norm(sample)) / static_cast<double>(kWindow);
+        before_.transform(input);
+        after_.transform(std::span<const std::complex<float>>(output_).subspan(done, kWindow));
         double product = 0.0;
         double square = 0.0;
+        const auto add = [&](const std::complex<double>& in, const std::complex<double>& out, double side) {
+            const double own = std::norm(in);
+            if (own <= 0.0) return;
+            const double magnitude = std::sqrt(own);
+            const double expected = own / (own + side) * magnitude;
+            product += expected * (std::sqrt(std::norm(out)) - magnitude);
+            square += expected * expected;
+        };
         for (std::size_t bin = 1; bin < kWindow / 2; ++bin) {
-            const auto in = channelsAt(before, bin);
-            const auto out = channelsAt(after, bin);
-            const double side = std::norm(in[0] - in[1]);
-            for (std::size_t channel = 0; channel < in.size(); ++channel) {
-                const double own = std::norm(in[channel]);
-                if (own <= 0.0) continue;
-                const double expected = own / (own + side) * std::sqrt(own);
-                product += expected * (std::abs(out[channel]) - std::abs(in[channel]));
-                square += expected * expected;
-            }
+            const StereoSpectrum::Bin in = before_.at(bin);
+            const StereoSpectrum::Bin out = after_.at(bin);
+            const double side = std::norm(in.left - in.right);
+            add(in.left, out.left, side);
+            add(in.right, out.right, side);
         }
         PresenceReading& reading = readings_.emplace_back();
         const auto middle = static_cast<double>(kWindow) * (static_cast<double>(readings_.size()) - 0.5);
@@ -78,7 +64,7 @@ void PresenceMeter::analyse() {
         if (power > kLeastPower && square > 0.0) reading.presence = product / square;
         done += kWindow;
     }
-    const auto drop = [done](Spectrum& samples) {
+    const auto drop = [done](Samples& samples) {
         samples.erase(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(done));
     };
     drop(input_);

@@ -6,13 +6,13 @@
 #include <span>
 #include <vector>
 
-#include "fourier.h"
+#include "stereo_spectrum.h"
 
 namespace sonivex_tool {
 
-// Dialogue enhancement multiplies each bin of a channel by 1 + presence * share, where the share is that of the
-// centre: |L|^2 / (|L|^2 + |L - R|^2) for the left channel. So the presence that its output shows is the factor of
-// the least squares of
+// Dialogue enhancement multiplies each bin of a channel by 1 + presence * share, where the share is that of
+// the centre: |L|^2 / (|L|^2 + |L - R|^2) for the left channel. So the presence that its output shows is
+// the factor of the least squares of
 //
 //   |output| - |input| = presence * share * |input|
 //
@@ -40,10 +40,10 @@ class PresenceMeter {
     void analyse();
 
     int rate_hz_;
-    Fourier fourier_;
-    std::vector<double> window_;
-    std::vector<std::complex<double>> input_;  // left and right, as real and imaginary part
-    std::vector<std::complex<double>> output_;
+    StereoSpectrum before_;
+    StereoSpectrum after_;
+    std::vector<std::complex<float>> input_;  // left and right, as real and imaginary part
+    std::vector<std::complex<float>> output_;
     std::vector<PresenceReading> readings_;
 };
 

@@ -8,8 +8,8 @@
 
 namespace sonivex_tool {
 
-/** Returns the report as one HTML page that needs no other file and no network. Every text that comes from the file is
- *  escaped. */
+/** Returns the report as one HTML page that needs no other file and no network. Every text that comes from
+ *  the file is escaped. */
 std::string pageOf(const MeasuredReport& report, const std::vector<PictureGroup>& pictures);
 
 /** Returns a template with each `@NAME@` replaced by its text. Text that is put in is not searched again.

@@ -272,8 +272,9 @@ PictureGroup spectrograms(const MeasuredReport& report, double length_s) {
     constexpr int kHeight = 270;
     PictureGroup group{"spectrograms",
                        "Spectrograms",
-                       "The level at each time and frequency, from " + fixed(kLowestShown_db, 0) + " to " +
-                           fixed(kHighestShown_db, 0) + " dB below a sine at full scale.",
+                       "The level at each time and frequency; the colours reach from " +
+                           fixed(kLowestShown_db, 0) + " to " + fixed(kHighestShown_db, 0) +
+                           " dB relative to a sine at full scale.",
                        {}};
     for (const MeasuredVersion& version : report.versions) {
         group.pictures.push_back(

@@ -27,8 +27,9 @@ struct PictureGroup {
     std::vector<ReportPicture> pictures;
 };
 
-/** Returns the pictures of a report: waveforms, spectrograms, loudness and true peaks of each version, the change of
- *  level by each, presence, and the magnitudes of surround's responses. Groups without pictures are left out. */
+/** Returns the pictures of a report: waveforms, spectrograms, loudness and true peaks of each version, the
+ *  change of level by each, presence, and the magnitudes of surround's responses. Groups without pictures
+ *  are left out. */
 std::vector<PictureGroup> picturesOf(const MeasuredReport& report);
 
 }  // namespace sonivex_tool

@@ -11,11 +11,15 @@ namespace {
 constexpr std::size_t kMostStretches = 2048;
 constexpr std::size_t kMostColumns = 800;
 
-// libebur128 measures neither very low nor very high rates. Those are measured at the rate at which they are heard.
+// libebur128 measures neither very low nor very high rates. Those are measured at the rate at which they
+// are heard.
 AudioSpec measurableSpec(AudioSpec spec) {
     if (!whyUnmeasurable(spec).empty()) spec.rate_hz = kPageRate_hz;
     return spec;
 }
+
+// 20 bits reject aliases by 120 dB, more than Opus keeps.
+constexpr ConverterOptions kHeardConversion{.precision_bits = 20};
 
 FramePtr referenceTo(const AVFrame& frame) {
     return FramePtr(allocated(av_frame_clone(&frame)));
@@ -36,7 +40,7 @@ SoundMeasurement::SoundMeasurement(const AudioSpec& spec, PresenceMeter* presenc
     : spec_(spec),
       to_measurable_(measurableSpec(spec)),
       loudness_(measurableSpec(spec)),
-      to_stereo_(heardSpec()),
+      to_stereo_(heardSpec(), kHeardConversion),
       waveform_(kMostStretches),
       spectrogram_(kPageRate_hz, kMostColumns),
       presence_(presence) {}
@@ -70,7 +74,7 @@ void SoundMeasurement::finish(MeasuredVersion& version) {
 HeardSound::HeardSound(const SoundPlan& plan)
     : start_(std::llround(plan.start_s * kPageRate_hz)),
       end_(std::llround((plan.start_s + plan.length_s) * kPageRate_hz)),
-      to_stereo_(heardSpec()),
+      to_stereo_(heardSpec(), kHeardConversion),
       meter_(heardSpec(), Peaks::SamplesAndTruePeak),
       opus_(plan.rate_bps) {}
 

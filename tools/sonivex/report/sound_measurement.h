@@ -9,8 +9,8 @@
 
 namespace sonivex_tool {
 
-/** Measures one version of the sound as it is made: its loudness in its own layout, and the pictures of the stereo
- *  sound that is heard. Other layouts are mixed to stereo as ITU-R BS.775 folds them down. */
+/** Measures one version of the sound as it is made: its loudness in its own layout, and the pictures of the
+ *  stereo sound that is heard. Other layouts are mixed to stereo as ITU-R BS.775 folds them down. */
 class SoundMeasurement {
   public:
     /** @param presence receives the stereo sound as output, if any; must outlive this object */

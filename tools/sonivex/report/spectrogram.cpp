@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace sonivex_tool {
 namespace {
 
-constexpr std::size_t kWindow = 2048;
+constexpr std::size_t kWindow = StereoSpectrum::kWindow;
 constexpr std::size_t kHop = kWindow / 2;
 constexpr std::size_t kRows = 128;
 // More brightnesses than this make the file larger, but the picture no clearer.
@@ -17,11 +16,7 @@ constexpr int kBrightest = 255;
 }  // namespace
 
 SpectrogramMeter::SpectrogramMeter(int rate_hz, std::size_t most_columns)
-    : rate_hz_(rate_hz), most_columns_(most_columns), fourier_(kWindow), window_(kWindow) {
-    for (std::size_t n = 0; n < kWindow; ++n) {
-        const double turn = 2.0 * std::numbers::pi * static_cast<double>(n) / static_cast<double>(kWindow);
-        window_[n] = 0.5 - 0.5 * std::cos(turn);
-    }
+    : rate_hz_(rate_hz), most_columns_(most_columns) {
     samples_.reserve(kWindow);
     for (std::size_t row = 0; row <= kRows; ++row) {
         const double place = static_cast<double>(row) / static_cast<double>(kRows);
@@ -51,20 +46,13 @@ void SpectrogramMeter::analyse() {
         in_last_ = 0;
     }
     ++in_last_;
-    std::vector<std::complex<double>> spectrum(kWindow);
-    for (std::size_t n = 0; n < kWindow; ++n) spectrum[n] = samples_[n] * window_[n];
-    fourier_.transform(spectrum);
-    // One transform of left + i right holds both spectra: the sum of their powers is the mean of the powers at a
-    // frequency and at its negative.
-    const auto power = [&](std::size_t bin) {
-        return (std::norm(spectrum[bin]) + std::norm(spectrum[(kWindow - bin) % kWindow])) / 4.0;
-    };
+    spectrum_.transform(samples_);
     for (std::size_t row = 0; row < kRows; ++row) {
         const std::size_t first = first_bins_[row];
         const std::size_t end = std::max(first + 1, first_bins_[row + 1]);
         double highest = 0.0;
         for (std::size_t bin = first; bin < end && bin < kWindow / 2; ++bin)
-            highest = std::max(highest, power(bin));
+            highest = std::max(highest, spectrum_.at(bin).power());
         columns_.back().powers[row] += highest;
     }
     samples_.erase(samples_.begin(), samples_.begin() + static_cast<std::ptrdiff_t>(kHop));
@@ -80,9 +68,7 @@ void SpectrogramMeter::add(std::span<const float> samples) {
 }
 
 double SpectrogramMeter::level_db(double power) const {
-    // A sine at full scale has a quarter of the window's length as its magnitude.
-    const double full_scale = static_cast<double>(kWindow) / 4.0;
-    const double share = power / (full_scale * full_scale);
+    const double share = power / (StereoSpectrum::kFullScale * StereoSpectrum::kFullScale);
     return share > 0.0 ? 10.0 * std::log10(share) : 2.0 * kLowestShown_db;
 }
 

@@ -5,8 +5,8 @@
 #include <span>
 #include <vector>
 
-#include "fourier.h"
 #include "grey_image.h"
+#include "stereo_spectrum.h"
 
 namespace sonivex_tool {
 
@@ -26,8 +26,9 @@ class SpectrogramMeter {
 
     /** Takes samples. @param samples [frames][2] */
     void add(std::span<const float> samples);
-    /** Takes the last samples as if silence followed, and returns the image: a column for each stretch of time,
-     *  the highest frequency at the top; 0 for kLowestShown_db and less, 255 for kHighestShown_db and more. */
+    /** Takes the last samples as if silence followed, and returns the image: a column for each stretch of
+     *  time, the highest frequency at the top; 0 for kLowestShown_db and less, 255 for kHighestShown_db and
+     *  more. */
     sonivex_plotting::GreyImage finish();
     /** Returns the time of one column in seconds, after finish(). */
     double column_s() const;
@@ -43,9 +44,8 @@ class SpectrogramMeter {
 
     int rate_hz_;
     std::size_t most_columns_;
-    Fourier fourier_;
-    std::vector<double> window_;
-    std::vector<std::complex<double>>
+    StereoSpectrum spectrum_;
+    std::vector<std::complex<float>>
         samples_;                          // the two channels of the present window, as real and imaginary
     std::vector<std::size_t> first_bins_;  // of each row, and the end of the last
     std::size_t windows_in_column_ = 1;

@@ -105,7 +105,8 @@
 
   function currentPosition() {
     if (!voices) return position;
-    const played = Math.max(0, context.currentTime - started_at);
+    // A start lies a little ahead of the clock.
+    const played = Math.max(position, context.currentTime - started_at);
     return loop.checked ? played % length_s : Math.min(played, length_s);
   }
 
