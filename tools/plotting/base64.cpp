@@ -7,7 +7,7 @@ namespace sonivex_plotting {
 std::string base64(std::string_view bytes) {
     constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     constexpr std::size_t kGroup_bytes = 3;
-    constexpr unsigned kDigit_bits = 6;
+    constexpr unsigned kBitsOfDigit = 6;
     std::string text;
     text.reserve((bytes.size() + 2) / kGroup_bytes * 4);
     for (std::size_t first = 0; first < bytes.size(); first += kGroup_bytes) {
@@ -17,7 +17,7 @@ std::string base64(std::string_view bytes) {
             group = group << 8U | (i < count ? static_cast<unsigned char>(bytes[first + i]) : 0U);
         }
         for (unsigned digit = 0; digit < 4; ++digit) {
-            const std::uint32_t value = group >> kDigit_bits * (3 - digit) & 63U;
+            const std::uint32_t value = group >> kBitsOfDigit * (3 - digit) & 63U;
             text += digit <= count ? kDigits[value] : '=';
         }
     }
