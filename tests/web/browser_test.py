@@ -255,7 +255,8 @@ class PageChanges(Browser):
         self.driver.execute_script(
             "new MutationObserver(() => document.documentElement.dataset.changing === 'true' && ++globalThis.changes)"
             ".observe(document.documentElement, {attributes: true}); globalThis.changes = 0")
-        for selector in ("[value=MegaBass]", "[name=mode][value='3']", "[name=limiter]", "[value=original]", "[value=normalizer]"):
+        controls = "[value=MegaBass]", "[name=mode][value='3']", "[name=limiter]", "[value=original]", "[value=normalizer]"
+        for selector in controls:
             self.driver.execute_script("globalThis.changes = 0")
             self.find(selector).click()
             self.until(f"{selector} begins no change", lambda: self.driver.execute_script("return changes > 0"))
@@ -284,7 +285,8 @@ class PageChanges(Browser):
         self.until_playing()
         self.find("#play").click()
         self.assertEqual(self.text("#play"), "Play")
-        self.driver.execute_script("const p = document.getElementById('position'); p.value = 2.4; p.dispatchEvent(new Event('change'))")
+        self.driver.execute_script(
+            "const p = document.getElementById('position'); p.value = 2.4; p.dispatchEvent(new Event('change'))")
         self.until("the position stays", lambda: self.text("#time").startswith("0:02"))
         self.find("#play").click()
         self.until("the sound does not end", lambda: "at its end" in self.text("#status"))

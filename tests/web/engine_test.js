@@ -27,7 +27,8 @@ function planesOf(pcm, channels, more) {
 }
 
 function tone(channels, frames, amplitude = 0.25) {
-    const samples = Float32Array.from({ length: frames }, (_, i) => amplitude * Math.sin((2 * Math.PI * kTone_hz * i) / kRate_hz));
+    const step = (2 * Math.PI * kTone_hz) / kRate_hz;
+    const samples = Float32Array.from({ length: frames }, (_, i) => amplitude * Math.sin(step * i));
     return Array.from({ length: channels }, () => samples);
 }
 

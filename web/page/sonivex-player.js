@@ -206,7 +206,8 @@ globalThis.Sonivex = (() => {
         node.choose = (wanted) => node.port.postMessage({ kind: "choose", choice: numbersOf(wanted) });
         node.close = () => node.port.postMessage({ kind: "close" });
         await new Promise((resolve, reject) => {
-            node.onprocessorerror = () => reject(new Error(`The effects do not run with ${channels} channels at ${context.sampleRate} Hz.`));
+            const refusal = `The effects do not run with ${channels} channels at ${context.sampleRate} Hz.`;
+            node.onprocessorerror = () => reject(new Error(refusal));
             node.port.onmessage = ({ data }) => {
                 if (data.kind === "meters") node.onmeters?.(data);
                 if (data.kind !== "ready") return;
