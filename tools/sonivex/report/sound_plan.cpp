@@ -11,13 +11,13 @@ SoundPlan planSound(double length_s, int versions, const WantedStretch& wanted) 
     SoundPlan plan;
     plan.start_s = std::clamp(wanted.start_s.value_or(0.0), 0.0, length_s);
     plan.length_s = std::min(wanted.length_s.value_or(length_s), length_s - plan.start_s);
-    if (plan.length_s * kLowestRate_bps > budget_bits) {
-        const double excerpt_s = budget_bits / kExcerptRate_bps;
+    if (plan.length_s * kLowestBitRate > budget_bits) {
+        const double excerpt_s = budget_bits / kExcerptBitRate;
         // A start that the user chose stays.
         if (!wanted.start_s) plan.start_s += (plan.length_s - excerpt_s) / 2.0;
         plan.length_s = excerpt_s;
-        plan.rate_bps = kExcerptRate_bps;
-    } else if (plan.length_s * kHighestRate_bps > budget_bits) {
+        plan.rate_bps = kExcerptBitRate;
+    } else if (plan.length_s * kHighestBitRate > budget_bits) {
         plan.rate_bps = static_cast<int>(std::floor(budget_bits / plan.length_s));
     }
     plan.is_excerpt = plan.start_s > 0.0 || plan.length_s < length_s;

@@ -8,15 +8,15 @@ namespace sonivex_tool {
 // A page holds the sound of every version as Opus. All of them together take at most kSoundBudget_bytes, so
 // that a page stays below 5 MB whatever the file's length:
 //
-//   short sounds      kHighestRate_bps
-//   longer ones       the bit rate that fits the budget, down to kLowestRate_bps
-//   longer still      an excerpt from the middle, at kExcerptRate_bps
+//   short sounds      kHighestBitRate
+//   longer ones       the bit rate that fits the budget, down to kLowestBitRate
+//   longer still      an excerpt from the middle, at kExcerptBitRate
 
 /** Bytes of encoded sound in a page, before they become text. */
 inline constexpr int64_t kSoundBudget_bytes = 2900000;
-inline constexpr int kHighestRate_bps = 128000;
-inline constexpr int kLowestRate_bps = 30000;
-inline constexpr int kExcerptRate_bps = 64000;
+inline constexpr int kHighestBitRate = 128000;  // bit/s, as the next two
+inline constexpr int kLowestBitRate = 30000;
+inline constexpr int kExcerptBitRate = 64000;
 
 /** The stretch of the sound that a user wants to hear. */
 struct WantedStretch {
@@ -29,7 +29,7 @@ struct SoundPlan {
     double start_s = 0.0;
     double length_s = 0.0;
     bool is_excerpt = false;
-    int rate_bps = kHighestRate_bps;  // of each version
+    int rate_bps = kHighestBitRate;  // of each version
 };
 
 /** Plans the sound of a page.
