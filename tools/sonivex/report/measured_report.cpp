@@ -16,7 +16,7 @@
 namespace sonivex_tool {
 namespace {
 
-constexpr double kHighestPeak_dbtp = -1.0;
+constexpr double kHighestPeak_db = -1.0;  // true peak
 
 void requireFile(const std::string& path) {
     std::error_code error;
@@ -197,7 +197,7 @@ void matchLoudness(std::vector<MeasuredVersion>& versions) {
         const auto& lufs = version.heard.integrated_lufs;
         version.matching_gain_db = lufs ? *softest_lufs - *lufs : 0.0;
         if (const auto& peak = version.heard.true_peak_dbtp)
-            excess_db = std::max(excess_db, *peak + version.matching_gain_db - kHighestPeak_dbtp);
+            excess_db = std::max(excess_db, *peak + version.matching_gain_db - kHighestPeak_db);
     }
     for (MeasuredVersion& version : versions) version.matching_gain_db -= excess_db;
 }

@@ -22,7 +22,7 @@ SpectrogramMeter::SpectrogramMeter(int rate_hz, std::size_t most_columns)
         const double place = static_cast<double>(row) / static_cast<double>(kRows);
         const double frequency_hz = kLowestRow_hz * std::pow(kHighestRow_hz / kLowestRow_hz, place);
         const auto bin =
-            static_cast<std::size_t>(frequency_hz * static_cast<double>(kWindow) / rate_hz + 0.5);
+            static_cast<std::size_t>(std::lround(frequency_hz * static_cast<double>(kWindow) / rate_hz));
         first_bins_.push_back(std::min(bin, kWindow / 2));
     }
 }
