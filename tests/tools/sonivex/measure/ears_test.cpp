@@ -26,14 +26,17 @@ TEST(EarSegments, RejectMalformedNamesAndTimes) {
 }
 
 TEST(EarTable, NamesTheLeadingAndTheLouderEarAndTheAngles) {
-    const std::string text = sonivex_tool::asText({
-        {{"front left", 0.0, 2.0},
-         {false, 265.4, 3.26, 0.9},
-         sonivex_tool::LateralAngle{30.4, 35.0, 24.0, 90.0, 31.6, 0.876}},
-        {{"side right", 2.0, 4.0}, {false, -640.0, -0.4, 0.8}, sonivex_tool::LateralAngle{}},
-        {{"bass", 4.0, 6.0}, {false, 0.0, 0.0, 1.0}, {}},
-        {{"pause", 6.0, 8.0}, {}, {}},
-    });
+    const std::string text = sonivex_tool::asText(
+        {.rows =
+             {
+                 {{"front left", 0.0, 2.0},
+                  {false, 265.4, 3.26, 0.9},
+                  sonivex_tool::LateralAngle{30.4, 35.0, 24.0, 90.0, 31.6, 0.876}},
+                 {{"side right", 2.0, 4.0}, {false, -640.0, -0.4, 0.8}, sonivex_tool::LateralAngle{}},
+                 {{"bass", 4.0, 6.0}, {false, 0.0, 0.0, 1.0}, {}},
+                 {{"pause", 6.0, 8.0}, {}, {}},
+             },
+         .damage = {}});
     EXPECT_EQ(text,
               "segment     heard    leads        by  louder        by     angle  by delay  clarity        by "
               "level\n"
