@@ -11,14 +11,13 @@ std::string base64(std::string_view bytes) {
     std::string text;
     text.reserve((bytes.size() + 2) / kGroup_bytes * 4);
     for (std::size_t first = 0; first < bytes.size(); first += kGroup_bytes) {
-        const std::size_t count = bytes.size() - first < kGroup_bytes ? bytes.size() - first : kGroup_bytes;
+        const std::string_view part = bytes.substr(first, kGroup_bytes);
         std::uint32_t group = 0;
-        for (std::size_t i = 0; i < kGroup_bytes; ++i) {
-            group = group << 8U | (i < count ? static_cast<unsigned char>(bytes[first + i]) : 0U);
-        }
+        for (const char byte : part) group = group << 8U | static_cast<unsigned char>(byte);
+        group <<= 8U * (kGroup_bytes - part.size());
         for (unsigned digit = 0; digit < 4; ++digit) {
             const std::uint32_t value = group >> kBitsOfDigit * (3 - digit) & 63U;
-            text += digit <= count ? kDigits[value] : '=';
+            text += digit <= part.size() ? kDigits[value] : '=';
         }
     }
     return text;

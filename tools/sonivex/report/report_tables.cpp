@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "axis.h"
@@ -55,10 +56,11 @@ std::string tableOf(const MeasuredSet& set) {
     for (const int octave : kOctaves_hz) head.push_back(octaveName(octave) + " Hz");
     std::vector<Row> rows;
     for (const MeasuredSource& source : set.sources) {
-        Row& row = rows.emplace_back(Row{source.loudspeaker, cell(source.figures.delay_us, 0),
-                                         cell(source.figures.level_difference.whole_db)});
+        Row row{source.loudspeaker, cell(source.figures.delay_us, 0),
+                cell(source.figures.level_difference.whole_db)};
         for (const OctaveMeasures& octave : source.figures.octaves)
             row.push_back(cell(octave.direct_to_reverberant_db));
+        rows.push_back(std::move(row));
     }
     return table("Set " + set.set->name +
                      ": delay and level of the left ear over the right one, and the ratio of "

@@ -98,24 +98,28 @@ class Host {
     float control_ = 1.0F;  // of surround: its type; of dialogue enhancement: its voice level
 };
 
-void liveWith(const PluginKind& kind, const LV2_Descriptor& descriptor, bool has_worker,
-              FailingMemory& memory) {
+// @return the log lines for settings that were refused.
+int liveWith(const PluginKind& kind, const LV2_Descriptor& descriptor, bool has_worker,
+             FailingMemory& memory) {
     Host host(kind, descriptor, has_worker);
     const bool is_made = memory.during([&] { return host.make(); });
     if (!is_made) {
         EXPECT_TRUE(memory.hasFailed());
         EXPECT_EQ(host.logLines(), 1);
         EXPECT_EQ(memory.alive(), 0);
-        return;
+        return 0;
     }
     EXPECT_TRUE(memory.during([&] { return host.run(); }));
+    int refused = 0;
     for (const float value : {13.0F, 1.0F, 13.0F}) {
         host.control(value);
         const bool had_failed = memory.hasFailed();
         const int lines = host.logLines();
         EXPECT_TRUE(memory.during([&] { return host.run(); })) << "the plug-in fell silent";
         if (memory.hasFailed() && !had_failed) {
-            EXPECT_EQ(host.logLines(), lines + 1);
+            // The C++ library keeps a reserve for exceptions: a request that fails there costs nothing.
+            EXPECT_LE(host.logLines(), lines + 1);
+            refused += host.logLines() - lines;
         }
     }
     // There is memory again. Settings for which there was none are asked for once more.
@@ -126,6 +130,7 @@ void liveWith(const PluginKind& kind, const LV2_Descriptor& descriptor, bool has
     EXPECT_TRUE(host.run());
     EXPECT_EQ(host.logLines(), lines);
     host.end();
+    return refused;
 }
 
 TEST(Lv2OutOfMemory, ThePlugInIsRefusedOrGoesOnAsItWas) {
@@ -136,9 +141,13 @@ TEST(Lv2OutOfMemory, ThePlugInIsRefusedOrGoesOnAsItWas) {
             const PluginKind* const kind = sonivex_lv2::findPluginKind(descriptor->URI);
             ASSERT_NE(kind, nullptr);
             if (has_worker && kind->effect != SONIVEX_SURROUND) continue;  // only surround has work for it
+            int refused = 0;
             failEveryRequest(sweepStride(kStride), [&](FailingMemory& memory) {
-                liveWith(*kind, *descriptor, has_worker, memory);
+                refused += liveWith(*kind, *descriptor, has_worker, memory);
             });
+            if (kind->effect == SONIVEX_SURROUND) {
+                EXPECT_GT(refused, 0) << "no change ran out of memory";
+            }
             if (HasFailure()) return;
         }
     }

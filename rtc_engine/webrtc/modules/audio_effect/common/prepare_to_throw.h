@@ -19,6 +19,9 @@ namespace sonivex {
  *  @return false if there is no memory for it. The thread must then report that without an exception.
  *  [any, concurrent] not real-time safe: allocates */
 [[nodiscard]] inline bool prepareToThrow() noexcept {
+#if defined(__EMSCRIPTEN__)
+    return true;  // a module of WebAssembly is built without exceptions
+#else
     // The loader cannot report that it has no memory, so this asks before it. The C++ library needs less.
     constexpr std::size_t kRoom_bytes = 4096;
     void* const room = std::malloc(kRoom_bytes);
@@ -31,6 +34,7 @@ namespace sonivex {
     } catch (const std::bad_alloc&) {
         return true;
     }
+#endif
 }
 
 }  // namespace sonivex
