@@ -74,12 +74,20 @@ TEST(Pages, AreUtf8WhateverTheFilesName) {
     EXPECT_NO_THROW((void)nlohmann::json(page).dump());  // throws for text that is not UTF-8
 }
 
+// A regular expression would take a frame of the stack for each character of the scripts.
+std::string withoutScripts(std::string page) {
+    const std::string end = "</script>";
+    for (std::size_t at = page.find("<script"); at != std::string::npos; at = page.find("<script", at)) {
+        page.erase(at, page.find(end, at) + end.size() - at);
+    }
+    return page;
+}
+
 // A page that refers to nothing outside works from a file and without a network.
 TEST(Pages, ReferToNothingOutside) {
     const std::string page = pageOf(reportOf("a.flac"));
-    const std::regex reference(R"re((src|href|action|data|srcset|poster)\s*=\s*["']?(?!data:)[^"'\s>]+)re");
-    const std::string all_but_sound = std::regex_replace(page, std::regex("<script[^]*?</script>"), "");
-    EXPECT_FALSE(std::regex_search(all_but_sound, reference));
+    const std::regex reference(R"re((src|href|action|data|srcset|poster)\s*=\s*["']?(?!data:)[^"'\s>])re");
+    EXPECT_FALSE(std::regex_search(withoutScripts(page), reference));
     EXPECT_THAT(page, Not(HasSubstr("http:")));
     EXPECT_THAT(page, Not(HasSubstr("https:")));
     EXPECT_THAT(page, Not(HasSubstr("@import")));
