@@ -21,7 +21,7 @@ typedef struct {
     int last;
 } Refusal;
 
-/** What was asked for between limitMemory and freeMemory. */
+/** Counts the requests between limitMemory and freeMemory. */
 typedef struct {
     int requests; /* without those of the loader */
     int refused;

@@ -12,7 +12,7 @@
 
 enum { kMostLevels = 20000, kMostSeconds = 60 };
 
-/** What a process tells its parent. */
+/** The result that a process sends to its parent. */
 typedef struct {
     int line; /* that is wrong, or 0 */
     MemoryUse use;

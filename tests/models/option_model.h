@@ -10,7 +10,7 @@ namespace test {
 /** The effects, numbered as FilterTiming::effect does: of several, the one with the lowest number counts. */
 enum class ModelEffect { kNone = 0, kDialogue = 1, kSurround = 2, kNormalizer = 3 };
 
-/** What the options of a filter amount to. A filter starts with these values. */
+/** Holds the settings that the options of a filter amount to. A filter starts with these values. */
 struct OptionState {
     int surround_type = 1;
     int surround_mode = 1;

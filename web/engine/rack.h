@@ -21,7 +21,7 @@ namespace sonivex_web {
 
 inline constexpr int kMostChannels = 8;
 
-/** What the page chooses. A value out of range counts as the nearest that is allowed. */
+/** Names the sound that the page chooses. A value out of range counts as the nearest that is allowed. */
 struct Choice {
     int effect = SONIVEX_SURROUND;  // SONIVEX_SURROUND, SONIVEX_NORMALIZER, or 0 for the original sound
     int type = 1;                   // surround: 1 or 13

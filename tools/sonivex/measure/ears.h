@@ -29,7 +29,7 @@ struct SegmentEars {
     std::optional<LateralAngle> lateral;  // missing for silence and for sounds outside the bands of speech
 };
 
-/** What both ears hear of a file. */
+/** Tells how both ears hear a file. */
 struct EarsReport {
     std::vector<SegmentEars> rows;
     DamageReport damage;  // of the whole file

@@ -14,8 +14,8 @@ namespace sonivex_tool {
 /** Time between two readings of a loudness curve. */
 inline constexpr double kLoudnessStep_s = 0.1;
 
-/** What the meters of EBU R128 show at one time. A value is missing as long as its window is not full, and
- *  for silence. */
+/** Holds the readings of the meters of EBU R128 at one time. A value is missing as long as its window is not
+ *  full, and for silence. */
 struct LoudnessReading {
     double time_s = 0.0;                    // the end of the windows
     std::optional<double> momentary_lufs;   // of the last 400 ms
