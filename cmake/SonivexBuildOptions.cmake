@@ -43,6 +43,12 @@ if(SONIVEX_SANITIZE MATCHES "fuzzer")
     target_compile_options(sonivex_kernel_tuning INTERFACE -fno-sanitize-coverage=trace-cmp)
 endif()
 
+# Clang takes five minutes to compile the kernels with a check of every pointer's sum, and a fifth of that without. The
+# address sanitizer sees the access that such a pointer would lead to.
+if(SONIVEX_SANITIZE MATCHES "undefined")
+    target_compile_options(sonivex_kernel_tuning INTERFACE $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=pointer-overflow>)
+endif()
+
 # libavutil's headers need the integer constant macros. C++ before C++11 defined them only on this request.
 target_compile_definitions(sonivex_plain_build_options INTERFACE __STDC_CONSTANT_MACROS)
 
