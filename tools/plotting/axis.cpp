@@ -1,5 +1,6 @@
 #include "axis.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -39,6 +40,20 @@ Axis linearAxis(double low, double high, double step, const std::string& label) 
 
 Axis logarithmicAxis(double low, double high, const std::vector<Tick>& ticks, const std::string& label) {
     return {.low = low, .high = high, .is_logarithmic = true, .label = label, .ticks = ticks};
+}
+
+Axis frequencyAxis(double low_hz, double high_hz) {
+    std::vector<Tick> ticks;
+    for (const double decade_hz : {10.0, 100.0, 1000.0, 10000.0}) {
+        for (const double factor : {1.0, 2.0, 5.0}) {
+            const double value_hz = decade_hz * factor;
+            if (value_hz < std::max(low_hz, 20.0) || value_hz > std::min(high_hz, 20000.0)) continue;
+            const bool is_thousands = value_hz >= 1000.0;
+            ticks.push_back(
+                {value_hz, is_thousands ? fixed(value_hz / 1000.0, 0) + "k" : fixed(value_hz, 0)});
+        }
+    }
+    return logarithmicAxis(low_hz, high_hz, ticks, "frequency (Hz)");
 }
 
 std::string fixed(double value, int decimals) {

@@ -34,6 +34,10 @@ Axis linearAxis(double low, double high, double step, const std::string& label);
 /** Makes a logarithmic axis with these ticks. */
 Axis logarithmicAxis(double low, double high, const std::vector<Tick>& ticks, const std::string& label);
 
+/** Makes a logarithmic axis of frequencies with the ticks 20, 50, 100, .. 20k, as far as they lie on it.
+ *  @param low_hz, high_hz its ends */
+Axis frequencyAxis(double low_hz, double high_hz);
+
 /** Formats a number with a fixed number of decimals; zero has no sign. */
 std::string fixed(double value, int decimals);
 

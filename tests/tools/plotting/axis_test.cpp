@@ -8,6 +8,7 @@
 namespace {
 
 using sonivex_plotting::Axis;
+using sonivex_plotting::frequencyAxis;
 using sonivex_plotting::linearAxis;
 using sonivex_plotting::logarithmicAxis;
 using sonivex_plotting::niceStep;
@@ -38,6 +39,14 @@ TEST(Axis, PlacesEqualRatiosAtEqualDistancesIfItIsLogarithmic) {
     EXPECT_NEAR(axis.place(10.0), 0.0, 1e-12);
     EXPECT_NEAR(axis.place(100.0), 1.0 / 3.0, 1e-12);
     EXPECT_NEAR(axis.place(1000.0), 2.0 / 3.0, 1e-12);
+}
+
+TEST(Axis, LabelsFrequenciesByOneTwoAndFiveWhereTheyLieOnIt) {
+    const std::vector<std::string> all = {"20", "50", "100", "200", "500", "1k", "2k", "5k", "10k", "20k"};
+    EXPECT_EQ(labelsOf(frequencyAxis(20.0, 20000.0)), all);
+    EXPECT_EQ(labelsOf(frequencyAxis(1.0, 96000.0)), all);
+    EXPECT_THAT(labelsOf(frequencyAxis(40.0, 4000.0)), ElementsAre("50", "100", "200", "500", "1k", "2k"));
+    EXPECT_DOUBLE_EQ(frequencyAxis(20.0, 20000.0).ticks.at(5).value, 1000.0);
 }
 
 TEST(Axis, ChoosesStepsOfOneTwoOrFive) {

@@ -22,7 +22,6 @@ using sonivex_plotting::Colour;
 using sonivex_plotting::Curve;
 using sonivex_plotting::fixed;
 using sonivex_plotting::linearAxis;
-using sonivex_plotting::logarithmicAxis;
 using sonivex_plotting::Panel;
 using sonivex_plotting::Spot;
 using sonivex_plotting::Stroke;
@@ -108,21 +107,11 @@ void drawWaveform(Canvas& canvas, const MeasuredVersion& version, double length_
 void drawSpectrogram(Canvas& canvas, const MeasuredVersion& version, double length_s, int height) {
     canvas.setTextSize(kTextSize);
     const Box box = boxOf(kWidth, height);
-    const Axis frequency = logarithmicAxis(kLowestRow_hz, kHighestRow_hz,
-                                           {{50.0, "50"},
-                                            {100.0, "100"},
-                                            {200.0, "200"},
-                                            {500.0, "500"},
-                                            {1000.0, "1k"},
-                                            {2000.0, "2k"},
-                                            {5000.0, "5k"},
-                                            {10000.0, "10k"},
-                                            {20000.0, "20k"}},
-                                           "frequency (Hz)");
     const Axis time = clockAxis(length_s);
     const double image_s = version.column_s * version.spectrogram.width;
     // The last window of a sound reaches beyond its end.
     const double shown = std::min(1.0, image_s / time.high);
+    const Axis frequency = sonivex_plotting::frequencyAxis(kLowestRow_hz, kHighestRow_hz);
     const Panel panel(canvas, box, "", time, frequency);
     canvas.image(version.spectrogram, {box.left, box.top, box.width * shown, box.height});
     canvas.outline(box, {.colour = sonivex_plotting::kFrame});

@@ -37,18 +37,7 @@ Axis envelopeAxis() {
 }
 
 Axis frequencyAxis() {
-    Axis axis = logarithmicAxis(20.0, 20000.0,
-                                {{20.0, "20"},
-                                 {50.0, "50"},
-                                 {100.0, "100"},
-                                 {200.0, "200"},
-                                 {500.0, "500"},
-                                 {1000.0, "1k"},
-                                 {2000.0, "2k"},
-                                 {5000.0, "5k"},
-                                 {10000.0, "10k"},
-                                 {20000.0, "20k"}},
-                                "frequency (Hz)");
+    Axis axis = sonivex_plotting::frequencyAxis(20.0, 20000.0);
     for (const double decade : {10.0, 100.0, 1000.0, 10000.0}) {
         for (int i = 1; i < 10; ++i) {
             const double value = decade * i;
