@@ -14,6 +14,7 @@
 #include "failure.h"
 #include "interrupt.h"
 #include "option_checks.h"
+#include "plugin_option.h"
 #include "plugin_search.h"
 #include "result_stream.h"
 
@@ -110,11 +111,7 @@ std::function<void()> addBenchCommand(CLI::App& program) {
                      "Approximate duration of the measurement, 0.1 to 3600\n(default 5)")
         ->option_text("SECONDS")
         ->check(duration());
-    command
-        ->add_option("--plugin", choices->plugin,
-                     "The filter's library. Without it, libSonivexFilter.so beside\n"
-                     "this program, in ../lib from there, or on the library path")
-        ->option_text("FILE");
+    addPluginOption(*command, choices->plugin);
     command->add_flag("--json", choices->json, "Print the results as one JSON object");
     return [choices] { run(*choices); };
 }

@@ -9,6 +9,7 @@
 #include "interrupt.h"
 #include "option_checks.h"
 #include "play.h"
+#include "plugin_option.h"
 #include "plugin_search.h"
 #include "result_stream.h"
 #include "vorlin/log.h"
@@ -124,11 +125,7 @@ void addPlayingOptions(CLI::App& command, PlayChoices& choices) {
     command.add_flag("--no-screen", choices.no_screen, "Print plain lines, even on a terminal");
     command.add_flag("--quiet,-q", choices.settings.is_quiet, "Print no plain lines");
     command.add_flag("--verbose,-v", choices.verbose, "Print the logs of the filter and of FFmpeg");
-    command
-        .add_option("--plugin", choices.plugin,
-                    "The filter's library. Without it, libSonivexFilter.so beside\n"
-                    "this program, in ../lib from there, or on the library path")
-        ->option_text("FILE");
+    addPluginOption(command, choices.plugin);
 }
 
 }  // namespace

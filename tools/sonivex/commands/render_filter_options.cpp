@@ -1,4 +1,5 @@
 #include "option_checks.h"
+#include "plugin_option.h"
 #include "render_choices.h"
 
 namespace sonivex_tool {
@@ -11,12 +12,7 @@ constexpr double kLatestFlush_s = 1e9;  // about 32 years
 
 void addFilterOptions(CLI::App& command, RenderChoices& choices) {
     FilterSettings& filter = choices.settings.filter;
-    command
-        .add_option("--plugin", choices.plugin,
-                    "The filter's library. Without it, libSonivexFilter.so beside\n"
-                    "this program, in ../lib from there, or on the library path")
-        ->option_text("FILE")
-        ->group(kFilterGroup);
+    addPluginOption(command, choices.plugin)->group(kFilterGroup);
     command
         .add_option("--frame-size", filter.call_frames,
                     "Samples per channel in each call of the filter, 1 to 4096\n"

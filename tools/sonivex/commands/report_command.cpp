@@ -10,6 +10,7 @@ extern "C" {
 #include "failure.h"
 #include "interrupt.h"
 #include "option_checks.h"
+#include "plugin_option.h"
 #include "plugin_search.h"
 #include "report.h"
 #include "report_summary.h"
@@ -119,11 +120,7 @@ void addPageOptions(CLI::App& command, ReportChoices& choices) {
     command.add_flag("--json", choices.json, "Print the summary as one JSON object");
     command.add_flag("--quiet,-q", choices.quiet, "Print nothing but errors (--json still prints)");
     command.add_flag("--verbose,-v", choices.verbose, "Print the logs of the filter and of FFmpeg");
-    command
-        .add_option("--plugin", choices.plugin,
-                    "The filter's library. Without it, libSonivexFilter.so beside\n"
-                    "this program, in ../lib from there, or on the library path")
-        ->option_text("FILE");
+    addPluginOption(command, choices.plugin);
 }
 
 }  // namespace
