@@ -248,6 +248,32 @@ TEST_F(Batch, ReportsWhatFailedAndWhyAndGoesOn) {
     EXPECT_EQ(batch().at("summary").at("skipped"), 2);
 }
 
+TEST_F(Batch, CountsAFolderThatItCannotMakeAsAFailureOfItsFile) {
+    makeInputs();
+    // The system does not even look up a name that is so long.
+    const std::string too_long(300, 'x');
+    test::writeFile(file("list.txt"),
+                    file("in/a.wav") + "\t" + too_long + "/a.wav\n" + file("in/b.flac") + "\n");
+    const auto results =
+        resultsOf(run({"--batch", file("list.txt"), "-o", file("out"), "--json", "--quiet"}), 14);
+    EXPECT_EQ(results.at("a.wav").at("exit_code"), 7);
+    EXPECT_THAT(results.at("a.wav").at("error"), HasSubstr("cannot make the folder"));
+    EXPECT_EQ(results.at("b.flac").at("result"), "rendered");
+}
+
+TEST_F(Batch, CountsRelativeInputsAsFailuresIfItsWorkingDirectoryIsGone) {
+    makeInputs();
+    fs::create_directory(file("gone"));
+    test::writeFile(file("list.txt"), "c.wav\n" + file("in/a.wav") + "\n");
+    const std::string start =
+        R"(rmdir "$PWD" && exec "$0" render --batch ../list.txt -o "$1" --json --quiet)";
+    const test::ProcessOptions in_gone{.file_size_limit_bytes = {}, .working_folder = file("gone")};
+    const auto results =
+        resultsOf(test::runProcess({"sh", "-c", start, SONIVEX_PROGRAM, file("out")}, in_gone), 14);
+    EXPECT_EQ(results.at("c.wav").at("exit_code"), 3);
+    EXPECT_EQ(results.at("a.wav").at("result"), "rendered");
+}
+
 TEST_F(Batch, ReportsDamagedInputsAgainWhenItSkipsThem) {
     makeInputs();
     const auto size = fs::file_size(file("in/b.flac"));
@@ -405,6 +431,8 @@ TEST_F(Batch, ReportsAListOrAFolderThatCannotBeUsed) {
     test::writeFile(file("file"), "");
     EXPECT_EQ(run({"--batch", file("in"), "-o", file("file")}).exit_code, 7);
     EXPECT_EQ(run({"--batch", file("in"), "-o", file("file/out")}).exit_code, 7);
+    // The system does not even look up a name that is so long.
+    EXPECT_EQ(run({"--batch", file("in"), "-o", file(std::string(300, 'x') + "/out")}).exit_code, 7);
     EXPECT_EQ(run(batchCommand({"--plugin", file("none.so")})).exit_code, 10);
 }
 

@@ -4,6 +4,7 @@
 #include <system_error>
 #include <unordered_map>
 
+#include "absolute_path.h"
 #include "failure.h"
 #include "media_names.h"
 
@@ -15,8 +16,9 @@ namespace fs = std::filesystem;
 // The one path of a file that may not exist yet; links are followed.
 std::string canonical(const std::string& path) {
     std::error_code error;
-    const fs::path result = fs::weakly_canonical(fs::absolute(path), error);
-    return error ? fs::absolute(path).lexically_normal().string() : result.string();
+    const fs::path absolute = absolutePath(path);
+    const fs::path result = fs::weakly_canonical(absolute, error);
+    return error ? absolute.lexically_normal().string() : result.string();
 }
 
 BatchItem itemOf(const ListEntry& entry, const BatchSettings& settings) {

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "absolute_path.h"
 #include "batch_journal.h"
 #include "batch_list.h"
 #include "batch_plan.h"
@@ -47,7 +48,7 @@ std::vector<std::string> basisOf(const BatchSettings& settings) {
     for (const std::string& path : settings.key_files) {
         const auto stamp = stampOf(path);
         if (!stamp) continue;
-        basis.push_back(fs::absolute(path).lexically_normal().string() + ": " +
+        basis.push_back(absolutePath(path).lexically_normal().string() + ": " +
                         std::to_string(stamp->size_bytes) + " bytes, " + std::to_string(stamp->mtime_ns));
     }
     return basis;
@@ -69,7 +70,8 @@ std::string errorIn(const std::string& messages) {
 void makeFolder(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
-    if (fs::is_directory(folder)) return;
+    std::error_code not_seen;  // the folder's parent may forbid to look
+    if (fs::is_directory(folder, not_seen)) return;
     const std::string why = error ? error.message() : "it is not a folder";
     throw Failure(exitCodeOfWriteError(error.value()),
                   "cannot make the folder \"" + folder.string() + "\": " + why);
@@ -137,7 +139,7 @@ class Batch {
     void prepare(Job& job) {
         const BatchItem& item = job.item;
         job.file.name = item.name;
-        job.file.input = fs::absolute(item.input).lexically_normal().string();
+        job.file.input = absolutePath(item.input).lexically_normal().string();
         const auto input_stamp = stampOf(item.input);
         const auto output_stamp = stampOf(item.output);
         job.has_input_stamp = input_stamp.has_value();
