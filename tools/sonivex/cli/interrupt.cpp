@@ -30,8 +30,7 @@ ExitCode exitCodeOf(int signal) {
 // Calls only async-signal-safe functions.
 void onSignal(int signal) {
     if (g_pending_signal.exchange(signal) == 0) return;
-    removeUnfinishedOutput();
-    if (void (*const function)() = g_on_second_signal; function != nullptr) function();
+    cleanUpAtOnce();
     _exit(static_cast<int>(exitCodeOf(signal)));
 }
 
@@ -64,12 +63,13 @@ void removeOnSecondSignal(const char* path) {
     g_has_path_to_remove = true;
 }
 
-void removeUnfinishedOutput() {
-    if (g_has_path_to_remove) (void)unlink(g_path_to_remove.data());
-}
-
 void onSecondSignal(void (*function)()) {
     g_on_second_signal = function;
+}
+
+void cleanUpAtOnce() {
+    if (g_has_path_to_remove) (void)unlink(g_path_to_remove.data());
+    if (void (*const function)() = g_on_second_signal; function != nullptr) function();
 }
 
 int pendingSignal() {

@@ -20,9 +20,6 @@ void installSignalHandlers();
  * Only one thread may call this. */
 void removeOnSecondSignal(const char* path);
 
-/** Removes the file that the second signal would remove. Async-signal-safe. */
-void removeUnfinishedOutput();
-
 /** Sets what the second signal calls before it ends the program, such as a function that gives the terminal
  *  back.
  *
@@ -30,6 +27,11 @@ void removeUnfinishedOutput();
  *
  * Only one thread may call this. */
 void onSecondSignal(void (*function)());
+
+/** Does what the second signal does before it ends the program: removes the file (`removeOnSecondSignal`) and
+ *  calls the function (`onSecondSignal`). For a caller that then ends the program at once, without its
+ *  destructors. Async-signal-safe; any thread may call this. */
+void cleanUpAtOnce();
 
 /** The signal that asked the program to end, or 0. Any thread may call this. */
 int pendingSignal();

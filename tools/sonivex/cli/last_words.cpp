@@ -34,8 +34,8 @@ bool isLackOfMemory() noexcept {
 }
 
 [[noreturn]] void endOnTerminate() {
+    cleanUpAtOnce();  // no destructor will give the terminal back
     if (!isLackOfMemory()) std::abort();
-    removeUnfinishedOutput();
     printOutOfMemory();
     _exit(static_cast<int>(ExitCode::Internal));
 }

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <string_view>
 
@@ -25,11 +26,17 @@ constexpr int kUsualRows = 24;
 int g_keys = -1;
 int g_screen = -1;
 termios g_original{};
+// The handler may run while this one is set, which is why it is atomic.
+std::atomic<int> g_kept_errors = -1;
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may only use lock-free atomics");
 
-// Calls only async-signal-safe functions. Neither of them waits.
+// Calls only async-signal-safe functions. None of them waits. Standard error stays silent if the terminal
+// takes no output, so that the program's last words do not wait for it either.
 void giveBackAtOnce() {
     if (g_keys >= 0) (void)tcsetattr(g_keys, TCSANOW, &g_original);
-    if (g_screen >= 0) (void)!write(g_screen, kLeaveScreen.data(), kLeaveScreen.size());
+    if (g_screen < 0) return;
+    const bool takes_output = write(g_screen, kLeaveScreen.data(), kLeaveScreen.size()) > 0;
+    if (takes_output && g_kept_errors >= 0) (void)dup2(g_kept_errors, STDERR_FILENO);
 }
 
 winsize sizeOf(int descriptor) {
@@ -63,6 +70,7 @@ Terminal::Terminal(int keys, int screen, TerminalUse use)
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (nowhere < 0) return;
     kept_errors_ = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    g_kept_errors = kept_errors_;
     if (kept_errors_ >= 0) (void)dup2(nowhere, STDERR_FILENO);
     (void)close(nowhere);
 }
@@ -79,6 +87,7 @@ bool Terminal::giveBack() {
     const bool takes_output = output_.finish(std::string(kLeaveScreen));
     if (kept_errors_ >= 0) {
         if (takes_output) (void)dup2(kept_errors_, STDERR_FILENO);
+        g_kept_errors = -1;
         (void)close(kept_errors_);
     }
     g_keys = -1;
