@@ -1,10 +1,12 @@
 #include "last_words.h"
 
+#include <cxxabi.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <typeinfo>
 
 #include "console.h"
 #include "exit_codes.h"
@@ -21,16 +23,11 @@ bool hasMemory() {
     return memory != nullptr;
 }
 
+// Throwing the exception again, to catch it by its type, would need memory.
 bool isLackOfMemory() noexcept {
-    const std::exception_ptr reason = std::current_exception();
+    const std::type_info* const reason = abi::__cxa_current_exception_type();
     if (reason == nullptr) return !hasMemory();
-    try {
-        std::rethrow_exception(reason);
-    } catch (const std::bad_alloc&) {
-        return true;
-    } catch (...) {
-        return false;
-    }
+    return *reason == typeid(std::bad_alloc) || *reason == typeid(std::bad_array_new_length);
 }
 
 [[noreturn]] void endOnTerminate() {
