@@ -22,7 +22,6 @@ constexpr int kSilencesPerSecond = 10;
 
 int checked(int result) {
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
-    if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
     if (result < 0) throw Failure(ExitCode::Internal, "cannot limit the audio: " + errorText(result));
     return result;
 }
