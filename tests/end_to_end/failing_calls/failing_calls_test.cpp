@@ -153,7 +153,7 @@ class FailingCalls : public testing::Test {
         return fs::path(name).filename().string().rfind(".sonivex-batch", 0) == 0;
     }
 
-    // Makes some calls fail, or every one as a long test.
+    // Makes some calls fail, or every one in the test for the night.
     void failSomeCalls(const Command& command, int short_stride, int long_stride = 1) {
         const bool is_long = test::failsEveryCall();
         fail(command, is_long ? test::everyFault() : test::oneFaultOfEachCall(),
