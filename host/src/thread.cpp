@@ -7,6 +7,7 @@
 #include <mutex>
 #include <new>
 #include <thread>
+#include <type_traits>
 #include <utility>
 
 namespace Vorlin {
@@ -51,15 +52,13 @@ class WorkerClock final : public qfThreadClock {
 };
 
 // Keeps for each thread the clock of the qfThread that it made last. A thread_local variable cannot: the C
-// library ends the process if it has no memory to remember the variable's destructor.
+// library ends the process if it has no memory to remember the variable's destructor. The key is never
+// deleted, because threads may make and end workers while the program's globals are destroyed.
 class NewestClocks {
   public:
     using Clock = std::shared_ptr<const qfThreadClock>;
 
     NewestClocks() : mHasKey(pthread_key_create(&mKey, destroy) == 0) {}
-    ~NewestClocks() {
-        if (mHasKey) pthread_key_delete(mKey);
-    }
     NewestClocks(const NewestClocks&) = delete;
     NewestClocks& operator=(const NewestClocks&) = delete;
 
@@ -68,14 +67,16 @@ class NewestClocks {
         return clock != nullptr ? *clock : nullptr;
     }
 
+    // Does nothing if the program had used up its keys: the thread works without its clock.
     // @throws std::bad_alloc
     void keep(Clock clock) const {
+        if (!mHasKey) return;
         if (Clock* const kept = mine(); kept != nullptr) {
             *kept = std::move(clock);
             return;
         }
         auto fresh = std::make_unique<Clock>(std::move(clock));
-        if (!mHasKey || pthread_setspecific(mKey, fresh.get()) != 0) throw std::bad_alloc();
+        if (pthread_setspecific(mKey, fresh.get()) != 0) throw std::bad_alloc();
         (void)fresh.release();  // `destroy` gets it when the thread ends
     }
 
@@ -88,6 +89,8 @@ class NewestClocks {
 };
 
 const NewestClocks kNewestClocks;
+static_assert(std::is_trivially_destructible_v<NewestClocks>,
+              "nothing destroys it at the end of the program");
 
 void nameThisThread(const std::string& name) {
     constexpr size_t kLongestNameBytes = 15;

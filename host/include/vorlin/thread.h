@@ -53,8 +53,9 @@ class VORLIN_API qfThread {
     /** @return the clock of this thread, never null. [any, concurrent] real-time safe */
     std::shared_ptr<const qfThreadClock> clock() const;
 
-    /** @return the clock of the qfThread that the calling thread made last, or null. A player calls it before
-     *  and after a filter's `init`, to learn which worker the filter made.
+    /** @return the clock of the qfThread that the calling thread made last, or null. It is always null in a
+     *  process that had no key for thread-specific data left when the library was loaded. A player calls this
+     *  before and after a filter's `init`, to learn which worker the filter made.
      *  [any, concurrent] real-time safe */
     static std::shared_ptr<const qfThreadClock> clockOfNewest();
 
