@@ -2,7 +2,7 @@
 // memory there too: the loader, the C++ library, the conversion libraries.
 //
 //     const Refusal refusal = {.limit_bytes = 5000};
-//     limitMemory(&refusal);
+//     limitMemory(&refusal, NULL, 0);
 //     handle = aem_CreateNormalizer(2, 48000);  // fails if it asks for more
 //     const MemoryUse use = freeMemory();
 #pragma once

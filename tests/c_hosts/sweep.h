@@ -11,7 +11,7 @@ typedef int (*Work)(const Refusal* refusal, size_t* levels, int count, MemoryUse
 /** Runs `work` with enough memory, and then with each limit at which one more request fails, and with each
  *  request failing alone and as the first of all that need new memory. SONIVEX_EVERY_CALL in the
  *  environment asks for all of them, otherwise every `stride`-th is tried. Prints what ended badly.
- *  @return 0, or 1 if a process ended badly or `work` never met a refusal. */
+ *  @return 0, or 1 if a process ended badly or fewer than nine tenths of the runs met a refusal. */
 int sweepMemory(const char* name, Work work, int stride);
 
 /** Runs `work(argument)` on a thread of its own, which is there although memory fails. @return its result. */
