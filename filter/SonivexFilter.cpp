@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 #include <system_error>
+#include <thread>
 
 #include "prepare_to_throw.h"
 #include "vorlin/av_compat.h"
@@ -51,7 +52,7 @@ sonivexFilter::~sonivexFilter() {
 
 bool sonivexFilter::init(uint64_t) {
     // The player's thread runs the loop if there is no worker.
-    const bool is_ready = sonivex::prepareToThrow();
+    const bool is_ready = isReadyToThrow();
     __log_print(LOG_INFO, kFilterName, "sonivex init");
     if (!mActive || mThread) return true;
     if (is_ready) {
@@ -90,6 +91,16 @@ bool sonivexFilter::worksInsidePush() const {
     return !mActive || mIsWithoutThread;
 }
 
+// Remembers the thread, because a player that works in real time pushes frames that only pass on. Such a push
+// makes no call that may wait.
+bool sonivexFilter::isReadyToThrow() {
+    const std::thread::id this_thread = std::this_thread::get_id();
+    if (mReadyThread == this_thread) return true;
+    if (!sonivex::prepareToThrow()) return false;
+    mReadyThread = this_thread;
+    return true;
+}
+
 int sonivexFilter::push(std::unique_ptr<IQFFrame>& frame, uint64_t) {
     int result = kTryAgain;
     if (mInQueue.sizeForProducer() <= kMaxWaitingForWorker &&
@@ -97,7 +108,8 @@ int sonivexFilter::push(std::unique_ptr<IQFFrame>& frame, uint64_t) {
         (void)frame.release();  // the queue owns it now
         result = kSuccess;
     }
-    if (worksInsidePush()) FilterLoop();
+    // Frames wait until the thread can throw, as they do in `runWorker`.
+    if (worksInsidePush() && isReadyToThrow()) workInsidePush();
     return result;
 }
 

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "effects.h"
@@ -64,8 +65,9 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
 
     /** Sets an option. filterPrototype lists the keys, docs/options.md the values. `extra` is not used, and
      *  an unknown key is ignored.
-     *  @return false only for FILTER_OPTION with a text that is not JSON, or without memory for it, which is
-     *  logged; no option has changed then.
+     *  @return false only for FILTER_OPTION with a text that is not JSON, or without memory for it or for the
+     *  preparation of the thread for exceptions, or without memory for the exception below. This is logged,
+     *  and no option has changed then.
      *  @throws std::invalid_argument for a frame rate or speed that is not a number.
      *  [player thread] not real-time safe: allocates, logs, may run the event callback */
     bool setOption(const std::string& key, const std::string& value, const std::string& extra) override;
@@ -78,7 +80,8 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
      *  three wait for `pull`. It does not wait; `timeOut` is not used.
      *  @return kSuccess with `frame` null, or kTryAgain with `frame` left to the caller.
      *  [player thread] real-time safe while a worker runs; without a worker it processes the frames that
-     *  wait, and is not real-time safe: allocates, logs, and writes to the disk while dumping */
+     *  wait, as soon as there is memory to prepare the thread for exceptions, and is not real-time safe:
+     *  allocates, logs, and writes to the disk while dumping */
     int push(std::unique_ptr<IQFFrame>& frame, uint64_t timeOut) override;
     /** Takes the oldest frame that is ready. It does not wait; `timeOut` is not used.
      *  @return kSuccess with `frame` replaced, or kTryAgain with `frame` untouched.
@@ -136,17 +139,19 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
     static Outcome processed() { return {Outcome::Processed, 0}; }
     static Outcome givenUp(int result) { return {Outcome::GivenUp, result}; }
 
-    // The private functions belong to the worker, except startWorker and those of options.cpp and
-    // load_guard.cpp, which belong to the player's thread. `flush` calls some of the worker's functions while
-    // the worker is paused.
+    // The private functions belong to the worker, except startWorker, isReadyToThrow and those of options.cpp
+    // and load_guard.cpp, which belong to the player's thread. `flush` calls some of the worker's functions
+    // while the worker is paused.
 
     // SonivexFilter.cpp
     void startWorker();
     void goOnWithoutWorker(const char* reason);
     bool worksInsidePush() const;
+    bool isReadyToThrow();
 
     // worker_loop.cpp
     int runWorker();
+    void workInsidePush();
     int FilterLoop();
     void handOut(std::unique_ptr<IQFFrame> frame);
     Outcome handleFrame(IQFFrame* frame);
@@ -217,6 +222,7 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
     std::unique_ptr<qfThread> mThread;
     bool mIsWithoutThread = false;                // the last `init` of an active filter got no thread
     bool mWorkerCanThrow = false;                 // the worker has had memory to prepare for exceptions
+    std::thread::id mReadyThread;                 // the player's, once it has had memory for that
     SpscQueue<IQFFrame*> mOutQueue{kQueueSlots};  // filled by the worker, emptied by `pull`
     SpscQueue<IQFFrame*> mInQueue{kQueueSlots};   // filled by `push`, emptied by the worker
     std::atomic<bool> mInvalid{true};

@@ -91,15 +91,19 @@ bool sonivexFilter::setOption(const std::string& key, const std::string& value, 
 }
 
 // Reads everything before anything is applied, so that options for which there is no memory change nothing.
-bool sonivexFilter::setFilterOptions(const std::string& json) try {
-    const VorlinJSONItem text(json);
-    if (!text.isValid()) {
-        __log_print(LOG_WARNING, kFilterName, "options not json item");
-        return false;
+bool sonivexFilter::setFilterOptions(const std::string& json) {
+    if (isReadyToThrow()) {
+        try {
+            const VorlinJSONItem text(json);
+            if (!text.isValid()) {
+                __log_print(LOG_WARNING, kFilterName, "options not json item");
+                return false;
+            }
+            applyOptions(readOptions(text));
+            return true;
+        } catch (const std::bad_alloc&) {  // is reported below
+        }
     }
-    applyOptions(readOptions(text));
-    return true;
-} catch (const std::bad_alloc&) {
     __log_print(LOG_ERROR, kFilterName, "sonivex: no memory for the options");
     return false;
 }

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "SonivexFilter.h"
@@ -228,6 +229,42 @@ TEST_P(FilterLifeOutOfMemory, LosesFramesAtMostAndNeverTheFilter) {
         lives_with_lost_frames += life.lost() > 0 ? 1 : 0;
     });
     EXPECT_GT(lives_with_lost_frames, sweep.runs / 4);
+}
+
+// In a player in C, a thread that could not prepare for exceptions must not meet one. Memory returns, and the
+// frames come out.
+TEST(PushOutOfMemory, KeepsFramesUntilTheThreadIsReadyForExceptions) {
+    Vorlin::sonivexFilter filter({}, {}, false);
+    std::unique_ptr<IQFFrame> first = makeFrame({}, noiseSource(1));
+    std::unique_ptr<IQFFrame> second = makeFrame({}, noiseSource(2));
+    const IQFFrame* const frames[] = {first.get(), second.get()};
+    std::unique_ptr<IQFFrame> out;
+    {
+        FailingMemory memory(1, FailingMemory::Which::kAllFromThere);
+        memory.during([&] {
+            EXPECT_TRUE(filter.init(0));
+            EXPECT_EQ(filter.push(first, 0), 0);
+        });
+        EXPECT_TRUE(memory.hasFailed());
+        EXPECT_NE(filter.pull(out, 0), 0) << "a thread that is not ready took a frame";
+    }
+    EXPECT_EQ(filter.push(second, 0), 0);
+    for (const IQFFrame* const frame : frames) {
+        EXPECT_EQ(filter.pull(out, 0), 0) << "a frame is lost although there is memory";
+        EXPECT_EQ(out.get(), frame);
+    }
+}
+
+TEST(PushOutOfMemory, AsksEveryThreadWhetherItIsReadyForExceptions) {
+    Vorlin::sonivexFilter filter({}, {}, false);
+    EXPECT_TRUE(filter.init(0));
+    std::thread([&] {
+        std::unique_ptr<IQFFrame> frame = makeFrame({}, noiseSource(1));
+        std::unique_ptr<IQFFrame> out;
+        FailingMemory memory(1, FailingMemory::Which::kAllFromThere);
+        memory.during([&] { EXPECT_EQ(filter.push(frame, 0), 0); });
+        EXPECT_NE(filter.pull(out, 0), 0) << "a thread that is not ready took a frame";
+    }).join();
 }
 
 }  // namespace
