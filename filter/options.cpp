@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <new>
 #include <optional>
@@ -29,14 +30,19 @@ int truncateSaturating(double value) {
     return static_cast<int>(std::clamp(value, kMin, kMax));
 }
 
-// A number too large for a double becomes infinite, one too small becomes 0 or denormal.
-// @throws std::invalid_argument for a text that is not a number.
-double parseNumber(const std::string& text) {
-    try {
-        return std::stod(text);
-    } catch (const std::out_of_range&) {
-        return std::strtod(text.c_str(), nullptr);
-    }
+// A number too large for a double becomes infinite, one too small becomes 0 or denormal. Text after the number
+// is ignored. @return nothing for a text that is not a number.
+std::optional<double> parseNumber(const std::string& text) {
+    char* end = nullptr;
+    const double number = std::strtod(text.c_str(), &end);
+    if (end == text.c_str()) return std::nullopt;
+    return number;
+}
+
+// Returns only if there is no memory for the exception's message.
+void throwNotANumber() try {
+    throw std::invalid_argument("a frame rate or speed must be a number");
+} catch (const std::bad_alloc&) {  // the caller reports it
 }
 
 }  // namespace
@@ -74,15 +80,21 @@ FilterOptions readOptions(const VorlinJSONItem& text) {
 }  // namespace
 
 bool sonivexFilter::setOption(const std::string& key, const std::string& value, const std::string&) {
-    if (key == FILTER_OPTION && !setFilterOptions(value)) return false;
+    if (key == FILTER_OPTION) return setFilterOptions(value);
+    if (key != VIDEO_FPS_OPTION && key != PLAYER_SPEED_OPTION) return true;
+    const std::optional<double> number = parseNumber(value);
+    if (!number) {
+        if (isReadyToThrow()) throwNotANumber();
+        __log_print(LOG_ERROR, kFilterName, "sonivex: no memory for the refusal of an option");
+        return false;
+    }
     if (key == VIDEO_FPS_OPTION) {
-        mFps = truncateSaturating(parseNumber(value));
+        mFps = truncateSaturating(*number);
         mOverFps = isOverFps();
         __log_print(LOG_DEBUG, kFilterName, "sonivex set option fps : %d, isOverFps : %d\n", mFps, mOverFps);
-    }
-    if (key == PLAYER_SPEED_OPTION) {
+    } else {
         // Speeds are floats, so the number is rounded to float first: 1.99999999 is 2.
-        mSpeed = truncateSaturating(static_cast<double>(static_cast<float>(parseNumber(value))));
+        mSpeed = truncateSaturating(static_cast<double>(static_cast<float>(*number)));
         mOverFps = isOverFps();
         __log_print(LOG_DEBUG, kFilterName, "sonivex set option speed : %d, isOverFps : %d\n", mSpeed,
                     mOverFps);

@@ -267,5 +267,26 @@ TEST(PushOutOfMemory, AsksEveryThreadWhetherItIsReadyForExceptions) {
     }).join();
 }
 
+TEST(RateOutOfMemory, IsTakenOrRefusedWithoutAnExceptionForTheMemory) {
+    static const std::string key = filterPrototype::VIDEO_FPS_OPTION;
+    const std::string huge = "1e400";
+    const std::string word = "fast";
+    const std::string none;
+    Vorlin::sonivexFilter filter({}, {}, false);
+    for (const bool is_ready : {false, true}) {
+        SCOPED_TRACE(is_ready ? "on a thread that is ready for exceptions" : "on a new thread");
+        if (is_ready) EXPECT_TRUE(filter.init(0));
+        FailingMemory memory(1, FailingMemory::Which::kAllFromThere);
+        bool is_huge_taken = false;
+        bool is_word_taken = true;
+        memory.during([&] { is_huge_taken = filter.setOption(key, huge, none); });
+        EXPECT_TRUE(is_huge_taken);
+        EXPECT_FALSE(memory.hasFailed()) << "a number needs no memory";
+        memory.during([&] { is_word_taken = filter.setOption(key, word, none); });
+        EXPECT_FALSE(is_word_taken);
+        EXPECT_TRUE(memory.hasFailed());
+    }
+}
+
 }  // namespace
 }  // namespace test
