@@ -157,10 +157,13 @@ IAudioFilter* sonivexFilter::clone(IQFFrame::audioInfo src, IQFFrame::audioInfo 
 
 void sonivexFilter::setCurrentTarget(const std::string& target) {
     try {
-        mCurrentTarget = target;
-    } catch (const std::bad_alloc&) {
-        __log_print(LOG_WARNING, kFilterName, "sonivex: no memory for the name of the target");
+        if (isReadyToThrow()) {
+            mCurrentTarget = target;
+            return;
+        }
+    } catch (const std::bad_alloc&) {  // is reported below
     }
+    __log_print(LOG_WARNING, kFilterName, "sonivex: no memory for the name of the target");
 }
 
 }  // namespace Vorlin

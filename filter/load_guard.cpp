@@ -71,21 +71,28 @@ void sonivexFilter::checkTimeConsume(uint64_t elapsed) {
 }
 
 // @return false if there is no memory for the cost.
-bool sonivexFilter::takeCost(uint64_t cost) try {
-    const bool is_ignored = mCostWindow.size() < kIgnoredSamples;
-    mCostWindow.push_back(is_ignored ? 0 : cost);
-    if (mCostWindow.size() > kWindowSamples) {
-        mCostSum -= mCostWindow.front();
-        mCostWindow.pop_front();
+bool sonivexFilter::takeCost(uint64_t cost) {
+    if (isReadyToThrow()) {
+        try {
+            const bool is_ignored = mCostWindow.size() < kIgnoredSamples;
+            mCostWindow.push_back(is_ignored ? 0 : cost);
+            if (mCostWindow.size() > kWindowSamples) {
+                mCostSum -= mCostWindow.front();
+                mCostWindow.pop_front();
+            }
+            mCostSum += mCostWindow.back();
+            return true;
+        } catch (const std::bad_alloc&) {  // is reported below
+        }
     }
-    mCostSum += mCostWindow.back();
-    return true;
-} catch (const std::bad_alloc&) {
     __log_print(LOG_WARNING, kFilterName, "sonivex: no memory for the load guard");
     return false;
 }
 
 void sonivexFilter::notify(const std::string& event) {
+    // The event goes out even if there is no memory for this. Few callbacks ask for memory when they are copied,
+    // and the player must hear of an overload.
+    (void)isReadyToThrow();
     EventCallback callback;
     try {
         callback = mEventCallback;  // a copy, because the callback may install another one

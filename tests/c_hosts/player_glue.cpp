@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <stdexcept>
 #include <string>
 
 #include "support/frames/audio_frames.h"
@@ -18,9 +19,15 @@ using Vorlin::IQFFrame;
 
 constexpr int kFrames = 6;  // for one life
 constexpr int kFrame_frames = 512;
+constexpr int kReports = 80;  // more than the load guard's queue keeps in one piece of memory
 
 const std::string kNothing;
 const std::string kOptionKey = filterPrototype::FILTER_OPTION;
+const std::string kRateKey = filterPrototype::VIDEO_FPS_OPTION;
+const std::string kHugeRate = "1e400";
+const std::string kUsualRate = "25";
+const std::string kNoRate = "fast";
+const std::string kTarget = "the name of a target that is too long to be kept without memory";
 const std::string kOptions = R"({"enable_normalizer": true})";
 
 std::shared_ptr<Vorlin::Plugin> library;
@@ -65,10 +72,25 @@ int make(int has_worker) {
     return filter != nullptr ? 0 : -1;
 }
 
+// Makes every call of a player that asks for memory, but those for frames. @return whether the filter refused
+// a rate that is no number.
+bool report() {
+    filter->setCurrentTarget(kTarget);
+    if (!filter->setOption(kRateKey, kHugeRate, kNothing)) return false;
+    if (!filter->setOption(kRateKey, kUsualRate, kNothing)) return false;
+    for (int i = 0; i < kReports; ++i) filter->checkTimeConsume(0);
+    try {
+        return !filter->setOption(kRateKey, kNoRate, kNothing);
+    } catch (const std::invalid_argument&) {
+        return true;
+    }
+}
+
 int start() {
     if (!filter->init(0)) return -1;
     const bool is_set = filter->setOption(kOptionKey, kOptions, kNothing);
     filter->setInvalid(false);
+    if (!report()) return 1;
     return is_set ? 0 : -1;
 }
 
