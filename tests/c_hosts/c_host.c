@@ -1,8 +1,8 @@
 // A host of LV2 plug-ins in C that makes each plug-in, runs it and changes its settings without enough
-// memory. The host gets no plug-in, or one that keeps its settings, and nothing ends the process. The work
-// that a plug-in schedules runs on another thread.
+// memory. The host gets no plug-in, or one that sounds by its old or its new settings, and nothing ends the
+// process. The work that a plug-in schedules runs on another thread.
 //
-//     c_host LIBRARY
+//     c_host LIBRARY EFFECT...     the library has the plug-ins of these effects
 #include <dlfcn.h>
 #include <lv2/core/lv2.h>
 #include <lv2/worker/worker.h>
@@ -11,19 +11,30 @@
 
 #include "sweep.h"
 
-enum { kBlock_frames = 512, kBlocks = 8, kMostPorts = 20, kStride = 7, kMostMessage_bytes = 256 };
+enum {
+    kBlock_frames = 512,
+    kBlocks = 8,
+    kMostPorts = 20,
+    kOutputs = 2, /* the last audio ports */
+    kStride = 7,
+    kMostMessage_bytes = 256
+};
+
+static const float kOldSetting = 1.0F;
+static const float kNewSetting = 13.0F;
 
 /** A plug-in that the host knows. */
 typedef struct {
+    const char* effect;
     const char* uri;
     int audio_ports;
 } Kind;
 
 static const Kind kKinds[] = {
-    {"urn:sonivex:lv2:surround-stereo", 4},
-    {"urn:sonivex:lv2:surround-71", 10},
-    {"urn:sonivex:lv2:dialogue", 4},
-    {"urn:sonivex:lv2:normalizer-stereo", 4},
+    {"surround", "urn:sonivex:lv2:surround-stereo", 4},
+    {"surround", "urn:sonivex:lv2:surround-71", 10},
+    {"dialogue", "urn:sonivex:lv2:dialogue", 4},
+    {"normalizer", "urn:sonivex:lv2:normalizer-stereo", 4},
 };
 
 /** A host with one plug-in. */
@@ -38,6 +49,11 @@ typedef struct {
     int count;
     MemoryUse* use;
 } Host;
+
+/** What a plug-in puts out. */
+typedef struct {
+    float samples[kBlocks][kOutputs][kBlock_frames];
+} Sound;
 
 static const Kind* kind;
 static const LV2_Descriptor* descriptor;
@@ -74,19 +90,76 @@ static LV2_Handle make(void) {
     return descriptor->instantiate(descriptor, 48000.0, "/", features);
 }
 
-// Runs some blocks, and the scheduled work between them. @return 0 or the line that is wrong.
-static int run(void) {
-    for (int i = 0; i < kBlocks; ++i) {
-        descriptor->run(plugin, kBlock_frames);
-        if (host.message_bytes == 0) continue;
-        DEMAND(onAThread(work, NULL) == 0);
-        host.message_bytes = 0;
+static void connectAndActivate(void) {
+    for (int i = 0; i < kind->audio_ports; ++i) {
+        descriptor->connect_port(plugin, (uint32_t)i, host.audio[i]);
     }
+    descriptor->connect_port(plugin, (uint32_t)kind->audio_ports + 2, &host.control);
+    descriptor->activate(plugin);
+}
+
+// Runs a block, and then the work that it has scheduled. @return 0 or the line that is wrong.
+static int runBlock(void) {
+    descriptor->run(plugin, kBlock_frames);
+    if (host.message_bytes == 0) return 0;
+    DEMAND(onAThread(work, NULL) == 0);
+    host.message_bytes = 0;
+    return 0;
+}
+
+static int run(void) {
+    for (int i = 0; i < kBlocks; ++i) DEMAND(runBlock() == 0);
+    return 0;
+}
+
+// Records what the plug-in makes of a noise after a fresh start. @return 0 or the line that is wrong.
+static int record(Sound* sound) {
+    const int inputs = kind->audio_ports - kOutputs;
+    uint32_t noise = 1;
+    descriptor->activate(plugin);
+    for (int block = 0; block < kBlocks; ++block) {
+        for (int i = 0; i < inputs * kBlock_frames; ++i) {
+            noise = noise * 1664525U + 1013904223U;
+            host.audio[i / kBlock_frames][i % kBlock_frames] = (float)(noise >> 16) / 65536.0F - 0.5F;
+        }
+        DEMAND(runBlock() == 0);
+        memcpy(sound->samples[block], host.audio[inputs], sizeof sound->samples[block]);
+    }
+    return 0;
+}
+
+// Records a plug-in that had enough memory for a setting. @return 0 or the line that is wrong.
+static int recordUnharmed(float setting, Sound* sound) {
+    plugin = make();
+    DEMAND(plugin != NULL);
+    host.control = setting;
+    connectAndActivate();
+    DEMAND(run() == 0);
+    DEMAND(record(sound) == 0);
+    descriptor->cleanup(plugin);
+    return 0;
+}
+
+static bool areEqual(const Sound* first, const Sound* second) {
+    return memcmp(first, second, sizeof *first) == 0;
+}
+
+// @return 0 or the line that is wrong.
+static int expectOldOrNewSound(const Sound* sound, bool may_be_old) {
+    static Sound old_sound;
+    static Sound new_sound;
+    DEMAND(recordUnharmed(kOldSetting, &old_sound) == 0);
+    DEMAND(recordUnharmed(kNewSetting, &new_sound) == 0);
+    // The noise sounds the same at every voice level, and the normalizer has no settings.
+    const bool is_surround = strcmp(kind->effect, "surround") == 0;
+    DEMAND(areEqual(&old_sound, &new_sound) != is_surround);
+    DEMAND(areEqual(sound, &new_sound) || (may_be_old && areEqual(sound, &old_sound)));
     return 0;
 }
 
 static int live(void* nothing) {
     (void)nothing;
+    static Sound sound;
     limitMemory(host.refusal, host.levels, host.count);
     plugin = make();
     const bool is_made = plugin != NULL;
@@ -97,19 +170,16 @@ static int live(void* nothing) {
         DEMAND(plugin != NULL);
     }
     if (descriptor->extension_data != NULL) host.worker = descriptor->extension_data(LV2_WORKER__interface);
-    for (int i = 0; i < kind->audio_ports; ++i) {
-        descriptor->connect_port(plugin, (uint32_t)i, host.audio[i]);
-    }
-    host.control = 1.0F;
-    descriptor->connect_port(plugin, (uint32_t)kind->audio_ports + 2, &host.control);
-    descriptor->activate(plugin);
+    host.control = kOldSetting;
+    connectAndActivate();
     DEMAND(run() == 0);
-    host.control = 13.0F;
+    host.control = kNewSetting;
     DEMAND(run() == 0);
     if (is_made) *host.use = freeMemory();
     DEMAND(run() == 0);
+    DEMAND(record(&sound) == 0);
     descriptor->cleanup(plugin);
-    return 0;
+    return expectOldOrNewSound(&sound, is_made && host.use->refused > 0);
 }
 
 static void prepare(const Refusal* refusal, size_t* levels, int count, MemoryUse* use) {
@@ -133,8 +203,15 @@ static bool findDescriptor(LV2_Descriptor_Function all) {
     return false;
 }
 
+static bool isAmong(const char* word, char** words, int count) {
+    for (int i = 0; i < count; ++i) {
+        if (strcmp(word, words[i]) == 0) return true;
+    }
+    return false;
+}
+
 int main(int count, char** arguments) {
-    if (count != 2 || !isPlainC()) return 2;
+    if (count < 3 || !isPlainC()) return 2;
     void* const library = dlopen(arguments[1], RTLD_NOW);
     void* const symbol = library != NULL ? dlsym(library, "lv2_descriptor") : NULL;
     if (symbol == NULL) {
@@ -146,7 +223,12 @@ int main(int count, char** arguments) {
     int bad = 0;
     for (size_t i = 0; i < sizeof kKinds / sizeof kKinds[0]; ++i) {
         kind = &kKinds[i];
-        if (!findDescriptor(all)) continue;  // this build lacks the effect
+        if (!isAmong(kind->effect, arguments + 2, count - 2)) continue;
+        if (!findDescriptor(all)) {
+            printf("the library lacks %s\n", kind->uri);
+            ++bad;
+            continue;
+        }
         has_worker = false;
         bad += sweepMemory(kind->uri, liveOnThisThread, kStride);
         has_worker = strstr(kind->uri, "surround") != NULL;
