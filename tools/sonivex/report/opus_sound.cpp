@@ -65,6 +65,8 @@ OpusSound::OpusSound(int rate_bps) : converter_(stereoSpec(formatOf(requiredEnco
     plan.codec = &requiredEncoder();
     plan.spec = converter_.target();
     plan.bit_rate = rate_bps;
+    // Opus spends far more on tones where it may, and the page would outgrow its limit.
+    plan.holds_bit_rate = true;
     const bool global_header = (muxer->oformat->flags & AVFMT_GLOBALHEADER) != 0;
     encoder_ =
         std::make_unique<AudioEncoder>(plan, global_header, [this](AVPacket& packet) { write(packet); });

@@ -5,8 +5,8 @@
 
 namespace sonivex_tool {
 
-// A page holds the sound of every version as Opus. All of them together take at most kSoundBudget_bytes, so
-// that a page stays below 5 MB whatever the file's length:
+// A page holds the sound of every version as Opus. All of them together take at most kSoundBudget_bytes, and
+// the Ogg container up to 5 % more, so that a page stays below 5 MB whatever the file's length:
 //
 //   short sounds      kHighestBitRate
 //   longer ones       the bit rate that fits the budget, down to kLowestBitRate

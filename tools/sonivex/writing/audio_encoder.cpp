@@ -1,5 +1,9 @@
 #include "audio_encoder.h"
 
+extern "C" {
+#include <libavutil/opt.h>
+}
+
 #include <algorithm>
 
 #include "failure.h"
@@ -28,6 +32,9 @@ AudioEncoder::AudioEncoder(const EncoderPlan& plan, bool global_header, PacketRe
     // Only --codec can choose an encoder that FFmpeg calls experimental.
     if ((plan_.codec->capabilities & AV_CODEC_CAP_EXPERIMENTAL) != 0)
         encoder_->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+    // Opus alone has this option. Without it tones may take far more than the bit rate; FFmpeg's own encoder
+    // lacks the option.
+    if (plan_.holds_bit_rate) (void)av_opt_set(encoder_->priv_data, "vbr", "constrained", 0);
     const int result = avcodec_open2(encoder_.get(), plan_.codec, nullptr);
     if (result >= 0) return;
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();

@@ -18,6 +18,7 @@ struct EncoderPlan {
     int bits_per_sample = 0;           // significant bits if fewer than the format has, else 0
     int64_t bit_rate = 0;              // bit/s of all channels; 0 for a lossless encoder
     bool has_chosen_bit_rate = false;  // the user asked for it
+    bool holds_bit_rate = false;       // the encoder keeps to it where it could exceed it by choice
     std::vector<std::string> notes;    // for the user, one line each
 };
 
