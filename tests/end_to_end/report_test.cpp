@@ -143,6 +143,15 @@ TEST_F(ReportCommand, ShowsTheResponsesOfEachLayout) {
     EXPECT_EQ(mode["versions"][1]["responses"][0]["set"], "7.1-mode2");
 }
 
+TEST_F(ReportCommand, ShowsTheResponsesOfWhatSurroundGets) {
+    test::makeQuietSpeech(file("in.wav"), 6);
+    const json summary = summaryOf(file("in.wav"), {"--effect", "dialogue,surround", "--no-sound"});
+    const json& version = summary["versions"][1];
+    EXPECT_THAT(version["conversions"].dump(), HasSubstr("stereo"));
+    ASSERT_EQ(version["responses"].size(), 1U);
+    EXPECT_EQ(version["responses"][0]["set"], "cingo");
+}
+
 TEST_F(ReportCommand, LeavesOutAnEffectThatDoesNotTakeTheChannels) {
     test::makeQuietSpeech(file("in.wav"), 6);
     const json summary = summaryOf(file("in.wav"), {"--no-sound"});

@@ -64,6 +64,20 @@ void encodeOriginal(MeasuredVersion& original, const SoundPlan& plan, const Inpu
     heard.finish(original);
 }
 
+// Returns the responses that surround uses for a chain that gets so many channels.
+std::vector<MeasuredSet> responsesOf(const VersionChoice& choice, int channels) {
+    const bool has_surround = std::any_of(choice.chain.begin(), choice.chain.end(),
+                                          [](const Effect* effect) { return effect->name == "surround"; });
+    if (!has_surround) return {};
+    const std::string layout = channels > 6 ? "7.1" : channels > 2 ? "5.1" : "2.0";
+    std::string name = layout == "2.0" ? "cingo" : "bingo-" + layout;
+    if (choice.options.surround_type == "MegaBass")
+        name = layout + "-mode" + std::to_string(choice.options.surround_mode.value_or(1));
+    const ResponseSet* set = findResponseSet(name);
+    if (set == nullptr) return {};
+    return measureSets({.sets = {set}, .source = std::nullopt});
+}
+
 /** Runs the file through one chain of effects. */
 class VersionRun {
   public:
@@ -83,6 +97,8 @@ class VersionRun {
         version_.title = titleOf(choice);
         version_.file_name = fileNameOf(choice);
         version_.choice = choice.text;
+        // Other effects of the chain may need a conversion, so surround need not get the channels of the file.
+        version_.responses = responsesOf(choice, pass_.workSpec().channels());
         if (sound) heard_.emplace(*sound);
         noteGuard();
     }
@@ -165,20 +181,6 @@ std::vector<VersionChoice> chosenVersions(const ReportSettings& settings, const 
     return versions;
 }
 
-// Returns the responses that surround uses for input of so many channels.
-std::vector<MeasuredSet> responsesOf(const VersionChoice& choice, int channels) {
-    const bool has_surround = std::any_of(choice.chain.begin(), choice.chain.end(),
-                                          [](const Effect* effect) { return effect->name == "surround"; });
-    if (!has_surround) return {};
-    const std::string layout = channels > 6 ? "7.1" : channels > 2 ? "5.1" : "2.0";
-    std::string name = layout == "2.0" ? "cingo" : "bingo-" + layout;
-    if (choice.options.surround_type == "MegaBass")
-        name = layout + "-mode" + std::to_string(choice.options.surround_mode.value_or(1));
-    const ResponseSet* set = findResponseSet(name);
-    if (set == nullptr) return {};
-    return measureSets({.sets = {set}, .source = std::nullopt});
-}
-
 std::string describeExcerpt(const SoundPlan& plan, double length_s) {
     return "the players hold an excerpt of " + clockTime(plan.length_s) + " from " + clockTime(plan.start_s) +
            " of " + clockTime(length_s) + "; the pictures and figures are of the whole sound";
@@ -236,8 +238,7 @@ MeasuredReport measureReport(const ReportSettings& settings, const std::shared_p
     for (const VersionChoice& choice : choices) {
         console.note(settings.input.path + ": " + titleOf(choice));
         VersionRun run(settings, choice, plugin, sound);
-        MeasuredVersion& version = report.versions.emplace_back(run.run(console));
-        version.responses = responsesOf(choice, spec.channels());
+        report.versions.push_back(run.run(console));
     }
     matchLoudness(report.versions);
     for (const auto& lines : {sentencesOn(settings.input.path, report.source),
