@@ -9,6 +9,7 @@ With SONIVEX_SCREENSHOTS set to a folder, the pictures of the page go there.
 Exit code 77: Chromium or its driver is not installed.
 """
 
+import base64
 import functools
 import http.server
 import math
@@ -134,6 +135,19 @@ const [from, to, done] = arguments;
     }
     return {rough, level, before};
 })().then(done, (error) => done({error: String(error)}));
+"""
+
+
+# Drops a file on the page, as a user's mouse would.
+DROP = """
+const [name, text] = arguments;
+const dataTransfer = new DataTransfer();
+dataTransfer.items.add(new File([Uint8Array.from(atob(text), (letter) => letter.charCodeAt(0))], name));
+const target = document.getElementById("drop");
+return ["dragover", "drop"].map((kind) => {
+    target.dispatchEvent(new DragEvent(kind, {dataTransfer, bubbles: true, cancelable: true}));
+    return target.classList.contains("over");
+});
 """
 
 
@@ -327,6 +341,36 @@ class PageAnswers(Browser):
         self.give("bad.wav", b"RIFF")
         self.until("no answer", lambda: "cannot decode bad.wav" in self.text("#status"))
         self.assertEqual(self.text("#play"), "Pause", "what played before goes on")
+
+    def test_a_file_that_is_dropped_plays(self):
+        self.open()
+        path = os.path.join(self.folder.name, "tone.wav")
+        wave_file(path, [tone(4)] * 2)
+        with open(path, "rb") as file:
+            content = base64.b64encode(file.read()).decode()
+        self.assertEqual(self.driver.execute_script(DROP, "dropped.wav", content), [True, False])
+        self.until_playing()
+        self.assertIn("dropped.wav, stereo", self.text("#status"))
+
+    def test_a_file_that_cannot_be_read_is_named(self):
+        self.before_page("Blob.prototype.arrayBuffer = () => Promise.reject(new DOMException('no', 'NotFoundError'))")
+        self.open()
+        self.driver.execute_script(DROP, "folder", "")
+        self.until("no answer", lambda: "cannot read folder." in self.text("#status"))
+
+    def test_a_file_beyond_the_limits_is_refused(self):
+        self.open()
+        rate_hz = 8000
+        frames = rate_hz * 60 * 21
+        form = struct.pack("<HHIIHH", 1, 1, rate_hz, rate_hz, 1, 8)
+        self.give("long.wav", b"RIFF" + struct.pack("<I", 36 + frames) + b"WAVEfmt " + struct.pack("<I", 16) + form +
+                  b"data" + struct.pack("<I", frames) + bytes([128]) * frames)
+        self.until("no answer", lambda: "long.wav is too long: this page takes up to 20 min" in self.text("#status"))
+        large = os.path.join(self.folder.name, "large.wav")
+        with open(large, "wb") as file:
+            file.truncate(1_000_000_001)
+        self.find("#file").send_keys(large)
+        self.until("no answer", lambda: "large.wav is too large" in self.text("#status"))
 
     def test_a_layout_that_the_effects_do_not_take_is_refused(self):
         self.open()

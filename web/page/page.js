@@ -10,6 +10,10 @@
         6: ["L", "R", "C", "LFE", "Ls", "Rs"],
         8: ["L", "R", "C", "LFE", "Lb", "Rb", "Ls", "Rs"],
     };
+    // The whole sound lies in the memory of the tab as numbers of 32 bits: 1.8 GB for 20 minutes of 7.1.
+    const kMost_s = 20 * 60;
+    const kMost_bytes = 1e9;
+    const kPatience_ms = 3000;
     const kLayouts = { 1: "mono", 2: "stereo", 6: "5.1", 8: "7.1" };
 
     const byId = (id) => document.getElementById(id);
@@ -163,8 +167,39 @@
         }
     }
 
+    // Reads only the head of the file. The length is 0 where the browser does not tell it.
+    function lengthOf_s(file) {
+        const address = URL.createObjectURL(file);
+        const media = new Audio();
+        media.preload = "metadata";
+        const length = new Promise((resolve) => {
+            media.onloadedmetadata = () => resolve(Number.isFinite(media.duration) ? media.duration : 0);
+            media.onerror = () => resolve(0);
+            setTimeout(resolve, kPatience_ms, 0);
+        });
+        media.src = address;
+        return length.finally(() => {
+            media.removeAttribute("src");
+            URL.revokeObjectURL(address);
+        });
+    }
+
+    async function read(file) {
+        if (file.size > kMost_bytes) {
+            throw new Error(`${file.name} is too large: this page takes files of up to ${kMost_bytes / 1e6} MB.`);
+        }
+        if ((await lengthOf_s(file)) > kMost_s) {
+            throw new Error(`${file.name} is too long: this page takes up to ${kMost_s / 60} minutes of sound.`);
+        }
+        try {
+            return await file.arrayBuffer();
+        } catch {
+            throw new Error(`This browser cannot read ${file.name}. It may be a folder, or it was moved or deleted.`);
+        }
+    }
+
     async function decode(file) {
-        const bytes = await file.arrayBuffer();
+        const bytes = await read(file);
         try {
             return await context.decodeAudioData(bytes);
         } catch {
