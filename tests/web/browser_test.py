@@ -404,6 +404,26 @@ class PageAnswers(Browser):
         self.find("[data-example='2']").click()
         self.until("no answer", lambda: "cannot load" in self.text("#status"))
 
+    def test_effects_that_stop_while_they_run_are_reported(self):
+        self.before_page("const Whole = Blob; globalThis.Blob = function (parts, options) { return new Whole(parts.map("
+                         "(part) => String(part).replace('const started_ms = now_ms();', '$& this.calls = (this.calls ?? 0) + 1;"
+                         "if (this.calls > 400) throw new Error();')), options); }")
+        self.open()
+        self.find("[data-example='2']").click()
+        self.until("no answer", lambda: "effects stopped after an error" in self.text("#status"))
+        self.assertEqual(self.text("#play"), "Play")
+        self.assertFalse(self.find("#play").is_enabled())
+
+    def test_a_worklet_that_did_not_load_is_tried_again(self):
+        self.before_page("const add = AudioWorklet.prototype.addModule; let refusals = 2;"
+                         "AudioWorklet.prototype.addModule = function (address) { return refusals-- > 0 ?"
+                         "Promise.reject(new Error('no')) : add.call(this, address); }")
+        self.open()
+        self.find("[data-example='2']").click()
+        self.until("no answer", lambda: "could not load the effects" in self.text("#status"))
+        self.find("[data-example='2']").click()
+        self.until_playing()
+
     def test_the_page_works_when_it_is_opened_from_a_file(self):
         self.open(f"file://{PAGE}/index.html")
         self.find("[data-example='6']").click()

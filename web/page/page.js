@@ -113,12 +113,22 @@
             }),
             new Promise((resolve) => setTimeout(resolve, 400, false)),
         ]);
+        if (playback.hasFailed) return;
         if (!isRunning) {
             say(`${playback.label}: ready. Press Play; this browser starts no sound without a click.`);
             return;
         }
         playback.play();
         say(`${playback.label}.`);
+    }
+
+    function stopAfterFailure(failed, error) {
+        failed.hasFailed = true;
+        if (failed !== playback) return;
+        failed.pause();
+        byId("play").disabled = true;
+        byId("position").disabled = true;
+        say(error.message, true);
     }
 
     // ---- files ----
@@ -138,9 +148,11 @@
             return;
         }
         playback?.close();
-        playback = new SonivexPlayback(context, node, buffer, () => say(`${label}: at its end.`));
+        const started = new SonivexPlayback(context, node, buffer, () => say(`${label}: at its end.`));
+        playback = started;
         playback.label = `${label}, ${kLayouts[channels]}`;
         node.onmeters = showReport;
+        node.onfailure = (error) => stopAfterFailure(started, error);
         node.choose(choice()); // what was chosen while the engine was made
         meters = {
             input: makeMeters(byId("input-meters"), channels === 1 ? kChannelNames[1] : kChannelNames[channels]),

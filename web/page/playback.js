@@ -12,6 +12,7 @@ class SonivexPlayback {
         this.onend = onend;
         this.offset_s = 0;
         this.source = null;
+        this.hasFailed = false; // the node makes no more sound
         node.connect(context.destination);
     }
 

@@ -5,6 +5,7 @@
 //   source.connect(node); node.connect(context.destination);
 //   node.choose({effect: "surround", type: "MegaBass", mode: 2, limiter: true});
 //   node.onmeters = ({input, output, share, worstShare, isChanging}) => …
+//   node.onfailure = (error) => …                             the node is silent from then on
 //
 // The engine files set SonivexEngines.simd and SonivexEngines.scalar to the module in base64. Unless the page has done so,
 // createNode loads the file from the folder of this script, which works for pages opened from a file, too.
@@ -169,7 +170,9 @@ globalThis.Sonivex = (() => {
         try {
             await worklet.addModule(blob);
         } catch {
-            await worklet.addModule(`data:text/javascript,${encodeURIComponent(source)}`);
+            await worklet.addModule(`data:text/javascript,${encodeURIComponent(source)}`).catch(() => {
+                throw new Error("This browser could not load the effects into an audio worklet.");
+            });
         } finally {
             URL.revokeObjectURL(blob);
         }
@@ -177,7 +180,9 @@ globalThis.Sonivex = (() => {
 
     function addProcessor(context) {
         if (!contextsWithProcessor.has(context)) {
-            contextsWithProcessor.set(context, addModule(context.audioWorklet));
+            const added = addModule(context.audioWorklet);
+            contextsWithProcessor.set(context, added);
+            added.catch(() => contextsWithProcessor.delete(context)); // the next call tries again
         }
         return contextsWithProcessor.get(context);
     }
@@ -186,7 +191,7 @@ globalThis.Sonivex = (() => {
      *  @param context a running or suspended AudioContext, or an OfflineAudioContext, at 44100 or 48000 Hz.
      *  @param options channels: 1, 2, 6 or 8; mono is heard on both sides. choice: see choose. variant: "simd" or "scalar"
      *                 instead of the best one.
-     *  @return an AudioWorkletNode with choose(), close(), onmeters, latencyFrames and hasFineClock.
+     *  @return an AudioWorkletNode with choose(), close(), onmeters, onfailure, latencyFrames and hasFineClock.
      *  Rejects with an Error whose message a listener can read. */
     async function createNode(context, { channels, choice = {}, variant } = {}) {
         const { isSupported, reason, variant: best } = support();
@@ -203,6 +208,7 @@ globalThis.Sonivex = (() => {
             processorOptions: { bytes, channels: width, choice: numbersOf(choice) },
         });
         node.onmeters = null;
+        node.onfailure = null;
         node.choose = (wanted) => node.port.postMessage({ kind: "choose", choice: numbersOf(wanted) });
         node.close = () => node.port.postMessage({ kind: "close" });
         await new Promise((resolve, reject) => {
@@ -213,6 +219,8 @@ globalThis.Sonivex = (() => {
                 if (data.kind !== "ready") return;
                 node.latencyFrames = data.latencyFrames;
                 node.hasFineClock = data.hasFineClock;
+                const failure = "The effects stopped after an error, and there is no more sound. Open the file again.";
+                node.onprocessorerror = () => node.onfailure?.(new Error(failure));
                 resolve();
             };
         });
