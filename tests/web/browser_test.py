@@ -284,6 +284,12 @@ class PageChanges(Browser):
             self.find("body").send_keys("a")
             self.assertEqual(chosen(), wanted)
 
+    def test_a_key_that_is_held_compares_once(self):
+        self.open()
+        self.driver.execute_script("""for (const repeat of [false, true, true, true]) {
+            document.body.dispatchEvent(new KeyboardEvent("keydown", {key: "a", repeat, bubbles: true})); }""")
+        self.assertTrue(self.find("[value=original]").is_selected())
+
     def test_the_rooms_are_there_for_megabass_alone(self):
         self.open()
         is_enabled = lambda: self.find("[name=mode]").is_enabled()

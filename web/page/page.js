@@ -265,6 +265,7 @@
         form.addEventListener("change", follow);
         form.addEventListener("submit", (event) => event.preventDefault());
         document.addEventListener("keydown", (event) => {
+            if (event.repeat) return; // the key is held
             if (event.key.toLowerCase() === "a" && !event.ctrlKey && !event.metaKey && !event.altKey) compare();
         });
     }
