@@ -512,7 +512,8 @@ class PageLooks(Browser):
         self.open()
         reached = []
         for _ in range(12):
-            self.find("body") if reached else self.driver.execute_script("document.body.focus()")
+            if not reached:
+                self.driver.execute_script("document.body.focus()")
             webdriver.ActionChains(self.driver).send_keys(Keys.TAB).perform()
             element = self.driver.switch_to.active_element
             reached.append(element.get_attribute("id") or element.get_attribute("name") or element.text)

@@ -2,10 +2,14 @@
 // the module.
 //
 //   sonivex_web_open(channels, sample_rate_hz)     0, or a SonivexStatus
+//   sonivex_web_reset()                            forgets the sound so far
 //   sonivex_web_choose(effect, type, mode, limiter)
+//   sonivex_web_most_frames()                      the length of a plane
 //   sonivex_web_input(channel), sonivex_web_output(channel)   where the planes are, in the module's memory
 //   sonivex_web_render(frames)                     reads and writes the planes
 //   sonivex_web_take_peak(plane)                   the largest magnitude since the last call
+//   sonivex_web_latency_frames()                   how late the output is
+//   sonivex_web_is_changing()                      1 while a change is under way, else 0
 //
 // A plane is a channel of the input, 0 to 7, or of the output, 8 and 9.
 #include <algorithm>
