@@ -271,6 +271,42 @@ TEST_F(ReportCommand, WritesThePicturesAlone) {
     EXPECT_EQ(run({file("in.wav"), "--png", file("pictures"), "--effect", "surround"}).exit_code, 6);
 }
 
+TEST_F(ReportCommand, RefusesAPictureThatIsThereBeforeItMeasures) {
+    test::makeQuietSpeech(file("in.wav"), 2);
+    std::filesystem::create_directory(file("pictures"));
+    for (const char* name : {"waveform-original", "spectrogram-surround", "loudness-surround", "gain"}) {
+        const std::string picture = file("pictures") + "/" + name + ".png";
+        std::ofstream(picture) << "mine";
+        const auto result = run({file("in.wav"), "--png", file("pictures"), "--effect", "surround"});
+        EXPECT_EQ(result.exit_code, 6) << name;
+        EXPECT_THAT(result.err, HasSubstr(std::string(name) + ".png")) << name;
+        EXPECT_THAT(result.err, Not(HasSubstr("in.wav: original"))) << name;
+        EXPECT_EQ(test::readFile(picture), "mine") << name;
+        std::filesystem::remove(picture);
+    }
+}
+
+// Only measuring tells whether there are such pictures.
+TEST_F(ReportCommand, WritesThePageAlsoWhereAPictureIsRefused) {
+    test::makeQuietSpeech(file("in.wav"), 2);
+    std::filesystem::create_directory(file("pictures"));
+    std::ofstream(file("pictures") + "/response-cingo-1.png") << "mine";
+    const auto result = run({file("in.wav"), "-o", file("page.html"), "--png", file("pictures"), "--effect",
+                             "surround", "--no-sound"});
+    EXPECT_EQ(result.exit_code, 6);
+    EXPECT_EQ(test::readFile(file("pictures") + "/response-cingo-1.png"), "mine");
+    EXPECT_THAT(test::readFile(file("page.html")), HasSubstr("</html>"));
+}
+
+TEST_F(ReportCommand, RefusesTheSameVersionTwice) {
+    test::makeQuietSpeech(file("in.wav"), 2);
+    const auto result = run({file("in.wav"), "-o", file("page.html"), "--effect", "dialogue:voice=3",
+                             "--effect", "dialogue:voice=3.0"});
+    EXPECT_EQ(result.exit_code, 2);
+    EXPECT_THAT(result.err, HasSubstr("the same version as --effect \"dialogue:voice=3\""));
+    EXPECT_FALSE(std::filesystem::exists(file("page.html")));
+}
+
 TEST_F(ReportCommand, RefusesWhatItCannotDo) {
     test::makeQuietSpeech(file("in.wav"), 2);
     EXPECT_EQ(run({file("in.wav")}).exit_code, 2);

@@ -48,6 +48,7 @@ void run(ReportChoices& choices) {
     if (settings.page.empty() && settings.picture_folder.empty())
         throw Failure(ExitCode::Usage, "-o or --png is required (try \"sonivex report --help\")");
     for (const std::string& text : choices.versions) settings.versions.push_back(parseVersion(text));
+    requireDifferent(settings.versions);
     settings.has_sound = !choices.no_sound;
     installSignalHandlers();
     av_log_set_level(choices.verbose ? AV_LOG_WARNING : AV_LOG_QUIET);

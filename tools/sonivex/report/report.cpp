@@ -19,8 +19,8 @@ void writeFile(const std::string& path, const std::string& bytes, bool replace) 
     file.commit();
 }
 
-std::string picturePath(const std::string& folder, const ReportPicture& picture) {
-    return (std::filesystem::path(folder) / (picture.name + ".png")).string();
+std::string picturePath(const std::string& folder, const std::string& name) {
+    return (std::filesystem::path(folder) / (name + ".png")).string();
 }
 
 void makeFolder(const std::string& folder) {
@@ -30,35 +30,49 @@ void makeFolder(const std::string& folder) {
         throw Failure(ExitCode::OutputNotWritable, "cannot make the folder \"" + folder + "\"");
 }
 
+// Measuring takes long, so what would be refused after it is refused before. Without chosen versions only
+// measuring tells which there are beside the original.
+void checkOutputs(const ReportSettings& settings) {
+    if (!settings.page.empty()) OutputFile::check(settings.page, settings.replace);
+    if (settings.picture_folder.empty()) return;
+    makeFolder(settings.picture_folder);
+    std::vector<std::string> versions{"original"};
+    for (const VersionChoice& version : settings.versions) versions.push_back(fileNameOf(version));
+    for (const std::string& name : certainPictureNames(versions))
+        OutputFile::check(picturePath(settings.picture_folder, name), settings.replace);
+}
+
+std::vector<std::string> writePictures(const std::vector<PictureGroup>& groups,
+                                       const ReportSettings& settings) {
+    std::vector<std::string> paths;
+    for (const PictureGroup& group : groups) {
+        for (const ReportPicture& picture : group.pictures) {
+            paths.push_back(picturePath(settings.picture_folder, picture.name));
+            writeFile(paths.back(),
+                      sonivex_plotting::pictureFile(sonivex_plotting::PictureFormat::Png, picture.width,
+                                                    picture.height, "Sonivex report: " + picture.name,
+                                                    picture.draw),
+                      settings.replace);
+        }
+    }
+    return paths;
+}
+
 }  // namespace
 
 ReportResult makeReport(const ReportSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                         Console& console) {
-    // Measuring takes long, so what would be refused after it is refused before.
-    if (!settings.page.empty()) OutputFile::check(settings.page, settings.replace);
-    if (!settings.picture_folder.empty()) makeFolder(settings.picture_folder);
+    checkOutputs(settings);
     ReportResult result;
     result.report = measureReport(settings, plugin, console);
     const std::vector<PictureGroup> groups = picturesOf(result.report);
-    if (!settings.picture_folder.empty()) {
-        for (const PictureGroup& group : groups) {
-            for (const ReportPicture& picture : group.pictures) {
-                const std::string path = picturePath(settings.picture_folder, picture);
-                OutputFile::check(path, settings.replace);
-                writeFile(path,
-                          sonivex_plotting::pictureFile(sonivex_plotting::PictureFormat::Png, picture.width,
-                                                        picture.height, "Sonivex report: " + picture.name,
-                                                        picture.draw),
-                          settings.replace);
-                result.picture_paths.push_back(path);
-            }
-        }
-    }
+    // The page comes first: it holds everything, even where a picture cannot be written.
     if (!settings.page.empty()) {
         const std::string page = pageOf(result.report, groups);
         result.page_bytes = page.size();
         writeFile(settings.page, page, settings.replace);
     }
+    if (!settings.picture_folder.empty()) result.picture_paths = writePictures(groups, settings);
     return result;
 }
 

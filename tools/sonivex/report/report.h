@@ -14,8 +14,8 @@ struct ReportResult {
 };
 
 /** Measures the versions and writes the page, the pictures, or both.
- *  @throw Failure, std::bad_alloc. A failure leaves no half-written page; pictures may be complete or
- *  missing */
+ *  @throw Failure, std::bad_alloc. A failure leaves no half-written page. The page is written before the
+ *  pictures, which may be complete or missing */
 ReportResult makeReport(const ReportSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                         Console& console);
 

@@ -364,4 +364,12 @@ std::vector<PictureGroup> picturesOf(const MeasuredReport& report) {
     return groups;
 }
 
+std::vector<std::string> certainPictureNames(const std::vector<std::string>& versions) {
+    std::vector<std::string> names{"gain", "true-peaks"};
+    for (const std::string& version : versions) {
+        for (const char* kind : {"waveform-", "spectrogram-", "loudness-"}) names.push_back(kind + version);
+    }
+    return names;
+}
+
 }  // namespace sonivex_tool

@@ -141,4 +141,13 @@ std::string fileNameOf(const VersionChoice& version) {
     return name;
 }
 
+void requireDifferent(const std::vector<VersionChoice>& versions) {
+    for (auto later = versions.begin(); later != versions.end(); ++later) {
+        const auto same = std::find_if(versions.begin(), later, [&](const VersionChoice& earlier) {
+            return fileNameOf(earlier) == fileNameOf(*later);
+        });
+        if (same != later) refuse(later->text, "it is the same version as --effect \"" + same->text + "\"");
+    }
+}
+
 }  // namespace sonivex_tool

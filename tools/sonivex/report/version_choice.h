@@ -26,6 +26,10 @@ VersionChoice parseVersion(const std::string& text);
 /** Returns the chain for a heading: "dialogue (voice 3), normalizer". */
 std::string titleOf(const VersionChoice& version);
 
+/** Refuses two choices of one version, whose pictures would have the same names.
+ *  @throw Failure (Usage) that quotes both */
+void requireDifferent(const std::vector<VersionChoice>& versions);
+
 /** Returns a name for files: lower-case letters, digits and hyphens, as in "dialogue-voice-3-normalizer". */
 std::string fileNameOf(const VersionChoice& version);
 

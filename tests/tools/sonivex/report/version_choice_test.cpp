@@ -52,4 +52,12 @@ TEST(VersionChoices, TellWhatIsWrong) {
     EXPECT_THAT(refusal("surround:tpye=MegaBass"), HasSubstr("did you mean \"type\"?"));
 }
 
+TEST(VersionChoices, MustDiffer) {
+    const auto different = {parseVersion("dialogue:voice=3"), parseVersion("dialogue:voice=4"),
+                            parseVersion("dialogue"), parseVersion("dialogue,normalizer")};
+    EXPECT_NO_THROW(requireDifferent(different));
+    const auto same = {parseVersion("surround"), parseVersion("normalizer"), parseVersion("surround")};
+    EXPECT_THROW(requireDifferent(same), Failure);
+}
+
 }  // namespace
