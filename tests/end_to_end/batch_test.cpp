@@ -154,6 +154,17 @@ TEST_F(Batch, ReadsAListFromAFileOrFromStandardInput) {
     EXPECT_EQ(resultsOf(piped, 0).at("a.wav").at("result"), "skipped");
 }
 
+TEST_F(Batch, StopsReadingAListThatHasNoEnd) {
+    // More than a list may be, and an end after all, so that a program without a limit fails here, too.
+    const auto result = test::runProcess({"sh", "-c",
+                                          R"(yes in/a.wav | head -c 80000000 |)"
+                                          R"( "$0" render --batch - -o "$1")",
+                                          SONIVEX_PROGRAM, file("out")});
+    EXPECT_EQ(result.exit_code, 2);
+    EXPECT_EQ(result.err, "sonivex: \"standard input\" is longer than 64 MiB, the most that a list may be\n");
+    EXPECT_FALSE(fs::exists(file("out")));
+}
+
 TEST_F(Batch, SkipsFinishedFilesAndRendersAnewWhatHasChanged) {
     makeInputs();
     batch();

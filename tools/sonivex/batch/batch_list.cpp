@@ -1,5 +1,6 @@
 #include "batch_list.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <system_error>
 
@@ -22,6 +22,8 @@ namespace fs = std::filesystem;
 
 constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
 constexpr size_t kLongestLine_bytes = 16384;  // two paths of the longest kind that the system opens
+// Half a million lines of 128 bytes. A list without an end, such as a pipe, must not take all memory.
+constexpr size_t kLongestList_bytes = size_t{64} << 20;
 
 Failure badLine(const std::string& list, size_t number, const std::string& why) {
     return {ExitCode::Usage, "line " + std::to_string(number) + " of \"" + list + "\" " + why};
@@ -106,17 +108,47 @@ std::vector<ListEntry> listFolder(const std::string& folder, const std::string& 
 
 namespace {
 
-// std::cin would take an interrupted or failed read for the end of the list.
-std::string readStandardInput() {
+// A descriptor that is closed at the end of its scope.
+class ListFile {
+  public:
+    explicit ListFile(const std::string& path) {
+        while (true) {
+            descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+            if (descriptor_ >= 0) return;
+            if (errno != EINTR) throw unreadable(path, std::strerror(errno));
+            throwIfInterrupted();
+        }
+    }
+    ~ListFile() { (void)::close(descriptor_); }
+    ListFile(const ListFile&) = delete;
+    ListFile& operator=(const ListFile&) = delete;
+    int descriptor() const { return descriptor_; }
+
+  private:
+    int descriptor_ = -1;
+};
+
+// A stream would take an interrupted or failed read for the end of the list.
+std::string readText(int descriptor, const std::string& name) {
     std::string text;
     std::array<char, 65536> piece{};
     while (true) {
-        const ssize_t count = ::read(STDIN_FILENO, piece.data(), piece.size());
+        const ssize_t count = ::read(descriptor, piece.data(), piece.size());
         if (count == 0) return text;
-        if (count < 0 && errno != EINTR) throw unreadable("standard input", std::strerror(errno));
+        if (count < 0 && errno != EINTR) throw unreadable(name, std::strerror(errno));
         throwIfInterrupted();
         if (count > 0) text.append(piece.data(), static_cast<size_t>(count));
+        if (text.size() > kLongestList_bytes) {
+            throw Failure(ExitCode::Usage, "\"" + name + "\" is longer than " +
+                                               std::to_string(kLongestList_bytes >> 20) +
+                                               " MiB, the most that a list may be");
+        }
     }
+}
+
+std::vector<ListEntry> readEntries(int descriptor, const std::string& name) {
+    std::istringstream lines(readText(descriptor, name));
+    return parseList(lines, name);
 }
 
 }  // namespace
@@ -125,8 +157,7 @@ std::vector<ListEntry> readList(const std::string& list, const std::string& outp
     std::error_code error;
     std::vector<ListEntry> entries;
     if (list == "-") {
-        std::istringstream lines(readStandardInput());
-        entries = parseList(lines, "standard input");
+        entries = readEntries(STDIN_FILENO, "standard input");
         if (entries.empty()) throw unreadable("standard input", "it names no file");
     } else if (fs::is_directory(list, error)) {
         if (fs::weakly_canonical(list, error) == fs::weakly_canonical(output_folder, error)) {
@@ -136,11 +167,8 @@ std::vector<ListEntry> readList(const std::string& list, const std::string& outp
         entries = listFolder(list, output_folder);
         if (entries.empty()) throw unreadable(list, "the folder has no media files");
     } else {
-        errno = 0;
-        std::ifstream file(list, std::ios::binary);
-        if (!file) throw unreadable(list, std::strerror(errno));
-        entries = parseList(file, list);
-        if (file.bad()) throw unreadable(list, std::strerror(errno));
+        const ListFile file(list);
+        entries = readEntries(file.descriptor(), list);
         if (entries.empty()) throw unreadable(list, "the list names no file");
     }
     return entries;

@@ -29,7 +29,8 @@ std::vector<ListEntry> parseList(std::istream& lines, const std::string& name);
 std::vector<ListEntry> listFolder(const std::string& folder, const std::string& output_folder);
 
 /** Reads the list that the user named: a folder, a text file, or "-" for standard input.
- *  @throw Failure (Usage, InputNotReadable); an empty list is not readable either */
+ *  @throw Failure (Usage, InputNotReadable); an empty list is not readable either, and a list of more than
+ *  64 MiB is refused (Usage). Also if a signal is pending (interrupt.h) */
 std::vector<ListEntry> readList(const std::string& list, const std::string& output_folder);
 
 }  // namespace sonivex_tool

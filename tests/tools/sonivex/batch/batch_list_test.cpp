@@ -124,4 +124,22 @@ TEST_F(BatchFolder, ReportsAListThatCannotBeRead) {
     }
 }
 
+TEST_F(BatchFolder, RefusesAListThatIsTooLongForMemory) {
+    constexpr uintmax_t kLongest_bytes = uintmax_t{64} << 20;
+    const std::string list = folder_.file("list.txt");
+    test::writeFile(list, "");
+    const auto refusal = [&](uintmax_t bytes) -> std::string {
+        std::filesystem::resize_file(list, bytes);  // null bytes, which take no room on the disk
+        try {
+            sonivex_tool::readList(list, folder_.file("out"));
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.exitCode(), ExitCode::Usage);
+            return failure.what();
+        }
+        return "none";
+    };
+    EXPECT_THAT(refusal(kLongest_bytes), HasSubstr("line 1"));
+    EXPECT_THAT(refusal(kLongest_bytes + 1), HasSubstr("list.txt\" is longer than 64 MiB"));
+}
+
 }  // namespace
