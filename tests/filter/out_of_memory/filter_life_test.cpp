@@ -275,7 +275,7 @@ TEST(RateOutOfMemory, IsTakenOrRefusedWithoutAnExceptionForTheMemory) {
     Vorlin::sonivexFilter filter({}, {}, false);
     for (const bool is_ready : {false, true}) {
         SCOPED_TRACE(is_ready ? "on a thread that is ready for exceptions" : "on a new thread");
-        if (is_ready) EXPECT_TRUE(filter.init(0));
+        if (is_ready) filter.init(0);
         FailingMemory memory(1, FailingMemory::Which::kAllFromThere);
         bool is_huge_taken = false;
         bool is_word_taken = true;
