@@ -298,6 +298,18 @@ TEST_F(ReportCommand, WritesThePageAlsoWhereAPictureIsRefused) {
     EXPECT_THAT(test::readFile(file("page.html")), HasSubstr("</html>"));
 }
 
+TEST_F(ReportCommand, RefusesToReplaceItsInput) {
+    test::makeQuietSpeech(file("in.wav"), 2);
+    std::filesystem::create_symlink(file("in.wav"), file("link.html"));
+    const std::string sound = test::readFile(file("in.wav"));
+    for (const char* page : {"in.wav", "./in.wav", "link.html"}) {
+        const auto result = run({file("in.wav"), "-o", file(page), "--force", "--effect", "normalizer"});
+        EXPECT_EQ(result.exit_code, 2) << page;
+        EXPECT_THAT(result.err, HasSubstr("the page would replace IN")) << page;
+        EXPECT_EQ(test::readFile(file("in.wav")), sound) << page;
+    }
+}
+
 TEST_F(ReportCommand, RefusesTheSameVersionTwice) {
     test::makeQuietSpeech(file("in.wav"), 2);
     const auto result = run({file("in.wav"), "-o", file("page.html"), "--effect", "dialogue:voice=3",

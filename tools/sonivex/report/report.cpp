@@ -30,6 +30,15 @@ void makeFolder(const std::string& folder) {
         throw Failure(ExitCode::OutputNotWritable, "cannot make the folder \"" + folder + "\"");
 }
 
+// A page in the place of the sound would be its loss, which --force can hardly mean.
+void requireOtherFile(const ReportSettings& settings) {
+    std::error_code error;
+    if (settings.page.empty() || !std::filesystem::equivalent(settings.page, settings.input.path, error))
+        return;
+    throw Failure(ExitCode::Usage,
+                  "the page would replace IN: \"" + settings.page + "\" is the file to read; name another");
+}
+
 // Measuring takes long, so what would be refused after it is refused before. Without chosen versions only
 // measuring tells which there are beside the original.
 void checkOutputs(const ReportSettings& settings) {
@@ -62,6 +71,7 @@ std::vector<std::string> writePictures(const std::vector<PictureGroup>& groups,
 
 ReportResult makeReport(const ReportSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                         Console& console) {
+    requireOtherFile(settings);
     checkOutputs(settings);
     ReportResult result;
     result.report = measureReport(settings, plugin, console);
