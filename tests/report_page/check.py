@@ -154,6 +154,23 @@ def check_players(page):
     page.press(Keys.SPACE)
 
 
+def check_repeat(page):
+    """Repeating goes round, and the sound goes on where it is when repeating is switched off or on."""
+    page.element("loop").click()
+    page.run("const seek = arguments[0]; seek.value = 11.5; seek.dispatchEvent(new Event('input'))",
+             page.element("seek"))
+    page.element("play").click()
+    page.wait_for("window.report.position > 1 && window.report.position < 10", "the sound does not begin anew")
+    for wanted in ("off", "on"):
+        before = page.run("return window.report.position")
+        page.element("loop").click()
+        after = page.run("return window.report.position")
+        check(before <= after < before + 3, f"repeat {wanted} jumps from {before} s to {after} s")
+    page.element("loop").click()
+    page.element("play").click()
+    page.wait_for("!window.report.isPlaying", "Pause does not pause")
+
+
 def check_fade(page):
     """The page's own fade, rendered offline, crosses from one tone to another of equal shape without a step."""
     steepest, total = page.browser.execute_async_script("""
@@ -317,7 +334,7 @@ def main():
         try:
             page = Page(browser, path)
             check(page.run("return document.querySelector('h1').textContent") == sound.name, "the heading is wrong")
-            for part in (check_players, check_fade, check_blind_test, check_access, check_narrow):
+            for part in (check_players, check_repeat, check_fade, check_blind_test, check_access, check_narrow):
                 part(page)
                 print("passed:", part.__name__)
             check_schemes(page, pictures)

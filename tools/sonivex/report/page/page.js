@@ -24,6 +24,7 @@
   let buffers = null;      // one for each version
   let voices = null;       // {source, gain} of each version while it plays
   let started_at = 0;      // the context's time at which position 0 would have played
+  let is_looping = false;  // whether the voices repeat
   let position = 0;        // in seconds, while nothing plays
   let heard = 0;           // number of the version
   let opening = null;
@@ -107,17 +108,18 @@
     if (!voices) return position;
     // A start lies a little ahead of the clock.
     const played = Math.max(position, context.currentTime - started_at);
-    return loop.checked ? played % length_s : Math.min(played, length_s);
+    return is_looping ? played % length_s : Math.min(played, length_s);
   }
 
   function start() {
     const when = context.currentTime + START_DELAY_S;
     if (position >= length_s) position = 0;
     started_at = when - position;
+    is_looping = loop.checked;
     voices = buffers.map((buffer, number) => {
       const source = context.createBufferSource();
       source.buffer = buffer;
-      source.loop = loop.checked;
+      source.loop = is_looping;
       source.loopEnd = length_s;
       const gain = context.createGain();
       gain.gain.value = 0;
