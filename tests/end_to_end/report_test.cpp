@@ -182,6 +182,7 @@ TEST_F(ReportCommand, OfOneSampleHasAPage) {
     EXPECT_TRUE(summary["versions"][0]["integrated_lufs"].is_null());
     EXPECT_NEAR(summary["versions"][0]["true_peak_dbtp"], -6.0, 0.1);
     EXPECT_THAT(page_, HasSubstr("id=\"sound-0\""));
+    EXPECT_NEAR(summary["sound"]["length_s"], 1.0 / 48000.0, 1e-6);
 }
 
 TEST_F(ReportCommand, OfAFileWithoutSamplesHasAPageWithoutPlayers) {

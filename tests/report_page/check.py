@@ -37,10 +37,10 @@ SECONDS = 12
 PATIENCE_S = 30
 
 
-def write_sound(path):
+def write_sound(path, length=SECONDS * RATE_HZ):
     """Writes a stereo tone whose level rises, so that all effects have something to do."""
     frames = bytearray()
-    for n in range(SECONDS * RATE_HZ):
+    for n in range(length):
         level = 1500 + 4000 * n / (SECONDS * RATE_HZ)
         value = int(level * math.sin(2 * math.pi * 440 * n / RATE_HZ))
         frames += struct.pack("<hh", value, value // 2)
@@ -286,8 +286,29 @@ def check_quiet(page):
             asked.append(event["params"]["request"]["url"])
     outside = [url for url in asked if not url.startswith(("file:", "data:"))]
     check(asked and not outside, f"the page asks for {outside or 'nothing, not even itself'}")
+    check_errors(page)
+
+
+def check_errors(page):
     errors = [entry for entry in page.browser.get_log("browser") if entry["level"] == "SEVERE"]
     check(not errors, f"errors: {errors}")
+
+
+def check_single_sample(browser, sonivex, folder):
+    """The shortest sound there is plays to its end, and repeats."""
+    sound = folder / "single.wav"
+    path = folder / "single.html"
+    write_sound(sound, 1)
+    subprocess.run([sonivex, "report", str(sound), "-o", str(path), "--quiet"], check=True)
+    page = Page(browser, path)
+    page.element("play").click()
+    page.wait_for("window.report.buffers !== null && !window.report.isPlaying", "the sound does not end")
+    check(page.text("play") == "Play", "the button does not show the end")
+    page.element("loop").click()
+    page.element("play").click()
+    page.wait_for("window.report.isPlaying", "Play does not play")
+    check(page.run("return Number.isFinite(window.report.position)"), "the position is no number")
+    check_errors(page)
 
 
 def check_refusals(browser, path):
@@ -343,10 +364,11 @@ def main():
             print("passed: check_quiet")
         finally:
             browser.quit()
-        for part in (check_refusals, check_waiting):
+        for part, arguments in ((check_refusals, (path,)), (check_waiting, (path,)),
+                                (check_single_sample, (sonivex, pathlib.Path(folder)))):
             browser = open_browser()
             try:
-                part(browser, path)
+                part(browser, *arguments)
                 print("passed:", part.__name__)
             finally:
                 browser.quit()

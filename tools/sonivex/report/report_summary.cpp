@@ -95,7 +95,8 @@ Json soundJson(const MeasuredReport& report) {
     if (!report.has_sound) return nullptr;
     return {{"codec", "opus"},
             {"start_s", rounded(report.sound.start_s, 1000.0)},
-            {"length_s", rounded(report.sound.length_s, 1000.0)},
+            // The page divides by it, and a single sample is shorter than a millisecond.
+            {"length_s", rounded(report.sound.length_s, 1e6)},
             {"is_excerpt", report.sound.is_excerpt},
             {"bit_rate_bps", report.sound.rate_bps}};
 }
