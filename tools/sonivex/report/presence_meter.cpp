@@ -71,4 +71,15 @@ void PresenceMeter::analyse() {
     drop(output_);
 }
 
+std::optional<double> meanPresence(const std::vector<PresenceReading>& readings) {
+    double sum = 0.0;
+    int count = 0;
+    for (const PresenceReading& reading : readings) {
+        if (!reading.presence) continue;
+        sum += *reading.presence;
+        ++count;
+    }
+    return count > 0 ? std::optional(sum / count) : std::nullopt;
+}
+
 }  // namespace sonivex_tool

@@ -24,6 +24,9 @@ struct PresenceReading {
     std::optional<double> presence;  // missing where the input is silent
 };
 
+/** Returns the mean of the readings that have a presence, or nothing if none has. */
+std::optional<double> meanPresence(const std::vector<PresenceReading>& readings);
+
 /** Measures how far dialogue enhancement is open from its input and its output. */
 class PresenceMeter {
   public:

@@ -251,7 +251,7 @@ PictureGroup waveforms(const MeasuredReport& report, double length_s) {
             {"waveform-" + version.file_name, version.title,
              "Waveform of " + version.title + ", " + clockTime(version.length_s()) + " long.", kWidth,
              kHeight, [&version, length_s, i](Canvas& canvas) {
-                 drawWaveform(canvas, version, length_s, colourOf(i == 0 ? 0 : i), kHeight);
+                 drawWaveform(canvas, version, length_s, colourOf(i), kHeight);
              }});
     }
     return group;

@@ -24,14 +24,8 @@ Json level(const std::optional<double>& value) {
 }
 
 Json presenceOf(const MeasuredVersion& version) {
-    double sum = 0.0;
-    int count = 0;
-    for (const PresenceReading& reading : version.presence) {
-        if (!reading.presence) continue;
-        sum += *reading.presence;
-        ++count;
-    }
-    return count > 0 ? rounded(sum / count, 1000.0) : Json(nullptr);
+    const std::optional<double> mean = meanPresence(version.presence);
+    return mean ? rounded(*mean, 1000.0) : Json(nullptr);
 }
 
 Json guardJson(const MeasuredVersion& version) {

@@ -40,17 +40,6 @@ std::string table(const std::string& caption, const Row& head, const std::vector
     return html + "</tbody>\n</table></div>\n";
 }
 
-std::optional<double> meanPresence(const MeasuredVersion& version) {
-    double sum = 0.0;
-    int count = 0;
-    for (const PresenceReading& reading : version.presence) {
-        if (!reading.presence) continue;
-        sum += *reading.presence;
-        ++count;
-    }
-    return count > 0 ? std::optional(sum / count) : std::nullopt;
-}
-
 std::string tableOf(const MeasuredSet& set) {
     Row head{"loudspeaker", "delay (µs)", "level difference (dB)"};
     for (const int octave : kOctaves_hz) head.push_back(octaveName(octave) + " Hz");
@@ -76,7 +65,7 @@ std::string summaryTable(const MeasuredReport& report) {
         rows.push_back({version.title, layoutName(version.spec.layout), clockTime(version.length_s()),
                         cell(version.loudness.integrated_lufs), cell(version.loudness.range_lu),
                         cell(version.loudness.relative_gate_lufs), cell(version.loudness.true_peak_dbtp),
-                        cell(meanPresence(version), 2),
+                        cell(meanPresence(version.presence), 2),
                         report.has_sound ? fixed(version.matching_gain_db, 1) : std::string(kNone)});
     }
     std::string html =

@@ -8,6 +8,7 @@
 
 namespace {
 
+using sonivex_tool::meanPresence;
 using sonivex_tool::PresenceMeter;
 
 constexpr int kRate_hz = 48000;
@@ -60,6 +61,12 @@ TEST(PresenceMeter, ReadsNothingInSilence) {
     meter.addInput(silence);
     ASSERT_FALSE(meter.readings().empty());
     for (const auto& reading : meter.readings()) EXPECT_FALSE(reading.presence);
+}
+
+TEST(PresenceMeter, TakesTheMeanOfTheReadingsThatThereAre) {
+    EXPECT_EQ(meanPresence({{0.0, 0.25}, {0.1, std::nullopt}, {0.2, 0.75}}), 0.5);
+    EXPECT_EQ(meanPresence({{0.0, std::nullopt}}), std::nullopt);
+    EXPECT_EQ(meanPresence({}), std::nullopt);
 }
 
 TEST(PresenceMeter, ReadsTheSameHoweverTheSoundsAreCut) {
