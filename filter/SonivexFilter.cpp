@@ -109,7 +109,7 @@ int sonivexFilter::push(std::unique_ptr<IQFFrame>& frame, uint64_t) {
         result = kSuccess;
     }
     // Frames wait until the thread can throw, as they do in `runWorker`.
-    if (worksInsidePush() && isReadyToThrow()) workInsidePush();
+    if (worksInsidePush() && isReadyToThrow()) FilterLoop();
     return result;
 }
 

@@ -151,7 +151,6 @@ class sonivexFilter : public IAudioFilter, public filterPrototype, public ITimed
 
     // worker_loop.cpp
     int runWorker();
-    void workInsidePush();
     int FilterLoop();
     void handOut(std::unique_ptr<IQFFrame> frame);
     Outcome handleFrame(IQFFrame* frame);

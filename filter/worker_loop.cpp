@@ -36,13 +36,6 @@ int sonivexFilter::runWorker() {
     return 0;
 }
 
-// The loop ends after a frame that passes on. A frame that waited for memory must not stay one push behind.
-void sonivexFilter::workInsidePush() {
-    do {
-        FilterLoop();
-    } while (mInQueue.sizeForConsumer() > 0 && mOutQueue.sizeForProducer() <= kMaxFinishedFrames);
-}
-
 int sonivexFilter::FilterLoop() {
     for (;;) {
         IQFFrame* taken = nullptr;

@@ -237,6 +237,7 @@ TEST(PushOutOfMemory, KeepsFramesUntilTheThreadIsReadyForExceptions) {
     Vorlin::sonivexFilter filter({}, {}, false);
     std::unique_ptr<IQFFrame> first = makeFrame({}, noiseSource(1));
     std::unique_ptr<IQFFrame> second = makeFrame({}, noiseSource(2));
+    std::unique_ptr<IQFFrame> third = makeFrame({}, noiseSource(3));
     const IQFFrame* const frames[] = {first.get(), second.get()};
     std::unique_ptr<IQFFrame> out;
     {
@@ -249,6 +250,8 @@ TEST(PushOutOfMemory, KeepsFramesUntilTheThreadIsReadyForExceptions) {
         EXPECT_NE(filter.pull(out, 0), 0) << "a thread that is not ready took a frame";
     }
     EXPECT_EQ(filter.push(second, 0), 0);
+    // Each push passes one frame on, so the second frame waits for one more.
+    EXPECT_EQ(filter.push(third, 0), 0);
     for (const IQFFrame* const frame : frames) {
         EXPECT_EQ(filter.pull(out, 0), 0) << "a frame is lost although there is memory";
         EXPECT_EQ(out.get(), frame);
