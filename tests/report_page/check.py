@@ -156,6 +156,9 @@ def check_players(page):
 
 def check_repeat(page):
     """Repeating goes round, and the sound goes on where it is when repeating is switched off or on."""
+    if page.run("return window.report.isPlaying"):
+        page.element("play").click()
+        page.wait_for("!window.report.isPlaying", "Pause does not pause")
     page.element("loop").click()
     page.run("const seek = arguments[0]; seek.value = 11.5; seek.dispatchEvent(new Event('input'))",
              page.element("seek"))
