@@ -90,8 +90,8 @@ bool sonivexFilter::takeCost(uint64_t cost) {
 }
 
 void sonivexFilter::notify(const std::string& event) {
-    // The event goes out even if there is no memory for this. Few callbacks ask for memory when they are copied,
-    // and the player must hear of an overload.
+    // The event goes out even if there is no memory for this. Few callbacks ask for memory when they are
+    // copied, and the player must hear of an overload.
     (void)isReadyToThrow();
     EventCallback callback;
     try {

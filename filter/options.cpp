@@ -30,8 +30,8 @@ int truncateSaturating(double value) {
     return static_cast<int>(std::clamp(value, kMin, kMax));
 }
 
-// A number too large for a double becomes infinite, one too small becomes 0 or denormal. Text after the number
-// is ignored. @return nothing for a text that is not a number.
+// A number too large for a double becomes infinite, one too small becomes 0 or denormal. Text after the
+// number is ignored. @return nothing for a text that is not a number.
 std::optional<double> parseNumber(const std::string& text) {
     char* end = nullptr;
     const double number = std::strtod(text.c_str(), &end);

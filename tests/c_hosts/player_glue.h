@@ -16,8 +16,8 @@ typedef struct PlayerGlue {
     /** @return whether there is a filter. */
     int (*isMade)(void);
     /** Initialises the filter, sets its options, makes it valid and reports rates and loads.
-     *  @return 0, -1 if there was no memory for the options, or 1 if the filter took a wrong rate or refused a
-     *  right one. */
+     *  @return 0, -1 if there was no memory for the options, or 1 if the filter took a wrong rate or refused
+     *  a right one. */
     int (*start)(void);
     /** Pushes the next frame. @return 0, or the error of the filter. */
     int (*push)(void);

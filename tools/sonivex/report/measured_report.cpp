@@ -97,7 +97,8 @@ class VersionRun {
         version_.title = titleOf(choice);
         version_.file_name = fileNameOf(choice);
         version_.choice = choice.text;
-        // Other effects of the chain may need a conversion, so surround need not get the channels of the file.
+        // Other effects of the chain may need a conversion, so surround may get other channels than the
+        // file's.
         version_.responses = responsesOf(choice, pass_.workSpec().channels());
         if (sound) heard_.emplace(*sound);
         noteGuard();

@@ -32,8 +32,8 @@ struct PictureGroup {
  *  are left out. */
 std::vector<PictureGroup> picturesOf(const MeasuredReport& report);
 
-/** Returns the names of the pictures that every report of these versions has. Of the rest only measuring tells
- *  whether there are any.
+/** Returns the names of the pictures that every report of these versions has. Of the rest only measuring
+ *  tells whether there are any.
  *  @param versions the file names of all versions */
 std::vector<std::string> certainPictureNames(const std::vector<std::string>& versions);
 
