@@ -25,6 +25,7 @@ class Terminal:
         self.tmux("-f", "/dev/null", "new-session", "-d", "-x", "100", "-y", "30", "sh")
         self.tmux("set-option", "-g", "remain-on-exit", "on")
         self.keys("PS1='$ '; unset HISTFILE", "Enter")
+        self.wait_for(r"^\$ ?$")  # a slow shell would show its prompt behind what is typed next
 
     def tmux(self, *arguments: str) -> str:
         command = ["tmux", "-S", self.socket, *arguments]
