@@ -19,7 +19,7 @@ struct ConditionerCounts {
 /** Describes the counts for the user, one line for each kind that occurred. */
 std::vector<std::string> notesOn(const ConditionerCounts& counts);
 
-/** Converts audio of one spec to the spec in which the effects get it.
+/** Converts audio of one AudioSpec to the one in which the effects get it.
  *
  *    Conditioner conditioner(plan, dither);
  *    for each frame:  push(conditioner.convert(conditioner.repair(frame)));

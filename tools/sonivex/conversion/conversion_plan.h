@@ -17,7 +17,8 @@ struct ConversionPlan {
 
     /** Returns true if silent channels were added, which `restored` takes away after the effects. */
     bool isPadded() const { return work.channels() != converted.channels(); }
-    /** Returns the spec of the audio after `restored`. @param from_chain spec of the chain's output */
+    /** Returns the AudioSpec of the audio after `restored`.
+     *  @param from_chain AudioSpec of the chain's output */
     AudioSpec restoredSpec(AudioSpec from_chain) const;
     /** Takes the added channels away from a frame of the chain's output. Without any it returns the frame
      *  itself.
@@ -25,7 +26,7 @@ struct ConversionPlan {
     FramePtr restored(FramePtr frame) const;
 };
 
-/** Chooses the sample rate and layout in which a chain of effects gets audio of the spec `input`. See
+/** Chooses the sample rate and layout in which a chain of effects gets audio of the AudioSpec `input`. See
  *  chooseRate_hz and chooseLayout for the rules.
  *
  *  @throw Failure (UnsupportedAudio) if none makes it fit, if one is needed in spite of `strict`, or if the

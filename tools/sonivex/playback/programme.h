@@ -31,7 +31,7 @@ class Programme {
     const SourceInfo& info() const { return source_.info(); }
     /** Length in seconds, or nothing if the file does not state it or only allows an estimate. */
     std::optional<double> knownLength_s() const { return source_.knownLength_s(); }
-    /** The spec of every frame. */
+    /** The AudioSpec of every frame. */
     const AudioSpec& spec() const { return converter_->target(); }
     /** Damage so far; complete at the end. */
     DamageReport damage() const { return source_.damageReport(); }

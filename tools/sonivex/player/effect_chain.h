@@ -27,7 +27,7 @@ struct ChainCounts {
  *  there are. With `keep_delay` the delays add up. The members throw as those of EffectStage do. */
 class EffectChain {
   public:
-    /** Returns the spec of the output for input of the spec `input`. */
+    /** Returns the AudioSpec of the output for input of the AudioSpec `input`. */
     static AudioSpec outputSpec(const AudioSpec& input, const std::vector<const Effect*>& chain);
 
     /** @param spec of every frame that is pushed.

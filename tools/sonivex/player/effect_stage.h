@@ -14,8 +14,8 @@ namespace sonivex_tool {
  *  The members throw Failure (FilterFailed), std::bad_alloc, and whatever the output throws. */
 class EffectStage {
   public:
-    /** Returns the spec of the output of `effect` for input of the spec `input`. The effect may change the
-     *  channel count, nothing else. */
+    /** Returns the AudioSpec of the output of `effect` for input of the AudioSpec `input`. The effect may
+     *  change the channel count, nothing else. */
     static AudioSpec outputSpec(const AudioSpec& input, const Effect& effect);
 
     /** @param spec of every frame that is pushed.

@@ -70,8 +70,8 @@ class AudioSource {
      * @throw Failure with the exit code of a pending signal; std::bad_alloc */
     SourceItem next();
 
-    /** Returns the next frame, converted to the spec of the first one, or null at the end of the stream. Must
-     * not be mixed with `next`.
+    /** Returns the next frame, converted to the AudioSpec of the first one, or null at the end of the stream.
+     * Must not be mixed with `next`.
      * @throw as `next`, and Failure (Internal) when a conversion fails */
     FramePtr read();
 

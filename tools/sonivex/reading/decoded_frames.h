@@ -35,7 +35,7 @@ class DecodedFrames {
     /** The first frame. */
     DecodedFrame& front() { return frames_.front(); }
 
-    /** Returns true if the first frame has the spec `current`, or begins a change that lasts. */
+    /** Returns true if the first frame has the AudioSpec `current`, or begins a change that lasts. */
     bool isCredible(const AudioSpec& current) const;
     /** Returns the placements of the first frame and of those after it that have its rate. */
     std::vector<Placement> placements() const;

@@ -47,9 +47,9 @@ class EffectPass {
 
     /** Returns what is converted for the effects so far, one sentence each, without repetition. */
     const std::vector<std::string>& conversions() const { return conversions_; }
-    /** Returns the spec of the sound that the first effect gets at the beginning. */
+    /** Returns the AudioSpec of the sound that the first effect gets at the beginning. */
     const AudioSpec& workSpec() const { return first_plan_.work; }
-    /** Returns the spec of the output. */
+    /** Returns the AudioSpec of the output. */
     AudioSpec outputSpec() const { return outputSpec(first_plan_); }
     /** Returns true if some filter passes all audio through. */
     bool isBypassed() const { return chain_->isBypassed(); }

@@ -13,7 +13,7 @@
 namespace sonivex_tool {
 namespace {
 
-// Runs a file through the effects. `begin` gets the spec of their output before the first frame of it.
+// Runs a file through the effects. `begin` gets the AudioSpec of their output before the first frame of it.
 void runQuietly(const RenderSettings& settings, const std::shared_ptr<Vorlin::Plugin>& plugin,
                 Console& console, const std::function<void(const AudioSpec&)>& begin,
                 const std::function<void(FramePtr)>& processed) {

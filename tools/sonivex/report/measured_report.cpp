@@ -29,7 +29,7 @@ void requireEffect(const Effect& effect, const Vorlin::Plugin& plugin) {
         throw Failure(ExitCode::EffectMissing, "the plug-in does not have " + effect.title);
 }
 
-// Reads the whole file in the spec with which it begins.
+// Reads the whole file in the AudioSpec with which it begins.
 void readAll(AudioSource& source, Console& console, const std::function<void(const AVFrame&)>& take) {
     double seconds = 0.0;
     while (FramePtr frame = source.read()) {

@@ -32,7 +32,7 @@ struct MeasuredVersion {
     std::string file_name;  // for pictures
     std::string choice;     // as on the command line; empty for the original
     AudioSpec spec;
-    int64_t frames = 0;  // at the spec's rate
+    int64_t frames = 0;  // at the AudioSpec's rate
     LoudnessCurve loudness;
     std::vector<Extent> waveform;  // of the stereo sound that is heard
     double stretch_s = 0.0;        // length of each extent

@@ -56,7 +56,7 @@ class HeardSound {
     OpusSound opus_;
 };
 
-/** Returns the spec in which a page's sound is heard: interleaved floats, stereo, at kPageRate_hz. */
+/** Returns the AudioSpec in which a page's sound is heard: interleaved floats, stereo, at kPageRate_hz. */
 AudioSpec heardSpec();
 
 }  // namespace sonivex_tool

@@ -30,7 +30,7 @@ class MediaSink {
     MediaSink(const MediaSink&) = delete;
     MediaSink& operator=(const MediaSink&) = delete;
 
-    /** Encodes a frame, which must have the spec of the plan's encoder. The samples are copied. */
+    /** Encodes a frame, which must have the AudioSpec of the plan's encoder. The samples are copied. */
     void write(const AVFrame& frame);
 
     /** Muxes a packet of another stream of the input, with its times in that stream's time base. Takes its
