@@ -22,10 +22,9 @@ class Terminal:
 
     def __init__(self, folder: Path):
         self.socket = str(folder / "tmux")
-        self.tmux("-f", "/dev/null", "new-session", "-d", "-x", "100", "-y", "30", "sh")
+        self.tmux("-f", "/dev/null", "new-session", "-d", "-x", "100", "-y", "30", "env -u ENV HISTFILE= PS1='$ ' sh")
         self.tmux("set-option", "-g", "remain-on-exit", "on")
-        self.keys("PS1='$ '; unset HISTFILE", "Enter")
-        self.wait_for(r"^\$ ?$")  # a slow shell would show its prompt behind what is typed next
+        self.wait_for(r"\A\$ ?$")  # a slow shell would show its prompt behind what is typed next
 
     def tmux(self, *arguments: str) -> str:
         command = ["tmux", "-S", self.socket, *arguments]
