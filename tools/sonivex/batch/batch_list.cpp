@@ -22,8 +22,10 @@ namespace fs = std::filesystem;
 
 constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
 constexpr size_t kLongestLine_bytes = 16384;  // two paths of the longest kind that the system opens
-// Half a million lines of 128 bytes. A list without an end, such as a pipe, must not take all memory.
+// A list without an end, such as a pipe, must not take all memory. An entry takes some hundred bytes beside its
+// names, so a list of short names needs a limit of its own.
 constexpr size_t kLongestList_bytes = size_t{64} << 20;
+constexpr size_t kMostEntries = 1'000'000;
 
 Failure badLine(const std::string& list, size_t number, const std::string& why) {
     return {ExitCode::Usage, "line " + std::to_string(number) + " of \"" + list + "\" " + why};
@@ -75,6 +77,11 @@ std::vector<ListEntry> parseList(std::istream& lines, const std::string& name) {
         if (!line.empty() && line.back() == '\r') line.pop_back();
         if (line.empty()) continue;
         if (line.size() > kLongestLine_bytes) throw badLine(name, number, "is too long for a file's name");
+        if (entries.size() == kMostEntries) {
+            throw badLine(
+                name, number,
+                "is one too many: a list names at most " + std::to_string(kMostEntries) + " inputs");
+        }
         entries.push_back(parseLine(line, name, number));
     }
     return entries;

@@ -20,7 +20,7 @@ struct ListEntry {
  * not part of a name. Relative inputs refer to the working directory.
  * @param name of the list, for messages
  * @throw Failure (Usage) for a line without an input, with a second tab, with a null byte, or with an output
- * that is absolute, leads out of the output folder, or names no file */
+ * that is absolute, leads out of the output folder, or names no file; also for more than a million inputs */
 std::vector<ListEntry> parseList(std::istream& lines, const std::string& name);
 
 /** Lists the media files in a folder and in its sub-folders, in the order of their paths. Hidden files and

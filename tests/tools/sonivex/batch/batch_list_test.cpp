@@ -124,6 +124,14 @@ TEST_F(BatchFolder, ReportsAListThatCannotBeRead) {
     }
 }
 
+TEST(BatchList, NamesAtMostAMillionInputs) {
+    constexpr size_t kMost = 1'000'000;
+    std::string list;
+    for (size_t line = 0; line < kMost; ++line) list += "a\n\n";
+    EXPECT_EQ(parse(list).size(), kMost);
+    expectRefusal(list + "b\n", "line 2000001 of \"files.txt\" is one too many");
+}
+
 TEST_F(BatchFolder, RefusesAListThatIsTooLongForMemory) {
     constexpr uintmax_t kLongest_bytes = uintmax_t{64} << 20;
     const std::string list = folder_.file("list.txt");
