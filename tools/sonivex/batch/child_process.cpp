@@ -18,7 +18,6 @@ namespace {
 
 constexpr size_t kMostOutput_bytes = size_t{1} << 20;
 constexpr size_t kMostMessages_bytes = size_t{1} << 16;
-constexpr std::chrono::seconds kLongestFarewell{10};
 constexpr std::chrono::milliseconds kFarewellStep{5};
 constexpr int kCouldNotStart = 127;
 
@@ -72,7 +71,9 @@ void drain(int& descriptor, Take take) {
 
 }  // namespace
 
-ChildProcess::ChildProcess(const std::vector<std::string>& arguments) {
+ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
+                           std::chrono::milliseconds longest_farewell)
+    : longest_farewell_(longest_farewell) {
     std::vector<std::string> copies = {"sonivex"};
     copies.insert(copies.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
@@ -111,7 +112,7 @@ ChildProcess::~ChildProcess() {
 
 void ChildProcess::endNow() {
     send(SIGTERM);  // lets it remove its unfinished output
-    const auto deadline = std::chrono::steady_clock::now() + kLongestFarewell;
+    const auto deadline = std::chrono::steady_clock::now() + longest_farewell_;
     while (!poll()) {
         if (std::chrono::steady_clock::now() > deadline) {
             send(SIGKILL);

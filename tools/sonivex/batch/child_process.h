@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -11,13 +12,17 @@ namespace sonivex_tool {
  *
  * The process has its own group, so that Ctrl-C reaches only the batch, which passes it on. The system asks
  * it to end when the batch dies. The destructor asks it to end if it still runs, and kills it if it does not
- * end within 10 s. */
+ * end soon. */
 class ChildProcess {
   public:
+    static constexpr std::chrono::seconds kLongestFarewell{10};
+
     /** Starts the program.
      *  @param arguments without the program's name
+     *  @param longest_farewell how long the destructor waits for the process before it kills it
      *  @throw std::system_error if the system cannot start it */
-    explicit ChildProcess(const std::vector<std::string>& arguments);
+    explicit ChildProcess(const std::vector<std::string>& arguments,
+                          std::chrono::milliseconds longest_farewell = kLongestFarewell);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
@@ -44,6 +49,7 @@ class ChildProcess {
     void takeOutput();
     void endNow();
 
+    std::chrono::milliseconds longest_farewell_;
     pid_t pid_ = -1;
     bool has_ended_ = false;
     int status_ = 0;
