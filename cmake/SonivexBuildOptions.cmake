@@ -77,7 +77,14 @@ if(SONIVEX_COVERAGE)
     set(CMAKE_C_FLAGS_DEBUG "-O1 -g1")
     set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
     target_compile_options(sonivex_plain_build_options INTERFACE --coverage -fprofile-update=atomic -fno-inline-functions)
-    target_link_options(sonivex_plain_build_options INTERFACE --coverage)
+    target_link_options(sonivex_plain_build_options INTERFACE --coverage
+                                                             LINKER:--wrap=_exit,--wrap=execv,--undefined=__wrap__exit)
+    add_library(sonivex_coverage_end STATIC "${PROJECT_SOURCE_DIR}/tests/coverage/program_end.c")
+    target_link_libraries(sonivex_plain_build_options INTERFACE $<BUILD_INTERFACE:sonivex_coverage_end>)
+    # A kernel is compiled for the build's own processor alone. The lines of the others, which this machine may lack, would
+    # count as not reached.
+    target_compile_definitions(sonivex_kernel_tuning INTERFACE HWY_COMPILE_ONLY_STATIC)
+    target_compile_options(sonivex_kernel_tuning INTERFACE $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-mssse3>)
 endif()
 
 # A compiler cache, if one is installed, speeds up repeated builds. Precompiled headers speed up a build from nothing. They
