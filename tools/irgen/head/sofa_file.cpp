@@ -3,8 +3,9 @@
 #include <mysofa.h>
 
 #include <cmath>
-#include <cstring>
 #include <memory>
+
+#include "sofa_error.h"
 
 namespace sonivex_irgen {
 namespace {
@@ -15,48 +16,6 @@ struct FreeHrtf {
 using Hrtf = std::unique_ptr<MYSOFA_HRTF, FreeHrtf>;
 
 constexpr unsigned kCoordinates = 3;
-
-// Text for an error of libmysofa. The library's own codes start at 10000; smaller positive ones are the
-// system's errno values.
-std::string describe(int error) {
-    switch (error) {
-        case MYSOFA_INTERNAL_ERROR:
-            return "internal error of libmysofa";
-        case MYSOFA_INVALID_FORMAT:
-            return "invalid format";
-        case MYSOFA_UNSUPPORTED_FORMAT:
-            return "unsupported format";
-        case MYSOFA_NO_MEMORY:
-            return "out of memory";
-        case MYSOFA_READ_ERROR:
-            return "read error";
-        case MYSOFA_INVALID_ATTRIBUTES:
-            return "invalid attributes";
-        case MYSOFA_INVALID_DIMENSIONS:
-            return "invalid dimensions";
-        case MYSOFA_INVALID_DIMENSION_LIST:
-            return "invalid list of dimensions";
-        case MYSOFA_INVALID_COORDINATE_TYPE:
-            return "invalid type of coordinates";
-        case MYSOFA_ONLY_EMITTER_WITH_ECI_SUPPORTED:
-            return "unsupported emitter positions";
-        case MYSOFA_ONLY_DELAYS_WITH_IR_OR_MR_SUPPORTED:
-            return "unsupported dimensions of Data.Delay";
-        case MYSOFA_ONLY_THE_SAME_SAMPLING_RATE_SUPPORTED:
-            return "more than one sample rate";
-        case MYSOFA_RECEIVERS_WITH_RCI_SUPPORTED:
-        case MYSOFA_RECEIVERS_WITH_CARTESIAN_SUPPORTED:
-            return "unsupported receiver positions";
-        case MYSOFA_INVALID_RECEIVER_POSITIONS:
-            return "invalid receiver positions";
-        case MYSOFA_ONLY_SOURCES_WITH_MC_SUPPORTED:
-            return "unsupported source positions";
-        default:
-            break;
-    }
-    if (error > 0 && error < MYSOFA_INVALID_FORMAT) return std::strerror(error);
-    return "error " + std::to_string(error);
-}
 
 // Index of the receiver on the +y side, which is the left ear.
 unsigned leftReceiver(const MYSOFA_HRTF& hrtf) {
@@ -134,9 +93,9 @@ HeadMeasurements measurementsIn(const MYSOFA_HRTF& hrtf) {
 HeadMeasurements readSofaFile(const std::string& path) {
     int error = 0;
     const Hrtf hrtf(mysofa_load(path.c_str(), &error));
-    if (!hrtf) throw UnusableHead("cannot be read as a SOFA file: " + describe(error));
+    if (!hrtf) throw UnusableHead("cannot be read as a SOFA file: " + sofaErrorText(error));
     if (const int rejected = mysofa_check(hrtf.get()); rejected != MYSOFA_OK) {
-        throw UnusableHead("not a file of free-field head responses: " + describe(rejected));
+        throw UnusableHead("not a file of free-field head responses: " + sofaErrorText(rejected));
     }
     mysofa_tocartesian(hrtf.get());
     HeadMeasurements head = measurementsIn(*hrtf);
