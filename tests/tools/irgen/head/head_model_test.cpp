@@ -60,6 +60,16 @@ TEST(IrgenInterauralDelay, FitFindsTheRadiusOfASphereWithinLimits) {
     EXPECT_EQ(fitHeadRadius_m(sphere(0.2)), 0.11);
 }
 
+TEST(IrgenInterauralDelay, FitTakesDirectionsOfAnyElevationIfTooFewAreHorizontal) {
+    HeadMeasurements head = sphere(0.0912);
+    const auto is_horizontal = [](const HeadMeasurement& measured) {
+        return std::abs(measured.direction.z) < 0.1;
+    };
+    std::erase_if(head.directions, is_horizontal);
+    ASSERT_FALSE(head.directions.empty());
+    EXPECT_NEAR(fitHeadRadius_m(head), 0.0912, 1e-6);
+}
+
 TEST(IrgenInterauralDelay, PackagedHeadHasARadiusOf84Millimetres) {
     SONIVEX_NEED_PACKAGED_HEAD();
     EXPECT_NEAR(fitHeadRadius_m(*irgen_test::packagedHead()), 0.08426, 0.000005);

@@ -1,10 +1,17 @@
 #include "trial_read.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <csignal>
+#include <fstream>
 #include <string>
+#include <thread>
 
 #include "head_measurements.h"
+#include "support/processes/temporary_folder.h"
 #include "tools/irgen/heads/synthetic_head.h"
 
 namespace {
@@ -19,6 +26,36 @@ TEST(IrgenTrialRead, RefusesAFileOfWhichReadingDoesNotEnd) {
         EXPECT_STREQ(reason.what(),
                      "cannot be read as a SOFA file: it is damaged, and reading it does not end");
     }
+}
+
+TEST(IrgenTrialRead, RefusesAFileOfWhichReadingCrashes) {
+    const test::TemporaryFolder folder;
+    const std::string pipe = folder.file("pipe.sofa");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const pid_t reader = gettid();
+    // The process that reads opens the pipe, and then waits for a byte, until this thread ends it.
+    std::thread killer([&] {
+        const int writer = open(pipe.c_str(), O_WRONLY);
+        std::ifstream children("/proc/self/task/" + std::to_string(reader) + "/children");
+        pid_t child = -1;
+        children >> child;
+        if (child > 0) kill(child, SIGSEGV);
+        close(writer);
+    });
+    try {
+        tryReading(pipe);
+        ADD_FAILURE() << "accepted";
+    } catch (const UnusableHead& reason) {
+        EXPECT_STREQ(reason.what(), "cannot be read as a SOFA file: it is damaged, and reading it crashes");
+    }
+    killer.join();
+}
+
+// A program that ignores the ends of its processes does not learn how they ended.
+TEST(IrgenTrialRead, AcceptsAFileIfTheSystemDoesNotTellHowReadingEnded) {
+    const auto before = std::signal(SIGCHLD, SIG_IGN);
+    EXPECT_NO_THROW(tryReading("/dev/null"));
+    std::signal(SIGCHLD, before);
 }
 
 TEST(IrgenTrialRead, LeavesEveryOtherRefusalToTheReader) {
