@@ -89,6 +89,20 @@ TEST(PictureElements, ClipCurvesToTheirPanel) {
     EXPECT_EQ(empty.elements(), "");
 }
 
+TEST(PictureElements, ShowMarkersOfEachShapeAroundTheirSpot) {
+    const auto drawn = [](sonivex_plotting::Marker shape) {
+        ElementCanvas canvas;
+        canvas.marker(shape, {20.0, 10.0}, {1.0, 0.5, 0.0});
+        return canvas.elements();
+    };
+    using sonivex_plotting::Marker;
+    EXPECT_EQ(drawn(Marker::Dot), "<circle cx=\"20\" cy=\"10\" r=\"4.5\" style=\"fill:#ff8000\"/>\n");
+    EXPECT_EQ(drawn(Marker::Square),
+              "<rect x=\"15.5\" y=\"5.5\" width=\"9\" height=\"9\" style=\"fill:#ff8000\"/>\n");
+    EXPECT_EQ(drawn(Marker::Triangle),
+              "<polygon points=\"20,4.6 25.4,14.5 14.6,14.5\" style=\"fill:#ff8000\"/>\n");
+}
+
 TEST(PictureElements, MeasureWordsAsTheFilesDo) {
     ElementCanvas canvas;
     canvas.setTextSize(10.0);

@@ -85,4 +85,18 @@ TEST(PictureFiles, PassOnAFailureOfTheDrawing) {
                  std::invalid_argument);
 }
 
+TEST(PictureFiles, RefuseASizeThatTheDrawingLibraryCannotHold) {
+    constexpr int kTooWide = 40000;
+    try {
+        (void)pictureFile(PictureFormat::Png, kTooWide, kHeight, "t", [](Canvas&) {});
+        ADD_FAILURE() << "drawn";
+    } catch (const std::runtime_error& error) {
+        EXPECT_THAT(error.what(), StartsWith("cannot draw the picture: invalid value"));
+    }
+}
+
+TEST(PictureFiles, RefuseAFormatThatIsNone) {
+    EXPECT_THROW(drawn(static_cast<PictureFormat>(3), "t"), std::logic_error);
+}
+
 }  // namespace
