@@ -124,6 +124,22 @@ TEST_F(Inspect, ReportsSamplesThatAreNotFinite) {
     }
 }
 
+TEST_F(Inspect, RefusesToCompareFilesOfDifferentSampleRates) {
+    const std::vector<float> samples(4800, 0.1F);
+    const std::string slow = written("slow.wav", test::wavOf(samples, 1, 44100));
+    const std::string fast = written("fast.wav", test::wavOf(samples, 1, 48000));
+    expectFailure({{}, std::pair(slow, fast), {}}, ExitCode::UnsupportedAudio,
+                  "cannot compare \"" + fast + "\" with \"" + slow +
+                      "\": their sample rates are 48000 Hz and 44100 Hz");
+}
+
+TEST_F(Inspect, NumbersChannelsThatHaveNoPosition) {
+    const std::vector<float> samples(20 * 4800, 0.1F);
+    const std::string text = asText(inspected({written("many.wav", test::wavOf(samples, 20, 48000))}));
+    EXPECT_THAT(text, HasSubstr("\n  1 "));
+    EXPECT_THAT(text, HasSubstr("\n  20 "));
+}
+
 TEST_F(Inspect, RefusesAPipeAsOneSideOfAPair) {
     const std::string pipe = folder_.file("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
