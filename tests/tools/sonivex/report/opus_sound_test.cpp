@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "failure.h"
+#include "support/memory/heap_bytes.h"
 #include "support/signals/signals.h"
 
 namespace {
@@ -78,6 +79,18 @@ TEST_F(OpusSounds, HaveTheSameBytesEachTime) {
 TEST_F(OpusSounds, MayBeOneSampleShortOrEmpty) {
     EXPECT_EQ(encoded(1, 64000).substr(0, 4), "OggS");
     EXPECT_EQ(encoded(0, 64000).substr(0, 4), "OggS");
+}
+
+// The muxer's memory holds what is encoded so far.
+TEST_F(OpusSounds, ThatNobodyFinishesGiveTheirMemoryBack) {
+    const auto abandonOne = [] {
+        OpusSound sound(128000);
+        sound.add(test::noiseFloats(7, std::size_t{2} * 48000 * 10, 0.3F));
+    };
+    abandonOne();  // the libraries keep some memory for good
+    const std::size_t before = test::heapBytes();
+    for (int sound = 0; sound < 4; ++sound) abandonOne();
+    EXPECT_LT(test::heapBytes(), before + 50'000);
 }
 
 TEST_F(OpusSounds, RefuseARateThatTheEncoderRefuses) {
