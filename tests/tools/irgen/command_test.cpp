@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "replacement_file.h"
+#include "support/processes/process.h"
 #include "tools/irgen/heads/synthetic_head.h"
 
 namespace {
@@ -56,6 +57,16 @@ TEST_F(IrgenCommand, UnusableSofaFileExitsWithCodeThreeAndIsNamedInOneLine) {
     EXPECT_EQ(run({"--sofa", sofa, "--out", inFolder("x.cpp")}), 3);
     EXPECT_EQ(err_.str(), sofa + ": cannot be read as a SOFA file: No such file or directory\n");
     EXPECT_TRUE(isFolderEmpty());
+}
+
+TEST_F(IrgenCommand, IsAProgramWithTheSameExitCodesAndMessages) {
+    const auto wrong = test::runProcess({SONIVEX_IRGEN, "--what"});
+    EXPECT_EQ(wrong.exit_code, 2);
+    EXPECT_EQ(wrong.err, "usage: sonivex-irgen [--sofa FILE] --out FILE [--report]\n");
+    const std::string sofa = inFolder("missing.sofa");
+    const auto missing = test::runProcess({SONIVEX_IRGEN, "--sofa", sofa, "--out", inFolder("x.cpp")});
+    EXPECT_EQ(missing.exit_code, 3);
+    EXPECT_EQ(missing.err, sofa + ": cannot be read as a SOFA file: No such file or directory\n");
 }
 
 TEST_F(IrgenCommand, GivenSofaFileOverridesTheDefault) {
