@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "end_to_end/media/dialogue_media.h"
 #include "end_to_end/media/media.h"
 #include "end_to_end/media/render_fixture.h"
@@ -58,6 +60,40 @@ TEST_F(Speech, IsRefusedForABackgroundThatIsNotInTheOutput) {
     EXPECT_EQ(result.err.find("sonivex: cannot explain \"" + file("mix.wav") + "\": "), 0U) << result.err;
     EXPECT_NE(result.err.find(" is neither speech nor background, "), std::string::npos) << result.err;
     EXPECT_NE(result.err.find("are these the right files?\n"), std::string::npos) << result.err;
+}
+
+TEST_F(Speech, IsRefusedForWhatIsNotStereoAtOneUsableRate) {
+    struct Case {
+        std::vector<std::string> change;
+        const char* reason;
+    };
+    for (const Case& changed : {Case{{"-ac", "1"}, "it is not stereo (channels: 1)"},
+                                Case{{"-ar", "44100"}, "the three files have different sample rates"}}) {
+        std::vector<std::string> arguments = {"-i", file("mix.wav")};
+        arguments.insert(arguments.end(), changed.change.begin(), changed.change.end());
+        arguments.push_back(file("changed.wav"));
+        test::ffmpeg(arguments);
+        const auto result = speech("background.wav", "changed.wav");
+        EXPECT_EQ(result.exit_code, 5);
+        EXPECT_EQ(result.err,
+                  "sonivex: cannot measure \"" + file("changed.wav") + "\": " + changed.reason + "\n");
+    }
+    for (const char* name : {"speech.wav", "background.wav", "mix.wav"}) {
+        test::ffmpeg({"-i", file(name), "-c:a", "pcm_s16le", "-ar", "499", file("slow.wav")});
+        std::filesystem::rename(file("slow.wav"), file(name));
+    }
+    const auto slow = speech("background.wav", "mix.wav");
+    EXPECT_EQ(slow.exit_code, 5);
+    EXPECT_EQ(slow.err,
+              "sonivex: cannot measure \"" + file("mix.wav") + "\": its sample rate is below 500 Hz\n");
+}
+
+TEST_F(Speech, IsRefusedWithoutABackground) {
+    test::ffmpeg({"-f", "lavfi", "-i", "anullsrc=r=48000:cl=stereo:d=4", file("silence.wav")});
+    const auto result = speech("silence.wav", "mix.wav");
+    EXPECT_EQ(result.exit_code, 4);
+    EXPECT_EQ(result.err,
+              "sonivex: cannot measure \"" + file("mix.wav") + "\": there is no speech, or no background\n");
 }
 
 TEST_F(Speech, IsRefusedForAnUnrelatedOutput) {
