@@ -96,6 +96,29 @@ TEST_F(Probe, ListsEveryStreamOfAFilmAsFfprobeDoes) {
     EXPECT_EQ(found["streams"][2]["sample_rate_hz"], 44100);
 }
 
+TEST_F(Probe, NamesWhatIsNeitherSoundNorPicture) {
+    test::writeFile(file("note.txt"), "Hello\n");
+    test::ffmpeg({"-i", silence("stereo", "48000"), "-attach", file("note.txt"), "-metadata:s:t",
+                  "mimetype=text/plain", file("attached.mkv")});
+    EXPECT_EQ(probeJson(file("attached.mkv"))["streams"][1]["kind"], "attachment");
+    test::ffmpeg({"-f", "lavfi", "-i", "testsrc=d=0.2:s=64x48", "-timecode", "00:00:00:00", "-c:v", "mpeg4",
+                  file("timecode.mov")});
+    EXPECT_EQ(probeJson(file("timecode.mov"))["streams"][1]["kind"], "data");
+}
+
+TEST_F(Probe, ListsAudioThatNothingDecodesWithTheReason) {
+    // The number of a codec that nobody has.
+    std::string unknown = test::readFile(silence("stereo", "48000"));
+    unknown.at(20) = '\x34';
+    unknown.at(21) = '\x12';
+    test::writeFile(file("unknown.wav"), unknown);
+    const auto stream = probeJson(file("unknown.wav"))["streams"][0];
+    EXPECT_EQ(stream["kind"], "audio");
+    EXPECT_EQ(stream["chosen"], false);
+    EXPECT_THAT(stream["problem"].get<std::string>(), HasSubstr("there is no decoder for its audio"));
+    EXPECT_TRUE(stream["effects"].empty());
+}
+
 TEST_F(Probe, TellsWhichEffectsTakeTheAudioAsItIs) {
     const auto stereo = probeJson(silence("stereo", "48000"))["streams"][0];
     EXPECT_EQ(fitOf(stereo, "normalizer"), "as it is");
