@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
 
 #include "end_to_end/media/media.h"
 #include "end_to_end/media/render_fixture.h"
@@ -99,6 +100,15 @@ TEST_F(RenderLevel, HoldsTheCeilingForNoise) {
     const auto report = render({file("in.wav"), file("out.wav"), "--target-lufs", "-6"});
     EXPECT_LE(report["output"]["true_peak_dbtp"].get<double>(), -1.0);
     EXPECT_LE(measure(file("out.wav")).true_peak_dbtp, -0.95);
+}
+
+TEST_F(RenderLevel, RefusesATargetForAPipeWhichCanBeReadOnlyOnce) {
+    const std::string in = makeSpeech("in.wav", 1);
+    const auto result = runRedirected("<'" + in + "'", {"-", file("out.wav"), "--target-lufs", "-23"});
+    EXPECT_EQ(result.exit_code, 2);
+    EXPECT_THAT(result.err, HasSubstr("sonivex: --target-lufs reads IN more than once, so IN must be a file, "
+                                      "not a pipe\n"));
+    EXPECT_FALSE(std::filesystem::exists(file("out.wav")));
 }
 
 TEST_F(RenderLevel, LeavesSilenceAlone) {
