@@ -271,6 +271,28 @@ TEST_F(FailingCalls, OfAMeasurementNameTheFile) {
     EXPECT_GT(reached_["read"], 0);
 }
 
+// A comparison reads its files more than once. With what only the first reading gave, it would be wrong.
+TEST_F(FailingCalls, OfASecondReadingEndAComparison) {
+    test::makeQuietSpeech(templates() + "/in.wav", 2, {"-t", "0.3"});
+    test::makeQuietSpeech(templates() + "/out.wav", 2, {"-t", "0.3"});
+    Command compare;
+    compare.arguments = {"inspect", "--pair", work() + "/in.wav", work() + "/out.wav"};
+    compare.inputs = {"in.wav", "out.wav"};
+    std::set<std::string> errors;
+    constexpr int kStride = 3;  // each reading makes more calls
+    for (int first = 1; errors.size() < 2 && first < kMostCalls; first += kStride) {
+        const auto result = run(compare, {"read", "once", std::to_string(EIO), {}}, first);
+        if (!hasFailed()) break;
+        if (result.err.find("a second time") == std::string::npos) continue;
+        EXPECT_EQ(result.exit_code, kInputNotReadable) << result.err;
+        EXPECT_EQ(result.out, "");
+        errors.insert(result.err);
+    }
+    EXPECT_THAT(errors, testing::UnorderedElementsAre(
+                            "sonivex: cannot read \"" + work() + "/in.wav\" a second time\n",
+                            "sonivex: cannot read \"" + work() + "/out.wav\" a second time\n"));
+}
+
 constexpr char kRawName[] = "sonivex_surround_output_12345678.pcm";
 
 TEST_F(FailingCalls, OfARawFileNameIt) {
