@@ -236,6 +236,12 @@ TEST_F(Play, RefusesWhatItDoesNotUnderstand) {
     EXPECT_EQ(play({file("no-such-file.wav")}).exit_code, 3);
 }
 
+TEST_F(Play, NamesTheEffectThatThePluginLacks) {
+    const auto result = play({tone(0.1), "--effect", "surround", "--plugin", SONIVEX_PLUGIN_WITHOUT_EFFECTS});
+    EXPECT_EQ(result.exit_code, 11);
+    EXPECT_EQ(result.err, "sonivex: the plug-in does not have surround\n");
+}
+
 TEST_F(Play, RefusesToStartBeyondTheEnd) {
     tone(1.0);
     for (const char* name : {"tone.wav", "tone.mka", "tone.flac"}) {
