@@ -222,11 +222,6 @@ void drawResponse(Canvas& canvas, const ResponseSet& set, const MeasuredSource& 
     };
     const Stroke left{.colour = sonivex_plotting::kBlue, .width = 1.4};
     const Stroke right{.colour = sonivex_plotting::kVermillion, .width = kRightEarWidth};
-    if (isSharedByBothEars(tables)) {
-        draw(tables.left, left);
-        panel.legend({{"both ears", left}});
-        return;
-    }
     draw(tables.right, right);
     draw(tables.left, left);
     panel.legend({{"left ear", left}, {"right ear", right}});
