@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -150,6 +151,28 @@ TEST_F(ReportCommand, ShowsTheResponsesOfWhatSurroundGets) {
     EXPECT_THAT(version["conversions"].dump(), HasSubstr("stereo"));
     ASSERT_EQ(version["responses"].size(), 1U);
     EXPECT_EQ(version["responses"][0]["set"], "cingo");
+}
+
+TEST_F(ReportCommand, SaysWhereTheAudioChangesItsChannels) {
+    test::makeQuietSpeech(file("first.ac3"), 2);
+    test::makeQuietSpeech(file("second.ac3"), 6);
+    test::writeFile(file("in.ac3"), test::readFile(file("first.ac3")) + test::readFile(file("second.ac3")));
+    const json summary = summaryOf(file("in.ac3"), {"--effect", "surround", "--no-sound"});
+    EXPECT_THAT(summary["versions"][1]["conversions"].dump(),
+                HasSubstr("the audio changes at 0:01 from 48000 Hz, stereo to 48000 Hz, 5.1"));
+}
+
+TEST_F(ReportCommand, OfADamagedFileIsOfTheRestAndSaysSo) {
+    test::makeQuietSpeech(file("whole.flac"), 2);
+    std::string bytes = test::readFile(file("whole.flac"));
+    const std::size_t middle = bytes.size() / 2;
+    std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(middle), 200, '\0');
+    test::writeFile(file("bad.flac"), bytes);
+    const auto result = run({file("bad.flac"), "-o", file("page.html"), "--effect", "surround", "--quiet"});
+    EXPECT_EQ(result.exit_code, 13);
+    EXPECT_EQ(result.err,
+              "sonivex: a part of \"" + file("bad.flac") + "\" is lost; the report is of the rest\n");
+    EXPECT_THAT(test::readFile(file("page.html")), HasSubstr("\"is_damaged\":true"));
 }
 
 TEST_F(ReportCommand, LeavesOutAnEffectThatDoesNotTakeTheChannels) {
@@ -327,6 +350,13 @@ TEST_F(ReportCommand, RefusesWhatItCannotDo) {
     EXPECT_EQ(run({file("missing.wav"), "-o", file("page.html")}).exit_code, 3);
     EXPECT_EQ(run({"/dev/null", "-o", file("page.html")}).exit_code, 2);
     EXPECT_EQ(run({file("in.wav"), "-o", file("no/such/page.html")}).exit_code, 7);
+    const auto no_folder = run({file("in.wav"), "--png", file("in.wav") + "/pictures"});
+    EXPECT_EQ(no_folder.exit_code, 7);
+    EXPECT_EQ(no_folder.err, "sonivex: cannot make the folder \"" + file("in.wav") + "/pictures\"\n");
+    const auto no_effect = run({file("in.wav"), "-o", file("page.html"), "--effect", "surround", "--plugin",
+                                SONIVEX_PLUGIN_WITHOUT_EFFECTS});
+    EXPECT_EQ(no_effect.exit_code, 11);
+    EXPECT_THAT(no_effect.err, HasSubstr("sonivex: the plug-in does not have surround"));
     const auto unknown = run({file("in.wav"), "-o", file("page.html"), "--effect", "surrond"});
     EXPECT_EQ(unknown.exit_code, 2);
     EXPECT_THAT(unknown.err, HasSubstr("did you mean \"surround\"?"));
