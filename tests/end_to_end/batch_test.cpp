@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
@@ -226,6 +227,11 @@ TEST_F(Batch, PassesOptionsOnAsTheyWereTyped) {
     EXPECT_EQ(test::readFile(file("out/a.wav")), single("a.wav", options));
 }
 
+TEST_F(Batch, PassesOnAnOptionWithAnEmptyValue) {
+    makeInputs();
+    EXPECT_EQ(batch({"--plugin", ""}).at("summary").at("rendered"), 2);
+}
+
 TEST_F(Batch, ReportsWhatFailedAndWhyAndGoesOn) {
     makeInputs();
     test::writeFile(file("in/0.wav"), "This is no sound at all.\n");
@@ -397,6 +403,33 @@ TEST_F(Batch, RefusesToWorkWhereAnotherBatchIsAtWork) {
     EXPECT_EQ(second.exit_code, 7);
     EXPECT_THAT(second.err, HasSubstr("another batch"));
     EXPECT_EQ(first.wait().exit_code, 0);
+}
+
+TEST_F(Batch, PrintsTheLogsOfEachFileBelowItsName) {
+    makeInputs();
+    const auto result = run(batchCommand({"--verbose", "--jobs", "1"}));
+    EXPECT_EQ(result.exit_code, 0) << result.err;
+    for (const char* name : {"in/a.wav", "in/b.flac"})
+        EXPECT_THAT(result.err, HasSubstr(file(name) + ":\n")) << name;
+    EXPECT_THAT(result.err, Not(HasSubstr("\n\n")));
+}
+
+TEST_F(Batch, CountsAFileWhoseProcessWasKilledAsFailed) {
+    fs::create_directory(file("in"));
+    // The process of this file waits for a writer until it is killed.
+    ASSERT_EQ(mkfifo(file("in/pipe.wav").c_str(), 0600), 0);
+    test::writeFile(file("list"), file("in/pipe.wav") + "\n");
+    const std::string kill_child =
+        "\"$0\" \"$@\" & batch=$!; "
+        "until child=$(cat /proc/$batch/task/$batch/children) && [ -n \"$child\" ]; do sleep 0.01; done; "
+        "kill -KILL $child; wait $batch";
+    std::vector<std::string> line = {"sh", "-c", kill_child};
+    const auto batch = command({"--batch", file("list"), "-o", file("out"), "--json", "--quiet"});
+    line.insert(line.end(), batch.begin(), batch.end());
+    const auto results = resultsOf(test::runProcess(line), 14);
+    EXPECT_EQ(results.at("pipe.wav").at("result"), "failed");
+    EXPECT_EQ(results.at("pipe.wav").at("error"), "its process was ended by a signal: Killed");
+    EXPECT_THAT(outputs(), IsEmpty());
 }
 
 TEST_F(Batch, ShowsOneDisplayOfAllFiles) {
