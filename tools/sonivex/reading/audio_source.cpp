@@ -276,10 +276,6 @@ FramePtr AudioSource::read() {
     }
 }
 
-uint64_t AudioSource::decodeErrors() const {
-    return file_->faults().errors + decoder_->errors() + invented_frames_;
-}
-
 DamageReport AudioSource::damageReport() const {
     DamageReport report = damage_;
     const ReadFaults faults = file_->faults();

@@ -89,8 +89,6 @@ class AudioSource {
     /** Makes `next` and `read` end soon, as if the file ended there. Any thread may call it. */
     void abandon();
 
-    /** Packets, frames and places of the file that could not be decoded or read so far. */
-    uint64_t decodeErrors() const;
     /** Returns what following the timestamps has changed so far. */
     const TimelineReport& timelineReport() const { return timeline_report_; }
     /** Damage so far; complete at the end. */

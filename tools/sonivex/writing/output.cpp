@@ -22,15 +22,12 @@ Output::~Output() {
     closeIo();
 }
 
-void Output::openIo(bool is_seekable) {
+void Output::openIo(SeekCallback seek) {
     auto* buffer = static_cast<unsigned char*>(allocated(av_malloc(kBufferBytes)));
     const auto write = [](void* self, auto* data, int bytes) {
         return static_cast<Output*>(self)->writeAll(data, static_cast<size_t>(bytes));
     };
-    int64_t (*seek_to)(void*, int64_t, int) = [](void* self, int64_t offset, int whence) {
-        return static_cast<Output*>(self)->seek(offset, whence);
-    };
-    io_ = avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, write, is_seekable ? seek_to : nullptr);
+    io_ = avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, write, seek);
     if (io_ != nullptr) return;
     av_free(buffer);
     throw std::bad_alloc();
@@ -40,10 +37,6 @@ void Output::closeIo() {
     if (io_ == nullptr) return;
     av_freep(&io_->buffer);
     avio_context_free(&io_);
-}
-
-int64_t Output::seek(int64_t /*offset*/, int /*whence*/) {
-    return AVERROR(ESPIPE);
 }
 
 int Output::remember(int error_number) {

@@ -32,14 +32,17 @@ class Output {
     /** @param name of the destination for messages: a quoted path, or "standard output" */
     explicit Output(std::string name) : name_(std::move(name)) {}
 
-    /** Creates the I/O context. @throw std::bad_alloc */
-    void openIo(bool is_seekable);
+    /** Works as the seek callback of an AVIOContext, of which `output` is the Output. */
+    using SeekCallback = int64_t (*)(void* output, int64_t offset, int whence);
+
+    /** Creates the I/O context.
+     * @param seek null if the output cannot be sought
+     * @throw std::bad_alloc */
+    void openIo(SeekCallback seek);
     void closeIo();
 
     /** Writes all bytes. @return `bytes`, or the result of `remember` */
     virtual int writeAll(const uint8_t* data, size_t bytes) = 0;
-    /** Works as the seek callback of an AVIOContext. Called only if the output is seekable. */
-    virtual int64_t seek(int64_t offset, int whence);
 
     /** Records an errno for `throwIfFailed` unless an earlier one is recorded. @return its AVERROR */
     int remember(int error_number);

@@ -68,7 +68,7 @@ OutputFile::OutputFile(const std::string& path, bool replace)
     check(path, replace);
     createTemporary();
     try {
-        openIo(true);
+        openIo(seek);
     } catch (...) {
         close();
         throw;
@@ -110,13 +110,14 @@ int OutputFile::writeAll(const uint8_t* data, size_t bytes) {
     return static_cast<int>(bytes);
 }
 
-int64_t OutputFile::seek(int64_t offset, int whence) {
+int64_t OutputFile::seek(void* output, int64_t offset, int whence) {
+    auto& file = *static_cast<OutputFile*>(static_cast<Output*>(output));
     if (whence == AVSEEK_SIZE) {
         struct stat status {};
-        return ::fstat(descriptor_, &status) == 0 ? status.st_size : AVERROR(errno);
+        return ::fstat(file.descriptor_, &status) == 0 ? status.st_size : AVERROR(errno);
     }
-    const off_t position = ::lseek(descriptor_, offset, whence & ~AVSEEK_FORCE);
-    return position >= 0 ? position : remember(errno);
+    const off_t position = ::lseek(file.descriptor_, offset, whence & ~AVSEEK_FORCE);
+    return position >= 0 ? position : file.remember(errno);
 }
 
 void OutputFile::commit() {

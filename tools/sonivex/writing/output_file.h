@@ -34,7 +34,7 @@ class OutputFile : public Output {
     void createTemporary();
     void giveName();
     int writeAll(const uint8_t* data, size_t bytes) override;
-    int64_t seek(int64_t offset, int whence) override;
+    static int64_t seek(void* output, int64_t offset, int whence);
     void close();
 
     std::string path_;         // as the user typed it

@@ -23,7 +23,7 @@ OutputPipe::OutputPipe(int descriptor) : Output("to standard output"), descripto
         throw Failure(ExitCode::OutputNotWritable,
                       "cannot write to standard output: it is a terminal; redirect it to a file or a pipe");
     }
-    openIo(false);
+    openIo(nullptr);
 }
 
 int OutputPipe::writeAll(const uint8_t* data, size_t bytes) {
