@@ -57,6 +57,17 @@ TEST(EncoderPlan, WritesWavIfTheNameHasNoExtension) {
     EXPECT_STREQ(planEncoder({.path = "folder.d/name"}, {specWith(AV_SAMPLE_FMT_S16)}).muxer->name, "wav");
 }
 
+TEST(EncoderPlan, RefusesAFormatWhoseCodecHasNoEncoder) {
+    ASSERT_EQ(avcodec_find_encoder(AV_CODEC_ID_ATRAC3), nullptr);
+    try {
+        planEncoder({.path = "a.oma"}, {specWith(AV_SAMPLE_FMT_S16)});
+        FAIL() << "it is planned";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.exitCode(), ExitCode::OutputFormat);
+        EXPECT_STREQ(failure.what(), "cannot write \"a.oma\": there is no encoder for atrac3");
+    }
+}
+
 TEST(EncoderPlan, NotesThatTheRateMustChange) {
     const EncoderPlan plan = planEncoder({.path = "a.opus"}, {specWith(AV_SAMPLE_FMT_FLTP, 2, 44100)});
     EXPECT_EQ(plan.spec.rate_hz, 48000);

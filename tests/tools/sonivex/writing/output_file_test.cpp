@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <deque>
 #include <filesystem>
+#include <new>
+#include <string>
 #include <utility>
 
 #include "failure.h"
@@ -17,8 +19,11 @@ namespace {
 
 std::deque<int> errors_of_fsync;  // of the next calls; the calls after them succeed
 int fsyncs = 0;
-int empty_writes = 0;    // how many of the next writes take nothing
-int error_of_close = 0;  // of the next call; 0: none
+int empty_writes = 0;                        // how many of the next writes take nothing
+int error_of_close = 0;                      // of the next call; 0: none
+int error_of_link = 0;                       // of every call; 0: none
+bool has_renaming_without_replacing = true;  // false on some file systems
+bool lacks_memory_for_context = false;
 
 }  // namespace
 
@@ -50,6 +55,37 @@ extern "C" int __wrap_close(int file) {
     return -1;
 }
 
+extern "C" int __wrap_renameat2(int from_folder, const char* from, int to_folder, const char* to,
+                                unsigned flags);
+extern "C" int __real_renameat2(int from_folder, const char* from, int to_folder, const char* to,
+                                unsigned flags);
+extern "C" int __wrap_renameat2(int from_folder, const char* from, int to_folder, const char* to,
+                                unsigned flags) {
+    if (has_renaming_without_replacing) return __real_renameat2(from_folder, from, to_folder, to, flags);
+    errno = EINVAL;
+    return -1;
+}
+
+extern "C" int __wrap_link(const char* from, const char* to);
+extern "C" int __real_link(const char* from, const char* to);
+extern "C" int __wrap_link(const char* from, const char* to) {
+    if (error_of_link == 0) return __real_link(from, to);
+    errno = error_of_link;
+    return -1;
+}
+
+using ReadBytes = int (*)(void*, uint8_t*, int);
+using Seek = int64_t (*)(void*, int64_t, int);
+extern "C" AVIOContext* __wrap_avio_alloc_context(unsigned char* buffer, int bytes, int is_written,
+                                                  void* opaque, ReadBytes read, ReadBytes write, Seek seek);
+extern "C" AVIOContext* __real_avio_alloc_context(unsigned char* buffer, int bytes, int is_written,
+                                                  void* opaque, ReadBytes read, ReadBytes write, Seek seek);
+extern "C" AVIOContext* __wrap_avio_alloc_context(unsigned char* buffer, int bytes, int is_written,
+                                                  void* opaque, ReadBytes read, ReadBytes write, Seek seek) {
+    if (lacks_memory_for_context) return nullptr;
+    return __real_avio_alloc_context(buffer, bytes, is_written, opaque, read, write, seek);
+}
+
 namespace {
 
 using sonivex_tool::ExitCode;
@@ -60,6 +96,12 @@ using testing::IsEmpty;
 
 class OutputFileTest : public testing::Test {
   protected:
+    void TearDown() override {
+        error_of_link = 0;
+        has_renaming_without_replacing = true;
+        lacks_memory_for_context = false;
+    }
+
     static void put(OutputFile& file, const std::string& text) {
         avio_write(file.io(), reinterpret_cast<const unsigned char*>(text.data()),
                    static_cast<int>(text.size()));
@@ -157,6 +199,36 @@ TEST_F(OutputFileTest, NeverReplacesAFileThatAppearedMeanwhile) {
     EXPECT_EQ(test::readFile(folder_.file("a")), "came first");
 }
 
+TEST_F(OutputFileTest, GetsItsNameOnAFileSystemThatCannotRenameWithoutReplacing) {
+    has_renaming_without_replacing = false;
+    for (const int error : {0, EPERM}) {
+        const std::string name = "a" + std::to_string(error);
+        error_of_link = error;
+        OutputFile file(folder_.file(name), false);
+        put(file, "whole");
+        file.commit();
+        EXPECT_EQ(test::readFile(folder_.file(name)), "whole");
+        EXPECT_THAT(folder_.names(), ElementsAre(name)) << "the temporary name is gone";
+        std::filesystem::remove(folder_.file(name));
+    }
+}
+
+TEST_F(OutputFileTest, ReplacesNothingOnAFileSystemThatCannotRenameWithoutReplacing) {
+    has_renaming_without_replacing = false;
+    for (const int error : {0, EPERM}) {
+        error_of_link = error;
+        {
+            OutputFile file(folder_.file("a"), false);
+            put(file, "new");
+            test::writeFile(folder_.file("a"), "came first");
+            EXPECT_EQ(failureOf([&] { file.commit(); }), ExitCode::OutputExists) << error;
+        }
+        EXPECT_EQ(test::readFile(folder_.file("a")), "came first") << error;
+        EXPECT_THAT(folder_.names(), ElementsAre("a")) << error;
+        std::filesystem::remove(folder_.file("a"));
+    }
+}
+
 TEST_F(OutputFileTest, ReplacesAFileOnRequestAndKeepsItsMode) {
     test::writeFile(folder_.file("a"), "old");
     ASSERT_EQ(chmod(folder_.file("a").c_str(), 0640), 0);
@@ -177,6 +249,21 @@ TEST_F(OutputFileTest, WritesThroughASymbolicLinkAndKeepsIt) {
     file.commit();
     EXPECT_TRUE(std::filesystem::is_symlink(folder_.file("link")));
     EXPECT_EQ(test::readFile(folder_.file("d/target")), "new");
+}
+
+TEST_F(OutputFileTest, LeavesNothingBehindIfMemoryRunsOut) {
+    lacks_memory_for_context = true;
+    EXPECT_THROW(OutputFile(folder_.file("a"), false), std::bad_alloc);
+    EXPECT_THAT(folder_.names(), IsEmpty());
+}
+
+TEST_F(OutputFileTest, TellsItsSizeBeforeAnythingIsWrittenAndAfter) {
+    OutputFile file(folder_.file("a"), false);
+    EXPECT_EQ(avio_size(file.io()), 0);
+    put(file, "text");
+    avio_flush(file.io());
+    EXPECT_EQ(file.io()->seek(file.io()->opaque, 0, AVSEEK_SIZE), 4);
+    EXPECT_NO_THROW(file.throwIfFailed());
 }
 
 TEST_F(OutputFileTest, RefusesExistingFilesFoldersAndDevices) {

@@ -94,6 +94,29 @@ TEST(StreamPlan, AFilmWithoutItsPictureIsRefused) {
     EXPECT_EQ(refusal("a.mkv"), ExitCode::Success);
 }
 
+TEST(StreamPlan, AFilmGetsNeitherDataNorStreamsOfAnUnknownKind) {
+    const std::vector<StreamFacts> streams = {stream(AVMEDIA_TYPE_VIDEO, AV_CODEC_ID_H264), rendered(),
+                                              stream(AVMEDIA_TYPE_DATA, AV_CODEC_ID_BIN_DATA),
+                                              stream(AVMEDIA_TYPE_UNKNOWN, AV_CODEC_ID_NONE)};
+    const auto plans = planStreams(streams, *chooseContainer({.path = "a.mkv"}), {.path = "a.mkv"});
+    EXPECT_EQ(fates(streams, {.path = "a.mkv"}), "CR!!");
+    EXPECT_EQ(plans[2].reason, "data streams are not copied");
+    EXPECT_EQ(plans[3].reason, "its kind is unknown");
+}
+
+TEST(StreamPlan, NamesAnUnknownCodecByTheLettersOfItsContainer) {
+    AVFormatContext* file = avformat_alloc_context();
+    for (const uint32_t tag : {MKTAG('a', 'b', 'c', 'd'), 0U}) {
+        AVCodecParameters& parameters = *avformat_new_stream(file, nullptr)->codecpar;
+        parameters.codec_type = AVMEDIA_TYPE_VIDEO;
+        parameters.codec_tag = tag;
+    }
+    const auto facts = factsOf(*file, 0);
+    avformat_free_context(file);
+    EXPECT_EQ(facts[0].codec_name, "abcd");
+    EXPECT_EQ(facts[1].codec_name, "unknown");
+}
+
 TEST(StreamPlan, DescribesAStreamByNumberKindCodecAndLanguage) {
     StreamFacts subtitle = stream(AVMEDIA_TYPE_SUBTITLE, AV_CODEC_ID_SUBRIP);
     EXPECT_EQ(describeStream(subtitle, 3), "stream 3 (subtitle, subrip)");
