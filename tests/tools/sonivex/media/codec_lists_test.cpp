@@ -39,6 +39,7 @@ TEST(CodecLists, AreEmptyForAnEncoderThatDeclaresNoLimits) {
 
 TEST(CodecLists, HoldWhatTheCodecItselfLimits) {
     EXPECT_THAT(sampleRatesHz(encoder("g722")), UnorderedElementsAre(16000));
+    EXPECT_THAT(sampleRatesHz(encoder("g726")), UnorderedElementsAre(8000));
     EXPECT_THAT(masks(encoder("aac")),
                 testing::IsSupersetOf<uint64_t>({AV_CH_LAYOUT_STEREO, AV_CH_LAYOUT_5POINT1_BACK}));
 }

@@ -6,8 +6,10 @@
 #include <cstring>
 #include <functional>
 #include <numbers>
+#include <string>
 #include <vector>
 
+#include "failure.h"
 #include "tools/sonivex/audio_samples.h"
 
 namespace {
@@ -216,6 +218,17 @@ TEST(FormatConverter, DoesNotScaleAMixThatExceedsFullScale) {
     FramePtr frame = test::floatFrame(6, 1, [](int, int) { return 0.9F; });
     const auto out = test::floatsOf(*converter.convert(std::move(frame)));
     EXPECT_NEAR(out[0], 0.9F * (1.0F + 2.0F * std::sqrt(0.5F)), 1e-5F);
+}
+
+TEST(FormatConverter, FailsOnMoreChannelsThanItCanMix) {
+    FormatConverter converter(test::floatSpec(2));
+    try {
+        converter.convert(makeFrame(test::floatSpec(65), 64));
+        FAIL() << "it mixes";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.exitCode(), ExitCode::Internal);
+        EXPECT_EQ(std::string(failure.what()).rfind("cannot convert the audio: ", 0), 0U) << failure.what();
+    }
 }
 
 TEST(AudioSpec, ReplacesAnUnspecifiedLayoutByTheDefaultOfItsChannelCount) {
