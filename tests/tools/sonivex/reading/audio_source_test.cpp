@@ -177,6 +177,27 @@ TEST(AudioSource, TellsHowMuchOfAWavFileIsMissing) {
     EXPECT_NEAR(missing_s(), 8.0 + 1001.0 / 96000, 0.001);
 }
 
+TEST(AudioSource, LeavesOutAFrameOfAnotherRateThatDamageMadeUp) {
+    const test::TemporaryFolder folder;
+    for (const std::string rate_hz : {"48000", "32000"}) {
+        const auto made = test::runProcess({"ffmpeg", "-nostdin", "-v", "error", "-f", "lavfi", "-i",
+                                            "sine=duration=1:sample_rate=" + rate_hz, "-frames:a",
+                                            rate_hz == "48000" ? "30" : "1", folder.file(rate_hz + ".ac3")});
+        ASSERT_EQ(made.exit_code, 0) << made.err;
+    }
+    const std::string sound = test::readFile(folder.file("48000.ac3"));
+    test::writeFile(folder.file("a.ac3"), sound + test::readFile(folder.file("32000.ac3")) + sound);
+    AudioSource source({.path = folder.file("a.ac3")});
+    constexpr int kFrame = 1536;
+    int64_t frames = 0;
+    while (const FramePtr frame = source.read()) {
+        EXPECT_EQ(frame->sample_rate, 48000);
+        frames += frame->nb_samples;
+    }
+    EXPECT_EQ(frames, 2 * 30 * kFrame);
+    EXPECT_EQ(source.damageReport().decode_errors, 1U);
+}
+
 // Reads 16-bit mono to the end.
 std::vector<int16_t> rest(AudioSource& source) {
     std::vector<int16_t> samples;

@@ -52,4 +52,14 @@ TEST(PcmFormatGuess, DerivesSurroundsInputChannelsFromTheSizesOfBothFiles) {
     }
 }
 
+TEST(PcmFormatGuess, DerivesNothingFromSizesThatSuitNoChannelCount) {
+    const test::TemporaryFolder folder;
+    const std::string input = folder.file("sonivex_surround_input_12345678.pcm");
+    test::writeFile(input, std::string(3 * 2 * 512, 'x'));
+    for (const size_t output_bytes : {size_t{2 * 2 * 512}, size_t{0}}) {
+        test::writeFile(folder.file("sonivex_surround_output_12345678.pcm"), std::string(output_bytes, 'x'));
+        EXPECT_EQ(guessPcmFormat(input, {{}, 48000}, false).assumptions, Lines{"2 channels"}) << output_bytes;
+    }
+}
+
 }  // namespace

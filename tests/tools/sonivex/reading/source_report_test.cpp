@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "source_info.h"
 
 namespace {
@@ -44,6 +46,14 @@ TEST(SourceReport, TellsWhatFollowingTheTimestampsChanged) {
         ElementsAre("the audio of \"a\" begins late; 1.500 s of silence precede it",
                     "the timestamps of \"a\" leave 2 gaps; 4.000 s of silence fill them",
                     "the timestamps of \"a\" overlap in 1 place; 0.250 s of audio were cut"));
+}
+
+TEST(SourceReport, TellsWhereTheTimestampsJump) {
+    const auto ending = " by more than a gap or an overlap; the audio goes on there without a break";
+    EXPECT_THAT(sentencesOn("a", {.jumps = 1}, {}),
+                ElementsAre(std::string("the timestamps of \"a\" jump in 1 place") + ending));
+    EXPECT_THAT(sentencesOn("a", {.jumps = 2}, {}),
+                ElementsAre(std::string("the timestamps of \"a\" jump in 2 places") + ending));
 }
 
 TEST(SourceReport, NamesTheStreamAmongSeveral) {

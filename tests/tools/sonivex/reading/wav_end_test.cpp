@@ -48,6 +48,8 @@ TEST_F(WavEnd, IsUnknownForAPlaceholderAndForOtherFiles) {
         EXPECT_EQ(stated("", placeholder), std::nullopt) << placeholder;
     EXPECT_EQ(stated("", 0x7FFEFFFF), 0x7FFEFFFF);
     EXPECT_EQ(stated("", 4, "AVI "), std::nullopt);
+    test::writeFile(folder_.file("silent.wav"), "RIFF" + lengthText(0) + "WAVE" + chunk("LIST", "even"));
+    EXPECT_EQ(statedWavBytes(folder_.file("silent.wav")), std::nullopt) << "it has no audio";
     EXPECT_EQ(statedWavBytes(folder_.file("none")), std::nullopt);
     EXPECT_EQ(statedWavBytes(folder_.path()), std::nullopt);
 }
