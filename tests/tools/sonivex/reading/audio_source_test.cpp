@@ -177,7 +177,7 @@ TEST(AudioSource, TellsHowMuchOfAWavFileIsMissing) {
     EXPECT_NEAR(missing_s(), 8.0 + 1001.0 / 96000, 0.001);
 }
 
-TEST(AudioSource, LeavesOutAFrameOfAnotherRateThatDamageMadeUp) {
+TEST(AudioSource, PutsSilenceInPlaceOfAFrameWhoseRateDamageMadeUp) {
     const test::TemporaryFolder folder;
     for (const std::string rate_hz : {"48000", "32000"}) {
         const auto made = test::runProcess({"ffmpeg", "-nostdin", "-v", "error", "-f", "lavfi", "-i",
@@ -194,8 +194,9 @@ TEST(AudioSource, LeavesOutAFrameOfAnotherRateThatDamageMadeUp) {
         EXPECT_EQ(frame->sample_rate, 48000);
         frames += frame->nb_samples;
     }
-    EXPECT_EQ(frames, 2 * 30 * kFrame);
+    EXPECT_EQ(frames, 2 * 30 * kFrame + kFrame * 48000 / 32000);
     EXPECT_EQ(source.damageReport().decode_errors, 1U);
+    EXPECT_NEAR(source.damageReport().filled_s, kFrame / 32000.0, 1e-6);
 }
 
 // Reads 16-bit mono to the end.
