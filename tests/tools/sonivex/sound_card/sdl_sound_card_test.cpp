@@ -45,18 +45,9 @@ TEST_F(SdlSoundCardTest, NamesACardThatDoesNotOpen) {
     EXPECT_EQ(feed_->newTicket(), ticket + 1) << "the card before keeps its ticket";
 }
 
-TEST_F(SdlSoundCardTest, AClosedCardAsksForNothing) {
-    auto card = openSdlSoundCard({}, feed_);
-    EXPECT_FALSE(card->isGone());
-    EXPECT_TRUE(asksForMore());
-    card.reset();
-    const uint64_t asked = feed_->framesAsked();
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // more than two buffers
-    EXPECT_EQ(feed_->framesAsked(), asked);
-}
-
 TEST_F(SdlSoundCardTest, AnAbandonedCardStaysOpen) {
     auto card = openSdlSoundCard({}, feed_);
+    EXPECT_FALSE(card->isGone());
     card->abandon();
     card.reset();
     EXPECT_TRUE(asksForMore());
