@@ -7,7 +7,7 @@
 namespace fuzz {
 
 MemoryOutput::MemoryOutput(std::size_t most_bytes) : Output("memory"), most_bytes_(most_bytes) {
-    openIo(true);
+    openIo(seek);
 }
 
 MemoryOutput::~MemoryOutput() {
@@ -27,7 +27,11 @@ int MemoryOutput::writeAll(const std::uint8_t* data, std::size_t bytes) {
     return static_cast<int>(bytes);
 }
 
-std::int64_t MemoryOutput::seek(std::int64_t offset, int whence) {
+std::int64_t MemoryOutput::seek(void* output, std::int64_t offset, int whence) {
+    return static_cast<MemoryOutput*>(static_cast<Output*>(output))->move(offset, whence);
+}
+
+std::int64_t MemoryOutput::move(std::int64_t offset, int whence) {
     const auto size = static_cast<std::int64_t>(bytes_.size());
     if (whence == AVSEEK_SIZE) return size;
     if (whence == SEEK_CUR) offset += static_cast<std::int64_t>(position_);

@@ -19,7 +19,8 @@ class MemoryOutput : public sonivex_tool::Output {
 
   private:
     int writeAll(const std::uint8_t* data, std::size_t bytes) override;
-    std::int64_t seek(std::int64_t offset, int whence) override;
+    static std::int64_t seek(void* output, std::int64_t offset, int whence);
+    std::int64_t move(std::int64_t offset, int whence);
 
     std::size_t most_bytes_;
     std::vector<std::uint8_t> bytes_;
