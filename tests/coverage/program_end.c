@@ -1,5 +1,5 @@
-// Writes the counts of a program that ends without its exit handlers, or becomes another program. The linker puts these
-// functions in the place of the C library's when the build counts lines.
+// Writes the counts of a program that ends without its exit handlers, or becomes another program. The linker
+// puts these functions in the place of the C library's when the build counts lines.
 #include <unistd.h>
 
 void __gcov_dump(void);

@@ -22,8 +22,8 @@ namespace fs = std::filesystem;
 
 constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";
 constexpr size_t kLongestLine_bytes = 16384;  // two paths of the longest kind that the system opens
-// A list without an end, such as a pipe, must not take all memory. An entry takes some hundred bytes beside its
-// names, so a list of short names needs a limit of its own.
+// A list without an end, such as a pipe, must not take all memory. An entry takes some hundred bytes beside
+// its names, so a list of short names needs a limit of its own.
 constexpr size_t kLongestList_bytes = size_t{64} << 20;
 constexpr size_t kMostEntries = 1'000'000;
 
