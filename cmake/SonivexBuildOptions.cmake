@@ -112,6 +112,12 @@ set(SONIVEX_CXX_RUNTIME ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
 list(FILTER SONIVEX_CXX_RUNTIME INCLUDE REGEX "^(stdc\\+\\+|c\\+\\+|m)$")
 list(REMOVE_DUPLICATES SONIVEX_CXX_RUNTIME)
 
+# An installed file keeps the room of the path to the build's own libraries. A path relative to the file is the same in every
+# folder, so two builds of a release have the same bytes. Tests copy their programs, which then need whole paths.
+if(NOT SONIVEX_DEVELOPER)
+    set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+endif()
+
 set(CMAKE_C_VISIBILITY_PRESET hidden)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
