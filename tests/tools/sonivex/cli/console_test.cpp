@@ -56,11 +56,17 @@ struct Line {
         close(test_side);
         close(program_side);
     }
-    // Returns all that was written, which fits into the buffers of the system.
-    std::string written() const {
+    // Returns all that was written up to `end`. A terminal hands each write on a little later, so one read
+    // may return a part of them.
+    std::string writtenUpTo(const std::string& end) const {
+        std::string text;
         std::array<char, 4096> bytes{};
-        const ssize_t count = read(test_side, bytes.data(), bytes.size());
-        return {bytes.data(), count > 0 ? static_cast<size_t>(count) : 0U};
+        while (text.find(end) == std::string::npos) {
+            const ssize_t count = read(test_side, bytes.data(), bytes.size());
+            if (count <= 0) break;
+            text.append(bytes.data(), static_cast<size_t>(count));
+        }
+        return text;
     }
 };
 
@@ -96,7 +102,7 @@ class ConsoleProgress : public testing::Test {
         work(console);
         // Without an end of its own, nothing written would make the test wait for ever.
         console.note("the end");
-        return line.written();
+        return line.writtenUpTo("the end");
     }
 };
 
