@@ -60,18 +60,29 @@ TEST(ChildProcess, RunsThisProgramAndHandsOverItsOutputAndExitCode) {
 }
 
 TEST(ChildProcess, IsKilledIfItDoesNotTakeTheWishThatItEnds) {
+    constexpr std::chrono::milliseconds kFarewell{50};
     const BlockedSignal blocked(SIGTERM);
+    const auto begin = std::chrono::steady_clock::now();
     pid_t pid = 0;
     {
         // It has no end of its own. It dies with this program, because nobody reads its output then.
-        const ChildProcess child({"--gtest_repeat=-1", "--gtest_filter=None.OfTheTests"},
-                                 std::chrono::milliseconds(50));
+        const ChildProcess child({"--gtest_repeat=-1", "--gtest_filter=None.OfTheTests"}, kFarewell);
         pid = onlyChild();
         ASSERT_GT(pid, 0);
         EXPECT_EQ(::kill(pid, 0), 0);
     }
     EXPECT_EQ(::kill(pid, 0), -1);  // it is gone, and waited for
     EXPECT_EQ(errno, ESRCH);
+    const auto elapsed = std::chrono::steady_clock::now() - begin;
+    EXPECT_GE(elapsed, kFarewell) << "it took the wish";
+    EXPECT_LT(elapsed, ChildProcess::kLongestFarewell) << "it had more time than this owner grants";
+}
+
+TEST(ChildProcess, EndsWithCode127IfItsProgramCannotStart) {
+    // The system starts no program with an argument of 128 KiB or more.
+    ChildProcess child({std::string(std::size_t{256} << 10, 'x')});
+    while (!child.poll()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_EQ(child.exitCode(), 127);
 }
 
 #ifndef CHECKS_NEED_DESCRIPTORS
