@@ -227,7 +227,7 @@ TEST_F(Batch, PassesOptionsOnAsTheyWereTyped) {
     EXPECT_EQ(test::readFile(file("out/a.wav")), single("a.wav", options));
 }
 
-TEST_F(Batch, PassesOnAnOptionWithAnEmptyValue) {
+TEST_F(Batch, TakesAnOptionWithAnEmptyValue) {
     makeInputs();
     EXPECT_EQ(batch({"--plugin", ""}).at("summary").at("rendered"), 2);
 }
@@ -421,8 +421,9 @@ TEST_F(Batch, CountsAFileWhoseProcessWasKilledAsFailed) {
     test::writeFile(file("list"), file("in/pipe.wav") + "\n");
     const std::string kill_child =
         "\"$0\" \"$@\" & batch=$!; "
-        "until child=$(cat /proc/$batch/task/$batch/children) && [ -n \"$child\" ]; do sleep 0.01; done; "
-        "kill -KILL $child; wait $batch";
+        "for try in $(seq 3000); do child=$(cat /proc/$batch/task/$batch/children); "
+        "[ -z \"$child\" ] || break; sleep 0.01; done; "
+        "kill -KILL ${child:-$batch}; wait $batch";
     std::vector<std::string> line = {"sh", "-c", kill_child};
     const auto batch = command({"--batch", file("list"), "-o", file("out"), "--json", "--quiet"});
     line.insert(line.end(), batch.begin(), batch.end());
