@@ -173,6 +173,18 @@ TEST_P(PlayerBypass, IsNotEndedByARecoveryWhileAnOverloadLasts) {
     expectBypassed(*player, false);
 }
 
+TEST_P(PlayerBypass, IgnoresEventsThatItDoesNotKnow) {
+    const auto player = makePlayer();
+    auto& filter = dynamic_cast<FakeFilter&>(player->filter());
+    const int times_made_valid = script_->times_made_valid;
+    filter.send("SomethingElse");
+    expectBypassed(*player, false);
+    EXPECT_EQ(script_->times_made_valid, times_made_valid) << "the player told the filter something";
+    player->setVideoFps(120);
+    filter.send("SomethingElse");
+    expectBypassed(*player, true);
+}
+
 TEST_P(PlayerBypass, KeepsTheFilterInvalidForALowerRateWhileAnOverloadLasts) {
     script_->overload_from_ms = 0;
     const auto player = makePlayer();
