@@ -154,11 +154,18 @@ TEST(JsonItem, KeepsTextAsUtf8) {
 
 TEST(JsonItem, IsEmptyAfterAMove) {
     VorlinJSONItem from(R"({"a":1})");
-    const VorlinJSONItem to(std::move(from));
+    VorlinJSONItem to(std::move(from));
     EXPECT_EQ(to.getInt("a"), 1);
     EXPECT_FALSE(from.isValid());  // NOLINT(bugprone-use-after-move): the moved-from item must stay safe
     EXPECT_FALSE(from.hasItem("a"));
     EXPECT_EQ(from.getString("a", "x"), "x");
+
+    VorlinJSONItem other(R"({"b":2})");
+    other = std::move(to);
+    EXPECT_EQ(other.getInt("a"), 1);
+    EXPECT_FALSE(other.hasItem("b"));
+    EXPECT_FALSE(to.isValid());  // NOLINT(bugprone-use-after-move)
+    EXPECT_FALSE(to.hasItem("a"));
 }
 
 }  // namespace
