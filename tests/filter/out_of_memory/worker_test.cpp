@@ -13,12 +13,12 @@
 #include "SonivexFilter.h"
 #include "failing_calls/sweep.h"
 #include "filter/faults/filter_under_test.h"
+#include "filter/out_of_memory/last_failure_line.h"
 #include "filter/out_of_memory/worker_turns.h"
 #include "frame_checks.h"
 #include "support/frames/audio_frames.h"
 #include "support/frames/frame_matchers.h"
 #include "vorlin/filter_prototype.h"
-#include "vorlin/log.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -49,33 +49,6 @@ const Stream kStreams[] = {
     {"Dialogue",
      R"({"dialoguenhance_voice": 2.5, "enable_dialoguenhance": true})",
      {.format = AV_SAMPLE_FMT_FLT, .frames = 512}},
-};
-
-/** Keeps the last line that tells of a failure, without a request for memory. */
-class LastLine {
-  public:
-    LastLine() {
-        Vorlin::setLogSink([this](int level, const std::string&, const std::string& line) {
-            // A graph that has nothing to give is no error of its own.
-            const bool is_graph_empty = line.starts_with("sonivex av_buffersink_get_frame error");
-            if (level > Vorlin::LOG_WARNING && !is_graph_empty) return;
-            ++lines_;
-            line.copy(text_, sizeof text_ - 1);
-        });
-        Vorlin::setLogLevel(Vorlin::LOG_DEBUG);
-    }
-    ~LastLine() {
-        Vorlin::setLogLevel(Vorlin::LOG_QUIET);
-        Vorlin::setLogSink({});
-    }
-    LastLine(const LastLine&) = delete;
-    LastLine& operator=(const LastLine&) = delete;
-    int lines() const { return lines_; }
-    const char* text() const { return text_; }
-
-  private:
-    int lines_ = 0;
-    char text_[256] = {};
 };
 
 /** Plays frames through a filter with a worker, one turn for each. */
@@ -178,7 +151,7 @@ class WorkerOutOfMemory : public testing::TestWithParam<Stream> {
         int lost = 0;
         int waited = 0;
         const Sweep sweep = failEveryRequest(sweepStride(stride), [&](FailingMemory& memory) {
-            LastLine log;
+            LastFailureLine log;
             WorkersFilter filter(GetParam());
             for (std::uint32_t number = 0; number < hit; ++number) {
                 ASSERT_NE(filter.pass(number), nullptr);
@@ -236,7 +209,7 @@ TEST(WorkersStartOutOfMemory, LeavesAFilterThatWorksWithOrWithoutAWorker) {
     failEveryRequest(1, [&](FailingMemory& memory) {
         std::thread([&] {
             const WorkerTurns turns;
-            LastLine log;
+            LastFailureLine log;
             Vorlin::sonivexFilter filter({}, {}, true);
             memory.during([&] { EXPECT_TRUE(filter.init(0)); });
             if (memory.which() == FailingMemory::Which::kOne && log.lines() > 0) {
