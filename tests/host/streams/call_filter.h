@@ -22,6 +22,7 @@ struct CallPlan {
     int gives_up = -1;  // number of the call
     bool is_stuck = false;
     bool passes_on = false;    // calls come out untouched
+    int pulls_to_refuse = 0;   // as if the filter were still busy
     std::vector<int> lengths;  // of the calls that it took, except the player's own
     std::vector<int64_t> times;
 };
@@ -52,6 +53,10 @@ class CallFilter final : public Vorlin::IAudioFilter, public Vorlin::filterProto
         return 0;
     }
     int pull(std::unique_ptr<Vorlin::IQFFrame>& frame, uint64_t) override {
+        if (plan_.pulls_to_refuse > 0) {
+            --plan_.pulls_to_refuse;
+            return Vorlin::kTryAgain;
+        }
         if (out_.empty()) return Vorlin::kTryAgain;
         frame = std::move(out_.front());
         out_.pop_front();

@@ -140,5 +140,22 @@ TEST_F(PlayerCalls, AreNotMadeOfFramesThatLieAboutThemselves) {
     EXPECT_EQ(run.played()[1].object, object);
 }
 
+// A frame that is no call may still be inside the filter.
+TEST_F(PlayerCalls, ComeOutBeforeAFrameWithoutSamplesThatBeginsTheStream) {
+    PlayerRun run(config(), "{}");
+    auto liar = makeFrame({.frames = 100}, noiseSource(1));
+    static_cast<AVFrame*>(*liar)->nb_samples = 99;  // the description still says 100
+    auto empty = makeFrame({.frames = 1}, noiseSource(1));
+    static_cast<AVFrame*>(*empty)->nb_samples = 0;
+    empty->getInfo().nb_samples = 0;
+    const IQFFrame* const objects[] = {liar.get(), empty.get()};
+    plan_.pulls_to_refuse = 1;
+    EXPECT_EQ(run.player().push(std::move(liar)), 0);
+    ASSERT_TRUE(run.played().empty()) << "the filter gave the frame back at once";
+    EXPECT_EQ(run.player().push(std::move(empty)), 0);
+    ASSERT_EQ(run.played().size(), 2U);
+    for (const std::size_t i : {0U, 1U}) EXPECT_EQ(run.played()[i].object, objects[i]);
+}
+
 }  // namespace
 }  // namespace test
