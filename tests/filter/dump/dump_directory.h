@@ -2,8 +2,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -28,12 +26,6 @@ inline Pcm samplesInFile(const std::string& path) {
     Pcm samples(bytes.size() / sizeof(int16_t));
     if (!samples.empty()) std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(int16_t));
     return samples;
-}
-
-/** Returns the number of open file descriptors of this process. */
-inline int openDescriptors() {
-    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-    return static_cast<int>(std::distance(begin(descriptors), end(descriptors)));
 }
 
 /** Returns the name that the filter gives a dump file. @param stage "input" or "output". */

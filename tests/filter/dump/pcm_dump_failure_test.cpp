@@ -16,6 +16,7 @@
 #include "support/effects/normalizer_effect.h"
 #include "support/frames/frame_matchers.h"
 #include "support/logs/host_log_capture.h"
+#include "support/processes/process.h"
 
 namespace test {
 namespace {

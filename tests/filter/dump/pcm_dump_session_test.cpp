@@ -13,6 +13,7 @@
 #include "filter/faults/system_faults.h"
 #include "support/effects/normalizer_effect.h"
 #include "support/logs/host_log_capture.h"
+#include "support/processes/process.h"
 #include "support/signals/signal_matchers.h"
 
 namespace test {

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
@@ -35,18 +36,6 @@ std::string contentsOf(int file) {
     while ((count = read(file, piece.data(), piece.size())) > 0)
         contents.append(piece.data(), static_cast<size_t>(count));
     return contents;
-}
-
-// Returns the processes that a process has started and that have not been waited for.
-std::vector<pid_t> childrenOf(pid_t process) {
-    std::vector<pid_t> children;
-    std::error_code gone;
-    const std::filesystem::path tasks = "/proc/" + std::to_string(process) + "/task";
-    for (const auto& task : std::filesystem::directory_iterator(tasks, gone)) {
-        std::ifstream list(task.path() / "children");
-        for (pid_t child = 0; list >> child;) children.push_back(child);
-    }
-    return children;
 }
 
 // Returns true if no thread of a process can run: each is stopped, or has ended.
@@ -166,6 +155,22 @@ ProcessResult Process::wait(std::chrono::seconds limit) {
 
 ProcessResult runProcess(const std::vector<std::string>& command, const ProcessOptions& options) {
     return Process(command, options).wait();
+}
+
+std::vector<pid_t> childrenOf(pid_t process) {
+    std::vector<pid_t> children;
+    std::error_code gone;
+    const std::filesystem::path tasks = "/proc/" + std::to_string(process) + "/task";
+    for (const auto& task : std::filesystem::directory_iterator(tasks, gone)) {
+        std::ifstream list(task.path() / "children");
+        for (pid_t child = 0; list >> child;) children.push_back(child);
+    }
+    return children;
+}
+
+int openDescriptors() {
+    const std::filesystem::directory_iterator descriptors("/proc/self/fd");
+    return static_cast<int>(std::distance(begin(descriptors), end(descriptors))) - 1;  // one reads the folder
 }
 
 }  // namespace test

@@ -59,4 +59,11 @@ class Process {
 /** Runs a program to its end. */
 ProcessResult runProcess(const std::vector<std::string>& command, const ProcessOptions& options = {});
 
+/** Returns the processes that any thread of `process` has started and that nobody has waited for yet; none if
+ *  `process` is gone. */
+std::vector<pid_t> childrenOf(pid_t process);
+
+/** Returns the number of open file descriptors of this process. */
+int openDescriptors();
+
 }  // namespace test
