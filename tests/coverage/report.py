@@ -7,27 +7,36 @@ LINES.json is what "gcovr --json" writes. GAPS.txt lists the lines that no test 
 
     # reason, in one or more lines
     file: text of the line
+    file: 3 x text of the line
 
-The text is the line without its indentation; a line that stands several times in a file needs one entry. A reason that begins
-with "Uncounted: " is that of lines that run, but whose counts are lost; they do not count as lines. The program fails if a
-folder has less than 97 % or a file less than 95 % of its lines reached, if a line that is not reached has no entry, or if an
-entry names a line that no longer exists or that is reached.
+The text is the line without its indentation. An entry excuses as many lines with this text as its number says; without one it
+excuses one line. A reason that begins with "Uncounted: " is that of lines that run, but whose counts are lost; they do not
+count as lines. The program fails if a folder has less than 97 % or a file less than 95 % of its lines reached, if a line that
+is not reached has no entry, or if an entry excuses more or fewer lines than those with its text that are not reached.
 """
 import collections
 import json
 import pathlib
 import re
 import sys
+import typing
 
 FOLDER_PERCENT = 97.0
 FILE_PERCENT = 95.0
 
-
 UNCOUNTED = "# Uncounted: "
+ENTRY = re.compile(r"(?P<file>[^:]+): (?:(?P<lines>\d+) x )?(?P<text>.+)")
+
+
+class Gap(typing.NamedTuple):
+    """An entry: how many lines with its text are not reached, and whether they run uncounted."""
+
+    lines: int
+    is_uncounted: bool
 
 
 def read_gaps(path):
-    """Returns the entries of the list as {file: {text: whether the line runs uncounted}}."""
+    """Returns the entries of the list as {file: {text: Gap}}."""
     gaps = collections.defaultdict(dict)
     reason = ""
     for number, line in enumerate(pathlib.Path(path).read_text().splitlines(), 1):
@@ -36,10 +45,13 @@ def read_gaps(path):
         elif not line.strip():
             reason = ""
         else:
-            file, separator, text = line.partition(": ")
-            if not separator or not reason:
+            entry = ENTRY.fullmatch(line)
+            if not entry or not reason:
                 sys.exit(f"{path}:{number}: expected a reason, then 'file: text of the line'")
-            gaps[file][text.strip()] = reason.startswith(UNCOUNTED)
+            text = entry["text"].strip()
+            if text in gaps[entry["file"]]:
+                sys.exit(f"{path}:{number}: a second entry for the same text; one entry can excuse several lines")
+            gaps[entry["file"]][text] = Gap(int(entry["lines"] or 1), reason.startswith(UNCOUNTED))
     return gaps
 
 
@@ -95,9 +107,10 @@ def main():
         lines = merged_lines(file, text)
         known = gaps.pop(name, {})
         missed = {number for number, line in lines.items() if line["count"] == 0}
-        unreached = {text[number - 1].strip() for number in missed}
+        unreached = collections.Counter(text[number - 1].strip() for number in missed)
         for number in missed:
-            if known.get(text[number - 1].strip()):
+            gap = known.get(text[number - 1].strip())
+            if gap and gap.is_uncounted:
                 del lines[number]
         count = Count()
         for counter in (count, folders[str(pathlib.PurePosixPath(name).parent)], total):
@@ -107,8 +120,10 @@ def main():
         for number in sorted(missed):
             if text[number - 1].strip() not in known:
                 problems.append(f"{name}:{number}: is not reached, and has no reason: {text[number - 1].strip()}")
-        for stale in sorted(known.keys() - unreached):
-            problems.append(f"{gaps_path}: {name} has no unreached line '{stale}'")
+        for excused, gap in sorted(known.items()):
+            if unreached[excused] != gap.lines:
+                problems.append(f"{gaps_path}: {name} has {unreached[excused]} unreached lines with the text '{excused}', "
+                                f"but the entry excuses {gap.lines}")
     for name in sorted(gaps):
         problems.append(f"{gaps_path}: there is no {name}")
 
