@@ -36,7 +36,8 @@ TEST(OutputPipe, CannotBeSought) {
     OutputPipe pipe(ends[1]);
     EXPECT_EQ(pipe.io()->seekable & AVIO_SEEKABLE_NORMAL, 0);
     avio_write(pipe.io(), reinterpret_cast<const unsigned char*>("text"), 4);
-    EXPECT_LT(avio_seek(pipe.io(), -100'000, SEEK_CUR), 0);
+    avio_flush(pipe.io());  // a place that is still in the buffer could be sought
+    EXPECT_LT(avio_seek(pipe.io(), 0, SEEK_SET), 0);
     EXPECT_NO_THROW(pipe.commit());
     std::array<char, 16> bytes{};
     EXPECT_EQ(read(ends[0], bytes.data(), bytes.size()), 4);
