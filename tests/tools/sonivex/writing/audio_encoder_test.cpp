@@ -39,6 +39,7 @@ TEST(AudioEncoder, FailsOnSamplesThatTheEncoderRefuses) {
     ASSERT_NE(plan.codec, nullptr);
     AudioEncoder encoder(plan, false, [](AVPacket&) {});
     const FramePtr frame = makeFrame(plan.spec, 4096);
+    av_samples_set_silence(frame->extended_data, 0, 4096, plan.spec.channels(), plan.spec.format);
     for (int i = 0; i < frame->nb_samples; ++i)
         reinterpret_cast<float*>(frame->data[0])[i] = std::numeric_limits<float>::quiet_NaN();
     try {
