@@ -48,7 +48,10 @@ TEST(IrgenTrialRead, RefusesAFileOfWhichReadingCrashes) {
     } catch (const UnusableHead& reason) {
         EXPECT_STREQ(reason.what(), "cannot be read as a SOFA file: it is damaged, and reading it crashes");
     }
+    // If nothing has opened the pipe, the other thread still waits for a reader.
+    const int late_reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
     killer.join();
+    close(late_reader);
 }
 
 // A program that ignores the ends of its processes does not learn how they ended.
