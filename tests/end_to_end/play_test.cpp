@@ -132,6 +132,14 @@ TEST_F(Play, APipeIsPlayedAndCannotBeSoughtIn) {
     EXPECT_THAT(result.out, HasSubstr("ended at 0:01"));
 }
 
+TEST_F(Play, APipeCannotBeginLater) {
+    const auto result =
+        test::runProcess({"sh", "-c", "cat \"$1\" | SDL_AUDIODRIVER=dummy \"$2\" play - --start 0.1", "sh",
+                          tone(1.0), SONIVEX_PROGRAM});
+    EXPECT_EQ(result.exit_code, 2) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("sonivex: --start: \"-\" cannot be sought in"));
+}
+
 TEST_F(Play, QuietPrintsNothing) {
     const auto result = play({tone(0.5), "--quiet"});
     EXPECT_EQ(result.exit_code, 0);

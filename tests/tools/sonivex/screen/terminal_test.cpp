@@ -1,4 +1,4 @@
-// A program that ends in the midst of its work, on a terminal of its own.
+// A program that ends in the midst of its work, on a terminal of its own, and terminals that give no keys.
 #include "terminal.h"
 
 #include <gmock/gmock.h>
@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "failure.h"
 #include "last_words.h"
 
 namespace {
@@ -90,6 +91,46 @@ TEST(TerminalOfAProgramThatAborts, IsGivenBack) {
     EXPECT_TRUE(WIFSIGNALED(seen.status) && WTERMSIG(seen.status) == SIGABRT) << seen.status;
     EXPECT_TRUE(seen.has_line_mode);
     EXPECT_THAT(seen.shown, HasSubstr(kLeaveScreen));
+}
+
+TEST(Terminal, RefusesKeysThatComeFromNoTerminal) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    try {
+        const Terminal keys(ends[0], -1, TerminalUse::Keys);
+        ADD_FAILURE() << "it takes keys from a pipe";
+    } catch (const sonivex_tool::Failure& failure) {
+        EXPECT_STREQ(failure.what(), "cannot read keys: standard input is not a terminal");
+    }
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST(Terminal, EndsWhenItHangsUp) {
+    int terminal = -1;
+    int program_side = -1;
+    ASSERT_EQ(openpty(&terminal, &program_side, nullptr, nullptr, nullptr), 0);
+    {
+        Terminal keys(program_side, -1, TerminalUse::Keys);
+        EXPECT_EQ(keys.read(0), "");
+        EXPECT_FALSE(keys.hasEnded());
+        close(terminal);
+        EXPECT_EQ(keys.read(0), "");
+        EXPECT_TRUE(keys.hasEnded());
+    }
+    close(program_side);
+}
+
+// The system calls such keys ready, and has none to read.
+TEST(Terminal, EndsWithADescriptorThatIsGone) {
+    int terminal = -1;
+    int program_side = -1;
+    ASSERT_EQ(openpty(&terminal, &program_side, nullptr, nullptr, nullptr), 0);
+    Terminal keys(program_side, -1, TerminalUse::Keys);
+    close(program_side);
+    EXPECT_EQ(keys.read(0), "");
+    EXPECT_TRUE(keys.hasEnded());
+    close(terminal);
 }
 
 }  // namespace
