@@ -27,6 +27,7 @@ using test::Fault;
 constexpr seconds kLongestRun(60);
 constexpr int kMostCalls = 3000;
 constexpr int kInputNotReadable = 3;
+constexpr int kOutputNotWritable = 7;
 constexpr int kBatchFailed = 14;
 constexpr int kOnlyTheFirst = kMostCalls;  // a stride
 
@@ -335,6 +336,28 @@ TEST_F(FailingCalls, OfStandardInputDoNotShortenAList) {
     const auto failed = run(batch, {"read", "once", std::to_string(EIO), {}}, 1);
     EXPECT_EQ(failed.exit_code, kInputNotReadable) << failed.err;
     EXPECT_EQ(failed.err, "sonivex: cannot read \"standard input\": Input/output error\n");
+}
+
+// A batch opens its list, then the state file, and then the folder of the outputs, in which it looks for
+// others.
+TEST_F(FailingCalls, OfABatchToOpenAFileNameIt) {
+    fs::create_directory(templates() + "/in");
+    test::makeQuietSpeech(templates() + "/in/a.wav", 1, {"-t", "0.1"});
+    test::writeFile(templates() + "/list", work() + "/in/a.wav\n");
+    Command batch;
+    batch.arguments = {"render", "--batch", work() + "/list", "-o", work() + "/out",
+                       "--jobs", "1",       "--quiet"};
+    batch.inputs = {"in", "list"};
+    const auto no_list = run(batch, {"open", "once", std::to_string(EACCES), {}}, 1);
+    EXPECT_EQ(no_list.exit_code, kInputNotReadable) << no_list.err;
+    EXPECT_EQ(no_list.err, "sonivex: cannot read \"" + work() + "/list\": Permission denied\n");
+    // The list is opened again. The process of the file fails at its own first file, so it was started.
+    const auto interrupted = run(batch, {"open", "once", std::to_string(EINTR), {}}, 1);
+    EXPECT_EQ(interrupted.exit_code, kBatchFailed) << interrupted.err;
+    EXPECT_THAT(interrupted.err, testing::HasSubstr("cannot open \"" + work() + "/in/a.wav\""));
+    const auto no_folder = run(batch, {"open", "once", std::to_string(EIO), {}}, 3);
+    EXPECT_EQ(no_folder.exit_code, kOutputNotWritable) << no_folder.err;
+    EXPECT_EQ(no_folder.err, "sonivex: cannot read the folder \"" + work() + "/out\": Input/output error\n");
 }
 
 // A process that may start no thread at all.
