@@ -6,11 +6,11 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <fstream>
 #include <string>
 #include <thread>
 
 #include "head_measurements.h"
+#include "support/processes/process.h"
 #include "support/processes/temporary_folder.h"
 #include "tools/irgen/heads/synthetic_head.h"
 
@@ -32,14 +32,10 @@ TEST(IrgenTrialRead, RefusesAFileOfWhichReadingCrashes) {
     const test::TemporaryFolder folder;
     const std::string pipe = folder.file("pipe.sofa");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const pid_t reader = gettid();
     // The process that reads opens the pipe, and then waits for a byte, until this thread ends it.
     std::thread killer([&] {
         const int writer = open(pipe.c_str(), O_WRONLY);
-        std::ifstream children("/proc/self/task/" + std::to_string(reader) + "/children");
-        pid_t child = -1;
-        children >> child;
-        if (child > 0) kill(child, SIGSEGV);
+        for (const pid_t child : test::childrenOf(getpid())) kill(child, SIGSEGV);
         close(writer);
     });
     try {

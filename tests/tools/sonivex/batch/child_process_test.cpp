@@ -9,23 +9,17 @@
 
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <system_error>
 #include <thread>
 #include <vector>
 
+#include "support/processes/process.h"
+
 namespace {
 
 using sonivex_tool::ChildProcess;
 using testing::HasSubstr;
-
-[[maybe_unused]] std::size_t openDescriptors() {
-    std::size_t count = 0;
-    for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) ++count;
-    return count;
-}
 
 // Keeps a signal from this thread and from the processes that it starts.
 class BlockedSignal {
@@ -44,13 +38,6 @@ class BlockedSignal {
     sigset_t before_{};
 };
 
-pid_t onlyChild() {
-    std::ifstream children("/proc/self/task/" + std::to_string(::getpid()) + "/children");
-    pid_t pid = 0;
-    children >> pid;
-    return pid;
-}
-
 TEST(ChildProcess, RunsThisProgramAndHandsOverItsOutputAndExitCode) {
     ChildProcess child({"--gtest_list_tests", "--gtest_filter=ChildProcess.*"});
     while (!child.poll()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -67,8 +54,9 @@ TEST(ChildProcess, IsKilledIfItDoesNotTakeTheWishThatItEnds) {
     {
         // It has no end of its own. It dies with this program, because nobody reads its output then.
         const ChildProcess child({"--gtest_repeat=-1", "--gtest_filter=None.OfTheTests"}, kFarewell);
-        pid = onlyChild();
-        ASSERT_GT(pid, 0);
+        const std::vector<pid_t> children = test::childrenOf(::getpid());
+        ASSERT_EQ(children.size(), 1U);
+        pid = children.front();
         EXPECT_EQ(::kill(pid, 0), 0);
     }
     EXPECT_EQ(::kill(pid, 0), -1);  // it is gone, and waited for
@@ -88,7 +76,7 @@ TEST(ChildProcess, EndsWithCode127IfItsProgramCannotStart) {
 #ifndef CHECKS_NEED_DESCRIPTORS
 TEST(ChildProcess, OpensNothingIfTheSystemHasNoDescriptorsForIt) {
     const std::vector<std::string> arguments = {"--gtest_list_tests"};
-    const std::size_t before = openDescriptors();
+    const int before = test::openDescriptors();
     const int lowest = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     ASSERT_GE(lowest, 0);
     ::close(lowest);
@@ -106,7 +94,7 @@ TEST(ChildProcess, OpensNothingIfTheSystemHasNoDescriptorsForIt) {
         }
         ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &usual), 0);
         EXPECT_EQ(error, EMFILE) << room;
-        EXPECT_EQ(openDescriptors(), before) << room;
+        EXPECT_EQ(test::openDescriptors(), before) << room;
     }
 }
 #endif
