@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "end_to_end/media/media.h"
 #include "end_to_end/media/render_fixture.h"
@@ -131,6 +132,19 @@ TEST_F(RenderFailure, ReportsAMissingPlugin) {
     test::makeQuietSpeech(file("in.wav"), 1);
     expectFailure({file("in.wav"), file("out.wav"), "--plugin", file("none.so")}, 10, "none.so");
     expectFailure({file("in.wav"), file("out.wav"), "--plugin", SONIVEX_HOST_LIBRARY}, 10, "no filter named");
+}
+
+// The loader then looks for the plug-in where the system has its libraries, and finds a file that is none.
+TEST_F(RenderFailure, ReportsAPluginThatIsNotBesideTheProgram) {
+    test::makeQuietSpeech(file("in.wav"), 1);
+    std::filesystem::copy_file(SONIVEX_PROGRAM, file("alone"));
+    std::filesystem::create_directory(file("libraries"));
+    test::writeFile(file("libraries/libSonivexFilter.so"), "no library");
+    const auto result = test::runProcess({"env", "LD_LIBRARY_PATH=" + file("libraries"), file("alone"),
+                                          "render", file("in.wav"), file("out.wav")});
+    EXPECT_EQ(result.exit_code, 10) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("cannot load the plug-in: " + file("libraries/libSonivexFilter.so")));
+    EXPECT_FALSE(std::filesystem::exists(file("out.wav")));
 }
 
 TEST_F(RenderFailure, NamesTheEffectThatThePluginLacks) {

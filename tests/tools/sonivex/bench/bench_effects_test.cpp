@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "failure.h"
 
@@ -12,6 +14,7 @@ namespace {
 
 using sonivex_tool::BenchCase;
 using sonivex_tool::BenchEffect;
+using sonivex_tool::ExitCode;
 using sonivex_tool::Failure;
 
 TEST(BenchEffects, RejectAnUnknownNameInsteadOfMeasuringAnotherEffect) {
@@ -26,6 +29,36 @@ TEST(BenchEffects, RejectAnUnknownNameInsteadOfMeasuringAnotherEffect) {
     } catch (const Failure& failure) {
         EXPECT_THAT(failure.what(), testing::HasSubstr("unknown effect \"reverb\""));
     }
+}
+
+// Returns why an effect of the faulty plug-in cannot be made or called.
+std::string faultOf(const BenchCase& shape, ExitCode expected_code) {
+    std::string error;
+    const std::shared_ptr<Vorlin::Plugin> plugin = Vorlin::Plugin::load(SONIVEX_FAULTY_EFFECTS, error);
+    if (plugin == nullptr) return error;
+    try {
+        BenchEffect effect(*plugin, shape);
+        effect.process(std::vector<int16_t>(2UL * 512));
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.exitCode(), expected_code);
+        return failure.what();
+    }
+    return {};
+}
+
+TEST(BenchEffects, NameWhatAPluginLacks) {
+    EXPECT_EQ(faultOf({"dialogue", "", 2, 512}, ExitCode::EffectMissing),
+              "the plug-in does not export aem_CreateDialoguEnhance");
+}
+
+TEST(BenchEffects, FailWithAnEffectThatCannotBeMade) {
+    EXPECT_EQ(faultOf({"normalizer", "", 1, 512}, ExitCode::FilterFailed),
+              "the plug-in cannot create the effect \"normalizer\"");
+}
+
+TEST(BenchEffects, FailWithAnEffectThatReturnsTooLittle) {
+    EXPECT_EQ(faultOf({"normalizer", "", 2, 512}, ExitCode::FilterFailed),
+              "the effect \"normalizer\" did not return all samples of a call");
 }
 
 }  // namespace

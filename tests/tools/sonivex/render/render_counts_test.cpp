@@ -9,6 +9,7 @@
 
 #include "console.h"
 #include "end_to_end/media/media.h"
+#include "failure.h"
 #include "plugin_search.h"
 #include "render.h"
 #include "support/processes/temporary_folder.h"
@@ -137,6 +138,18 @@ TEST_F(RenderCounts, OfACompleteDumpCauseNoNote) {
     const RenderReport report = renderReport(input({{7, test::kDropCall}}));
     EXPECT_EQ(report.dump_bytes_missing, 0U);
     EXPECT_THAT(report.notes, ElementsAre("the filter dropped 1 calls; 1024 frames of silence replace them"));
+}
+
+TEST_F(RenderCounts, ThatAreZeroForEveryCallFail) {
+    std::map<int, int16_t> every_call;
+    for (int call = 0; call < kCalls; ++call) every_call[call] = test::kDropCall;
+    try {
+        (void)renderReport(input(every_call));
+        ADD_FAILURE() << "the filter gave nothing back, and nobody missed it";
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.exitCode(), ExitCode::FilterFailed);
+        EXPECT_STREQ(failure.what(), "the filter dropped every frame (--verbose shows its log)");
+    }
 }
 
 }  // namespace

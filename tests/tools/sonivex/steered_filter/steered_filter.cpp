@@ -1,8 +1,9 @@
-// A filter library for tests of a whole render: it drops calls, becomes too slow and writes short dumps where
-// its input says so (steering.h). Its output shows where it was flushed.
+// A filter library for tests of a whole render: it drops calls, becomes too slow, writes short dumps or does
+// not begin where its input says so (steering.h). Its output shows where it was flushed.
 #include <algorithm>
 #include <fstream>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -22,13 +23,21 @@ class SteeredFilter final : public Vorlin::IAudioFilter, public Vorlin::filterPr
   public:
     SteeredFilter() { addPrototype(this); }
     SteeredFilter(const Vorlin::IQFFrame::audioInfo& src, const Vorlin::IQFFrame::audioInfo& dst, bool active)
-        : IAudioFilter(src, dst, active) {}
+        : IAudioFilter(src, dst, active), rate_hz_(src.sample_rate) {}
+    ~SteeredFilter() override {
+        if (holder_of_only_place == this) holder_of_only_place = nullptr;
+    }
+    SteeredFilter(const SteeredFilter&) = delete;
+    SteeredFilter& operator=(const SteeredFilter&) = delete;
 
     bool setOption(const std::string& key, const std::string& value, const std::string&) override {
         if (key == FILTER_OPTION) is_dumping_ = value.find(R"("enable_dump":true)") != std::string::npos;
-        return true;
+        return rate_hz_ != test::kNoOptionsRate_hz;
     }
-    bool init(uint64_t) override { return true; }
+    bool init(uint64_t) override {
+        if (rate_hz_ == test::kOneFilterRate_hz) return takeOnlyPlace();
+        return rate_hz_ != test::kNoFilterRate_hz;
+    }
     int push(std::unique_ptr<Vorlin::IQFFrame>& frame, uint64_t) override {
         if (held_) return Vorlin::kTryAgain;
         std::unique_ptr<Vorlin::IQFFrame> taken = std::move(frame);
@@ -61,6 +70,12 @@ class SteeredFilter final : public Vorlin::IAudioFilter, public Vorlin::filterPr
     }
 
   private:
+    bool takeOnlyPlace() {
+        if (holder_of_only_place != nullptr) return false;
+        holder_of_only_place = this;
+        return true;
+    }
+
     // The player waits for the end of its stream with frames of three channels.
     static bool isFence(const Vorlin::AVQFFrame& audio) {
         return static_cast<AVFrame*>(audio)->ch_layout.nb_channels == 3;
@@ -74,6 +89,7 @@ class SteeredFilter final : public Vorlin::IAudioFilter, public Vorlin::filterPr
         const int16_t steering = samples[0];
         ++calls_;
         if (steering == test::kDropCall) return false;
+        if (steering == test::kNoMemory) throw std::bad_alloc();
         if (steering == test::kOverload) is_too_slow_ = true;
         const bool is_short = steering == test::kShortDump;
         dump("input", samples, count, is_short ? test::kMissingInput_bytes : 0);
@@ -91,7 +107,10 @@ class SteeredFilter final : public Vorlin::IAudioFilter, public Vorlin::filterPr
                    count * std::streamsize{sizeof(int16_t)} - missing_bytes);
     }
 
+    static inline SteeredFilter* holder_of_only_place = nullptr;
+
     std::unique_ptr<Vorlin::IQFFrame> held_;
+    int rate_hz_ = 0;
     int16_t calls_ = 0;  // since the filter was made or flushed
     bool is_dumping_ = false;
     bool is_invalid_ = true;
