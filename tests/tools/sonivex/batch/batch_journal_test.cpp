@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -30,6 +31,8 @@ FinishedFile someFile() {
             .output_stamp = {.size_bytes = 500, .mtime_ns = 1'700'000'001'000'000'001},
             .exit_code = 0};
 }
+
+int error_of_flock = 0;  // of every call; 0: none
 
 class Journal : public testing::Test {
   protected:
@@ -169,6 +172,17 @@ TEST_F(Journal, LetsDifferentShardsWorkAtOnceButNotTheSame) {
     EXPECT_THROW(open(), Failure);
 }
 
+// Some network file systems know no locks.
+TEST_F(Journal, GoesOnWithANoteIfItCannotBeLocked) {
+    error_of_flock = ENOLCK;
+    const auto journal = open();
+    error_of_flock = 0;
+    EXPECT_THAT(journal->notes(), testing::ElementsAre(testing::StartsWith("cannot lock the state file \"" +
+                                                                           stateFile() + "\": ")));
+    journal->addFinished(someFile());
+    EXPECT_TRUE(open()->exitCodeOf(someFile()));
+}
+
 TEST_F(Journal, ReportsAFolderThatCannotHoldIt) {
     std::filesystem::create_directory(stateFile());
     try {
@@ -181,3 +195,11 @@ TEST_F(Journal, ReportsAFolderThatCannotHoldIt) {
 }
 
 }  // namespace
+
+extern "C" int __wrap_flock(int file, int operation);
+extern "C" int __real_flock(int file, int operation);
+extern "C" int __wrap_flock(int file, int operation) {
+    if (error_of_flock == 0) return __real_flock(file, operation);
+    errno = error_of_flock;
+    return -1;
+}
