@@ -4,12 +4,12 @@
 #include <sys/types.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <system_error>
 
 #include "batch_run.h"
 #include "child_process.h"
 #include "failure.h"
+#include "support/processes/process.h"
 #include "support/processes/temporary_folder.h"
 
 namespace {
@@ -34,15 +34,10 @@ class WithoutProcesses : public testing::Test {
   protected:
     WithoutProcesses() { error_of_fork = EAGAIN; }
     ~WithoutProcesses() override { error_of_fork = 0; }
-
-    static std::ptrdiff_t openDescriptors() {
-        const std::filesystem::directory_iterator all("/proc/self/fd");
-        return std::distance(begin(all), end(all));
-    }
 };
 
 TEST_F(WithoutProcesses, AChildThrowsAndLeavesNoDescriptorOpen) {
-    const auto before = openDescriptors();
+    const int before = test::openDescriptors();
     try {
         const ChildProcess child({"--version"});
         ADD_FAILURE() << "it runs without a process";
@@ -50,7 +45,7 @@ TEST_F(WithoutProcesses, AChildThrowsAndLeavesNoDescriptorOpen) {
         EXPECT_EQ(error.code().value(), EAGAIN);
         EXPECT_THAT(error.what(), testing::StartsWith("fork: "));
     }
-    EXPECT_EQ(openDescriptors(), before);
+    EXPECT_EQ(test::openDescriptors(), before);
 }
 
 TEST_F(WithoutProcesses, ABatchFailsFileByFile) {
