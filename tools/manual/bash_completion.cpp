@@ -1,4 +1,5 @@
 #include "completions.h"
+#include "shell_words.h"
 
 namespace sonivex_manual {
 namespace {
@@ -47,12 +48,6 @@ _sonivex() {
         fi
     done
 )";
-
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
-    return text;
-}
 
 std::string optionNames(const CommandFacts& command) {
     std::string text;

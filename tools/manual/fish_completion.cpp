@@ -1,4 +1,5 @@
 #include "completions.h"
+#include "shell_words.h"
 
 namespace sonivex_manual {
 namespace {
@@ -10,22 +11,6 @@ std::string quoted(const std::string& text) {
         out += letter;
     }
     return out + "'";
-}
-
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
-    return text;
-}
-
-// fish takes parentheses for a command.
-std::string literal(const std::vector<std::string>& words) {
-    std::string text;
-    for (const char letter : joined(words)) {
-        if (letter == '(' || letter == ')') text += '\\';
-        text += letter;
-    }
-    return text;
 }
 
 std::string valueArguments(const OptionFacts& option) {
@@ -41,7 +26,7 @@ std::string valueArguments(const OptionFacts& option) {
         case ValueKind::Preset:
             return " -r -F -a '(__sonivex_presets)'";
         case ValueKind::Name:
-            return " -x -a " + quoted(literal(option.names));
+            return " -x -a " + quoted(joinedLiterally(option.names));
         case ValueKind::NameList:
             return " -x -a '(__fish_append , " + joined(option.names) + ")'";
     }

@@ -1,4 +1,5 @@
 #include "completions.h"
+#include "shell_words.h"
 
 namespace sonivex_manual {
 namespace {
@@ -40,18 +41,6 @@ std::string described(const std::string& text) {
     return out;
 }
 
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const std::string& word : words) {
-        if (!text.empty()) text += " ";
-        for (const char letter : word) {
-            if (letter == '(' || letter == ')') text += '\\';
-            text += letter;
-        }
-    }
-    return text;
-}
-
 std::string valueAction(const OptionFacts& option) {
     switch (option.kind) {
         case ValueKind::Flag:
@@ -64,9 +53,9 @@ std::string valueAction(const OptionFacts& option) {
         case ValueKind::Preset:
             return "_sonivex_presets";
         case ValueKind::Name:
-            return "(" + joined(option.names) + ")";
+            return "(" + joinedLiterally(option.names) + ")";
         case ValueKind::NameList:
-            return "_sequence compadd - " + joined(option.names);
+            return "_sequence compadd - " + joinedLiterally(option.names);
     }
     return " ";
 }
