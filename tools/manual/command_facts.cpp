@@ -1,5 +1,6 @@
 #include "command_facts.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 
 #include "value_names.h"

@@ -1,9 +1,12 @@
 // Everything that the manual pages and the completions say about a command line, read from its parser.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace sonivex_manual {
 
