@@ -29,7 +29,7 @@ using sonivex_plotting::Stroke;
 constexpr int kWidth = 960;
 constexpr double kTextSize = 14.0;
 constexpr double kLeft = 62.0;
-constexpr double kRight = 14.0;
+constexpr double kRight = 34.0;  // room for half of "10:00:00" below the end of the time axis
 constexpr double kAbove = 26.0;
 constexpr double kBelow = 46.0;
 constexpr int kColumns = 600;  // of a curve, so that a page of long sounds stays small
