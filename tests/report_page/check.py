@@ -213,7 +213,7 @@ def check_blind_test(page):
     check(not page.version(0).is_enabled(), "the versions can be chosen during the test")
     pressed = page.browser.find_elements(By.CSS_SELECTOR, "button[data-version][aria-pressed='true']")
     check(not pressed, "a button tells which version X is")
-    for right in (True, True, False, True):
+    for right in (False, True, True, True):
         page.press("a")
         check(page.run("return window.report.heard") == 0, "A is not the first version")
         page.press("b")
@@ -222,9 +222,14 @@ def check_blind_test(page):
         is_first = page.run("return window.report.isXFirst")
         check(page.run("return window.report.heard") == (0 if is_first else 1), "X is neither A nor B")
         page.press("y" if is_first == right else "n")
+        if not right:
+            check("0 of 1 right" in page.text("score"), page.text("score"))
+            check("probability of 100 %" in page.text("score"), page.text("score"))
     check("3 of 4 right" in page.text("score"), page.text("score"))
     check("31 %" in page.text("score"), page.text("score"))  # (4 + 1) / 16
     check(page.run("return window.report.chance(9, 10)") == 11 / 1024, "the probability of 9 of 10 is wrong")
+    for probability, text in ((11 / 1024, "1.1 %"), (2.0 ** -13, "0.012 %"), (2.0 ** -40, "less than 0.01 %")):
+        check(page.run(f"return window.report.percentageOf({probability})") == text, f"{probability} is not {text}")
     page.press(Keys.ESCAPE)
     check(page.version(0).is_enabled(), "Escape does not end the test")
 

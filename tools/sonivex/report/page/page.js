@@ -65,7 +65,8 @@
     const slow = new Promise((resolve) => setTimeout(resolve, 1500));
     await Promise.race([context.resume().catch(() => {}), slow]);
     if (context.state === "running") return true;
-    say("The browser does not let the page play yet. Click Play once more.");
+    say("The browser does not let the page play yet. Click Play once more. If that does not help, the browser finds " +
+        "no device that plays sound.");
     return false;
   }
 
@@ -198,6 +199,12 @@
     return Math.min(1, sum);
   }
 
+  // A percentage of two digits.
+  function percentageOf(probability) {
+    const percent = 100 * probability;
+    return percent < 0.01 ? "less than 0.01 %" : `${Number(percent.toPrecision(2))} %`;
+  }
+
   function listen(to) {
     test.listening = to;
     const is_first = to === "a" || (to === "x" && test.is_first);
@@ -207,7 +214,7 @@
   function showScore(verdict) {
     const score = `${test.right} of ${test.asked} right`;
     const odds = test.asked === 0 ? "" :
-      `; by guessing, at least so many have a probability of ${(100 * chance(test.right, test.asked)).toPrecision(2)} %`;
+      `; by guessing, at least so many have a probability of ${percentageOf(chance(test.right, test.asked))}`;
     element("score").textContent = (verdict ? verdict + " " : "") + score + odds + ".";
   }
 
@@ -330,7 +337,7 @@
     get gains() { return voices ? voices.map((voice) => gainAt(voice, context.currentTime)) : []; },
     get isXFirst() { return test.is_first; },
     get buffers() { return buffers; },
-    fade, chance,
+    fade, chance, percentageOf,
     FADE_S,
   };
 })();
