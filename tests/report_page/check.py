@@ -224,11 +224,12 @@ def check_blind_test(page):
         page.press("y" if is_first == right else "n")
         if not right:
             check("0 of 1 right" in page.text("score"), page.text("score"))
-            check("probability of 100 %" in page.text("score"), page.text("score"))
+            check("guessing is 100 %" in page.text("score"), page.text("score"))
     check("3 of 4 right" in page.text("score"), page.text("score"))
     check("31 %" in page.text("score"), page.text("score"))  # (4 + 1) / 16
     check(page.run("return window.report.chance(9, 10)") == 11 / 1024, "the probability of 9 of 10 is wrong")
-    for probability, text in ((11 / 1024, "1.1 %"), (2.0 ** -13, "0.012 %"), (2.0 ** -40, "less than 0.01 %")):
+    for probability, text in ((11 / 1024, "1.1 %"), (2.0 ** -13, "0.012 %"), (2.0 ** -40, "less than 0.01 %"),
+                              (0.994, "99 %"), (255 / 256, "more than 99 %"), (1, "100 %")):
         check(page.run(f"return window.report.percentageOf({probability})") == text, f"{probability} is not {text}")
     page.press(Keys.ESCAPE)
     check(page.version(0).is_enabled(), "Escape does not end the test")
@@ -342,6 +343,7 @@ def check_waiting(browser, path):
     page = Page(browser, path)
     page.element("play").click()
     page.wait_for("document.getElementById('message').textContent.includes('Click Play once more')", "no message")
+    check("no device for sound" in page.text("message"), page.text("message"))
     page.run("window.allow()")
     page.element("play").click()
     page.wait_for("window.report.isPlaying", "the second click does not play")

@@ -65,8 +65,8 @@
     const slow = new Promise((resolve) => setTimeout(resolve, 1500));
     await Promise.race([context.resume().catch(() => {}), slow]);
     if (context.state === "running") return true;
-    say("The browser does not let the page play yet. Click Play once more. If that does not help, the browser finds " +
-        "no device that plays sound.");
+    say("The browser does not let the page play yet. Click Play once more. If that does not help, the browser may " +
+        "have no device for sound, or its settings forbid the page to play.");
     return false;
   }
 
@@ -199,10 +199,12 @@
     return Math.min(1, sum);
   }
 
-  // A percentage of two digits.
+  // At most two digits count. Neither end is rounded to certainty.
   function percentageOf(probability) {
     const percent = 100 * probability;
-    return percent < 0.01 ? "less than 0.01 %" : `${Number(percent.toPrecision(2))} %`;
+    if (percent < 0.01) return "less than 0.01 %";
+    if (percent >= 99.5 && percent < 100) return "more than 99 %";
+    return `${Number(percent.toPrecision(2))} %`;
   }
 
   function listen(to) {
@@ -214,7 +216,7 @@
   function showScore(verdict) {
     const score = `${test.right} of ${test.asked} right`;
     const odds = test.asked === 0 ? "" :
-      `; by guessing, at least so many have a probability of ${percentageOf(chance(test.right, test.asked))}`;
+      `; the probability of at least as many by guessing is ${percentageOf(chance(test.right, test.asked))}`;
     element("score").textContent = (verdict ? verdict + " " : "") + score + odds + ".";
   }
 
