@@ -7,9 +7,13 @@ namespace {
 constexpr char kHead[] =
     R"(# Completion of sonivex for bash. Written by the build from the options of the program.
 
-# Offers the words that begin with $current.
+# Offers the words that begin with $current, as one types them: some names have parentheses.
 _sonivex_words() {
-    mapfile -t COMPREPLY < <(compgen -W "$1" -- "$current")
+    local word
+    while read -r word; do
+        printf -v word %q "$word"
+        COMPREPLY+=("$word")
+    done < <(compgen -W "$1" -- "$current")
 }
 
 # Offers one more name of a list with commas between.
@@ -68,9 +72,9 @@ std::string valueCompletion(const OptionFacts& option) {
         case ValueKind::Preset:
             return "_sonivex_presets";
         case ValueKind::Name:
-            return "_sonivex_words '" + joined(option.names) + "'";
+            return "_sonivex_words '" + withEscapedParentheses(joined(option.names)) + "'";
         case ValueKind::NameList:
-            return "_sonivex_list '" + joined(option.names) + "'";
+            return "_sonivex_list '" + withEscapedParentheses(joined(option.names)) + "'";
     }
     return ":";
 }

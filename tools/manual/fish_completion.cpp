@@ -26,9 +26,9 @@ std::string valueArguments(const OptionFacts& option) {
         case ValueKind::Preset:
             return " -r -F -a '(__sonivex_presets)'";
         case ValueKind::Name:
-            return " -x -a " + quoted(joinedLiterally(option.names));
+            return " -x -a " + quoted(withEscapedParentheses(joined(option.names)));
         case ValueKind::NameList:
-            return " -x -a '(__fish_append , " + joined(option.names) + ")'";
+            return " -x -a '(__fish_append , " + withEscapedParentheses(joined(option.names)) + ")'";
     }
     return "";
 }

@@ -8,13 +8,13 @@ std::string joined(const std::vector<std::string>& words) {
     return text;
 }
 
-std::string joinedLiterally(const std::vector<std::string>& words) {
-    std::string text;
-    for (const char letter : joined(words)) {
-        if (letter == '(' || letter == ')') text += '\\';
-        text += letter;
+std::string withEscapedParentheses(const std::string& text) {
+    std::string escaped;
+    for (const char letter : text) {
+        if (letter == '(' || letter == ')') escaped += '\\';
+        escaped += letter;
     }
-    return text;
+    return escaped;
 }
 
 }  // namespace sonivex_manual

@@ -53,9 +53,9 @@ std::string valueAction(const OptionFacts& option) {
         case ValueKind::Preset:
             return "_sonivex_presets";
         case ValueKind::Name:
-            return "(" + joinedLiterally(option.names) + ")";
+            return "(" + withEscapedParentheses(joined(option.names)) + ")";
         case ValueKind::NameList:
-            return "_sequence compadd - " + joinedLiterally(option.names);
+            return "_sequence compadd - " + withEscapedParentheses(joined(option.names));
     }
     return " ";
 }
