@@ -32,6 +32,7 @@ void writeAll(const fs::path& folder, const std::string& date) {
         write(folder / "man/man1" / ("sonivex-" + command.name + ".1"), commandPage(command, header));
     write(folder / "bash-completion/completions/sonivex", bashCompletion(facts));
     write(folder / "zsh/site-functions/_sonivex", zshCompletion(facts));
+    // The build takes this file as the sign that all are written, so it comes last.
     write(folder / "fish/vendor_completions.d/sonivex.fish", fishCompletion(facts));
 }
 
