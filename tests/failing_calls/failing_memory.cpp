@@ -132,7 +132,7 @@ FOR_LIBRARIES const char* __asan_default_options() {
     return "fast_unwind_on_malloc=0";
 }
 FOR_LIBRARIES const char* __lsan_default_suppressions() {
-    return "leak:av_strdup\nleak:swr_convert\nleak:libcairo";
+    return "leak:av_strdup\nleak:swr_convert\nleak:cairo_svg_surface_create_for_stream";
 }
 
 }  // extern "C"

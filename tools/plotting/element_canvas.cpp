@@ -11,6 +11,7 @@
 
 #include "axis.h"
 #include "base64.h"
+#include "drawing_library.h"
 
 namespace sonivex_plotting {
 namespace {
@@ -108,23 +109,24 @@ const char* anchorName(Anchor anchor) {
 /** Measures words with the drawing library. */
 class ElementCanvas::Ruler {
   public:
-    Ruler() : surface_(cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1)), context_(cairo_create(surface_)) {}
-    ~Ruler() {
-        cairo_destroy(context_);
-        cairo_surface_destroy(surface_);
+    Ruler()
+        : surface_(cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1)),
+          context_(cairo_create(surface_.get())) {
+        throwIfFailed(cairo_status(context_.get()));
     }
-    Ruler(const Ruler&) = delete;
-    Ruler& operator=(const Ruler&) = delete;
 
     double width(const std::string& words, double text_size) {
-        CairoCanvas canvas(context_);
+        CairoCanvas canvas(context_.get());
         canvas.setTextSize(text_size);
-        return canvas.textWidth(words);
+        const double measured = canvas.textWidth(words);
+        // The context stays as it is after a failure, and so does this exception.
+        throwIfFailed(cairo_status(context_.get()));
+        return measured;
     }
 
   private:
-    cairo_surface_t* surface_;
-    cairo_t* context_;
+    Surface surface_;
+    DrawingContext context_;
 };
 
 ElementCanvas::ElementCanvas() : ruler_(std::make_unique<Ruler>()) {}

@@ -25,7 +25,8 @@ class ElementCanvas : public Canvas {
     using Canvas::text;
     void setTextSize(double size) override;
     double textSize() const override { return text_size_; }
-    /** Returns the width in the drawing library's typeface, which the page's need not be. */
+    /** Returns the width in the drawing library's typeface, which the page's need not be.
+     *  @throw std::bad_alloc; std::runtime_error if the drawing library fails, and then with every later call */
     double textWidth(const std::string& words) const override;
     void text(const std::string& words, const Spot& spot, Anchor anchor, const Colour& colour) override;
     void textUpwards(const std::string& words, const Spot& spot) override;

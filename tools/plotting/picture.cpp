@@ -2,7 +2,6 @@
 
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
-#include <cairo.h>
 
 #include <algorithm>
 #include <cctype>
@@ -13,6 +12,7 @@
 #include <stdexcept>
 
 #include "cairo_canvas.h"
+#include "drawing_library.h"
 #include "element_canvas.h"
 #include "png_title.h"
 
@@ -20,18 +20,6 @@ namespace sonivex_plotting {
 namespace {
 
 constexpr double kPointsPerPixel = 72.0 / 96.0;
-
-struct Deleter {
-    void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
-    void operator()(cairo_t* context) const { cairo_destroy(context); }
-};
-using Surface = std::unique_ptr<cairo_surface_t, Deleter>;
-
-void throwIfFailed(cairo_status_t status) {
-    if (status == CAIRO_STATUS_SUCCESS) return;
-    if (status == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
-    throw std::runtime_error(std::string("cannot draw the picture: ") + cairo_status_to_string(status));
-}
 
 // Appends bytes to the string that `file` points to.
 cairo_status_t append(void* file, const unsigned char* bytes, unsigned int count) {
@@ -89,7 +77,7 @@ std::string pictureFile(PictureFormat format, int width, int height, const std::
     std::string file;
     const Surface surface = makeSurface(format, width, height, title, file);
     {
-        const std::unique_ptr<cairo_t, Deleter> context(cairo_create(surface.get()));
+        const DrawingContext context(cairo_create(surface.get()));
         if (format == PictureFormat::Pdf) cairo_scale(context.get(), kPointsPerPixel, kPointsPerPixel);
         CairoCanvas canvas(context.get());
         canvas.fill({0.0, 0.0, static_cast<double>(width), static_cast<double>(height)}, kWhite);
