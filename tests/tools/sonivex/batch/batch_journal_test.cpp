@@ -36,6 +36,8 @@ int error_of_flock = 0;  // of every call; 0: none
 
 class Journal : public testing::Test {
   protected:
+    ~Journal() override { error_of_flock = 0; }
+
     std::unique_ptr<BatchJournal> open(const Shard& shard = {}, std::vector<std::string> basis = kBasis) {
         return std::make_unique<BatchJournal>(folder_.path(), shard, std::move(basis));
     }
