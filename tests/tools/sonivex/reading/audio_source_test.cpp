@@ -177,6 +177,11 @@ TEST(AudioSource, TellsHowMuchOfAWavFileIsMissing) {
     EXPECT_NEAR(missing_s(), 8.0 + 1001.0 / 96000, 0.001);
 }
 
+// Some versions of FFmpeg write two frames of AC-3 where one is asked for. Each begins with the same bytes.
+std::string firstFrame(const std::string& ac3) {
+    return ac3.substr(0, ac3.find("\x0b\x77", 2));
+}
+
 TEST(AudioSource, PutsSilenceInPlaceOfAFrameWhoseRateDamageMadeUp) {
     const test::TemporaryFolder folder;
     for (const std::string rate_hz : {"48000", "32000"}) {
@@ -186,7 +191,8 @@ TEST(AudioSource, PutsSilenceInPlaceOfAFrameWhoseRateDamageMadeUp) {
         ASSERT_EQ(made.exit_code, 0) << made.err;
     }
     const std::string sound = test::readFile(folder.file("48000.ac3"));
-    test::writeFile(folder.file("a.ac3"), sound + test::readFile(folder.file("32000.ac3")) + sound);
+    test::writeFile(folder.file("a.ac3"),
+                    sound + firstFrame(test::readFile(folder.file("32000.ac3"))) + sound);
     AudioSource source({.path = folder.file("a.ac3")});
     constexpr int kFrame = 1536;
     int64_t frames = 0;
