@@ -126,13 +126,14 @@ FOR_LIBRARIES int swr_init(SwrContext* resampler) {
 }
 
 // The libraries themselves leak when memory runs out: libavfilter leaks the name of a filter that it could
-// not create, libswresample a buffer that it could not enlarge, and cairo a part of an SVG surface. The
-// suppressions match whole stacks, which the leak checker records only without fast unwinding.
+// not create, libswresample a buffer that it could not enlarge, and cairo, whose own functions have no names
+// here, a part of the SVG surface that makeSurface wants. The suppressions match whole stacks, which the leak
+// checker records only without fast unwinding.
 FOR_LIBRARIES const char* __asan_default_options() {
     return "fast_unwind_on_malloc=0";
 }
 FOR_LIBRARIES const char* __lsan_default_suppressions() {
-    return "leak:av_strdup\nleak:swr_convert\nleak:cairo_svg_surface_create_for_stream";
+    return "leak:av_strdup\nleak:swr_convert\nleak:makeSurface";
 }
 
 }  // extern "C"

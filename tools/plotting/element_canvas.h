@@ -26,7 +26,7 @@ class ElementCanvas : public Canvas {
     void setTextSize(double size) override;
     double textSize() const override { return text_size_; }
     /** Returns the width in the drawing library's typeface, which the page's need not be.
-     *  @throw std::bad_alloc; std::runtime_error if the drawing library fails, and then with every later call */
+     *  @throw std::bad_alloc; std::runtime_error if the drawing library fails. A later call fails as well */
     double textWidth(const std::string& words) const override;
     void text(const std::string& words, const Spot& spot, Anchor anchor, const Colour& colour) override;
     void textUpwards(const std::string& words, const Spot& spot) override;
