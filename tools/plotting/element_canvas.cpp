@@ -119,7 +119,7 @@ class ElementCanvas::Ruler {
         CairoCanvas canvas(context_.get());
         canvas.setTextSize(text_size);
         const double measured = canvas.textWidth(words);
-        // The context stays as it is after a failure, and so does this exception.
+        // A context that has failed draws and measures nothing more.
         throwIfFailed(cairo_status(context_.get()));
         return measured;
     }
