@@ -62,6 +62,9 @@ void* operator new(std::size_t bytes, std::align_val_t alignment, const std::not
 void operator delete(void* memory, std::align_val_t) noexcept {
     release(memory);
 }
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
+    release(memory);
+}
 void operator delete(void* memory) noexcept {
     release(memory);
 }
