@@ -92,7 +92,8 @@ void checkHeadMeasurements(const HeadMeasurements& head) {
                  ", elevation 0");
         }
     }
-    const HeadMeasurement& from_the_left = nearest(head, horizontalDirection(90.0));
+    const Vector3 left = horizontalDirection(90.0);
+    const HeadMeasurement& from_the_left = nearest(head, left);
     if (energy(from_the_left.ears[0]) <= energy(from_the_left.ears[1]))
         fail("the left and right ears are swapped");
 }
