@@ -28,7 +28,7 @@ Section bilinear(const std::array<double, 3>& numerator, double q, double corner
     return section;
 }
 
-void apply(const Section& section, Signal& signal) {
+void applySection(const Section& section, Signal& signal) {
     double x1 = 0.0;
     double x2 = 0.0;
     double y1 = 0.0;
@@ -58,7 +58,7 @@ void applyButterworth(const std::array<double, 3>& numerator, double corner_hz, 
                       Signal& signal) {
     for (const double angle_deg : {22.5, 67.5}) {
         const double q = 0.5 / std::cos(angle_deg * std::numbers::pi / 180.0);
-        apply(bilinear(numerator, q, corner_hz, rate_hz), signal);
+        applySection(bilinear(numerator, q, corner_hz, rate_hz), signal);
     }
 }
 
