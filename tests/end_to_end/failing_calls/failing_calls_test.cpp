@@ -26,9 +26,11 @@ using test::Fault;
 
 constexpr seconds kLongestRun(60);
 constexpr int kMostCalls = 3000;
+constexpr int kInternalError = 1;
 constexpr int kInputNotReadable = 3;
 constexpr int kOutputNotWritable = 7;
 constexpr int kBatchFailed = 14;
+constexpr int kNoSoundCard = 15;
 constexpr int kOnlyTheFirst = kMostCalls;  // a stride
 
 // A command on files in the folder `work`, relative to it.
@@ -40,6 +42,7 @@ struct Command {
     std::set<int> harmless_codes{0};   // with these the outputs are complete
     bool is_repeatable = false;        // once more without a fault, it completes what is missing
     std::string standard_input = {};   // one of the inputs; empty: none
+    std::string environment = {};      // NAME=VALUE; empty: none
 };
 
 class FailingCalls : public testing::Test {
@@ -71,6 +74,7 @@ class FailingCalls : public testing::Test {
                                          "SONIVEX_FAIL_FOLDER=" + work(),
                                          "SONIVEX_FAIL_MARK=" + mark(),
                                          SONIVEX_PROGRAM};
+        if (!command.environment.empty()) line.insert(line.begin() + 1, command.environment);
         if (!command.standard_input.empty()) {
             line.pop_back();
             const std::string start = "exec \"$0\" \"$@\" <" + command.standard_input;
@@ -384,6 +388,25 @@ TEST_F(FailingCalls, ToStartAThreadEndEveryCommandThatNeedsOne) {
         }
         EXPECT_GT(failed, 0);
     }
+}
+
+// The sound card's thread starts first, and then the one that reads the file.
+TEST_F(FailingCalls, ToStartAThreadEndPlayback) {
+    test::makeQuietSpeech(templates() + "/in.wav", 2, {"-t", "0.3"});
+    Command play;
+    play.arguments = {"play", work() + "/in.wav", "--quiet"};
+    play.inputs = {"in.wav"};
+    play.environment = "SDL_AUDIODRIVER=dummy";
+    const Fault fault{"thread", "once", std::to_string(EAGAIN), {}};
+    const auto no_card = run(play, fault, 1);
+    EXPECT_EQ(no_card.exit_code, kNoSoundCard) << no_card.err;
+    EXPECT_THAT(no_card.err, testing::StartsWith("sonivex: cannot open the default sound card: "));
+    const auto no_reader = run(play, fault, 2);
+    EXPECT_EQ(no_reader.exit_code, kInternalError) << no_reader.err;
+    EXPECT_EQ(no_reader.err, "sonivex: cannot start a thread: Resource temporarily unavailable\n");
+    const auto unharmed = run(play, fault, 3);
+    EXPECT_FALSE(hasFailed());
+    EXPECT_EQ(unharmed.exit_code, 0) << unharmed.err;
 }
 
 }  // namespace
