@@ -1,9 +1,8 @@
-// Streams that the ffmpeg program encoded and libavcodec decodes, compared with the converted sound of
-// its decoder: frames of 2.5 ms, the first of them cut short, frames of 4608, and times in milliseconds.
+// Streams that the ffmpeg program encoded and libavcodec decodes, compared with ffmpeg's own decode: frames
+// of 2.5 ms, the first of them cut short, frames of 4608, and times in milliseconds.
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
-#include <libswresample/swresample.h>
 }
 
 #include <cstring>
@@ -67,34 +66,6 @@ void open(Opened& opened, const std::string& path) {
     ASSERT_EQ(avcodec_open2(opened.decoder, nullptr, nullptr), 0);
 }
 
-// Appends the samples of a stereo frame as 16 bits. The filter converts by the same library, whose rounding
-// depends on the processor: on 64-bit Arm it rounds planar floats down.
-void appendConverted(Pcm& all, const AVFrame& frame) {
-    SwrContext* converter = nullptr;
-    AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO;
-    AVChannelLayout layout = frame.ch_layout;
-    ASSERT_EQ(swr_alloc_set_opts2(&converter, &stereo, AV_SAMPLE_FMT_S16, frame.sample_rate, &layout,
-                                  static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr),
-              0);
-    Vorlin::OwnedAVFrame converted(av_frame_alloc());
-    converted->format = AV_SAMPLE_FMT_S16;
-    converted->sample_rate = frame.sample_rate;
-    converted->ch_layout = stereo;
-    EXPECT_EQ(swr_convert_frame(converter, converted.get(), &frame), 0);
-    swr_free(&converter);
-    ASSERT_EQ(converted->nb_samples, frame.nb_samples);
-    const auto* samples = reinterpret_cast<const int16_t*>(converted->data[0]);
-    all.insert(all.end(), samples, samples + static_cast<ptrdiff_t>(2) * converted->nb_samples);
-}
-
-std::string ffmpegOutput(const std::vector<std::string>& arguments) {
-    std::vector<std::string> command{"ffmpeg", "-nostdin", "-v", "error"};
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    const ProcessResult result = runProcess(command);
-    EXPECT_EQ(result.exit_code, 0) << result.err;
-    return result.out;
-}
-
 class PlayerRealStreams : public testing::TestWithParam<Stream> {};
 INSTANTIATE_TEST_SUITE_P(Codecs, PlayerRealStreams, testing::ValuesIn(kStreams),
                          [](const auto& of) { return std::string(of.param.name); });
@@ -102,25 +73,29 @@ INSTANTIATE_TEST_SUITE_P(Codecs, PlayerRealStreams, testing::ValuesIn(kStreams),
 TEST_P(PlayerRealStreams, KeepTheTimesOfTheDecoderAndGetTheSoundOfTheEffect) {
     const TemporaryFolder folder;
     const std::string path = folder.file(GetParam().file);
-    std::vector<std::string> encoding{"-f", "lavfi", "-i",
-                                      "aevalsrc='0.2*sin(900*t*t)|0.1*random(0)':d=1.1:s=48000"};
-    encoding.insert(encoding.end(), GetParam().encoder.begin(), GetParam().encoder.end());
-    encoding.push_back(path);
-    ffmpegOutput(encoding);
-    if (HasFailure()) return;
+    std::vector<std::string> command{
+        "ffmpeg", "-nostdin", "-v", "error",
+        "-f",     "lavfi",    "-i", "aevalsrc='0.2*sin(900*t*t)|0.1*random(0)':d=1.1:s=48000"};
+    command.insert(command.end(), GetParam().encoder.begin(), GetParam().encoder.end());
+    command.push_back(path);
+    const ProcessResult encoded = runProcess(command);
+    ASSERT_EQ(encoded.exit_code, 0) << encoded.err;
+    const ProcessResult decoded = runProcess(
+        {"ffmpeg", "-nostdin", "-v", "error", "-i", path, "-c:a", "pcm_s16le", "-f", "s16le", "pipe:1"});
+    ASSERT_EQ(decoded.exit_code, 0) << decoded.err;
+    Pcm pcm(decoded.out.size() / sizeof(int16_t));
+    std::memcpy(pcm.data(), decoded.out.data(), pcm.size() * sizeof(int16_t));
 
     Opened opened;
     open(opened, path);
     if (HasFatalFailure()) return;
     std::vector<FrameTime> times;
-    Pcm decoded;
     PlayerRun run({.active = true, .delivers_tail = false, .time_base = opened.input->streams[0]->time_base},
                   kSurround);
     const auto receive_frames = [&] {
         Vorlin::OwnedAVFrame frame(av_frame_alloc());
         while (avcodec_receive_frame(opened.decoder, frame.get()) == 0) {
             times.push_back({frame->pts, Vorlin::av::frameDuration(frame.get()), frame->nb_samples});
-            appendConverted(decoded, *frame);
             EXPECT_EQ(run.player().push(std::make_unique<Vorlin::AVQFFrame>(frame.release())), 0);
             frame.reset(av_frame_alloc());
         }
@@ -139,13 +114,15 @@ TEST_P(PlayerRealStreams, KeepTheTimesOfTheDecoderAndGetTheSoundOfTheEffect) {
     EXPECT_EQ(played, times);
     ASSERT_GT(times.size(), 5U);
     EXPECT_EQ(times[3].frames, GetParam().usual_frame);
-    const std::string by_program = ffmpegOutput({"-i", path, "-f", "s16le", "pipe:1"});
-    ASSERT_EQ(by_program.size(), decoded.size() * sizeof(int16_t));
-#ifdef __x86_64__  // An emulated test runs a program of another processor, whose decoders round otherwise.
-    EXPECT_TRUE(std::memcmp(by_program.data(), decoded.data(), by_program.size()) == 0);
+    const auto frames = static_cast<int64_t>(pcm.size() / 2);
+    const Pcm expected = effectAlone(kSurround, pcm, 2, frames);
+#ifdef __x86_64__
+    EXPECT_TRUE(sameSignal(run.sound(), expected));
+#else
+    // Beside an emulated test, the program runs on another processor. On 64-bit Arm libswresample rounds most
+    // planar floats down, see docs/known-limits.md.
+    EXPECT_TRUE(closeSignal(run.sound(), expected, {.most = 2}));
 #endif
-    const auto frames = static_cast<int64_t>(decoded.size() / 2);
-    EXPECT_TRUE(sameSignal(run.sound(), effectAlone(kSurround, decoded, 2, frames)));
 }
 
 }  // namespace
