@@ -16,6 +16,8 @@ namespace {
 
 using testing::HasSubstr;
 
+constexpr int kInputDamaged = 13;
+
 using PipeInput = test::ReadingTest;
 
 TEST_F(PipeInput, StandardInputGivesTheSamplesOfTheFile) {
@@ -30,6 +32,32 @@ TEST_F(PipeInput, StandardInputGivesTheSamplesOfTheFile) {
             EXPECT_EQ(read.samples, test::decode16(file(name)));
         }
     }
+}
+
+// A program that writes a WAV file into a pipe cannot go back to enter its length.
+TEST_F(PipeInput, AWavFileOfUnknownLengthIsWholeUnlessItEndsWithinAFrame) {
+    test::makeNoise(file("noise.wav"), 1.0321, {"-c:a", "pcm_s16le"});
+    std::string bytes = test::readFile(file("noise.wav"));
+    for (const char* chunk : {"RIFF", "data"}) bytes.replace(bytes.find(chunk) + 4, 4, "\xFF\xFF\xFF\xFF");
+    for (const auto& name : {std::string("-"), file("in.wav")}) {
+        SCOPED_TRACE(name);
+        test::writeFile(file("in.wav"), bytes);
+        const std::string redirection = "<'" + file("in.wav") + "'";
+        const auto whole = readInput(name, {}, redirection);
+        EXPECT_EQ(whole.exit_code, 0) << whole.notes;
+        EXPECT_EQ(whole.samples, test::decode16(file("noise.wav")));
+        test::writeFile(file("in.wav"), bytes.substr(0, bytes.size() - 1));
+        EXPECT_EQ(readInput(name, {}, redirection).exit_code, kInputDamaged);
+    }
+}
+
+// The same bytes are cut off if the file's header promises more.
+TEST_F(PipeInput, AWavFileThatIsCutOffIsDamaged) {
+    test::makeNoise(file("noise.wav"), 2, {"-c:a", "pcm_s16le"});
+    const std::string bytes = test::readFile(file("noise.wav"));
+    test::writeFile(file("in.wav"), bytes.substr(0, bytes.size() - 1000));
+    for (const auto& name : {std::string("-"), file("in.wav")})
+        EXPECT_EQ(readInput(name, {}, "<'" + file("in.wav") + "'").exit_code, kInputDamaged) << name;
 }
 
 TEST_F(PipeInput, ANamedPipeGivesTheSamplesOfTheFile) {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "interrupt.h"
@@ -12,6 +13,7 @@ namespace sonivex_tool {
 namespace {
 
 constexpr int kBufferBytes = 64 * 1024;
+constexpr size_t kHeadBytes = 8;
 constexpr int kPollPeriod_ms = 100;  // within which a waiting read sees a signal that another thread received
 
 }  // namespace
@@ -38,7 +40,7 @@ void DescriptorInput::rewind() {
 }
 
 int DescriptorInput::readPacket(void* opaque, uint8_t* buffer, int size) {
-    const DescriptorInput& input = *static_cast<DescriptorInput*>(opaque);
+    DescriptorInput& input = *static_cast<DescriptorInput*>(opaque);
     while (true) {
         if (pendingSignal() != 0 || input.is_abandoned_) return AVERROR_EXIT;
         pollfd waiting = {input.descriptor_, POLLIN, 0};
@@ -46,7 +48,11 @@ int DescriptorInput::readPacket(void* opaque, uint8_t* buffer, int size) {
         if (ready == 0 || (ready < 0 && errno == EINTR)) continue;
         if (ready < 0) return AVERROR(errno);
         const ssize_t bytes = ::read(input.descriptor_, buffer, static_cast<size_t>(size));
-        if (bytes > 0) return static_cast<int>(bytes);
+        if (bytes > 0) {
+            const size_t wanted = std::min(kHeadBytes - input.head_.size(), static_cast<size_t>(bytes));
+            input.head_.append(reinterpret_cast<const char*>(buffer), wanted);
+            return static_cast<int>(bytes);
+        }
         if (bytes == 0) return AVERROR_EOF;
         if (errno != EINTR && errno != EAGAIN) return AVERROR(errno);
     }

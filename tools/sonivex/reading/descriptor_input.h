@@ -27,6 +27,9 @@ class DescriptorInput {
     /** Puts the descriptor of a regular file back where it stood at first. */
     void rewind();
 
+    /** Returns the first bytes that were read, up to 8. */
+    const std::string& head() const { return head_; }
+
     /** The context to read from; owned by this object. */
     AVIOContext* io() { return io_; }
 
@@ -38,6 +41,7 @@ class DescriptorInput {
     Closing closing_;
     const std::atomic<bool>& is_abandoned_;
     int64_t origin_ = 0;  // position of the descriptor at first, in bytes
+    std::string head_;
     AVIOContext* io_ = nullptr;
 };
 

@@ -10,7 +10,9 @@ extern "C" {
 #include <cerrno>
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <new>
+#include <string_view>
 #include <system_error>
 
 #include "failure.h"
@@ -59,6 +61,23 @@ std::string formatOf(const std::string& url) {
     return score > AVPROBE_SCORE_RETRY && format != nullptr ? format->long_name : std::string();
 }
 
+std::string firstBytes(const std::string& path, size_t count) {
+    std::string bytes(count, '\0');
+    std::ifstream file(path, std::ios::binary);
+    file.read(bytes.data(), static_cast<std::streamsize>(count));
+    bytes.resize(static_cast<size_t>(file.gcount()));
+    return bytes;
+}
+
+// Returns true if the first 8 bytes are those of a WAV file whose writer could not go back to enter its
+// length, because it wrote into a pipe.
+bool isOfUnknownLength(std::string_view head) {
+    using namespace std::string_view_literals;
+    if (head.substr(0, 4) != "RIFF") return false;
+    const std::string_view length = head.substr(4);
+    return length == "\xFF\xFF\xFF\xFF"sv || length == "\0\0\0\0"sv;
+}
+
 // main() keeps a closed standard input closed for reading: it is open for writing only.
 bool isReadable(int descriptor) {
     const int flags = fcntl(descriptor, F_GETFL);
@@ -67,7 +86,7 @@ bool isReadable(int descriptor) {
 
 }  // namespace
 
-MediaFile::MediaFile(const std::string& path) {
+MediaFile::MediaFile(const std::string& path) : path_(path) {
     try {
         open(path);
     } catch (...) {
@@ -119,6 +138,16 @@ void MediaFile::open(const std::string& path) {
     if (result < 0) failToOpen(path, inputErrorText(result));
 }
 
+// The demuxer of WAV files reads blocks of one length and marks a shorter one as corrupt. At the end of a
+// file of unknown length that is what is left, unless it ends within a frame.
+bool MediaFile::isWholeEnd(const AVPacket& packet) const {
+    constexpr size_t kHeadBytes = 8;
+    if (std::string_view(container_->iformat->name) != "wav") return false;
+    const int frame_bytes = container_->streams[packet.stream_index]->codecpar->block_align;
+    if (frame_bytes <= 0 || packet.size % frame_bytes != 0) return false;
+    return isOfUnknownLength(descriptor_ != nullptr ? descriptor_->head() : firstBytes(path_, kHeadBytes));
+}
+
 bool MediaFile::read(AVPacket& packet) {
     av_packet_unref(&packet);
     for (int errors_in_row = 0; errors_in_row < kMostErrorsInARow; ++errors_in_row) {
@@ -127,7 +156,7 @@ bool MediaFile::read(AVPacket& packet) {
         throwIfInterrupted();
         if (is_abandoned_) return false;
         if (result >= 0) {
-            if ((packet.flags & AV_PKT_FLAG_CORRUPT) != 0) ++faults_.corrupt_packets;
+            if ((packet.flags & AV_PKT_FLAG_CORRUPT) != 0 && !isWholeEnd(packet)) ++faults_.corrupt_packets;
             return true;
         }
         if (result == AVERROR_EOF) {

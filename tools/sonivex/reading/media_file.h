@@ -61,7 +61,9 @@ class MediaFile {
   private:
     void open(const std::string& path);
     void openDescriptor(const std::string& path);
+    bool isWholeEnd(const AVPacket& packet) const;
 
+    std::string path_;
     std::atomic<bool> is_abandoned_ = false;
     std::unique_ptr<DescriptorInput> descriptor_;
     AVFormatContext* container_ = nullptr;
