@@ -144,6 +144,15 @@ def check_without_terminal(program: str, music: Path):
     assert lines[-1].startswith("ended at 0:37; gaps "), lines
 
 
+def is_running(process: str) -> bool:
+    """Nobody may be left to collect a process whose terminal has gone, so one that has ended counts as gone."""
+    try:
+        state = Path(f"/proc/{process}/stat").read_text().rpartition(")")[2].split()[0]
+    except (FileNotFoundError, ProcessLookupError):
+        return False
+    return state != "Z"
+
+
 def check_closed_terminal(program: str, music: Path, folder: Path):
     """A terminal that is closed ends the program."""
     own = folder / "own"
@@ -156,9 +165,9 @@ def check_closed_terminal(program: str, music: Path, folder: Path):
     assert len(players) == 1, players
     terminal.close()
     end = time.monotonic() + PATIENCE_S
-    while Path(f"/proc/{players[0]}").exists() and time.monotonic() < end:
+    while is_running(players[0]) and time.monotonic() < end:
         time.sleep(0.05)
-    alive = Path(f"/proc/{players[0]}").exists()
+    alive = is_running(players[0])
     if alive:
         os.kill(int(players[0]), signal.SIGKILL)
     assert not alive, "the program outlived its terminal"
