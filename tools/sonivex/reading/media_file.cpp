@@ -17,6 +17,7 @@ extern "C" {
 
 #include "failure.h"
 #include "interrupt.h"
+#include "wav_end.h"
 
 namespace sonivex_tool {
 namespace {
@@ -67,15 +68,6 @@ std::string firstBytes(const std::string& path, size_t count) {
     file.read(bytes.data(), static_cast<std::streamsize>(count));
     bytes.resize(static_cast<size_t>(file.gcount()));
     return bytes;
-}
-
-// Returns true if the first 8 bytes are those of a WAV file whose writer could not go back to enter its
-// length, because it wrote into a pipe.
-bool isOfUnknownLength(std::string_view head) {
-    using namespace std::string_view_literals;
-    if (head.substr(0, 4) != "RIFF") return false;
-    const std::string_view length = head.substr(4);
-    return length == "\xFF\xFF\xFF\xFF"sv || length == "\0\0\0\0"sv;
 }
 
 // main() keeps a closed standard input closed for reading: it is open for writing only.
@@ -145,7 +137,7 @@ bool MediaFile::isWholeEnd(const AVPacket& packet) const {
     if (std::string_view(container_->iformat->name) != "wav") return false;
     const int frame_bytes = container_->streams[packet.stream_index]->codecpar->block_align;
     if (frame_bytes <= 0 || packet.size % frame_bytes != 0) return false;
-    return isOfUnknownLength(descriptor_ != nullptr ? descriptor_->head() : firstBytes(path_, kHeadBytes));
+    return isWavOfUnknownLength(descriptor_ != nullptr ? descriptor_->head() : firstBytes(path_, kHeadBytes));
 }
 
 bool MediaFile::read(AVPacket& packet) {

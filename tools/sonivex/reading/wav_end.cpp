@@ -50,4 +50,11 @@ std::optional<int64_t> statedWavBytes(const std::string& path) {
     return std::nullopt;
 }
 
+bool isWavOfUnknownLength(std::string_view head) {
+    using namespace std::string_view_literals;
+    if (head.substr(0, 4) != "RIFF") return false;
+    const std::string_view length = head.substr(4);
+    return length == "\xFF\xFF\xFF\xFF"sv || length == "\0\0\0\0"sv;
+}
+
 }  // namespace sonivex_tool

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string_view>
+
 #include "support/processes/temporary_folder.h"
 
 namespace {
@@ -52,6 +54,18 @@ TEST_F(WavEnd, IsUnknownForAPlaceholderAndForOtherFiles) {
     EXPECT_EQ(statedWavBytes(folder_.file("silent.wav")), std::nullopt) << "it has no audio";
     EXPECT_EQ(statedWavBytes(folder_.file("none")), std::nullopt);
     EXPECT_EQ(statedWavBytes(folder_.path()), std::nullopt);
+}
+
+TEST_F(WavEnd, IsUnknownIfThePlaceOfTheLengthIsEmpty) {
+    using namespace std::string_view_literals;
+    using sonivex_tool::isWavOfUnknownLength;
+    EXPECT_TRUE(isWavOfUnknownLength("RIFF\xFF\xFF\xFF\xFF"sv));
+    EXPECT_TRUE(isWavOfUnknownLength("RIFF\0\0\0\0"sv));
+    EXPECT_FALSE(isWavOfUnknownLength("RIFF\xFE\xFF\xFF\xFF"sv));
+    EXPECT_FALSE(isWavOfUnknownLength("RIFF\0\0\0\x80"sv));
+    EXPECT_FALSE(isWavOfUnknownLength("RF64\xFF\xFF\xFF\xFF"sv));
+    for (const std::string_view cut : {""sv, "RIFF"sv, "RIFF\xFF\xFF\xFF"sv, "RIFF\0\0"sv})
+        EXPECT_FALSE(isWavOfUnknownLength(cut));
 }
 
 }  // namespace
