@@ -28,7 +28,7 @@
  *  @return a handle, which the caller releases with aem_ReleaseDialoguEnhance. Null if gainFloor, gainScale
  *          or voiceLevel is not finite as a float, or if memory runs out; if the handle itself cannot be
  *          allocated, a line on standard output says so.
- *  Allocates about 525 KiB (635 KiB for 4096 points, 920 KiB for 8192).
+ *  Allocates about 525 KiB (635 KiB for 4096 points; 860 KiB for 8192, 920 KiB with FFmpeg 7).
  *  [any] not real-time safe (allocates) */
 SONIVEX_API void* aem_CreateDialoguEnhance(int channels, int sampleRate, double gainFloor, double gainScale,
                                            double voiceLevel);
