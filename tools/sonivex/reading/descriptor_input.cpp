@@ -8,12 +8,12 @@
 #include <cerrno>
 
 #include "interrupt.h"
+#include "wav_end.h"
 
 namespace sonivex_tool {
 namespace {
 
 constexpr int kBufferBytes = 64 * 1024;
-constexpr size_t kHeadBytes = 8;
 constexpr int kPollPeriod_ms = 100;  // within which a waiting read sees a signal that another thread received
 
 }  // namespace
@@ -49,7 +49,7 @@ int DescriptorInput::readPacket(void* opaque, uint8_t* buffer, int size) {
         if (ready < 0) return AVERROR(errno);
         const ssize_t bytes = ::read(input.descriptor_, buffer, static_cast<size_t>(size));
         if (bytes > 0) {
-            const size_t wanted = std::min(kHeadBytes - input.head_.size(), static_cast<size_t>(bytes));
+            const size_t wanted = std::min(kWavHeadBytes - input.head_.size(), static_cast<size_t>(bytes));
             input.head_.append(reinterpret_cast<const char*>(buffer), wanted);
             return static_cast<int>(bytes);
         }

@@ -27,7 +27,7 @@ class DescriptorInput {
     /** Puts the descriptor of a regular file back where it stood at first. */
     void rewind();
 
-    /** Returns the first bytes that were read, up to 8. */
+    /** Returns the first bytes that were read, up to kWavHeadBytes. */
     const std::string& head() const { return head_; }
 
     /** The context to read from; owned by this object. */

@@ -133,11 +133,11 @@ void MediaFile::open(const std::string& path) {
 // The demuxer of WAV files reads blocks of one length and marks a shorter one as corrupt. At the end of a
 // file of unknown length that is what is left, unless it ends within a frame.
 bool MediaFile::isWholeEnd(const AVPacket& packet) const {
-    constexpr size_t kHeadBytes = 8;
     if (std::string_view(container_->iformat->name) != "wav") return false;
     const int frame_bytes = container_->streams[packet.stream_index]->codecpar->block_align;
     if (frame_bytes <= 0 || packet.size % frame_bytes != 0) return false;
-    return isWavOfUnknownLength(descriptor_ != nullptr ? descriptor_->head() : firstBytes(path_, kHeadBytes));
+    return isWavOfUnknownLength(descriptor_ != nullptr ? descriptor_->head()
+                                                       : firstBytes(path_, kWavHeadBytes));
 }
 
 bool MediaFile::read(AVPacket& packet) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -11,6 +12,8 @@ namespace sonivex_tool {
  *  are there. Returns nothing for other files, for what is not a file, and for the placeholders of writers
  *  that did not know the length. */
 std::optional<int64_t> statedWavBytes(const std::string& path);
+
+inline constexpr size_t kWavHeadBytes = 8;  // the name of the container and its length
 
 /** Returns true if the first 8 bytes of a file are those of a WAV file whose writer could not go back to
  *  enter its length, because it wrote into a pipe. A length next to 2^31, which files can have, does not
