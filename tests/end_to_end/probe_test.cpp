@@ -96,6 +96,17 @@ TEST_F(Probe, ListsEveryStreamOfAFilmAsFfprobeDoes) {
     EXPECT_EQ(found["streams"][2]["sample_rate_hz"], 44100);
 }
 
+TEST_F(Probe, TellsTheStartOfAStreamFromHalfAMillisecondOn) {
+    for (const auto& [offset_s, shown] : {std::pair("0.00025", ""), {"0.00075", ", starts at 0.001 s"}}) {
+        test::ffmpeg({"-f", "lavfi", "-i", "testsrc=d=0.2:s=64x48", "-itsoffset", offset_s, "-i",
+                      silence("stereo", "48000"), "-c:v", "mpeg4", "-c:a", "pcm_s16le", file("late.nut")});
+        const auto stream = probeJson(file("late.nut"))["streams"][1];
+        EXPECT_NEAR(stream["start_seconds"].get<double>(), std::stod(offset_s), 1e-9);
+        EXPECT_THAT(probe({file("late.nut")}).out,
+                    HasSubstr(", stereo, s16" + std::string(shown) + "; render reads this one\n"));
+    }
+}
+
 TEST_F(Probe, NamesWhatIsNeitherSoundNorPicture) {
     test::writeFile(file("note.txt"), "Hello\n");
     test::ffmpeg({"-i", silence("stereo", "48000"), "-attach", file("note.txt"), "-metadata:s:t",

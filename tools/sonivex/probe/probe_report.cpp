@@ -3,6 +3,7 @@
 #include <libavutil/samplefmt.h>
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -10,6 +11,8 @@ namespace sonivex_tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+constexpr double kShownStart_s = 0.0005;  // anything less prints as 0.000 s
 
 std::string secondsText(const std::optional<double>& length_s) {
     if (!length_s) return "length unknown";
@@ -38,7 +41,7 @@ std::string streamText(const ProbedStream& stream) {
     if (stream.width > 0 && stream.height > 0)
         text += ", " + std::to_string(stream.width) + "x" + std::to_string(stream.height);
     if (stream.length_s) text += ", " + secondsText(stream.length_s);
-    if (stream.start_s != 0.0) text += ", starts at " + secondsText(stream.start_s);
+    if (std::abs(stream.start_s) >= kShownStart_s) text += ", starts at " + secondsText(stream.start_s);
     if (!stream.language.empty()) text += ", " + stream.language;
     if (!stream.title.empty()) text += ", \"" + stream.title + "\"";
     if (stream.is_default) text += ", default";
