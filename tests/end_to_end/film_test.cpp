@@ -115,11 +115,29 @@ INSTANTIATE_TEST_SUITE_P(
         Step{"MkvToAviLate", kLateMpeg4, "in.mkv", "out.avi", {}, "mp3", 2.0 * kSample_s}),
     [](const testing::TestParamInfo<Step>& test) { return test.param.name; });
 
+// Returns the packets of a stream, with times in milliseconds. The Matroska muxer of FFmpeg 7 states the
+// delay of every encoder: such a file begins before 0 and its copy at 0, so there the times count from the
+// picture's first frame.
+nlohmann::json packetsInStep(const std::string& path, const std::string& stream) {
+    constexpr double kTicksPerSecond = 1000.0;
+    const auto ticks = [](const nlohmann::json& packet, const std::string& time) {
+        return std::lround(std::stod(packet[time].get<std::string>()) * kTicksPerSecond);
+    };
+    constexpr bool kIsFfmpeg7 = LIBAVUTIL_VERSION_MAJOR >= 59;
+    const long origin = kIsFfmpeg7 ? ticks(test::packets(path, "v:0")[0], "pts_time") : 0;
+    auto packets = test::packets(path, stream);
+    for (auto& packet : packets) {
+        for (const char* time : {"pts_time", "dts_time"})
+            if (packet.contains(time)) packet[time] = ticks(packet, time) - origin;
+    }
+    return packets;
+}
+
 TEST_F(Film, KeepsEveryPacketOfTheOtherStreamsAndItsTime) {
     test::makeRichFilm(folder_.path(), file("in.mkv"));
     render({file("in.mkv"), file("out.mkv"), "--keep-others"});
     for (const char* stream : {"v:0", "a:1", "s:0", "s:1"})
-        EXPECT_EQ(test::packets(file("out.mkv"), stream), test::packets(file("in.mkv"), stream)) << stream;
+        EXPECT_EQ(packetsInStep(file("out.mkv"), stream), packetsInStep(file("in.mkv"), stream)) << stream;
 }
 
 TEST_F(Film, KeepsOrderLanguagesTitlesAndDispositions) {
@@ -144,7 +162,7 @@ TEST_F(Film, KeepsOrderLanguagesTitlesAndDispositions) {
 TEST_F(Film, RendersTheSecondTrackInItsPlace) {
     test::makeRichFilm(folder_.path(), file("in.mkv"));
     render({file("in.mkv"), file("out.mkv"), "--keep-others", "--stream", "1"});
-    EXPECT_EQ(test::packets(file("out.mkv"), "a:0"), test::packets(file("in.mkv"), "a:0"));
+    EXPECT_EQ(packetsInStep(file("out.mkv"), "a:0"), packetsInStep(file("in.mkv"), "a:0"));
     const auto streams = test::probe(file("out.mkv"))["streams"];
     EXPECT_EQ(streams[1]["codec_name"], "ac3");
     EXPECT_EQ(streams[2]["codec_name"], "opus");
