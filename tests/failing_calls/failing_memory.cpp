@@ -4,9 +4,11 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
+struct AVTXContext;
 struct SwrContext;
 
 extern "C" {
@@ -25,6 +27,9 @@ void* __libc_realloc(void* memory, size_t bytes);
 void* __libc_memalign(size_t alignment, size_t bytes);
 void __libc_free(void* memory);
 }
+
+// What libavutil's av_tx_fn is.
+using TransformRun = void (*)(AVTXContext* context, void* out, void* in, ptrdiff_t stride);
 
 // The build hides symbols by default, but other libraries must find these.
 #define FOR_LIBRARIES __attribute__((visibility("default")))
@@ -122,6 +127,16 @@ FOR_LIBRARIES int swr_init(SwrContext* resampler) {
     is_inside_swr_init = true;
     const int result = real(resampler);
     is_inside_swr_init = false;
+    return result;
+}
+
+// libavutil 7.1 keeps a block when this function fails. Its caller got nothing that it could free.
+FOR_LIBRARIES int av_tx_init(AVTXContext** context, TransformRun* run, int type, int is_inverse, int points,
+                             const void* scale, uint64_t flags) {
+    static const auto real = reinterpret_cast<decltype(&av_tx_init)>(dlsym(RTLD_NEXT, "av_tx_init"));
+    const int before = living;
+    const int result = real(context, run, type, is_inverse, points, scale, flags);
+    if (is_counting && result < 0) living = before;
     return result;
 }
 

@@ -42,7 +42,8 @@ class FailingMemory {
     Which which() const;
     /** Returns true if a request has failed. */
     bool hasFailed() const;
-    /** Returns the blocks that were allocated inside `during`, less those that were freed there. */
+    /** Returns the blocks that were allocated inside `during`, less those that were freed there and those
+     *  that libavutil keeps when it cannot make a transform (docs/known-limits.md). */
     int alive() const;
 
   private:
