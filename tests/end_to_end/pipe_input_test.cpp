@@ -34,30 +34,84 @@ TEST_F(PipeInput, StandardInputGivesTheSamplesOfTheFile) {
     }
 }
 
-// A program that writes a WAV file into a pipe cannot go back to enter its length.
-TEST_F(PipeInput, AWavFileOfUnknownLengthIsWholeUnlessItEndsWithinAFrame) {
-    test::makeNoise(file("noise.wav"), 1.0321, {"-c:a", "pcm_s16le"});
-    std::string bytes = test::readFile(file("noise.wav"));
-    for (const char* chunk : {"RIFF", "data"}) bytes.replace(bytes.find(chunk) + 4, 4, "\xFF\xFF\xFF\xFF");
-    for (const auto& name : {std::string("-"), file("in.wav")}) {
-        SCOPED_TRACE(name);
-        test::writeFile(file("in.wav"), bytes);
-        const std::string redirection = "<'" + file("in.wav") + "'";
-        const auto whole = readInput(name, {}, redirection);
-        EXPECT_EQ(whole.exit_code, 0) << whole.notes;
-        EXPECT_EQ(whole.samples, test::decode16(file("noise.wav")));
-        test::writeFile(file("in.wav"), bytes.substr(0, bytes.size() - 1));
-        EXPECT_EQ(readInput(name, {}, redirection).exit_code, kInputDamaged);
+// Returns a WAV file whose header states these lengths of the file and of its audio.
+std::string withLengths(std::string wav, const std::string& file_length, const std::string& audio_length) {
+    wav.replace(wav.find("RIFF") + 4, 4, file_length);
+    wav.replace(wav.find("data") + 4, 4, audio_length);
+    return wav;
+}
+
+/** Reads a file by its name, from standard input and from a pipe. */
+class WaysOfReading : public test::ReadingTest {
+  protected:
+    // Returns the samples, and expects the same ones and the same exit code each time.
+    std::vector<int16_t> read(const std::string& bytes, int exit_code) {
+        test::writeFile(file("in"), bytes);
+        const auto by_name = readInput(file("in"));
+        EXPECT_EQ(by_name.exit_code, exit_code) << by_name.notes;
+        const auto by_url = readInput("file:" + file("in"));
+        EXPECT_EQ(by_url.exit_code, exit_code) << by_url.notes;
+        const auto redirected = readInput("-", {}, "<'" + file("in") + "'");
+        EXPECT_EQ(redirected.exit_code, exit_code) << redirected.notes;
+        if (!std::filesystem::exists(file("pipe"))) mkfifo(file("pipe").c_str(), 0600);
+        test::Process writer({"cp", file("in"), file("pipe")});
+        const auto piped = readInput(file("pipe"));
+        EXPECT_EQ(piped.exit_code, exit_code) << piped.notes;
+        for (const auto* other : {&by_url, &redirected, &piped}) EXPECT_EQ(other->samples, by_name.samples);
+        return by_name.samples;
+    }
+};
+
+// The longer file is read on after libavformat has looked at its beginning.
+class WavOfUnknownLength : public WaysOfReading, public testing::WithParamInterface<double> {};
+
+TEST_P(WavOfUnknownLength, IsWholeUnlessItEndsWithinAFrame) {
+    test::makeNoise(file("noise.wav"), GetParam(), {"-c:a", "pcm_s16le"});
+    const std::string wav = test::readFile(file("noise.wav"));
+    const auto samples = test::decode16(file("noise.wav"));
+    const std::pair<std::string, std::string> lengths[] = {
+        {"\xFF\xFF\xFF\xFF", "\xFF\xFF\xFF\xFF"},  // as FFmpeg writes them
+        {{"\x24\0\0\x80", 4}, {"\0\0\0\x80", 4}},  // as ALSA's recorder does
+    };
+    for (const auto& [file_length, audio_length] : lengths) {
+        SCOPED_TRACE(testing::PrintToString(file_length));
+        const std::string unknown = withLengths(wav, file_length, audio_length);
+        EXPECT_EQ(read(unknown, 0), samples);
+        read(unknown.substr(0, unknown.size() - 1), kInputDamaged);
     }
 }
 
+TEST_P(WavOfUnknownLength, MayHaveSamplesOf24Bits) {
+    test::makeNoise(file("noise.wav"), GetParam(), {"-c:a", "pcm_s24le"});
+    const std::string wav = test::readFile(file("noise.wav"));
+    EXPECT_FALSE(read(withLengths(wav, "\xFF\xFF\xFF\xFF", "\xFF\xFF\xFF\xFF"), 0).empty());
+}
+
+TEST_P(WavOfUnknownLength, IsDamagedIfItsAudioHasALength) {
+    test::makeNoise(file("noise.wav"), GetParam(), {"-c:a", "pcm_s16le"});
+    const std::string wav = test::readFile(file("noise.wav"));
+    const std::string audio_length = wav.substr(wav.find("data") + 4, 4);
+    for (const std::string& file_length : {std::string("\xFF\xFF\xFF\xFF"), std::string(4, '\0')})
+        read(withLengths(wav, file_length, audio_length).substr(0, wav.size() - 1000), kInputDamaged);
+}
+
+TEST_P(WavOfUnknownLength, HasACounterpartInCaf) {
+    test::makeNoise(file("noise.caf"), GetParam(), {"-c:a", "pcm_s16le"});
+    std::string caf = test::readFile(file("noise.caf"));
+    const auto samples = test::decode16(file("noise.caf"));
+    read(caf.substr(0, caf.size() - 1000), kInputDamaged);
+    caf.replace(caf.find("data") + 4, 8, std::string(8, '\xFF'));
+    EXPECT_EQ(read(caf, 0), samples);
+    read(caf.substr(0, caf.size() - 1), kInputDamaged);
+}
+
+INSTANTIATE_TEST_SUITE_P(, WavOfUnknownLength, testing::Values(0.1321, 1.3321));
+
 // The same bytes are cut off if the file's header promises more.
-TEST_F(PipeInput, AWavFileThatIsCutOffIsDamaged) {
+TEST_F(WaysOfReading, AWavFileThatIsCutOffIsDamaged) {
     test::makeNoise(file("noise.wav"), 2, {"-c:a", "pcm_s16le"});
     const std::string bytes = test::readFile(file("noise.wav"));
-    test::writeFile(file("in.wav"), bytes.substr(0, bytes.size() - 1000));
-    for (const auto& name : {std::string("-"), file("in.wav")})
-        EXPECT_EQ(readInput(name, {}, "<'" + file("in.wav") + "'").exit_code, kInputDamaged) << name;
+    read(bytes.substr(0, bytes.size() - 1000), kInputDamaged);
 }
 
 TEST_F(PipeInput, ANamedPipeGivesTheSamplesOfTheFile) {

@@ -8,7 +8,6 @@
 #include <cerrno>
 
 #include "interrupt.h"
-#include "wav_end.h"
 
 namespace sonivex_tool {
 namespace {
@@ -20,6 +19,7 @@ constexpr int kPollPeriod_ms = 100;  // within which a waiting read sees a signa
 
 DescriptorInput::DescriptorInput(int descriptor, Closing closing, const std::atomic<bool>& is_abandoned)
     : descriptor_(descriptor), closing_(closing), is_abandoned_(is_abandoned) {
+    head_.reserve(kMostHeadBytes);  // libavformat calls readPacket, which therefore must not throw
     struct stat status {};
     const bool is_file = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
     if (is_file) origin_ = lseek(descriptor, 0, SEEK_CUR);
@@ -49,7 +49,7 @@ int DescriptorInput::readPacket(void* opaque, uint8_t* buffer, int size) {
         if (ready < 0) return AVERROR(errno);
         const ssize_t bytes = ::read(input.descriptor_, buffer, static_cast<size_t>(size));
         if (bytes > 0) {
-            const size_t wanted = std::min(kWavHeadBytes - input.head_.size(), static_cast<size_t>(bytes));
+            const size_t wanted = std::min(kMostHeadBytes - input.head_.size(), static_cast<size_t>(bytes));
             input.head_.append(reinterpret_cast<const char*>(buffer), wanted);
             return static_cast<int>(bytes);
         }

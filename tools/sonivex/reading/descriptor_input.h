@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <string>
 
 #include "av_objects.h"
@@ -27,7 +28,9 @@ class DescriptorInput {
     /** Puts the descriptor of a regular file back where it stood at first. */
     void rewind();
 
-    /** Returns the first bytes that were read, up to kWavHeadBytes. */
+    static constexpr size_t kMostHeadBytes = size_t{64} * 1024;
+
+    /** Returns the first bytes that were read, up to kMostHeadBytes. */
     const std::string& head() const { return head_; }
 
     /** The context to read from; owned by this object. */

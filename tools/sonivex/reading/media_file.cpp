@@ -7,10 +7,10 @@ extern "C" {
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <new>
 #include <string_view>
 #include <system_error>
@@ -62,12 +62,16 @@ std::string formatOf(const std::string& url) {
     return score > AVPROBE_SCORE_RETRY && format != nullptr ? format->long_name : std::string();
 }
 
-std::string firstBytes(const std::string& path, size_t count) {
-    std::string bytes(count, '\0');
-    std::ifstream file(path, std::ios::binary);
-    file.read(bytes.data(), static_cast<std::streamsize>(count));
-    bytes.resize(static_cast<size_t>(file.gcount()));
-    return bytes;
+// Returns the first bytes of a file, fewer or none if it cannot be read.
+std::string headOf(const std::string& url) {
+    std::string head(DescriptorInput::kMostHeadBytes, '\0');
+    AVIOContext* io = nullptr;
+    if (avio_open(&io, url.c_str(), AVIO_FLAG_READ) < 0) return {};
+    const int bytes =
+        avio_read(io, reinterpret_cast<unsigned char*>(head.data()), static_cast<int>(head.size()));
+    avio_closep(&io);
+    head.resize(static_cast<size_t>(std::max(bytes, 0)));
+    return head;
 }
 
 // main() keeps a closed standard input closed for reading: it is open for writing only.
@@ -78,7 +82,7 @@ bool isReadable(int descriptor) {
 
 }  // namespace
 
-MediaFile::MediaFile(const std::string& path) : path_(path) {
+MediaFile::MediaFile(const std::string& path) {
     try {
         open(path);
     } catch (...) {
@@ -118,7 +122,10 @@ void MediaFile::open(const std::string& path) {
     const char* const protocols = descriptor_ != nullptr ? kProtocolsForPipes : kProtocolsForFiles;
     if (av_opt_set(container_, "protocol_whitelist", protocols, 0) < 0) throw std::bad_alloc();
     int result = avformat_open_input(&container_, url.c_str(), nullptr, nullptr);
-    if (result >= 0) result = avformat_find_stream_info(container_, nullptr);
+    if (result >= 0) {
+        is_of_unknown_length_ = isOfUnknownLength(url);
+        result = avformat_find_stream_info(container_, nullptr);
+    }
     throwIfInterrupted();
     if (result == AVERROR_INVALIDDATA) {
         const std::string format = descriptor_ == nullptr ? formatOf(url) : std::string();
@@ -128,27 +135,45 @@ void MediaFile::open(const std::string& path) {
     }
     if (result == AVERROR_EOF) failToOpen(path, "it is empty or ends too early");
     if (result < 0) failToOpen(path, inputErrorText(result));
+    if (is_of_unknown_length_) forgetStatedLength();
 }
 
-// The demuxer of WAV files reads blocks of one length and marks a shorter one as corrupt. At the end of a
-// file of unknown length that is what is left, unless it ends within a frame.
+// A placeholder is no length. One that follows from the size of the file may stay.
+void MediaFile::forgetStatedLength() {
+    if (container_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE) return;
+    container_->duration = AV_NOPTS_VALUE;
+    for (unsigned i = 0; i < container_->nb_streams; ++i) container_->streams[i]->duration = AV_NOPTS_VALUE;
+}
+
+bool MediaFile::isOfUnknownLength(const std::string& url) const {
+    const std::string_view format = container_->iformat->name;
+    if (format == "caf") return container_->nb_streams > 0 && container_->streams[0]->nb_frames == 0;
+    if (format != "wav") return false;
+    return isWavOfUnknownLength(descriptor_ != nullptr ? descriptor_->head() : headOf(url));
+}
+
+// The demuxers of WAV and CAF read blocks of one length. They mark a shorter one as corrupt, which at the end
+// of a file of unknown length is only what is left, unless it ends within a frame.
 bool MediaFile::isWholeEnd(const AVPacket& packet) const {
-    if (std::string_view(container_->iformat->name) != "wav") return false;
     const int frame_bytes = container_->streams[packet.stream_index]->codecpar->block_align;
-    if (frame_bytes <= 0 || packet.size % frame_bytes != 0) return false;
-    return isWavOfUnknownLength(descriptor_ != nullptr ? descriptor_->head()
-                                                       : firstBytes(path_, kWavHeadBytes));
+    return is_of_unknown_length_ && frame_bytes > 0 && packet.size % frame_bytes == 0;
 }
 
 bool MediaFile::read(AVPacket& packet) {
     av_packet_unref(&packet);
     for (int errors_in_row = 0; errors_in_row < kMostErrorsInARow; ++errors_in_row) {
         throwIfInterrupted();
+        const uint64_t messages_before = messages_->count();
         const int result = av_read_frame(container_, &packet);
         throwIfInterrupted();
         if (is_abandoned_) return false;
         if (result >= 0) {
-            if ((packet.flags & AV_PKT_FLAG_CORRUPT) != 0 && !isWholeEnd(packet)) ++faults_.corrupt_packets;
+            if ((packet.flags & AV_PKT_FLAG_CORRUPT) == 0) return true;
+            if (!isWholeEnd(packet)) {
+                ++faults_.corrupt_packets;
+            } else if (messages_->count() > messages_before) {
+                ++excused_messages_;  // "Packet corrupt", unless the packet was read ahead
+            }
             return true;
         }
         if (result == AVERROR_EOF) {
@@ -182,7 +207,7 @@ void MediaFile::rewind() {
 
 ReadFaults MediaFile::faults() const {
     ReadFaults faults = faults_;
-    faults.messages = messages_->count();
+    faults.messages = messages_->count() - excused_messages_;
     return faults;
 }
 

@@ -61,13 +61,16 @@ class MediaFile {
   private:
     void open(const std::string& path);
     void openDescriptor(const std::string& path);
+    bool isOfUnknownLength(const std::string& url) const;
+    void forgetStatedLength();
     bool isWholeEnd(const AVPacket& packet) const;
 
-    std::string path_;
     std::atomic<bool> is_abandoned_ = false;
     std::unique_ptr<DescriptorInput> descriptor_;
     AVFormatContext* container_ = nullptr;
     std::optional<DemuxerErrors> messages_;
+    bool is_of_unknown_length_ = false;  // the header does not state where the audio ends
+    uint64_t excused_messages_ = 0;
     ReadFaults faults_;
 };
 

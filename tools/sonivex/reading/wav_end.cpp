@@ -3,6 +3,7 @@
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 
@@ -10,8 +11,6 @@ namespace sonivex_tool {
 namespace {
 
 constexpr int kMostChunks = 1000;  // before the audio; files have a few
-// Writers into pipes state a length next to 2^31 or 2^32 bytes.
-constexpr uint32_t kSmallestPlaceholder = 0x7FFF0000;
 
 // A chunk begins with its name and the length of what follows, 4 bytes each, the lowest byte first.
 struct ChunkHeader {
@@ -26,8 +25,28 @@ struct ChunkHeader {
 };
 static_assert(sizeof(ChunkHeader) == 8);
 
-bool read(std::ifstream& file, ChunkHeader& header) {
+// Writers that cannot go back to enter the length leave 0, or one next to 2^31 or 2^32 bytes.
+bool isPlaceholder(uint32_t bytes) {
+    return bytes == 0 || (bytes >= 0x7FFF0000 && bytes <= 0x8000FFFF) || bytes >= 0xFFFF0000;
+}
+
+bool read(std::istream& file, ChunkHeader& header) {
     return static_cast<bool>(file.read(reinterpret_cast<char*>(&header), sizeof header));
+}
+
+// Returns the length in the header of the chunk with the audio.
+std::optional<uint32_t> audioBytes(std::istream& file) {
+    ChunkHeader chunk;
+    std::array<char, 4> form{};
+    if (!read(file, chunk) || !chunk.isNamed("RIFF")) return std::nullopt;
+    if (!file.read(form.data(), form.size()) || std::string_view(form.data(), form.size()) != "WAVE")
+        return std::nullopt;
+    for (int i = 0; i < kMostChunks && read(file, chunk); ++i) {
+        const uint32_t bytes = chunk.bytes();
+        if (chunk.isNamed("data")) return bytes;
+        file.seekg(static_cast<std::streamoff>(bytes) + bytes % 2, std::ios::cur);
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -36,25 +55,15 @@ std::optional<int64_t> statedWavBytes(const std::string& path) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error)) return std::nullopt;
     std::ifstream file(path, std::ios::binary);
-    ChunkHeader chunk;
-    std::array<char, 4> form{};
-    if (!read(file, chunk) || !chunk.isNamed("RIFF")) return std::nullopt;
-    if (!file.read(form.data(), form.size()) || std::string_view(form.data(), form.size()) != "WAVE")
-        return std::nullopt;
-    for (int i = 0; i < kMostChunks && read(file, chunk); ++i) {
-        const uint32_t bytes = chunk.bytes();
-        if (chunk.isNamed("data"))
-            return bytes > 0 && bytes < kSmallestPlaceholder ? std::optional<int64_t>(bytes) : std::nullopt;
-        file.seekg(static_cast<std::streamoff>(bytes) + bytes % 2, std::ios::cur);
-    }
-    return std::nullopt;
+    const std::optional<uint32_t> bytes = audioBytes(file);
+    if (!bytes || isPlaceholder(*bytes)) return std::nullopt;
+    return *bytes;
 }
 
-bool isWavOfUnknownLength(std::string_view head) {
-    using namespace std::string_view_literals;
-    if (head.substr(0, 4) != "RIFF") return false;
-    const std::string_view length = head.substr(4);
-    return length == "\xFF\xFF\xFF\xFF"sv || length == "\0\0\0\0"sv;
+bool isWavOfUnknownLength(const std::string& head) {
+    std::istringstream file(head);
+    const std::optional<uint32_t> bytes = audioBytes(file);
+    return bytes && isPlaceholder(*bytes);
 }
 
 }  // namespace sonivex_tool

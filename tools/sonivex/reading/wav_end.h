@@ -1,10 +1,8 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace sonivex_tool {
 
@@ -13,11 +11,10 @@ namespace sonivex_tool {
  *  that did not know the length. */
 std::optional<int64_t> statedWavBytes(const std::string& path);
 
-inline constexpr size_t kWavHeadBytes = 8;  // the name of the container and its length
-
-/** Returns true if the first 8 bytes of a file are those of a WAV file whose writer could not go back to
- *  enter its length, because it wrote into a pipe. A length next to 2^31, which files can have, does not
- *  count. */
-bool isWavOfUnknownLength(std::string_view head);
+/** Returns true if a WAV file states a placeholder instead of the length of its audio, because its writer
+ *  could not go back to enter it, for example in a pipe.
+ *
+ *  @param head the file's first bytes, up to the audio; false if the audio begins later */
+bool isWavOfUnknownLength(const std::string& head);
 
 }  // namespace sonivex_tool
