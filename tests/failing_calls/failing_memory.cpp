@@ -1,6 +1,7 @@
 #include "failing_calls/failing_memory.h"
 
 #include <dlfcn.h>
+#include <libavutil/version.h>
 
 #include <cerrno>
 #include <cstddef>
@@ -28,7 +29,7 @@ void* __libc_memalign(size_t alignment, size_t bytes);
 void __libc_free(void* memory);
 }
 
-// What libavutil's av_tx_fn is.
+// The type of libavutil's av_tx_fn.
 using TransformRun = void (*)(AVTXContext* context, void* out, void* in, ptrdiff_t stride);
 
 // The build hides symbols by default, but other libraries must find these.
@@ -130,13 +131,15 @@ FOR_LIBRARIES int swr_init(SwrContext* resampler) {
     return result;
 }
 
-// libavutil 7.1 keeps a block when this function fails. Its caller got nothing that it could free.
+// Since FFmpeg 7, this function keeps a block if its last request fails. Its caller got nothing that it could
+// free.
 FOR_LIBRARIES int av_tx_init(AVTXContext** context, TransformRun* run, int type, int is_inverse, int points,
                              const void* scale, uint64_t flags) {
     static const auto real = reinterpret_cast<decltype(&av_tx_init)>(dlsym(RTLD_NEXT, "av_tx_init"));
     const int before = living;
     const int result = real(context, run, type, is_inverse, points, scale, flags);
-    if (is_counting && result < 0) living = before;
+    constexpr bool kKeepsABlock = LIBAVUTIL_VERSION_MAJOR >= 59;
+    if (kKeepsABlock && is_counting && result < 0 && living == before + 1) living = before;
     return result;
 }
 
