@@ -145,7 +145,7 @@ def check_without_terminal(program: str, music: Path):
 
 
 def is_running(process: str) -> bool:
-    """Nobody may be left to collect a process whose terminal has gone, so one that has ended counts as gone."""
+    """Returns whether a process still runs. One that has ended does not, even if nobody has collected it."""
     try:
         state = Path(f"/proc/{process}/stat").read_text().rpartition(")")[2].split()[0]
     except (FileNotFoundError, ProcessLookupError):
