@@ -147,6 +147,7 @@ void MediaFile::forgetStatedLength() {
 
 bool MediaFile::isOfUnknownLength(const std::string& url) const {
     const std::string_view format = container_->iformat->name;
+    // The demuxer of CAF counts the frames of a stated length.
     if (format == "caf") return container_->nb_streams > 0 && container_->streams[0]->nb_frames == 0;
     if (format != "wav") return false;
     return isWavOfUnknownLength(descriptor_ != nullptr ? descriptor_->head() : headOf(url));
