@@ -154,10 +154,8 @@ TEST_F(Play, OtherRatesAndChannelsArePlayedInStereo) {
 }
 
 TEST_F(Play, ACardThatVanishesIsReplacedAndThenGivenUp) {
-    // A file that may not exceed 32 KiB.
-    std::vector<std::string> command = {"sh", "-c", "trap '' XFSZ; ulimit -f 64; exec \"$@\"", "sh"};
-    for (const auto& word : playing("disk", file("card"), {tone(60.0)})) command.push_back(word);
-    const auto result = test::runProcess(command);
+    const test::ProcessOptions short_files{.file_size_limit_bytes = 32 * 1024, .working_folder = ""};
+    const auto result = test::Process(playing("disk", file("card"), {tone(60.0)}), short_files).wait();
     EXPECT_EQ(result.exit_code, 15) << result.err;
     EXPECT_THAT(result.out, HasSubstr("the sound card is gone; playing goes on with the default one"));
     EXPECT_THAT(result.err, HasSubstr("sonivex: the sound card is gone"));
