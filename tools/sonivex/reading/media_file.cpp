@@ -124,6 +124,9 @@ void MediaFile::open(const std::string& path) {
     int result = avformat_open_input(&container_, url.c_str(), nullptr, nullptr);
     if (result >= 0) {
         is_of_unknown_length_ = isOfUnknownLength(url);
+        // The demuxer of WAV would take a placeholder for the end. That of CAF has no options.
+        if (is_of_unknown_length_ && container_->iformat->priv_class != nullptr)
+            (void)av_opt_set_int(container_->priv_data, "ignore_length", 1, 0);
         result = avformat_find_stream_info(container_, nullptr);
     }
     throwIfInterrupted();
